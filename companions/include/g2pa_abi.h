@@ -1,0 +1,54 @@
+/* The phoneme converters' binary interface: libraries "G2PA_JPN.DLL" and "G2PA_ENG.DLL" (".so" on POSIX), five entry
+   points, undecorated names.
+
+   A host creates a converter, puts one record for each lyric element in song order and after each put takes outputs
+   until there are none for now; then it puts a null record, which ends the input, and takes what was held back. A
+   converter delivers exactly one output for each element put, in order, though it may hold outputs back until later
+   input has arrived. */
+#ifndef G2PA_ABI_H
+#define G2PA_ABI_H
+
+#include <stdint.h>
+
+#if defined(_WIN32)
+#define G2PA_CALL __cdecl
+#else
+#define G2PA_CALL
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+enum { G2PA_MAX_SLOTS = 256, G2PA_SLOT_BYTES = 8, G2PA_MIN_TEXT_BYTES = 256 };
+
+/** One lyric element. The text is inline and zero-terminated; the record has room for at least G2PA_MIN_TEXT_BYTES of
+    it, and more when the text is longer. Lyrics are code page 932 bytes. */
+typedef struct G2paInput {
+    uint32_t position; /**< ticks from the previous note that carried a lyric, plus the preceding elements' lengths */
+    uint32_t length;   /**< ticks */
+    char text[G2PA_MIN_TEXT_BYTES];
+} G2paInput;
+
+/** The phonemes of one element. Each slot is a zero-terminated symbol (or eight bytes without a terminator). */
+typedef struct G2paOutput {
+    int32_t count; /**< slots used, 0..256 */
+    char slots[G2PA_MAX_SLOTS][G2PA_SLOT_BYTES];
+} G2paOutput;
+
+/** `beats` is what the host was given, in ticks, divided by 480. A handle, or a negative error code. */
+typedef int32_t(G2PA_CALL* G2paCreateProc)(uint32_t beats);
+/** 0 when accepted, else an error code. A null record ends the input. */
+typedef int32_t(G2PA_CALL* G2paPutProc)(int32_t handle, const void* input);
+/** 0: one output delivered; 1: no more for now; anything else is an error code. */
+typedef int32_t(G2PA_CALL* G2paGetProc)(int32_t handle, void* output);
+typedef int32_t(G2PA_CALL* G2paDeleteProc)(int32_t handle);
+/** A static text. */
+typedef const char*(G2PA_CALL* G2paGetVersionStringProc)(void);
+
+#ifdef __cplusplus
+}
+static_assert(sizeof(G2paOutput) == 4 + 256 * 8, "slots follow the count without padding");
+#endif
+
+#endif

@@ -1,0 +1,151 @@
+#include "torv/encoding/qm_out_break_point.h"
+
+#include "torv/encoding/quill_midi_buffer.h"
+
+#include <new>
+
+namespace {
+
+/// An opening with delay and at most two parameters.
+constexpr DWORD kMaxValueBlockBytes = torv::kNprnOpeningWithDelayBytes + 2 * torv::kNprnMaxParameterBytes;
+constexpr DWORD kMessageBytes = 3;
+constexpr int kRealTimeMode = 1;
+
+} // namespace
+
+CxQMOutBreakPoint::~CxQMOutBreakPoint() = default;
+
+void CxQMOutBreakPoint::DetachObject() { m_points.clear(); }
+
+int CxQMOutBreakPoint::IsTargetBP(tagBreakPoint) const { return 1; }
+
+DWORD CxQMOutBreakPoint::WriteNextNPRNEvents(BYTE* out, int value, tagQuillNPRNBlock* block) const {
+    return torv::WriteNextNPRNEvents(out, torv::SevenBits(value), torv::kNoDataLsb, block);
+}
+
+int CxQMOutBreakPoint::AttachBreakPointList(const CBreakPointList* list) {
+    DetachObject();
+    if (!list)
+        return 0;
+    try {
+        m_points.reserve(static_cast<size_t>(list->GetCount()));
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+    for (POSITION at = list->GetHeadPosition(); at;)
+        AttachPoint(list->GetNext(at));
+    return 1;
+}
+
+int CxQMOutBreakPoint::AttachBreakPointArray(CBreakPointArray& array) {
+    DetachObject();
+    try {
+        m_points.reserve(static_cast<size_t>(array.GetSize()));
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+    for (int i = 0; i < array.GetSize(); ++i)
+        AttachPoint(array[i]);
+    return 1;
+}
+
+// Ticks are unsigned: a point before the start of the song counts as at it.
+void CxQMOutBreakPoint::AttachPoint(const tagBreakPoint& point) {
+    m_points.push_back({point.position < 0 ? 0 : static_cast<DWORD>(point.position), point.value});
+}
+
+int CxQMOutBreakPoint::WriteEvent(CQuillMidiBuffer* buffer, const tagQuillMidiRealtimeInfo* info, tagBreakPoint point) {
+    BYTE bytes[kMaxValueBlockBytes];
+    tagQuillNPRNBlock block;
+    const DWORD presend = buffer->GetPresendTime();
+    DWORD length = torv::WriteStartNPRNEvents(bytes, static_cast<int>(info->channel), m_nNumberMsb, presend, &block);
+    length += WriteNextNPRNEvents(bytes + length, point.value, &block);
+
+    // A closing value may be due before the presend has passed: its time is then negative, and time plus delay is still
+    // the time at which it sounds.
+    const LONG time = static_cast<LONG>(info->time) - static_cast<LONG>(presend);
+    const DWORD tick = torv::TickOfSendTime(time, info);
+    if (buffer->GetMode() == kRealTimeMode)
+        return buffer->InsertEventExAt(tick, time, bytes, length);
+    return buffer->InsertMessagesAt(tick, buffer->GetEventInterval(), bytes, length / kMessageBytes);
+}
+
+int CxQMOutBreakPoint::OutputParam(CQuillMidiBuffer* buffer, tagQuillMidiRealtimeInfo* info) {
+    if (m_points.empty())
+        return 1;
+    if (!buffer || !info || !info->map)
+        return 0;
+    torv::MoveRealTimeInfo(info, 0);
+    for (const Point& point : m_points) {
+        if (point.tick > info->tick)
+            torv::UpdateRealTimeInfo(info, point.tick);
+        if (info->time >= buffer->GetPresendTime())
+            WriteEvent(buffer, info, {static_cast<LONG>(point.tick), static_cast<SHORT>(point.value), 0});
+    }
+    buffer->RaiseLast(info->tick, info->time);
+    return 1;
+}
+
+// Walks the curve every `resolution` ticks. `emit` gets a sample's kind, tick and value, and answers whether it was sent;
+// the closing value is owed when the value sent last is another one.
+template <class Emit>
+void CxQMOutBreakPoint::Walk(int resolution, Emit emit) const {
+    const DWORD step = resolution < 1 ? 1 : static_cast<DWORD>(resolution);
+    Point start = m_points.front();
+    DWORD tick = start.tick;
+    SHORT last = -1;
+    for (size_t next = 1; next < m_points.size();) {
+        const Point& point = m_points[next];
+        SHORT sample = static_cast<SHORT>(start.value);
+        if (tick > point.tick || (tick != start.tick && point.tick == start.tick)) {
+            // Beyond the point it starts the next segment; a second point at the segment's own tick is passed over.
+            if (tick > point.tick)
+                start = point;
+            ++next;
+            continue;
+        }
+        if (tick != start.tick)
+            sample = static_cast<SHORT>(torv::MulDiv(point.value - start.value, static_cast<int>(tick - start.tick),
+                                                     static_cast<int>(point.tick - start.tick)) +
+                                        start.value);
+        if (emit(Sample::OnGrid, tick, sample))
+            last = sample;
+        tick += step;
+    }
+    // Signed: for a single point near tick 0 the last grid place lies before 0, and its value is still owed.
+    const long long lastGridTick = static_cast<long long>(tick) - step;
+    if (lastGridTick < static_cast<long long>(start.tick) && static_cast<SHORT>(start.value) != last)
+        emit(Sample::Closing, start.tick, static_cast<SHORT>(start.value));
+}
+
+int CxQMOutBreakPoint::OutputParamLinear(CQuillMidiBuffer* buffer, tagQuillMidiRealtimeInfo* info, int resolution) {
+    if (m_points.empty() || !buffer || !info || !info->map)
+        return 0;
+    torv::MoveRealTimeInfo(info, m_points.front().tick);
+    Walk(resolution, [&](Sample kind, DWORD tick, SHORT value) {
+        if (kind == Sample::OnGrid) {
+            torv::UpdateRealTimeInfo(info, tick);
+            if (info->time < buffer->GetPresendTime())
+                return false;
+        }
+        WriteEvent(buffer, info, {static_cast<LONG>(tick), value, 0});
+        return true;
+    });
+    buffer->RaiseLast(info->tick, info->time);
+    return 1;
+}
+
+int CxQMOutBreakPoint::OutputParamLinear(CBreakPointList* list, int resolution) {
+    if (m_points.empty() || !list)
+        return 0;
+    SHORT previous = -1;
+    Walk(resolution, [&](Sample, DWORD tick, SHORT value) {
+        if (value != previous) {
+            tagBreakPoint point{static_cast<LONG>(tick), value, 0};
+            list->AddTail(point);
+            previous = value;
+        }
+        return true;
+    });
+    return 1;
+}

@@ -1,0 +1,243 @@
+#include "torv/encoding/quill_midi_buffer.h"
+
+#include "torv/stream/extend_buffer.h"
+#include "torv/stream/stream_buffer.h"
+
+#include <cstring>
+#include <new>
+
+namespace {
+
+constexpr DWORD kGrowthStep = 2048;
+constexpr int kHeapBlocks = -1;
+constexpr BYTE kNoteSegmentBlock = 0x50;
+
+} // namespace
+
+struct CQuillMidiBuffer::Store {
+    CStreamBuffer index;
+    CExtendBuffer data;
+};
+
+CQuillMidiBuffer::CQuillMidiBuffer() = default;
+CQuillMidiBuffer::CQuillMidiBuffer(const CQuillMidiBuffer&) = default;
+CQuillMidiBuffer& CQuillMidiBuffer::operator=(const CQuillMidiBuffer&) = default;
+CQuillMidiBuffer::~CQuillMidiBuffer() = default;
+
+int CQuillMidiBuffer::Create(int mode, DWORD presend, int interval) {
+    auto store = std::shared_ptr<Store>(new (std::nothrow) Store);
+    if (!store || !store->index.Create(sizeof(tagQuillMidiEntry), kGrowthStep, kHeapBlocks) ||
+        !store->data.Create(kGrowthStep, kHeapBlocks))
+        return 0;
+    m_pStore = std::move(store);
+    m_nMode = mode;
+    m_dwInterval = static_cast<DWORD>(interval);
+    m_dwPresend = presend;
+    return 1;
+}
+
+bool CQuillMidiBuffer::StoreBytes(const BYTE* bytes1, DWORD length1, const BYTE* bytes2, DWORD length2,
+                                  tagQuillMidiEntry& entry) {
+    if (!m_pStore || (!bytes1 && length1) || (!bytes2 && length2))
+        return false;
+    CExtendBuffer& data = m_pStore->data;
+    entry.offset = data.GetSize();
+    entry.length = length1 + length2;
+    const auto append = [&data](const BYTE* bytes, DWORD length) {
+        return length == 0 ||
+               data.Append(const_cast<char*>(reinterpret_cast<const char*>(bytes)), length) == length;
+    };
+    return append(bytes1, length1) && append(bytes2, length2);
+}
+
+int CQuillMidiBuffer::AddEvent(DWORD delta, const BYTE* bytes, DWORD length, LONG time) {
+    return AddEvent(delta, bytes, length, nullptr, 0, time);
+}
+
+int CQuillMidiBuffer::AddEvent(DWORD delta, const BYTE* bytes1, DWORD length1, const BYTE* bytes2, DWORD length2,
+                               LONG time) {
+    tagQuillMidiEntry entry{delta, 0, 0, time};
+    if (!StoreBytes(bytes1, length1, bytes2, length2, entry))
+        return 0;
+    return m_pStore->index.AddEntry(&entry);
+}
+
+int CQuillMidiBuffer::InsertEvent(const BYTE* bytes, DWORD length, LONG time, int where) {
+    return InsertEvent(bytes, length, nullptr, 0, time, where);
+}
+
+int CQuillMidiBuffer::InsertEvent(const BYTE* bytes1, DWORD length1, const BYTE* bytes2, DWORD length2, LONG time,
+                                  int where) {
+    tagQuillMidiEntry entry{0, 0, 0, time};
+    if (!StoreBytes(bytes1, length1, bytes2, length2, entry))
+        return 0;
+    return m_pStore->index.InsertEntry(&entry, where);
+}
+
+int CQuillMidiBuffer::InsertEventAt(DWORD tick, const BYTE* bytes, DWORD length, LONG time, int where) {
+    return MoveTo(tick) ? InsertEvent(bytes, length, time, where) : 0;
+}
+
+int CQuillMidiBuffer::InsertEventExAt(DWORD tick, LONG time, const BYTE* bytes, DWORD length) {
+    if (!m_pStore)
+        return 0;
+    CStreamBuffer& index = m_pStore->index;
+    if (index.MoveTo(tick) != tick)
+        return 0;
+    tagQuillMidiEntry entry;
+    tagLocateMarker last;
+    index.StoreLocation(&last);
+    // The stream lands on the first entry at the tick, but stays at the top for tick 0: there the entry is the next one.
+    bool atTick = index.ReadEntry(&entry) && index.GetPosition() == tick && last.state == 0;
+    if (last.state == -1)
+        atTick = index.ReadNextEntry(&entry) && index.GetPosition() == tick;
+    while (atTick) {
+        if (entry.time > time)
+            return InsertEvent(bytes, length, time, 0);
+        index.StoreLocation(&last);
+        atTick = index.ReadNextEntry(&entry) && index.GetPosition() == tick;
+    }
+    index.RestoreLocation(&last, 1);
+    return InsertEvent(bytes, length, time, 1);
+}
+
+int CQuillMidiBuffer::InsertMessagesAt(DWORD tick, DWORD interval, const BYTE* bytes, DWORD count) {
+    constexpr DWORD kMessageBytes = 3;
+    for (DWORD i = 0; i < count; ++i)
+        if (!InsertEventAt(tick + i * interval, bytes + i * kMessageBytes, kMessageBytes, 0, 1))
+            return 0;
+    return 1;
+}
+
+void CQuillMidiBuffer::SkipEntriesAtTick(DWORD tick) {
+    CStreamBuffer& index = m_pStore->index;
+    tagQuillMidiEntry entry;
+    tagLocateMarker last;
+    do
+        index.StoreLocation(&last);
+    while (index.ReadNextEntry(&entry) && index.GetPosition() == tick);
+    index.RestoreLocation(&last, 1);
+}
+
+int CQuillMidiBuffer::MoveTo(DWORD tick) {
+    if (!m_pStore)
+        return 0;
+    CStreamBuffer& index = m_pStore->index;
+    tagLocateMarker here;
+    index.StoreLocation(&here);
+    // Already on an entry at the tick, as when the messages of one block follow each other: no walk back to its first.
+    if (!(here.state == 0 && here.clock == tick) && index.MoveTo(tick) != tick)
+        return 0;
+    SkipEntriesAtTick(tick);
+    return 1;
+}
+
+int CQuillMidiBuffer::ReadEntry(tagQuillMidiEntry* entry) { return m_pStore ? m_pStore->index.ReadEntry(entry) : 0; }
+int CQuillMidiBuffer::ReadNextEntry(tagQuillMidiEntry* entry) {
+    return m_pStore ? m_pStore->index.ReadNextEntry(entry) : 0;
+}
+int CQuillMidiBuffer::ReadPrevEntry(tagQuillMidiEntry* entry) {
+    return m_pStore ? m_pStore->index.ReadPrevEntry(entry) : 0;
+}
+int CQuillMidiBuffer::WriteEntry(tagQuillMidiEntry* entry) { return m_pStore ? m_pStore->index.WriteEntry(entry) : 0; }
+
+void CQuillMidiBuffer::SeekToBegin() {
+    if (m_pStore)
+        m_pStore->index.SeekToBegin();
+}
+
+void CQuillMidiBuffer::SeekToEnd() {
+    if (m_pStore)
+        m_pStore->index.SeekToEnd();
+}
+
+DWORD CQuillMidiBuffer::GetPosition() { return m_pStore ? m_pStore->index.GetPosition() : 0; }
+
+DWORD CQuillMidiBuffer::GetDataSize() { return m_pStore ? m_pStore->data.GetSize() : 0; }
+
+DWORD CQuillMidiBuffer::ReadEvent(DWORD offset, void* destination, DWORD length) {
+    if (!m_pStore || !destination || offset >= m_pStore->data.GetSize())
+        return 0;
+    m_pStore->data.SeekTo(offset);
+    return m_pStore->data.Read(static_cast<char*>(destination), length);
+}
+
+template <class View>
+DWORD CQuillMidiBuffer::ReadView(const tagQuillMidiEntry& entry, View& view) {
+    std::memset(&view, 0, sizeof view);
+    const DWORD length = entry.length < sizeof view ? entry.length : static_cast<DWORD>(sizeof view);
+    return ReadEvent(entry.offset, &view, length);
+}
+
+DWORD CQuillMidiBuffer::SeekToTimePosition(DWORD time) {
+    SeekToBegin();
+    DWORD previous = 0;
+    tagQuillMidiEntry entry;
+    while (ReadNextEntry(&entry)) {
+        tagQuillMidiMessageHead head;
+        if (ReadView(entry, head) < sizeof head)
+            continue; // a message without a delay sounds nowhere
+        const LONG sounding = entry.time + static_cast<LONG>(GetDelay(&head));
+        const DWORD start = sounding < 0 ? 0 : static_cast<DWORD>(sounding);
+        if (start > time) {
+            ReadPrevEntry(&entry);
+            return previous;
+        }
+        previous = start;
+        if (start == time)
+            return start;
+    }
+    ReadPrevEntry(&entry);
+    return previous;
+}
+
+int CQuillMidiBuffer::SetLoopEndState(DWORD time) {
+    SeekToTimePosition(time);
+    m_nLoopEndState = 0;
+    tagQuillMidiEntry entry;
+    for (bool more = ReadEntry(&entry) || ReadNextEntry(&entry); more; more = ReadNextEntry(&entry)) {
+        tagQuillNoteMidiMessage message;
+        if (ReadView(entry, message) < 54 || message.bytes[2] != kNoteSegmentBlock)
+            continue; // byte 53 is the last that the duration needs
+        tagQuillMidiMessageHead head;
+        std::memcpy(&head, &message, sizeof head);
+        const long long start = static_cast<long long>(entry.time) + GetDelay(&head);
+        if (time < start)
+            break;
+        if (time < start + GetNoteDuration(&message)) {
+            m_nLoopEndState = 1;
+            break;
+        }
+    }
+    return 1;
+}
+
+int CQuillMidiBuffer::CreateChaseTable(CPtrArray& table, DWORD /*time*/) {
+    table.SetSize(0);
+    return 0;
+}
+
+DWORD CQuillMidiBuffer::GetDelay(const tagQuillMidiMessageHead* head) {
+    return head ? head->bytes[20] * 128u + head->bytes[23] : 0;
+}
+
+void CQuillMidiBuffer::SetDelay(tagQuillMidiMessageHead* head, DWORD delay) {
+    if (!head)
+        return;
+    head->bytes[20] = (delay >> 7) & 0x7F;
+    head->bytes[23] = delay & 0x7F;
+}
+
+DWORD CQuillMidiBuffer::GetNoteDuration(const tagQuillNoteMidiMessage* message) {
+    return message ? message->bytes[50] * 128u + message->bytes[53] : 0;
+}
+
+void CQuillMidiBuffer::SetLast(DWORD tick, DWORD time) {
+    m_dwLastTick = tick;
+    m_dwLastTime = time;
+}
+
+void CQuillMidiBuffer::RaiseLast(DWORD tick, DWORD time) {
+    if (tick > m_dwLastTick)
+        SetLast(tick, time);
+}

@@ -1,0 +1,226 @@
+#include "torv/encoding/quill_midi_encoder.h"
+
+#include "torv/icons/icon_dynamics.h"
+#include "torv/icons/icon_id.h"
+#include "torv/icons/icon_singer.h"
+#include "torv/score/csq_event.h"
+#include "torv/score/sequence_object.h"
+
+#include <algorithm>
+#include <iterator>
+#include <memory>
+#include <new>
+
+namespace {
+
+constexpr DWORD kDefaultPresend = 2000;
+constexpr DWORD kMinPresend = 500;
+constexpr DWORD kMaxPresend = 5000;
+constexpr DWORD kIntervalLimit = 256;
+constexpr int kResolutions[] = {1, 2, 4, 8, 16, 30, 60, 90, 120, 240, 480};
+constexpr int kDefaultResolutionIndex = 5;
+constexpr int kPointsOnly = -1;
+constexpr size_t kWorkBytes = 4096;
+constexpr DWORD kEovmBytes = 16;
+constexpr int kDynaffArticulation = 1;
+constexpr int kDynamicsFromIcons = 0;
+constexpr int kDynamicsFromTrack = 1;
+
+static_assert(torv::kMaxNoteBlockBytes <= kWorkBytes);
+
+template <class Icon>
+Icon* IconOf(CSequenceObject* track, DWORD handle) {
+    return dynamic_cast<Icon*>(track->LookupIconObject(reinterpret_cast<void*>(static_cast<uintptr_t>(handle))));
+}
+
+} // namespace
+
+CxQuillMidiEncoder::CxQuillMidiEncoder() : m_dwInterval(GetDefaultEventInterval()), m_dwPresend(GetDefaultPresendTime()) {
+    std::fill(std::begin(m_nResolutions), std::end(m_nResolutions), GetDefaultExtractResolution());
+}
+
+CxQuillMidiEncoder::~CxQuillMidiEncoder() = default;
+
+int CxQuillMidiEncoder::IsValidPresendTime(DWORD milliseconds) {
+    return milliseconds >= kMinPresend && milliseconds <= kMaxPresend;
+}
+int CxQuillMidiEncoder::IsValidEventInterval(DWORD ticks) { return ticks < kIntervalLimit; }
+int CxQuillMidiEncoder::IsValidOutMode(int mode) { return mode == kFileMode || mode == kRealTimeMode; }
+int CxQuillMidiEncoder::IsValidExtractResolution(int ticks) {
+    return ticks == kPointsOnly || std::find(std::begin(kResolutions), std::end(kResolutions), ticks) != std::end(kResolutions);
+}
+DWORD CxQuillMidiEncoder::GetDefaultPresendTime() { return kDefaultPresend; }
+DWORD CxQuillMidiEncoder::GetDefaultEventInterval() { return 0; }
+int CxQuillMidiEncoder::GetDefaultExtractResolution() { return kResolutions[kDefaultResolutionIndex]; }
+int CxQuillMidiEncoder::GetExtractResolution(int index) {
+    return index >= 0 && index < static_cast<int>(std::size(kResolutions)) ? kResolutions[index] : -1;
+}
+
+int CxQuillMidiEncoder::SetExtractResolutionAt(int slot, int ticks) {
+    if (slot < 0 || slot >= kResolutionSlots || !IsValidExtractResolution(ticks))
+        return 0;
+    m_nResolutions[slot] = ticks;
+    return 1;
+}
+
+int CxQuillMidiEncoder::GetExtractResolutionAt(int slot) const {
+    return slot >= 0 && slot < kResolutionSlots ? m_nResolutions[slot] : -1;
+}
+
+tagSequenceTimeMap* CxQuillMidiEncoder::CreateSequenceTimeMap(CMasterTrack* master) {
+    return torv::CreateSequenceTimeMap(master);
+}
+DWORD CxQuillMidiEncoder::SearchTickPosition(DWORD time, const tagSequenceTimeMap* map, DWORD hint) {
+    return torv::SearchTickPosition(time, map, hint);
+}
+DWORD CxQuillMidiEncoder::SearchTimePosition(DWORD tick, const tagSequenceTimeMap* map, DWORD hint) {
+    return torv::SearchTimePosition(tick, map, hint);
+}
+void CxQuillMidiEncoder::ResetRealTimeInfo(tagQuillMidiRealtimeInfo* info) { torv::ResetRealTimeInfo(info); }
+int CxQuillMidiEncoder::UpdateRealTimeInfo(tagQuillMidiRealtimeInfo* info, DWORD tick) {
+    return torv::UpdateRealTimeInfo(info, tick);
+}
+
+int CxQuillMidiEncoder::IntersectTime(DWORD* start, DWORD* end, DWORD a0, DWORD a1, DWORD b0, DWORD b1) {
+    *start = std::max(a0, b0);
+    *end = std::min(a1, b1);
+    return *start < *end;
+}
+
+BYTE CxQuillMidiEncoder::Transpose(int note, int shift) {
+    long long shifted = static_cast<long long>(note) + shift;
+    if (shifted < 0)
+        shifted += (11 - shifted) / 12 * 12;
+    else if (shifted >= 128)
+        shifted -= (shifted - 116) / 12 * 12;
+    return static_cast<BYTE>(shifted);
+}
+
+void CxQuillMidiEncoder::RepairPresendTime() {
+    if (!IsValidPresendTime(m_dwPresend))
+        m_dwPresend = GetDefaultPresendTime();
+}
+
+CQuillMidiBuffer* CxQuillMidiEncoder::EncodeSequenceTrack(tagQuillMidiEncodeStruct* encode) {
+    if (!encode || !encode->track || !encode->timeMap)
+        return nullptr;
+    RepairPresendTime();
+    auto buffer = std::unique_ptr<CQuillMidiBuffer>(new (std::nothrow) CQuillMidiBuffer);
+    m_nOutMode = kRealTimeMode;
+    if (!buffer || !buffer->Create(m_nOutMode, m_dwPresend, static_cast<int>(m_dwInterval)))
+        return nullptr;
+    m_pBuffer = buffer.get();
+    m_work.resize(kWorkBytes);
+    m_nTranspose = encode->track->GetTranspose();
+    const int written = WriteQuillMidiTrack(encode->track, encode->timeMap);
+    buffer->SeekToEnd();
+    m_pBuffer = nullptr;
+    m_work = {};
+    return written ? buffer.release() : nullptr;
+}
+
+int CxQuillMidiEncoder::WriteQuillMidiTrack(CSequenceObject* track, const tagSequenceTimeMap* map) {
+    tagQuillMidiRealtimeInfo info{};
+    info.map = map;
+    info.channel = static_cast<DWORD>(track->GetChannel()) & 0x0F;
+    info.dynamics = CIconDynamics::GetDefaultDynamics();
+
+    CCsqEvent event;
+    if (!event.Attach(track))
+        return 0;
+    for (int kind = event.GetNext(); kind != kCsqStatusRear; kind = event.GetNext()) {
+        if (event.GetPosition() > info.tick)
+            torv::UpdateRealTimeInfo(&info, event.GetPosition());
+        if (kind == kCsqEventAicon) {
+            if (track->GetDynamicsMode() == kDynamicsFromIcons)
+                WriteQsqDynamicsEvent(&event, &info);
+        } else if (kind == kCsqEventAnote) {
+            WriteCsqAnoteEvent(&event, &info);
+        } else if (kind == kCsqEventSinger) {
+            WriteCsqSingerEvent(&event, &info);
+        }
+    }
+
+    if (track->GetDynamicsMode() == kDynamicsFromTrack)
+        InsertContinuousDynamics(track, &info);
+    InsertContinuousVoiceControl(track, &info);
+    InsertContinuousTremoloDepth(track, &info);
+    InsertContinuousPitchBend(track, &info);
+    InsertContinuousPitchBendSens(track, &info);
+    return 1;
+}
+
+int CxQuillMidiEncoder::WriteCsqSingerEvent(CCsqEvent* event, tagQuillMidiRealtimeInfo* info) {
+    const tagCsqEventSinger* record = event->GetSingerEventParam();
+    if (!record)
+        return 0;
+    const CIconSinger* icon = IconOf<CIconSinger>(event->GetSequence(), record->iconHandle);
+    if (!icon)
+        return 1;
+    // A singer named within the first presend milliseconds still arrives in time, with a delay that is shorter.
+    const DWORD delay = std::min(info->time, m_dwPresend);
+    BYTE* const bytes = m_work.data();
+    DWORD length = 0;
+    const auto put = [&](BYTE number, BYTE code) {
+        tagQuillNPRNBlock block;
+        length += torv::WriteStartNPRNEvents(bytes + length, static_cast<int>(info->channel), number, delay, &block);
+        length += torv::WriteNextNPRNEvents(bytes + length, torv::SevenBits(code), torv::kNoDataLsb, &block);
+    };
+    put(torv::kNprnSingerLanguage, icon->GetLanguageCode());
+    put(torv::kNprnSingerProgram, icon->GetProgramCode());
+    const int placed = PlaceBlock(static_cast<LONG>(info->time - delay), info, bytes, length);
+    m_pBuffer->RaiseLast(info->tick, info->time);
+    return placed;
+}
+
+int CxQuillMidiEncoder::WriteQsqDynamicsEvent(CCsqEvent* event, tagQuillMidiRealtimeInfo* info) {
+    const tagCsqEventAicon* record = event->GetAiconEventParam();
+    if (!record)
+        return 0;
+    CIconDynamics* icon = IconOf<CIconDynamics>(event->GetSequence(), record->iconHandle);
+    if (!icon)
+        return 1;
+    if (info->time < m_dwPresend)
+        return 0;
+    if (torv::ArticulationFromID(icon->GetIconID()) != kDynaffArticulation) {
+        const int written = InsertContinuousDynamics(event->GetPosition(), icon, info);
+        info->dynamics = CIconDynamics::CalcExportDynamics(info->dynamics, icon->GetEndDynamics());
+        return written;
+    }
+    tagQuillNPRNBlock block;
+    BYTE* const bytes = m_work.data();
+    DWORD length =
+        torv::WriteStartNPRNEvents(bytes, static_cast<int>(info->channel), torv::kNprnDynamics, m_dwPresend, &block);
+    length += torv::WriteNextNPRNEvents(bytes + length, torv::SevenBits(icon->GetStartDynamics()), torv::kNoDataLsb, &block);
+    const int placed = PlaceBlock(static_cast<LONG>(info->time - m_dwPresend), info, bytes, length);
+    info->dynamics = icon->GetStartDynamics();
+    m_pBuffer->RaiseLast(info->tick, info->time);
+    return placed;
+}
+
+int CxQuillMidiEncoder::PlaceBlock(LONG time, const tagQuillMidiRealtimeInfo* info, const BYTE* bytes, DWORD length) {
+    const DWORD tick = torv::TickOfSendTime(time, info);
+    return m_nOutMode == kRealTimeMode ? m_pBuffer->InsertEventExAt(tick, time, bytes, length)
+                                       : WriteQuillMidiMessage(tick, m_dwInterval, bytes, length / 3);
+}
+
+int CxQuillMidiEncoder::WriteQuillMidiMessage(DWORD tick, DWORD interval, const BYTE* bytes, DWORD count) {
+    return m_pBuffer->InsertMessagesAt(tick, interval, bytes, count);
+}
+
+int CxQuillMidiEncoder::WriteChMessage(BYTE status, BYTE data1) {
+    const BYTE bytes[] = {status, data1};
+    return m_pBuffer->InsertEvent(bytes, sizeof bytes, 0, 1);
+}
+
+int CxQuillMidiEncoder::WriteChMessage(BYTE status, BYTE data1, BYTE data2) {
+    const BYTE bytes[] = {status, data1, data2};
+    return m_pBuffer->InsertEvent(bytes, sizeof bytes, 0, 1);
+}
+
+int CxQuillMidiEncoder::WriteEOVM(DWORD delta, int channel, DWORD delay) {
+    BYTE bytes[kEovmBytes] = {}; // the last four are filler
+    tagQuillNPRNBlock block;
+    torv::WriteStartNPRNEvents(bytes, channel, torv::kNprnEovm, &block);
+    return m_pBuffer->AddEvent(delta, bytes, sizeof bytes, static_cast<LONG>(delay));
+}

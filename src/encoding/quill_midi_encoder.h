@@ -1,0 +1,119 @@
+#pragma once
+
+#include "torv/encoding/note_segment.h"
+#include "torv/encoding/nprn_block.h"
+#include "torv/encoding/quill_midi_buffer.h"
+#include "torv/encoding/realtime_info.h"
+#include "torv/platform/platform.h"
+
+#include <vector>
+
+class CCsqEvent;
+class CIconDynamics;
+class CIconObject;
+class CIconVibrato;
+class CLyricElement;
+class CSequenceObject;
+
+/// What EncodeSequenceTrack is given; both are borrowed.
+struct tagQuillMidiEncodeStruct {
+    CSequenceObject* track;
+    tagSequenceTimeMap* timeMap; ///< from CreateSequenceTimeMap
+};
+
+/// Turns one track of a song into the engine's stream: singer changes, note segments, dynamics, vibrato, and the
+/// track's continuous curves, each block sent a presend ahead of its sounding time.
+///
+/// Notes and dynamics icons within the first presend milliseconds of the song are left out, because they could not be
+/// sent ahead: a song starts with at least that much rest. One object encodes one track at a time.
+class TORV_API CxQuillMidiEncoder {
+public:
+    CxQuillMidiEncoder();
+    virtual ~CxQuillMidiEncoder();
+    CxQuillMidiEncoder(const CxQuillMidiEncoder&) = delete;
+    CxQuillMidiEncoder& operator=(const CxQuillMidiEncoder&) = delete;
+
+    enum OutMode { kFileMode = 0, kRealTimeMode = 1 };
+    enum ResolutionSlot { kDynamicsSlot = 0, kVibratoDepthSlot = 1, kVibratoRateSlot = 2, kResolutionSlots = 3 };
+
+    /// Encodes in real-time mode, which the object keeps; a presend time outside its range is replaced by the default.
+    /// The caller owns the buffer. Null when it cannot be made, or without a track or map.
+    CQuillMidiBuffer* EncodeSequenceTrack(tagQuillMidiEncodeStruct* encode);
+
+    /// The setters store what they are given: what is out of range is caught when a run starts. The resolution of a
+    /// slot is tested at once: -1 (a curve's own points only) or an entry of the table, else 0 and nothing changes.
+    void SetPresendTime(DWORD milliseconds) { m_dwPresend = milliseconds; }
+    DWORD GetPresendTime() const { return m_dwPresend; }
+    void SetEventInterval(DWORD ticks) { m_dwInterval = ticks; }
+    DWORD GetEventInterval() const { return m_dwInterval; }
+    void SetOutMode(int mode) { m_nOutMode = mode; }
+    int GetOutMode() const { return m_nOutMode; }
+    int SetExtractResolutionAt(int slot, int ticks);
+    int GetExtractResolutionAt(int slot) const;
+
+    static int IsValidPresendTime(DWORD milliseconds); ///< 500..5000
+    static int IsValidEventInterval(DWORD ticks);      ///< 0..255
+    static int IsValidOutMode(int mode);
+    static int IsValidExtractResolution(int ticks);
+    static DWORD GetDefaultPresendTime();    ///< 2000
+    static DWORD GetDefaultEventInterval();  ///< 0
+    static int GetDefaultExtractResolution();///< 30
+    /// Entry `index` of the table of sampling resolutions, in ticks; -1 outside it.
+    static int GetExtractResolution(int index);
+
+    static tagSequenceTimeMap* CreateSequenceTimeMap(CMasterTrack* master);
+    static DWORD SearchTickPosition(DWORD time, const tagSequenceTimeMap* map, DWORD hint);
+    static DWORD SearchTimePosition(DWORD tick, const tagSequenceTimeMap* map, DWORD hint);
+    /// What [a0, a1) and [b0, b1) share, into `start` and `end`; non-zero when that is not empty.
+    static int IntersectTime(DWORD* start, DWORD* end, DWORD a0, DWORD a1, DWORD b0, DWORD b1);
+    static void ResetRealTimeInfo(tagQuillMidiRealtimeInfo* info);
+    static int UpdateRealTimeInfo(tagQuillMidiRealtimeInfo* info, DWORD tick);
+
+protected:
+    // The writers take the cursor on the event at hand and the running position; 1 on success, 0 when nothing is
+    // written. A track's walk goes on after a 0.
+    int WriteQuillMidiTrack(CSequenceObject* track, const tagSequenceTimeMap* map);
+    int WriteCsqAnoteEvent(CCsqEvent* event, tagQuillMidiRealtimeInfo* info);
+    int WriteCsqSingerEvent(CCsqEvent* event, tagQuillMidiRealtimeInfo* info);
+    int WriteQsqDynamicsEvent(CCsqEvent* event, tagQuillMidiRealtimeInfo* info);
+
+    int CreateQuillNoteStruct(tagQuillMidiOutNoteParam* note, CCsqEvent* event, const tagQuillMidiRealtimeInfo* info);
+    void DeleteQuillNoteStruct(tagQuillMidiOutNoteParam* note, tagQuillMidiRealtimeInfo* info);
+    void SetNoteSegmentParam(tagQuillMidiOutNoteParam* note, const tagQuillMidiRealtimeInfo* info, DWORD index,
+                             CLyricElement* element);
+    /// Shifts a note by semitones; out of 0..127 it is folded back by octaves, never clipped.
+    static BYTE Transpose(int note, int shift);
+
+    int InsertContinuousDynamics(DWORD tick, CIconDynamics* icon, const tagQuillMidiRealtimeInfo* info);
+    int InsertContinuousDynamics(CSequenceObject* track, const tagQuillMidiRealtimeInfo* info);
+    int InsertContinuousVibrato(DWORD tick, CIconVibrato* icon, const tagQuillMidiRealtimeInfo* info);
+    int InsertContinuousTremoloDepth(CSequenceObject* track, const tagQuillMidiRealtimeInfo* info);
+    int InsertContinuousPitchBend(CSequenceObject* track, const tagQuillMidiRealtimeInfo* info);
+    int InsertContinuousPitchBendSens(CSequenceObject* track, const tagQuillMidiRealtimeInfo* info);
+    int InsertContinuousVoiceControl(CSequenceObject* track, const tagQuillMidiRealtimeInfo* info);
+
+    /// Inserts each of `count` three-byte messages as an event of its own, `interval` ticks apart.
+    int WriteQuillMidiMessage(DWORD tick, DWORD interval, const BYTE* bytes, DWORD count);
+    /// Inserts a channel message of two or three bytes at the buffer's position.
+    int WriteChMessage(BYTE status, BYTE data1);
+    int WriteChMessage(BYTE status, BYTE data1, BYTE data2);
+    /// Appends an end-of-voice mark `delta` ticks after the last entry; `delay` becomes the entry's time.
+    int WriteEOVM(DWORD delta, int channel, DWORD delay);
+
+    /// Places a block that is sent at `time` milliseconds, in the way of the out mode.
+    int PlaceBlock(LONG time, const tagQuillMidiRealtimeInfo* info, const BYTE* bytes, DWORD length);
+    /// A presend time out of range becomes the default.
+    void RepairPresendTime();
+
+    DWORD m_dwInterval = 0;
+    DWORD m_dwPresend = 0;
+    int m_nOutMode = kFileMode;
+    int m_nResolutions[kResolutionSlots];
+    int m_nTranspose = 0;
+    CQuillMidiBuffer* m_pBuffer = nullptr; ///< borrowed, while a track is encoded
+    std::vector<BYTE> m_work;              ///< where a block is put together, while a track is encoded
+
+private:
+    int FillNoteIcons(tagQuillMidiOutNoteParam* note, CCsqEvent* event);
+    int FillNextNoteTransition(tagQuillMidiOutNoteParam* note, CCsqEvent* event);
+};
