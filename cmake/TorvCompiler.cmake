@@ -11,7 +11,12 @@ if(WIN32)
   # x87 registers would round time conversions and the mixer's truncations differently from every other target.
   add_compile_options(-msse2 -mfpmath=sse -mstackrealign)
   add_compile_definitions(NOMINMAX WIN32_LEAN_AND_MEAN STRICT _WIN32_WINNT=0x0601)
-  add_link_options(-static)
+  # One C++ runtime for the library and its hosts, so that a wave file's exception can be caught where it is meant to be.
+  foreach(runtime libgcc_s_dw2-1.dll libstdc++-6.dll libwinpthread-1.dll)
+    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${runtime} OUTPUT_VARIABLE path
+                    OUTPUT_STRIP_TRAILING_WHITESPACE)
+    file(COPY ${path} DESTINATION ${CMAKE_BINARY_DIR}/bin FOLLOW_SYMLINK_CHAIN)
+  endforeach()
 endif()
 find_program(CCACHE ccache)
 if(CCACHE)

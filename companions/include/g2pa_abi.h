@@ -22,6 +22,18 @@ extern "C" {
 
 enum { G2PA_MAX_SLOTS = 256, G2PA_SLOT_BYTES = 8, G2PA_MIN_TEXT_BYTES = 256 };
 
+/** Results of this project's own converters. A host relies on 0 and 1 and on the sign of a created handle only: any
+    other value of any maker's converter is an error code. */
+enum {
+    G2PA_OK = 0,
+    G2PA_NO_OUTPUT_NOW = 1,
+    G2PA_BAD_HANDLE = -1,  /**< never created, or deleted */
+    G2PA_INPUT_ENDED = -2, /**< a put after the null record */
+    G2PA_BAD_RECORD = -3,  /**< no room given for an output */
+    G2PA_NO_MEMORY = -4
+};
+
+/* NOLINTBEGIN(modernize-use-using): hosts in C include this too. */
 /** One lyric element. The text is inline and zero-terminated; the record has room for at least G2PA_MIN_TEXT_BYTES of
     it, and more when the text is longer. Lyrics are code page 932 bytes. */
 typedef struct G2paInput {
@@ -45,6 +57,7 @@ typedef int32_t(G2PA_CALL* G2paGetProc)(int32_t handle, void* output);
 typedef int32_t(G2PA_CALL* G2paDeleteProc)(int32_t handle);
 /** A static text. */
 typedef const char*(G2PA_CALL* G2paGetVersionStringProc)(void);
+/* NOLINTEND(modernize-use-using) */
 
 #ifdef __cplusplus
 }

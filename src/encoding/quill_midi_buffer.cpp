@@ -8,8 +8,7 @@
 
 namespace {
 
-constexpr DWORD kGrowthStep = 2048;
-constexpr int kHeapBlocks = -1;
+constexpr DWORD kGrowthStep = torv::kStreamBlockSize;
 constexpr BYTE kNoteSegmentBlock = 0x50;
 
 } // namespace
@@ -26,8 +25,8 @@ CQuillMidiBuffer::~CQuillMidiBuffer() = default;
 
 int CQuillMidiBuffer::Create(int mode, DWORD presend, int interval) {
     auto store = std::shared_ptr<Store>(new (std::nothrow) Store);
-    if (!store || !store->index.Create(sizeof(tagQuillMidiEntry), kGrowthStep, kHeapBlocks) ||
-        !store->data.Create(kGrowthStep, kHeapBlocks))
+    if (!store || !store->index.Create(sizeof(tagQuillMidiEntry), kGrowthStep, torv::kHeapBlocks) ||
+        !store->data.Create(kGrowthStep, torv::kHeapBlocks))
         return 0;
     m_pStore = std::move(store);
     m_nMode = mode;
@@ -88,8 +87,8 @@ int CQuillMidiBuffer::InsertEventExAt(DWORD tick, LONG time, const BYTE* bytes, 
     tagLocateMarker last;
     index.StoreLocation(&last);
     // The stream lands on the first entry at the tick, but stays at the top for tick 0: there the entry is the next one.
-    bool atTick = index.ReadEntry(&entry) && index.GetPosition() == tick && last.state == 0;
-    if (last.state == -1)
+    bool atTick = index.ReadEntry(&entry) && index.GetPosition() == tick && last.state == torv::kCursorOnEntry;
+    if (last.state == torv::kCursorAtTop)
         atTick = index.ReadNextEntry(&entry) && index.GetPosition() == tick;
     while (atTick) {
         if (entry.time > time)
@@ -126,7 +125,7 @@ int CQuillMidiBuffer::MoveTo(DWORD tick) {
     tagLocateMarker here;
     index.StoreLocation(&here);
     // Already on an entry at the tick, as when the messages of one block follow each other: no walk back to its first.
-    if (!(here.state == 0 && here.clock == tick) && index.MoveTo(tick) != tick)
+    if (!(here.state == torv::kCursorOnEntry && here.clock == tick) && index.MoveTo(tick) != tick)
         return 0;
     SkipEntriesAtTick(tick);
     return 1;

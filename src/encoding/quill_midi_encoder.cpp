@@ -128,15 +128,15 @@ int CxQuillMidiEncoder::WriteQuillMidiTrack(CSequenceObject* track, const tagSeq
     CCsqEvent event;
     if (!event.Attach(track))
         return 0;
-    for (int kind = event.GetNext(); kind != kCsqStatusRear; kind = event.GetNext()) {
+    for (int kind = event.GetNext(); kind != torv::kEventEnd; kind = event.GetNext()) {
         if (event.GetPosition() > info.tick)
             torv::UpdateRealTimeInfo(&info, event.GetPosition());
-        if (kind == kCsqEventAicon) {
+        if (kind == torv::kEventAicon) {
             if (track->GetDynamicsMode() == kDynamicsFromIcons)
                 WriteQsqDynamicsEvent(&event, &info);
-        } else if (kind == kCsqEventAnote) {
+        } else if (kind == torv::kEventAnote) {
             WriteCsqAnoteEvent(&event, &info);
-        } else if (kind == kCsqEventSinger) {
+        } else if (kind == torv::kEventSinger) {
             WriteCsqSingerEvent(&event, &info);
         }
     }

@@ -111,11 +111,11 @@ int CxQuillMidiEncoder::CreateQuillNoteStruct(tagQuillMidiOutNoteParam* note, CC
     if (!record)
         return 0;
     note->position = event->GetPosition();
-    note->length = record->length;
+    note->length = record->noteLength;
     note->channel = record->header.status & 0x0F;
     note->noteNumber = Transpose(record->noteNumber, m_nTranspose);
     note->dynamics = record->noteDynamics;
-    note->attribute = record->attribute & 0xFFFF;
+    note->attribute = record->noteAttribute & 0xFFFF;
     note->presend = m_dwPresend;
     if (!FillNoteIcons(note, event))
         return 0;
@@ -145,8 +145,8 @@ void CxQuillMidiEncoder::DeleteQuillNoteStruct(tagQuillMidiOutNoteParam* note, t
 int CxQuillMidiEncoder::FillNoteIcons(tagQuillMidiOutNoteParam* note, CCsqEvent* event) {
     CSequenceObject* const track = event->GetSequence();
     const tagCsqEventAnote* const record = event->GetAnoteEventParam();
-    if (record->headIconHandle) {
-        CIconExpression* const icon = ExpressionOf(track, record->headIconHandle);
+    if (record->noteHeadHandle) {
+        CIconExpression* const icon = ExpressionOf(track, record->noteHeadHandle);
         const int status = icon ? torv::StatusFromID(icon->GetIconID()) : 0;
         if (status == kStatusTransition)
             FillTransition(note, icon);
@@ -155,8 +155,8 @@ int CxQuillMidiEncoder::FillNoteIcons(tagQuillMidiOutNoteParam* note, CCsqEvent*
         else if (!(note->attribute & kJoinedToPrevious)) // a joined note has no attack
             FillAttack(note, icon);
     }
-    if (record->tailIconHandle) {
-        CIconExpression* const icon = ExpressionOf(track, record->tailIconHandle);
+    if (record->noteTailHandle) {
+        CIconExpression* const icon = ExpressionOf(track, record->noteTailHandle);
         const int status = icon ? torv::StatusFromID(icon->GetIconID()) : 0;
         if (status == kStatusTransition)
             FillTransition(note, icon);
@@ -165,8 +165,8 @@ int CxQuillMidiEncoder::FillNoteIcons(tagQuillMidiOutNoteParam* note, CCsqEvent*
         else
             return 0;
     }
-    if (record->vibratoIconHandle) {
-        auto* const icon = dynamic_cast<CIconVibrato*>(track->LookupIconObject(HandleOf(record->vibratoIconHandle)));
+    if (record->vibratoHandle) {
+        auto* const icon = dynamic_cast<CIconVibrato*>(track->LookupIconObject(HandleOf(record->vibratoHandle)));
         if (!icon)
             return 0;
         note->vibratoCode = icon->GetExpressionID();
@@ -185,16 +185,16 @@ int CxQuillMidiEncoder::FillNextNoteTransition(tagQuillMidiOutNoteParam* note, C
     tagLocateMarker here;
     event->StoreLocation(&here);
     int kind = event->GetNext();
-    while (kind != kCsqEventAnote && kind != kCsqStatusRear)
+    while (kind != torv::kEventAnote && kind != torv::kEventEnd)
         kind = event->GetNext();
-    if (kind == kCsqEventAnote) {
-        const DWORD head = event->GetAnoteEventParam()->headIconHandle;
+    if (kind == torv::kEventAnote) {
+        const DWORD head = event->GetAnoteEventParam()->noteHeadHandle;
         CIconExpression* const icon = head ? ExpressionOf(event->GetSequence(), head) : nullptr;
         if (icon && torv::StatusFromID(icon->GetIconID()) == kStatusAttack)
             FillTransition(note, icon);
     }
     event->RestoreLocation(&here, 1);
-    return kind == kCsqEventAnote;
+    return kind == torv::kEventAnote;
 }
 
 void CxQuillMidiEncoder::SetNoteSegmentParam(tagQuillMidiOutNoteParam* note, const tagQuillMidiRealtimeInfo* info,

@@ -1,0 +1,46 @@
+/// What the two converters share: the life of an element between put and get. Each language derives one class and
+/// defines the functions at the end; entry_points.cpp turns them into the library's five entry points.
+#pragma once
+
+#include <deque>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace g2pa {
+
+/// One element's phonemes in order: views of static tables.
+using Symbols = std::vector<std::string_view>;
+
+/// One conversion. Delivers exactly one output for each element put, in order. No locks: the caller serialises.
+class Converter {
+public:
+    Converter() = default;
+    Converter(const Converter&) = delete;
+    Converter& operator=(const Converter&) = delete;
+    virtual ~Converter() = default;
+
+    /// Takes the next element; any bytes but NUL.
+    virtual void Put(std::string_view text) = 0;
+    /// The input has ended: everything held back becomes ready.
+    virtual void Finish() = 0;
+
+    bool HasOutput() const { return !m_ready.empty(); }
+    const Symbols& NextOutput() const { return m_ready.front(); }
+    void DropOutput() { m_ready.pop_front(); }
+
+protected:
+    void Deliver(Symbols symbols) { m_ready.push_back(std::move(symbols)); }
+
+private:
+    std::deque<Symbols> m_ready;
+};
+
+// What a language's library defines.
+
+std::unique_ptr<Converter> MakeConverter();
+extern const char* const versionText;
+/// True when every slot but the last of an output ends with a blank: the host then joins slots without a separator.
+extern const bool slotsEndWithBlank;
+
+} // namespace g2pa

@@ -1,0 +1,108 @@
+#include "english_converter.h"
+
+#include "allophones.h"
+
+#include <g2pa_abi.h>
+
+#include <algorithm>
+
+namespace g2pa_eng {
+namespace {
+
+constexpr std::string_view defaultVowel = "u:";
+
+constexpr std::string_view refrains[] = {"ah", "da", "dee", "doo", "dum", "fa",  "ha",  "hey",
+                                         "ho", "la", "na",  "oh",  "ooh", "sha", "tra", "yeah"};
+
+/// "la-la-la", "fa-la-la", "bye-bye": sung syllables, each a word of its own whatever the hyphens say.
+bool AreRefrain(const std::vector<std::string_view>& parts) {
+    const auto repeats = [&](std::string_view part) { return part == parts.front(); };
+    const auto isRefrain = [](std::string_view part) {
+        return std::find(std::begin(refrains), std::end(refrains), part) != std::end(refrains);
+    };
+    return std::all_of(parts.begin(), parts.end(), repeats) || std::all_of(parts.begin(), parts.end(), isRefrain);
+}
+
+/// The sounds of a word that its parts share; no phones when the parts are words of their own. Nothing longer than the
+/// longest word is looked up as one.
+Phones PronounceJoined(const Dictionary& dictionary, const std::vector<std::string_view>& parts) {
+    std::string word;
+    for (const std::string_view part : parts)
+        if (word.size() <= maxWordLetters)
+            word += part;
+    if (parts.size() > 1 && (word.size() > maxWordLetters || AreRefrain(parts)))
+        return {};
+    return PronounceWord(dictionary, word);
+}
+
+} // namespace
+
+void EnglishConverter::Put(std::string_view bytes) {
+    LyricText lyric = ReadLyric(bytes);
+    if (lyric.singsOn) {
+        if (m_held.empty())
+            Deliver({defaultVowel});
+        else
+            ++m_held.back().prolongations;
+        return;
+    }
+    const bool joins = !lyric.words.empty() && !m_held.empty() && !m_held.back().words.empty() &&
+                       (m_wordGoesOn || lyric.joinsPrevious);
+    if (!joins)
+        Release();
+    m_wordGoesOn = lyric.joinsNext;
+    m_held.push_back({std::move(lyric.words), 0, {}});
+}
+
+void EnglishConverter::Release() {
+    for (size_t held = 0; held < m_held.size(); ++held)
+        for (size_t word = held == 0 ? 0 : 1; word < m_held[held].words.size(); ++word)
+            PronounceFrom(held, word);
+    for (const Held& held : m_held)
+        DeliverProlonged(held);
+    m_held.clear();
+}
+
+/// Pronounces a word and its continuations, and gives each element its part.
+void EnglishConverter::PronounceFrom(size_t held, size_t word) {
+    std::vector<std::string_view> parts{m_held[held].words[word]};
+    if (word + 1 == m_held[held].words.size()) { // the last word of an element goes on while elements are single words
+        for (size_t next = held + 1; next < m_held.size(); ++next) {
+            parts.emplace_back(m_held[next].words[0]);
+            if (m_held[next].words.size() > 1)
+                break;
+        }
+    }
+    const Phones joined = PronounceJoined(m_dictionary, parts);
+    const SyllablesOfParts shares = DivideWord(joined, parts);
+    for (size_t part = 0; part < parts.size(); ++part) {
+        const bool alone = joined.empty() && parts.size() > 1;
+        const auto syllables =
+            alone ? DivideWord(PronounceWord(m_dictionary, parts[part]), {parts[part]})[0] : shares[part];
+        g2pa::Symbols& symbols = m_held[held + part].symbols;
+        for (size_t i = 0; i < syllables.size() && symbols.size() < G2PA_MAX_SLOTS; ++i)
+            AppendSymbols(symbols, syllables[i], i == 0 && (part == 0 || alone));
+    }
+}
+
+/// The consonants after an element's last vowel are sung where that vowel ends: in the last element that prolongs it.
+void EnglishConverter::DeliverProlonged(const Held& held) {
+    g2pa::Symbols symbols = held.symbols;
+    if (symbols.size() > G2PA_MAX_SLOTS)
+        symbols.resize(G2PA_MAX_SLOTS);
+    if (held.prolongations == 0)
+        return Deliver(std::move(symbols));
+    const auto vowel = std::find_if(symbols.rbegin(), symbols.rend(), IsVowelSymbol);
+    const size_t head = vowel != symbols.rend() ? static_cast<size_t>(symbols.rend() - vowel) : symbols.size();
+    const std::string_view nucleus = head > 0 ? symbols[head - 1] : defaultVowel;
+    const g2pa::Symbols coda(symbols.begin() + static_cast<std::ptrdiff_t>(head), symbols.end());
+    symbols.resize(head);
+    Deliver(std::move(symbols));
+    for (size_t i = 1; i < held.prolongations; ++i)
+        Deliver({nucleus});
+    g2pa::Symbols last{nucleus};
+    last.insert(last.end(), coda.begin(), coda.end());
+    Deliver(std::move(last));
+}
+
+} // namespace g2pa_eng

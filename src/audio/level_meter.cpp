@@ -1,0 +1,43 @@
+#include "torv/audio/level_meter.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace torv {
+
+void LevelMeter::Set(CWnd* left, CWnd* right, UINT message, WORD code, DWORD interval) {
+    m_left = left ? left->m_hWnd : nullptr;
+    m_right = right ? right->m_hWnd : nullptr;
+    m_message = message;
+    if (code != 0)
+        m_code = code;
+    if (interval != 0)
+        SetInterval(interval);
+}
+
+void LevelMeter::SetInterval(DWORD frames) {
+    m_interval = frames;
+    m_countdown = frames;
+}
+
+void LevelMeter::Add(double left, double right) {
+    if (!m_left && !m_right)
+        return;
+    m_peakLeft = std::max(m_peakLeft, TruncateToLong(std::fabs(left) * 32767.0));
+    m_peakRight = std::max(m_peakRight, TruncateToLong(std::fabs(right) * 32767.0));
+    if (m_countdown > 1) {
+        --m_countdown;
+        return;
+    }
+    Post(m_left, m_peakLeft);
+    Post(m_right, m_peakRight);
+    m_countdown = m_interval;
+}
+
+void LevelMeter::Post(HWND window, LONG& peak) const {
+    if (window && IsWindow(window))
+        PostMessageA(window, m_message, m_code, peak);
+    peak = 0;
+}
+
+} // namespace torv

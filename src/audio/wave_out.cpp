@@ -1,0 +1,64 @@
+#include "torv/audio/wave_out.h"
+
+#include "torv/audio/gain.h"
+#include "torv/audio/sample.h"
+
+#include <cmath>
+
+CWaveOut::CWaveOut()
+    : m_WaveFormat(torv::PcmFormat(2, 16, torv::kDefaultSampleRate)), m_dwSampleRate(torv::kDefaultSampleRate) {}
+
+double CWaveOut::Db2Amplitude(double decibels) { return std::pow(10.0, decibels * 0.05); }
+double CWaveOut::Amplitude2Db(double amplitude) { return 20.0 * std::log10(amplitude); }
+
+void CWaveOut::SetPlayParameters(const CString& device, CWnd* window, UINT message, WORD positionCode, DWORD rate,
+                                 int loop) {
+    m_strDevice = device;
+    m_hScoreWnd = window ? window->m_hWnd : nullptr;
+    m_nMessage = message;
+    m_wPositionCode = positionCode;
+    m_dwSampleRate = rate;
+    m_dwBufferFrames = rate / 10;
+    m_nLoop = loop;
+}
+
+double CWaveOut::ValidMasterPan(double pan) const { return m_wOutputChannels == 1 ? 0.0 : torv::ValidPan(pan); }
+
+void CWaveOut::UpdateMasterGains() {
+    const auto gain = torv::GainsAt(m_dMasterVolumeL, m_dMasterVolumeR, m_dMasterPan);
+    m_dMasterGainL = gain.left;
+    m_dMasterGainR = gain.right;
+}
+
+void CWaveOut::SetMasterVolume(double volume, double pan) {
+    m_dMasterPan = ValidMasterPan(pan);
+    SetMasterVolume(volume);
+}
+
+void CWaveOut::SetMasterVolume(double volume) {
+    m_dMasterVolumeL = torv::ValidVolume(volume);
+    m_dMasterVolumeR = torv::ValidVolume(volume);
+    UpdateMasterGains();
+}
+
+void CWaveOut::SetMasterPanpot(double pan) {
+    m_dMasterPan = ValidMasterPan(pan);
+    UpdateMasterGains();
+}
+
+int CWaveOut::SetMasterOutputChannels(WORD channels) {
+    if (channels == 1 || channels == 2)
+        m_wOutputChannels = channels;
+    return 1;
+}
+
+void CWaveOut::SetOutputRate(DWORD rate) {
+    m_dwSampleRate = rate;
+    m_WaveFormat.nSamplesPerSec = rate;
+    m_WaveFormat.nAvgBytesPerSec = rate * m_WaveFormat.nBlockAlign;
+}
+
+void CWaveOut::ApplyOutputChannels() {
+    if (m_WaveFormat.nChannels != m_wOutputChannels)
+        m_WaveFormat = torv::PcmFormat(m_wOutputChannels, m_WaveFormat.wBitsPerSample, m_WaveFormat.nSamplesPerSec);
+}

@@ -1,0 +1,158 @@
+#include "torv/files/midi_track.h"
+
+namespace {
+
+constexpr DWORD kSmallestEvent = 3;
+
+/// Reads the track's bytes one at a time; at their end every read fails.
+bool TakeByte(tagMidiTrack& track, BYTE& byte) {
+    if (track.left == 0)
+        return false;
+    byte = *track.read++;
+    --track.left;
+    return true;
+}
+
+/// Seven bits a byte, at most four bytes.
+bool TakeVariableLength(tagMidiTrack& track, DWORD& value) {
+    value = 0;
+    for (int i = 0; i < 4; ++i) {
+        BYTE byte;
+        if (!TakeByte(track, byte))
+            return false;
+        value = (value << 7) | (byte & 0x7F);
+        if (byte < 0x80)
+            return true;
+    }
+    return false;
+}
+
+bool TakeVariableData(tagMidiTrack& track, tagEvent& event) {
+    if (!TakeVariableLength(track, event.length) || event.length > track.left)
+        return false;
+    event.bytes = event.length ? track.read : nullptr;
+    track.read += event.length;
+    track.left -= event.length;
+    return true;
+}
+
+bool TakeSystemEvent(tagMidiTrack& track, tagEvent& event) {
+    if (event.status == 0xF0 || event.status == 0xF7)
+        return TakeVariableData(track, event);
+    if (event.status != torv::kMidiMeta || !TakeByte(track, event.data1) || !TakeVariableData(track, event))
+        return false;
+    if (event.data1 == torv::kMetaEndOfTrack)
+        track.flags |= torv::kMidiTrackEnd;
+    return true;
+}
+
+bool TakeEvent(tagMidiTrack& track, tagEvent& event) {
+    if (!TakeVariableLength(track, event.delta))
+        return false;
+    track.tick += event.delta;
+    // Three bytes must follow even where two would do: a track that closes with a short event instead of an end mark
+    // is malformed.
+    BYTE byte;
+    if (track.left < kSmallestEvent || !TakeByte(track, byte))
+        return false;
+    if (byte >= 0xF0) {
+        event.status = byte;
+        track.runningStatus = 0;
+        return TakeSystemEvent(track, event);
+    }
+    if (byte >= 0x80) {
+        track.runningStatus = byte;
+        TakeByte(track, event.data1);
+    } else {
+        event.data1 = byte;
+    }
+    if (track.runningStatus == 0)
+        return false;
+    event.status = static_cast<BYTE>(track.runningStatus);
+    return torv::MidiEventLength(event.status) != 3 || TakeByte(track, event.data2);
+}
+
+} // namespace
+
+int torv::MidiEventLength(int status) {
+    switch (status & 0xF0) {
+    case 0x80:
+    case 0x90:
+    case 0xA0:
+    case 0xB0:
+    case 0xE0:
+        return 3;
+    case 0xC0:
+    case 0xD0:
+        return 2;
+    default:
+        return 0;
+    }
+}
+
+DWORD mtGetNextEvent(tagMidiTrack* track) {
+    if (track->flags != 0)
+        return track->flags & torv::kMidiTrackEnd ? torv::kMidiEndOfTrack : torv::kMidiError;
+    tagEvent event{};
+    if (!TakeEvent(*track, event)) {
+        track->flags |= torv::kMidiTrackError;
+        return torv::kMidiError;
+    }
+    track->pending = event;
+    return torv::kMidiOk;
+}
+
+CxMidiTrack::CxMidiTrack() : CxMidiTrack(static_cast<const tagMidiTrack*>(nullptr)) {}
+
+CxMidiTrack::CxMidiTrack(const CxMidiTrack& other)
+    : m_pTrack(std::make_unique<tagMidiTrack>(*other.m_pTrack)), m_channelPass(other.m_channelPass) {}
+
+CxMidiTrack::CxMidiTrack(const tagMidiTrack* state)
+    : m_pTrack(std::make_unique<tagMidiTrack>(state ? *state : tagMidiTrack{})) {
+    m_channelPass.fill(1);
+}
+
+CxMidiTrack::~CxMidiTrack() = default;
+
+void CxMidiTrack::Attach(const BYTE* data, DWORD size) {
+    m_pTrack->data = data;
+    m_pTrack->length = data ? size : 0;
+    SeekToBegin();
+}
+
+void CxMidiTrack::SeekToBegin() {
+    m_pTrack->read = m_pTrack->data;
+    m_pTrack->left = m_pTrack->length;
+    m_pTrack->tick = 0;
+    m_pTrack->flags = 0;
+    m_pTrack->runningStatus = 0;
+    m_pTrack->pending = {};
+}
+
+int CxMidiTrack::GetEvent(tagEvent* event) {
+    if (!event)
+        return 0;
+    tagMidiTrack& track = *m_pTrack;
+    for (DWORD skipped = 0;;) {
+        if (track.pending.status == 0 && mtGetNextEvent(&track) != torv::kMidiOk)
+            return 0;
+        *event = track.pending;
+        track.pending = {};
+        event->delta += skipped;
+        if (event->status >= 0xF0 || m_channelPass[event->status & 0x0F])
+            return 1;
+        skipped = event->delta;
+    }
+}
+
+int CxMidiTrack::GetChannelFilter(int channel) const {
+    return channel >= 0 && channel < 16 ? m_channelPass[static_cast<size_t>(channel)] : 0;
+}
+
+void CxMidiTrack::SetChannelFilter(int channel, int flag) {
+    const BYTE pass = flag != 0;
+    if (channel == -1)
+        m_channelPass.fill(pass);
+    else if (channel >= 0 && channel < 16)
+        m_channelPass[static_cast<size_t>(channel)] = pass;
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "torv/platform/platform.h"
+
+class CIconObject;
+
+/// A voice's seventeen settings, one byte each, in the order of the engine's voice controls: frequency, band width and
+/// amplitude of four resonances, then harmonics, noise, brightness, clearness and gender factor.
+struct tagVoiceChangeParam {
+    BYTE values[17];
+};
+static_assert(sizeof(tagVoiceChangeParam) == 17);
+
+namespace torv {
+
+/// What icons ask of the databases, which lie above them. A database implements these while it is open.
+class VoiceCatalogue {
+public:
+    virtual ~VoiceCatalogue() = default;
+    /// Whether there is such a voice; then its name and settings.
+    virtual bool FindVoice(BYTE language, BYTE program, CString& name, tagVoiceChangeParam& parameters) const = 0;
+};
+
+class IconCatalogue {
+public:
+    virtual ~IconCatalogue() = default;
+    /// The icon's place in its database, by its ID string, counted from 1; 0 when it is not there.
+    virtual int IndexOf(const CIconObject& icon) const = 0;
+};
+
+/// The open databases, null while there is none. They are borrowed: a database takes itself back when it closes.
+TORV_API void SetVoiceCatalogue(const VoiceCatalogue* catalogue);
+TORV_API const VoiceCatalogue* GetVoiceCatalogue();
+TORV_API void SetIconCatalogue(const IconCatalogue* catalogue);
+
+/// The icon's place in the open database; 0 when it is not there or no database is open.
+TORV_API int IconIndexOf(const CIconObject& icon);
+
+} // namespace torv

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "torv/icons/icon_object.h"
+
+/// Host record of the dynamics icon; the points are in ten-thousandths of the length.
+struct tagDynamicsIconObject {
+    tagIconHeader header;
+    DWORD length; ///< ticks
+    SHORT startDynamics;
+    SHORT endDynamics;
+    WORD pointCount;
+    tagBreakPoint* points;
+};
+static_assert(sizeof(void*) != 4 ||
+              (offsetof(tagDynamicsIconObject, length) == 148 && offsetof(tagDynamicsIconObject, startDynamics) == 152 &&
+               offsetof(tagDynamicsIconObject, pointCount) == 156 && offsetof(tagDynamicsIconObject, points) == 160 &&
+               sizeof(tagDynamicsIconObject) == 164));
+
+namespace torv {
+
+TORV_API void ReleaseIconRecord(tagDynamicsIconObject* record);
+
+} // namespace torv
+
+/// Loudness over time, status 5. Articulation 1 sets a level (0..127); 2 and 3 change the level in force where the icon
+/// begins: their numbers are offsets, -127..127.
+class TORV_API CIconDynamics : public CIconObject {
+public:
+    using CIconObject::CIconObject;
+    explicit CIconDynamics(CIconDynamics* other);
+
+    int IsContinuance() override; ///< 1 for every articulation but 1
+    int LoadPreset(const char* path) override;
+    int ConstructParameter(CxTypedFile* file, const char* section) override;
+    int ReplaceParameter(CIconObject* other) override;
+    /// Start and end stay as they were: the value at the cut goes with the point that stood there.
+    int TrimIconHead(DWORD clock) override;
+    /// The end becomes the value at the cut.
+    int TrimIconTail(DWORD clock) override;
+    using CIconObject::ConstructParameter;
+    using CIconObject::DescribeParameter;
+    int ConstructParameter(const tagDynamicsIconObject* record);
+    int DescribeParameter(tagDynamicsIconObject* record) const;
+
+    int GetStartDynamics() const { return m_nStart; }
+    int GetEndDynamics() const { return m_nEnd; }
+    /// A level sets both, in 0..127. For a change any start is stored, while an end beyond -127..127 is refused.
+    int SetStartDynamics(int dynamics);
+    int SetEndDynamics(int dynamics);
+    int NormalizeValue(int value) const;
+    CBreakPointList* GetDynamicsBPList() { return &m_points; }
+
+    /// Appends start, curve and end as they stand when the icon begins at `clock`, with the icon's own values; returns
+    /// the list's count.
+    int ExportBreakPoint(CBreakPointList* list, DWORD clock);
+    /// Appends the curve from the level `base` on to the end, as levels; returns the array's size.
+    int NormalizeBreakPointArray(DWORD clock, CBreakPointArray& array, int base);
+
+    /// base + value, clamped to 0..127.
+    static int CalcExportDynamics(int base, int value);
+    /// Eight levels, highest first; -1 for an index beyond them.
+    static int GetThreshold(int index);
+    /// The first level at or below `value`; 7 when none is.
+    static int ScanThresholdIndex(int value);
+    static int GetDefaultDynamics();
+
+    /// Dynamics carry no names: always "non" and "".
+    CString GetOriginalSingerName() const { return "non"; }
+    CString GetDevelopperName() const { return ""; }
+
+protected:
+    /// As in preset files: a level has no span, and every value is brought into range.
+    int ReadParameterSection(CxTypedFile* file, const char* section) override;
+    int WriteParameterSection(CxTypedFile* file, const char* section) const override;
+
+private:
+    bool IsLevel() const { return m_nArticulation == torv::kDynaff; }
+    bool IsChange() const { return m_nArticulation == torv::kCrescendo || m_nArticulation == torv::kDecrescendo; }
+    void ReadNumbers(CxTypedFile* file, const char* section);
+
+    int m_nStart = 0;
+    int m_nEnd = 0;
+    CBreakPointList m_points{torv::kBreakPointListBlock};
+};

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "torv/icons/icon_object.h"
+
+/// The identity of an expression item in the database it comes from.
+struct tagExpressionEntry {
+    int database; ///< number of the expression database
+    int idHigh;   ///< the two parts of the expression id, of which the low 8 bits count
+    int idLow;
+    DWORD itemValue; ///< the database's own, passed back unchanged
+};
+static_assert(sizeof(tagExpressionEntry) == 16);
+
+/// Host record of the note icons. Null names leave the icon's names unchanged.
+struct tagNoteIconObject {
+    tagIconHeader header;
+    DWORD database;
+    DWORD idHigh;
+    DWORD idLow;
+    DWORD itemValue;
+    char* originalSingerName;
+    char* developerName;
+    BYTE duration; ///< low 8 bits
+    BYTE depth;    ///< low 8 bits; unused by transitions
+};
+static_assert(sizeof(void*) != 4 ||
+              (offsetof(tagNoteIconObject, database) == 148 && offsetof(tagNoteIconObject, itemValue) == 160 &&
+               offsetof(tagNoteIconObject, originalSingerName) == 164 &&
+               offsetof(tagNoteIconObject, duration) == 172 && offsetof(tagNoteIconObject, depth) == 173));
+
+namespace torv {
+
+/// What a shape has whose file does not say: the middle of 0..127.
+inline constexpr int kDefaultShape = 64;
+
+TORV_API void ReleaseIconRecord(tagNoteIconObject* record);
+
+} // namespace torv
+
+/// An icon from the expression database: the note shapes and the vibrato.
+class TORV_API CIconExpression : public CIconObject {
+public:
+    using CIconObject::CIconObject;
+    explicit CIconExpression(CIconExpression* other);
+    CIconExpression(const CIconExpression&) = default;
+
+    /// Expressions of no kind have no preset files: 0.
+    int LoadPreset(const char* path) override;
+    int ReplaceParameter(CIconObject* other) override;
+    /// Writes the icon as a user's expression file: its articulation's name and its caption into "Common", its numbers
+    /// into "Parameter".
+    virtual int DescribeUserExpression(CxTypedFile* file);
+    /// What the encoder sends; 64 where a kind has none.
+    virtual int GetDuration() const;
+    virtual int GetDepth() const;
+
+    using CIconObject::ConstructParameter;
+    using CIconObject::DescribeParameter;
+    int ConstructParameter(const tagNoteIconObject* record);
+    int DescribeParameter(tagNoteIconObject* record) const;
+
+    tagExpressionEntry* GetExpressionEntry() { return &m_entry; }
+    /// The engine's code: both id parts as bytes of 16 bits.
+    int GetExpressionID() const { return (m_entry.idHigh & 0xFF) << 8 | (m_entry.idLow & 0xFF); }
+    CString GetOriginalSingerName() const { return m_strSinger; }
+    CString GetDevelopperName() const { return m_strDeveloper; }
+
+protected:
+    /// One shape number: the default when the key is missing or empty, 0 when its value is no number.
+    static int ReadShape(CxTypedFile* file, const char* section, const char* key);
+
+    tagExpressionEntry m_entry{};
+    CString m_strSinger;
+    CString m_strDeveloper;
+};

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "torv/platform/platform.h"
+
+namespace torv {
+
+/// An icon id has the kind of icon in bits 31-24, its articulation in bits 23-16 and its variation in bits 15-0, whose
+/// highest bit marks an icon that a user made.
+enum IconStatus : int {
+    kStatusAttack = 1,
+    kStatusRelease = 2,
+    kStatusTransit = 3,
+    kStatusVibrato = 4,
+    kStatusDynamics = 5,
+    kStatusSinger = 7,
+};
+enum DynamicsArticulation : int { kDynaff = 1, kCrescendo = 2, kDecrescendo = 3 };
+inline constexpr int kSingerArticulation = 1;
+inline constexpr DWORD kUserIconBit = 0x8000;
+
+constexpr DWORD MakeIconID(int status, int articulation, int variation) {
+    return static_cast<DWORD>(status & 0xFF) << 24 | static_cast<DWORD>(articulation & 0xFF) << 16 |
+           static_cast<DWORD>(variation & 0xFFFF);
+}
+constexpr int StatusFromID(DWORD id) { return static_cast<int>(id >> 24); }
+constexpr int ArticulationFromID(DWORD id) { return static_cast<int>(id >> 16 & 0xFF); }
+constexpr int VariationFromID(DWORD id) { return static_cast<int>(id & 0xFFFF); }
+/// A singer's variation packs its two codes; `high` is the language, `low` the program.
+constexpr DWORD MakeSingerIconID(int high, int low) {
+    return MakeIconID(kStatusSinger, kSingerArticulation, (high & 0xFF) << 8 | (low & 0xFF));
+}
+
+/// "Attack" ... "Singer": also the name of the kind's folder in the preset database. Empty for any other status.
+TORV_API const char* IconStatusName(int status);
+/// The articulation's name as icon files have it; empty for a pair without one. For statuses 1 to 4 the names go by the
+/// articulation's number, which for a release (2) gives "NoteTransition" and for a transit (3) "NoteRelease": the two
+/// tables cross, and files are made so.
+TORV_API const char* IconArticulationName(int status, int articulation);
+
+} // namespace torv

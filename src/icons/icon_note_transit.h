@@ -1,0 +1,30 @@
+#pragma once
+
+#include "torv/icons/icon_expression.h"
+
+/// How one note passes into the next: status 3. It has a duration only.
+class TORV_API CIconNoteTransit : public CIconExpression {
+public:
+    using CIconExpression::CIconExpression;
+    explicit CIconNoteTransit(CIconNoteTransit* other);
+
+    int LoadPreset(const char* path) override;
+    /// Takes over the other transition's variation too.
+    int ReplaceParameter(CIconObject* other) override;
+    int DescribeUserExpression(CxTypedFile* file) override;
+    using CIconExpression::ConstructParameter;
+    using CIconExpression::DescribeParameter;
+    int ConstructParameter(const tagNoteIconObject* record);
+    int DescribeParameter(tagNoteIconObject* record) const;
+
+    int GetDuration() const override { return m_nDuration; }
+    /// Any value is stored and answered with 1.
+    int SetDuration(int duration);
+
+protected:
+    int ReadParameterSection(CxTypedFile* file, const char* section) override;
+    int WriteParameterSection(CxTypedFile* file, const char* section) const override;
+
+private:
+    int m_nDuration = torv::kDefaultShape;
+};

@@ -1,0 +1,103 @@
+#pragma once
+
+#include "torv/icons/break_point.h"
+#include "torv/icons/icon_id.h"
+#include "torv/platform/platform.h"
+
+class CxTypedFile;
+
+/// What every icon record of the host begins with. A record that an icon describes itself into owns newly allocated
+/// texts and arrays, which the receiver frees with delete[] or torv::ReleaseIconRecord.
+struct tagIconHeader {
+    DWORD iconId;
+    DWORD originalVariation;
+    DWORD reserved;     ///< the host's own
+    char idString[129]; ///< at most 128 characters and a NUL
+    char* caption;      ///< NUL-terminated; may be null on constructing
+};
+static_assert(sizeof(void*) != 4 || (offsetof(tagIconHeader, idString) == 12 && offsetof(tagIconHeader, caption) == 144 &&
+                                     sizeof(tagIconHeader) == 148));
+
+namespace torv {
+
+/// Frees the texts and arrays that the icon's description allocated and clears their pointers; the record stays.
+TORV_API void ReleaseIconRecord(tagIconHeader* record);
+
+/// A copy of a text by new[]; null texts copy as empty.
+char* NewText(const char* text);
+
+} // namespace torv
+
+/// What the user puts on notes or on the timeline: id, texts and length, which all kinds share. Results are 1 and 0.
+class TORV_API CIconObject : public CObject {
+public:
+    CIconObject(int status, int articulation, int variation);
+    explicit CIconObject(CIconObject* other);
+    CIconObject(const CIconObject&) = default;
+    CIconObject& operator=(const CIconObject&) = delete;
+    ~CIconObject() override;
+
+    /// Non-zero when the icon goes on across notes.
+    virtual int IsContinuance();
+    /// Loads an icon file. When it is missing or unreadable the user is told, 0 comes back and the icon keeps what it
+    /// held.
+    virtual int LoadPreset(const char* path);
+    /// Reads from, or writes into, one section of a file. Missing keys take their defaults.
+    virtual int ConstructParameter(CxTypedFile* file, const char* section);
+    virtual int DescribeParameter(CxTypedFile* file, const char* section);
+    /// Takes over the other icon's parameters and keeps the own id; of an icon of another kind, what they share.
+    virtual int ReplaceParameter(CIconObject* other);
+    /// Cuts away what lies before (after) `clock` ticks; 0 when the kind has nothing to trim.
+    virtual int TrimIconHead(DWORD clock);
+    virtual int TrimIconTail(DWORD clock);
+
+    int ConstructParameter(const tagIconHeader* record);
+    int DescribeParameter(tagIconHeader* record) const;
+
+    CString GetIDString() const { return m_strID; }
+    int SetIDString(const char* text);
+    CString GetCaption() const { return m_strCaption; }
+    void GetCaption(CString& caption) const { caption = m_strCaption; }
+    int SetCaption(const char* text);
+    DWORD GetLength() const { return m_dwLength; } ///< ticks
+    /// 0 is refused.
+    int SetLength(DWORD length);
+    DWORD GetIconID() const { return torv::MakeIconID(m_nStatus, m_nArticulation, m_nVariation); }
+    DWORD GetOriginalVariation() const { return m_dwOriginalVariation; }
+    void SetOriginalVariation(DWORD variation) { m_dwOriginalVariation = variation; }
+    void SetVariation(int variation) { m_nVariation = variation; }
+
+    int IsUserIcon() const;
+    static int IsUserIcon(DWORD id);
+
+protected:
+    /// Finds and loads an icon file, with the two messages when it cannot.
+    static int OpenPresetFile(CxTypedFile& file, const char* path);
+    int ReadGlobalSection(CxTypedFile* file, const char* section);
+    int WriteGlobalSection(CxTypedFile* file, const char* section) const;
+    /// The keys of the kind, "Length" first: what preset files have in a section of their own.
+    virtual int ReadParameterSection(CxTypedFile* file, const char* section);
+    virtual int WriteParameterSection(CxTypedFile* file, const char* section) const;
+    static void WriteNumber(CxTypedFile* file, const char* section, const char* key, int value);
+
+    /// Appends the points to two texts: positions as fractions of `length`, and values.
+    static void FormatBreakPoint(const CBreakPointList& list, DWORD length, CString& positions, CString& values);
+    /// Appends at most `count` points from two such texts; stops at a position of `length` or more. Returns `count`
+    /// whatever was appended: callers learn the number of points from the list.
+    static int UnformatBreakPoint(CBreakPointList& list, int count, DWORD length, const char* positions,
+                                  const char* values);
+    /// Keeps what lies at or after `t` and shifts it to 0; but a list that starts at or after `t` stays unshifted.
+    static int TrimBreakPointListHead(CBreakPointList& list, LONG t);
+    /// Keeps what lies at or before `t`; a list that starts at or after `t` is emptied.
+    static int TrimBreakPointListTail(CBreakPointList& list, LONG t);
+    static void RemoveBreakPointBefore(CBreakPointList& list, POSITION position);
+    static void RemoveBreakPointAfter(CBreakPointList& list, POSITION position);
+
+    int m_nStatus;
+    int m_nArticulation;
+    int m_nVariation;
+    CString m_strID;
+    DWORD m_dwOriginalVariation = 0;
+    CString m_strCaption;
+    DWORD m_dwLength = 0;
+};

@@ -1,0 +1,92 @@
+#pragma once
+
+#include "torv/icons/icon_expression.h"
+
+/// Host record of the vibrato icon. Both arrays are in ten-thousandths of the length; null counts as empty.
+struct tagVibratoIconObject {
+    tagIconHeader header;
+    DWORD database;
+    DWORD idHigh;
+    DWORD idLow;
+    DWORD itemValue;
+    char* originalSingerName;
+    char* developerName;
+    DWORD length; ///< ticks
+    WORD startDepth;
+    WORD endDepth;
+    WORD depthPointCount;
+    tagBreakPoint* depthPoints;
+    WORD startRate;
+    WORD endRate;
+    WORD ratePointCount;
+    tagBreakPoint* ratePoints;
+};
+static_assert(sizeof(void*) != 4 ||
+              (offsetof(tagVibratoIconObject, developerName) == 168 && offsetof(tagVibratoIconObject, length) == 172 &&
+               offsetof(tagVibratoIconObject, startDepth) == 176 && offsetof(tagVibratoIconObject, depthPoints) == 184 &&
+               offsetof(tagVibratoIconObject, startRate) == 188 && offsetof(tagVibratoIconObject, ratePoints) == 196 &&
+               sizeof(tagVibratoIconObject) == 200));
+
+namespace torv {
+
+TORV_API void ReleaseIconRecord(tagVibratoIconObject* record);
+
+} // namespace torv
+
+/// A vibrato over a note, status 4: a start depth and a start rate (0..127), each with a curve that changes it. Curves
+/// are kept in ten-thousandths of the length, so that a vibrato keeps its shape when it is stretched.
+class TORV_API CIconVibrato : public CIconExpression {
+public:
+    using CIconExpression::CIconExpression;
+    explicit CIconVibrato(CIconVibrato* other);
+
+    int IsContinuance() override; ///< 1: a vibrato goes on into the next note
+    int LoadPreset(const char* path) override;
+    int ReplaceParameter(CIconObject* other) override;
+    int DescribeUserExpression(CxTypedFile* file) override;
+    /// Points keep their ticks; one at the cut itself becomes 10000. 1.
+    int TrimIconTail(DWORD clock) override;
+    using CIconExpression::ConstructParameter;
+    using CIconExpression::DescribeParameter;
+    int ConstructParameter(const tagVibratoIconObject* record);
+    int DescribeParameter(tagVibratoIconObject* record) const;
+
+    int GetStartDepth() const { return m_nStartDepth; }
+    int GetStartRate() const { return m_nStartRate; }
+    /// A value outside 0..127 is refused.
+    int SetStartDepth(int depth);
+    int SetStartRate(int rate);
+    /// Ends are kept for hosts' records only: they read as 0 and cannot be set.
+    int GetEndDepth() const { return 0; }
+    int GetEndRate() const { return 0; }
+    int SetEndDepth(int) { return 0; }
+    int SetEndRate(int) { return 0; }
+    static int NormalizeDepth(int depth); ///< clamped to 0..127
+    static int NormalizeRate(int rate);
+
+    CBreakPointList* GetDepthBPList() { return &m_depth; }
+    CBreakPointList* GetRateBPList() { return &m_rate; }
+    /// Appends the curve of an icon that begins at `clock`, after a head point with the start value; returns the list's
+    /// count.
+    int ExportDepthBreakPoint(CBreakPointList* list, DWORD clock);
+    int ExportRateBreakPoint(CBreakPointList* list, DWORD clock);
+    /// The same into an array, which is resized to the points and the head; returns its size.
+    int NormalizeDepthBreakPointArray(DWORD clock, CBreakPointArray& array);
+    int NormalizeRateBreakPointArray(DWORD clock, CBreakPointArray& array);
+
+protected:
+    int ReadParameterSection(CxTypedFile* file, const char* section) override;
+    int WriteParameterSection(CxTypedFile* file, const char* section) const override;
+
+private:
+    int ExportCurve(const CBreakPointList& curve, int start, DWORD clock, CBreakPointList* list) const;
+    int NormalizeCurve(const CBreakPointList& curve, int start, DWORD clock, CBreakPointArray& array) const;
+    void TrimCurveTail(CBreakPointList& curve, int start, DWORD clock);
+
+    int m_nStartDepth = 0;
+    int m_nEndDepth = 0;
+    int m_nStartRate = 0;
+    int m_nEndRate = 0;
+    CBreakPointList m_depth{torv::kBreakPointListBlock};
+    CBreakPointList m_rate{torv::kBreakPointListBlock};
+};

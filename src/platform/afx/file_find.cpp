@@ -1,0 +1,42 @@
+#include "torv/platform/afx/file_find.h"
+
+#include "torv/platform/path.h"
+
+CFileFind::~CFileFind() { Close(); }
+
+BOOL CFileFind::FindFile(LPCSTR pattern, [[maybe_unused]] DWORD unused) {
+    Close();
+    pattern = pattern ? pattern : "*.*";
+    m_search = ::FindFirstFileA(pattern, &m_next);
+    m_hasNext = m_search != INVALID_HANDLE_VALUE;
+    m_folder = CString(pattern, static_cast<int>(torv::FileNamePart(pattern) - pattern));
+    return m_hasNext;
+}
+
+BOOL CFileFind::FindNextFile() {
+    if (!m_hasNext)
+        return FALSE;
+    m_current = m_next;
+    m_hasCurrent = true;
+    m_hasNext = ::FindNextFileA(m_search, &m_next);
+    return m_hasNext;
+}
+
+void CFileFind::Close() {
+    if (m_search != INVALID_HANDLE_VALUE)
+        ::FindClose(m_search);
+    m_search = INVALID_HANDLE_VALUE;
+    m_hasCurrent = m_hasNext = false;
+    m_folder.Empty();
+}
+
+CString CFileFind::GetFileName() const { return m_hasCurrent ? m_current.cFileName : ""; }
+CString CFileFind::GetFilePath() const { return m_hasCurrent ? m_folder + m_current.cFileName : CString(); }
+ULONGLONG CFileFind::GetLength() const {
+    return m_hasCurrent ? static_cast<ULONGLONG>(m_current.nFileSizeHigh) << 32 | m_current.nFileSizeLow : 0;
+}
+
+BOOL CFileFind::IsDots() const {
+    const CString name = GetFileName();
+    return IsDirectory() && (name == "." || name == "..");
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "torv/platform/afx/object.h"
+#include "torv/platform/afx/string.h"
+#include "torv/platform/export.h"
+#include "torv/platform/system.h"
+
+/// A file search. FindFile starts it; each FindNextFile makes one match current (the first one included) and tells
+/// whether there is another.
+class TORV_API CFileFind : public CObject {
+public:
+    CFileFind() = default;
+    CFileFind(const CFileFind&) = delete;
+    CFileFind& operator=(const CFileFind&) = delete;
+    ~CFileFind() override;
+
+    /// Whether anything matches the pattern (null: everything in the current folder). Ends an earlier search.
+    BOOL FindFile(LPCSTR pattern = nullptr, DWORD unused = 0);
+    /// FALSE for the last match too, and when there is no search.
+    BOOL FindNextFile();
+    void Close();
+
+    /// These speak of the current match; empty, 0 or FALSE before the first FindNextFile.
+    CString GetFileName() const;
+    /// The search's folder, as it was given, with the name.
+    CString GetFilePath() const;
+    ULONGLONG GetLength() const;
+    BOOL MatchesMask(DWORD attributes) const { return m_hasCurrent && (m_current.dwFileAttributes & attributes); }
+    BOOL IsDirectory() const { return MatchesMask(FILE_ATTRIBUTE_DIRECTORY); }
+    BOOL IsReadOnly() const { return MatchesMask(FILE_ATTRIBUTE_READONLY); }
+    BOOL IsHidden() const { return MatchesMask(FILE_ATTRIBUTE_HIDDEN); }
+    BOOL IsArchived() const { return MatchesMask(FILE_ATTRIBUTE_ARCHIVE); }
+    /// Whether it is "." or "..".
+    BOOL IsDots() const;
+
+private:
+    HANDLE m_search = INVALID_HANDLE_VALUE;
+    CString m_folder; // with the separator that ended it in the pattern
+    WIN32_FIND_DATAA m_current{};
+    WIN32_FIND_DATAA m_next{};
+    bool m_hasCurrent = false;
+    bool m_hasNext = false;
+};

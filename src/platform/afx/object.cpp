@@ -1,0 +1,3 @@
+#include "torv/platform/afx/object.h"
+
+CObject::~CObject() = default;

@@ -1,0 +1,6 @@
+#pragma once
+
+/// A place in a list or map; null is no place. It stays valid while the element that it names lives, whatever happens
+/// to the others.
+struct tagPosition;
+using POSITION = tagPosition*;

@@ -1,0 +1,3 @@
+#include "torv/platform/afx/wnd.h"
+
+CWnd::~CWnd() = default;

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "torv/platform/afx/string.h"
+#include "torv/platform/export.h"
+#include "torv/platform/system.h"
+
+/// Paths are bytes. Both separators are read on both systems; the system's own is written.
+namespace torv {
+
+#if defined(_WIN32)
+constexpr char kPathSeparator = '\\';
+#else
+constexpr char kPathSeparator = '/';
+#endif
+
+/// Folder and file with one separator between them; the file alone for an empty folder. Null texts are empty.
+TORV_API CString JoinPath(const char* folder, const char* file);
+
+/// Where the last component begins: after the last separator or, on Windows, a drive's colon.
+TORV_API const char* FileNamePart(const char* path);
+
+/// Renames a file, replacing one that has the new name: readers see the old file or the new one, never half of it.
+/// FALSE, and nothing has changed, when it fails; the last error tells why.
+TORV_API BOOL RenameOver(const char* from, const char* to);
+
+} // namespace torv

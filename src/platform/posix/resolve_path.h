@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+/// Names written for a system that reads both separators and any case of letters, found on one that does not.
+namespace torv {
+
+/// The path under which an existing file or folder is found: the path itself, then with "/" for "\", then with each
+/// component that does not exist taken for the one that differs only in the case of ASCII letters (the first such in
+/// byte order). Empty when there is none.
+std::string ResolvePath(const std::string& path);
+
+/// Where a file of that name is to be created: the path itself when it exists, else the name with "/" for "\" in its
+/// resolved folder. Empty when that folder does not exist.
+std::string ResolveNewPath(const std::string& path);
+
+/// "/" for "\".
+std::string WithSlashes(std::string path);
+
+/// The folder of a path with slashes, ready to be opened: "." for a bare name, "/" for a name in the root.
+std::string FolderOf(const std::string& path);
+
+/// Whether two names are the same but for the case of ASCII letters.
+bool SameName(const std::string& a, const std::string& b);
+char LowerLetter(char c);
+
+} // namespace torv

@@ -1,0 +1,72 @@
+#include "torv/platform/file_handle.h"
+
+#include "torv/platform/afx/file.h"
+
+namespace torv {
+namespace {
+
+HANDLE Native(FileHandle handle) { return reinterpret_cast<HANDLE>(handle); }
+
+DWORD Result(BOOL done) { return done ? NO_ERROR : GetLastError(); }
+
+} // namespace
+
+DWORD OpenFileHandle(const char* path, UINT flags, FileHandle& handle, std::string& fullPath) {
+    static constexpr DWORD kAccess[] = {GENERIC_READ, GENERIC_WRITE, GENERIC_READ | GENERIC_WRITE, GENERIC_READ};
+    static constexpr DWORD kShare[] = {0, 0, FILE_SHARE_READ, FILE_SHARE_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE};
+    const UINT share = (flags & 0x70) >> 4;
+    const DWORD disposition = !(flags & CFile::modeCreate)    ? OPEN_EXISTING
+                              : flags & CFile::modeNoTruncate ? OPEN_ALWAYS
+                                                              : CREATE_ALWAYS;
+    const HANDLE file = CreateFileA(path, kAccess[flags & 3], kShare[share <= 4 ? share : 0], nullptr, disposition,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return GetLastError();
+    handle = reinterpret_cast<FileHandle>(file);
+    char full[4096];
+    const DWORD length = GetFullPathNameA(path, sizeof(full), full, nullptr);
+    fullPath = length > 0 && length < sizeof(full) ? full : path;
+    return NO_ERROR;
+}
+
+DWORD CloseFileHandle(FileHandle handle) { return Result(CloseHandle(Native(handle))); }
+
+DWORD ReadFileHandle(FileHandle handle, void* buffer, UINT bytes, UINT& done) {
+    DWORD count = 0;
+    const DWORD error = Result(ReadFile(Native(handle), buffer, bytes, &count, nullptr));
+    done = count;
+    return error;
+}
+
+DWORD WriteFileHandle(FileHandle handle, const void* buffer, UINT bytes, UINT& done) {
+    DWORD count = 0;
+    const DWORD error = Result(WriteFile(Native(handle), buffer, bytes, &count, nullptr));
+    done = count;
+    return error;
+}
+
+DWORD SeekFileHandle(FileHandle handle, LONGLONG offset, SeekFrom from, ULONGLONG& position) {
+    LARGE_INTEGER distance{};
+    LARGE_INTEGER result{};
+    distance.QuadPart = offset;
+    const DWORD error = Result(SetFilePointerEx(Native(handle), distance, &result, static_cast<DWORD>(from)));
+    position = static_cast<ULONGLONG>(result.QuadPart);
+    return error;
+}
+
+DWORD FileHandleLength(FileHandle handle, ULONGLONG& length) {
+    LARGE_INTEGER result{};
+    const DWORD error = Result(GetFileSizeEx(Native(handle), &result));
+    length = static_cast<ULONGLONG>(result.QuadPart);
+    return error;
+}
+
+DWORD CutFileHandle(FileHandle handle) { return Result(SetEndOfFile(Native(handle))); }
+
+DWORD RemoveFile(const char* path) { return Result(DeleteFileA(path)); }
+
+DWORD RenameFile(const char* from, const char* to, bool replace) {
+    return Result(MoveFileExA(from, to, MOVEFILE_COPY_ALLOWED | (replace ? MOVEFILE_REPLACE_EXISTING : 0)));
+}
+
+} // namespace torv

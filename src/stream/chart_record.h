@@ -1,0 +1,91 @@
+#pragma once
+
+#include <cstddef>
+
+#include "torv/platform/platform.h"
+
+/// The records of a track's chart. A stream entry {delta, id} names each of them in the event pool. Little-endian, no
+/// pointers, one layout on every target.
+
+namespace torv {
+
+inline constexpr WORD kEventTop = 241; ///< cursor status: before the first event
+inline constexpr WORD kEventEnd = 242; ///< cursor status: after the last event
+inline constexpr WORD kEventMidi = 243;
+inline constexpr WORD kEventAicon = 244;
+inline constexpr WORD kEventAnote = 245;
+inline constexpr WORD kEventTimeSignature = 246; ///< master track
+inline constexpr WORD kEventTempo = 247;         ///< master track
+inline constexpr WORD kEventSinger = 249;
+
+inline constexpr WORD kNoteStatus = 144; ///< status word of a note that a cursor inserts
+
+} // namespace torv
+
+struct tagEventHeader {
+    WORD type;
+    WORD status;
+    DWORD parameterSize; ///< bytes after this header
+};
+static_assert(sizeof(tagEventHeader) == 8 && offsetof(tagEventHeader, status) == 2 &&
+              offsetof(tagEventHeader, parameterSize) == 4);
+
+struct tagCsqEventAnote {
+    tagEventHeader header; ///< the low 4 bits of the status word are the channel
+    DWORD noteLength;      ///< ticks
+    WORD noteNumber;
+    WORD noteDynamics;
+    DWORD noteAttribute; ///< only the low 16 bits are used
+    DWORD lyricHandle;   ///< handles: 0 none
+    DWORD noteHeadHandle;
+    DWORD noteTailHandle;
+    DWORD vibratoHandle;
+    LONG vibratoOffset; ///< ticks
+};
+static_assert(sizeof(tagCsqEventAnote) == 40 && offsetof(tagCsqEventAnote, noteLength) == 8 &&
+              offsetof(tagCsqEventAnote, noteNumber) == 12 && offsetof(tagCsqEventAnote, noteDynamics) == 14 &&
+              offsetof(tagCsqEventAnote, noteAttribute) == 16 && offsetof(tagCsqEventAnote, lyricHandle) == 20 &&
+              offsetof(tagCsqEventAnote, noteHeadHandle) == 24 && offsetof(tagCsqEventAnote, noteTailHandle) == 28 &&
+              offsetof(tagCsqEventAnote, vibratoHandle) == 32 && offsetof(tagCsqEventAnote, vibratoOffset) == 36);
+
+struct tagCsqEventAicon {
+    tagEventHeader header;
+    DWORD reserved; ///< 0
+    DWORD iconHandle;
+};
+static_assert(sizeof(tagCsqEventAicon) == 16 && offsetof(tagCsqEventAicon, reserved) == 8 &&
+              offsetof(tagCsqEventAicon, iconHandle) == 12);
+
+struct tagCsqEventSinger {
+    tagEventHeader header;
+    WORD value;    ///< given when the event is inserted
+    WORD reserved; ///< 0
+    DWORD iconHandle;
+};
+static_assert(sizeof(tagCsqEventSinger) == 16 && offsetof(tagCsqEventSinger, value) == 8 &&
+              offsetof(tagCsqEventSinger, reserved) == 10 && offsetof(tagCsqEventSinger, iconHandle) == 12);
+
+struct tagCsqEventMidi {
+    tagEventHeader header; ///< the MIDI status byte is the low byte of the status word
+    BYTE data1;
+    BYTE data2;
+    BYTE unused[2];
+};
+static_assert(sizeof(tagCsqEventMidi) == 12 && offsetof(tagCsqEventMidi, data1) == 8 &&
+              offsetof(tagCsqEventMidi, data2) == 9 && offsetof(tagCsqEventMidi, unused) == 10);
+
+/// A MIDI channel message as it is exchanged.
+struct tagMidiChannelMessage {
+    BYTE status;
+    BYTE data1;
+    BYTE data2;
+};
+static_assert(sizeof(tagMidiChannelMessage) == 3 && offsetof(tagMidiChannelMessage, data1) == 1 &&
+              offsetof(tagMidiChannelMessage, data2) == 2);
+
+/// A track's stream entry as it is handed out.
+struct tagEventEntry {
+    DWORD deltaClock; ///< ticks
+    DWORD eventId;    ///< of a record in the event pool
+};
+static_assert(sizeof(tagEventEntry) == 8 && offsetof(tagEventEntry, eventId) == 4);

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "torv/stream/short_buff.h"
+
+/// A growable byte sequence with one read/write position, kept as a chain of blocks of one capacity, so that an insert
+/// or remove moves at most one block's bytes. Sizes and positions are bytes from the start; counts returned are what
+/// was done, which is less than asked when memory, the data, or 32 bits of size run out. Nothing is thrown. A buffer
+/// that was never created has no block: every operation on it gives 0. One thread at a time.
+class TORV_API CExtendBuffer : public CObject {
+public:
+    CExtendBuffer() = default;
+    /// As Create; a block size of 0 only stores the flags.
+    CExtendBuffer(DWORD blockSize, int flags);
+    ~CExtendBuffer() override;
+    CExtendBuffer(const CExtendBuffer&) = delete;
+    CExtendBuffer& operator=(const CExtendBuffer&) = delete;
+
+    /// Flags -1 take blocks from the heap, any others are GlobalAlloc's. Non-zero when a first block now exists; 0,
+    /// and nothing has changed, when there was one already.
+    virtual int Create(DWORD blockSize, int flags);
+
+    DWORD GetSize() const { return m_dwSize; }
+    DWORD GetIndex() const { return m_dwPosition; }
+    int IsTop() const { return m_dwPosition == 0; }
+    int IsBottom() const { return m_dwPosition == m_dwSize; }
+
+    /// From 0 the start, 1 the position, 2 the end; any other origin moves nothing. The target is clamped to the data.
+    /// Returns the position.
+    DWORD Seek(LONG offset, int from);
+    DWORD SeekTo(DWORD position);
+
+    DWORD Read(char* destination, DWORD count);
+    /// Overwrites from the position on, adding blocks at the end. At the end of a block that has free room (where a
+    /// Read stops) it grows that block, so it inserts there; after SeekTo of the same position it overwrites.
+    DWORD Write(const char* source, DWORD count);
+    DWORD Append(const char* source, DWORD count);
+    DWORD Insert(const char* source, DWORD count);
+    /// The position stays. The count is clamped to the size, and what lies after the position ends it.
+    DWORD Remove(DWORD count);
+
+    /// Reads `count` bytes of the file into the buffer at the position, above 0x7FFFFFFF the rest of the file; meant to
+    /// fill an empty buffer or extend it. `error` (may be null) receives 0, or the cause of a file exception.
+    DWORD Load(CFile* file, DWORD count, int* error);
+    /// Writes the whole content.
+    DWORD Save(CFile* file, int* error);
+
+protected:
+    CxShortBuff* CreateBlock();
+    CxShortBuff* AddBlock(CxShortBuff* block);
+    CxShortBuff* InsertBlock(CxShortBuff* at, CxShortBuff* block, int after);
+    /// Frees the block and returns the following one, or null; the only block of a chain stays.
+    CxShortBuff* RemoveBlock(CxShortBuff* block);
+    void ChainBlock(CxShortBuff* a, CxShortBuff* b);
+    /// Frees every block; the buffer is uncreated again and keeps its flags.
+    void RemoveAll();
+    void TraceBuffChain(CString& text);
+
+    /// Brings every block's index and start up to date. Moves and edits go by the current block's start, so none of
+    /// them walks the chain to renumber it; only who looks at the blocks themselves needs this.
+    void NumberBlocks();
+
+    /// The offset of the position in the current block.
+    DWORD OffsetInBlock() const { return m_dwPosition - m_dwCurrentStart; }
+    /// Moves the current block, not the position, to the next or previous one, which must exist.
+    void EnterNextBlock();
+    void EnterPrevBlock();
+
+    LONG m_nAllocFlags = 0;
+    DWORD m_dwBlockSize = 0;
+    DWORD m_dwPosition = 0;
+    CxShortBuff* m_pFirst = nullptr;
+    CxShortBuff* m_pCurrent = nullptr;
+    CxShortBuff* m_pLast = nullptr;
+    DWORD m_dwCurrentStart = 0; ///< bytes before the current block
+    DWORD m_dwSize = 0;         ///< used bytes of all blocks
+
+private:
+    bool EnterNextOrNewBlock();
+    DWORD RoomForGrowth() const { return 0xFFFFFFFF - m_dwSize; }
+    bool SplitForInsert(DWORD offset);
+};

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "torv/platform/platform.h"
+
+/// One block of a CExtendBuffer's chain: up to `capacity` bytes, the used ones packed at the start. It knows its
+/// neighbours' places but not their contents; the buffer that chains it keeps the chain whole.
+class TORV_API CxShortBuff {
+public:
+    CxShortBuff() = default;
+    virtual ~CxShortBuff();
+    CxShortBuff(const CxShortBuff&) = delete;
+    CxShortBuff& operator=(const CxShortBuff&) = delete;
+
+    /// Gets `capacity` bytes: from the heap for flags -1, else by GlobalAlloc with these flags. False when there is no
+    /// memory, or when the block already has some.
+    bool Allocate(DWORD capacity, LONG flags);
+
+    /// The primitives take an offset of at most `m_dwUsed` and answer how many bytes they moved.
+    DWORD Read(DWORD offset, char* destination, DWORD count) const;
+    /// Overwrites, and grows the used bytes up to the capacity.
+    DWORD Write(DWORD offset, const char* source, DWORD count);
+    DWORD Append(const char* source, DWORD count);
+    /// All or nothing: 0 when the free room is too small.
+    DWORD Insert(DWORD offset, const char* source, DWORD count);
+    DWORD Delete(DWORD offset, DWORD count);
+
+    HGLOBAL m_hMemory = nullptr; ///< null when the bytes come from the heap
+    BYTE* m_pData = nullptr;
+    CxShortBuff* m_pPrev = nullptr;
+    CxShortBuff* m_pNext = nullptr;
+    LONG m_nIndex = -1;     ///< place in the chain; up to date after CExtendBuffer::NumberBlocks
+    DWORD m_dwCapacity = 0; ///< bytes
+    DWORD m_dwUsed = 0;     ///< bytes, at most the capacity
+    DWORD m_dwStart = 0;    ///< bytes before this block in the whole buffer; up to date after NumberBlocks
+
+    /// What a derived buffer remembers about the block's bytes (a stream: the ticks that its entries span). Every
+    /// change of the bytes forgets it.
+    static constexpr DWORD kNoDigest = 0xFFFFFFFF;
+    DWORD m_dwDigest = kNoDigest;
+};

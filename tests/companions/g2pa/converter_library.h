@@ -1,0 +1,133 @@
+/// A converter library as a host meets it: loaded from the program's own folder and bound by its entry points' names.
+#pragma once
+
+#include <doctest/doctest.h>
+#include <g2pa_abi.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <dlfcn.h>
+#endif
+
+namespace g2pa_test {
+
+using Texts = std::vector<std::string>;
+
+class ConverterLibrary {
+public:
+    explicit ConverterLibrary(const std::string& name) {
+#if defined(_WIN32)
+        m_module = LoadLibraryA((name + ".DLL").c_str());
+#else
+        const auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+        m_module = dlopen((folder / (name + ".so")).c_str(), RTLD_NOW | RTLD_LOCAL);
+#endif
+        REQUIRE(m_module != nullptr);
+        Bind(create, "g2paCreate");
+        Bind(put, "g2paPut");
+        Bind(get, "g2paGet");
+        Bind(remove, "g2paDelete");
+        Bind(version, "g2paGetVersionString");
+    }
+
+    G2paCreateProc create = nullptr;
+    G2paPutProc put = nullptr;
+    G2paGetProc get = nullptr;
+    G2paDeleteProc remove = nullptr;
+    G2paGetVersionStringProc version = nullptr;
+
+    /// Puts one element. The record is exactly as long as the text asks for, so that a read past it is seen.
+    int32_t Put(int32_t handle, std::string_view text) const {
+        const size_t bytes = offsetof(G2paInput, text) + text.size() + 1;
+        const auto record = std::make_unique<char[]>(bytes);
+        std::memset(record.get(), 0, bytes);
+        std::memcpy(record.get() + offsetof(G2paInput, text), text.data(), text.size());
+        return put(handle, record.get());
+    }
+
+    /// Every output that is ready, the slots' bytes joined with `separator`. Fails on anything malformed.
+    Texts Take(int32_t handle, const char* separator) const {
+        Texts outputs;
+        const auto record = std::make_unique<G2paOutput>();
+        for (;;) {
+            std::memset(static_cast<void*>(record.get()), 0x55, sizeof(G2paOutput));
+            const int32_t result = get(handle, record.get());
+            if (result == G2PA_NO_OUTPUT_NOW)
+                return outputs;
+            REQUIRE(result == G2PA_OK);
+            REQUIRE(record->count >= 0);
+            REQUIRE(record->count <= G2PA_MAX_SLOTS);
+            std::string joined;
+            for (int32_t i = 0; i < record->count; ++i) {
+                const char* slot = record->slots[i];
+                const char* end = std::find(slot, slot + G2PA_SLOT_BYTES, '\0');
+                joined.append(i ? separator : "").append(slot, end);
+            }
+            outputs.push_back(joined);
+        }
+    }
+
+private:
+    template <typename Entry>
+    void Bind(Entry& entry, const char* name) {
+#if defined(_WIN32)
+        entry = reinterpret_cast<Entry>(reinterpret_cast<void*>(GetProcAddress(m_module, name)));
+#else
+        entry = reinterpret_cast<Entry>(dlsym(m_module, name));
+#endif
+        const bool bound = entry != nullptr;
+        REQUIRE_MESSAGE(bound, name);
+    }
+
+    // Stays loaded to the program's end: a leak report can then name the function that leaked.
+#if defined(_WIN32)
+    HMODULE m_module = nullptr;
+#else
+    void* m_module = nullptr;
+#endif
+};
+
+/// A whole song through one converter, with what was put and taken in between.
+inline Texts Convert(const ConverterLibrary& library, const Texts& elements, const char* separator) {
+    const int32_t handle = library.create(4);
+    REQUIRE(handle > 0);
+    Texts outputs;
+    const auto collect = [&] {
+        for (std::string& output : library.Take(handle, separator))
+            outputs.push_back(std::move(output));
+    };
+    size_t puts = 0;
+    for (const std::string& element : elements) {
+        REQUIRE(library.Put(handle, element) == G2PA_OK);
+        collect();
+        REQUIRE(outputs.size() <= ++puts);
+    }
+    REQUIRE(library.put(handle, nullptr) == G2PA_OK);
+    collect();
+    REQUIRE(library.remove(handle) == G2PA_OK);
+    CHECK(outputs.size() == elements.size());
+    return outputs;
+}
+
+/// The pieces of a text between blanks.
+inline Texts Split(const std::string& text) {
+    Texts pieces;
+    for (size_t at = text.find_first_not_of(' '); at != text.npos; at = text.find_first_not_of(' ', at)) {
+        const size_t end = std::min(text.find(' ', at), text.size());
+        pieces.push_back(text.substr(at, end - at));
+        at = end;
+    }
+    return pieces;
+}
+
+} // namespace g2pa_test

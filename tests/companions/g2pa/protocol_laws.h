@@ -1,0 +1,124 @@
+/// What holds of every converter library, whatever its language.
+#pragma once
+
+#include "companions/g2pa/converter_library.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <thread>
+
+namespace g2pa_test {
+
+/// The same row of numbers on every system.
+class Random {
+public:
+    explicit Random(uint32_t seed) : m_state(seed) {}
+    uint32_t Below(uint32_t limit) {
+        m_state = m_state * 1664525u + 1013904223u;
+        return (m_state >> 8) % limit;
+    }
+
+private:
+    uint32_t m_state;
+};
+
+/// Songs of random bytes, and of pieces of `words` (text, hyphens, marks), up to well past the declared text size.
+inline Texts RandomSong(Random& random, const Texts& words) {
+    Texts song(1 + random.Below(12));
+    for (std::string& element : song) {
+        const uint32_t kind = random.Below(10);
+        const uint32_t size = kind == 0 ? 1000 : random.Below(8);
+        for (uint32_t i = 0; i < size; ++i) {
+            if (kind < 3)
+                element.push_back(static_cast<char>(1 + random.Below(255)));
+            else
+                element += words[random.Below(static_cast<uint32_t>(words.size()))];
+        }
+    }
+    return song;
+}
+
+inline void CheckHandles(const ConverterLibrary& library) {
+    const int32_t first = library.create(0);
+    const int32_t second = library.create(0xFFFFFFFFu);
+    CHECK(first > 0);
+    CHECK(second > 0);
+    CHECK(first != second);
+    G2paOutput output;
+    CHECK(library.get(first, &output) == G2PA_NO_OUTPUT_NOW); // nothing was put
+    CHECK(library.Put(first, "a") == G2PA_OK);
+    CHECK(library.put(first, nullptr) == G2PA_OK);
+    CHECK(library.Put(first, "a") == G2PA_INPUT_ENDED);
+    CHECK(library.put(first, nullptr) == G2PA_INPUT_ENDED);
+    CHECK(library.get(first, nullptr) == G2PA_BAD_RECORD); // and the output is still there
+    CHECK(library.get(second, &output) == G2PA_NO_OUTPUT_NOW);
+    CHECK(library.get(first, &output) == G2PA_OK);
+    CHECK(output.count == 1);
+    CHECK(library.get(first, &output) == G2PA_NO_OUTPUT_NOW);
+    CHECK(library.remove(first) == G2PA_OK);
+    for (const int32_t handle : {first, 0, -1, INT32_MIN, INT32_MAX}) {
+        CHECK(library.Put(handle, "a") == G2PA_BAD_HANDLE);
+        CHECK(library.put(handle, nullptr) == G2PA_BAD_HANDLE);
+        CHECK(library.get(handle, &output) == G2PA_BAD_HANDLE);
+        CHECK(library.remove(handle) == G2PA_BAD_HANDLE);
+    }
+    CHECK(library.Put(second, "a") == G2PA_OK);
+    CHECK(library.remove(second) == G2PA_OK); // with an element held back, and its output not taken
+}
+
+/// One output for each element, of known symbols only; and when the host takes them changes nothing.
+inline void CheckRandomSongs(const ConverterLibrary& library, const Texts& words, const Texts& symbols) {
+    Random random(20);
+    for (int round = 0; round < 400; ++round) {
+        const Texts song = RandomSong(random, words);
+        const Texts eager = Convert(library, song, " ");
+        const int32_t handle = library.create(1);
+        Texts late;
+        const auto take = [&] {
+            for (std::string& output : library.Take(handle, " "))
+                late.push_back(std::move(output));
+        };
+        for (const std::string& element : song) {
+            REQUIRE(library.Put(handle, element) == G2PA_OK);
+            if (random.Below(3) == 0)
+                take();
+        }
+        REQUIRE(library.put(handle, nullptr) == G2PA_OK);
+        take();
+        library.remove(handle);
+        REQUIRE(late == eager);
+        for (const std::string& output : eager)
+            for (const std::string& symbol : Split(output))
+                REQUIRE_MESSAGE(std::find(symbols.begin(), symbols.end(), symbol) != symbols.end(), symbol);
+    }
+}
+
+/// Converters in four threads at once give what one alone gives.
+inline void CheckThreads(const ConverterLibrary& library, const Texts& song, const char* separator) {
+    const Texts alone = Convert(library, song, separator);
+    std::vector<Texts> results(4);
+    std::vector<std::thread> threads;
+    threads.reserve(results.size());
+    for (Texts& result : results)
+        threads.emplace_back([&] {
+            for (int round = 0; round < 20; ++round) {
+                const int32_t handle = library.create(1);
+                result.clear();
+                for (const std::string& element : song) {
+                    library.Put(handle, element);
+                    for (std::string& output : library.Take(handle, separator))
+                        result.push_back(std::move(output));
+                }
+                library.put(handle, nullptr);
+                for (std::string& output : library.Take(handle, separator))
+                    result.push_back(std::move(output));
+                library.remove(handle);
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const Texts& result : results)
+        CHECK(result == alone);
+}
+
+} // namespace g2pa_test

@@ -1,0 +1,218 @@
+#include "platform/temp_folder.h"
+
+#include <doctest/doctest.h>
+
+#include <functional>
+
+namespace {
+
+/// The cause of the exception that `operation` throws; `none` when it throws nothing.
+int CauseOf(const std::function<void()>& operation) {
+    try {
+        operation();
+    } catch (const CFileException& error) {
+        return error.m_cause;
+    }
+    return CFileException::none;
+}
+
+int OpenCause(const std::string& path, UINT flags) {
+    CFile file;
+    CFileException error;
+    return file.Open(path.c_str(), flags, &error) ? static_cast<int>(CFileException::none) : error.m_cause;
+}
+
+std::string ReadAll(CFile& file) {
+    std::string content(static_cast<std::size_t>(file.GetLength()) + 1, '\0');
+    file.SeekToBegin();
+    content.resize(file.Read(content.data(), static_cast<UINT>(content.size())));
+    return content;
+}
+
+} // namespace
+
+TEST_CASE("file: the open flags decide what becomes of an existing file, and whether a new one is made") {
+    const TempFolder folder;
+    const std::string path = folder.File("a.txt", "old");
+
+    SUBCASE("create empties it") {
+        CFile file(path.c_str(), CFile::modeCreate | CFile::modeWrite);
+        CHECK(file.GetLength() == 0);
+    }
+    SUBCASE("create without truncation keeps it, and makes a missing one") {
+        CFile file(path.c_str(), CFile::modeCreate | CFile::modeNoTruncate | CFile::modeReadWrite);
+        CHECK(ReadAll(file) == "old");
+        CHECK(OpenCause(folder.Path("b.txt"), CFile::modeCreate | CFile::modeNoTruncate | CFile::modeReadWrite) ==
+              CFileException::none);
+        CHECK(folder.Has("b.txt"));
+    }
+    SUBCASE("a missing file, a missing folder, a folder in its place") {
+        CHECK(OpenCause(folder.Path("c.txt"), CFile::modeRead) == CFileException::fileNotFound);
+        CHECK(OpenCause(folder.Path("none/c.txt"), CFile::modeRead) == CFileException::badPath);
+        CHECK(OpenCause(folder.Path("none/c.txt"), CFile::modeCreate | CFile::modeWrite) == CFileException::badPath);
+        CHECK(OpenCause("", CFile::modeRead) == CFileException::badPath);
+        CHECK(OpenCause(folder.Folder("d"), CFile::modeRead) == CFileException::accessDenied);
+        CHECK_FALSE(folder.Has("c.txt"));
+    }
+    SUBCASE("the constructor throws, with cause, system error and path") {
+        const std::string missing = folder.Path("c.txt");
+        try {
+            CFile file(missing.c_str(), CFile::modeReadWrite);
+            FAIL("opened a missing file");
+        } catch (const CFileException& error) {
+            CHECK(error.m_cause == CFileException::fileNotFound);
+            CHECK(error.m_lOsError == 2);
+            CHECK(error.m_strFileName == missing.c_str());
+            char text[512];
+            CHECK(error.GetErrorMessage(text, sizeof(text)));
+            CHECK(std::string(text).find(missing) != std::string::npos);
+            CHECK(error.GetErrorMessage(text, 5));
+            CHECK(std::string(text).size() == 4);
+        }
+    }
+}
+
+TEST_CASE("file: reads, writes and positions") {
+    const TempFolder folder;
+    CFile file(folder.Path("a.bin").c_str(), CFile::modeCreate | CFile::modeReadWrite | CFile::shareExclusive);
+    file.Write("0123456789", 10);
+    CHECK(file.GetPosition() == 10);
+    CHECK(file.Seek(-3, CFile::end) == 7);
+    CHECK(file.Seek(-2, CFile::current) == 5);
+    char buffer[16] = {};
+    CHECK(file.Read(buffer, 3) == 3);
+    CHECK(std::string(buffer) == "567");
+    CHECK(file.Read(buffer, 16) == 2); // what is left
+    CHECK(file.Read(buffer, 16) == 0);
+    file.Seek(2, CFile::begin);
+    file.Write("ab", 2);
+    CHECK(file.GetLength() == 10);
+    CHECK(file.GetPosition() == 4); // asking for the length moves nothing
+    CHECK(ReadAll(file) == "01ab456789");
+
+    CHECK(CauseOf([&] { file.Seek(-1, CFile::begin); }) == CFileException::badSeek);
+    CHECK(CauseOf([&] { file.Seek(0, 3); }) == CFileException::badSeek);
+    CHECK(file.GetPosition() == 10);
+
+    CHECK(file.Seek(13, CFile::begin) == 13); // beyond the end: a write fills the gap with zeros
+    file.Write("!", 1);
+    CHECK(ReadAll(file) == std::string("01ab456789\0\0\0!", 14));
+    file.SetLength(3);
+    CHECK(file.GetPosition() == 3);
+    CHECK(ReadAll(file) == "01a");
+    file.SetLength(5);
+    CHECK(file.GetLength() == 5);
+    CHECK(ReadAll(file) == std::string("01a\0\0", 5));
+    file.Seek(0x100000000LL, CFile::begin);
+    CHECK(file.GetPosition() == 0x100000000ULL); // positions are 64-bit
+}
+
+TEST_CASE("file: what a handle may not do is refused by exception") {
+    const TempFolder folder;
+    const std::string path = folder.File("a.txt", "content");
+    char byte = 'x';
+    {
+        CFile reader(path.c_str(), CFile::modeRead);
+        CHECK(CauseOf([&] { reader.Write(&byte, 1); }) == CFileException::accessDenied);
+        CHECK(CauseOf([&] { reader.SetLength(1); }) != CFileException::none);
+        CHECK(CauseOf([&] { reader.Flush(); }) == CFileException::none);
+    }
+    {
+        CFile writer(path.c_str(), CFile::modeWrite);
+        CHECK(CauseOf([&] { writer.Read(&byte, 1); }) == CFileException::accessDenied);
+        writer.Close();
+        writer.Close(); // nothing is open: harmless
+        CHECK(writer.m_hFile == CFile::hFileNull);
+        CHECK(CauseOf([&] { writer.Write(&byte, 1); }) == CFileException::invalidFile);
+        CHECK(CauseOf([&] { writer.Read(&byte, 1); }) == CFileException::invalidFile);
+        CHECK(CauseOf([&] { writer.Read(&byte, 0); }) == CFileException::invalidFile);
+        CHECK(CauseOf([&] { writer.GetLength(); }) == CFileException::invalidFile);
+        CHECK(CauseOf([&] { writer.SeekToBegin(); }) == CFileException::invalidFile);
+        CHECK(CauseOf([&] { writer.Flush(); }) == CFileException::invalidFile);
+    }
+    CHECK(folder.Content("a.txt") == "content");
+#if !defined(_WIN32)
+    CFile full("/dev/full", CFile::modeWrite);
+    CHECK(CauseOf([&] { full.Write(&byte, 1); }) == CFileException::diskFull);
+#endif
+}
+
+TEST_CASE("file: paths") {
+    const TempFolder folder;
+    CFile file(folder.File("a.txt", "").c_str(), CFile::modeRead);
+    CHECK(file.GetFileName() == "a.txt");
+    CHECK(file.GetFilePath() == folder.Path("a.txt").c_str());
+    CHECK(torv::JoinPath("folder", "a.txt") == (CString("folder") + torv::kPathSeparator + "a.txt"));
+    CHECK(torv::JoinPath("folder/", "a.txt") == "folder/a.txt");
+    CHECK(torv::JoinPath("", "a.txt") == "a.txt");
+    CHECK(torv::JoinPath(nullptr, nullptr) == "");
+    CHECK(std::string(torv::FileNamePart("x\\y/z.aic")) == "z.aic");
+    CHECK(std::string(torv::FileNamePart("z.aic")) == "z.aic");
+    CHECK(std::string(torv::FileNamePart("x/")).empty());
+}
+
+TEST_CASE("file: removing and renaming") {
+    const TempFolder folder;
+    const std::string a = folder.File("a.txt", "A");
+    const std::string b = folder.File("b.txt", "B");
+    const std::string c = folder.Path("c.txt");
+    CHECK(CauseOf([&] { CFile::Rename(a.c_str(), b.c_str()); }) == CFileException::accessDenied); // never over a file
+    CHECK(folder.Content("a.txt") + folder.Content("b.txt") == "AB");
+    CHECK(torv::RenameOver(a.c_str(), b.c_str()));
+    CHECK(folder.Content("b.txt") == "A");
+    CHECK_FALSE(folder.Has("a.txt"));
+    CFile::Rename(b.c_str(), c.c_str());
+    CHECK(folder.Content("c.txt") == "A");
+
+    CHECK(CauseOf([&] { CFile::Rename(a.c_str(), b.c_str()); }) == CFileException::fileNotFound);
+    CHECK_FALSE(torv::RenameOver(a.c_str(), c.c_str()));
+    CHECK(GetLastError() == ERROR_FILE_NOT_FOUND);
+    CHECK(folder.Content("c.txt") == "A");
+    CFile::Remove(c.c_str());
+    CHECK_FALSE(folder.Has("c.txt"));
+    CHECK(CauseOf([&] { CFile::Remove(c.c_str()); }) == CFileException::fileNotFound);
+    CHECK(CauseOf([&] { CFile::Remove(folder.Path("none/c.txt").c_str()); }) == CFileException::badPath);
+    CHECK(CauseOf([&] { CFile::Remove(folder.Folder("d").c_str()); }) == CFileException::accessDenied);
+}
+
+TEST_CASE("file: both separators and any case of letters lead to a file; the exact name comes first") {
+    const TempFolder folder;
+    folder.Folder("Database");
+    folder.File("Database/AiconDB.def", "mixed");
+    const auto content = [&](const std::string& name) {
+        CFile file(folder.Path(name).c_str(), CFile::modeRead);
+        return ReadAll(file);
+    };
+    CHECK(content("Database\\AiconDB.def") == "mixed");
+    CHECK(content("DATABASE\\AICONDB.DEF") == "mixed");
+    CHECK(content("database/aicondb.def") == "mixed");
+    { CFile file(folder.Path("database\\new.txt").c_str(), CFile::modeCreate | CFile::modeWrite); }
+    CHECK(folder.Has("Database/new.txt"));
+#if !defined(_WIN32)
+    folder.File("Database/AICONDB.DEF", "upper"); // two files here, of which Windows would know one
+    CHECK(content("Database/AICONDB.DEF") == "upper");
+    CHECK(content("Database/AiconDB.def") == "mixed");
+    CHECK(content("Database/aicondb.def") == "upper"); // the first in byte order
+    CHECK(CauseOf([&] { CFile::Remove(folder.Path("Database/aicondb.def").c_str()); }) ==
+          CFileException::fileNotFound); // removing takes no other spelling
+#endif
+}
+
+TEST_CASE("a file in memory keeps a file's laws") {
+    CMemFile file("0123456789", 10);
+    CHECK(ReadAll(file) == "0123456789");
+    file.Seek(-2, CFile::end);
+    file.Write("abcd", 4);
+    CHECK(file.GetBytes() == "01234567abcd");
+    file.Seek(14, CFile::begin);
+    char byte = '!';
+    CHECK(file.Read(&byte, 1) == 0);
+    file.Write(&byte, 1);
+    CHECK(file.GetBytes() == std::string("01234567abcd\0\0!", 15));
+    CHECK(CauseOf([&] { file.Seek(-16, CFile::current); }) == CFileException::badSeek);
+    CHECK(file.GetPosition() == 15);
+    file.SetLength(2);
+    CHECK(file.GetBytes() == "01");
+    CHECK(CauseOf([&] { file.SetLength(0x80000000ULL); }) == CFileException::diskFull);
+    CHECK_FALSE(file.Open("x", CFile::modeCreate));
+}

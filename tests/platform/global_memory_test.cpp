@@ -1,0 +1,82 @@
+#include "torv/platform/platform.h"
+
+#include <doctest/doctest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+TEST_CASE("memory: a fixed block's handle is its address, a moveable block's is not") {
+    const HGLOBAL fixed = GlobalAlloc(GMEM_FIXED, 100);
+    REQUIRE(fixed != nullptr);
+    CHECK(GlobalLock(fixed) == fixed);
+    CHECK(GlobalUnlock(fixed)); // a fixed block always counts as locked
+    CHECK(GlobalSize(fixed) >= 100);
+    CHECK(GlobalHandle(fixed) == fixed);
+    CHECK(GlobalFree(fixed) == nullptr);
+
+    const HGLOBAL moveable = GlobalAlloc(GMEM_MOVEABLE, 100);
+    REQUIRE(moveable != nullptr);
+    void* address = GlobalLock(moveable);
+    REQUIRE(address != nullptr);
+    CHECK(address != moveable);
+    CHECK(GlobalHandle(address) == moveable);
+    std::memset(address, 0x55, 100);
+    CHECK(GlobalLock(moveable) == address); // a second lock
+    CHECK(GlobalUnlock(moveable));          // one is left
+    CHECK_FALSE(GlobalUnlock(moveable));
+    CHECK(GetLastError() == NO_ERROR);
+    CHECK_FALSE(GlobalUnlock(moveable));
+    CHECK(GetLastError() == ERROR_NOT_LOCKED);
+    CHECK(GlobalFree(moveable) == nullptr);
+}
+
+TEST_CASE("memory: zeroed where that is asked for") {
+    for (const UINT flags : {UINT(0x40), UINT(0x42)}) {
+        const HGLOBAL memory = GlobalAlloc(flags, 4096);
+        const auto* bytes = static_cast<const char*>(GlobalLock(memory));
+        REQUIRE(bytes != nullptr);
+        CHECK(std::all_of(bytes, bytes + 4096, [](char c) { return c == 0; }));
+        GlobalUnlock(memory);
+        CHECK(GlobalFree(memory) == nullptr);
+    }
+}
+
+TEST_CASE("memory: empty blocks, null and handles that name nothing") {
+    const HGLOBAL empty = GlobalAlloc(GMEM_MOVEABLE, 0);
+    REQUIRE(empty != nullptr);
+    CHECK(GlobalLock(empty) == nullptr);
+    CHECK(GlobalSize(empty) == 0);
+    CHECK(GlobalFree(empty) == nullptr);
+
+    CHECK(GlobalLock(nullptr) == nullptr);
+    CHECK(GlobalFree(nullptr) == nullptr);
+    CHECK(GlobalAlloc(GMEM_FIXED, ~SIZE_T(0) - 64) == nullptr);
+
+    const HGLOBAL gone = GlobalAlloc(GMEM_MOVEABLE, 16);
+    CHECK(GlobalFree(gone) == nullptr);
+    CHECK(GlobalLock(gone) == nullptr);
+    CHECK(GetLastError() == ERROR_INVALID_HANDLE);
+    CHECK(GlobalFree(gone) == gone);
+}
+
+TEST_CASE("memory: handles of one thread are good in every other") {
+    std::vector<HGLOBAL> blocks(64);
+    std::vector<std::thread> threads;
+    threads.reserve(4);
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&blocks, t] {
+            for (int n = t; n < 64; n += 4) {
+                blocks[static_cast<std::size_t>(n)] = GlobalAlloc(n % 2 ? GHND : GPTR, 32);
+                std::memset(GlobalLock(blocks[static_cast<std::size_t>(n)]), n, 32);
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (int n = 0; n < 64; ++n) {
+        const HGLOBAL block = blocks[static_cast<std::size_t>(n)];
+        CHECK(static_cast<char*>(GlobalLock(block))[31] == n);
+        CHECK(GlobalFree(block) == nullptr);
+    }
+}

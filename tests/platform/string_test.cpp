@@ -1,0 +1,103 @@
+#include "torv/platform/afx/string.h"
+
+#include <doctest/doctest.h>
+
+#include <cstring>
+#include <string>
+
+TEST_CASE("string: null texts are empty, indexes out of range harmless") {
+    CString text(static_cast<LPCSTR>(nullptr));
+    CHECK(text.IsEmpty());
+    text = static_cast<LPCSTR>(nullptr);
+    text += static_cast<LPCSTR>(nullptr);
+    CHECK(text == "");
+    CHECK(text == static_cast<LPCSTR>(nullptr));
+    CHECK(text[0] == '\0');
+    CHECK(text.GetAt(-1) == '\0');
+    text.SetAt(5, 'x');
+    CHECK(text.GetLength() == 0);
+    CHECK(CString("abc", 2) == "ab");
+    CHECK(CString("abc", -1) == "");
+    CHECK(CString('-', 3) == "---");
+}
+
+TEST_CASE("string: parts meet again in the whole, wherever it is cut") {
+    const CString text("score");
+    for (int cut = -2; cut <= 7; ++cut) {
+        CAPTURE(cut);
+        CHECK(text.Left(cut) + text.Mid(cut) == text);
+        CHECK(text.Left(text.GetLength() - (cut < 0 ? 0 : cut)) + text.Right(cut) == text);
+    }
+    CHECK(text.Mid(1, 3) == "cor");
+    CHECK(text.Mid(3, 100) == "re");
+    CHECK(text.Mid(9, 1) == "");
+}
+
+TEST_CASE("string: searches") {
+    const CString text("abcabc");
+    CHECK(text.Find('b') == 1);
+    CHECK(text.Find('b', 2) == 4);
+    CHECK(text.Find("ca") == 2);
+    CHECK(text.Find("ca", 3) == -1);
+    CHECK(text.Find('x') == -1);
+    CHECK(text.Find('a', 100) == -1);
+    CHECK(text.Find('a', -5) == 0);
+    CHECK(text.ReverseFind('a') == 3);
+    CHECK(text.FindOneOf("xcb") == 1);
+    CString replaced(text);
+    CHECK(replaced.Replace("bc", "-bc-") == 2); // what was put in is not looked at again
+    CHECK(replaced == "a-bc-a-bc-");
+    CHECK(replaced.Replace("", "x") == 0);
+}
+
+TEST_CASE("string: comparisons go by unsigned bytes, both ways round") {
+    const CString low("a");
+    const CString high("\xE0");
+    CHECK(low < high);
+    CHECK(low < "\xE0");
+    CHECK("a" < high);
+    CHECK(high > low);
+    CHECK(low <= "a");
+    CHECK("a" == low);
+    CHECK(low != "b");
+    CHECK(low.Compare("\xE0") < 0);
+    CHECK(CString("NOTE").CompareNoCase("note") == 0);
+    CHECK(CString("\xC4").CompareNoCase("\xE4") != 0); // ASCII letters only, whatever the locale
+}
+
+TEST_CASE("string: trimming and case") {
+    CString text("\t \x01 a b\xA0 \r\n");
+    text.TrimLeft();
+    CHECK(text == "a b\xA0 \r\n");
+    text.TrimRight();
+    CHECK(text == "a b\xA0"); // only bytes up to 32 are white space
+    text.MakeUpper();
+    CHECK(text == "A B\xA0");
+    CString blank(" \n ");
+    blank.TrimRight();
+    CHECK(blank.IsEmpty());
+}
+
+TEST_CASE("string: formatting may read the string that it writes") {
+    CString text;
+    text.Format("%s\\%s.aic", "folder", "name");
+    CHECK(text == "folder\\name.aic");
+    text.Format("<%s> %04d", static_cast<LPCSTR>(text), 7);
+    CHECK(text == "<folder\\name.aic> 0007");
+    const std::string big(5000, 'x');
+    text.Format("%s", big.c_str());
+    CHECK(text == big.c_str());
+}
+
+TEST_CASE("string: direct writing ends where it is told, or at the first NUL") {
+    CString text("old");
+    std::memcpy(text.GetBuffer(100), "new text", 9);
+    text.ReleaseBuffer();
+    CHECK(text == "new text");
+    CHECK(text.GetLength() == 8);
+    text.GetBuffer();
+    text.ReleaseBuffer(3);
+    CHECK(text == "new");
+    text.ReleaseBuffer(100); // never past the room that was asked for
+    CHECK(text.GetLength() == 3);
+}

@@ -1,0 +1,120 @@
+#include "torv/platform/text.h"
+
+#include <doctest/doctest.h>
+
+#include <bit>
+#include <clocale>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <random>
+#include <string>
+
+using torv::FindChar932;
+using torv::FormatReal;
+using torv::NextChar932;
+using torv::ParseInteger;
+using torv::ParseReal;
+
+namespace {
+
+std::string Printf(double value) {
+    char digits[400];
+    std::snprintf(digits, sizeof(digits), "%f", value);
+    return digits;
+}
+
+} // namespace
+
+TEST_CASE("ParseInteger reads blanks, a sign and digits, and stays at the ends of its range") {
+    CHECK(ParseInteger(" \t\r\n-42xyz") == -42);
+    CHECK(ParseInteger("+7") == 7);
+    CHECK(ParseInteger("007.9") == 7);
+    CHECK(ParseInteger("2147483647") == 2147483647);
+    CHECK(ParseInteger("2147483648") == 2147483647);
+    CHECK(ParseInteger("-2147483648") == std::numeric_limits<int>::min());
+    CHECK(ParseInteger("-99999999999999999999999") == std::numeric_limits<int>::min());
+    for (const char* none : {"", "x1", "-", "+-1", "- 1", "\xA0-1"})
+        CHECK(ParseInteger(none) == 0);
+    CHECK(ParseInteger(nullptr) == 0);
+}
+
+TEST_CASE("ParseReal reads a decimal number, always finite") {
+    CHECK(ParseReal("  0.5,7") == 0.5);
+    CHECK(ParseReal("-.25e2rest") == -25.0);
+    CHECK(ParseReal("+3.") == 3.0);
+    CHECK(ParseReal("1e") == 1.0); // an exponent needs digits
+    CHECK(ParseReal("2e+x") == 2.0);
+    CHECK(ParseReal("0x10") == 0.0); // decimal only: the number ends at the x
+    const double most = std::numeric_limits<double>::max();
+    CHECK(ParseReal("1e999") == most);
+    CHECK(ParseReal("-1e99999999999999") == -most);
+    CHECK(ParseReal(("1" + std::string(400, '0')).c_str()) == most);
+    CHECK(ParseReal("1e-999") == 0.0);
+    CHECK(ParseReal("0.0e999") == 0.0);
+    CHECK(ParseReal(("0." + std::string(400, '0') + "1").c_str()) == 0.0);
+    for (const char* none : {"", ".", "-", "e5", "inf", "nan", "-infinity"})
+        CHECK(ParseReal(none) == 0.0);
+    CHECK(ParseReal(nullptr) == 0.0);
+}
+
+TEST_CASE("FormatReal writes the digits of %f for every finite value") {
+    CHECK(FormatReal(0.5) == "0.500000");
+    CHECK(FormatReal(-1.0 / 3) == "-0.333333");
+    CHECK(FormatReal(0.0000005) == "0.000000"); // the double lies just below a half of the last place
+    CHECK(FormatReal(0.0078125) == "0.007812"); // a true half, 0.0078125 = 2^-7: to the even digit
+    CHECK(FormatReal(std::nan("")) == "0.000000");
+    CHECK(FormatReal(-std::numeric_limits<double>::infinity()) == "0.000000");
+    CHECK(Printf(-std::numeric_limits<double>::max()) == std::string(FormatReal(-std::numeric_limits<double>::max())));
+
+    std::mt19937_64 random(480);
+    int differences = 0;
+    for (int n = 0; n < 20000; ++n) {
+        const double value = std::bit_cast<double>(static_cast<std::uint64_t>(random()));
+        if (std::isfinite(value))
+            differences += FormatReal(value) != Printf(value).c_str();
+        const double common = static_cast<double>(static_cast<std::int64_t>(random()) >> 32) / 1000.0;
+        differences += FormatReal(common) != Printf(common).c_str();
+    }
+    CHECK(differences == 0);
+}
+
+TEST_CASE("what FormatReal writes, ParseReal reads, in any locale") {
+    const std::string before = std::setlocale(LC_ALL, nullptr);
+    for (const char* locale : {"de_DE.UTF-8", "German_Germany.1252", "C"})
+        if (std::setlocale(LC_ALL, locale)) {
+            CHECK(FormatReal(1234.25) == "1234.250000");
+            CHECK(ParseReal("1234.250000") == 1234.25);
+        }
+    std::setlocale(LC_ALL, before.c_str());
+}
+
+TEST_CASE("code page 932: lead bytes, steps and searches") {
+    int leads = 0;
+    for (int byte = 0; byte < 256; ++byte)
+        leads += torv::IsLeadByte932(static_cast<unsigned char>(byte));
+    CHECK(leads == 31 + 29); // 81..9F and E0..FC
+    CHECK_FALSE(torv::IsLeadByte932(0x80));
+    CHECK_FALSE(torv::IsLeadByte932(0xA0));
+    CHECK_FALSE(torv::IsLeadByte932(0xDF));
+    CHECK_FALSE(torv::IsLeadByte932(0xFD));
+
+    const char* text = "\x82\xA0"
+                       "a\xB1\x83"; // a double-byte letter, a, a half-width kana, a lead byte that ends it
+    CHECK(NextChar932(text) == text + 2);
+    CHECK(NextChar932(text + 2) == text + 3);
+    CHECK(NextChar932(text + 3) == text + 4);
+    CHECK(NextChar932(text + 4) == text + 5);
+    CHECK(NextChar932(text + 5) == text + 5);
+
+    const char* so = "\x83\x5C\\x\x83"; // the trail byte of the first character is a backslash's
+    CHECK(FindChar932(so, '\\') == so + 2);
+    CHECK(FindChar932(so, 'x') == so + 3);
+    CHECK(FindChar932(so, '\x83') == so + 4);
+    CHECK(FindChar932("\x83\x5C", '\\') == nullptr);
+    CHECK(FindChar932("abc", 'd') == nullptr);
+    CHECK(FindChar932("abc", '\0') == nullptr);
+    CHECK(FindChar932(nullptr, 'a') == nullptr);
+}

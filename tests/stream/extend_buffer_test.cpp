@@ -1,0 +1,298 @@
+#include "torv/stream/extend_buffer.h"
+
+#include <doctest/doctest.h>
+
+#include <random>
+#include <string>
+
+#include "torv/platform/afx/mem_file.h"
+
+namespace {
+
+/// Opens the chain to the tests.
+class Chain : public CExtendBuffer {
+public:
+    Chain(DWORD blockSize, int flags = -1) : CExtendBuffer(blockSize, flags) {}
+    using CExtendBuffer::RemoveAll;
+
+    void Put(const std::string& text) { CHECK(Append(text.data(), Size(text)) == text.size()); }
+    DWORD InsertText(const std::string& text) { return Insert(text.data(), Size(text)); }
+    DWORD WriteText(const std::string& text) { return Write(text.data(), Size(text)); }
+    std::string ReadText(DWORD count) {
+        std::string text(count, '\0');
+        text.resize(Read(text.data(), count));
+        return text;
+    }
+
+    /// Every block's bytes, "|" between blocks.
+    std::string Blocks() {
+        std::string text;
+        for (const CxShortBuff* block = m_pFirst; block; block = block->m_pNext) {
+            text.append(reinterpret_cast<const char*>(block->m_pData), block->m_dwUsed);
+            text += block->m_pNext ? "|" : "";
+        }
+        return text;
+    }
+
+    std::string Content() {
+        std::string text;
+        for (const CxShortBuff* block = m_pFirst; block; block = block->m_pNext)
+            text.append(reinterpret_cast<const char*>(block->m_pData), block->m_dwUsed);
+        return text;
+    }
+
+    /// The chain is whole, its numbers add up, and the current block holds the position.
+    bool IsSound() {
+        NumberBlocks();
+        LONG index = 0;
+        DWORD start = 0;
+        const CxShortBuff* previous = nullptr;
+        bool sound = m_pFirst && m_pFirst->m_pPrev == nullptr;
+        for (const CxShortBuff* block = m_pFirst; block; previous = block, block = block->m_pNext) {
+            sound = sound && block->m_nIndex == index++ && block->m_dwStart == start && block->m_pPrev == previous &&
+                    block->m_dwUsed <= block->m_dwCapacity;
+            start += block->m_dwUsed;
+        }
+        return sound && previous == m_pLast && start == GetSize() && m_dwCurrentStart == m_pCurrent->m_dwStart &&
+               OffsetInBlock() <= m_pCurrent->m_dwUsed;
+    }
+
+private:
+    static DWORD Size(const std::string& text) { return static_cast<DWORD>(text.size()); }
+};
+
+/// Fails after a number of reads.
+class FailingFile : public CMemFile {
+public:
+    explicit FailingFile(const std::string& bytes, int reads)
+        : CMemFile(bytes.data(), static_cast<UINT>(bytes.size())), m_reads(reads) {}
+    UINT Read(void* buffer, UINT bytes) override {
+        if (m_reads-- == 0)
+            throw CFileException(CFileException::hardIO);
+        return CMemFile::Read(buffer, bytes);
+    }
+    void Write(const void*, UINT) override { throw CFileException(CFileException::diskFull); }
+
+private:
+    int m_reads;
+};
+
+} // namespace
+
+TEST_CASE("extend buffer: created once, with a block; block size 0 leaves it for later") {
+    Chain buffer(0);
+    CHECK(buffer.GetSize() == 0);
+    CHECK(buffer.SeekTo(7) == 0);
+    CHECK(buffer.Seek(3, 0) == 0);
+    CHECK(buffer.InsertText("a") == 0);
+    CHECK(buffer.WriteText("a") == 0);
+    CHECK(buffer.Append("a", 1) == 0);
+    CHECK(buffer.Remove(1) == 0);
+    CHECK(buffer.Create(0, -1) == 0);
+    CHECK(buffer.Create(4, -1) != 0);
+    CHECK(buffer.Create(8, -1) == 0);
+    buffer.Put("abcde");
+    CHECK(buffer.Blocks() == "abcd|e"); // still blocks of four
+    buffer.RemoveAll();
+    CHECK(buffer.GetSize() == 0);
+    CHECK(buffer.Create(8, -1) != 0);
+}
+
+TEST_CASE("extend buffer: blocks come from global memory when flags say so") {
+    for (const int flags : {0x00, 0x02, 0x40, 0x42}) {
+        Chain buffer(4, flags);
+        buffer.Put("abcdefghi");
+        buffer.SeekTo(2);
+        CHECK(buffer.Remove(4) == 4);
+        CHECK(buffer.Content() == "abghi");
+    }
+}
+
+TEST_CASE("extend buffer: seeking") {
+    Chain buffer(4);
+    buffer.Put("0123456789");
+    struct Row {
+        LONG offset;
+        int from;
+        DWORD reached;
+    };
+    for (const Row& row : {Row{3, 0, 3}, Row{-1, 0, 0}, Row{11, 0, 10}, Row{2, 1, 6}, Row{-5, 1, 0}, Row{-4, 2, 6},
+                           Row{-11, 2, 0}, Row{0x7FFFFFFF, 1, 10}, Row{5, 3, 4}, Row{5, -1, 4}}) {
+        CAPTURE(row.offset);
+        CAPTURE(row.from);
+        buffer.SeekTo(4);
+        CHECK(buffer.Seek(row.offset, row.from) == row.reached);
+        CHECK(buffer.GetIndex() == row.reached);
+    }
+    CHECK(buffer.SeekTo(0xFFFFFFFF) == 10);
+    CHECK(buffer.IsBottom());
+    CHECK(!buffer.IsTop());
+}
+
+TEST_CASE("extend buffer: a write at a block's end inserts there after a read and overwrites after a seek") {
+    const auto make = [](Chain& buffer) {
+        buffer.Put("abcdef");
+        buffer.SeekTo(0);
+        buffer.Remove(2);
+        REQUIRE(buffer.Blocks() == "cd|ef"); // the first block has room for two more
+        buffer.SeekTo(0);
+    };
+    Chain afterRead(4);
+    make(afterRead);
+    CHECK(afterRead.ReadText(2) == "cd");
+    CHECK(afterRead.WriteText("XYZ") == 3);
+    CHECK(afterRead.Blocks() == "cdXY|Zf"); // two grow the block that the read stopped in, the third goes on
+    Chain afterSeek(4);
+    make(afterSeek);
+    afterSeek.SeekTo(2);
+    CHECK(afterSeek.WriteText("XY") == 2);
+    CHECK(afterSeek.Blocks() == "cd|XY");
+}
+
+TEST_CASE("extend buffer: an insert uses free room before it splits, and repeats its first bytes when it spills") {
+    Chain buffer(4);
+    buffer.Put("abcdef");
+    buffer.SeekTo(0);
+    buffer.Remove(2);
+    buffer.SeekTo(2);
+    CHECK(buffer.InsertText("Z") == 1);
+    CHECK(buffer.Blocks() == "cdZ|ef");
+    CHECK(buffer.GetIndex() == 3);
+
+    // "abcd" is split at 2 into "ab" and "cd". Round one puts 1, 2 behind "ab"; four bytes are left and do not fit
+    // before "cd", so round two splits there and takes four from the start again: 1, 2, 3, 4.
+    Chain spill(4);
+    spill.Put("abcd");
+    spill.SeekTo(2);
+    CHECK(spill.InsertText("123456") == 6);
+    CHECK(spill.Blocks() == "ab12|1234|cd");
+    CHECK(spill.GetIndex() == 8);
+    CHECK(spill.ReadText(9) == "cd");
+
+    // At the end there is no next block to go to: 4 + 1 bytes, both from the start.
+    Chain atEnd(4);
+    atEnd.Put("abcd");
+    CHECK(atEnd.InsertText("12345") == 5);
+    CHECK(atEnd.Blocks() == "abcd|1234|1");
+}
+
+TEST_CASE("extend buffer: removing") {
+    Chain buffer(4);
+    buffer.Put("abcdefghij");
+    buffer.SeekTo(3);
+    CHECK(buffer.Remove(4) == 4); // d, e, f, g
+    CHECK(buffer.Blocks() == "abc|h|ij");
+    CHECK(buffer.GetIndex() == 3);
+    CHECK(buffer.Remove(100) == 3); // the count asked for is cut to the 6 that are held, 3 of them lie behind
+    CHECK(buffer.Blocks() == "abc");
+    CHECK(buffer.IsSound());
+    buffer.SeekTo(0);
+    CHECK(buffer.Remove(0xFFFFFFFF) == 3);
+    CHECK(buffer.Blocks().empty());
+    CHECK(buffer.IsSound());
+    buffer.Put("new");
+    CHECK(buffer.Content() == "new");
+}
+
+TEST_CASE("extend buffer: loading and saving") {
+    const std::string bytes = "0123456789";
+    CMemFile file(bytes.data(), 10);
+    Chain buffer(4);
+    int error = -1;
+
+    SUBCASE("a count above 31 bits means the rest of the file") {
+        file.Seek(3, CFile::begin);
+        CHECK(buffer.Load(&file, 0xFFFFFFFF, &error) == 7);
+        CHECK(error == 0);
+        CHECK(buffer.Blocks() == "3456|789");
+        CMemFile saved;
+        CHECK(buffer.Save(&saved, &error) == 7);
+        CHECK(saved.GetBytes() == "3456789");
+    }
+    SUBCASE("it goes on behind a full block") {
+        buffer.Put("abcd");
+        CHECK(buffer.Load(&file, 5, nullptr) == 5);
+        CHECK(buffer.Blocks() == "abcd|0123|4");
+        CHECK(buffer.IsSound());
+    }
+    SUBCASE("in the middle it overwrites and never outgrows a block") {
+        buffer.Put("abcdefg");
+        buffer.SeekTo(2);
+        CHECK(buffer.Load(&file, 3, &error) == 3);
+        CHECK(buffer.Blocks() == "ab01|2fg");
+        CHECK(buffer.IsSound());
+    }
+    SUBCASE("a file that ends early gives what it has") {
+        CHECK(buffer.Load(&file, 99, &error) == 10);
+        CHECK(error == 0);
+        CHECK(buffer.IsSound());
+    }
+    SUBCASE("nothing to load") {
+        CHECK(buffer.Load(&file, 0, &error) == 0);
+        CHECK(buffer.Load(nullptr, 5, &error) == 0);
+    }
+    SUBCASE("a file error ends it and tells its cause") {
+        FailingFile failing(bytes, 2);
+        CHECK(buffer.Load(&failing, 10, &error) == 8);
+        CHECK(error == CFileException::hardIO);
+        CHECK(buffer.Content() == "01234567");
+        CHECK(buffer.Save(&failing, &error) == 0);
+        CHECK(error == CFileException::diskFull);
+    }
+}
+
+TEST_CASE("extend buffer: agrees with a plain string through random edits") {
+    for (const DWORD blockSize : {1u, 3u, 8u, 64u}) {
+        CAPTURE(blockSize);
+        std::mt19937 random(blockSize);
+        const auto below = [&](size_t limit) { return static_cast<DWORD>(random() % limit); };
+        Chain buffer(blockSize);
+        std::string model;
+        DWORD position = 0;
+        for (int step = 0; step < 4000; ++step) {
+            CAPTURE(step);
+            const std::string bytes(below(2 * blockSize) + 1, static_cast<char>('a' + step % 26));
+            const auto count = static_cast<DWORD>(bytes.size());
+            switch (below(model.size() > 500 ? 7 : 6)) {
+            case 0:
+                position = below(model.size() + 1);
+                REQUIRE(buffer.SeekTo(position) == position);
+                break;
+            case 1: {
+                const DWORD wanted = below(3 * blockSize);
+                REQUIRE(buffer.ReadText(wanted) == model.substr(position, wanted));
+                position = std::min<DWORD>(position + wanted, static_cast<DWORD>(model.size()));
+                break;
+            }
+            case 2:
+                REQUIRE(buffer.Append(bytes.data(), count) == count);
+                model += bytes;
+                position = static_cast<DWORD>(model.size());
+                break;
+            case 3: // equal bytes, so that a spill's repetition does not show
+                REQUIRE(buffer.InsertText(bytes) == count);
+                model.insert(position, bytes);
+                position += count;
+                break;
+            case 4: { // what a write does not add to a block's end, it overwrites
+                const DWORD size = buffer.GetSize();
+                REQUIRE(buffer.WriteText(bytes) == count);
+                const DWORD grown = buffer.GetSize() - size;
+                REQUIRE(grown <= count);
+                model.replace(position, count - grown, bytes);
+                position += count;
+                break;
+            }
+            default: {
+                const DWORD wanted = below(model.size() > 500 ? 200 : 2 * blockSize);
+                const DWORD removed = buffer.Remove(wanted);
+                REQUIRE(removed == std::min<size_t>(wanted, model.size() - position));
+                model.erase(position, removed);
+            }
+            }
+            REQUIRE(buffer.GetIndex() == position);
+            REQUIRE(buffer.IsSound());
+            REQUIRE(buffer.Content() == model);
+        }
+    }
+}

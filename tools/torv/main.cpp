@@ -1,0 +1,69 @@
+#include "messages.h"
+#include "midi_song.h"
+#include "sing.h"
+#include "voices.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <new>
+
+namespace {
+
+constexpr int kBadInput = 1;
+constexpr int kWrongUse = 2;
+
+void AddSing(CLI::App& app, SingOptions& options) {
+    CLI::App* const sing = app.add_subcommand("sing", "Sing a standard MIDI file with lyrics into a wave file");
+    sing->add_option("INPUT", options.input, "The song: a standard MIDI file, format 0 or 1")->required();
+    sing->add_option("-o,--output", options.output, "The wave file to write")->required();
+    sing->add_option("--language", options.language, "What the lyrics are sung as: ja, en, or auto to look at them")
+        ->check(CLI::IsMember({"ja", "en", "auto"}))
+        ->capture_default_str();
+    sing->add_option("--voice", options.voice, "Who sings: " + VoiceNames() + ", or an engine program's number")
+        ->capture_default_str();
+    sing->add_option("--track", options.track, "The track to sing, counted from 1; else the one with the lyrics")
+        ->check(CLI::PositiveNumber);
+    sing->add_option("--encoding", options.encoding,
+                     "How the lyrics' bytes are read: utf-8, shift-jis or latin-1; else they are looked at");
+    sing->add_option("--transpose", options.transpose, "Semitones up, or down when negative")
+        ->check(CLI::Range(-60, 60))
+        ->capture_default_str();
+    sing->add_option("--rate", options.rate, "Samples a second: 44100, 48000 or 96000")
+        ->check(CLI::IsMember({44100U, 48000U, 96000U}))
+        ->capture_default_str();
+    sing->add_option("--volume", options.volume, "Loudness: 1 as sung, 0.5 half the amplitude")
+        ->check(CLI::Range(0.0, 16.0))
+        ->capture_default_str();
+    sing->add_option("--pan", options.pan, "Makes the wave stereo: -1 left, 0 centre, 1 right")
+        ->check(CLI::Range(-1.0, 1.0));
+    sing->add_flag("--plain", options.plain, "Leave out the attacks, releases and vibratos that notes get by themselves");
+    sing->add_option("--report", options.report, "Also write what was sung, note by note, as JSON into this file");
+    sing->add_flag("--quiet", options.quiet, "No progress and no summary");
+    sing->footer("Example: torv sing song.mid -o song.wav --voice tenor\n"
+                 "The wave begins where the file does. Without lyrics the song is sung on a vowel.");
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("torv: sings scores", "torv");
+    app.require_subcommand(1);
+    app.get_formatter()->column_width(30);
+    SingOptions sing;
+    AddSing(app, sing);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : kWrongUse;
+    }
+    try {
+        Sing(sing);
+        return 0;
+    } catch (const InputError& error) {
+        std::fprintf(stderr, "torv: %s\n", error.message.c_str());
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "torv: %s: not enough memory for this song\n", sing.input.c_str());
+    }
+    return kBadInput;
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// What is wrong with an input file: one line for the user (what, where, what to do).
+struct InputError {
+    std::string message;
+};
+
+struct MidiNote {
+    uint32_t tick;
+    uint32_t length; ///< ticks, 1 or more
+    int key;         ///< 0..127
+    int velocity;    ///< 1..127
+};
+
+struct MidiText {
+    uint32_t tick;
+    bool lyric; ///< a lyric event; else a text event, which karaoke files use for lyrics
+    std::string bytes;
+};
+
+struct MidiTempo {
+    uint32_t tick;
+    uint32_t microsecondsPerQuarter;
+};
+
+struct MidiSignature {
+    uint32_t tick;
+    int numerator;
+    int denominatorExponent;
+};
+
+struct MidiSongTrack {
+    std::string name; ///< bytes of the track-name event
+    std::vector<MidiNote> notes;
+    std::vector<MidiText> texts;
+};
+
+/// A standard MIDI file, format 0 or 1, with every time in ticks of 480 to a quarter note. A file whose division is in
+/// SMPTE frames has a tempo of its own making: one tick a millisecond. Tempos and signatures are sorted by tick, one a
+/// tick; notes by tick, then key; texts by tick, in file order.
+struct MidiSong {
+    std::vector<MidiSongTrack> tracks; ///< format 0: one for each channel with notes, the texts with the first
+    std::vector<MidiTempo> tempos;
+    std::vector<MidiSignature> signatures;
+    uint32_t end = 0; ///< tick of the last event
+};
+
+/// Reads a file's bytes; throws InputError for a file that is not MIDI, is cut short or holds what no reader could
+/// follow. `path` is only named in errors.
+MidiSong ReadMidiSong(const std::string& path, std::vector<unsigned char>& bytes);

@@ -1,0 +1,44 @@
+#include "progress.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#ifdef _WIN32
+#include <io.h>
+#define isatty _isatty
+#define fileno _fileno
+#else
+#include <unistd.h>
+#endif
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kInterval = 100ms;
+constexpr auto kBeforeEstimate = 500ms; // an earlier estimate would only jump about
+
+} // namespace
+
+Progress::Progress(std::string what, bool quiet)
+    : m_what(std::move(what)), m_visible(!quiet && isatty(fileno(stderr))), m_start(std::chrono::steady_clock::now()),
+      m_last(m_start) {}
+
+Progress::~Progress() {
+    if (m_drawn)
+        std::fputs("\r\033[K", stderr);
+}
+
+void Progress::Show(double done, double total) {
+    const auto now = std::chrono::steady_clock::now();
+    if (!m_visible || total <= 0 || now - m_last < kInterval)
+        return;
+    m_last = now;
+    m_drawn = true;
+    const double share = std::clamp(done / total, 0.0, 1.0);
+    std::fprintf(stderr, "\r\033[K%s %3d %%", m_what.c_str(), static_cast<int>(share * 100));
+    const double elapsed = std::chrono::duration<double>(now - m_start).count();
+    if (now - m_start > kBeforeEstimate && share > 0)
+        std::fprintf(stderr, ", %d s left", static_cast<int>(elapsed / share * (1 - share) + 0.5));
+    std::fflush(stderr);
+}

@@ -1,0 +1,80 @@
+#include "report.h"
+
+#include "text_encoding.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <fstream>
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// Scientific pitch names: note 60 is C4.
+std::string NameOfKey(int key) {
+    constexpr const char* kNames[] = {"C", "C#", "D", "D#", "E", "F", "F#", "G", "G#", "A", "A#", "B"};
+    return kNames[key % 12] + std::to_string(key / 12 - 1);
+}
+
+Json LyricOf(CLyricObject& lyric) {
+    Json elements = Json::array();
+    for (int i = 0; i < lyric.GetElementCount(); ++i) {
+        CLyricElement& element = *lyric.GetElementAt(i);
+        Json phonemes = Json::array();
+        for (int p = 0; p < element.GetPhonemeCharaCount(); ++p)
+            phonemes.push_back({{"symbol", std::string(element.GetPhonemeChara(p))},
+                                {"advancement", element.GetConsonantAdvancement(p)}});
+        elements.push_back({{"text", ToUtf8(std::string(element.GetLyricString()), TextEncoding::ShiftJis)},
+                            {"share", element.GetDeltaRate()},
+                            {"phonemes", std::move(phonemes)}});
+    }
+    return elements;
+}
+
+} // namespace
+
+void WriteReport(const std::string& path, const Score& score, const ReportFacts& facts) {
+    CArray<tagSequenceTimeMap> map;
+    score.song->GetMasterTrack()->GetSequenceTimeMap(map);
+    int hint = 0;
+    const auto seconds = [&](DWORD tick) {
+        hint = hint > 0 ? hint - 1 : 0;
+        const DWORD time = CMasterTrack::SearchTimePosition(tick, map, hint);
+        return (static_cast<double>(time) - score.leadMilliseconds) / 1000;
+    };
+    Json notes = Json::array();
+    for (const ScoredNote& note : score.notes) {
+        const int sung = note.key + facts.transpose;
+        const double start = seconds(note.tick);
+        notes.push_back({{"start", start},
+                         {"end", seconds(note.tick + note.length)},
+                         {"tick", note.tick - score.leadTicks},
+                         {"length", note.length},
+                         {"key", sung},
+                         {"name", sung >= 0 ? NameOfKey(sung) : std::to_string(sung)},
+                         {"velocity", note.velocity},
+                         {"joined", note.joined},
+                         {"lyric", LyricOf(*note.lyric)}});
+    }
+    const Json report = {{"input", facts.input},     {"output", facts.output},   {"voice", facts.voice},
+                         {"rate", facts.rate},       {"seconds", facts.seconds}, {"transpose", facts.transpose},
+                         {"notes", std::move(notes)}};
+    const std::string beside = path + ".part";
+    {
+        std::ofstream file(beside, std::ios::binary);
+        file << report.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+        file.close();
+        if (!file) {
+            std::remove(beside.c_str());
+            throw InputError{path + ": the report cannot be written there; check the folder and the free space"};
+        }
+    }
+#ifdef _WIN32
+    std::remove(path.c_str());
+#endif
+    if (std::rename(beside.c_str(), path.c_str()) != 0) {
+        std::remove(beside.c_str());
+        throw InputError{path + ": the report cannot be written there; check the folder and its permissions"};
+    }
+}

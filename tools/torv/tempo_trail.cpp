@@ -1,0 +1,31 @@
+#include "tempo_trail.h"
+
+#include <torv/score/master_track.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr uint32_t kDefaultTempo = 500000;
+constexpr double kTicksPerQuarter = 480;
+
+} // namespace
+
+std::vector<MidiTempo> WithoutDrift(const std::vector<MidiTempo>& tempos) {
+    std::vector<MidiTempo> steady = tempos;
+    if (steady.empty() || steady.front().tick > 0)
+        steady.insert(steady.begin(), {0, kDefaultTempo});
+    double trueMilliseconds = 0;
+    long long keptMilliseconds = 0;
+    for (size_t i = 0; i + 1 < steady.size(); ++i) {
+        const uint32_t ticks = steady[i + 1].tick - steady[i].tick;
+        uint32_t& tempo = steady[i].microsecondsPerQuarter;
+        trueMilliseconds += ticks * static_cast<double>(tempo) / kTicksPerQuarter / 1000;
+        const long long wanted = std::max(std::llround(trueMilliseconds) - keptMilliseconds, 0LL);
+        if (CMasterTrack::TicksToTime(ticks, tempo) != wanted)
+            tempo = static_cast<uint32_t>(std::clamp<long long>((wanted * 480000 + ticks - 1) / ticks, 1, 0xFFFFFF));
+        keptMilliseconds += CMasterTrack::TicksToTime(ticks, tempo);
+    }
+    return steady;
+}
