@@ -67,10 +67,10 @@ int CxTypedFile::ReadWhole(CFile* file) {
 int CxTypedFile::Save() {
     if (m_path.IsEmpty())
         return 0;
-    const CString beside = m_path + ".saving";
     CFile file;
-    if (!file.Open(beside, CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive))
+    if (!file.Open(m_path + ".saving", CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive))
         return 0;
+    const CString beside = file.GetFilePath();
     try {
         MapToProfile(&file);
         file.Close();

@@ -74,6 +74,8 @@ int MessageSlot(int status) {
 } // namespace
 
 DWORD sqGetNextEvent(tagMidiSequence* sequence, tagEvent* event) {
+    if (!sequence || !event)
+        return torv::kMidiError;
     if (sequence->end & kSequenceEnd)
         return torv::kMidiEndOfSequence;
     tagMidiTrack* track;

@@ -91,6 +91,8 @@ int torv::MidiEventLength(int status) {
 }
 
 DWORD mtGetNextEvent(tagMidiTrack* track) {
+    if (!track)
+        return torv::kMidiError;
     if (track->flags != 0)
         return track->flags & torv::kMidiTrackEnd ? torv::kMidiEndOfTrack : torv::kMidiError;
     tagEvent event{};

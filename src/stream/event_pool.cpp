@@ -51,8 +51,7 @@ public:
     /// The live slot that `id` names, else kNoSlot.
     DWORD SlotOf(DWORD id) const {
         const DWORD slot = id % kMaxSlots;
-        const bool live =
-            slot < m_slots.size() && m_slots[slot].size && m_slots[slot].generation == id >> kSlotBits;
+        const bool live = slot < m_slots.size() && m_slots[slot].size && m_slots[slot].generation == id >> kSlotBits;
         return live ? slot : kNoSlot;
     }
 
@@ -85,7 +84,7 @@ private:
         const auto first = static_cast<DWORD>(m_slots.size());
         if (first == kMaxSlots)
             return false;
-        auto* chunk = static_cast<BYTE*>(::operator new(kChunkBytes, std::align_val_t{kChunkBytes}, std::nothrow));
+        auto* chunk = static_cast<BYTE*>(::operator new (kChunkBytes, std::align_val_t{kChunkBytes}, std::nothrow));
         if (!chunk)
             return false;
         try {
@@ -95,7 +94,7 @@ private:
         } catch (const std::bad_alloc&) {
             m_slots.resize(first);
             m_chunks.resize(first / kChunkSlots);
-            ::operator delete(chunk, std::align_val_t{kChunkBytes});
+            ::operator delete (chunk, std::align_val_t{kChunkBytes});
             return false;
         }
         for (DWORD slot = first; slot < first + kChunkSlots; ++slot)

@@ -114,6 +114,10 @@ TEST_CASE("English: longer than a word, a record, an output") {
         CHECK(Convert(Library(), {element, "sun"}, " ").at(1) == "s V n");
         CHECK(SungByRules({element, "sun"}).at(1) == "s V n");
     }
+    std::string word;
+    for (int i = 0; i < 32; ++i)
+        word += "ba";
+    CHECK(Convert(Library(), {word + "sun"}, " ") == Convert(Library(), {word}, " ")); // 64 letters count
     std::string many;
     for (int i = 0; i < 400; ++i)
         many += "oh ";

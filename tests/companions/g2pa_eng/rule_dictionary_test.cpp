@@ -80,6 +80,8 @@ TEST_CASE("syllables: consonants divide by the spelling and by what English lets
     CHECK(Divided("s ih1 ng ih ng", {"sing", "ing"}) == "s ih1 ng|ih ng");
     CHECK(Divided("ih g z ae1 k t", {"ex", "act"}) == "ih g z|ae1 k t");
     CHECK(Divided("k ax m p y uw1 t er", {"com", "pu", "ter"}) == "k ax m|p y uw1|t er");
+    CHECK(Divided("ax k y uw1 z", {"ac", "cuse"}) == "ax|k y uw1 z");   // y goes with the u
+    CHECK(Divided("k ow hh ih1 r", {"coh", "ere"}) == "k ow|hh ih1 r"); // no syllable ends in h
     CHECK(Divided("l ae1 ng g w ih jh", {"lan", "guage"}) == "l ae1 ng|g w ih jh");
     CHECK(Divided("k w ay1 ax t", {"qui", "et"}) == "k w ay1|ax t");
 }

@@ -143,7 +143,7 @@ TEST_CASE("Japanese: romaji and kana of the same words give the same phonemes") 
         {"va vi vu kwa gwa", U"ヴァヴィヴくぁぐぁ"},
         {"she je che", U"しぇじぇちぇ"},
         {"KonNIchiwa", U"こんにちわ"},
-        {"konna", U"こんな"},
+        {"konna konnyaku", U"こんなこんにゃく"},
         {"hon'ya", U"ほんや"},
         {"honya", U"ほにゃ"},
         {"kinyou", U"きにょう"},

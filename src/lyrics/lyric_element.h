@@ -1,0 +1,111 @@
+#pragma once
+
+#include "torv/platform/platform.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace torv {
+
+/// The advancement that consonants get at first.
+inline constexpr int kDefaultAdvancement = 64;
+inline constexpr int kMaxPhonemeText = 16;
+inline constexpr int kMaxSyllableText = 32;
+
+/// The part of `length` that a share gives, cut to whole ticks; a share outside 0..1 or not finite counts as the
+/// nearest of the two.
+TORV_API DWORD ShareOf(DWORD length, float share);
+
+} // namespace torv
+
+/// One phoneme.
+struct tagPhonemeChara {
+    char text[torv::kMaxPhonemeText + 1];
+    BYTE advancement; ///< ticks by which a consonant is sung ahead of its note
+};
+
+/// Host record of one phoneme: a node of a chain.
+struct tagPhonemeCharaEx {
+    BYTE zero[2];
+    char text[torv::kMaxPhonemeText + 1];
+    BYTE advancement;
+    tagPhonemeCharaEx* next; ///< null for the last
+};
+static_assert(offsetof(tagPhonemeCharaEx, text) == 2 && offsetof(tagPhonemeCharaEx, advancement) == 19);
+static_assert(sizeof(void*) != 4 || (sizeof(tagPhonemeCharaEx) == 24 && offsetof(tagPhonemeCharaEx, next) == 20));
+static_assert(sizeof(void*) != 8 || sizeof(tagPhonemeCharaEx) == 32);
+
+/// Host record of one syllable. A first node without text means that there are no phonemes.
+struct tagLyricSyllable {
+    BYTE zero1[2];
+    char text[torv::kMaxSyllableText + 1];
+    BYTE zero2;
+    float deltaRate;
+    int phonemeEditMark;
+    tagPhonemeCharaEx firstPhoneme;
+};
+static_assert(offsetof(tagLyricSyllable, text) == 2 && offsetof(tagLyricSyllable, deltaRate) == 36 &&
+              offsetof(tagLyricSyllable, phonemeEditMark) == 40);
+static_assert(sizeof(void*) != 4 || (sizeof(tagLyricSyllable) == 68 && offsetof(tagLyricSyllable, firstPhoneme) == 44));
+static_assert(sizeof(void*) != 8 || sizeof(tagLyricSyllable) == 80);
+
+/// One syllable of a lyric: its text, its share of the note, its phonemes. Indexes out of range read as empty or 0 and
+/// write nothing. Null texts are empty.
+class TORV_API CLyricElement : public CObject {
+public:
+    CLyricElement();
+    explicit CLyricElement(CLyricElement* other);
+    CLyricElement(const CLyricElement&) = default;
+    CLyricElement& operator=(const CLyricElement&) = default;
+    ~CLyricElement() override;
+
+    void SetLyricString(const char* text) { m_strLyric = text; }
+    CString GetLyricString() const { return m_strLyric; }
+    int GetLyricStringLength() const { return m_strLyric.GetLength(); }
+
+    /// 0, and the old rate stays, for a rate above 1 or none at all.
+    int SetDeltaRate(float rate);
+    /// part / whole; 0 for a part above the whole. 0 of 0 is 0.
+    int SetDeltaRate(DWORD part, DWORD whole);
+    float GetDeltaRate() const { return m_fDeltaRate; }
+
+    /// Appends a phoneme, cut to 16 characters, without an advancement.
+    int AddPhonemeChara(const char* text);
+    const char* GetPhonemeChara(int index) const;
+    int GetPhonemeCharaCount() const { return static_cast<int>(m_phonemes.size()); }
+    /// All phonemes, with single blanks between them.
+    CString GetPhonemeString() const;
+    /// Replaces the phonemes by the string's, which blanks part; consonants get the default advancement.
+    int SetPhonemeString(const char* phonemes, int language);
+    int GetConsonantAdvancement(int index) const;
+    int SetConsonantAdvancement(int index, int value); ///< kept as a byte
+    int GetDefaultConsonantAdvancement(int index, int language) const;
+    /// Whether the phoneme is a consonant by itself, or beside any other phoneme of the syllable.
+    int IsConsonant(int index, int language) const;
+
+    /// Non-zero when a user edited the phonemes by hand.
+    int GetPhonemeEditMark() const { return m_nEditMark; }
+    void SetPhonemeEditMark(int mark) { m_nEditMark = mark; }
+
+    int ConstructParameter(const tagLyricSyllable* record);
+    /// Allocates the nodes after the first with new; free them with torv::ReleaseLyricSyllable.
+    int DescribeParameter(tagLyricSyllable* record) const;
+
+private:
+    friend class CLyricObject;
+    void SplitPhonemes(const char* phonemes);
+    void ScaleDeltaRate(float divisor) { m_fDeltaRate /= divisor; }
+    bool Has(int index) const { return index >= 0 && static_cast<size_t>(index) < m_phonemes.size(); }
+
+    CString m_strLyric;
+    float m_fDeltaRate = 0;
+    std::vector<tagPhonemeChara> m_phonemes;
+    int m_nEditMark = 0;
+};
+
+namespace torv {
+
+/// Frees the chain of a syllable's phonemes but for the first, which is part of the record.
+TORV_API void ReleaseLyricSyllable(tagLyricSyllable* record);
+
+} // namespace torv

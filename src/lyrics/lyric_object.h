@@ -1,0 +1,81 @@
+#pragma once
+
+#include "torv/lyrics/lyric_element.h"
+
+#include <memory>
+#include <vector>
+
+class CxTypedFile;
+
+/// Host record of a lyric. When the object describes itself the array is new[], with nodes of its own: free all of it
+/// with torv::ReleaseLyricRecord.
+struct tagLyricObject {
+    int count;
+    tagLyricSyllable* syllables;
+};
+static_assert(sizeof(void*) != 4 || sizeof(tagLyricObject) == 8);
+
+namespace torv {
+
+TORV_API void ReleaseLyricRecord(tagLyricObject* record);
+
+} // namespace torv
+
+/// A note's lyric: its syllables in order, which it owns. Texts are code page 932; languages are 0 Japanese and 1
+/// English. Results are 1 and 0.
+class TORV_API CLyricObject : public CObject {
+public:
+    CLyricObject();
+    explicit CLyricObject(CLyricObject* other);
+    CLyricObject(const CLyricObject&) = delete;
+    CLyricObject& operator=(const CLyricObject&) = delete;
+    ~CLyricObject() override;
+
+    /// The new element stays the object's. Null when memory is short.
+    CLyricElement* AddNewElement();
+    CLyricElement* AddNewElement(CLyricElement* model);
+    /// Takes the element over; an index out of range is the nearest end. 0 for null.
+    int InsertElementAt(int index, CLyricElement* element);
+    CLyricElement* GetElementAt(int index) const;
+    int GetElementCount() const { return static_cast<int>(m_elements.size()); }
+    /// Deletes an element and, with `share`, gives its part of the note to the others. 0 when there is none, and when
+    /// its part was the whole note: the others then keep theirs.
+    int RemoveElementAt(int index, int share);
+    void RemoveAll();
+
+    int GetPhonemeEditMark() const; ///< the first element's
+    void SetPhonemeEditMark(int mark);
+
+    /// From and into a section with the keys "L0", "L1", ...: text, phonemes, part and advancements parted by commas.
+    /// Reading appends, and stops at the first key that is missing or empty. A comma in a lyric moves the fields: the
+    /// form has no escape.
+    int ConstructParameter(CxTypedFile* file, const char* section);
+    int DescribeParameter(CxTypedFile* file, const char* section) const;
+    int ConstructParameter(const tagLyricObject* record);
+    int DescribeParameter(tagLyricObject* record) const;
+
+    /// What is sung where nothing is given; any other language counts as Japanese.
+    static const char* GetDefaultLyric(int language);
+    static const char* GetDefaultPhoneme(int language);
+    /// The default phoneme, whatever the lyric: real ones come from the transformer.
+    static int LyricToPhoneme(CString& phoneme, const char* lyric, int language);
+    /// Puts the first syllable of `lyric` into `syllable` and returns where the next one starts. For any other language
+    /// `lyric` comes back and the syllable is empty.
+    static const char* SyllabicateLyric(CString& syllable, const char* lyric, int language);
+    static const char* SyllabicateLyricJpn(CString& syllable, const char* lyric);
+    static const char* SyllabicateLyricEng(CString& syllable, const char* lyric);
+    /// Whether the first double-byte character is a vowel kana.
+    static int IsVowel(const char* text);
+    static int IsHiraVowel(unsigned int character); ///< the long mark and the nasal count
+    static int IsKanaVowel(unsigned int character); ///< the nasal counts, the long mark not
+
+protected:
+    static CString FormatParameter(const CLyricElement& element);
+    static void UnformatParameter(CLyricElement& element, const char* value);
+    int ShareDeltaRate(float rate);
+    /// Whether all elements agree in being edited or not.
+    int VerifyPhonemeEditMark() const;
+
+private:
+    std::vector<std::unique_ptr<CLyricElement>> m_elements;
+};

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "torv/score/csq_event.h"
+#include "torv/score/time_signature.h"
+
+class CIconObject;
+
+/// Any chart record; its first 16 bits are the type.
+struct tagChartSeqEvent {
+    tagEventHeader header;
+};
+
+/// Fills an empty track in time order and keeps its length. Icons and lyrics are attached to the track first; events
+/// then name them by their handles.
+class TORV_API CCsqBuilder : public CCsqEvent {
+public:
+    ~CCsqBuilder() override;
+
+    /// Attaches to the track; end clock 0, tempo 500000, 4/4.
+    int OpenBuffer(CSequenceObject* track);
+    /// Appends an event `delta` ticks after the last one; the track owns the record then. Notes, icon placements and
+    /// singer changes are taken, made by the functions below, and a null record; anything else gives 0.
+    int SetEvent(DWORD delta, tagChartSeqEvent* record);
+    /// Stores the end clock as the track's length and detaches.
+    int CloseBuffer();
+
+    /// Zeroed records of their kind; null when memory is short. They belong to the caller until they are set.
+    static tagCsqEventAnote* CreateNoteEvent();
+    static tagCsqEventAicon* CreateIconEvent();
+    static tagCsqEventSinger* CreateSingerEvent();
+    /// Attaches an icon to the track and returns its handle.
+    void* RegisterIconObject(CIconObject* icon);
+
+    DWORD GetEndClock() const { return m_dwEndClock; }
+
+private:
+    DWORD m_dwEndClock = 0;
+    DWORD m_dwTempo = torv::kDefaultTempo;
+    DWORD m_dwReserved = 0;
+    tagTimeSignature m_timeSignature;
+};

@@ -1,0 +1,328 @@
+#include "torv/score/csq_event.h"
+
+#include "torv/icons/icon_id.h"
+#include "torv/icons/icon_object.h"
+#include "torv/score/sequence_object.h"
+#include "torv/stream/event_pool.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+/// Bytes that a record of this type has; 0 for a type that is no chart event.
+DWORD RecordSize(int type) {
+    switch (type) {
+    case torv::kEventMidi:
+        return sizeof(tagCsqEventMidi);
+    case torv::kEventAicon:
+        return sizeof(tagCsqEventAicon);
+    case torv::kEventSinger:
+        return sizeof(tagCsqEventSinger);
+    case torv::kEventAnote:
+        return sizeof(tagCsqEventAnote);
+    default:
+        return 0;
+    }
+}
+
+void* PointerOf(DWORD handle) { return reinterpret_cast<void*>(static_cast<uintptr_t>(handle)); }
+
+} // namespace
+
+CCsqEvent::CCsqEvent() { InvalidateEvent(); }
+CCsqEvent::CCsqEvent(const CCsqEvent& other) : CObject(other) {
+    InvalidateEvent();
+    CsqCopy(other);
+}
+CCsqEvent& CCsqEvent::operator=(const CCsqEvent& other) {
+    if (this != &other)
+        CsqCopy(other);
+    return *this;
+}
+CCsqEvent::~CCsqEvent() = default;
+
+void CCsqEvent::CsqCopy(const CCsqEvent& other) {
+    Attach(other.m_pTrack);
+    m_nStatus = other.m_nStatus;
+    m_entry = other.m_entry;
+    m_record = other.m_record;
+}
+
+int CCsqEvent::Attach(CSequenceObject* track) {
+    if (m_pTrack || !track)
+        return 0;
+    m_pTrack = track;
+    m_pStream = track->GetEventBuffer();
+    SeekToBegin();
+    return 1;
+}
+
+void CCsqEvent::InvalidateEvent() {
+    std::memset(&m_record, 0, sizeof m_record);
+    m_entry = {};
+    m_nStatus = 0;
+}
+
+int CCsqEvent::ParseEvent(DWORD id) {
+    std::memset(&m_record, 0, sizeof m_record);
+    const tagEventHeader* const record = torv::EventRecordOf(id);
+    if (!record)
+        return 0;
+    std::memcpy(&m_record, record, std::min(RecordSize(record->type), torv::EventRecordSize(id)));
+    return record->type;
+}
+
+int CCsqEvent::Step(int (CStreamBuffer::*read)(void*), int edge) {
+    if (!m_pStream || !(m_pStream->*read)(&m_entry)) {
+        InvalidateEvent();
+        return m_nStatus = edge;
+    }
+    return m_nStatus = ParseEvent(m_entry.eventId);
+}
+
+int CCsqEvent::GetNext() { return Step(&CStreamBuffer::ReadNextEntry, torv::kEventEnd); }
+int CCsqEvent::GetPrev() { return Step(&CStreamBuffer::ReadPrevEntry, torv::kEventTop); }
+
+int CCsqEvent::GetNextOf(int type) {
+    int status;
+    do
+        status = CCsqEvent::GetNext();
+    while (status != type && status != torv::kEventEnd);
+    return status;
+}
+
+int CCsqEvent::GetPrevOf(int type) {
+    int status;
+    do
+        status = CCsqEvent::GetPrev();
+    while (status != type && status != torv::kEventTop);
+    return status;
+}
+
+int CCsqEvent::Insert(DWORD id, int after) {
+    if (!m_pStream || !torv::EventRecordOf(id))
+        return 0;
+    tagEventEntry entry{0, id};
+    if (!m_pStream->InsertEntry(&entry, after))
+        return 0;
+    m_entry = entry;
+    m_nStatus = ParseEvent(id);
+    m_pTrack->SetModify(1);
+    return 1;
+}
+
+int CCsqEvent::InsertNew(void* record, int after) {
+    const DWORD id = torv::EventIdOf(record);
+    const int inserted = id ? CCsqEvent::Insert(id, after) : 0;
+    if (!inserted)
+        torv::FreeEventRecord(id);
+    return inserted;
+}
+
+int CCsqEvent::InsertRecord(DWORD id, DWORD size, int after) {
+    return torv::EventRecordSize(id) >= size ? CCsqEvent::Insert(id, after) : 0;
+}
+
+void CCsqEvent::SeekToBegin() {
+    InvalidateEvent();
+    if (m_pStream)
+        m_pStream->SeekToBegin();
+    m_nStatus = torv::kEventTop;
+}
+
+void CCsqEvent::SeekToEnd() {
+    InvalidateEvent();
+    if (m_pStream)
+        m_pStream->SeekToEnd();
+    m_nStatus = torv::kEventEnd;
+}
+
+void CCsqEvent::ParseCurrent() {
+    InvalidateEvent();
+    tagLocateMarker here;
+    m_pStream->StoreLocation(&here);
+    if (here.state == torv::kCursorAtTop)
+        m_nStatus = torv::kEventTop;
+    else if (here.state == torv::kCursorAtEnd)
+        m_nStatus = torv::kEventEnd;
+    else if (here.state == torv::kCursorOnEntry && m_pStream->ReadEntry(&m_entry))
+        m_nStatus = ParseEvent(m_entry.eventId);
+}
+
+DWORD CCsqEvent::MoveTo(DWORD clock) {
+    if (!m_pStream)
+        return 0;
+    const DWORD reached = m_pStream->MoveTo(clock);
+    ParseCurrent();
+    return reached;
+}
+
+int CCsqEvent::MoveToFront() {
+    tagLocateMarker here;
+    if (!m_pStream || (m_pStream->StoreLocation(&here), here.state == torv::kCursorBetween ||
+                                                            here.state == torv::kCursorAtEnd))
+        return 1;
+    tagEventEntry entry;
+    while (m_pStream->ReadPrevEntry(&entry))
+        if (m_pStream->GetPosition() < here.clock) {
+            m_pStream->ReadNextEntry(&entry);
+            ParseCurrent();
+            return 1;
+        }
+    // Back at the top: the first event is the one in front, when it stands at this clock.
+    if (here.state == torv::kCursorOnEntry)
+        m_pStream->ReadNextEntry(&entry);
+    ParseCurrent();
+    return 1;
+}
+
+int CCsqEvent::MoveToRear() {
+    tagLocateMarker here;
+    if (!m_pStream || (m_pStream->StoreLocation(&here), here.state == torv::kCursorBetween ||
+                                                            here.state == torv::kCursorAtEnd))
+        return 1;
+    tagEventEntry entry;
+    bool isOnEvent = here.state == torv::kCursorOnEntry;
+    while (m_pStream->ReadNextEntry(&entry) && m_pStream->GetPosition() == here.clock)
+        isOnEvent = true;
+    // One step too far, onto a later event or the end; without any event at this clock that is where it stays.
+    tagLocateMarker beyond;
+    m_pStream->StoreLocation(&beyond);
+    if (isOnEvent || beyond.state == torv::kCursorOnEntry)
+        m_pStream->ReadPrevEntry(&entry);
+    ParseCurrent();
+    return 1;
+}
+
+int CCsqEvent::RemoveEntry() {
+    if (!m_pStream || !m_pStream->RemoveEntry())
+        return 0;
+    InvalidateEvent();
+    m_pTrack->SetModify(1);
+    return 1;
+}
+
+DWORD CCsqEvent::GetPosition() const { return m_pStream ? m_pStream->GetPosition() : 0; }
+int CCsqEvent::GetPosition(tagClockPosition* position) const {
+    return m_pStream ? m_pStream->GetPosition(position) : 0;
+}
+
+void CCsqEvent::StoreLocation(tagLocateMarker* marker) const {
+    if (m_pStream)
+        m_pStream->StoreLocation(marker);
+}
+
+void CCsqEvent::RestoreLocation(const tagLocateMarker* marker, int reread) {
+    if (!m_pStream)
+        return;
+    m_pStream->RestoreLocation(marker, reread);
+    InvalidateEvent();
+    if (reread)
+        ParseCurrent();
+}
+
+int CCsqEvent::IsValidEvent(WORD type, WORD status) const {
+    return m_record.header.type == type && (status == 0 || m_record.header.status == status);
+}
+
+tagCsqEventAnote* CCsqEvent::GetAnoteEventParam() { return IsValidEvent(torv::kEventAnote, 0) ? &m_record.note : nullptr; }
+tagCsqEventAicon* CCsqEvent::GetAiconEventParam() { return IsValidEvent(torv::kEventAicon, 0) ? &m_record.icon : nullptr; }
+tagCsqEventSinger* CCsqEvent::GetSingerEventParam() {
+    return IsValidEvent(torv::kEventSinger, 0) ? &m_record.singer : nullptr;
+}
+tagCsqEventMidi* CCsqEvent::GetMidiEventParam() { return IsValidEvent(torv::kEventMidi, 0) ? &m_record.midi : nullptr; }
+
+DWORD CCsqEvent::GetSequenceLength() const { return m_pTrack ? m_pTrack->GetLength() : 0; }
+
+DWORD CCsqEvent::SetSequenceLength(DWORD length) {
+    if (!m_pTrack)
+        return 0;
+    m_pTrack->SetLength(length);
+    return m_pTrack->GetLength();
+}
+
+DWORD CCsqEvent::CalcTotalClock() { return m_pStream ? m_pStream->GetStreamLength() : 0; }
+
+DWORD CCsqEvent::MeasureSequenceLength() {
+    if (!m_pStream)
+        return 0;
+    tagLocateMarker here;
+    m_pStream->StoreLocation(&here);
+    const Record cached = m_record;
+    DWORD longest = CalcTotalClock();
+    m_pStream->SeekToBegin();
+    tagEventEntry entry;
+    while (m_pStream->ReadNextEntry(&entry)) {
+        DWORD length = 0;
+        switch (ParseEvent(entry.eventId)) {
+        case torv::kEventAnote:
+            length = m_record.note.noteLength;
+            break;
+        case torv::kEventAicon:
+            length = IconLength(m_record.icon.iconHandle);
+            break;
+        case torv::kEventSinger:
+            length = IconLength(m_record.singer.iconHandle);
+            break;
+        default:
+            break;
+        }
+        longest = std::max(longest, m_pStream->GetPosition() + length);
+    }
+    m_record = cached;
+    m_pStream->RestoreLocation(&here, 1);
+    return longest;
+}
+
+int CCsqEvent::VerifyEventHeader(const tagEventHeader* header) const {
+    const tagEventHeader* const record = torv::EventRecordOf(m_entry.eventId);
+    return record && header && record->type == header->type && record->status == header->status &&
+           record->parameterSize == header->parameterSize;
+}
+
+int CCsqEvent::WriteRecord(int type, DWORD size) {
+    tagEventHeader* const stored = torv::EventRecordOf(m_entry.eventId);
+    if (!stored || torv::EventRecordSize(m_entry.eventId) < size || stored->type != type ||
+        m_record.header.type != type || m_record.header.status != stored->status)
+        return 0;
+    std::memcpy(stored, &m_record, size);
+    m_pTrack->SetModify(1);
+    return 1;
+}
+
+int CCsqEvent::RemoveRecord() {
+    const DWORD id = m_entry.eventId;
+    if (!RemoveEntry())
+        return 0;
+    torv::FreeEventRecord(id);
+    return 1;
+}
+
+void CCsqEvent::DeleteIcon(DWORD handle) {
+    if (handle)
+        m_pTrack->DetachIconObject(PointerOf(handle), 1);
+}
+
+void CCsqEvent::ReplaceIconHandle(DWORD& field, void* handle, int deleteOld) {
+    const DWORD replaced = static_cast<WORD>(reinterpret_cast<uintptr_t>(handle));
+    // The same handle again names the same object, which must not go.
+    if (deleteOld && field != replaced)
+        DeleteIcon(field);
+    field = replaced;
+}
+
+DWORD CCsqEvent::IconLength(DWORD handle) const {
+    const CIconObject* const icon = handle ? m_pTrack->LookupIconObject(PointerOf(handle)) : nullptr;
+    return icon ? icon->GetLength() : 0;
+}
+
+int CCsqEvent::SetIconLengthOf(DWORD handle, DWORD length) {
+    CIconObject* const icon = handle ? m_pTrack->LookupIconObject(PointerOf(handle)) : nullptr;
+    return icon ? icon->SetLength(length) : 0;
+}
+
+int CCsqEvent::IconStatusOf(void* handle) const {
+    const CIconObject* const icon = m_pTrack ? m_pTrack->LookupIconObject(handle) : nullptr;
+    return icon ? torv::StatusFromID(icon->GetIconID()) : 0;
+}

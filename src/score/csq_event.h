@@ -1,0 +1,105 @@
+#pragma once
+
+#include "torv/stream/chart_record.h"
+#include "torv/stream/stream_buffer.h"
+
+class CSequenceObject;
+
+/// A cursor over a track's chart. It attaches once and owns nothing. All cursors on one track share the track's one
+/// position: who walks inside another's walk stores the location first and restores it.
+///
+/// The status is the type of the current event, 241 before the first, 242 after the last, 0 between events.
+class TORV_API CCsqEvent : public CObject {
+public:
+    CCsqEvent();
+    CCsqEvent(const CCsqEvent& other);
+    /// Attaches to the other's track when detached, and takes its status, entry and cached record.
+    CCsqEvent& operator=(const CCsqEvent& other);
+    ~CCsqEvent() override;
+
+    /// Step and parse; the type of the event reached, or 242 / 241.
+    virtual int GetNext();
+    virtual int GetPrev();
+    /// Inserts an entry for a record of the event pool at the cursor and sets the track's modify flag.
+    virtual int Insert(DWORD id, int after);
+
+    /// Rewinds the track. 0 when attached already, or for null.
+    int Attach(CSequenceObject* track);
+    CSequenceObject* GetSequence() const { return m_pTrack; }
+    int GetStatus() const { return m_nStatus; }
+    DWORD GetEventID() const { return m_entry.eventId; }
+    tagEventEntry GetEntry() const { return m_entry; }
+
+    void SeekToBegin();
+    void SeekToEnd();
+    /// Moves to a time and returns the time reached; on an event it is parsed.
+    DWORD MoveTo(DWORD clock);
+    /// To the first (last) of the events at the current clock; nothing between events and at the end. 1.
+    int MoveToFront();
+    int MoveToRear();
+    /// Removes the current entry, but not its record, and sets the track's modify flag.
+    int RemoveEntry();
+    DWORD GetPosition() const;
+    int GetPosition(tagClockPosition* position) const;
+    void StoreLocation(tagLocateMarker* marker) const;
+    void RestoreLocation(const tagLocateMarker* marker, int reread);
+
+    /// Whether the cached record has this type and, when it is not 0, this status word.
+    int IsValidEvent(WORD type, WORD status) const;
+    /// The cached record as one of its kind; null when the current event is another kind.
+    tagCsqEventAnote* GetAnoteEventParam();
+    tagCsqEventAicon* GetAiconEventParam();
+    tagCsqEventSinger* GetSingerEventParam();
+    tagCsqEventMidi* GetMidiEventParam();
+
+    /// The track's stored length.
+    DWORD GetSequenceLength() const;
+    DWORD SetSequenceLength(DWORD length);
+    /// The latest end of any event in the chart: of notes with their lengths, of placements and singers with their icons'.
+    DWORD MeasureSequenceLength();
+
+protected:
+    /// Copies a record into the cache, as much as its type has; returns its type, 0 for an id that names nothing.
+    int ParseEvent(DWORD id);
+    void InvalidateEvent();
+    DWORD CalcTotalClock();
+    int VerifyEventHeader(const tagEventHeader* header) const;
+    void CsqCopy(const CCsqEvent& other);
+
+    /// Steps to the next (previous) event of one type, past all others.
+    int GetNextOf(int type);
+    int GetPrevOf(int type);
+    /// Inserts an entry for a new pool record; the record goes when that fails.
+    int InsertNew(void* record, int after);
+    /// Inserts, when the id's record has at least `size` bytes.
+    int InsertRecord(DWORD id, DWORD size, int after);
+    /// Copies the cached record over the stored one, when both are of `type` with the same status word.
+    int WriteRecord(int type, DWORD size);
+    /// Frees the current record, removes its entry and sets the track's modify flag.
+    int RemoveRecord();
+    /// Deletes the icon under a handle from the track; handle 0 is none.
+    void DeleteIcon(DWORD handle);
+    /// Writes `handle` into a handle field, and deletes the object under the old one when asked and it is another.
+    void ReplaceIconHandle(DWORD& field, void* handle, int deleteOld);
+    DWORD IconLength(DWORD handle) const;
+    int SetIconLengthOf(DWORD handle, DWORD length);
+    int IconStatusOf(void* handle) const;
+
+    union Record {
+        tagEventHeader header;
+        tagCsqEventAnote note;
+        tagCsqEventAicon icon;
+        tagCsqEventSinger singer;
+        tagCsqEventMidi midi;
+    };
+
+    CSequenceObject* m_pTrack = nullptr;
+    CStreamBuffer* m_pStream = nullptr;
+    int m_nStatus = 0;
+    tagEventEntry m_entry{};
+    Record m_record;
+
+private:
+    int Step(int (CStreamBuffer::*read)(void*), int edge);
+    void ParseCurrent();
+};

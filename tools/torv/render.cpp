@@ -1,0 +1,118 @@
+#include "render.h"
+
+#include <torv/torv.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+constexpr int kNoLoop = 0;
+
+/// A file that goes when it is not kept.
+class TemporaryFile {
+public:
+    explicit TemporaryFile(std::string path) : m_path(std::move(path)) { std::remove(m_path.c_str()); }
+    ~TemporaryFile() { std::remove(m_path.c_str()); }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    const std::string& Path() const { return m_path; }
+
+private:
+    std::string m_path;
+};
+
+struct TimeMapDeleter {
+    void operator()(tagSequenceTimeMap* map) const { torv::ReleaseSequenceTimeMap(map); }
+};
+
+std::unique_ptr<CQuillMidiBuffer> Encode(Score& score, DWORD presend) {
+    const std::unique_ptr<tagSequenceTimeMap, TimeMapDeleter> map(
+        CxQuillMidiEncoder::CreateSequenceTimeMap(score.song->GetMasterTrack()));
+    CxQuillMidiEncoder encoder;
+    encoder.SetPresendTime(presend);
+    tagQuillMidiEncodeStruct encode{score.track, map.get()};
+    std::unique_ptr<CQuillMidiBuffer> stream(encoder.EncodeSequenceTrack(&encode));
+    if (!stream)
+        throw std::bad_alloc();
+    return stream;
+}
+
+/// Has the engine sing a stream into `wave`, in mono.
+void Synthesize(CQuillMidiBuffer& stream, CWaveFile& wave, DWORD rate,
+                const std::function<void(double, double)>& progress) {
+    CRtSynthesis synthesis;
+    if (!synthesis.OpenSynthesizer())
+        throw InputError{"the voice engine RVE cannot be loaded or started: put it beside the program, or name its folder "
+                         "in TORV_LIBRARY_PATH"};
+    synthesis.SetMasterOutputChannels(1);
+    synthesis.SetProgressHandler([&progress](DWORD done, DWORD total) {
+        progress(done, total);
+        return true;
+    });
+    const int sung = synthesis.DoSynthesis(&stream, &wave, rate);
+    synthesis.CloseSynthesizer();
+    if (!sung)
+        throw InputError{"the voice engine RVE gave up while singing: it may be damaged or not fit this program"};
+}
+
+DWORD Sample16(float value, size_t& clipped) {
+    const double scaled = std::round(value * 32768.0);
+    const double cut = std::clamp(scaled, -32768.0, 32767.0);
+    if (cut != scaled)
+        ++clipped;
+    return static_cast<WORD>(static_cast<SHORT>(cut));
+}
+
+/// Copies what was sung from the file's time 0 on, with volume and pan.
+void Finish(CWaveFile& sung, const std::string& path, DWORD leadFrames, const RenderOptions& options,
+            RenderResult& result) {
+    CWaveFile wave(path.c_str());
+    WAVEFORMATEX format{};
+    sung.GetWaveFormat(format);
+    format.nChannels = options.stereo ? 2 : 1;
+    format.nBlockAlign = static_cast<WORD>(format.nChannels * 2);
+    format.nAvgBytesPerSec = format.nBlockAlign * format.nSamplesPerSec;
+    wave.SetWaveFormat(format);
+    sung.SetAmplitudes(options.volume, options.volume, options.pan);
+    sung.SetPlayDuration(std::min(leadFrames, sung.GetTotalSamples()), 0);
+    sung.SeekPlayPointer(0, 0);
+    float left;
+    float right;
+    while (sung.ReadSampleForPlay(left, right, kNoLoop)) {
+        const size_t before = result.clippedFrames;
+        const DWORD l = Sample16(left, result.clippedFrames);
+        const DWORD r = options.stereo ? Sample16(right, result.clippedFrames) : l;
+        result.clippedFrames = std::min(result.clippedFrames, before + 1);
+        wave.AppendSample(l, r);
+    }
+    result.seconds = static_cast<double>(wave.GetTotalSamples()) / format.nSamplesPerSec;
+    wave.Close();
+}
+
+} // namespace
+
+RenderResult Render(Score& score, const std::string& path, const RenderOptions& options,
+                    const std::function<void(double done, double total)>& progress) {
+    const std::unique_ptr<CQuillMidiBuffer> stream = Encode(score, options.presend);
+    const TemporaryFile sungFile(path + ".sung.part");
+    const TemporaryFile finished(path + ".part");
+    RenderResult result;
+    try {
+        CWaveFile sung(sungFile.Path().c_str());
+        Synthesize(*stream, sung, options.rate, progress);
+        const DWORD leadFrames =
+            static_cast<DWORD>(CRtSynthesis::RTS_MsToSample(score.leadMilliseconds, options.rate));
+        Finish(sung, finished.Path(), leadFrames, options, result);
+        sung.Close();
+    } catch (const CFileException& error) {
+        char reason[256] = "";
+        error.GetErrorMessage(reason, sizeof reason);
+        throw InputError{path + ": cannot be written (" + reason + "); check the folder and the free space"};
+    }
+    if (!torv::RenameOver(finished.Path().c_str(), path.c_str()))
+        throw InputError{path + ": cannot be replaced; is it open in another program?"};
+    return result;
+}
