@@ -1,0 +1,71 @@
+#pragma once
+
+#include "torv/platform/platform.h"
+
+#include <rve_abi.h>
+
+#include <memory>
+
+namespace torv {
+
+/// The engine library, loaded and bound: all eight entry points or nothing. Whoever holds it keeps it loaded.
+class EngineLibrary {
+public:
+    /// Null when there is no such library or one of its entry points is missing.
+    static std::shared_ptr<EngineLibrary> Load(const char* name);
+    ~EngineLibrary();
+    EngineLibrary(const EngineLibrary&) = delete;
+    EngineLibrary& operator=(const EngineLibrary&) = delete;
+
+    RVECreateProc Create = nullptr;
+    RVEDeleteProc Delete = nullptr;
+    RVESetStaticSettingProc SetStaticSetting = nullptr;
+    RVESetDynamicSettingProc SetDynamicSetting = nullptr;
+    RVEDoStepSynthesisProc DoStepSynthesis = nullptr;
+    RVEStartProc Start = nullptr;
+    RVEStopProc Stop = nullptr;
+    RVEResetProc Reset = nullptr;
+
+private:
+    explicit EngineLibrary(HMODULE module) : m_module(module) {}
+    bool Bind();
+
+    HMODULE m_module;
+};
+
+constexpr int kNoEngine = -2;
+/// What an engine's step is counted in, and what its static setting always says: 256 samples of 44.1 kHz.
+constexpr DWORD kStepSamples = 256;
+constexpr DWORD kEngineTimeBase = 44100;
+
+/// A new, configured instance's handle, or kNoEngine.
+int CreateEngine(const EngineLibrary& library, DWORD rate, const char* option);
+
+/// One engine instance, deleted with its holder; a started one is stopped first.
+class EngineInstance {
+public:
+    EngineInstance() = default;
+    /// Holds no engine when one cannot be made.
+    EngineInstance(std::shared_ptr<EngineLibrary> library, DWORD rate, const char* option);
+    EngineInstance(EngineInstance&& other) noexcept;
+    EngineInstance& operator=(EngineInstance&&) = delete;
+    ~EngineInstance();
+
+    explicit operator bool() const { return m_handle != kNoEngine; }
+    int Handle() const { return m_handle; }
+
+    void Start();
+    void Stop();
+    /// 0, or the engine's error code.
+    int Step(int count, const RVEEvent* events, RVEStepOutput& output) const {
+        return m_library->DoStepSynthesis(m_handle, count, events, &output);
+    }
+    int Reset() const { return m_library->Reset(m_handle); }
+
+private:
+    std::shared_ptr<EngineLibrary> m_library;
+    int m_handle = kNoEngine;
+    bool m_started = false;
+};
+
+} // namespace torv
