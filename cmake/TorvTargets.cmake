@@ -28,6 +28,12 @@ function(torv_add_companion name)
   set_target_properties(${name} PROPERTIES PREFIX "")
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/companions/include ${CMAKE_CURRENT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES})
+  # Where the library looks for companions: beside itself on Windows, in its folder of that name elsewhere.
+  if(WIN32)
+    install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR})
+  else()
+    install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/companions)
+  endif()
 endfunction()
 
 function(torv_add_test name)

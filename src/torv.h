@@ -25,5 +25,7 @@
 #include "torv/score/csq_event_anote.h"
 #include "torv/score/csq_event_midi.h"
 #include "torv/score/csq_event_singer.h"
+#include "torv/score/master_track.h"
 #include "torv/score/sequence.h"
+#include "torv/score/sequence_object.h"
 #include "torv/synthesis/rt_synthesis.h"

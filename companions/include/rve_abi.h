@@ -16,6 +16,8 @@
 extern "C" {
 #endif
 
+/* C, so typedef. NOLINTBEGIN(modernize-use-using) */
+
 /** Handed by value to RVESetStaticSetting. 20 bytes on 32-bit targets. */
 typedef struct RVEStaticSetting {
     uint32_t sampleRate; /**< output rate in Hz: 44100, 48000 or 96000 */
@@ -57,6 +59,8 @@ typedef int32_t(RVE_CALL* RVEDoStepSynthesisProc)(int32_t handle, int32_t count,
 typedef int32_t(RVE_CALL* RVEResetProc)(int32_t handle);
 typedef int32_t(RVE_CALL* RVEStopProc)(int32_t handle);
 typedef int32_t(RVE_CALL* RVEDeleteProc)(int32_t handle);
+
+/* NOLINTEND(modernize-use-using) */
 
 #ifdef __cplusplus
 }

@@ -62,6 +62,19 @@ int CWaveFile::Open(const CString& path) {
     return 1;
 }
 
+BOOL CWaveFile::Open(LPCSTR path, UINT /*flags*/, CFileException* error) {
+    try {
+        return CWaveFile::Open(CString(path));
+    } catch (const CFileException& thrown) {
+        if (error)
+            *error = thrown;
+    } catch (const CMemoryException&) {
+        if (error)
+            *error = CFileException(CFileException::generic, -1, path);
+    }
+    return FALSE;
+}
+
 void CWaveFile::OpenPath(const CString& path) {
     // A path that cannot be opened as it is becomes a new file.
     if (!CFile::Open(path, modeReadWrite | shareDenyNone)) {
@@ -69,7 +82,6 @@ void CWaveFile::OpenPath(const CString& path) {
         if (!CFile::Open(path, modeCreate | modeNoTruncate | modeReadWrite, &error))
             throw error;
     }
-    m_nNewFile = 0;
     m_bDirty = false;
     m_bHeaderStale = false;
     m_bWindowLoaded = false;
@@ -108,7 +120,9 @@ void CWaveFile::ReadHeader(const CString& path) {
 }
 
 void CWaveFile::WriteHeader() {
-    BYTE header[kHeaderBytes] = {'R', 'I', 'F', 'F', 0, 0, 0, 0, 'W', 'A', 'V', 'E', 'f', 'm', 't', ' ', 16};
+    BYTE header[kHeaderBytes] = {'R', 'I', 'F', 'F', 0, 0, 0, 0, 'W', 'A', 'V', 'E', 'f', 'm',
+                                 't', ' ', 16,  0,   0, 0, 0, 0, 0,   0,   0,   0,   0,   0,
+                                 0,   0,   0,   0,   0, 0, 0, 0, 'd', 'a', 't', 'a'};
     const auto put = [&header](DWORD at, DWORD width, DWORD value) { torv::StoreValue(header + at, width, value); };
     put(4, 4, m_dwDataBytes + kRiffOverhead);
     put(20, 2, m_Format.wFormatTag);
@@ -117,7 +131,6 @@ void CWaveFile::WriteHeader() {
     put(28, 4, m_Format.nAvgBytesPerSec);
     put(32, 2, m_Format.nBlockAlign);
     put(34, 2, m_Format.wBitsPerSample);
-    std::memcpy(header + 36, "data", 4);
     put(40, 4, m_dwDataBytes);
     CFile::Seek(0, begin);
     CFile::Write(header, kHeaderBytes);
@@ -142,14 +155,13 @@ void CWaveFile::SetDataBytes(DWORD bytes) {
     m_dwDataBytes = bytes;
     m_dwFrames = bytes / m_Format.nBlockAlign;
     m_dwPlayEnd = m_dwFrames;
-    m_nNewFile = bytes == 0;
 }
 
 void CWaveFile::Close() {
     if (m_hFile == hFileNull)
         return;
     try {
-        Flush();
+        CWaveFile::Flush();
     } catch (...) {
         CFile::Abort();
         m_pBuffer.reset();
@@ -223,7 +235,6 @@ int CWaveFile::AppendSample(DWORD left, DWORD right) {
     torv::StoreFrame(m_pBuffer.get() + (m_dwFrames - m_dwWindowFrame) * align, m_Format.nChannels, align,
                      {left, right});
     m_bDirty = true;
-    m_nNewFile = 0;
     ++m_dwFrames;
     m_dwDataBytes = m_dwFrames * align; // a broken frame at the data's end is written over
     m_dwPlayEnd = m_dwFrames;
@@ -240,8 +251,8 @@ int CWaveFile::ReadSample(DWORD& left, DWORD& right) {
     if (!m_bWindowLoaded || m_dwCurrentSample - m_dwWindowFrame >= m_dwBufferFrames)
         LoadWindow(m_dwCurrentSample);
     const DWORD align = m_Format.nBlockAlign;
-    const auto values = torv::LoadFrame(m_pBuffer.get() + (m_dwCurrentSample - m_dwWindowFrame) * align,
-                                        m_Format.nChannels, align);
+    const auto values =
+        torv::LoadFrame(m_pBuffer.get() + (m_dwCurrentSample - m_dwWindowFrame) * align, m_Format.nChannels, align);
     left = values.left;
     right = values.right;
     ++m_dwCurrentSample;

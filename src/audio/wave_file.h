@@ -29,6 +29,8 @@ public:
     /// Returns 1. Throws CFileException when it cannot be opened or is no wave file of this layout, CMemoryException
     /// when there is no room for the buffer; nothing is open then. A file that is open is closed first.
     int Open(const CString& path);
+    /// The same through the base, whatever the flags say; FALSE, and the error, instead of an exception.
+    BOOL Open(LPCSTR path, UINT flags, CFileException* error) override;
     /// Flushes and closes; harmless when nothing is open.
     void Close() override;
     /// Writes the buffered frames and the header.
@@ -47,7 +49,8 @@ public:
     /// Reads the frame at the current position and steps on; a mono file's value counts for both. Returns 1, or 0 with
     /// zeros at the end of the data.
     int ReadSample(DWORD& left, DWORD& right);
-    /// From the start (`whence` 0) or the current position (1), clamped to the data. Returns 1, or 0 for another whence.
+    /// From the start (`whence` 0) or the current position (1), clamped to the data. Returns 1, or 0 for another
+    /// whence.
     int SeekSample(LONG frame, int whence);
 
     void GetWaveFormat(WAVEFORMATEX& format) const { format = m_Format; }
@@ -57,8 +60,8 @@ public:
 
     /// Frames of silence before and after the data.
     void SetPrePostBlanks(DWORD leadIn, DWORD tail);
-    /// The frames to play, `end` excluded; an end of 0 keeps the old one. Appending moves the end to the data's.
-    void SetPlayDuration(DWORD start, DWORD end);
+    /// The frames to play, `endFrame` excluded; an end of 0 keeps the old one. Appending moves the end to the data's.
+    void SetPlayDuration(DWORD start, DWORD endFrame);
     DWORD GetPlayStartPosition() const { return m_dwPlayStart; }
     DWORD GetPlayEndPosition() const { return m_dwPlayEnd; }
     /// Length of the timeline in frames.
@@ -107,7 +110,6 @@ private:
 
     DWORD m_dwAskedFrames;
     WAVEFORMATEX m_Format;
-    int m_nNewFile = 0; ///< 1 while the file holds only a header
     DWORD m_dwDataBytes = 0;
     DWORD m_dwFrames = 0; ///< whole frames in the data
     DWORD m_dwCurrentSample = 0;

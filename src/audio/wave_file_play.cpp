@@ -27,10 +27,10 @@ void CWaveFile::SetPrePostBlanks(DWORD leadIn, DWORD tail) {
     SkipUnplayedFrames();
 }
 
-void CWaveFile::SetPlayDuration(DWORD start, DWORD end) {
+void CWaveFile::SetPlayDuration(DWORD start, DWORD endFrame) {
     m_dwPlayStart = start;
-    if (end != 0)
-        m_dwPlayEnd = end;
+    if (endFrame != 0)
+        m_dwPlayEnd = endFrame;
     SkipUnplayedFrames();
 }
 
@@ -57,8 +57,8 @@ int CWaveFile::ReadSampleForPlay(float& left, float& right, int loop) {
     left = 0;
     right = 0;
     const ULONGLONG dataEnd = static_cast<ULONGLONG>(m_dwLeadIn) + std::max(m_dwPlayStart, m_dwPlayEnd);
-    const ULONGLONG end = dataEnd + m_dwTail;
-    if (m_qwPlayPointer >= end) {
+    const ULONGLONG timelineEnd = dataEnd + m_dwTail;
+    if (m_qwPlayPointer >= timelineEnd) {
         if (!loop || GetPlaySamples() == 0)
             return 0;
         m_qwPlayPointer = 0;

@@ -22,7 +22,7 @@ void CWaveOut::SetPlayParameters(const CString& device, CWnd* window, UINT messa
     m_nLoop = loop;
 }
 
-double CWaveOut::ValidMasterPan(double pan) const { return m_wOutputChannels == 1 ? 0.0 : torv::ValidPan(pan); }
+double CWaveOut::ValidOutputPan(double pan) const { return m_wOutputChannels == 1 ? 0.0 : torv::ValidPan(pan); }
 
 void CWaveOut::UpdateMasterGains() {
     const auto gain = torv::GainsAt(m_dMasterVolumeL, m_dMasterVolumeR, m_dMasterPan);
@@ -31,7 +31,7 @@ void CWaveOut::UpdateMasterGains() {
 }
 
 void CWaveOut::SetMasterVolume(double volume, double pan) {
-    m_dMasterPan = ValidMasterPan(pan);
+    m_dMasterPan = ValidOutputPan(pan);
     SetMasterVolume(volume);
 }
 
@@ -42,7 +42,7 @@ void CWaveOut::SetMasterVolume(double volume) {
 }
 
 void CWaveOut::SetMasterPanpot(double pan) {
-    m_dMasterPan = ValidMasterPan(pan);
+    m_dMasterPan = ValidOutputPan(pan);
     UpdateMasterGains();
 }
 

@@ -35,7 +35,7 @@ public:
     void SetLoop(int loop) { m_nLoop = loop; }
 
 protected:
-    double ValidMasterPan(double pan) const;
+    double ValidOutputPan(double pan) const;
     void UpdateMasterGains();
     /// The rate of the output format and of the positions in messages.
     void SetOutputRate(DWORD rate);

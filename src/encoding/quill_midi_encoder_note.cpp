@@ -11,7 +11,6 @@
 #include "torv/score/sequence_object.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <new>
 
@@ -62,12 +61,6 @@ void FillTransition(tagQuillMidiOutNoteParam* note, CIconExpression* icon) {
 
 WORD CodeField(LONG code) { return code == kNoCode ? kNoIconCode : static_cast<WORD>(code); }
 BYTE ByteField(LONG value) { return torv::SevenBits(value); }
-
-/// A lyric element's share of a note, in ticks. Shares outside 0..1 count as the nearest of the two.
-DWORD SegmentLength(DWORD noteLength, float share) {
-    const double ratio = std::isfinite(share) ? std::clamp(static_cast<double>(share), 0.0, 1.0) : 0.0;
-    return static_cast<DWORD>(noteLength * ratio);
-}
 
 void FillPhonemes(tagQuillMidiNoteSegment& segment, CLyricElement* element) {
     std::fill(std::begin(segment.advancements), std::end(segment.advancements), kNoAdvancement);
@@ -212,7 +205,7 @@ void CxQuillMidiEncoder::SetNoteSegmentParam(tagQuillMidiOutNoteParam* note, con
         segment.startTime = before.startTime + before.durationTime;
     }
     const DWORD left = noteEnd > segment.startTick ? noteEnd - segment.startTick : 0;
-    const DWORD length = last ? left : std::min(left, SegmentLength(note->length, element->GetDeltaRate()));
+    const DWORD length = last ? left : std::min(left, torv::ShareOf(note->length, element->GetDeltaRate()));
     const DWORD end = segment.startTick + length;
     segment.lengthTicks = static_cast<WORD>(length);
     segment.durationTime = static_cast<WORD>(torv::SearchTimePosition(end, info->map, info->index) - segment.startTime);

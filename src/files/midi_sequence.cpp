@@ -129,9 +129,8 @@ int CxMidiSequence::Create(CxMidiSequence* other) {
     m_state = other->m_state;
     m_trackList.resize(other->m_trackList.size());
     m_state.trackList = m_trackList.data();
-    for (const auto& track : other->m_tracks) {
-        m_trackList[m_tracks.size()] = m_tracks.emplace_back(std::make_unique<CxMidiTrack>(*track))->GetState();
-    }
+    for (const auto& track : other->m_tracks)
+        TakeTrack(std::make_unique<CxMidiTrack>(*track));
     m_channelPass = other->m_channelPass;
     m_messagePass = other->m_messagePass;
     return 1;
@@ -154,6 +153,10 @@ CxMidiTrack* CxMidiSequence::AddNewTrack(const BYTE* data, DWORD size) {
         return nullptr;
     auto track = std::make_unique<CxMidiTrack>();
     track->Attach(data, size);
+    return TakeTrack(std::move(track));
+}
+
+CxMidiTrack* CxMidiSequence::TakeTrack(std::unique_ptr<CxMidiTrack> track) {
     m_trackList[m_tracks.size()] = track->GetState();
     return m_tracks.emplace_back(std::move(track)).get();
 }

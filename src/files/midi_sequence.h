@@ -82,6 +82,7 @@ public:
     static int GetMidiEventLength(int status) { return torv::MidiEventLength(status); }
 
 private:
+    CxMidiTrack* TakeTrack(std::unique_ptr<CxMidiTrack> track);
     bool Passes(const tagEvent& event) const;
 
     bool m_bCreated = false;

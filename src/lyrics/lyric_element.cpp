@@ -14,7 +14,7 @@ constexpr int kLongestChain = 65536; // a host's chain that is longer is a circl
 
 tagPhonemeChara MakePhoneme(const char* text) {
     tagPhonemeChara phoneme{};
-    std::strncpy(phoneme.text, text ? text : "", torv::kMaxPhonemeText);
+    torv::CopyText(phoneme.text, sizeof phoneme.text, text);
     return phoneme;
 }
 
@@ -142,7 +142,7 @@ int CLyricElement::DescribeParameter(tagLyricSyllable* record) const {
     if (!record)
         return 0;
     *record = {};
-    std::strncpy(record->text, m_strLyric, torv::kMaxSyllableText);
+    torv::CopyText(record->text, sizeof record->text, m_strLyric);
     record->deltaRate = m_fDeltaRate;
     record->phonemeEditMark = m_nEditMark;
     tagPhonemeCharaEx* node = &record->firstPhoneme;

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 namespace torv {
@@ -116,6 +117,13 @@ const char* FindChar932(const char* text, char c) {
         text = next;
     }
     return nullptr;
+}
+
+void CopyText(char* field, std::size_t size, const char* text) {
+    const std::size_t length = text ? strnlen(text, size - 1) : 0;
+    if (length > 0)
+        std::memcpy(field, text, length);
+    std::memset(field + length, 0, size - length);
 }
 
 } // namespace torv

@@ -3,6 +3,8 @@
 #include "torv/platform/afx/string.h"
 #include "torv/platform/export.h"
 
+#include <cstddef>
+
 /// Numbers as text and code page 932, both free of the process's locale: a host's setlocale must not turn 0.5 into
 /// "0,5", nor the machine's code page decide where a lyric's characters begin.
 namespace torv {
@@ -29,5 +31,9 @@ TORV_API const char* NextChar932(const char* text);
 /// The first character that is the single byte `c`; a double-byte character's bytes never match. Null when absent, and
 /// for the NUL, which ends the text and is not part of it.
 TORV_API const char* FindChar932(const char* text, char c);
+
+/// Copies as much of a text as a field of `size` bytes can hold with its NUL, and zeroes the rest of the field. Null texts
+/// are empty.
+TORV_API void CopyText(char* field, std::size_t size, const char* text);
 
 } // namespace torv

@@ -114,9 +114,7 @@ void CSequence::ClearAllModified() {
 }
 
 int CSequence::SetName(const char* name) {
-    std::memset(m_header.name, 0, sizeof m_header.name);
-    if (name)
-        std::strncpy(m_header.name, name, sizeof m_header.name - 1);
+    torv::CopyText(m_header.name, sizeof m_header.name, name);
     return 1;
 }
 

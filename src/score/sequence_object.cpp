@@ -202,7 +202,7 @@ int CSequenceObject::GetParameter(tagSequenceObject* record) const {
         return 0;
     *record = {};
     record->modify = m_nModify;
-    std::strncpy(record->name, m_strName, sizeof record->name - 1);
+    torv::CopyText(record->name, sizeof record->name, m_strName);
     record->color = m_dwColor;
     record->channel = m_nChannel;
     record->transpose = m_nTranspose;

@@ -55,6 +55,7 @@ public:
     int Handle() const { return m_handle; }
 
     void Start();
+    /// Harmless when not started.
     void Stop();
     /// 0, or the engine's error code.
     int Step(int count, const RVEEvent* events, RVEStepOutput& output) const {

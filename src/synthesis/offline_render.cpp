@@ -60,9 +60,7 @@ bool RenderOffline(EngineInstance& engine, CQuillMidiBuffer& stream, CWaveFile& 
         return !progress || progress(std::min(rendered, total), total);
     };
     engine.Start();
-    const bool done = RenderSteps(engine, feeder, file, rate, capacity, report);
-    engine.Stop();
-    return done;
+    return RenderSteps(engine, feeder, file, rate, capacity, report);
 }
 
 } // namespace torv

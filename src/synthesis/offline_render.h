@@ -13,8 +13,8 @@ using ProgressHandler = std::function<bool(DWORD renderedMs, DWORD totalMs)>;
 
 /// Steps the engine through the whole stream and appends what it sings to the file, the same samples that a real-time
 /// pass from the beginning makes. `rate` is the engine's and the file's, `capacity` a frame at that rate. False when
-/// the engine fails, the file takes no more, or the handler cancels; the engine is stopped in any case. File exceptions
-/// pass through.
+/// the engine fails, the file takes no more, or the handler cancels; the started engine stops with its
+/// holder. File exceptions pass through.
 bool RenderOffline(EngineInstance& engine, CQuillMidiBuffer& stream, CWaveFile& file, DWORD rate, DWORD capacity,
                    const ProgressHandler& progress);
 

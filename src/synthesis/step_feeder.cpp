@@ -77,7 +77,7 @@ void StepFeeder::StepProduced(const short* samples, DWORD count) {
 bool StepFeeder::Finished() const {
     if (!m_ended || m_clock < m_lastSample)
         return false;
-    return m_silent || m_clock - m_lastSample >= kEngineTimeBase;
+    return m_silent || m_clock + kStepSamples - m_lastSample > kEngineTimeBase;
 }
 
 } // namespace torv

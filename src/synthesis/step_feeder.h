@@ -8,9 +8,7 @@
 namespace torv {
 
 /// Milliseconds to samples: truncated, in double precision and in this order.
-inline LONGLONG MsToSample(DWORD milliseconds, DWORD rate) {
-    return TruncateToInt64((milliseconds * 0.001) * rate);
-}
+inline LONGLONG MsToSample(DWORD milliseconds, DWORD rate) { return TruncateToInt64((milliseconds * 0.001) * rate); }
 
 /// Cuts an engine stream into steps: the event records that fall into each 256 samples of the engine's time base. The
 /// same walk offline and in real time, so that both hand the same records to the engine. One thread at a time; once
@@ -34,7 +32,8 @@ public:
     LONGLONG Clock() const { return m_clock; }
     /// The last entry has been handed over.
     bool EntriesEnded() const { return m_ended; }
-    /// Entries, the stream's last time and the sound after it have passed: a step there was silent, or a second went by.
+    /// Entries, the stream's last time and the sound after it have passed: the step there was silent, or one more would
+    /// pass a whole second.
     bool Finished() const;
 
 private:

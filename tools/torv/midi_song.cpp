@@ -97,7 +97,7 @@ void Reader::ReadTrack(size_t number, unsigned char* data, size_t size) {
         clock += event.delta;
         tick = scale(clock);
         const int channel = event.status & 0x0F;
-        const std::string text(reinterpret_cast<const char*>(event.data), event.data ? event.length : 0);
+        const std::string text(reinterpret_cast<const char*>(event.bytes), event.bytes ? event.length : 0);
         const auto byte = [&](size_t i) { return static_cast<unsigned char>(text[i]); };
         if ((event.status & 0xF0) == 0x90 && event.data2 > 0) {
             channels[static_cast<size_t>(channel)].Start(tick, event.data1 & 0x7F, event.data2 & 0x7F);
@@ -115,7 +115,7 @@ void Reader::ReadTrack(size_t number, unsigned char* data, size_t size) {
                 signatures[tick] = {tick, byte(0), byte(1)};
         }
     }
-    if (!ended && parser.HasError())
+    if (!ended && (parser.GetState()->flags & torv::kMidiTrackError))
         Fail(path, "track " + std::to_string(number) + " is broken after tick " + std::to_string(clock) +
                        ": the file is damaged or cut short; export it again");
     song.end = std::max(song.end, tick);

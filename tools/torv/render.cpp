@@ -104,7 +104,7 @@ RenderResult Render(Score& score, const std::string& path, const RenderOptions& 
         CWaveFile sung(sungFile.Path().c_str());
         Synthesize(*stream, sung, options.rate, progress);
         const DWORD leadFrames =
-            static_cast<DWORD>(CRtSynthesis::RTS_MsToSample(score.leadMilliseconds, options.rate));
+            static_cast<DWORD>(static_cast<uint64_t>(score.leadMilliseconds) * options.rate / 1000);
         Finish(sung, finished.Path(), leadFrames, options, result);
         sung.Close();
     } catch (const CFileException& error) {

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string_view>
+
+namespace rve {
+
+/// How a sound is made.
+enum class Manner { Vowel, Nasal, Glide, Tap, Fricative, Plosive, Affricate, Aspirate, Breath };
+
+/// Voices that vowels are tabled for.
+enum class Tract { Man, Woman, Child };
+inline constexpr int kTracts = 3;
+inline constexpr int kFormants = 4;
+
+/// Centre frequencies of the first three formants in Hz, one row for each tract.
+struct VowelFormants {
+    float hz[kTracts][3];
+};
+
+/// One symbol of the engine's alphabet. Vowels have formants, diphthongs a second set that they end on; consonants have
+/// the formants of their place (of a man's tract) and, when they hiss, a band of noise.
+struct Phoneme {
+    const char* symbol;
+    Manner manner;
+    bool voiced;
+    const VowelFormants* from; ///< vowels
+    const VowelFormants* to;   ///< where a diphthong ends, else null
+    float locus[3];            ///< consonants: Hz
+    float noiseHz;
+    float noiseBandwidth;
+    float noiseLevel; ///< 0..1, relative to the loudest fricative
+};
+
+inline bool IsVowel(const Phoneme& phoneme) { return phoneme.manner == Manner::Vowel; }
+/// Sounds that can carry a syllable when there is no vowel.
+inline bool IsSonorant(const Phoneme& phoneme) {
+    return phoneme.voiced && (phoneme.manner == Manner::Nasal || phoneme.manner == Manner::Glide);
+}
+
+/// The symbol as the language (0 Japanese, 1 English) has it, else as the other one does; null for an unknown symbol.
+const Phoneme* FindPhoneme(std::string_view symbol, int language);
+/// The longest symbol that the text begins with; null when there is none.
+const Phoneme* FindLongest(std::string_view text, int language, size_t& length);
+
+} // namespace rve

@@ -1,0 +1,327 @@
+#include "singer.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace rve {
+
+namespace {
+
+constexpr uint32_t kRates[] = {44100, 48000, 96000};
+constexpr int kStep = 256;
+constexpr uint32_t kSeed = 0x2545F491;
+
+constexpr float kLevel = 0.16F;          // what a vowel at default dynamics is scaled to
+constexpr float kDynamicsDb = 0.25F;     // a unit of dynamics
+constexpr float kVelocityDb = 0.12F;     // a unit of velocity
+constexpr int kDefaultDynamics = 72;
+constexpr int kDefaultVelocity = 64;
+constexpr float kHissLevel = 0.55F;
+constexpr float kAspirationLevel = 0.10F;
+constexpr Time kSafetyTail = FromMilliseconds(60); // a segment that promised to go on and did not
+constexpr float kQuiet = 1e-5F;
+
+float FromDb(float db) { return std::exp2(db * 0.166096F); }
+
+/// Icon styles by the low byte of their code: 1 stretches a shape, 2 tightens it.
+float StyleTime(const Shape& shape, float gentle, float strong) {
+    return shape.style == 1 ? gentle : shape.style == 2 ? strong : 1.0F;
+}
+
+float Smoothstep(float x) {
+    x = std::clamp(x, 0.0F, 1.0F);
+    return x * x * (3 - 2 * x);
+}
+
+/// Full scale is approached, never reached: the upper quarter bends.
+float Limit(float x) {
+    constexpr float kKnee = 0.75F;
+    const float size = std::abs(x);
+    if (size <= kKnee)
+        return x;
+    const float over = size - kKnee;
+    return std::copysign(kKnee + over / (1 + over / (0.99F - kKnee)), x);
+}
+
+} // namespace
+
+Singer::Singer() { Reset(); }
+
+bool Singer::Configure(uint32_t rate) {
+    if (std::find(std::begin(kRates), std::end(kRates), rate) == std::end(kRates))
+        return false;
+    m_rate = rate;
+    Reset();
+    return true;
+}
+
+void Singer::Reset() {
+    m_stepStart = 0;
+    m_steps = 0;
+    m_sampleInStep = 0;
+    m_untilTick = 0;
+    m_decoder.Reset();
+    m_timeline.Clear();
+    m_controls.fill(64);
+    m_controls[static_cast<size_t>(Control::Program)] = 0;
+    m_controls[static_cast<size_t>(Control::Language)] = 0;
+    m_controls[static_cast<size_t>(Control::PitchBend)] = 8192;
+    m_controls[static_cast<size_t>(Control::BendSensitivity)] = 2;
+    m_controls[static_cast<size_t>(Control::Dynamics)] = kDefaultDynamics;
+    m_controls[static_cast<size_t>(Control::VibratoDepth)] = 48;
+    m_controls[static_cast<size_t>(Control::TremoloDepth)] = 0;
+    m_program = 0;
+    m_currentStart = -1;
+    m_vowel = nullptr;
+    m_fromNote = m_toNote = 60;
+    m_glideStart = 0;
+    m_glideLength = 1;
+    m_vibratoOn = false;
+    m_vibratoEnd = 0;
+    m_vibratoEnvelope = 0;
+    m_vibratoPhase = 0;
+    m_gain = m_voicing = m_aspiration = m_noise = {};
+    m_voicingNow = m_aspirationNow = m_noiseNow = m_breathNow = 0;
+    m_voicingStep = m_aspirationStep = m_noiseStep = 0;
+    m_hz = {{{500}, {1500}, {2500}, {3500}}};
+    m_bandwidth = {{{70}, {90}, {130}, {200}}};
+    m_noiseHz = {4000};
+    m_noiseBandwidth = {2000};
+    m_boost = {{{1}, {1}, {1}, {1}}};
+    m_tilt = 1;
+    m_tiltState = m_shelf = m_shelfState = 0;
+    m_tiltHz = {2500};
+    m_shelfGain = {0};
+    m_glottis.Reset();
+    m_random.Reset(kSeed);
+    m_tract.Reset();
+    m_hiss.Reset();
+}
+
+float Singer::VoiceControl(int index) const {
+    const int value = m_controls[static_cast<size_t>(Control::FirstVoiceControl) + static_cast<size_t>(index)];
+    return std::clamp(static_cast<float>(value - 64) / 63.0F, -1.0F, 1.0F);
+}
+
+float Singer::Pace(float milliseconds) const {
+    return std::min(1.0F, 1 - std::exp(-static_cast<float>(kTickSamples * 1000 / m_rate) / milliseconds));
+}
+
+uint32_t Singer::Step(int32_t eventCount, const RVEEvent* events, int16_t* samples, uint32_t capacity) {
+    for (int32_t i = 0; i < eventCount; ++i) {
+        const RVEEvent& event = events[i];
+        const Time now = m_stepStart + std::min<uint32_t>(event.delta, kStep - 1);
+        m_decoder.Message(
+            event.status, event.data1, event.data2, now, [this](const Segment& segment) { m_timeline.Add(segment); },
+            [this](const ControlChange& change) {
+                if (const ControlChange* const dropped = m_timeline.Add(change))
+                    Apply(*dropped);
+            });
+    }
+    // The step's share of samples at the output rate, so that no fraction is ever lost.
+    const auto samplesUntil = [this](uint64_t steps) {
+        return steps * kStep * static_cast<uint64_t>(m_rate) / static_cast<uint64_t>(kTimeBase);
+    };
+    const auto count = static_cast<uint32_t>(samplesUntil(m_steps + 1) - samplesUntil(m_steps));
+    for (m_sampleInStep = 0; m_sampleInStep < count; ++m_sampleInStep) {
+        if (m_untilTick == 0) {
+            Tick();
+            m_untilTick = kTickSamples;
+        }
+        --m_untilTick;
+        const float sample = Limit(NextSample()) * 32767.0F;
+        if (m_sampleInStep < capacity)
+            samples[m_sampleInStep] = static_cast<int16_t>(std::lrint(sample));
+    }
+    ++m_steps;
+    m_stepStart += kStep;
+    return std::min(count, capacity);
+}
+
+const Segment* Singer::FindCurrent(Time now) {
+    int current = -1;
+    while (current + 1 < m_timeline.SegmentCount() && m_timeline.SegmentAt(current + 1).Onset() <= now)
+        ++current;
+    if (current < 0)
+        return nullptr;
+    m_timeline.DropSegments(current);
+    const Segment& segment = m_timeline.SegmentAt(0);
+    if (segment.start != m_currentStart)
+        BeginSegment(segment);
+    if (now < segment.end + (segment.ends ? 0 : kSafetyTail))
+        return &segment;
+    // Over, and nothing follows yet: it stays as the place to start from until its release has rung out.
+    return nullptr;
+}
+
+void Singer::BeginSegment(const Segment& segment) {
+    m_currentStart = segment.start;
+    if (const Phoneme* const nucleus = NucleusOf(segment))
+        m_vowel = nucleus;
+    const auto note = static_cast<float>(segment.note);
+    const bool silent = m_voicing.value < 0.01F;
+    m_fromNote = silent ? note : m_toNote;
+    m_toNote = note;
+    float milliseconds = segment.begins ? 30.0F : 70.0F;
+    if (segment.transition.present)
+        milliseconds = (10 + 1.5F * segment.transition.duration) * StyleTime(segment.transition, 2.0F, 0.4F);
+    m_glideLength = std::max<Time>(FromMilliseconds(milliseconds), 1);
+    m_glideStart = segment.start - m_glideLength / 2;
+    m_vibratoOn = m_vibratoOn && !segment.begins;
+    if (segment.vibrato)
+        m_vibratoEnd = segment.vibratoEnd;
+}
+
+/// The note's own loudness, 0..1 and a little more at a strong attack.
+float Singer::Envelope(const Segment* segment, Time now) {
+    if (!segment)
+        return 0;
+    float level = 1;
+    if (segment->begins) {
+        const bool voicedOnset = segment->unitCount > 0 && IsSonorant(*segment->units[0].phoneme);
+        const Time from = voicedOnset ? segment->Onset() : segment->start;
+        const float attack = segment->attack.present
+                                 ? (4 + 0.8F * segment->attack.duration) * StyleTime(segment->attack, 2.5F, 0.3F)
+                                 : 8.0F;
+        const auto into = static_cast<float>(static_cast<double>(now - from) / kTimeBase * 1000);
+        level = into < 0 ? 1.0F : 0.15F + 0.85F * Smoothstep(into / attack);
+        if (segment->attack.present && segment->attack.style == 2 && into >= 0)
+            level *= FromDb(6.0F * segment->attack.depth / 127.0F * std::exp(-into / 90.0F));
+    }
+    return level;
+}
+
+float Singer::Pitch(const Segment* segment, Time now) {
+    const float progress = static_cast<float>(now - m_glideStart) / static_cast<float>(m_glideLength);
+    float note = m_fromNote + (m_toNote - m_fromNote) * Smoothstep(progress);
+    if (segment && segment->begins && segment->attack.present) { // a scoop from below
+        const float length = 20 + 0.8F * segment->attack.duration;
+        const auto into = static_cast<float>(static_cast<double>(now - segment->start) / kTimeBase * 1000);
+        note -= 0.8F * segment->attack.depth / 127.0F * (1 - Smoothstep(into / length));
+    }
+    const float bend = static_cast<float>(ControlValue(Control::PitchBend) - 8192) / 8192.0F;
+    note += bend * static_cast<float>(ControlValue(Control::BendSensitivity));
+
+    if (segment && segment->vibrato && now >= segment->vibratoBegin)
+        m_vibratoOn = true;
+    if (m_vibratoOn && now >= m_vibratoEnd)
+        m_vibratoOn = false;
+    m_vibratoEnvelope += ((m_vibratoOn ? 1.0F : 0.0F) - m_vibratoEnvelope) * Pace(60);
+    const float hz = 3.0F + 0.04F * static_cast<float>(ControlValue(Control::VibratoRate));
+    m_vibratoPhase += hz * kTickSamples / m_rate;
+    m_vibratoPhase -= std::floor(m_vibratoPhase);
+    if (m_vibratoEnvelope > 1e-3F) {
+        const float cents = m_vibratoEnvelope * static_cast<float>(ControlValue(Control::VibratoDepth));
+        note += cents / 100 * static_cast<float>(std::sin(6.283185307 * m_vibratoPhase));
+    }
+    return 440.0F * std::exp2((note - 69) / 12);
+}
+
+void Singer::MoveTract(const Target& target, float f0) {
+    const float pace = Pace(14);
+    const float gender = std::exp2(0.25F * VoiceControl(16));
+    const float sharpness = std::exp2(-0.5F * VoiceControl(15));
+    for (int i = 0; i < kFormants; ++i) {
+        const auto f = static_cast<size_t>(i);
+        float hz = target.hz[f] * gender * std::exp2(0.25F * VoiceControl(i * 3));
+        if (i == 0)
+            hz = std::max(hz, f0 * 1.02F); // singers lift the first formant to a high note
+        if (i == 1)
+            hz = std::max(hz, m_hz[0].value * 1.1F);
+        m_hz[f].Approach(hz, pace);
+        m_bandwidth[f].Approach(target.bandwidth[f] * sharpness * std::exp2(VoiceControl(i * 3 + 1)), pace);
+        m_boost[f].Approach(FromDb(12 * VoiceControl(i * 3 + 2)), pace);
+        m_tract.Set(i, m_hz[f].value, m_bandwidth[f].value, static_cast<float>(m_rate));
+        m_tract.SetBoost(i, m_boost[f].value);
+    }
+    m_tract.Set(kFormants, 4900 * gender, 400, static_cast<float>(m_rate));
+    if (target.noise > 0) {
+        const float noisePace = m_noise.value < 0.01F ? 1.0F : Pace(6);
+        m_noiseHz.Approach(target.noiseHz, noisePace);
+        m_noiseBandwidth.Approach(target.noiseBandwidth, noisePace);
+    }
+    m_hiss.Set(m_noiseHz.value, m_noiseBandwidth.value, static_cast<float>(m_rate));
+}
+
+void Singer::Tick() {
+    const Time now = m_stepStart + static_cast<Time>(m_sampleInStep * kTimeBase / m_rate);
+    while (const ControlChange* const change = m_timeline.TakeDue(now))
+        Apply(*change);
+    const Voice& voice = VoiceOf(ControlValue(Control::Program));
+    const Segment* const segment = FindCurrent(now);
+
+    Target target;
+    float release = 25;
+    if (segment) {
+        target = AimAt(*segment, now, voice, m_vowel);
+    } else {
+        for (size_t i = 0; i < kFormants; ++i) {
+            target.hz[i] = m_hz[i].value;
+            target.bandwidth[i] = m_bandwidth[i].value;
+        }
+        if (m_timeline.SegmentCount() > 0 && m_timeline.SegmentAt(0).release.present) {
+            const Shape& shape = m_timeline.SegmentAt(0).release;
+            release = (15 + 0.9F * shape.duration) * StyleTime(shape, 2.0F, 0.25F);
+        }
+    }
+    const float f0 = Pitch(segment, now);
+    m_glottis.SetFrequency(std::min(f0, static_cast<float>(m_rate) * 0.45F) / static_cast<float>(m_rate));
+    MoveTract(target, f0);
+
+    const int velocity = segment ? segment->velocity : kDefaultVelocity;
+    const int dynamics = ControlValue(Control::Dynamics);
+    const float gain = FromDb(kDynamicsDb * static_cast<float>(dynamics - kDefaultDynamics) +
+                              (segment ? kVelocityDb * static_cast<float>(velocity - kDefaultVelocity) : 0));
+    const float tremolo = 0.6F * static_cast<float>(ControlValue(Control::TremoloDepth)) / 127.0F;
+    const float wave = 1 + tremolo * static_cast<float>(std::sin(6.283185307 * m_vibratoPhase));
+    if (segment)
+        m_gain.Approach(gain * wave, m_gain.value == 0 ? 1.0F : Pace(10));
+    else
+        m_gain.Approach(m_gain.value, 1);
+
+    const float envelope = Envelope(segment, now);
+    const bool rising = target.voicing * envelope > m_voicing.value;
+    m_voicing.Approach(target.voicing * envelope, Pace(segment ? (rising ? 3.0F : 6.0F) : release / 3));
+    m_aspiration.Approach(target.aspiration, Pace(6));
+    m_noise.Approach(target.noise, Pace(target.noise > m_noise.value ? 3.0F : 5.0F));
+    for (Smoothed* level : {&m_voicing, &m_aspiration, &m_noise})
+        if (!segment && level->value < kQuiet * 10)
+            level->value = 0;
+    if (!segment && m_voicing.value == 0 && m_aspiration.value == 0 && m_noise.value == 0) {
+        m_gain.value = 0;
+        m_timeline.DropSegments(m_timeline.SegmentCount() > 0 && m_timeline.SegmentAt(0).Onset() <= now ? 1 : 0);
+    }
+
+    // Levels move in a line through the tick, so that no controller makes a step.
+    const float clearness = FromDb(6 * VoiceControl(15));
+    const float perSample = 1.0F / kTickSamples;
+    m_voicingStep = (m_voicing.value * m_gain.value * kLevel - m_voicingNow) * perSample;
+    m_aspirationStep = (m_aspiration.value * m_gain.value * kAspirationLevel - m_aspirationNow) * perSample;
+    m_noiseStep = (m_noise.value * m_gain.value * kHissLevel * kLevel * clearness - m_noiseNow) * perSample;
+    m_breathNow = voice.breath * (VoiceControl(13) < 0 ? 1 + VoiceControl(13) : 1 + 7 * VoiceControl(13));
+
+    // Louder singing is brighter singing.
+    const float effort = std::exp2(static_cast<float>(dynamics - kDefaultDynamics) / 80.0F + 1.2F * VoiceControl(12));
+    m_tiltHz.Approach(voice.tiltHz * effort, Pace(15));
+    m_tilt = 1 - std::exp(-6.2831853F * std::min(m_tiltHz.value, 15000.0F) / static_cast<float>(m_rate));
+    m_shelfGain.Approach(FromDb(9 * VoiceControl(14)) - 1, Pace(15));
+    m_shelf = 1 - std::exp(-6.2831853F * 2500.0F / static_cast<float>(m_rate));
+}
+
+float Singer::NextSample() {
+    m_voicingNow += m_voicingStep;
+    m_aspirationNow += m_aspirationStep;
+    m_noiseNow += m_noiseStep;
+    if (m_voicingNow < kQuiet * 0.01F && m_aspirationNow < kQuiet * 0.01F && m_noiseNow < kQuiet * 0.01F &&
+        m_gain.value == 0)
+        m_voicingNow = m_aspirationNow = m_noiseNow = 0;
+    const float white = m_random.Next();
+    const float pulse = m_glottis.Next() + white * m_breathNow * m_glottis.Openness();
+    m_tiltState += (pulse - m_tiltState) * m_tilt;
+    float sound = m_tract.Next(m_tiltState * m_voicingNow * 4 + white * m_aspirationNow);
+    sound += m_hiss.Next(white) * m_noiseNow * 2;
+    m_shelfState += (sound - m_shelfState) * m_shelf;
+    return sound + (sound - m_shelfState) * m_shelfGain.value;
+}
+
+} // namespace rve

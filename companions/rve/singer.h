@@ -1,0 +1,88 @@
+#pragma once
+
+#include "articulator.h"
+#include "block_decoder.h"
+#include "glottis.h"
+#include "rve_abi.h"
+#include "timeline.h"
+#include "tract.h"
+
+#include <array>
+#include <cstdint>
+
+namespace rve {
+
+/// One instance of the engine. Everything it needs is inside it: stepping neither allocates nor locks.
+class Singer {
+public:
+    Singer();
+    /// False for a rate that is none of the engine's three.
+    bool Configure(uint32_t rate);
+    bool IsConfigured() const { return m_rate > 0; }
+    /// Back to time 0, with the default parameters and nothing to sing.
+    void Reset();
+    /// One step of 256 samples of the 44.1 kHz time base; returns the samples written, at most `capacity`.
+    uint32_t Step(int32_t eventCount, const RVEEvent* events, int16_t* samples, uint32_t capacity);
+
+private:
+    static constexpr int kTickSamples = 32; ///< how often the parameters move, in output samples
+
+    struct Smoothed {
+        float value = 0;
+        /// Towards the target by the share `pace`.
+        void Approach(float target, float pace) { value += (target - value) * pace; }
+    };
+
+    int ControlValue(Control control) const { return m_controls[static_cast<size_t>(control)]; }
+    /// A voice control as -1..1 around its middle.
+    float VoiceControl(int index) const;
+    void Apply(const ControlChange& change) { m_controls[change.control] = change.value; }
+    void Tick();
+    /// The segment that sounds now, or null; what is over is dropped.
+    const Segment* FindCurrent(Time now);
+    void BeginSegment(const Segment& segment);
+    float Envelope(const Segment* segment, Time now);
+    float Pitch(const Segment* segment, Time now);
+    void MoveTract(const Target& target, float f0);
+    float NextSample();
+    float Pace(float milliseconds) const;
+
+    double m_rate = 0;
+    Time m_stepStart = 0;
+    uint64_t m_steps = 0;
+    uint32_t m_sampleInStep = 0;
+    int m_untilTick = 0;
+
+    BlockDecoder m_decoder;
+    Timeline m_timeline;
+    std::array<int16_t, kControls> m_controls{};
+    int m_program = 0;
+
+    Time m_currentStart = -1; ///< identifies the segment that was begun
+    const Phoneme* m_vowel = nullptr;
+    float m_fromNote = 60;
+    float m_toNote = 60;
+    Time m_glideStart = 0;
+    Time m_glideLength = 1;
+    bool m_vibratoOn = false;
+    Time m_vibratoEnd = 0;
+    float m_vibratoEnvelope = 0;
+    double m_vibratoPhase = 0;
+
+    Smoothed m_gain, m_voicing, m_aspiration, m_noise;
+    float m_voicingNow = 0, m_aspirationNow = 0, m_noiseNow = 0, m_breathNow = 0; ///< ramped within a tick
+    float m_voicingStep = 0, m_aspirationStep = 0, m_noiseStep = 0;
+    std::array<Smoothed, kFormants> m_hz, m_bandwidth;
+    Smoothed m_noiseHz, m_noiseBandwidth;
+    std::array<Smoothed, kFormants> m_boost;
+    float m_tilt = 1, m_tiltState = 0;
+    float m_shelf = 0, m_shelfState = 0;
+    Smoothed m_tiltHz, m_shelfGain;
+
+    Glottis m_glottis;
+    Noise m_random;
+    VocalTract m_tract;
+    Band m_hiss;
+};
+
+} // namespace rve

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "phonemes.h"
+
+#include <array>
+
+namespace rve {
+
+/// A two-pole resonance with a gain of 1 at 0 Hz, as one of a chain of formants.
+class Resonator {
+public:
+    void Reset() { m_y1 = m_y2 = 0; }
+    void Set(float hz, float bandwidth, float rate);
+    float Next(float x) {
+        const float y = m_a * x + m_b * m_y1 + m_c * m_y2;
+        m_y2 = m_y1;
+        m_y1 = y;
+        return y;
+    }
+
+private:
+    float m_a = 1, m_b = 0, m_c = 0;
+    float m_y1 = 0, m_y2 = 0;
+};
+
+/// A band with a gain of 1 at its centre.
+class Band {
+public:
+    void Reset() { m_x1 = m_x2 = m_y1 = m_y2 = 0; }
+    void Set(float hz, float bandwidth, float rate);
+    float Next(float x) {
+        const float y = m_a * (x - m_x2) + m_b * m_y1 + m_c * m_y2;
+        m_x2 = m_x1;
+        m_x1 = x;
+        m_y2 = m_y1;
+        m_y1 = y;
+        return y;
+    }
+
+private:
+    float m_a = 0, m_b = 0, m_c = 0;
+    float m_x1 = 0, m_x2 = 0, m_y1 = 0, m_y2 = 0;
+};
+
+/// The vocal tract: a chain of formants for the voice and the breath, with a boost for each.
+class VocalTract {
+public:
+    static constexpr int kResonances = kFormants + 1; ///< the last one stays where it is
+
+    void Reset();
+    void Set(int formant, float hz, float bandwidth, float rate) {
+        m_chain[static_cast<size_t>(formant)].Set(hz, bandwidth, rate);
+        if (formant < kFormants)
+            m_boostBands[static_cast<size_t>(formant)].Set(hz, bandwidth, rate);
+    }
+    /// Amplitude of one formant's band beside the rest: 1 leaves it as it is.
+    void SetBoost(int formant, float gain);
+    float Next(float x) {
+        for (Resonator& formant : m_chain)
+            x = formant.Next(x);
+        if (!m_boosted)
+            return x;
+        float y = x;
+        for (size_t i = 0; i < kFormants; ++i)
+            y += m_boosts[i] * m_boostBands[i].Next(x);
+        return y;
+    }
+
+private:
+    std::array<Resonator, kResonances> m_chain;
+    std::array<Band, kFormants> m_boostBands;
+    std::array<float, kFormants> m_boosts{};
+    bool m_boosted = false;
+};
+
+} // namespace rve

@@ -1,0 +1,180 @@
+#include "torv/files/midi_sequence.h"
+
+#include <doctest/doctest.h>
+
+#include <array>
+#include <vector>
+
+namespace {
+
+using Bytes = std::vector<BYTE>;
+
+/// {delta, status, data 1} of each event.
+using Heads = std::vector<std::array<DWORD, 3>>;
+
+/// A sequence with the bytes that it reads.
+struct Song : CxMidiSequence {
+    void Load(std::vector<Bytes> bytes, DWORD division = 480) {
+        tracks = std::move(bytes);
+        REQUIRE(Create(0, 0) == 1);
+        REQUIRE(PrepareTrackList(1, static_cast<DWORD>(tracks.size()), division) == 1);
+        for (const auto& track : tracks)
+            REQUIRE(AddNewTrack(track.data(), static_cast<DWORD>(track.size())) != nullptr);
+    }
+    std::vector<Bytes> tracks;
+};
+
+Heads Read(CxMidiSequence& sequence) {
+    Heads heads;
+    tagEvent event;
+    while (sequence.GetEvent(&event))
+        heads.push_back({event.delta, event.status, event.data1});
+    return heads;
+}
+
+const std::vector<Bytes> kTwoTracks{
+    {0x0A, 0x90, 0x3C, 0x40, 0x14, 0x80, 0x3C, 0x40, 0x00, 0xFF, 0x2F, 0x00},  // 10, 30, 30
+    {0x0A, 0x91, 0x30, 0x40, 0x46, 0x91, 0x30, 0x00, 0x10, 0xFF, 0x2F, 0x00}}; // 10, 80, 96
+
+} // namespace
+
+TEST_CASE("midi sequence: tracks merge by time, the earlier track first at one tick") {
+    Song sequence;
+    sequence.Load(kTwoTracks);
+    const Heads all{{10, 0x90, 0x3C}, {0, 0x91, 0x30},
+                    {20, 0x80, 0x3C}, {0, 0xFF, 0x2F}, // the end of the shorter track is an event at its time
+                    {50, 0x91, 0x30}, {16, 0xFF, 0x2F}};
+    CHECK(Read(sequence) == all);
+    tagEvent event;
+    CHECK(sequence.GetEvent(&event) == 0);
+    sequence.SeekToBegin();
+    CHECK(Read(sequence) == all);
+
+    SUBCASE("a channel left out passes its delta on") {
+        sequence.SeekToBegin();
+        sequence.SetChannelFilter(0xFFFE);
+        CHECK(sequence.GetChannelFilter() == 0xFFFE);
+        CHECK(Read(sequence) == Heads{{10, 0x91, 0x30}, {20, 0xFF, 0x2F}, {50, 0x91, 0x30}, {16, 0xFF, 0x2F}});
+    }
+    SUBCASE("a note with no velocity is filtered with the note-offs, and delivered as it stands") {
+        sequence.SeekToBegin();
+        sequence.SetMessageFilter(0x80, 0);
+        CHECK(Read(sequence) == Heads{{10, 0x90, 0x3C}, {0, 0x91, 0x30}, {20, 0xFF, 0x2F}, {66, 0xFF, 0x2F}});
+        sequence.SeekToBegin();
+        sequence.SetMessageFilter(0x80, 1);
+        sequence.SetMessageFilter(0x95, 0);
+        CHECK(Read(sequence) == Heads{{30, 0x80, 0x3C}, {0, 0xFF, 0x2F}, {50, 0x91, 0x30}, {16, 0xFF, 0x2F}});
+    }
+    SUBCASE("a muted track is not heard, and the others keep their times") {
+        sequence.SeekToBegin();
+        sequence.SetMute(0, 1);
+        sequence.SetMute(7, 1);
+        CHECK(Read(sequence) == Heads{{10, 0x91, 0x30}, {70, 0x91, 0x30}, {16, 0xFF, 0x2F}});
+        sequence.SeekToBegin();
+        sequence.SetMuteAll(1);
+        CHECK(Read(sequence).empty());
+        CHECK(sequence.GetMute(1) == 1);
+        CHECK(sequence.GetMute(2) == 0);
+    }
+    SUBCASE("a copy goes on where the other is, over the same bytes") {
+        sequence.SeekToBegin();
+        sequence.SetMessageFilter(0xFF, 0);
+        CHECK(sequence.GetEvent(&event) == 1);
+        CxMidiSequence copy;
+        CHECK(copy.Create(&sequence) == 1);
+        CHECK(Read(copy) == Heads{{0, 0x91, 0x30}, {20, 0x80, 0x3C}, {50, 0x91, 0x30}});
+        CHECK(Read(sequence).size() == 3);
+        CHECK(copy.Create(nullptr) == 0);
+    }
+}
+
+TEST_CASE("midi sequence: the filter's slot for everything above system exclusive is not exclusive's own") {
+    Song sequence;
+    sequence.Load({{0x00, 0xF0, 0x01, 0xF7, 0x00, 0xF7, 0x01, 0x01, 0x00, 0xFF, 0x2F, 0x00}});
+    sequence.SetMessageFilter(0xFF, 0);
+    CHECK(Read(sequence) == Heads{{0, 0xF0, 0}});
+    CHECK(sequence.GetMessageFilter(0xF7) == 0);
+    CHECK(sequence.GetMessageFilter(0xF0) == 1);
+    CHECK(sequence.GetMessageFilter(256) == 0);
+}
+
+TEST_CASE("midi sequence: milliseconds") {
+    Song sequence;
+    SUBCASE("fifty ticks one by one are 51 ms") {
+        // Each: 500 x 1 = 500 = 1 ms and 20 over; 50 x 20 = 1000 makes one more. Exact would be 52.08.
+        Bytes track;
+        for (int i = 0; i < 50; ++i)
+            track.insert(track.end(), {0x01, 0x90, 0x3C, 0x40});
+        track.insert(track.end(), {0x00, 0xFF, 0x2F, 0x00});
+        sequence.Load({track});
+        Read(sequence);
+        CHECK(sequence.GetTimePosition() == 51);
+    }
+    SUBCASE("a tempo loses what is below a thousand, and its event still comes") {
+        // 0x07A4FF = 500991 counts as 500: 480 ticks are 500 ms; at 120 (0x01D4C0 = 120000) 480 more are 120 ms.
+        sequence.Load({{0x00, 0xFF, 0x51, 0x03, 0x07, 0xA4, 0xFF, 0x83, 0x60, 0xFF,
+                        0x51, 0x03, 0x01, 0xD4, 0xC0, 0x83, 0x60, 0xFF, 0x2F, 0x00}});
+        tagEvent event;
+        sequence.GetEvent(&event);
+        CHECK(event.data1 == 0x51);
+        CHECK(sequence.GetSequenceTempo() == 500991);
+        sequence.GetEvent(&event);
+        CHECK(sequence.GetTimePosition() == 500);
+        sequence.GetEvent(&event);
+        CHECK(sequence.GetTimePosition() == 620);
+        sequence.SeekToBegin();
+        CHECK(sequence.GetTimePosition() == 0);
+        CHECK(sequence.GetSequenceTempo() == 120000); // stays until the stream says otherwise
+    }
+    SUBCASE("no division, no time") {
+        sequence.Load(kTwoTracks, 0);
+        CHECK(Read(sequence).size() == 6);
+        CHECK(sequence.GetTimePosition() == 0);
+    }
+}
+
+TEST_CASE("midi sequence: signatures, and meta events too short for their kind") {
+    Song sequence;
+    sequence.Load(
+        {{0x00, 0xFF, 0x58, 0x04, 0x06, 0x03, 0x24, 0x08, 0x00, 0xFF, 0x59, 0x02,
+          0xFD, 0x01, 0x00, 0xFF, 0x58, 0x01, 0x05, 0x00, 0xFF, 0x59, 0x00, // short: delivered, without effect
+          0x00, 0xFF, 0x51, 0x02, 0x01, 0x02, 0x00, 0xFF, 0x2F, 0x00}});
+    CHECK(Read(sequence).size() == 6);
+    CHECK(sequence.GetTimeSig() == 0x08240306);
+    CHECK(sequence.GetKeySig() == 0x01FD);
+    CHECK(sequence.GetSequenceTempo() == 500000);
+}
+
+TEST_CASE("midi sequence: what does not fit") {
+    Song sequence;
+    tagEvent event;
+    CHECK(sequence.GetEvent(&event) == 0);
+    CHECK(sequence.PrepareTrackList(1, 1, 480) == 0); // nothing created
+    CHECK(sequence.AddNewTrack(kTwoTracks[0].data(), 12) == nullptr);
+    sequence.Load({kTwoTracks[0]});
+    CHECK(sequence.AddNewTrack(kTwoTracks[1].data(), 12) == nullptr); // the place is taken
+    CHECK(sequence.GetTrack(1) == nullptr);
+    CHECK(sequence.PrepareTrackList(1, 0x10000, 480) == 0);
+    CHECK(Read(sequence).size() == 3);
+
+    SUBCASE("one malformed track stops the whole") {
+        const Bytes bad{0x05, 0xF4, 0x00, 0x00};
+        sequence.Load({kTwoTracks[0], bad});
+        CHECK(sequence.GetEvent(&event) == 0);
+        CHECK(sequence.GetEvent(&event) == 0);
+        sequence.SetMute(1, 1);
+        CHECK(Read(sequence).size() == 3);
+    }
+    SUBCASE("prepared places that no track took are passed over") {
+        REQUIRE(sequence.Create(1, 2) == 1);
+        REQUIRE(sequence.PrepareTrackList(1, 3, 480) == 1);
+        sequence.AddNewTrack(kTwoTracks[0].data(), 12);
+        CHECK(Read(sequence).size() == 3);
+    }
+}
+
+TEST_CASE("midi sequence: bytes of a channel message") {
+    const int lengths[] = {0, 0, 0, 0, 0, 0, 0, 0, 3, 3, 3, 3, 2, 2, 3, 0};
+    for (int nibble = 0; nibble < 16; ++nibble)
+        CHECK(CxMidiSequence::GetMidiEventLength(nibble << 4 | 5) == lengths[nibble]);
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <rve_abi.h>
+
+/// What the fake engine was asked, for tests to look at and to clear.
+struct FakeEvent {
+    int step; ///< of the instance, from 0
+    RVEEvent event;
+};
+
+struct FakeLog {
+    int live; ///< instances made and not deleted: at most four at a time
+    int starts;
+    int stops;
+    int steps;
+    RVEStaticSetting setting; ///< the last one; its option text is `option`
+    char option[64];
+    int eventCount;
+    FakeEvent events[4096];
+};
+
+/// Entry point "FakeEngineLog".
+using FakeEngineLogProc = FakeLog*(RVE_CALL*)();
