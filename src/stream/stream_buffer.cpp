@@ -266,7 +266,9 @@ int CStreamBuffer::RestoreLocation(const tagLocateMarker* marker, int) {
             m_dwExtra = marker->extra;
         return 1;
     }
-    SeekToBegin();
+    // Only the fields: the bytes are sought once, from where they stand, so that a walk that comes back stays cheap.
+    m_nState = kCursorAtTop;
+    m_dwClock = m_dwExtra = 0;
     m_dwEntryEnd = std::min(marker->entryEnd, EntryBytes()) / m_dwEntrySize * m_dwEntrySize;
     if (marker->state == kCursorBetween) {
         m_nState = kCursorBetween;
@@ -399,9 +401,41 @@ DWORD CStreamBuffer::ReadBytes(void* destination, DWORD count) {
     return count;
 }
 
+// Insertions often ascend, as a curve's do. Splitting each full block where the insertion falls would leave a trail of
+// blocks with an entry or two; so a full block gives at most its later half away, and a block with room beside a full one
+// takes the entry that falls between them.
+void CStreamBuffer::MakeRoom(DWORD position) {
+    const auto isFull = [this](const CxShortBuff* block) {
+        return block->m_dwUsed + m_dwEntrySize > block->m_dwCapacity;
+    };
+    CxShortBuff* block = m_pCurrent;
+    if (OffsetInBlock() == 0 && block->m_pPrev && (!isFull(block->m_pPrev) || OffsetInBlock() == block->m_dwUsed))
+        return;
+    if (!isFull(block) || block->m_dwUsed < 2 * m_dwEntrySize)
+        return;
+    const DWORD half = block->m_dwUsed / 2 / m_dwEntrySize * m_dwEntrySize;
+    const DWORD keep = std::max(half, OffsetInBlock());
+    const DWORD moved = block->m_dwUsed - keep;
+    CxShortBuff* const later = moved ? InsertBlock(block, nullptr, 1) : nullptr;
+    if (!later)
+        return;
+    later->Append(reinterpret_cast<const char*>(block->m_pData) + keep, moved);
+    block->Delete(keep, moved);
+    SeekTo(position);
+}
+
 bool CStreamBuffer::InsertBytes(DWORD position, const void* entry) {
     SeekTo(position);
-    if (Insert(static_cast<const char*>(entry), m_dwEntrySize) == m_dwEntrySize)
+    const char* const bytes = static_cast<const char*>(entry);
+    MakeRoom(position);
+    const CxShortBuff* const before = m_pCurrent->m_pPrev;
+    if (OffsetInBlock() == 0 && before && before->m_dwUsed + m_dwEntrySize > before->m_dwCapacity &&
+        m_pCurrent->Insert(0, bytes, m_dwEntrySize)) {
+        m_dwSize += m_dwEntrySize;
+        m_dwPosition += m_dwEntrySize;
+        return true;
+    }
+    if (Insert(bytes, m_dwEntrySize) == m_dwEntrySize)
         return true;
     ResetPosition();
     return false;
