@@ -1,5 +1,6 @@
-// Encoding one track of 1,000 to 1,000,000 notes with icons, vibrato, a dense pitch-bend list and tempo changes: the cost
-// a note must stay the same, and memory near the bytes kept. Beside each row a plain copy of the bytes that it makes.
+// Encoding one track of 1,000 to 1,000,000 notes with icons, vibrato, a dense pitch-bend list and tempo changes: the
+// cost a note must stay the same, and memory near the bytes kept. Beside each row a plain copy of the bytes that it
+// makes.
 #include "torv/encoding/quill_midi_encoder.h"
 #include "torv/icons/icon_note_attack.h"
 #include "torv/icons/icon_note_transit.h"
@@ -89,8 +90,8 @@ void EncodeTrack(benchmark::State& state) {
             kept += sizeof entry;
         state.ResumeTiming();
     }
-    state.counters["us/note"] = benchmark::Counter(notes / 1e6, benchmark::Counter::kIsIterationInvariantRate |
-                                                                    benchmark::Counter::kInvert);
+    state.counters["us/note"] =
+        benchmark::Counter(notes / 1e6, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
     state.counters["memory/kept"] = static_cast<double>(memory) / kept;
     state.counters["MB"] = kept / 1e6;
 }
@@ -106,9 +107,8 @@ void CopyBytes(benchmark::State& state) {
             bytes.insert(bytes.end(), piece.begin(), piece.end());
         benchmark::DoNotOptimize(bytes.data());
     }
-    state.counters["us/note"] = benchmark::Counter(static_cast<double>(notes) / 1e6,
-                                                   benchmark::Counter::kIsIterationInvariantRate |
-                                                       benchmark::Counter::kInvert);
+    state.counters["us/note"] = benchmark::Counter(
+        static_cast<double>(notes) / 1e6, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(CopyBytes)->RangeMultiplier(10)->Range(1000, 1000000)->Unit(benchmark::kMillisecond);
 

@@ -1,4 +1,5 @@
-// Any events in any steps: the engine goes on, stays within its room and within full scale, and falls silent on a reset.
+// Any events in any steps: the engine goes on, stays within its room and within full scale, and falls silent on a
+// reset.
 #include "singer.h"
 
 #include <cstdlib>

@@ -1,6 +1,6 @@
 // Any bytes as a MIDI file: the command's reader with its lyrics, and the library's track and sequence.
-#include "torv/files/midi_sequence.h"
 #include "tools/torv/voice_line.h"
+#include "torv/files/midi_sequence.h"
 
 #include <vector>
 

@@ -52,7 +52,8 @@ typedef int32_t(RVE_CALL* RVESetDynamicSettingProc)(int32_t handle, const void* 
 /** Ready to step from time 0 with the default controller state. */
 typedef int32_t(RVE_CALL* RVEStartProc)(int32_t handle);
 /** Advances by one step: 256 samples of the 44.1 kHz time base, whatever the output rate. Takes `count` events with
-    their place in the step, writes the step's samples at the output rate (at most the capacity). 0, or an error code. */
+    their place in the step, writes the step's samples at the output rate (at most the capacity). 0, or an error code.
+ */
 typedef int32_t(RVE_CALL* RVEDoStepSynthesisProc)(int32_t handle, int32_t count, const RVEEvent* events,
                                                   RVEStepOutput* output);
 /** Silences the instance, drops what is pending and restores the default controller state. 0, or an error code. */

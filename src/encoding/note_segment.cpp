@@ -17,7 +17,8 @@ constexpr BYTE kFirstCharacterLsb = 19;
 class NoteBlockWriter {
 public:
     NoteBlockWriter(BYTE* out, const tagQuillMidiOutNoteParam& note) : m_begin(out), m_next(out) {
-        m_next += WriteStartNPRNEvents(m_next, static_cast<int>(note.channel), kNprnNoteSegment, note.presend, &m_block);
+        m_next +=
+            WriteStartNPRNEvents(m_next, static_cast<int>(note.channel), kNprnNoteSegment, note.presend, &m_block);
     }
     void Put(int msb) { Put(SevenBits(msb), kNoDataLsb); }
     void PutPair(int msb, int lsb) { Put(SevenBits(msb), SevenBits(lsb)); }

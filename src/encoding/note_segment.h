@@ -46,11 +46,13 @@ struct tagQuillMidiNoteSegment {
 };
 static_assert(sizeof(tagQuillMidiNoteSegment) == 72);
 static_assert(offsetof(tagQuillMidiNoteSegment, startTime) == 8 && offsetof(tagQuillMidiNoteSegment, type) == 14 &&
-              offsetof(tagQuillMidiNoteSegment, attackCode) == 16 && offsetof(tagQuillMidiNoteSegment, attackDepth) == 19 &&
+              offsetof(tagQuillMidiNoteSegment, attackCode) == 16 &&
+              offsetof(tagQuillMidiNoteSegment, attackDepth) == 19 &&
               offsetof(tagQuillMidiNoteSegment, releaseCode) == 22 &&
               offsetof(tagQuillMidiNoteSegment, transitionCode) == 28 &&
               offsetof(tagQuillMidiNoteSegment, vibratoCode) == 32 && offsetof(tagQuillMidiNoteSegment, one) == 37 &&
-              offsetof(tagQuillMidiNoteSegment, phonemes) == 38 && offsetof(tagQuillMidiNoteSegment, advancements) == 55);
+              offsetof(tagQuillMidiNoteSegment, phonemes) == 38 &&
+              offsetof(tagQuillMidiNoteSegment, advancements) == 55);
 
 /// One note with its icons resolved and its segments, made and freed by the encoder.
 struct tagQuillMidiOutNoteParam {
@@ -77,8 +79,8 @@ struct tagQuillMidiOutNoteParam {
     LONG transitionDuration;
     LONG vibratoCode;
     LONG vibratoIndex;
-    DWORD vibratoStart; ///< tick
-    DWORD vibratoEnd;   ///< tick
+    DWORD vibratoStart;    ///< tick
+    DWORD vibratoEnd;      ///< tick
     CIconVibrato* vibrato; ///< borrowed
     DWORD segmentCount;
     tagQuillMidiNoteSegment* segments; ///< owned

@@ -3,7 +3,8 @@
 #include "torv/platform/platform.h"
 
 // The engine's MIDI dialect: everything travels as blocks of NRPN controller messages, each message a full three-byte
-// control change (99, 98, 6 and, where there is one, 38), never with running status. (NPRN is the interface's spelling.)
+// control change (99, 98, 6 and, where there is one, 38), never with running status. (NPRN is the interface's
+// spelling.)
 
 /// Where a block's writing stands, five bytes.
 struct tagQuillNPRNBlock {

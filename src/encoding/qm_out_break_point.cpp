@@ -86,8 +86,8 @@ int CxQMOutBreakPoint::OutputParam(CQuillMidiBuffer* buffer, tagQuillMidiRealtim
     return 1;
 }
 
-// Walks the curve every `resolution` ticks. `emit` gets a sample's kind, tick and value, and answers whether it was sent;
-// the closing value is owed when the value sent last is another one.
+// Walks the curve every `resolution` ticks. `emit` gets a sample's kind, tick and value, and answers whether it was
+// sent; the closing value is owed when the value sent last is another one.
 template <class Emit>
 void CxQMOutBreakPoint::Walk(int resolution, Emit emit) const {
     const DWORD step = resolution < 1 ? 1 : static_cast<DWORD>(resolution);

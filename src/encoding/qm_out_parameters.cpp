@@ -75,7 +75,6 @@ int CxQMOutVoiceControl::AttachObject(const CBreakPointList* list, BYTE selector
 }
 
 DWORD CxQMOutVoiceControl::WriteNextNPRNEvents(BYTE* out, int value, tagQuillNPRNBlock* block) const {
-    const DWORD length =
-        torv::WriteNextNPRNEvents(out, torv::SevenBits(m_nSelector), torv::kNoDataLsb, block);
+    const DWORD length = torv::WriteNextNPRNEvents(out, torv::SevenBits(m_nSelector), torv::kNoDataLsb, block);
     return length + torv::WriteNextNPRNEvents(out + length, torv::SevenBits(value), torv::kNoDataLsb, block);
 }

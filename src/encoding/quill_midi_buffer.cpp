@@ -43,8 +43,7 @@ bool CQuillMidiBuffer::StoreBytes(const BYTE* bytes1, DWORD length1, const BYTE*
     entry.offset = data.GetSize();
     entry.length = length1 + length2;
     const auto append = [&data](const BYTE* bytes, DWORD length) {
-        return length == 0 ||
-               data.Append(const_cast<char*>(reinterpret_cast<const char*>(bytes)), length) == length;
+        return length == 0 || data.Append(const_cast<char*>(reinterpret_cast<const char*>(bytes)), length) == length;
     };
     return append(bytes1, length1) && append(bytes2, length2);
 }
@@ -86,7 +85,8 @@ int CQuillMidiBuffer::InsertEventExAt(DWORD tick, LONG time, const BYTE* bytes, 
     tagQuillMidiEntry entry;
     tagLocateMarker last;
     index.StoreLocation(&last);
-    // The stream lands on the first entry at the tick, but stays at the top for tick 0: there the entry is the next one.
+    // The stream lands on the first entry at the tick, but stays at the top for tick 0: there the entry is the next
+    // one.
     bool atTick = index.ReadEntry(&entry) && index.GetPosition() == tick && last.state == torv::kCursorOnEntry;
     if (last.state == torv::kCursorAtTop)
         atTick = index.ReadNextEntry(&entry) && index.GetPosition() == tick;

@@ -35,7 +35,8 @@ Icon* IconOf(CSequenceObject* track, DWORD handle) {
 
 } // namespace
 
-CxQuillMidiEncoder::CxQuillMidiEncoder() : m_dwInterval(GetDefaultEventInterval()), m_dwPresend(GetDefaultPresendTime()) {
+CxQuillMidiEncoder::CxQuillMidiEncoder()
+    : m_dwInterval(GetDefaultEventInterval()), m_dwPresend(GetDefaultPresendTime()) {
     std::fill(std::begin(m_nResolutions), std::end(m_nResolutions), GetDefaultExtractResolution());
 }
 
@@ -47,7 +48,8 @@ int CxQuillMidiEncoder::IsValidPresendTime(DWORD milliseconds) {
 int CxQuillMidiEncoder::IsValidEventInterval(DWORD ticks) { return ticks < kIntervalLimit; }
 int CxQuillMidiEncoder::IsValidOutMode(int mode) { return mode == kFileMode || mode == kRealTimeMode; }
 int CxQuillMidiEncoder::IsValidExtractResolution(int ticks) {
-    return ticks == kPointsOnly || std::find(std::begin(kResolutions), std::end(kResolutions), ticks) != std::end(kResolutions);
+    return ticks == kPointsOnly ||
+           std::find(std::begin(kResolutions), std::end(kResolutions), ticks) != std::end(kResolutions);
 }
 DWORD CxQuillMidiEncoder::GetDefaultPresendTime() { return kDefaultPresend; }
 DWORD CxQuillMidiEncoder::GetDefaultEventInterval() { return 0; }
@@ -191,7 +193,8 @@ int CxQuillMidiEncoder::WriteQsqDynamicsEvent(CCsqEvent* event, tagQuillMidiReal
     BYTE* const bytes = m_work.data();
     DWORD length =
         torv::WriteStartNPRNEvents(bytes, static_cast<int>(info->channel), torv::kNprnDynamics, m_dwPresend, &block);
-    length += torv::WriteNextNPRNEvents(bytes + length, torv::SevenBits(icon->GetStartDynamics()), torv::kNoDataLsb, &block);
+    length +=
+        torv::WriteNextNPRNEvents(bytes + length, torv::SevenBits(icon->GetStartDynamics()), torv::kNoDataLsb, &block);
     const int placed = PlaceBlock(static_cast<LONG>(info->time - m_dwPresend), info, bytes, length);
     info->dynamics = icon->GetStartDynamics();
     m_pBuffer->RaiseLast(info->tick, info->time);

@@ -55,9 +55,9 @@ public:
     static int IsValidEventInterval(DWORD ticks);      ///< 0..255
     static int IsValidOutMode(int mode);
     static int IsValidExtractResolution(int ticks);
-    static DWORD GetDefaultPresendTime();    ///< 2000
-    static DWORD GetDefaultEventInterval();  ///< 0
-    static int GetDefaultExtractResolution();///< 30
+    static DWORD GetDefaultPresendTime();     ///< 2000
+    static DWORD GetDefaultEventInterval();   ///< 0
+    static int GetDefaultExtractResolution(); ///< 30
     /// Entry `index` of the table of sampling resolutions, in ticks; -1 outside it.
     static int GetExtractResolution(int index);
 

@@ -28,7 +28,8 @@ int OutputTrackList(const CBreakPointList* list, CQuillMidiBuffer* buffer, const
 
 } // namespace
 
-int CxQuillMidiEncoder::InsertContinuousDynamics(DWORD tick, CIconDynamics* icon, const tagQuillMidiRealtimeInfo* info) {
+int CxQuillMidiEncoder::InsertContinuousDynamics(DWORD tick, CIconDynamics* icon,
+                                                 const tagQuillMidiRealtimeInfo* info) {
     CxQMOutDynamics curve;
     if (!curve.AttachObject(icon, tick, info->dynamics))
         return 0;

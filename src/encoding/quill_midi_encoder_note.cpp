@@ -67,7 +67,8 @@ void FillPhonemes(tagQuillMidiNoteSegment& segment, CLyricElement* element) {
     int used = 0;
     for (int i = 0; i < element->GetPhonemeCharaCount() && used < kMaxPhonemeCharacters; ++i) {
         const char* const text = element->GetPhonemeChara(i);
-        const int length = text ? static_cast<int>(strnlen(text, static_cast<size_t>(kMaxPhonemeCharacters - used))) : 0;
+        const int length =
+            text ? static_cast<int>(strnlen(text, static_cast<size_t>(kMaxPhonemeCharacters - used))) : 0;
         if (length == 0)
             continue;
         std::memcpy(segment.phonemes + used, text, static_cast<size_t>(length));

@@ -42,14 +42,14 @@ TEST_CASE("sampled output: a ramp is rounded to nearest, equal samples are sent 
     CHECK(Sampled(ramp, 120) == Rows{{0, 0}, {125, 32}, {250, 64}, {375, 95}, {500, 127}});
     Curve flat({{0, 5}, {240, 5}});
     CHECK(Sampled(flat, 120) == Rows{{0, 5}, {125, 5}, {250, 5}});
-    Curve falling({{0, 10}, {480, -1}}); // -1 sent in seven bits
+    Curve falling({{0, 10}, {480, -1}});                                 // -1 sent in seven bits
     CHECK(Sampled(falling, 240) == Rows{{0, 10}, {250, 4}, {500, 127}}); // 10 - 5.5, halves away from zero: 10 - 6
 }
 
 TEST_CASE("sampled output: the last value is owed when no sample reached it, at the last sample's time") {
     Curve ramp({{0, 0}, {480, 127}});
     const auto rows = Sampled(ramp, 7);
-    REQUIRE(rows.size() == 70); // 0, 7 .. 476, and the closing value
+    REQUIRE(rows.size() == 70);                     // 0, 7 .. 476, and the closing value
     CHECK(rows[68] == std::vector<long>{495, 126}); // 476 ticks are 495.8 ms; 125.94
     CHECK(rows[69] == std::vector<long>{495, 127});
 }
@@ -59,7 +59,7 @@ TEST_CASE("sampled output: a single point is its closing value, whatever the pre
     CHECK(Sampled(later, 30) == Rows{{500, 64}});
     Curve early({{10, 64}});
     CHECK(Sampled(early, 30, 2000) == Rows{{10, 64}}); // sent before the song: its time is -1990
-    Curve minusOne({{0, -1}}); // equals what counts as sent at first
+    Curve minusOne({{0, -1}});                         // equals what counts as sent at first
     CHECK(Sampled(minusOne, 30).empty());
 }
 

@@ -146,7 +146,8 @@ public:
     }
     std::unique_ptr<CQuillMidiBuffer> Encode(CxQuillMidiEncoder& encoder) {
         m_builder.CloseBuffer();
-        const std::unique_ptr<tagSequenceTimeMap[]> map(CxQuillMidiEncoder::CreateSequenceTimeMap(m_song.GetMasterTrack()));
+        const std::unique_ptr<tagSequenceTimeMap[]> map(
+            CxQuillMidiEncoder::CreateSequenceTimeMap(m_song.GetMasterTrack()));
         tagQuillMidiEncodeStruct encode{m_track, map.get()};
         return std::unique_ptr<CQuillMidiBuffer>(encoder.EncodeSequenceTrack(&encode));
     }

@@ -12,17 +12,16 @@ TEST_CASE("note: the block of a plain note, byte for byte") {
     REQUIRE(entries.size() == 1);
     CHECK(entries[0].tick == 0); // 2000 ms - 2000 ms
     CHECK(entries[0].time == 0);
-    CHECK(entries[0].bytes == Bytes{
-        0xB0, 99, 0x50, 0xB0, 98, 0,   0xB0, 6, 0,   0xB0, 38, 0,    // opening
-        0xB0, 99, 0x50, 0xB0, 98, 1,   0xB0, 6, 15,  0xB0, 38, 80,   // delay 2000 = 15 x 128 + 80
-        0xB0, 99, 0x50, 0xB0, 98, 2,   0xB0, 6, 60,                  // note
-        0xB0, 99, 0x50, 0xB0, 98, 3,   0xB0, 6, 100,                 // velocity
-        0xB0, 99, 0x50, 0xB0, 98, 4,   0xB0, 6, 3,   0xB0, 38, 116,  // 500 ms = 3 x 128 + 116
-        0xB0, 99, 0x50, 0xB0, 98, 5,   0xB0, 6, 3,                   // begins and ends the sound
-        0xB0, 99, 0x50, 0xB0, 98, 17,  0xB0, 6, 1,
-        0xB0, 99, 0x50, 0xB0, 98, 18,  0xB0, 6, 1,                   // one character
-        0xB0, 99, 0x50, 0xB0, 98, 19,  0xB0, 6, 'a', 0xB0, 38, 0,    // a vowel: advancement 0
-        0xB0, 99, 0x50, 0xB0, 98, 127, 0xB0, 6, 127});
+    CHECK(entries[0].bytes ==
+          Bytes{0xB0, 99, 0x50, 0xB0, 98, 0,   0xB0, 6, 0,   0xB0, 38, 0,   // opening
+                0xB0, 99, 0x50, 0xB0, 98, 1,   0xB0, 6, 15,  0xB0, 38, 80,  // delay 2000 = 15 x 128 + 80
+                0xB0, 99, 0x50, 0xB0, 98, 2,   0xB0, 6, 60,                 // note
+                0xB0, 99, 0x50, 0xB0, 98, 3,   0xB0, 6, 100,                // velocity
+                0xB0, 99, 0x50, 0xB0, 98, 4,   0xB0, 6, 3,   0xB0, 38, 116, // 500 ms = 3 x 128 + 116
+                0xB0, 99, 0x50, 0xB0, 98, 5,   0xB0, 6, 3,                  // begins and ends the sound
+                0xB0, 99, 0x50, 0xB0, 98, 17,  0xB0, 6, 1,   0xB0, 99, 0x50, 0xB0, 98, 18, 0xB0, 6, 1, // one character
+                0xB0, 99, 0x50, 0xB0, 98, 19,  0xB0, 6, 'a', 0xB0, 38, 0, // a vowel: advancement 0
+                0xB0, 99, 0x50, 0xB0, 98, 127, 0xB0, 6, 127});
     CHECK(stream->GetLastTick() == 2400);
     CHECK(stream->GetLastTime() == 2500);
 }
@@ -80,8 +79,8 @@ TEST_CASE("note: what lies within the presend is left out, at it is sent at time
 
 TEST_CASE("note: a block's tick follows the tempo map") {
     Chart chart;
-    chart.Tempo(1920, 1000000); // 60 beats a minute from 2000 ms on
-    chart.Note(1920 + 960, 480); // 2000 + 2000 ms
+    chart.Tempo(1920, 1000000);   // 60 beats a minute from 2000 ms on
+    chart.Note(1920 + 960, 480);  // 2000 + 2000 ms
     chart.Note(1920 + 1440, 480); // 5000 ms
     const auto entries = EntriesOf(*chart.Encode());
     REQUIRE(entries.size() == 2);
@@ -208,8 +207,7 @@ TEST_CASE("note: an advancement of 128 and more cannot be told and is not sent")
     element->SetDeltaRate(1.0F);
     element->SetPhonemeString("k a", 0);
     element->SetConsonantAdvancement(0, 128);
-    const DWORD handle =
-        static_cast<DWORD>(reinterpret_cast<uintptr_t>(chart.Track().AttachLyricObject(lyric)));
+    const DWORD handle = static_cast<DWORD>(reinterpret_cast<uintptr_t>(chart.Track().AttachLyricObject(lyric)));
     chart.Note(1920, 480, 60, handle);
     const DecodedBlock block = EntriesOf(*chart.Encode()).at(0).Block();
     CHECK(block.LsbAt(19) == -1);

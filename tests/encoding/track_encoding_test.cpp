@@ -54,14 +54,14 @@ TEST_CASE("dynamics by icons: levels at once, changes as samples from the level 
         // Every 30 ticks of a ramp from 72 to 92 over 120; then the level; then 100 down to 50 over 60.
         // 30 ticks are 31.25 ms; 1950 ticks 2031, 1980 2062, 2010 2093, 2040 2125 ms.
         CHECK(ValuesOf(*stream, 0x63) == Rows{{0, 0, 72},
-                                               {30, 31, 77},
-                                               {60, 62, 82},
-                                               {89, 93, 87},
-                                               {120, 125, 92},
-                                               {480, 500, 100},
-                                               {960, 1000, 100},
-                                               {990, 1031, 75},
-                                               {1020, 1062, 50}});
+                                              {30, 31, 77},
+                                              {60, 62, 82},
+                                              {89, 93, 87},
+                                              {120, 125, 92},
+                                              {480, 500, 100},
+                                              {960, 1000, 100},
+                                              {990, 1031, 75},
+                                              {1020, 1062, 50}});
     }
     SUBCASE("in list mode the icons are not looked at") {
         chart.Track().SetDynamicsMode(1);

@@ -65,6 +65,13 @@ LyricLine ReadLyricLine(const std::vector<MidiText>& texts, bool karaoke, std::o
         all += text.bytes;
         all += '\n';
     }
+    // A karaoke file marks its lines: what stands before the first mark is a title or a remark.
+    if (karaoke) {
+        const auto first =
+            std::find_if(lyrics.begin(), lyrics.end(), [](const MidiText* text) { return IsLineMark(text->bytes[0]); });
+        if (first != lyrics.end())
+            lyrics.erase(lyrics.begin(), first);
+    }
     LyricLine line;
     line.encoding = encoding.value_or(DetectEncoding(all));
 
@@ -108,7 +115,8 @@ bool LooksJapanese(const LyricLine& line) {
             continue;
         std::string lower;
         for (const char c : syllable.text)
-            if (std::isalpha(static_cast<unsigned char>(c)) || c == '\'' || c == '-' || static_cast<unsigned char>(c) >= 0x80)
+            if (std::isalpha(static_cast<unsigned char>(c)) || c == '\'' || c == '-' ||
+                static_cast<unsigned char>(c) >= 0x80)
                 lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
         if (lower.size() > 24 || !std::regex_match(lower, romaji))
             return false;

@@ -8,7 +8,7 @@
 /// One syllable as the file gives it, with its conventions resolved.
 struct Syllable {
     uint32_t tick;
-    std::string text;  ///< UTF-8; ends in '-' when its word goes on with the next syllable; empty for a prolongation
+    std::string text; ///< UTF-8; ends in '-' when its word goes on with the next syllable; empty for a prolongation
     bool prolongs = false; ///< a lone '-', '_' and the like: the vowel before goes on
 };
 

@@ -37,7 +37,8 @@ void AddSing(CLI::App& app, SingOptions& options) {
         ->capture_default_str();
     sing->add_option("--pan", options.pan, "Makes the wave stereo: -1 left, 0 centre, 1 right")
         ->check(CLI::Range(-1.0, 1.0));
-    sing->add_flag("--plain", options.plain, "Leave out the attacks, releases and vibratos that notes get by themselves");
+    sing->add_flag("--plain", options.plain,
+                   "Leave out the attacks, releases and vibratos that notes get by themselves");
     sing->add_option("--report", options.report, "Also write what was sung, note by note, as JSON into this file");
     sing->add_flag("--quiet", options.quiet, "No progress and no summary");
     sing->footer("Example: torv sing song.mid -o song.wav --voice tenor\n"

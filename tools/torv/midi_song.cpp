@@ -148,7 +148,9 @@ MidiSong ReadMidiSong(const std::string& path, std::vector<unsigned char>& bytes
             value = value << 8 | bytes[at + i];
         return value;
     };
-    const auto isChunk = [&](size_t at, const char* id) { return std::equal(id, id + 4, bytes.begin() + static_cast<std::ptrdiff_t>(at)); };
+    const auto isChunk = [&](size_t at, const char* id) {
+        return std::equal(id, id + 4, bytes.begin() + static_cast<std::ptrdiff_t>(at));
+    };
     if (bytes.size() < 4 || !isChunk(0, "MThd"))
         Fail(path, "not a standard MIDI file (it does not begin with \"MThd\")");
     if (bytes.size() < 14 || number(4, 4) < 6 || bytes.size() - 8 < number(4, 4))

@@ -45,8 +45,9 @@ void Synthesize(CQuillMidiBuffer& stream, CWaveFile& wave, DWORD rate,
                 const std::function<void(double, double)>& progress) {
     CRtSynthesis synthesis;
     if (!synthesis.OpenSynthesizer())
-        throw InputError{"the voice engine RVE cannot be loaded or started: put it beside the program, or name its folder "
-                         "in TORV_LIBRARY_PATH"};
+        throw InputError{
+            "the voice engine RVE cannot be loaded or started: put it beside the program, or name its folder "
+            "in TORV_LIBRARY_PATH"};
     synthesis.SetMasterOutputChannels(1);
     synthesis.SetProgressHandler([&progress](DWORD done, DWORD total) {
         progress(done, total);

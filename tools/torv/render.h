@@ -6,15 +6,15 @@
 #include <string>
 
 struct RenderOptions {
-    DWORD rate = 44100;  ///< Hz
+    DWORD rate = 44100;   ///< Hz
     DWORD presend = 2000; ///< milliseconds
-    double volume = 1.0; ///< linear
-    double pan = 0.0;    ///< -1 left .. 1 right
+    double volume = 1.0;  ///< linear
+    double pan = 0.0;     ///< -1 left .. 1 right
     bool stereo = false;
 };
 
 struct RenderResult {
-    double seconds = 0;    ///< length of the wave
+    double seconds = 0;       ///< length of the wave
     size_t clippedFrames = 0; ///< cut at full scale
 };
 

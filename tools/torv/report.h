@@ -14,6 +14,6 @@ struct ReportFacts {
     int transpose;
 };
 
-/// The song as it was sung, as JSON: for every note its times in the wave in seconds, its key, its lyric (UTF-8) and its
-/// phonemes with their advancements. Throws InputError when the file cannot be written.
+/// The song as it was sung, as JSON: for every note its times in the wave in seconds, its key, its lyric (UTF-8) and
+/// its phonemes with their advancements. Throws InputError when the file cannot be written.
 void WriteReport(const std::string& path, const Score& score, const ReportFacts& facts);

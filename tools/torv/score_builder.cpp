@@ -139,8 +139,9 @@ Score BuildScore(const std::string& path, const MidiSong& file, const VoiceLine&
     score.song->GetMasterTrack()->GetSequenceTimeMap(map);
     const std::vector<SungNote> notes = CutLongNotes(voice.notes, map, score.leadTicks);
     if (notes.size() > kMostHandles)
-        throw InputError{path + ": " + std::to_string(notes.size()) + " notes are more than one track can give lyrics (" +
-                         std::to_string(kMostHandles) + "); sing it in parts"};
+        throw InputError{path + ": " + std::to_string(notes.size()) +
+                         " notes are more than one track can give lyrics (" + std::to_string(kMostHandles) +
+                         "); sing it in parts"};
 
     score.track = CSequence::CreateObject();
     score.song->AddObject(score.track);
@@ -173,8 +174,7 @@ Score BuildScore(const std::string& path, const MidiSong& file, const VoiceLine&
         record->noteNumber = static_cast<WORD>(note.key);
         record->noteDynamics = static_cast<WORD>(note.velocity);
         record->noteAttribute = (note.joined ? kJoinedToPrevious : 0) | (joinsNext ? kJoinedToNext : 0);
-        record->lyricHandle =
-            static_cast<DWORD>(reinterpret_cast<uintptr_t>(score.track->AttachLyricObject(lyric)));
+        record->lyricHandle = static_cast<DWORD>(reinterpret_cast<uintptr_t>(score.track->AttachLyricObject(lyric)));
         if (!options.plain) {
             if (!note.joined)
                 record->noteHeadHandle = writer.Attach(MakeAttack());

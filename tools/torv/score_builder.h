@@ -11,7 +11,7 @@ struct ScoreOptions {
     int language = 0; ///< 0 Japanese, 1 English
     int program = 0;  ///< the engine's voice
     int transpose = 0;
-    bool plain = false; ///< no attacks, releases and vibratos of our own
+    bool plain = false;   ///< no attacks, releases and vibratos of our own
     DWORD presend = 2000; ///< milliseconds that the engine must know of a note in advance
 };
 

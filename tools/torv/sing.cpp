@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -20,13 +21,13 @@ constexpr int kEnglish = 1;
 constexpr DWORD kConverterValue = 480; // the converters' own value, one beat
 
 std::vector<unsigned char> ReadFile(const std::string& path) {
+    std::error_code ignored;
+    if (std::filesystem::is_directory(path, ignored))
+        throw InputError{path + ": is a folder; name a MIDI file"};
     std::ifstream file(path, std::ios::binary);
     if (!file)
         throw InputError{path + ": cannot be opened; check the name and whether you may read it"};
-    std::vector<unsigned char> bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (file.bad())
-        throw InputError{path + ": cannot be read (is it a folder?)"};
-    return bytes;
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 /// The phoneme converters, for as long as the song needs them.
@@ -63,7 +64,8 @@ void RemarkOnVoice(const SingOptions& options, const VoiceLine& voice) {
     if (!voice.hasLyrics)
         Remark(options, options.input + " has no lyrics: it is sung on a vowel");
     if (voice.cutNotes > 0)
-        Remark(options, count(voice.cutNotes, "overlapping note") + " cut: one voice sings one note at a time, the highest");
+        Remark(options,
+               count(voice.cutNotes, "overlapping note") + " cut: one voice sings one note at a time, the highest");
     if (voice.lostSyllables > 0)
         Remark(options, count(voice.lostSyllables, "syllable") + " left out: no note sounds there");
     if (voice.unreadableCharacters)
@@ -95,7 +97,8 @@ void Sing(const SingOptions& options) {
     RemarkOnVoice(options, voice);
 
     ScoreOptions scoreOptions;
-    scoreOptions.language = options.language == "ja" || (options.language == "auto" && voice.japanese) ? kJapanese : kEnglish;
+    scoreOptions.language =
+        options.language == "ja" || (options.language == "auto" && voice.japanese) ? kJapanese : kEnglish;
     scoreOptions.program = *program;
     scoreOptions.transpose = options.transpose;
     scoreOptions.plain = options.plain;

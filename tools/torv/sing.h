@@ -13,8 +13,8 @@ struct SingOptions {
     std::string report;   ///< empty: none
     unsigned rate = 44100;
     int transpose = 0;
-    double volume = 1.0; ///< linear
-    std::optional<double> pan; ///< -1 left .. 1 right; without one the wave is mono
+    double volume = 1.0;           ///< linear
+    std::optional<double> pan;     ///< -1 left .. 1 right; without one the wave is mono
     std::optional<unsigned> track; ///< from 1
     bool plain = false;
     bool quiet = false;

@@ -65,8 +65,8 @@ std::string Convert(std::string_view from, UINT fromPage, UINT toPage) {
     std::wstring wide(from.size() + 1, L'\0');
     const int units = MultiByteToWideChar(fromPage, 0, from.data(), size, wide.data(), static_cast<int>(wide.size()));
     std::string to(static_cast<size_t>(units) * 4 + 1, '\0');
-    const int bytes = WideCharToMultiByte(toPage, 0, wide.data(), units, to.data(), static_cast<int>(to.size()), nullptr,
-                                          nullptr);
+    const int bytes =
+        WideCharToMultiByte(toPage, 0, wide.data(), units, to.data(), static_cast<int>(to.size()), nullptr, nullptr);
     to.resize(static_cast<size_t>(std::max(bytes, 0)));
     return to;
 }
@@ -119,10 +119,10 @@ bool AppendCodePage932(std::string& out, const std::string& character) {
 #endif
 
 /// Letters that code page 932 lacks, by the plain letters they are sung as. U+00C0..U+00FF.
-constexpr const char* kPlainLatin[64] = {"A", "A", "A", "A", "A", "A", "AE", "C", "E", "E", "E", "E", "I", "I", "I", "I",
-                                         "D", "N", "O", "O", "O", "O", "O",  "x", "O", "U", "U", "U", "U", "Y", "Th", "ss",
-                                         "a", "a", "a", "a", "a", "a", "ae", "c", "e", "e", "e", "e", "i", "i", "i", "i",
-                                         "d", "n", "o", "o", "o", "o", "o",  "",  "o", "u", "u", "u", "u", "y", "th", "y"};
+constexpr const char* kPlainLatin[64] = {
+    "A", "A", "A", "A", "A", "A", "AE", "C", "E",  "E",  "E", "E", "I", "I", "I", "I", "D",  "N", "O",  "O", "O", "O",
+    "O", "x", "O", "U", "U", "U", "U",  "Y", "Th", "ss", "a", "a", "a", "a", "a", "a", "ae", "c", "e",  "e", "e", "e",
+    "i", "i", "i", "i", "d", "n", "o",  "o", "o",  "o",  "o", "",  "o", "u", "u", "u", "u",  "y", "th", "y"};
 
 } // namespace
 

@@ -108,7 +108,8 @@ void PlaceSyllables(const std::vector<Syllable>& syllables, VoiceLine& line) {
     for (const Syllable& syllable : syllables) {
         while (note + 1 != line.notes.end() && (note + 1)->tick <= syllable.tick + kTolerance)
             ++note;
-        const bool meets = note->tick <= syllable.tick + kTolerance && syllable.tick < note->tick + note->length + kTolerance;
+        const bool meets =
+            note->tick <= syllable.tick + kTolerance && syllable.tick < note->tick + note->length + kTolerance;
         if (!meets) {
             ++line.lostSyllables;
         } else if (syllable.prolongs) {

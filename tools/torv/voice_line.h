@@ -18,13 +18,13 @@ struct SungNote {
 /// One voice made from a file: whose notes, whose lyrics, and what had to be done to them.
 struct VoiceLine {
     std::vector<SungNote> notes;
-    size_t noteTrack = 0;  ///< indexes into MidiSong::tracks
+    size_t noteTrack = 0; ///< indexes into MidiSong::tracks
     size_t lyricTrack = 0;
     bool hasLyrics = false;
     bool japanese = false; ///< what the lyrics look like
     TextEncoding encoding = TextEncoding::Utf8;
-    size_t cutNotes = 0;     ///< overlapping notes that were shortened or left out
-    size_t lostSyllables = 0; ///< syllables that fall on no note
+    size_t cutNotes = 0;               ///< overlapping notes that were shortened or left out
+    size_t lostSyllables = 0;          ///< syllables that fall on no note
     bool unreadableCharacters = false; ///< there is kanji, which no converter reads
 };
 
