@@ -73,7 +73,7 @@ def song(title, tempo, notation):
     voice = [(0, meta(0x03, b"Voice"))]
     tick = 0
     for line in notation.strip().splitlines():
-        for note in line.split(";"):
+        for note in filter(str.strip, line.split(";")):
             key, beats, *lyric = note.split()
             length = int(float(beats) * TICKS)
             if key != "-":

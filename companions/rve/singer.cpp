@@ -11,13 +11,15 @@ constexpr uint32_t kRates[] = {44100, 48000, 96000};
 constexpr int kStep = 256;
 constexpr uint32_t kSeed = 0x2545F491;
 
-constexpr float kLevel = 0.16F;          // what a vowel at default dynamics is scaled to
-constexpr float kDynamicsDb = 0.25F;     // a unit of dynamics
-constexpr float kVelocityDb = 0.12F;     // a unit of velocity
+constexpr float kLevel = 0.063F;         // RMS of full scale at the default dynamics and velocity: -24 dB
+constexpr float kDynamicsDb = 0.2F;      // a unit of dynamics
+constexpr float kVelocityDb = 0.08F;     // a unit of velocity
 constexpr int kDefaultDynamics = 72;
 constexpr int kDefaultVelocity = 64;
-constexpr float kHissLevel = 0.55F;
-constexpr float kAspirationLevel = 0.10F;
+constexpr float kHissLevel = 1.6F;
+constexpr float kAspirationLevel = 0.25F;
+constexpr int kLevelHarmonics = 12; // how many are asked for their level
+constexpr float kLevelEvenness = 0.85F; // 1: all vowels on all notes are equally strong
 constexpr Time kSafetyTail = FromMilliseconds(60); // a segment that promised to go on and did not
 constexpr float kQuiet = 1e-5F;
 
@@ -224,12 +226,15 @@ void Singer::MoveTract(const Target& target, float f0) {
     for (int i = 0; i < kFormants; ++i) {
         const auto f = static_cast<size_t>(i);
         float hz = target.hz[f] * gender * std::exp2(0.25F * VoiceControl(i * 3));
-        if (i == 0)
-            hz = std::max(hz, f0 * 1.02F); // singers lift the first formant to a high note
+        float bandwidth = target.bandwidth[f] * sharpness * std::exp2(VoiceControl(i * 3 + 1));
+        if (i == 0 && hz < f0 * 1.02F) { // singers lift the first formant to a high note
+            hz = f0 * 1.02F;
+            bandwidth = std::max(bandwidth, f0 * 0.3F);
+        }
         if (i == 1)
             hz = std::max(hz, m_hz[0].value * 1.1F);
         m_hz[f].Approach(hz, pace);
-        m_bandwidth[f].Approach(target.bandwidth[f] * sharpness * std::exp2(VoiceControl(i * 3 + 1)), pace);
+        m_bandwidth[f].Approach(bandwidth, pace);
         m_boost[f].Approach(FromDb(12 * VoiceControl(i * 3 + 2)), pace);
         m_tract.Set(i, m_hz[f].value, m_bandwidth[f].value, static_cast<float>(m_rate));
         m_tract.SetBoost(i, m_boost[f].value);
@@ -241,6 +246,20 @@ void Singer::MoveTract(const Target& target, float f0) {
         m_noiseBandwidth.Approach(target.noiseBandwidth, noisePace);
     }
     m_hiss.Set(m_noiseHz.value, m_noiseBandwidth.value, static_cast<float>(m_rate));
+}
+
+/// What brings the voice to an even level: the tract lifts some harmonics of some notes by twenty decibels and more.
+float Singer::LevelFor(float f0) const {
+    const float step = 6.2831853F * f0 / static_cast<float>(m_rate);
+    const float cut = 6.2831853F * m_tiltHz.value / static_cast<float>(m_rate);
+    float power = 0;
+    for (int k = 1; k <= kLevelHarmonics && step * static_cast<float>(k) < 3.0F; ++k) {
+        const float w = step * static_cast<float>(k);
+        power += static_cast<float>(m_tract.GainSquared(std::cos(w))) /
+                 (static_cast<float>(k * k) * (1 + w * w / (cut * cut)));
+    }
+    const float rms = 0.5F * std::sqrt(power / 2);
+    return kLevel * std::pow(std::max(rms, 0.01F), -kLevelEvenness);
 }
 
 void Singer::Tick() {
@@ -295,8 +314,8 @@ void Singer::Tick() {
     // Levels move in a line through the tick, so that no controller makes a step.
     const float clearness = FromDb(6 * VoiceControl(15));
     const float perSample = 1.0F / kTickSamples;
-    m_voicingStep = (m_voicing.value * m_gain.value * kLevel - m_voicingNow) * perSample;
-    m_aspirationStep = (m_aspiration.value * m_gain.value * kAspirationLevel - m_aspirationNow) * perSample;
+    m_voicingStep = (m_voicing.value * m_gain.value * LevelFor(f0) - m_voicingNow) * perSample;
+    m_aspirationStep = (m_aspiration.value * m_gain.value * kLevel * kAspirationLevel - m_aspirationNow) * perSample;
     m_noiseStep = (m_noise.value * m_gain.value * kHissLevel * kLevel * clearness - m_noiseNow) * perSample;
     m_breathNow = voice.breath * (VoiceControl(13) < 0 ? 1 + VoiceControl(13) : 1 + 7 * VoiceControl(13));
 
@@ -318,7 +337,7 @@ float Singer::NextSample() {
     const float white = m_random.Next();
     const float pulse = m_glottis.Next() + white * m_breathNow * m_glottis.Openness();
     m_tiltState += (pulse - m_tiltState) * m_tilt;
-    float sound = m_tract.Next(m_tiltState * m_voicingNow * 4 + white * m_aspirationNow);
+    float sound = m_tract.Next(m_tiltState * m_voicingNow + white * m_aspirationNow);
     sound += m_hiss.Next(white) * m_noiseNow * 2;
     m_shelfState += (sound - m_shelfState) * m_shelf;
     return sound + (sound - m_shelfState) * m_shelfGain.value;

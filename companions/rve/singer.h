@@ -44,6 +44,7 @@ private:
     float Envelope(const Segment* segment, Time now);
     float Pitch(const Segment* segment, Time now);
     void MoveTract(const Target& target, float f0);
+    float LevelFor(float f0) const;
     float NextSample();
     float Pace(float milliseconds) const;
 

@@ -11,6 +11,13 @@ class Resonator {
 public:
     void Reset() { m_y1 = m_y2 = 0; }
     void Set(float hz, float bandwidth, float rate);
+    /// The square of its gain where the cosine of the frequency (in radians a sample) is `cosine`.
+    double GainSquared(double cosine) const { // double: near the peak of a low formant these terms all but cancel
+        const double b = m_b;
+        const double c = m_c;
+        const double below = 1 + b * b + c * c - 2 * b * (1 - c) * cosine - 2 * c * (2 * cosine * cosine - 1);
+        return m_a * m_a / (below > 1e-12 ? below : 1e-12);
+    }
     float Next(float x) {
         const float y = m_a * x + m_b * m_y1 + m_c * m_y2;
         m_y2 = m_y1;
@@ -52,6 +59,12 @@ public:
         m_chain[static_cast<size_t>(formant)].Set(hz, bandwidth, rate);
         if (formant < kFormants)
             m_boostBands[static_cast<size_t>(formant)].Set(hz, bandwidth, rate);
+    }
+    double GainSquared(double cosine) const {
+        double gain = 1;
+        for (const Resonator& formant : m_chain)
+            gain *= formant.GainSquared(cosine);
+        return gain;
     }
     /// Amplitude of one formant's band beside the rest: 1 leaves it as it is.
     void SetBoost(int formant, float gain);
