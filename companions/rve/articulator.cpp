@@ -10,10 +10,10 @@ namespace rve {
 namespace {
 
 constexpr Voice kVoices[] = {
-    {Tract::Woman, 1.00F, 0.020F, 2600},  // soprano
-    {Tract::Man, 1.00F, 0.012F, 2400},    // tenor
-    {Tract::Child, 0.98F, 0.030F, 2200},  // child
-    {Tract::Man, 0.92F, 0.010F, 1700},    // bass
+    {Tract::Woman, 1.00F, 0.020F, 5200}, // soprano
+    {Tract::Man, 1.00F, 0.012F, 4800},   // tenor
+    {Tract::Child, 0.98F, 0.030F, 4600}, // child
+    {Tract::Man, 0.92F, 0.010F, 3600},   // bass
 };
 
 /// The rest of a vowel's formants by tract.
@@ -57,7 +57,8 @@ void AimClosure(Target& target, const Phoneme& phoneme, Time into, Time length, 
     target.noise = phoneme.noiseLevel;
     const std::string_view symbol(phoneme.symbol);
     if (phoneme.manner == Manner::Plosive && symbol.size() > 1 && symbol.back() == 'h')
-        target.aspiration = 0.6F * static_cast<float>(into - closure) / static_cast<float>(std::max<Time>(length - closure, 1));
+        target.aspiration =
+            0.6F * static_cast<float>(into - closure) / static_cast<float>(std::max<Time>(length - closure, 1));
 }
 
 } // namespace

@@ -10,8 +10,8 @@ namespace rve {
 struct Voice {
     Tract tract;
     float formantScale;
-    float breath;    ///< level of breath in the tone
-    float tiltHz;    ///< above this the source falls more steeply
+    float breath; ///< level of breath in the tone
+    float tiltHz; ///< above this the source falls more steeply
 };
 
 /// The engine's programs; numbers beyond them fold back.
@@ -28,8 +28,8 @@ struct Target {
     float noiseBandwidth = 2000;
 };
 
-/// What a segment's sounds aim at, at a time within it. `vowel` is what a sound without a place of its own takes on: the
-/// vowel it stands before, or the last one sung.
+/// What a segment's sounds aim at, at a time within it. `vowel` is what a sound without a place of its own takes on:
+/// the vowel it stands before, or the last one sung.
 Target AimAt(const Segment& segment, Time now, const Voice& voice, const Phoneme* vowel);
 
 /// The vowel, or what stands for it, that a segment is sung on; null when it has no phonemes.

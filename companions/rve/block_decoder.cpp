@@ -52,9 +52,7 @@ void BlockDecoder::StoreLsb(uint8_t value) {
         m_advancements[static_cast<size_t>(m_characterCount - 1)] = value;
 }
 
-Time BlockDecoder::Delay() const {
-    return FromMilliseconds(std::max(Msb(1), 0) * 128 + std::max(Lsb(1), 0));
-}
+Time BlockDecoder::Delay() const { return FromMilliseconds(std::max(Msb(1), 0) * 128 + std::max(Lsb(1), 0)); }
 
 Shape BlockDecoder::ShapeAt(int code) const {
     Shape shape;

@@ -13,8 +13,8 @@ namespace rve {
 class BlockDecoder {
 public:
     void Reset();
-    /// One channel message that arrives at `now`. Completed blocks are handed on; phonemes are those of the language that
-    /// was named last, which may be ahead of the one in force.
+    /// One channel message that arrives at `now`. Completed blocks are handed on; phonemes are those of the language
+    /// that was named last, which may be ahead of the one in force.
     template <class OnSegment, class OnChange>
     void Message(uint8_t status, uint8_t data1, uint8_t data2, Time now, OnSegment onSegment, OnChange onChange) {
         data1 &= 0x7F;

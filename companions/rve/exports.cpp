@@ -15,7 +15,14 @@
 
 namespace {
 
-enum Error : int32_t { kNone = 0, kNoInstance = -1, kCannotCreate = -2, kBadSetting = -3, kNotConfigured = -4, kNoOutput = -5 };
+enum Error : int32_t {
+    kNone = 0,
+    kNoInstance = -1,
+    kCannotCreate = -2,
+    kBadSetting = -3,
+    kNotConfigured = -4,
+    kNoOutput = -5
+};
 
 constexpr int32_t kMostInstances = 4096;
 constexpr uint32_t kFrameSize = 256;
@@ -24,8 +31,9 @@ std::array<std::atomic<rve::Singer*>, kMostInstances> g_singers{};
 std::mutex g_table;
 
 rve::Singer* SingerOf(int32_t handle) {
-    return handle >= 0 && handle < kMostInstances ? g_singers[static_cast<size_t>(handle)].load(std::memory_order_acquire)
-                                                  : nullptr;
+    return handle >= 0 && handle < kMostInstances
+               ? g_singers[static_cast<size_t>(handle)].load(std::memory_order_acquire)
+               : nullptr;
 }
 
 } // namespace

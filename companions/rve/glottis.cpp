@@ -24,7 +24,8 @@ struct Tables {
         for (size_t t = 0; t < std::size(kHarmonics); ++t) {
             for (; harmonic <= kHarmonics[t]; ++harmonic)
                 for (int i = 0; i < kTableSize; ++i) // phases drift, so that the peak stays low
-                    sum[static_cast<size_t>(i)] += std::sin(kTurn * (harmonic * i % kTableSize) / kTableSize + 0.35 * harmonic) / harmonic;
+                    sum[static_cast<size_t>(i)] +=
+                        std::sin(kTurn * (harmonic * i % kTableSize) / kTableSize + 0.35 * harmonic) / harmonic;
             for (int i = 0; i <= kTableSize; ++i)
                 pulses[t][static_cast<size_t>(i)] = static_cast<float>(sum[static_cast<size_t>(i % kTableSize)] * 0.5);
         }

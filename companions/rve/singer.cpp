@@ -11,15 +11,15 @@ constexpr uint32_t kRates[] = {44100, 48000, 96000};
 constexpr int kStep = 256;
 constexpr uint32_t kSeed = 0x2545F491;
 
-constexpr float kLevel = 0.063F;         // RMS of full scale at the default dynamics and velocity: -24 dB
-constexpr float kDynamicsDb = 0.2F;      // a unit of dynamics
-constexpr float kVelocityDb = 0.08F;     // a unit of velocity
+constexpr float kLevel = 0.063F;     // RMS of full scale at the default dynamics and velocity: -24 dB
+constexpr float kDynamicsDb = 0.2F;  // a unit of dynamics
+constexpr float kVelocityDb = 0.08F; // a unit of velocity
 constexpr int kDefaultDynamics = 72;
 constexpr int kDefaultVelocity = 64;
 constexpr float kHissLevel = 1.6F;
 constexpr float kAspirationLevel = 0.25F;
-constexpr int kLevelHarmonics = 12; // how many are asked for their level
-constexpr float kLevelEvenness = 0.85F; // 1: all vowels on all notes are equally strong
+constexpr int kLevelHarmonics = 12;                // how many are asked for their level
+constexpr float kLevelEvenness = 0.85F;            // 1: all vowels on all notes are equally strong
 constexpr Time kSafetyTail = FromMilliseconds(60); // a segment that promised to go on and did not
 constexpr float kQuiet = 1e-5F;
 
@@ -92,7 +92,7 @@ void Singer::Reset() {
     m_boost = {{{1}, {1}, {1}, {1}}};
     m_tilt = 1;
     m_tiltState = m_shelf = m_shelfState = 0;
-    m_tiltHz = {2500};
+    m_tiltHz = {5000};
     m_shelfGain = {0};
     m_glottis.Reset();
     m_random.Reset(kSeed);

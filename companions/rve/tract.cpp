@@ -39,7 +39,8 @@ void VocalTract::Reset() {
 
 void VocalTract::SetBoost(int formant, float gain) {
     m_boosts[static_cast<size_t>(formant)] = gain - 1;
-    const bool boosted = std::any_of(m_boosts.begin(), m_boosts.end(), [](float boost) { return std::abs(boost) > 1e-4F; });
+    const bool boosted =
+        std::any_of(m_boosts.begin(), m_boosts.end(), [](float boost) { return std::abs(boost) > 1e-4F; });
     if (boosted && !m_boosted)
         for (Band& band : m_boostBands)
             band.Reset();

@@ -1,0 +1,110 @@
+#include "stage.h"
+
+#include <doctest/doctest.h>
+
+TEST_CASE("pitch: within three cents of the note, at every rate") {
+    for (const uint32_t rate : {44100U, 48000U, 96000U})
+        for (const int note : {36, 45, 57, 69, 81, 90}) {
+            CAPTURE(rate);
+            CAPTURE(note);
+            Stream stream;
+            stream.Note({.note = note, .phonemes = "a"});
+            const auto steady = Part(Sing(stream, 0.7, rate), 300, 600, rate);
+            CHECK(std::abs(Cents(PitchOf(steady, HzOf(note), rate), HzOf(note))) < 3);
+        }
+}
+
+TEST_CASE("pitch: bend times sensitivity, two semitones at first") {
+    struct Row {
+        int bend;
+        int sensitivity; // -1: not sent
+        double semitones;
+    };
+    for (const Row& row :
+         {Row{8191, -1, 2.0}, Row{-8192, -1, -2.0}, Row{4096, 12, 6.0}, Row{-4096, 1, -0.5}, Row{0, 24, 0.0}}) {
+        CAPTURE(row.bend);
+        Stream stream;
+        if (row.sensitivity >= 0)
+            stream.Open(0x67, 0).Parameter(0x67, 2, row.sensitivity, 0);
+        stream.Bend(row.bend).Note({.note = 60});
+        const double hz = HzOf(60 + row.semitones);
+        CHECK(std::abs(Cents(PitchOf(Part(Sing(stream), 300, 600), hz), hz)) < 3);
+    }
+}
+
+TEST_CASE("time: a vowel begins within a step of its time, its consonants ahead of it by their advancement") {
+    // A step is 5.8 ms. 64 ticks at 120 beats a minute are 66.7 ms.
+    Stream vowel;
+    vowel.Note({.startMs = 250, .phonemes = "a"});
+    CHECK(std::abs(OnsetOf(Sing(vowel), 0.004) - 250) < 5.8);
+
+    Stream hiss;
+    hiss.Note({.startMs = 250, .phonemes = "s a"});
+    CHECK(std::abs(OnsetOf(Sing(hiss), 0.004) - (250 - 66.7)) < 5.8);
+
+    Stream cluster;
+    cluster.Value(0x60, 1).Note({.startMs = 250, .phonemes = "s t r eI", .advancement = 48}); // 3 x 50 ms
+    CHECK(std::abs(OnsetOf(Sing(cluster), 0.004) - 100) < 5.8);
+
+    // Voicing after a voiceless plosive: nothing at the fundamental before the vowel, all of it soon after.
+    Stream plosive;
+    plosive.Note({.note = 69, .startMs = 250, .phonemes = "t a"});
+    const auto sound = Sing(plosive);
+    CHECK(Tone(Part(sound, 200, 246), 440) < 0.05 * Tone(Part(sound, 300, 346), 440));
+    CHECK(Tone(Part(sound, 256, 276), 440) > 0.3 * Tone(Part(sound, 300, 320), 440));
+}
+
+TEST_CASE("time: a bend applies its delay after it arrives") {
+    Stream stream;
+    stream.Note({.note = 60, .startMs = 0, .lengthMs = 900}).Bend(8191, 500);
+    const auto sound = Sing(stream, 0.9);
+    CHECK(std::abs(Cents(PitchOf(Part(sound, 300, 490), HzOf(60)), HzOf(60))) < 4);
+    CHECK(std::abs(Cents(PitchOf(Part(sound, 520, 800), HzOf(62)), HzOf(62))) < 4);
+}
+
+TEST_CASE("joined notes: no break in the sound, the pitch glides as long as the transition says") {
+    const auto pitchAt = [](int duration, double ms) {
+        Stream stream;
+        stream.Note({.note = 57, .startMs = 100, .lengthMs = 500, .type = 1});
+        stream.Note({.note = 64, .startMs = 600, .lengthMs = 500, .type = 2, .transitionDuration = duration});
+        const auto sound = Sing(stream, 1.1);
+        double quietest = 1;
+        for (double t = 300; t < 1000; t += 10)
+            quietest = std::min(quietest, Rms(Part(sound, t, t + 20)));
+        CHECK(quietest > 0.4 * Rms(Part(sound, 300, 500)));
+        return PitchOf(Part(sound, ms - 12, ms + 12), HzOf(60.5));
+    };
+    // The glide is centred on the note's time: with 127 it takes 200 ms, with 0 ten.
+    CHECK(std::abs(Cents(PitchOf(Sing(Stream().Note({.note = 64}), 0.6), HzOf(64)), HzOf(64))) < 30);
+    CHECK(pitchAt(0, 640) > HzOf(63.5));
+    CHECK(pitchAt(127, 560) < HzOf(60.5));
+}
+
+TEST_CASE("silence: exact zeros within a second of the last note, and before the first") {
+    for (const int type : {3, 1}) { // ended, or promised to go on and never did
+        Stream stream;
+        stream.Note({.startMs = 200,
+                     .lengthMs = 300,
+                     .phonemes = "s a s",
+                     .type = type,
+                     .releaseCode = 0,
+                     .releaseDuration = 127});
+        const auto sound = Sing(stream, 1.7);
+        CHECK(Rms(Part(sound, 0, 100)) == 0.0);
+        CHECK(Rms(Part(sound, 1500, 1700)) == 0.0);
+        CHECK(Rms(Part(sound, 300, 450)) > 0.02);
+    }
+}
+
+TEST_CASE("steps: their samples add up at every rate, and capacity only cuts") {
+    for (const uint32_t rate : {44100U, 48000U, 96000U}) {
+        const auto singer = std::make_unique<rve::Singer>();
+        REQUIRE(singer->Configure(rate));
+        uint64_t total = 0;
+        int16_t samples[558];
+        for (int i = 0; i < 1000; ++i)
+            total += singer->Step(0, nullptr, samples, 558);
+        CHECK(total == 1000ULL * 256 * rate / 44100);
+        CHECK(singer->Step(0, nullptr, samples, 10) == 10);
+    }
+}

@@ -1,0 +1,277 @@
+#include "stage.h"
+
+#include <doctest/doctest.h>
+
+#include <algorithm>
+
+namespace {
+
+/// The formant near a place: of the peaks of the harmonics' envelope the nearest one, at the top of a parabola (in dB)
+/// through its harmonic and the two beside it.
+double FormantNear(const std::vector<double>& sound, double f0, double expected) {
+    const auto level = [&](int k) { return Db(Tone(sound, k * f0) * k + 1e-9); }; // without the source's 6 dB an octave
+    double nearest = 0;
+    for (int k = 2; k * f0 < 2 * expected; ++k) {
+        const double l = level(k - 1), m = level(k), r = level(k + 1);
+        if (m < l || m < r)
+            continue;
+        const double hz = (k + (l - r) / (2 * (l - 2 * m + r))) * f0;
+        if (std::abs(hz - expected) < std::abs(nearest - expected))
+            nearest = hz;
+    }
+    return nearest;
+}
+
+std::vector<double> Steady(const char* phonemes, int language, int program, int note) {
+    Stream stream;
+    stream.Value(0x60, language).Value(0x53, program).Note({.note = note, .phonemes = phonemes});
+    return Part(Sing(stream), 300, 600);
+}
+
+/// The consonant of "X a", sung from 133 ms to the vowel at 200 ms.
+std::vector<double> ConsonantSound(const std::string& symbol, int language = 0) {
+    Stream stream;
+    stream.Value(0x60, language).Note({.startMs = 200, .phonemes = symbol + " a"});
+    return Sing(stream);
+}
+
+} // namespace
+
+TEST_CASE("vowels: the first two formants of men's averages, within 15 %") {
+    struct Row {
+        int language;
+        const char* symbol;
+        double f1, f2;
+    };
+    // English after Peterson and Barney (1952), Japanese after Nishi et al. (2008).
+    for (const Row& row :
+         {Row{1, "i:", 270, 2290}, Row{1, "I", 390, 1990}, Row{1, "e", 530, 1840}, Row{1, "{", 660, 1720},
+          Row{1, "Q", 730, 1090}, Row{1, "O:", 570, 840}, Row{1, "U", 440, 1020}, Row{1, "u:", 300, 870},
+          Row{1, "V", 640, 1190}, Row{1, "@r", 490, 1350}, Row{1, "@", 500, 1500}, Row{0, "a", 615, 1182},
+          Row{0, "i", 317, 2077}, Row{0, "M", 349, 1171}, Row{0, "e", 437, 1785}, Row{0, "o", 424, 751}}) {
+        CAPTURE(std::string(row.symbol));
+        const auto sound = Steady(row.symbol, row.language, 1, 33); // A1, 55 Hz: harmonics close enough to tell
+        CHECK(std::abs(FormantNear(sound, 55, row.f1) / row.f1 - 1) < 0.15);
+        CHECK(std::abs(FormantNear(sound, 55, row.f2) / row.f2 - 1) < 0.15);
+    }
+}
+
+TEST_CASE("diphthongs glide from one vowel to the other") {
+    Stream stream;
+    stream.Value(0x60, 1).Value(0x53, 1).Note({.note = 33, .phonemes = "aI"});
+    const auto sound = Sing(stream);
+    CHECK(FormantNear(Part(sound, 150, 350), 55, 1090) < 1300);
+    CHECK(FormantNear(Part(sound, 560, 690), 55, 1990) > 1700);
+}
+
+TEST_CASE("consonants: each manner has its own mark") {
+    const auto hiss = [](const std::string& symbol, double from, double to) {
+        return Band(Part(ConsonantSound(symbol), 145, 190), from, to);
+    };
+    CHECK(hiss("s", 5500, 8000) > 4 * hiss("s", 1500, 4000)); // high
+    CHECK(hiss("S", 2500, 4000) > 2 * hiss("S", 6000, 9000)); // lower
+    CHECK(hiss("C", 3300, 4500) > 2 * hiss("C", 600, 1800));
+    CHECK(hiss("h", 200, 5000) > hiss("h", 6000, 9000)); // through the tract
+
+    // Plosives: a closure, then a burst where their place has it.
+    struct Burst {
+        const char* symbol;
+        double from, to;
+    };
+    for (const Burst& row : {Burst{"t", 3500, 5500}, Burst{"k", 1500, 2400}, Burst{"p", 500, 1400}}) {
+        CAPTURE(row.symbol);
+        const auto sound = ConsonantSound(row.symbol);
+        CHECK(Rms(Part(sound, 138, 170)) < 0.001);
+        CHECK(Rms(Part(sound, 182, 196)) > 0.004);
+        const auto burst = Part(sound, 180, 198);
+        for (const Burst& other : {Burst{"t", 3500, 5500}, Burst{"k", 1500, 2400}, Burst{"p", 500, 1400}})
+            if (std::string(other.symbol) != row.symbol)
+                CHECK(Band(burst, row.from, row.to) > Band(burst, other.from, other.to));
+    }
+    // Affricates: a closure, then a longer hiss. Nasals: a low murmur. Taps: a dip. Voiced plosives: a voice bar.
+    const auto ts = ConsonantSound("ts");
+    CHECK(Rms(Part(ts, 138, 155)) < 0.001);
+    CHECK(Band(Part(ts, 170, 195), 5500, 8000) > 0.004);
+    const auto m = Part(ConsonantSound("m"), 150, 190);
+    CHECK(Band(m, 60, 500) > 3 * Band(m, 700, 3000));
+    const auto tap = ConsonantSound("4");
+    CHECK(Rms(Part(tap, 166, 180)) < 0.6 * Rms(Part(tap, 240, 270)));
+    const auto b = ConsonantSound("b");
+    CHECK(Rms(Part(b, 145, 165)) > 0.002);
+    CHECK(Rms(Part(b, 145, 165)) < 0.4 * Rms(Part(b, 260, 300)));
+    // Glides move: the second formant of "j a" comes down.
+    Stream glide;
+    glide.Value(0x53, 1).Note({.note = 33, .startMs = 250, .phonemes = "j a", .advancement = 100});
+    const auto ja = Sing(glide);
+    const auto slant = [&](double from, double to) {
+        return Band(Part(ja, from, to), 1900, 2500) / Band(Part(ja, from, to), 900, 1500);
+    };
+    CHECK(slant(170, 230) > 4 * slant(400, 460));
+}
+
+TEST_CASE("loudness: dynamics and velocity by their decibels, monotonic, and never at full scale") {
+    const auto level = [](int dynamics, int velocity) {
+        Stream stream;
+        stream.Value(0x63, dynamics).Note({.note = 57, .velocity = velocity});
+        return Db(Rms(Part(Sing(stream), 300, 600)));
+    };
+    double previous = -200;
+    for (const int dynamics : {0, 20, 40, 60, 72, 90, 110, 127}) {
+        const double now = level(dynamics, 64);
+        CHECK(now > previous + 1);
+        previous = now;
+    }
+    CHECK(level(92, 64) - level(72, 64) == doctest::Approx(4.0).epsilon(0.1));  // 0.2 dB a unit
+    CHECK(level(72, 114) - level(72, 64) == doctest::Approx(4.0).epsilon(0.1)); // 0.08 dB a unit
+    double peak = 0;
+    for (const int program : {0, 1, 2, 3})
+        for (const char* vowel : {"a", "i", "u:", "O:"})
+            for (const int note : {36, 55, 72, 96}) {
+                Stream stream;
+                stream.Value(0x53, program).Value(0x63, 127).Note({.note = note, .phonemes = vowel, .velocity = 127});
+                for (const double x : Sing(stream, 0.4))
+                    peak = std::max(peak, std::abs(x));
+            }
+    CHECK(peak < 0.9999);
+    CHECK(peak > 0.5);
+}
+
+TEST_CASE("vibrato: rate and depth as told, where told; tremolo") {
+    // 64 is 5.56 Hz; 60 is 60 cents either way.
+    Stream stream;
+    stream.Value(0x64, 64).Value(0x65, 60);
+    stream.Note({.note = 69, .startMs = 100, .lengthMs = 2000, .vibratoStart = 32, .vibratoExtent = 0});
+    const auto sound = Sing(stream, 2.0);
+    CHECK(std::abs(Cents(PitchOf(Part(sound, 250, 500), 440), 440)) < 3);
+    double lowest = 0, highest = 0;
+    int crossings = 0;
+    double last = 0;
+    for (double t = 1000; t < 1900; t += 5) {
+        const auto window = Part(sound, t, t + 25);
+        const double cents = Cents(PitchOf(window, 440), 440);
+        lowest = std::min(lowest, cents);
+        highest = std::max(highest, cents);
+        crossings += last < 0 && cents >= 0;
+        last = cents;
+    }
+    CHECK(highest == doctest::Approx(60).epsilon(0.15));
+    CHECK(lowest == doctest::Approx(-60).epsilon(0.15));
+    CHECK((crossings >= 4 && crossings <= 6)); // five turns in 900 ms
+
+    const auto swing = [](int depth) {
+        Stream tremolo;
+        tremolo.Value(0x66, depth).Note({.note = 57, .lengthMs = 1000});
+        const auto sung = Sing(tremolo, 1.0);
+        double low = 1, high = 0;
+        for (double t = 300; t < 900; t += 10) {
+            const double rms = Rms(Part(sung, t, t + 20));
+            low = std::min(low, rms);
+            high = std::max(high, rms);
+        }
+        return Db(high / low);
+    };
+    CHECK(swing(0) < 1);
+    CHECK(swing(64) == doctest::Approx(5.4).epsilon(0.25)); // 1 +- 0.3
+    CHECK(swing(127) > 8);
+}
+
+TEST_CASE("shapes: attacks and releases take the time they are told, styles stretch and tighten") {
+    const auto rise = [](int code, int duration) {
+        Stream stream;
+        stream.Note({.note = 69, .startMs = 100, .attackCode = code, .attackDepth = 0, .attackDuration = duration});
+        const auto sound = Sing(stream);
+        return OnsetOf(Part(sound, 100, 700), 0.9 * Rms(Part(sound, 400, 600)));
+    };
+    CHECK(rise(0, 0) < 20);
+    CHECK(rise(0, 127) > rise(0, 20) + 30);
+    CHECK(rise(1, 64) > 1.5 * rise(0, 64));
+    CHECK(rise(2, 64) < rise(0, 64));
+    const auto rings = [](int code, int duration) {
+        Stream stream;
+        stream.Note({.startMs = 100, .lengthMs = 300, .releaseCode = code, .releaseDuration = duration});
+        return Rms(Part(Sing(stream), 415, 435));
+    };
+    CHECK(rings(0, 127) > 2 * rings(0, 10));
+    CHECK(rings(1, 64) > rings(0, 64));
+    CHECK(rings(2, 64) < rings(0, 64));
+}
+
+TEST_CASE("voices and voice controls: each changes what it is said to change") {
+    std::vector<double> centres;
+    for (const int program : {0, 1, 2, 3}) {
+        const auto sound = Steady("a", 0, program, 45);
+        double weighted = 0, sum = 0;
+        for (int k = 1; k < 40; ++k) {
+            const double tone = Tone(sound, 110.0 * k);
+            weighted += tone * k;
+            sum += tone;
+        }
+        centres.push_back(weighted / sum);
+    }
+    CHECK((centres[2] > centres[0] && centres[0] > centres[1] && centres[1] > centres[3])); // child, woman, man, bass
+
+    const auto with = [](int control, int value) {
+        Stream stream;
+        stream.Value(0x53, 1).VoiceControl(control, value).Note({.note = 33, .phonemes = "a"});
+        return Part(Sing(stream), 300, 600);
+    };
+    const auto neutral = with(0, 64);
+    const double places[] = {615, 1182, 2440};
+    for (int r = 0; r < 3; ++r) {
+        CAPTURE(r);
+        const double place = places[r];
+        if (r < 2) { // a quarter octave up and down
+            CHECK(FormantNear(with(r * 3, 127), 55, place * 1.19) > place * 1.08);
+            CHECK(FormantNear(with(r * 3, 0), 55, place / 1.19) < place / 1.08);
+        }
+        const auto peak = [place](const std::vector<double>& sound) { return Band(sound, place - 100, place + 100); };
+        const double before = peak(neutral) / Rms(neutral);
+        const auto wide = with(r * 3 + 1, 127);
+        CHECK(peak(wide) / Rms(wide) < before); // a wider band is a lower peak
+        const auto strong = with(r * 3 + 2, 127);
+        const auto low = [](const std::vector<double>& sound) { return Band(sound, 40, 250); };
+        CHECK(Db(peak(strong) / low(strong) * low(neutral) / peak(neutral)) > 3);
+    }
+    const auto fourth = with(9, 127);
+    CHECK(Band(fourth, 3900, 4500) / Rms(fourth) > Band(neutral, 3900, 4500) / Rms(neutral));
+    const auto high = [](const std::vector<double>& sound) { return Band(sound, 2000, 6000) / Rms(sound); };
+    CHECK(high(with(12, 127)) > 1.1 * high(with(12, 0)));           // harmonics
+    CHECK(Db(high(with(14, 127)) / high(with(14, 0))) > 6);         // brightness
+    CHECK(FormantNear(with(16, 127), 55, 615 * 1.19) > 615 * 1.08); // gender: the whole tract shorter
+    const auto between = [](const std::vector<double>& sound) {
+        return Tone(sound, 55 * 20.5) + Tone(sound, 55 * 24.5);
+    };
+    CHECK(between(with(13, 127)) > 2 * between(with(13, 0))); // noise between the harmonics
+    Stream clear;
+    clear.VoiceControl(15, 127).Note({.startMs = 200, .phonemes = "s a"});
+    CHECK(Db(Rms(Part(Sing(clear), 150, 190)) / Rms(Part(ConsonantSound("s"), 150, 190))) ==
+          doctest::Approx(6).epsilon(0.2));
+}
+
+TEST_CASE("no clicks: joins, steps and controllers that jump are as smooth as the tone") {
+    Stream steady;
+    steady.Note({.note = 57, .startMs = 0, .lengthMs = 900});
+    const double tone = Roughness(Part(Sing(steady, 0.8), 300, 700));
+    const auto check = [tone](const char* what, Stream stream, double louder) {
+        CAPTURE(what);
+        CHECK(Roughness(Part(Sing(stream, 0.8), 300, 700)) < tone * louder * 1.6);
+    };
+    Stream joined;
+    joined.Note({.note = 57, .startMs = 0, .lengthMs = 500, .type = 1})
+        .Note({.note = 59, .startMs = 500, .lengthMs = 400, .type = 2});
+    check("joined notes", joined, 1.2);
+    Stream again;
+    again.Note({.note = 57, .startMs = 0, .lengthMs = 500}).Note({.note = 57, .startMs = 500, .lengthMs = 400});
+    check("a new note at once", again, 1.2);
+    Stream louder = steady;
+    louder.Value(0x63, 127, 500).Value(0x63, 0, 600);
+    check("dynamics", louder, 5.5); // 11 dB louder and brighter
+    Stream voice = steady;
+    voice.Value(0x53, 3, 500).Bend(8191, 550);
+    check("program and bend", voice, 1.6);
+    for (int control = 0; control < 17; ++control) {
+        Stream jump = steady;
+        jump.VoiceControl(control, 127, 450).VoiceControl(control, 0, 550);
+        check("voice control", jump, control == 14 || control == 12 ? 4 : 4);
+    }
+}
