@@ -1,0 +1,102 @@
+// A converter that says each text back: a slot a letter. Digits ask for oddities: '0' none, '1' a count below zero, '2'
+// a count beyond all room, '3' slots without a terminator, '4' more than a text can hold.
+#include "fake_converter.h"
+
+#include <cstring>
+#include <deque>
+#include <string>
+
+#if defined(_WIN32)
+#define EXPORT extern "C" __declspec(dllexport)
+#else
+#define EXPORT extern "C" __attribute__((visibility("default")))
+#endif
+
+namespace {
+
+FakeState g_state;
+std::deque<std::string> g_waiting;
+bool g_ended;
+
+[[maybe_unused]] void Fill(G2paOutput& output, const std::string& text) {
+    output.count = 0;
+    for (const char c : text.substr(0, G2PA_MAX_SLOTS)) {
+        char* const slot = output.slots[output.count++];
+        slot[0] = c;
+        slot[1] = '\0';
+    }
+    switch (text.empty() ? '0' : text[0]) {
+    case '0':
+        output.count = 0;
+        break;
+    case '1':
+        output.count = -7;
+        break;
+    case '2':
+        output.count = 0x7FFFFFFF;
+        break;
+    case '3':
+        std::memset(output.slots, 'x', 16);
+        output.count = 2;
+        break;
+    case '4':
+        std::memset(output.slots, 'y', sizeof output.slots);
+        output.count = 256;
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace
+
+EXPORT FakeState* fakeState() { return &g_state; }
+
+EXPORT int32_t G2PA_CALL g2paCreate(uint32_t beats) {
+    g_state.beats = beats;
+    g_waiting.clear();
+    g_ended = false;
+    return g_state.createResult;
+}
+
+EXPORT int32_t G2PA_CALL g2paPut(int32_t, const void* input) {
+    if (!input) {
+        ++g_state.sweeps;
+        g_ended = true;
+        for (int i = 0; i < g_state.forgetLast && !g_waiting.empty(); ++i)
+            g_waiting.pop_back();
+        return 0;
+    }
+    const int number = g_state.puts++;
+    if (number == g_state.putErrorAt)
+        return -33;
+    uint32_t words[2];
+    std::memcpy(words, input, sizeof words);
+    const char* const text = static_cast<const char*>(input) + sizeof words;
+    if (number < 64) {
+        g_state.positions[number] = words[0];
+        g_state.lengths[number] = words[1];
+        std::strncpy(g_state.texts[number], text, 63);
+    }
+    g_waiting.push_back(text);
+    return 0;
+}
+
+#ifndef FAKE_NO_GET
+EXPORT int32_t G2PA_CALL g2paGet(int32_t, void* output) {
+    if (g_state.getResult)
+        return g_state.getResult;
+    if (g_waiting.empty() || (g_state.holdBack && !g_ended))
+        return 1;
+    Fill(*static_cast<G2paOutput*>(output), g_waiting.front());
+    g_waiting.pop_front();
+    return 0;
+}
+#endif
+
+EXPORT int32_t G2PA_CALL g2paDelete(int32_t) {
+    ++g_state.deletes;
+    return g_state.deleteResult;
+}
+
+EXPORT const char* G2PA_CALL g2paGetVersionString() { return "fake 1.0"; }

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "g2pa_abi.h"
+
+/// What the test tells the fake, and what the fake saw: handed over through its entry point "fakeState".
+struct FakeState {
+    // how to behave
+    int createResult = 1;
+    int putErrorAt = -1; ///< number of the put that fails
+    int getResult = 0;   ///< an error code instead of an output
+    int deleteResult = 0;
+    bool holdBack = false; ///< outputs only after the end of input
+    int forgetLast = 0;    ///< outputs that never come
+    // what was seen
+    unsigned beats = 0;
+    int puts = 0, sweeps = 0, deletes = 0;
+    unsigned positions[64] = {};
+    unsigned lengths[64] = {};
+    char texts[64][64] = {};
+};
+using FakeStateProc = FakeState* (*)();
