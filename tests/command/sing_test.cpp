@@ -1,0 +1,163 @@
+// The program itself, as a user runs it: what it says, what it leaves behind, and whether the wave sings the file.
+#include "analysis.h"
+#include "midi_bytes.h"
+
+#include <doctest/doctest.h>
+#include <nlohmann/json.hpp>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Run {
+    int status;
+    std::string said;
+};
+
+/// A folder for one test's files beside the program.
+struct Folder {
+    fs::path path = fs::current_path() / "command_test_files";
+    Folder() {
+        fs::remove_all(path);
+        fs::create_directory(path);
+    }
+    ~Folder() {
+        std::error_code ignored;
+        fs::remove_all(path, ignored);
+    }
+    std::string File(const std::string& name, const FileBytes& bytes) const {
+        std::ofstream(path / name, std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        return "command_test_files/" + name;
+    }
+    Run Torv(const std::string& arguments) const {
+#ifdef _WIN32
+        const std::string program = "torv.exe ";
+#else
+        const std::string program = "./torv ";
+#endif
+        const int status = std::system((program + arguments + " > command_test_files/said.txt 2>&1").c_str());
+        std::ifstream said(path / "said.txt");
+        std::string text{std::istreambuf_iterator<char>(said), std::istreambuf_iterator<char>()};
+        said.close();
+        fs::remove(path / "said.txt");
+#ifdef _WIN32
+        return {status, text};
+#else
+        return {WEXITSTATUS(status), text};
+#endif
+    }
+    size_t Count() const {
+        return static_cast<size_t>(std::distance(fs::directory_iterator(path), fs::directory_iterator()));
+    }
+};
+
+/// Frames of a 16-bit mono wave, -1..1.
+std::vector<double> Wave(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    const std::vector<char> bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::vector<double> sound;
+    for (size_t i = 44; i + 1 < bytes.size(); i += 2)
+        sound.push_back(static_cast<int16_t>(static_cast<unsigned char>(bytes[i]) | bytes[i + 1] << 8) / 32768.0);
+    return sound;
+}
+
+/// Eight notes with gaps, a change of tempo in the middle: 120 beats a minute, then 80.
+const int kKeys[] = {60, 62, 64, 65, 67, 64, 62, 60};
+FileBytes Scale(bool lyrics) {
+    TrackBytes conductor, voice;
+    conductor.Meta(0, 0x51, std::string("\x07\xA1\x20", 3)).Meta(480 * 5, 0x51, std::string("\x0B\x71\xB0", 3));
+    voice.Meta(0, 3, "Voice");
+    uint32_t wait = 480;
+    for (const int key : kKeys) {
+        if (lyrics)
+            voice.Lyric(wait, "la");
+        voice.On(lyrics ? 0 : wait, key).Off(360, key);
+        wait = 120;
+    }
+    return MidiFile(1, 480, {conductor, voice});
+}
+
+} // namespace
+
+TEST_CASE("sing: the wave's pitches and times are the file's") {
+    const Folder folder;
+    const std::string song = folder.File("scale.mid", Scale(true));
+    for (const std::string options : {"--plain", "--transpose 12 --voice tenor --plain"}) {
+        CAPTURE(options);
+        const Run run = folder.Torv("sing " + song +
+                                    " -o command_test_files/out.wav --report command_test_files/out.json " + options);
+        REQUIRE(run.status == 0);
+        CHECK(run.said.find("8 notes") != std::string::npos);
+        const std::vector<double> sound = Wave(folder.path / "out.wav");
+        std::ifstream file(folder.path / "out.json");
+        const nlohmann::json report = nlohmann::json::parse(file);
+        REQUIRE(report["notes"].size() == 8);
+        const double shift = options == "--plain" ? 0 : 12;
+        for (int i = 0; i < 8; ++i) {
+            // Beats 1 to 4 at 500 ms, from beat 5 on at 750 ms.
+            const double start = i < 4 ? 500.0 * (i + 1) : 2500 + 750.0 * (i - 4);
+            CAPTURE(i);
+            CHECK(report["notes"][static_cast<size_t>(i)]["start"].get<double>() * 1000 ==
+                  doctest::Approx(start).epsilon(0.001));
+            CHECK(report["notes"][static_cast<size_t>(i)]["lyric"][0]["phonemes"][0]["symbol"] == "l");
+            const double expected = HzOf(kKeys[i] + shift);
+            CHECK(std::abs(Cents(PitchOf(Part(sound, start + 120, start + 330), expected), expected)) < 3);
+            CHECK(Rms(Part(sound, start + 120, start + 330)) > 10 * Rms(Part(sound, start - 95, start - 75)));
+        }
+        CHECK(folder.Count() == 3); // song, wave, report
+    }
+}
+
+TEST_CASE("sing: without lyrics on a vowel; stereo with a pan") {
+    const Folder folder;
+    const std::string song = folder.File("vowels.mid", Scale(false));
+    const Run run = folder.Torv("sing " + song + " -o command_test_files/out.wav --pan 1 --rate 48000 --language ja");
+    CHECK(run.status == 0);
+    CHECK(run.said.find("no lyrics: it is sung on a vowel") != std::string::npos);
+    const std::vector<double> frames = Wave(folder.path / "out.wav");
+    double left = 0, right = 0;
+    for (size_t i = 0; i + 1 < frames.size(); i += 2) {
+        left = std::max(left, std::abs(frames[i]));
+        right = std::max(right, std::abs(frames[i + 1]));
+    }
+    CHECK((left == 0 && right > 0.05));
+}
+
+TEST_CASE("sing: what cannot be sung is told in one line and leaves nothing behind") {
+    const Folder folder;
+    const FileBytes whole = Scale(true);
+    const std::string good = folder.File("good.mid", whole);
+    const std::string cut = folder.File("cut.mid", {whole.begin(), whole.begin() + 100});
+    const std::string text = folder.File("text.mid", {'h', 'i'});
+    const std::string silent = folder.File("silent.mid", MidiFile(1, 480, {TrackBytes()}));
+    const size_t before = folder.Count();
+    struct Row {
+        std::string arguments;
+        int status;
+        const char* says;
+    };
+    const std::string out = " -o command_test_files/out.wav";
+    for (const Row& row :
+         {Row{"sing " + cut + out, 1, "cut short"}, Row{"sing " + text + out, 1, "not a standard MIDI file"},
+          Row{"sing " + silent + out, 1, "no notes"}, Row{"sing nowhere.mid" + out, 1, "cannot be opened"},
+          Row{"sing command_test_files" + out, 1, "is a folder"},
+          Row{"sing " + good + out + " --voice alto", 1, "soprano"},
+          Row{"sing " + good + out + " --track 9", 1, "no track 9"},
+          Row{"sing " + good + " -o nowhere/out.wav", 1, "cannot be written"}, Row{"sing " + good, 2, "--output"},
+          Row{"sing " + good + out + " --rate 8000", 2, "--rate"}}) {
+        CAPTURE(row.arguments);
+        const Run run = folder.Torv(row.arguments);
+        CHECK(run.status == row.status);
+        CHECK(run.said.find(row.says) != std::string::npos);
+        if (row.status == 1)
+            CHECK(std::count(run.said.begin(), run.said.end(), '\n') == 1);
+        CHECK(folder.Count() == before);
+    }
+}
