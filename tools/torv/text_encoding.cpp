@@ -58,27 +58,36 @@ bool IsKana(char32_t c) { return (c >= 0x3041 && c <= 0x30FF) || (c >= 0xFF66 &&
 
 #ifdef _WIN32
 
-std::string Convert(std::string_view from, UINT fromPage, UINT toPage) {
-    if (from.empty())
-        return {};
-    const int size = static_cast<int>(from.size());
-    std::wstring wide(from.size() + 1, L'\0');
-    const int units = MultiByteToWideChar(fromPage, 0, from.data(), size, wide.data(), static_cast<int>(wide.size()));
-    std::string to(static_cast<size_t>(units) * 4 + 1, '\0');
-    const int bytes =
-        WideCharToMultiByte(toPage, 0, wide.data(), units, to.data(), static_cast<int>(to.size()), nullptr, nullptr);
-    to.resize(static_cast<size_t>(std::max(bytes, 0)));
-    return to;
+/// UTF-8 of one character of code page 932; empty when it is none. The system would put a substitute, and it is kana.
+std::string CharacterToUtf8(std::string_view character) {
+    wchar_t wide[4];
+    const int units =
+        MultiByteToWideChar(932, MB_ERR_INVALID_CHARS, character.data(), static_cast<int>(character.size()), wide, 4);
+    char utf8[16];
+    const int bytes = units > 0 ? WideCharToMultiByte(CP_UTF8, 0, wide, units, utf8, sizeof utf8, nullptr, nullptr) : 0;
+    return {utf8, static_cast<size_t>(std::max(bytes, 0))};
 }
 
-std::string ShiftJisToUtf8(std::string_view bytes) { return Convert(bytes, 932, CP_UTF8); }
+std::string ShiftJisToUtf8(std::string_view bytes) {
+    std::string utf8;
+    while (!bytes.empty()) {
+        const size_t length = IsDBCSLeadByteEx(932, static_cast<BYTE>(bytes[0])) && bytes.size() > 1 ? 2 : 1;
+        const std::string character = CharacterToUtf8(bytes.substr(0, length));
+        utf8 += character.empty() ? "\xEF\xBF\xBD" : character;
+        bytes.remove_prefix(character.empty() ? 1 : length);
+    }
+    return utf8;
+}
 
-bool AppendCodePage932(std::string& out, const std::string& character) {
-    const std::string bytes = Convert(character, CP_UTF8, 932);
-    if (bytes.empty() || bytes == "?")
-        return false;
-    out += bytes;
-    return true;
+void AppendCodePage932(std::string& out, const std::string& character) {
+    wchar_t wide[4];
+    const int units = MultiByteToWideChar(CP_UTF8, 0, character.data(), static_cast<int>(character.size()), wide, 4);
+    char bytes[8];
+    BOOL substituted = FALSE;
+    const int count =
+        WideCharToMultiByte(932, WC_NO_BEST_FIT_CHARS, wide, units, bytes, sizeof bytes, nullptr, &substituted);
+    if (count > 0 && !substituted)
+        out.append(bytes, static_cast<size_t>(count));
 }
 
 #else
@@ -110,10 +119,8 @@ std::string Convert(std::string_view from, const char* fromName, const char* toN
 
 std::string ShiftJisToUtf8(std::string_view bytes) { return Convert(bytes, "CP932", "UTF-8", "\xEF\xBF\xBD"); }
 
-bool AppendCodePage932(std::string& out, const std::string& character) {
-    const std::string bytes = Convert(character, "UTF-8", "CP932", {});
-    out += bytes;
-    return !bytes.empty();
+void AppendCodePage932(std::string& out, const std::string& character) {
+    out += Convert(character, "UTF-8", "CP932", {});
 }
 
 #endif

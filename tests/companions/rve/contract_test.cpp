@@ -1,18 +1,13 @@
+#include "allocation_counter.h"
 #include "stage.h"
 
 #include "torv/platform/platform.h"
 
 #include <doctest/doctest.h>
 
-#include <atomic>
-#include <cstdlib>
-#include <new>
 #include <random>
 
 namespace {
-
-std::atomic<bool> g_counting{false};
-std::atomic<int> g_allocations{0};
 
 /// The built library, by its entry points.
 struct Engine {
@@ -40,21 +35,6 @@ std::vector<int16_t> StepOnce(const Engine& engine, int32_t handle, const Stream
 }
 
 } // namespace
-
-void* operator new(std::size_t size) {
-    if (g_counting)
-        ++g_allocations;
-    if (void* const memory = std::malloc(size ? size : 1))
-        return memory;
-    throw std::bad_alloc();
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    if (g_counting)
-        ++g_allocations;
-    return std::malloc(size ? size : 1);
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 TEST_CASE("entry points: instances, settings and errors") {
     const Engine engine;
@@ -118,8 +98,7 @@ TEST_CASE("a step allocates nothing, whatever arrives") {
     Stream song;
     for (int i = 0; i < 300; ++i) // more than there is room for
         song.Note({.note = i % 128, .startMs = i * 16, .lengthMs = 40, .phonemes = "s t r eI"});
-    g_allocations = 0;
-    g_counting = true;
+    allocation_counter::Start();
     singer->Step(static_cast<int32_t>(song.Events().size()), song.Events().data(), samples, 558);
     for (int i = 0; i < 200; ++i) {
         for (RVEEvent& event : events)
@@ -128,8 +107,7 @@ TEST_CASE("a step allocates nothing, whatever arrives") {
                      0};
         singer->Step(static_cast<int32_t>(events.size()), events.data(), samples, 558);
     }
-    g_counting = false;
-    CHECK(g_allocations == 0);
+    CHECK(allocation_counter::Stop() == 0);
 }
 
 TEST_CASE("blocks: one that breaks off is dropped, one without an end mark sings nothing, the next one is whole") {
