@@ -12,7 +12,8 @@ struct tagDynamicsIconObject {
     tagBreakPoint* points;
 };
 static_assert(sizeof(void*) != 4 ||
-              (offsetof(tagDynamicsIconObject, length) == 148 && offsetof(tagDynamicsIconObject, startDynamics) == 152 &&
+              (offsetof(tagDynamicsIconObject, length) == 148 &&
+               offsetof(tagDynamicsIconObject, startDynamics) == 152 &&
                offsetof(tagDynamicsIconObject, pointCount) == 156 && offsetof(tagDynamicsIconObject, points) == 160 &&
                sizeof(tagDynamicsIconObject) == 164));
 

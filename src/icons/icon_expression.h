@@ -25,8 +25,8 @@ struct tagNoteIconObject {
 };
 static_assert(sizeof(void*) != 4 ||
               (offsetof(tagNoteIconObject, database) == 148 && offsetof(tagNoteIconObject, itemValue) == 160 &&
-               offsetof(tagNoteIconObject, originalSingerName) == 164 &&
-               offsetof(tagNoteIconObject, duration) == 172 && offsetof(tagNoteIconObject, depth) == 173));
+               offsetof(tagNoteIconObject, originalSingerName) == 164 && offsetof(tagNoteIconObject, duration) == 172 &&
+               offsetof(tagNoteIconObject, depth) == 173));
 
 namespace torv {
 

@@ -2,4 +2,6 @@
 
 CIconNoteAttack::CIconNoteAttack(CIconNoteAttack* other) : NoteShape(*other) {}
 
-int CIconNoteAttack::ReplaceParameter(CIconObject* other) { return ReplaceShape(other, dynamic_cast<CIconNoteAttack*>(other)); }
+int CIconNoteAttack::ReplaceParameter(CIconObject* other) {
+    return ReplaceShape(other, dynamic_cast<CIconNoteAttack*>(other));
+}

@@ -2,4 +2,6 @@
 
 CIconNoteRelease::CIconNoteRelease(CIconNoteRelease* other) : NoteShape(*other) {}
 
-int CIconNoteRelease::ReplaceParameter(CIconObject* other) { return ReplaceShape(other, dynamic_cast<CIconNoteRelease*>(other)); }
+int CIconNoteRelease::ReplaceParameter(CIconObject* other) {
+    return ReplaceShape(other, dynamic_cast<CIconNoteRelease*>(other));
+}

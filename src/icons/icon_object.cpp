@@ -41,8 +41,8 @@ Cut FindCut(const CBreakPointList& list, LONG t) {
 POSITION Interpolate(CBreakPointList& list, const Cut& cut, LONG t) {
     const tagBreakPoint before = list.GetAt(cut.before);
     const tagBreakPoint after = list.GetAt(cut.point);
-    const int value = before.value + torv::MulDiv(t - before.position, after.value - before.value,
-                                                  after.position - before.position);
+    const int value =
+        before.value + torv::MulDiv(t - before.position, after.value - before.value, after.position - before.position);
     tagBreakPoint point{t, static_cast<SHORT>(value), after.flags};
     return list.InsertAfter(cut.before, point);
 }

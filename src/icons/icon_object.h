@@ -15,8 +15,8 @@ struct tagIconHeader {
     char idString[129]; ///< at most 128 characters and a NUL
     char* caption;      ///< NUL-terminated; may be null on constructing
 };
-static_assert(sizeof(void*) != 4 || (offsetof(tagIconHeader, idString) == 12 && offsetof(tagIconHeader, caption) == 144 &&
-                                     sizeof(tagIconHeader) == 148));
+static_assert(sizeof(void*) != 4 || (offsetof(tagIconHeader, idString) == 12 &&
+                                     offsetof(tagIconHeader, caption) == 144 && sizeof(tagIconHeader) == 148));
 
 namespace torv {
 

@@ -23,9 +23,9 @@ struct tagVibratoIconObject {
 };
 static_assert(sizeof(void*) != 4 ||
               (offsetof(tagVibratoIconObject, developerName) == 168 && offsetof(tagVibratoIconObject, length) == 172 &&
-               offsetof(tagVibratoIconObject, startDepth) == 176 && offsetof(tagVibratoIconObject, depthPoints) == 184 &&
-               offsetof(tagVibratoIconObject, startRate) == 188 && offsetof(tagVibratoIconObject, ratePoints) == 196 &&
-               sizeof(tagVibratoIconObject) == 200));
+               offsetof(tagVibratoIconObject, startDepth) == 176 &&
+               offsetof(tagVibratoIconObject, depthPoints) == 184 && offsetof(tagVibratoIconObject, startRate) == 188 &&
+               offsetof(tagVibratoIconObject, ratePoints) == 196 && sizeof(tagVibratoIconObject) == 200));
 
 namespace torv {
 

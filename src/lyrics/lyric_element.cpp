@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr int kPieceBytes = 257;      // a phoneme is read with up to 256 characters, then cut
+constexpr int kPieceBytes = 257;     // a phoneme is read with up to 256 characters, then cut
 constexpr int kLongestChain = 65536; // a host's chain that is longer is a circle
 
 tagPhonemeChara MakePhoneme(const char* text) {

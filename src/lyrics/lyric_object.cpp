@@ -76,7 +76,9 @@ int CLyricObject::ShareDeltaRate(float rate) {
     return 1;
 }
 
-int CLyricObject::GetPhonemeEditMark() const { return m_elements.empty() ? 0 : m_elements.front()->GetPhonemeEditMark(); }
+int CLyricObject::GetPhonemeEditMark() const {
+    return m_elements.empty() ? 0 : m_elements.front()->GetPhonemeEditMark();
+}
 
 void CLyricObject::SetPhonemeEditMark(int mark) {
     for (const auto& element : m_elements)

@@ -11,22 +11,22 @@ constexpr int kEnglish = 1;
 
 using Cell = char[16];
 
-constexpr Cell kJapaneseSymbols[] = {
-    "a", "i", "M", "e", "o",              // vowels
-    "n", "J", "m", "N", "m'", "N'", "N\\", // syllabic nasals and nasals
-    "g", "g'", "d", "d'", "b", "b'", "z", "Z", "h\\", "dz", "dZ", "4", "4'", "j", "w", "k", "k'", "t", "t'",
-    "p", "p'", "s", "S", "h", "C", "p\\", "p\\'", "ts", "tS", // other consonants
-    "*in"};
+constexpr Cell kJapaneseSymbols[] = {"a",  "i",  "M",  "e",  "o",                // vowels
+                                     "n",  "J",  "m",  "N",  "m'", "N'",  "N\\", // syllabic nasals and nasals
+                                     "g",  "g'", "d",  "d'", "b",  "b'",  "z",    "Z",  "h\\", "dz",
+                                     "dZ", "4",  "4'", "j",  "w",  "k",   "k'",   "t",  "t'",  "p",
+                                     "p'", "s",  "S",  "h",  "C",  "p\\", "p\\'", "ts", "tS", // other consonants
+                                     "*in"};
 constexpr size_t kFirstNasal = 5;
 constexpr size_t kFirstConsonant = 12;
 constexpr size_t kFirstSymbol = 41;
 static_assert(std::size(kJapaneseSymbols) == 42);
 
-constexpr Cell kEnglishSymbols[] = {"@",  "V",  "e",  "I",  "i:", "{",  "O:", "Q",  "U",  "u:", "@r", "eI", "aI", "OI",
-                                    "@U", "aU", "I@", "e@", "U@", "O@", "Q@", // vowels and diphthongs
-                                    "p",  "t",  "k",  "tS", "f",  "T",  "s",  "S",  "h",  "ph", "th", "kh", "w",  "j",
-                                    "b",  "d",  "dZ", "v",  "D",  "z",  "Z",  "m",  "n",  "N",  "r",  "l",  "g",  "bh",
-                                    "dh", "gh", "l0", "hv", "Asp"};
+constexpr Cell kEnglishSymbols[] = {"@",  "V",  "e",  "I",  "i:", "{",  "O:", "Q",  "U",  "u:", "@r",
+                                    "eI", "aI", "OI", "@U", "aU", "I@", "e@", "U@", "O@", "Q@", // vowels and diphthongs
+                                    "p",  "t",  "k",  "tS", "f",  "T",  "s",  "S",  "h",  "ph", "th",
+                                    "kh", "w",  "j",  "b",  "d",  "dZ", "v",  "D",  "z",  "Z",  "m",
+                                    "n",  "N",  "r",  "l",  "g",  "bh", "dh", "gh", "l0", "hv", "Asp"};
 constexpr size_t kEnglishVowels = 21;
 static_assert(std::size(kEnglishSymbols) == 54);
 
@@ -55,9 +55,7 @@ const char* CxPhoneticDic::GetSAMPAString(unsigned int index, int language) {
 }
 
 int CxPhoneticDic::IsConsonant(const char* phoneme, const char* next, int language) {
-    return language == kJapanese  ? IsConsonantJpn(phoneme)
-           : language == kEnglish ? IsConsonantEng(phoneme, next)
-                                  : 0;
+    return language == kJapanese ? IsConsonantJpn(phoneme) : language == kEnglish ? IsConsonantEng(phoneme, next) : 0;
 }
 
 int CxPhoneticDic::Verify(const char* phoneme, int language) { return IsConsonant(phoneme, nullptr, language); }

@@ -32,8 +32,8 @@ TORV_API const char* NextChar932(const char* text);
 /// for the NUL, which ends the text and is not part of it.
 TORV_API const char* FindChar932(const char* text, char c);
 
-/// Copies as much of a text as a field of `size` bytes can hold with its NUL, and zeroes the rest of the field. Null texts
-/// are empty.
+/// Copies as much of a text as a field of `size` bytes can hold with its NUL, and zeroes the rest of the field. Null
+/// texts are empty.
 TORV_API void CopyText(char* field, std::size_t size, const char* text);
 
 } // namespace torv

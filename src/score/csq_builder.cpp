@@ -18,7 +18,7 @@ Record* CreateRecord(WORD type) {
 
 /// Bytes that a record of a type that can be set must have.
 DWORD SizeOf(WORD type) {
-    return type == torv::kEventAnote ? sizeof(tagCsqEventAnote)
+    return type == torv::kEventAnote                                 ? sizeof(tagCsqEventAnote)
            : type == torv::kEventAicon || type == torv::kEventSinger ? sizeof(tagCsqEventAicon)
                                                                      : 0;
 }

@@ -160,8 +160,8 @@ DWORD CCsqEvent::MoveTo(DWORD clock) {
 
 int CCsqEvent::MoveToFront() {
     tagLocateMarker here;
-    if (!m_pStream || (m_pStream->StoreLocation(&here), here.state == torv::kCursorBetween ||
-                                                            here.state == torv::kCursorAtEnd))
+    if (!m_pStream ||
+        (m_pStream->StoreLocation(&here), here.state == torv::kCursorBetween || here.state == torv::kCursorAtEnd))
         return 1;
     tagEventEntry entry;
     while (m_pStream->ReadPrevEntry(&entry))
@@ -179,8 +179,8 @@ int CCsqEvent::MoveToFront() {
 
 int CCsqEvent::MoveToRear() {
     tagLocateMarker here;
-    if (!m_pStream || (m_pStream->StoreLocation(&here), here.state == torv::kCursorBetween ||
-                                                            here.state == torv::kCursorAtEnd))
+    if (!m_pStream ||
+        (m_pStream->StoreLocation(&here), here.state == torv::kCursorBetween || here.state == torv::kCursorAtEnd))
         return 1;
     tagEventEntry entry;
     bool isOnEvent = here.state == torv::kCursorOnEntry;
@@ -226,8 +226,12 @@ int CCsqEvent::IsValidEvent(WORD type, WORD status) const {
     return m_record.header.type == type && (status == 0 || m_record.header.status == status);
 }
 
-tagCsqEventAnote* CCsqEvent::GetAnoteEventParam() { return IsValidEvent(torv::kEventAnote, 0) ? &m_record.note : nullptr; }
-tagCsqEventAicon* CCsqEvent::GetAiconEventParam() { return IsValidEvent(torv::kEventAicon, 0) ? &m_record.icon : nullptr; }
+tagCsqEventAnote* CCsqEvent::GetAnoteEventParam() {
+    return IsValidEvent(torv::kEventAnote, 0) ? &m_record.note : nullptr;
+}
+tagCsqEventAicon* CCsqEvent::GetAiconEventParam() {
+    return IsValidEvent(torv::kEventAicon, 0) ? &m_record.icon : nullptr;
+}
 tagCsqEventSinger* CCsqEvent::GetSingerEventParam() {
     return IsValidEvent(torv::kEventSinger, 0) ? &m_record.singer : nullptr;
 }

@@ -55,7 +55,8 @@ public:
     /// The track's stored length.
     DWORD GetSequenceLength() const;
     DWORD SetSequenceLength(DWORD length);
-    /// The latest end of any event in the chart: of notes with their lengths, of placements and singers with their icons'.
+    /// The latest end of any event in the chart: of notes with their lengths, of placements and singers with their
+    /// icons'.
     DWORD MeasureSequenceLength();
 
 protected:

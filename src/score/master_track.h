@@ -8,10 +8,10 @@
 
 /// One entry of the master track.
 struct tagMasterEventEntry {
-    DWORD delta;   ///< ticks after the entry before
-    DWORD type;    ///< torv::kEventTempo or torv::kEventTimeSignature; other types are kept and passed over by the maps
-    DWORD unused;  ///< the host's own
-    DWORD value;   ///< tempo, or a tagTimeSignature in the two low bytes, numerator lowest
+    DWORD delta;  ///< ticks after the entry before
+    DWORD type;   ///< torv::kEventTempo or torv::kEventTimeSignature; other types are kept and passed over by the maps
+    DWORD unused; ///< the host's own
+    DWORD value;  ///< tempo, or a tagTimeSignature in the two low bytes, numerator lowest
     DWORD auxiliary; ///< of a tempo event: copied into the tempo map
 };
 static_assert(sizeof(tagMasterEventEntry) == 20 && offsetof(tagMasterEventEntry, value) == 12);

@@ -75,12 +75,8 @@ void CSequence::RemoveAllObject() {
 
 POSITION CSequence::FindObject(CSequenceObject* track) const { return m_tracks.Find(track); }
 
-CSequenceObject* CSequence::GetHeadObject() const {
-    return m_tracks.IsEmpty() ? nullptr : TrackOf(m_tracks.GetHead());
-}
-CSequenceObject* CSequence::GetTailObject() const {
-    return m_tracks.IsEmpty() ? nullptr : TrackOf(m_tracks.GetTail());
-}
+CSequenceObject* CSequence::GetHeadObject() const { return m_tracks.IsEmpty() ? nullptr : TrackOf(m_tracks.GetHead()); }
+CSequenceObject* CSequence::GetTailObject() const { return m_tracks.IsEmpty() ? nullptr : TrackOf(m_tracks.GetTail()); }
 CSequenceObject* CSequence::GetObjectAt(POSITION at) const { return at ? TrackOf(m_tracks.GetAt(at)) : nullptr; }
 CSequenceObject* CSequence::GetNextObject(POSITION& at) const { return at ? TrackOf(m_tracks.GetNext(at)) : nullptr; }
 CSequenceObject* CSequence::GetPrevObject(POSITION& at) const { return at ? TrackOf(m_tracks.GetPrev(at)) : nullptr; }

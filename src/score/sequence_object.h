@@ -27,7 +27,12 @@ namespace torv {
 
 inline constexpr int kVoiceControls = 17;
 /// What GetBreakPointList's id names beside the voice controls, which are 1 to 17.
-enum BreakPointListId : int { kDynamicsList = 18, kPitchBendSensList = 19, kPitchBendList = 20, kTremoloDepthList = 21 };
+enum BreakPointListId : int {
+    kDynamicsList = 18,
+    kPitchBendSensList = 19,
+    kPitchBendList = 20,
+    kTremoloDepthList = 21
+};
 
 } // namespace torv
 
@@ -79,8 +84,8 @@ public:
     int GetParameter(tagSequenceObject* record) const;
     int SetParameter(const tagSequenceObject* record); ///< the modify flag included
 
-    /// Ticks of the note whose denominator is 2^index, dotted first, then made a triplet, each cut to whole ticks; 0 for
-    /// an index outside 0..7.
+    /// Ticks of the note whose denominator is 2^index, dotted first, then made a triplet, each cut to whole ticks; 0
+    /// for an index outside 0..7.
     static int CalcNoteLength(int index, int dotted, int triplet);
     /// Ticks of a measure; 0 for an exponent outside 0..7.
     static int CalcMeasureClock(int numerator, int denominatorExponent);

@@ -402,8 +402,8 @@ DWORD CStreamBuffer::ReadBytes(void* destination, DWORD count) {
 }
 
 // Insertions often ascend, as a curve's do. Splitting each full block where the insertion falls would leave a trail of
-// blocks with an entry or two; so a full block gives at most its later half away, and a block with room beside a full one
-// takes the entry that falls between them.
+// blocks with an entry or two; so a full block gives at most its later half away, and a block with room beside a full
+// one takes the entry that falls between them.
 void CStreamBuffer::MakeRoom(DWORD position) {
     const auto isFull = [this](const CxShortBuff* block) {
         return block->m_dwUsed + m_dwEntrySize > block->m_dwCapacity;
