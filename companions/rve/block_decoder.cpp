@@ -125,9 +125,8 @@ void BlockDecoder::PlaceUnits(Segment& segment) const {
     const auto begin = sounds.begin();
     const auto end = begin + count;
     auto nucleus = std::find_if(begin, end, [](const Sound& sound) { return IsVowel(*sound.phoneme); });
-    auto last = end;
+    auto last = nucleus;
     if (nucleus != end) {
-        last = nucleus;
         while (last + 1 != end && IsVowel(*(last + 1)->phoneme))
             ++last;
     } else {

@@ -69,7 +69,7 @@ int CIconDynamics::ScanThresholdIndex(int value) {
 
 int CIconDynamics::GetDefaultDynamics() { return kDefaultDynamics; }
 
-int CIconDynamics::LoadPreset(const char* path) { return CIconObject::LoadPreset(path); }
+int CIconDynamics::LoadPreset(const char* path) { return LoadPresetFile(path); }
 
 void CIconDynamics::ReadNumbers(CxTypedFile* file, const char* section) {
     CIconObject::ReadParameterSection(file, section);

@@ -6,7 +6,7 @@ namespace torv {
 
 NoteShape::NoteShape(int status, int articulation, int variation) : CIconExpression(status, articulation, variation) {}
 
-int NoteShape::LoadPreset(const char* path) { return CIconObject::LoadPreset(path); }
+int NoteShape::LoadPreset(const char* path) { return LoadPresetFile(path); }
 
 int NoteShape::DescribeUserExpression(CxTypedFile* file) {
     return CIconExpression::DescribeUserExpression(file) && WriteParameterSection(file, "Parameter");

@@ -4,7 +4,7 @@
 
 CIconNoteTransit::CIconNoteTransit(CIconNoteTransit* other) : CIconNoteTransit(*other) {}
 
-int CIconNoteTransit::LoadPreset(const char* path) { return CIconObject::LoadPreset(path); }
+int CIconNoteTransit::LoadPreset(const char* path) { return LoadPresetFile(path); }
 
 int CIconNoteTransit::DescribeUserExpression(CxTypedFile* file) {
     return CIconExpression::DescribeUserExpression(file) && WriteParameterSection(file, "Parameter");

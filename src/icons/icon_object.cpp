@@ -76,7 +76,9 @@ int CIconObject::IsContinuance() { return 0; }
 int CIconObject::TrimIconHead(DWORD) { return 0; }
 int CIconObject::TrimIconTail(DWORD) { return 0; }
 
-int CIconObject::LoadPreset(const char* path) {
+int CIconObject::LoadPreset(const char* path) { return LoadPresetFile(path); }
+
+int CIconObject::LoadPresetFile(const char* path) {
     CxTypedFile file;
     return OpenPresetFile(file, path) && ReadGlobalSection(&file, kGlobalSection) &&
            ReadParameterSection(&file, kParameterSection);
@@ -245,11 +247,17 @@ int CIconObject::TrimBreakPointListTail(CBreakPointList& list, LONG t) {
 }
 
 void CIconObject::RemoveBreakPointBefore(CBreakPointList& list, POSITION position) {
-    while (list.GetHeadPosition() && list.GetHeadPosition() != position)
-        list.RemoveHead();
+    for (POSITION at = list.GetHeadPosition(); at && at != position;) {
+        const POSITION removed = at;
+        list.GetNext(at);
+        list.RemoveAt(removed);
+    }
 }
 
 void CIconObject::RemoveBreakPointAfter(CBreakPointList& list, POSITION position) {
-    while (list.GetTailPosition() && list.GetTailPosition() != position)
-        list.RemoveTail();
+    for (POSITION at = list.GetTailPosition(); at && at != position;) {
+        const POSITION removed = at;
+        list.GetPrev(at);
+        list.RemoveAt(removed);
+    }
 }

@@ -73,6 +73,8 @@ public:
 protected:
     /// Finds and loads an icon file, with the two messages when it cannot.
     static int OpenPresetFile(CxTypedFile& file, const char* path);
+    /// What LoadPreset does for every kind that has preset files.
+    int LoadPresetFile(const char* path);
     int ReadGlobalSection(CxTypedFile* file, const char* section);
     int WriteGlobalSection(CxTypedFile* file, const char* section) const;
     /// The keys of the kind, "Length" first: what preset files have in a section of their own.

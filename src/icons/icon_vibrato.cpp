@@ -41,7 +41,7 @@ void ReleaseIconRecord(tagVibratoIconObject* record) {
 CIconVibrato::CIconVibrato(CIconVibrato* other) : CIconVibrato(*other) {}
 
 int CIconVibrato::IsContinuance() { return 1; }
-int CIconVibrato::LoadPreset(const char* path) { return CIconObject::LoadPreset(path); }
+int CIconVibrato::LoadPreset(const char* path) { return LoadPresetFile(path); }
 int CIconVibrato::NormalizeDepth(int depth) { return Clamp(depth); }
 int CIconVibrato::NormalizeRate(int rate) { return Clamp(rate); }
 int CIconVibrato::SetStartDepth(int depth) { return SetInRange(m_nStartDepth, depth); }

@@ -1,6 +1,7 @@
 #include "progress.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #ifdef _WIN32
@@ -39,6 +40,6 @@ void Progress::Show(double done, double total) {
     std::fprintf(stderr, "\r\033[K%s %3d %%", m_what.c_str(), static_cast<int>(share * 100));
     const double elapsed = std::chrono::duration<double>(now - m_start).count();
     if (now - m_start > kBeforeEstimate && share > 0)
-        std::fprintf(stderr, ", %d s left", static_cast<int>(elapsed / share * (1 - share) + 0.5));
+        std::fprintf(stderr, ", %ld s left", std::lround(elapsed / share * (1 - share)));
     std::fflush(stderr);
 }

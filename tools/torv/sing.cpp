@@ -74,8 +74,8 @@ void RemarkOnVoice(const SingOptions& options, const VoiceLine& voice) {
 
 std::string Clock(double seconds) {
     char text[32];
-    const int whole = static_cast<int>(seconds);
-    std::snprintf(text, sizeof text, "%d:%04.1f", whole / 60, seconds - whole / 60 * 60);
+    const int minutes = static_cast<int>(seconds / 60);
+    std::snprintf(text, sizeof text, "%d:%04.1f", minutes, seconds - 60.0 * minutes);
     return text;
 }
 
