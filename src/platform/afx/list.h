@@ -28,7 +28,8 @@ public:
     int GetSize() const { return m_count; }
     BOOL IsEmpty() const { return m_count == 0; }
 
-    POSITION GetHeadPosition() const { return PositionOf(m_head); }
+    // The analyser does not follow the head through Unlink's conditional and takes it for a node that is gone.
+    POSITION GetHeadPosition() const { return PositionOf(m_head); } // NOLINT(clang-analyzer-cplusplus.NewDelete)
     POSITION GetTailPosition() const { return PositionOf(m_tail); }
     TYPE& GetHead() { return DataOf(m_head); }
     const TYPE& GetHead() const { return DataOf(m_head); }
