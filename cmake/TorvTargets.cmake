@@ -1,5 +1,6 @@
 # torv_add_folder(NAME)               one object library a subsystem folder of src/: torv_<name>
-# torv_add_companion(NAME SOURCES..)  one external-style library, named exactly NAME, with undecorated C entry points
+# torv_add_companion(NAME SOURCES..)  one external-style library, named exactly NAME, with undecorated C entry points;
+#                                     installed, unless it is FOR_TESTS
 # torv_add_test(NAME FOLDERS ..)      tests/<name>/*.cpp as one doctest program over just these subsystem folders
 
 function(torv_add_folder name)
@@ -23,13 +24,15 @@ function(torv_add_folder name)
 endfunction()
 
 function(torv_add_companion name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(ARG "FOR_TESTS" "" "SOURCES;LIBRARIES" ${ARGN})
   add_library(${name} MODULE ${ARG_SOURCES})
   set_target_properties(${name} PROPERTIES PREFIX "")
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/companions/include ${CMAKE_CURRENT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES})
   # Where the library looks for companions: beside itself on Windows, in its folder of that name elsewhere.
-  if(WIN32)
+  if(ARG_FOR_TESTS)
+    return()
+  elseif(WIN32)
     install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR})
   else()
     install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/companions)
