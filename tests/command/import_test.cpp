@@ -176,6 +176,9 @@ TEST_CASE("tempo: a thousand changes drift by no more than half a millisecond") 
         CHECK(std::abs(static_cast<double>(kept) - times[i]) <= 0.5);
         kept += CMasterTrack::TicksToTime(37, steady[i].microsecondsPerQuarter);
     }
+    CHECK(MillisecondsAt(tempos, 37 * 999) == doctest::Approx(times[999]));
+    CHECK(MillisecondsAt({}, 480) == 500);
+    CHECK(MillisecondsAt({{480, 1000000}}, 960) == 1500);
     CHECK(WithoutDrift({}).at(0).microsecondsPerQuarter == 500000);
     CHECK(WithoutDrift({{0, 500000}, {480, 1}}).at(0).microsecondsPerQuarter == 500000); // exact already
 }

@@ -15,6 +15,7 @@ constexpr DWORD kJoinedToNext = 2;
 constexpr DWORD kLongestPieceMilliseconds = 8000;
 constexpr DWORD kLongestPieceTicks = 0x7FFF;
 constexpr size_t kMostHandles = 65534;
+constexpr double kLongestSong = 3 * 3600 * 1000.0; // milliseconds: a stereo wave at 96 kHz can still hold it
 
 void AddMasterEvent(CMasterTrack& master, DWORD tick, DWORD type, DWORD value) {
     tagMasterEventEntry entry{};
@@ -97,16 +98,15 @@ CLyricObject* MakeLyric(const std::vector<std::string>& syllables, int language)
     return lyric;
 }
 
-std::vector<SungNote> CutLongNotes(const std::vector<SungNote>& notes, const CArray<tagSequenceTimeMap>& map,
+std::vector<SungNote> CutLongNotes(const std::vector<SungNote>& notes, CArray<tagSequenceTimeMap>& map,
                                    DWORD leadTicks) {
-    auto& records = const_cast<CArray<tagSequenceTimeMap>&>(map);
     int hint = 0;
     std::vector<SungNote> pieces;
     for (const SungNote& note : notes) {
-        const DWORD start = CMasterTrack::SearchTimePosition(leadTicks + note.tick, records, hint);
+        const DWORD start = CMasterTrack::SearchTimePosition(leadTicks + note.tick, map, hint);
         int endHint = hint;
         const DWORD milliseconds =
-            CMasterTrack::SearchTimePosition(leadTicks + note.tick + note.length, records, endHint) - start;
+            CMasterTrack::SearchTimePosition(leadTicks + note.tick + note.length, map, endHint) - start;
         const DWORD count = 1 + std::max(milliseconds / kLongestPieceMilliseconds, note.length / kLongestPieceTicks);
         for (DWORD i = 0; i < count; ++i) {
             const auto at = [&](DWORD piece) {
@@ -130,6 +130,9 @@ std::vector<SungNote> CutLongNotes(const std::vector<SungNote>& notes, const CAr
 } // namespace
 
 Score BuildScore(const std::string& path, const MidiSong& file, const VoiceLine& voice, const ScoreOptions& options) {
+    const SungNote& last = voice.notes.back();
+    if (MillisecondsAt(file.tempos, last.tick + last.length) > kLongestSong)
+        throw InputError{path + ": lasts longer than three hours, more than one wave can hold; sing it in parts"};
     Score score;
     score.song = std::make_unique<CSequence>();
     score.song->Create(nullptr);

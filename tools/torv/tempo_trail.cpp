@@ -10,6 +10,10 @@ namespace {
 constexpr uint32_t kDefaultTempo = 500000;
 constexpr double kTicksPerQuarter = 480;
 
+double Milliseconds(uint32_t ticks, uint32_t tempo) {
+    return ticks * static_cast<double>(tempo) / kTicksPerQuarter / 1000;
+}
+
 } // namespace
 
 std::vector<MidiTempo> WithoutDrift(const std::vector<MidiTempo>& tempos) {
@@ -21,11 +25,23 @@ std::vector<MidiTempo> WithoutDrift(const std::vector<MidiTempo>& tempos) {
     for (size_t i = 0; i + 1 < steady.size(); ++i) {
         const uint32_t ticks = steady[i + 1].tick - steady[i].tick;
         uint32_t& tempo = steady[i].microsecondsPerQuarter;
-        trueMilliseconds += ticks * static_cast<double>(tempo) / kTicksPerQuarter / 1000;
+        trueMilliseconds += Milliseconds(ticks, tempo);
         const long long wanted = std::max(std::llround(trueMilliseconds) - keptMilliseconds, 0LL);
         if (CMasterTrack::TicksToTime(ticks, tempo) != wanted)
             tempo = static_cast<uint32_t>(std::clamp<long long>((wanted * 480000 + ticks - 1) / ticks, 1, 0xFFFFFF));
         keptMilliseconds += CMasterTrack::TicksToTime(ticks, tempo);
     }
     return steady;
+}
+
+double MillisecondsAt(const std::vector<MidiTempo>& tempos, uint32_t tick) {
+    double milliseconds = 0;
+    MidiTempo current{0, kDefaultTempo};
+    for (const MidiTempo& next : tempos) {
+        if (next.tick >= tick)
+            break;
+        milliseconds += Milliseconds(next.tick - current.tick, current.microsecondsPerQuarter);
+        current = next;
+    }
+    return milliseconds + Milliseconds(tick - current.tick, current.microsecondsPerQuarter);
 }

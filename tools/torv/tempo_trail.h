@@ -11,3 +11,6 @@
 /// change to fall on the millisecond nearest its true time: then no change is off by more than half a millisecond,
 /// however many there are.
 std::vector<MidiTempo> WithoutDrift(const std::vector<MidiTempo>& tempos);
+
+/// True milliseconds from the file's start to a tick.
+double MillisecondsAt(const std::vector<MidiTempo>& tempos, uint32_t tick);

@@ -143,7 +143,6 @@ VoiceLine MakeVoiceLine(const std::string& path, const MidiSong& song, std::opti
     if (choice.track) {
         lyrics = ReadLyricLine(song.tracks[*choice.track].texts, choice.karaoke, encoding);
         line.lyricTrack = *choice.track;
-        line.encoding = lyrics.encoding;
         line.hasLyrics = !lyrics.syllables.empty();
         line.japanese = LooksJapanese(lyrics);
     }

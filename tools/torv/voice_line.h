@@ -21,8 +21,7 @@ struct VoiceLine {
     size_t noteTrack = 0; ///< indexes into MidiSong::tracks
     size_t lyricTrack = 0;
     bool hasLyrics = false;
-    bool japanese = false; ///< what the lyrics look like
-    TextEncoding encoding = TextEncoding::Utf8;
+    bool japanese = false;             ///< what the lyrics look like
     size_t cutNotes = 0;               ///< overlapping notes that were shortened or left out
     size_t lostSyllables = 0;          ///< syllables that fall on no note
     bool unreadableCharacters = false; ///< there is kanji, which no converter reads
