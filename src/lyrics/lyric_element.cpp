@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -28,12 +29,13 @@ DWORD ShareOf(DWORD length, float share) {
 }
 
 void ReleaseLyricSyllable(tagLyricSyllable* record) {
-    for (tagPhonemeCharaEx* node = record->firstPhoneme.next; node;) {
+    if (!record)
+        return;
+    for (tagPhonemeCharaEx* node = std::exchange(record->firstPhoneme.next, nullptr); node;) {
         tagPhonemeCharaEx* const next = node->next;
         delete node;
         node = next;
     }
-    record->firstPhoneme.next = nullptr;
 }
 
 } // namespace torv
@@ -76,13 +78,14 @@ CString CLyricElement::GetPhonemeString() const {
 }
 
 void CLyricElement::SplitPhonemes(const char* phonemes) {
-    m_phonemes.clear();
+    std::vector<tagPhonemeChara> pieces; // put in place at the end: the text may be one of our own phonemes
     for (const char* rest = phonemes ? phonemes : ""; *rest;) {
         char piece[kPieceBytes];
         rest = CxTypedFile::ExtractString(piece, sizeof piece, rest, ' ');
         if (*piece)
-            AddPhonemeChara(piece);
+            pieces.push_back(MakePhoneme(piece));
     }
+    m_phonemes = std::move(pieces);
 }
 
 int CLyricElement::SetPhonemeString(const char* phonemes, int language) {
@@ -141,14 +144,14 @@ int CLyricElement::ConstructParameter(const tagLyricSyllable* record) {
 int CLyricElement::DescribeParameter(tagLyricSyllable* record) const {
     if (!record)
         return 0;
-    *record = {};
+    std::memset(record, 0, sizeof *record); // gaps that a word size leaves are 0 too
     torv::CopyText(record->text, sizeof record->text, m_strLyric);
     record->deltaRate = m_fDeltaRate;
     record->phonemeEditMark = m_nEditMark;
     tagPhonemeCharaEx* node = &record->firstPhoneme;
     for (const tagPhonemeChara& phoneme : m_phonemes) {
         if (&phoneme != &m_phonemes.front())
-            node = node->next = new tagPhonemeCharaEx{};
+            node = node->next = new tagPhonemeCharaEx();
         std::memcpy(node->text, phoneme.text, sizeof node->text);
         node->advancement = phoneme.advancement;
     }

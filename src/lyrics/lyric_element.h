@@ -23,6 +23,7 @@ struct tagPhonemeChara {
     char text[torv::kMaxPhonemeText + 1];
     BYTE advancement; ///< ticks by which a consonant is sung ahead of its note
 };
+static_assert(sizeof(tagPhonemeChara) == 18 && offsetof(tagPhonemeChara, advancement) == 17);
 
 /// Host record of one phoneme: a node of a chain.
 struct tagPhonemeCharaEx {

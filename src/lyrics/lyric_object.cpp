@@ -3,6 +3,7 @@
 #include "torv/database/typed_file.h"
 
 #include <algorithm>
+#include <limits>
 #include <new>
 
 namespace {
@@ -21,6 +22,8 @@ CString KeyOf(int index) {
 namespace torv {
 
 void ReleaseLyricRecord(tagLyricObject* record) {
+    if (!record)
+        return;
     for (int i = 0; record->syllables && i < record->count; ++i)
         ReleaseLyricSyllable(&record->syllables[i]);
     delete[] record->syllables;
@@ -110,7 +113,8 @@ void CLyricObject::UnformatParameter(CLyricElement& element, const char* value) 
     };
     element.SetLyricString(next());
     element.SplitPhonemes(next());
-    element.m_fDeltaRate = static_cast<float>(torv::ParseReal(next()));
+    constexpr double kLargest = std::numeric_limits<float>::max(); // a rate beyond a float's range is no cast
+    element.m_fDeltaRate = static_cast<float>(std::clamp(torv::ParseReal(next()), -kLargest, kLargest));
     for (int i = 0; i < element.GetPhonemeCharaCount() && *value; ++i)
         element.SetConsonantAdvancement(i, torv::ParseInteger(next()));
 }

@@ -88,7 +88,7 @@ const char* CxPhoneticDic::ExtractConsonantJpn(CString& consonant, const char* s
 }
 
 int CxPhoneticDic::IsConsonantEng(const char* phoneme, const char* next) {
-    if (IsNoEditCACharaEng(phoneme))
+    if (!phoneme || IsNoEditCACharaEng(phoneme))
         return 0;
     return !IsNoEditCACharaWoVowelEng(phoneme) || IsNoEditCACharaEng(next);
 }

@@ -3,7 +3,7 @@
 #include "torv/platform/platform.h"
 
 /// The phoneme symbols that the engine accepts, in SAMPA notation, for language 0 (Japanese) and 1 (English). Symbols
-/// are compared exactly; null counts as an empty text, which is no symbol. Results are 1 and 0. An object has no state.
+/// are compared exactly; for a null phoneme every answer is 0. Results are 1 and 0. An object has no state.
 class TORV_API CxPhoneticDic {
 public:
     CxPhoneticDic() = default;
@@ -28,6 +28,7 @@ public:
     /// its end (`consonant` stays as it was) or what stands before is no Japanese consonant (`consonant` is emptied).
     static const char* ExtractConsonantJpn(CString& consonant, const char* syllable);
 
+    /// Any text that is no vowel counts, symbol or not; "m", "n", "N" and "l0" only beside a vowel or "Asp".
     static int IsConsonantEng(const char* phoneme, const char* next);
     /// Vowels, diphthongs and "Asp": their advancement is never edited.
     static int IsNoEditCACharaEng(const char* phoneme);

@@ -236,9 +236,12 @@ int CxSampaTransformer::Transform(CSequenceObject* track, DWORD value, Mode mode
     }
     if (!converted)
         return 0;
-    VisitLyrics(track, [&](CLyricObject* lyric, DWORD position, DWORD) {
-        return UpdateLyricObject(ConverterAt(position, mode), lyric);
+    const int updated = VisitLyrics(track, [&](CLyricObject* lyric, DWORD position, DWORD) {
+        // A lyric may be gone by now: the host runs on while a message is shown.
+        return lyric ? UpdateLyricObject(ConverterAt(position, mode), lyric) : 0;
     });
+    if (!updated)
+        return 0;
     track->SetModify(1);
     return 1;
 }
@@ -246,7 +249,6 @@ int CxSampaTransformer::Transform(CSequenceObject* track, DWORD value, Mode mode
 int CxSampaTransformer::DoTransform(CSequenceObject* track, DWORD value, int language) {
     if (!track || !LoadFunction(language))
         return 0;
-    m_nLanguage = language;
     return Transform(track, value, Mode::OneLanguage);
 }
 

@@ -15,6 +15,7 @@ struct TSingerInfo {
     DWORD position; ///< tick
     int language;
 };
+static_assert(sizeof(TSingerInfo) == 8);
 
 /// Turns the lyrics of a track into phonemes by streaming every syllable, in song order, through the external phoneme
 /// converters that the application object has loaded. One conversion at a time; runs on the caller's thread. When it
@@ -82,7 +83,6 @@ private:
     template <class Visit>
     int VisitLyrics(CSequenceObject* track, Visit visit);
 
-    int m_nLanguage = 0;
     int m_nReturnCode = 0;
     std::vector<TSingerInfo> m_singers;
     std::vector<Converter> m_converters; ///< one, or one a language

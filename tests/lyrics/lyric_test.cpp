@@ -40,8 +40,9 @@ TEST_CASE("dictionary: kinds") {
         const char* next;
         int english;
     };
-    for (const Pair& row : {Pair{"m", "@", 1}, Pair{"m", "t", 0}, Pair{"m", nullptr, 0}, Pair{"l0", "Asp", 1},
-                            Pair{"t", nullptr, 1}, Pair{"Asp", "@", 0}, Pair{"Q@", nullptr, 0}, Pair{"bh", nullptr, 1}})
+    for (const Pair& row :
+         {Pair{"m", "@", 1}, Pair{"m", "t", 0}, Pair{"m", nullptr, 0}, Pair{"l0", "Asp", 1}, Pair{"t", nullptr, 1},
+          Pair{nullptr, "@", 0}, Pair{"Asp", "@", 0}, Pair{"Q@", nullptr, 0}, Pair{"bh", nullptr, 1}})
         CHECK(CxPhoneticDic::IsConsonantEng(row.phoneme, row.next) == row.english);
     CHECK((CxPhoneticDic::IsConsonant("k", nullptr, 2) == 0 && CxPhoneticDic::Verify("k", 0) == 1 &&
            CxPhoneticDic::Verify("m", 1) == 0));
@@ -78,6 +79,9 @@ TEST_CASE("element: rates, phonemes and who counts as a consonant") {
     element.AddPhonemeChara("0123456789abcdefghij");
     CHECK(std::string(element.GetPhonemeChara(2)) == "0123456789abcdef");
     CHECK(std::string(element.GetPhonemeChara(-1)).empty());
+    element.AddPhonemeChara("a b");
+    element.SetPhonemeString(element.GetPhonemeChara(3), 0); // its own text
+    CHECK(element.GetPhonemeString() == "a b");
     element.SetPhonemeString(nullptr, 0);
     CHECK(element.GetPhonemeCharaCount() == 0);
     CHECK(torv::ShareOf(100, 1.0F / 3) == 33);
@@ -100,6 +104,16 @@ TEST_CASE("lyric: shares given back, marks") {
     CHECK((copy.GetPhonemeEditMark() == 3 && copy.GetElementCount() == 2));
     CHECK((copy.InsertElementAt(99, new CLyricElement) == 1 && copy.GetElementCount() == 3));
     CHECK(CLyricObject().GetPhonemeEditMark() == 0);
+
+    struct Marks : CLyricObject {
+        using CLyricObject::VerifyPhonemeEditMark;
+    } marks;
+    CHECK(marks.VerifyPhonemeEditMark() == 1);
+    marks.AddNewElement()->SetPhonemeEditMark(3);
+    marks.AddNewElement()->SetPhonemeEditMark(1);
+    CHECK(marks.VerifyPhonemeEditMark() == 1); // both edited
+    marks.AddNewElement();
+    CHECK(marks.VerifyPhonemeEditMark() == 0);
 }
 
 TEST_CASE("lyric: as a section") {
@@ -114,7 +128,7 @@ TEST_CASE("lyric: as a section") {
     CHECK(file.ReadAt("S", "L0", "") == "hel-,h E,0.500000,64,64"); // E is no English vowel: a consonant
     CHECK(file.ReadAt("S", "L1", "") == "lo,,0.000000,");
 
-    const char text[] = "[S]\nL0 = a , k  a ,0.25,7\nL1=,,,\nL3=x,y,1,2\n";
+    const char text[] = "[S]\nL0 = a , k  a ,0.25,7\nL1=,,1e99\nL3=x,y,1,2\n";
     file.Load(reinterpret_cast<const unsigned char*>(text), sizeof text - 1);
     CLyricObject read;
     CHECK(read.ConstructParameter(&file, "S") == 1);
@@ -123,6 +137,7 @@ TEST_CASE("lyric: as a section") {
     CHECK((element.GetLyricString() == "a" && element.GetPhonemeString() == "k a" && element.GetDeltaRate() == 0.25F));
     CHECK(
         (element.GetConsonantAdvancement(0) == 7 && element.GetConsonantAdvancement(1) == 0)); // no defaults when read
+    CHECK(read.GetElementAt(1)->GetDeltaRate() == std::numeric_limits<float>::max());
 }
 
 TEST_CASE("lyric: host records") {
@@ -153,6 +168,12 @@ TEST_CASE("lyric: host records") {
     CHECK(survivor.ConstructParameter(&endless) == 1);
     torv::ReleaseLyricRecord(&record);
     CHECK(record.syllables == nullptr);
+    torv::ReleaseLyricRecord(nullptr);
+
+    tagLyricSyllable empty; // every byte of an empty one is 0, whatever stood there before
+    std::memset(&empty, 0xCC, sizeof empty);
+    CHECK(CLyricElement().DescribeParameter(&empty) == 1);
+    CHECK(std::string(reinterpret_cast<const char*>(&empty), sizeof empty) == std::string(sizeof empty, '\0'));
 }
 
 TEST_CASE("syllables: Japanese, English and the rest") {

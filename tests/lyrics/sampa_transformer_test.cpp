@@ -10,6 +10,7 @@
 
 #include <doctest/doctest.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,14 +22,18 @@ struct Stage {
     HMODULE module;
     FakeState* fake = nullptr;
     std::vector<std::string> messages;
+    std::vector<UINT> beeps;
+    std::function<void()> whileShown = [] {}; ///< what the host does while a message is shown
     torv::MessageBoxHandler box = torv::SetMessageBoxHandler([this](HWND, const char* text, const char*, UINT type) {
         CHECK((type & MB_ICONWARNING) == MB_ICONWARNING);
         messages.push_back(text);
+        whileShown();
         return IDOK;
     });
-    torv::BeepHandler beep = torv::SetBeepHandler([](UINT) {});
+    torv::BeepHandler beep = torv::SetBeepHandler([this](UINT type) { beeps.push_back(type); });
     std::unique_ptr<CSequenceObject> track{CSequence::CreateObject()};
     CCsqBuilder builder;
+    void* lastLyric = nullptr; ///< the handle of the note set last
 
     explicit Stage(const char* name = "FAKE_G2PA_GOOD.DLL") : module(LoadLibraryA(name)) {
         REQUIRE(bool(module));
@@ -55,8 +60,8 @@ struct Stage {
         }
         tagCsqEventAnote* const note = CCsqBuilder::CreateNoteEvent();
         note->noteLength = length;
-        const auto handle = static_cast<DWORD>(reinterpret_cast<uintptr_t>(track->AttachLyricObject(lyric)));
-        note->lyricHandle = withLyric ? handle : 0;
+        lastLyric = track->AttachLyricObject(lyric);
+        note->lyricHandle = withLyric ? static_cast<DWORD>(reinterpret_cast<uintptr_t>(lastLyric)) : 0;
         builder.SetEvent(delta, reinterpret_cast<tagChartSeqEvent*>(note));
         return lyric;
     }
@@ -94,7 +99,7 @@ TEST_CASE("transformer: each element its result, positions relative to the lyric
         const unsigned lengths[] = {100, 100, 100, 120};
         for (int i = 0; i < 4; ++i)
             CHECK((stage.fake->positions[i] == positions[i] && stage.fake->lengths[i] == lengths[i]));
-        CHECK(std::string(stage.fake->texts[2]) == "de");
+        CHECK((std::string(stage.fake->texts[2]) == "de" && stage.fake->padded));
         CHECK((PhonemesOf(first, 0) == "a b" && PhonemesOf(first, 1) == "c" && PhonemesOf(first, 2) == "d e"));
         CHECK((PhonemesOf(second) == "k" && second->GetElementAt(0)->GetConsonantAdvancement(0) == 64));
         CHECK((stage.track->GetModify() == 1 && stage.fake->sweeps == 1 && stage.fake->deletes == 1));
@@ -150,7 +155,7 @@ TEST_CASE("transformer: failures change no lyric, say so once and still free the
     };
     for (const Row& row : {Row{"put", [](FakeState& fake) { fake.putErrorAt = 1; }, -33, 1},
                            Row{"get", [](FakeState& fake) { fake.getResult = 5; }, 5, 1},
-                           Row{"create", [](FakeState& fake) { fake.createResult = -9; }, -9, 0}}) {
+                           Row{"create", [](FakeState& fake) { fake.createError = -9; }, -9, 0}}) {
         CAPTURE(row.what);
         Stage stage;
         row.arrange(*stage.fake);
@@ -166,6 +171,7 @@ TEST_CASE("transformer: failures change no lyric, say so once and still free the
                                                              std::to_string(row.code)});
         else
             CHECK(stage.messages.empty());
+        CHECK(stage.beeps == std::vector<UINT>(stage.messages.size(), MB_ICONWARNING));
     }
     Stage stage; // an error of delete is only remembered
     stage.fake->deleteResult = 4;
@@ -185,6 +191,34 @@ TEST_CASE("transformer: a result that never comes is the default phoneme, with a
     CHECK(stage.messages == std::vector<std::string>{"Internal Error"});
 }
 
+TEST_CASE("transformer: a lyric that is not there fails the conversion without a message") {
+    {
+        Stage stage;
+        CLyricObject* const first = stage.Note(0, 100, {"a"});
+        stage.Note(100, 100, {"b"});
+        stage.track->DetachLyricObject(stage.lastLyric, 1);
+        CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 1) == 0);
+        CHECK((PhonemesOf(first) == "before" && stage.messages.empty()));
+        CHECK((stage.fake->sweeps == 1 && stage.fake->deletes == 1));
+    }
+    Stage stage; // it may also go while a message is shown
+    stage.fake->holdBack = true;
+    stage.fake->forgetLast = 2;
+    stage.Note(0, 100, {"a"});
+    stage.Note(100, 100, {"b"});
+    stage.whileShown = [&] { stage.track->DetachLyricObject(stage.lastLyric, 1); };
+    CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 1) == 0);
+    CHECK((stage.messages.size() == 1 && stage.track->GetModify() == 0));
+}
+
+TEST_CASE("transformer: a lyric without syllables puts nothing, but positions count from its note") {
+    Stage stage;
+    stage.Note(100, 100, {});
+    stage.Note(50, 100, {"a"});
+    CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 1) == 1);
+    CHECK((stage.fake->puts == 1 && stage.fake->positions[0] == 50));
+}
+
 TEST_CASE("transformer: languages and libraries that are not there") {
     {
         Stage stage;
@@ -202,21 +236,34 @@ TEST_CASE("transformer: languages and libraries that are not there") {
     CLyricObject* const lyric = stage.Note(0, 100, {"a"});
     CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 1) == 0);
     CHECK(PhonemesOf(lyric) == "before");
+    CHECK(CxSampaTransformer::GetG2PAVersionString(1).IsEmpty()); // that entry point is missing too
 }
 
 TEST_CASE("transformer: by singer, each note in the language in force there") {
-    Stage stage;
-    CLyricObject* const none = stage.Note(0, 100, {"ab"}); // before any singer: Japanese
-    stage.Singer(100, 1);
-    CLyricObject* const english = stage.Note(0, 100, {"ab"}); // exactly at the change
-    stage.Singer(100, 0);
-    CLyricObject* const japanese = stage.Note(50, 100, {"ab"});
-    stage.builder.CloseBuffer();
-    // Both languages are the one fake: it keeps one queue, so outputs must be taken at once.
-    CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480) == 1);
-    CHECK((PhonemesOf(none) == "ab" && PhonemesOf(english) == "a b" && PhonemesOf(japanese) == "ab"));
-    CHECK((stage.fake->deletes == 2 && stage.fake->sweeps == 2));
-    const unsigned positions[] = {0, 100, 150};
-    for (int i = 0; i < 3; ++i)
-        CHECK(stage.fake->positions[i] == positions[i]); // relative to the note before, whatever its language
+    for (const bool holdBack : {false, true}) { // held back, the two languages' results come one after the other
+        CAPTURE(holdBack);
+        Stage stage;
+        stage.fake->holdBack = holdBack;
+        CLyricObject* const none = stage.Note(0, 100, {"ab"}); // before any singer: Japanese
+        stage.Singer(100, 1);
+        CLyricObject* const english = stage.Note(0, 100, {"cd"}); // exactly at the change
+        stage.Singer(100, 0);
+        CLyricObject* const japanese = stage.Note(50, 100, {"ef"});
+        stage.Singer(0, 7); // a language that nobody knows: Japanese
+        CLyricObject* const unknown = stage.Note(50, 100, {"gh"});
+        CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480) == 1);
+        CHECK((PhonemesOf(none) == "ab" && PhonemesOf(english) == "c d" && PhonemesOf(japanese) == "ef"));
+        CHECK(PhonemesOf(unknown) == "gh");
+        CHECK((stage.fake->creates == 2 && stage.fake->deletes == 2 && stage.fake->sweeps == 2));
+        const unsigned positions[] = {0, 100, 150, 50};
+        for (int i = 0; i < 4; ++i)
+            CHECK(stage.fake->positions[i] == positions[i]); // relative to the note before, whatever its language
+    }
+    Stage stage; // one of the two cannot be made: the other goes, unused
+    stage.fake->createErrorAt = 1;
+    stage.fake->createError = -9;
+    CLyricObject* const lyric = stage.Note(0, 100, {"ab"});
+    CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480) == 0);
+    CHECK((stage.fake->creates == 2 && stage.fake->deletes == 1 && stage.fake->puts == 0));
+    CHECK((PhonemesOf(lyric) == "before" && stage.messages.empty()));
 }

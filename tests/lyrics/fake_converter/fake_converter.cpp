@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <deque>
+#include <map>
 #include <string>
 
 #if defined(_WIN32)
@@ -15,8 +16,12 @@
 namespace {
 
 FakeState g_state;
-std::deque<std::string> g_waiting;
-bool g_ended;
+/// What one handle was given and has not delivered.
+struct Queue {
+    std::deque<std::string> texts;
+    bool ended = false;
+};
+std::map<int32_t, Queue> g_queues;
 
 [[maybe_unused]] void Fill(G2paOutput& output, const std::string& text) {
     output.count = 0;
@@ -54,17 +59,20 @@ EXPORT FakeState* fakeState() { return &g_state; }
 
 EXPORT int32_t G2PA_CALL g2paCreate(uint32_t beats) {
     g_state.beats = beats;
-    g_waiting.clear();
-    g_ended = false;
-    return g_state.createResult;
+    const int number = g_state.creates++;
+    if (g_state.createError && number == g_state.createErrorAt)
+        return g_state.createError;
+    g_queues[number] = {};
+    return number; // 0 is a good handle
 }
 
-EXPORT int32_t G2PA_CALL g2paPut(int32_t, const void* input) {
+EXPORT int32_t G2PA_CALL g2paPut(int32_t handle, const void* input) {
+    Queue& queue = g_queues[handle];
     if (!input) {
         ++g_state.sweeps;
-        g_ended = true;
-        for (int i = 0; i < g_state.forgetLast && !g_waiting.empty(); ++i)
-            g_waiting.pop_back();
+        queue.ended = true;
+        for (int i = 0; i < g_state.forgetLast && !queue.texts.empty(); ++i)
+            queue.texts.pop_back();
         return 0;
     }
     const int number = g_state.puts++;
@@ -78,25 +86,29 @@ EXPORT int32_t G2PA_CALL g2paPut(int32_t, const void* input) {
         g_state.lengths[number] = words[1];
         std::strncpy(g_state.texts[number], text, 63);
     }
-    g_waiting.push_back(text);
+    for (size_t i = std::strlen(text); i < G2PA_MIN_TEXT_BYTES; ++i)
+        g_state.padded = g_state.padded && text[i] == '\0';
+    queue.texts.push_back(text);
     return 0;
 }
 
 #ifndef FAKE_NO_GET
-EXPORT int32_t G2PA_CALL g2paGet(int32_t, void* output) {
+EXPORT int32_t G2PA_CALL g2paGet(int32_t handle, void* output) {
+    Queue& queue = g_queues[handle];
     if (g_state.getResult)
         return g_state.getResult;
-    if (g_waiting.empty() || (g_state.holdBack && !g_ended))
+    if (queue.texts.empty() || (g_state.holdBack && !queue.ended))
         return 1;
-    Fill(*static_cast<G2paOutput*>(output), g_waiting.front());
-    g_waiting.pop_front();
+    Fill(*static_cast<G2paOutput*>(output), queue.texts.front());
+    queue.texts.pop_front();
     return 0;
-}
-#endif
-
-EXPORT int32_t G2PA_CALL g2paDelete(int32_t) {
-    ++g_state.deletes;
-    return g_state.deleteResult;
 }
 
 EXPORT const char* G2PA_CALL g2paGetVersionString() { return "fake 1.0"; }
+#endif
+
+EXPORT int32_t G2PA_CALL g2paDelete(int32_t handle) {
+    g_queues.erase(handle);
+    ++g_state.deletes;
+    return g_state.deleteResult;
+}

@@ -5,7 +5,8 @@
 /// What the test tells the fake, and what the fake saw: handed over through its entry point "fakeState".
 struct FakeState {
     // how to behave
-    int createResult = 1;
+    int createError = 0; ///< what the create numbered createErrorAt answers, if not 0
+    int createErrorAt = 0;
     int putErrorAt = -1; ///< number of the put that fails
     int getResult = 0;   ///< an error code instead of an output
     int deleteResult = 0;
@@ -13,7 +14,8 @@ struct FakeState {
     int forgetLast = 0;    ///< outputs that never come
     // what was seen
     unsigned beats = 0;
-    int puts = 0, sweeps = 0, deletes = 0;
+    int creates = 0, puts = 0, sweeps = 0, deletes = 0;
+    bool padded = true; ///< each text had zeroes after it up to the room that is promised
     unsigned positions[64] = {};
     unsigned lengths[64] = {};
     char texts[64][64] = {};
