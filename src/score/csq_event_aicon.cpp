@@ -12,7 +12,8 @@ int CCsqEventAicon::Insert(DWORD id, int after) { return InsertRecord(id, sizeof
 int CCsqEventAicon::Write() { return WriteRecord(torv::kEventAicon, sizeof(tagCsqEventAicon)); }
 
 int CCsqEventAicon::Insert(void* handle, DWORD length, int after) {
-    if (!m_pStream)
+    CStreamBuffer* const stream = Stream();
+    if (!stream)
         return 0;
     auto* const record = static_cast<tagCsqEventAicon*>(torv::AllocateEventRecord(sizeof(tagCsqEventAicon)));
     if (!record)
@@ -21,7 +22,7 @@ int CCsqEventAicon::Insert(void* handle, DWORD length, int after) {
     record->iconHandle = static_cast<WORD>(reinterpret_cast<uintptr_t>(handle));
     SetIconLengthOf(record->iconHandle, length);
     tagEventEntry entry{0, torv::EventIdOf(record)};
-    if (!m_pStream->InsertEntry(&entry, after)) {
+    if (!stream->InsertEntry(&entry, after)) {
         torv::FreeEventRecord(entry.eventId);
         return 0;
     }
@@ -43,11 +44,11 @@ int CCsqEventAicon::Remove(int deleteObject) {
 int CCsqEventAicon::IsValidIcon(int status) { return status == torv::kStatusDynamics; }
 int CCsqEventAicon::IsValidIcon(void* handle) const { return IsValidIcon(IconStatusOf(handle)); }
 
-void* CCsqEventAicon::GetIconHandle() const {
-    return reinterpret_cast<void*>(static_cast<uintptr_t>(m_record.icon.iconHandle));
-}
+void* CCsqEventAicon::GetIconHandle() const { return reinterpret_cast<void*>(static_cast<uintptr_t>(CachedHandle())); }
 
 int CCsqEventAicon::SetIconHandle(void* handle, int deleteOld) {
+    if (!IsValidEvent(torv::kEventAicon, 0))
+        return 0;
     ReplaceIconHandle(m_record.icon.iconHandle, handle, deleteOld);
     return 1;
 }

@@ -2,7 +2,8 @@
 
 #include "torv/score/csq_event.h"
 
-/// The cursor over a track's icon placements, which are dynamics icons. Accessors act on the cached record.
+/// The cursor over a track's icon placements, which are dynamics icons. Accessors act on the cached record, which Write
+/// stores; on an event of another kind there is no icon: null, 0, and nothing is set.
 class TORV_API CCsqEventAicon : public CCsqEvent {
 public:
     ~CCsqEventAicon() override;
@@ -20,6 +21,9 @@ public:
 
     void* GetIconHandle() const;
     int SetIconHandle(void* handle, int deleteOld);
-    DWORD GetIconLength() const { return IconLength(m_record.icon.iconHandle); }
-    int SetIconLength(DWORD length) { return SetIconLengthOf(m_record.icon.iconHandle, length); }
+    DWORD GetIconLength() const { return IconLength(CachedHandle()); }
+    int SetIconLength(DWORD length) { return SetIconLengthOf(CachedHandle(), length); }
+
+private:
+    DWORD CachedHandle() const { return IsValidEvent(torv::kEventAicon, 0) ? m_record.icon.iconHandle : 0; }
 };

@@ -65,7 +65,7 @@ int CCsqEventAnote::SetVibratoOffset(int ticks) {
 int CCsqEventAnote::SetLyricHandle(void* handle, int deleteOld) {
     const DWORD replaced = static_cast<WORD>(reinterpret_cast<uintptr_t>(handle));
     DWORD& field = m_record.note.lyricHandle;
-    if (deleteOld && field && field != replaced)
+    if (deleteOld && m_pTrack && field && field != replaced)
         m_pTrack->DetachLyricObject(Handle(field), 1);
     field = replaced;
     return 1;

@@ -27,10 +27,11 @@ int CCsqEventMidi::SetMidiMessage(const tagMidiChannelMessage* message) {
 }
 
 int CCsqEventMidi::Insert(int after) {
-    if (!m_pStream || !IsValidEvent(torv::kEventMidi, 0))
+    CStreamBuffer* const stream = Stream();
+    if (!stream || !IsValidEvent(torv::kEventMidi, 0))
         return 0;
     tagEventEntry entry{0, m_record.header.parameterSize};
-    if (!m_pStream->InsertEntry(&entry, after))
+    if (!stream->InsertEntry(&entry, after))
         return 0;
     m_pTrack->SetModify(1);
     return 1;

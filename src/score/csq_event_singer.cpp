@@ -35,5 +35,6 @@ int CCsqEventSinger::IsValidIcon(int status) { return status == torv::kStatusSin
 int CCsqEventSinger::IsValidIcon(void* handle) const { return IsValidIcon(IconStatusOf(handle)); }
 
 void* CCsqEventSinger::GetIconHandle() const {
-    return reinterpret_cast<void*>(static_cast<uintptr_t>(m_record.singer.iconHandle));
+    const DWORD handle = IsValidEvent(torv::kEventSinger, 0) ? m_record.singer.iconHandle : 0;
+    return reinterpret_cast<void*>(static_cast<uintptr_t>(handle));
 }

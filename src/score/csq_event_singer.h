@@ -17,5 +17,5 @@ public:
     static int IsValidIcon(int status);
     int IsValidIcon(void* handle) const;
 
-    void* GetIconHandle() const;
+    void* GetIconHandle() const; ///< null on an event of another kind
 };

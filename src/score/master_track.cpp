@@ -78,6 +78,8 @@ CMasterTrack::CMasterTrack() = default;
 CMasterTrack::~CMasterTrack() = default;
 
 int CMasterTrack::Create() {
+    if (m_pEvents)
+        return 0;
     auto events = std::unique_ptr<CStreamBuffer>(new (std::nothrow) CStreamBuffer);
     if (!events || !events->Create(sizeof(tagMasterEventEntry), torv::kStreamBlockSize, torv::kHeapBlocks))
         return 0;

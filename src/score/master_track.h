@@ -44,6 +44,7 @@ public:
     CMasterTrack& operator=(const CMasterTrack&) = delete;
     ~CMasterTrack() override;
 
+    /// Makes the event list. 0 when memory is short, and on a track that has one, whose events stay.
     int Create();
     void RemoveAll();
 

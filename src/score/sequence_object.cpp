@@ -4,12 +4,14 @@
 #include "torv/lyrics/lyric_object.h"
 #include "torv/stream/event_pool.h"
 
+#include <bit>
 #include <cstring>
 #include <new>
 
 namespace {
 
 constexpr DWORD kNoHandle = 0xFFFF;
+constexpr DWORD kWordBits = 64;
 constexpr int kNoteLengths[] = {1920, 960, 480, 240, 120, 60, 30, 15};
 
 WORD HandleOf(void* handle) { return static_cast<WORD>(reinterpret_cast<uintptr_t>(handle)); }
@@ -82,36 +84,49 @@ int CSequenceObject::ReleaseObject() {
 
 tagEventHeader* CSequenceObject::QueryEventID(DWORD id) { return torv::EventRecordOf(id); }
 
-DWORD CSequenceObject::HandleMap::FindNextHandle(DWORD start, const CMapWordToOb& objects) {
-    DWORD handle = start & 0xFFFF;
-    if (handle == kNoHandle || handle == 0)
-        handle = 1;
-    CObject* object;
-    for (DWORD tries = 0; tries < kNoHandle - 1; ++tries) {
-        if (!objects.Lookup(static_cast<WORD>(handle), object))
-            return handle;
-        if (++handle == kNoHandle)
-            handle = 1;
+DWORD CSequenceObject::HandleMap::FindNextHandle(DWORD start) const {
+    const DWORD first = start & 0xFFFF;
+    const DWORD words = static_cast<DWORD>(taken.size());
+    for (DWORD step = 0; step <= words; ++step) { // the first word twice: its later bits, and at last all of it
+        const DWORD word = (first / kWordBits + step) % words;
+        uint64_t free = ~taken[word];
+        if (step == 0)
+            free &= ~uint64_t{0} << first % kWordBits;
+        if (free)
+            return word * kWordBits + static_cast<DWORD>(std::countr_zero(free));
     }
     return 0;
+}
+
+void CSequenceObject::HandleMap::Take(WORD handle, CObject* object) {
+    objects.SetAt(handle, object);
+    taken[handle / kWordBits] |= uint64_t{1} << handle % kWordBits;
+}
+
+CObject* CSequenceObject::HandleMap::Release(WORD handle) {
+    CObject* object = nullptr;
+    if (objects.Lookup(handle, object)) {
+        objects.RemoveKey(handle);
+        taken[handle / kWordBits] &= ~(uint64_t{1} << handle % kWordBits);
+    }
+    return object;
 }
 
 void* CSequenceObject::HandleMap::Attach(CObject* object) {
     if (!object || next == 0)
         return nullptr;
     const DWORD handle = next;
-    objects.SetAt(static_cast<WORD>(handle), object);
-    next = FindNextHandle(handle + 1, objects);
+    Take(static_cast<WORD>(handle), object);
+    next = FindNextHandle(handle + 1);
     return reinterpret_cast<void*>(static_cast<uintptr_t>(handle));
 }
 
 int CSequenceObject::HandleMap::SetAt(void* handle, CObject* object) {
     const WORD key = HandleOf(handle);
-    CObject* taken;
-    if (!object || key == 0 || key == kNoHandle || objects.Lookup(key, taken))
+    if (!object || key == 0 || key == kNoHandle || Lookup(handle))
         return 0;
-    objects.SetAt(key, object);
-    next = FindNextHandle(key, objects);
+    Take(key, object);
+    next = FindNextHandle(key);
     return 1;
 }
 
@@ -122,10 +137,9 @@ CObject* CSequenceObject::HandleMap::Lookup(void* handle) const {
 
 int CSequenceObject::HandleMap::Detach(void* handle, int deleteObject) {
     const WORD key = HandleOf(handle);
-    CObject* object = nullptr;
-    if (!objects.Lookup(key, object))
+    CObject* const object = Release(key); // before it is deleted: its end may look at the map
+    if (!object)
         return 0;
-    objects.RemoveKey(key); // first: the object's end may look at the map
     if (key < next || next == 0)
         next = key;
     if (deleteObject)
@@ -134,17 +148,21 @@ int CSequenceObject::HandleMap::Detach(void* handle, int deleteObject) {
 }
 
 void CSequenceObject::HandleMap::DeleteAll() {
-    for (POSITION at = objects.GetStartPosition(); at;) {
+    // Always from the start: an object's end may take others out of the map.
+    while (POSITION at = objects.GetStartPosition()) {
         WORD key;
         CObject* object;
         objects.GetNextAssoc(at, key, object);
-        delete object;
+        delete Release(key);
     }
     ForgetAll();
 }
 
 void CSequenceObject::HandleMap::ForgetAll() {
     objects.RemoveAll();
+    taken.fill(0);
+    taken.front() = 1; // 0 is none, and 65535 is never given out
+    taken.back() = uint64_t{1} << (kWordBits - 1);
     next = 1;
 }
 
@@ -236,5 +254,6 @@ int CSequenceObject::CalcNoteLength(int index, int dotted, int triplet) {
 }
 
 int CSequenceObject::CalcMeasureClock(int numerator, int denominatorExponent) {
-    return CalcNoteLength(denominatorExponent, 0, 0) * numerator;
+    const long long ticks = static_cast<long long>(CalcNoteLength(denominatorExponent, 0, 0)) * numerator;
+    return ticks == static_cast<int>(ticks) ? static_cast<int>(ticks) : 0;
 }

@@ -6,6 +6,7 @@
 #include "torv/stream/stream_buffer.h"
 
 #include <array>
+#include <cstdint>
 #include <memory>
 
 class CIconObject;
@@ -87,7 +88,7 @@ public:
     /// Ticks of the note whose denominator is 2^index, dotted first, then made a triplet, each cut to whole ticks; 0
     /// for an index outside 0..7.
     static int CalcNoteLength(int index, int dotted, int triplet);
-    /// Ticks of a measure; 0 for an exponent outside 0..7.
+    /// Ticks of a measure; 0 for an exponent outside 0..7, and for a length beyond 32 bits.
     static int CalcMeasureClock(int numerator, int denominatorExponent);
 
     CString GetName() const { return m_strName; }
@@ -110,12 +111,19 @@ public:
     void SetModify(int modify) { m_nModify = modify; }
 
 private:
-    /// Objects of one kind under their handles.
+    /// Objects of one kind under their handles. A bit for each handle keeps the search for a free one short: hosts
+    /// replace the icons of a whole track one by one, and each freed handle sends the search past all that are taken.
     struct HandleMap {
         CMapWordToOb objects;
+        std::array<uint64_t, 0x10000 / 64> taken;
         DWORD next = 1; ///< the handle that the next object gets; 0 when there is none
 
-        static DWORD FindNextHandle(DWORD start, const CMapWordToOb& objects);
+        HandleMap() { ForgetAll(); }
+        /// The first free handle at or after `start`, going round once; 0 when all are taken.
+        DWORD FindNextHandle(DWORD start) const;
+        void Take(WORD handle, CObject* object);
+        /// The object, or null; the handle is free then.
+        CObject* Release(WORD handle);
         void* Attach(CObject* object);
         int SetAt(void* handle, CObject* object);
         CObject* Lookup(void* handle) const;
