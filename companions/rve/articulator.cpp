@@ -77,25 +77,23 @@ const Phoneme* NucleusOf(const Segment& segment) {
     return sonorant;
 }
 
-Target AimAt(const Segment& segment, Time now, Time yield, const Voice& voice, const Phoneme* vowel) {
+Target AimAt(const Segment& segment, Time now, const Voice& voice, const Phoneme* vowel) {
     Target target;
     const Phoneme* phoneme = vowel;
     Time begin = segment.start;
     Time end = segment.end;
-    yield = std::min(yield, (segment.coda - segment.start) / 2);
-    if (now + yield >= segment.coda)
-        now += yield;
     for (int i = 0; i < segment.unitCount; ++i) {
         const Unit& unit = segment.units[static_cast<size_t>(i)];
         if (i > 0 && unit.begin > now)
             break;
         phoneme = unit.phoneme;
         begin = unit.begin;
-        end = unit.end == segment.coda ? unit.end - yield : unit.end;
+        end = unit.end;
     }
     const float scale = kPlaceScale[static_cast<int>(voice.tract)];
     if (!phoneme) { // nothing was ever given: the neutral vowel
-        AimVowel(target, NeutralVowel(), 0, voice);
+        static const Phoneme* const neutral = FindPhoneme("@", 1);
+        AimVowel(target, *neutral, 0, voice);
         target.voicing = 1;
         return target;
     }

@@ -29,9 +29,8 @@ struct Target {
 };
 
 /// What a segment's sounds aim at, at a time within it. `vowel` is what a sound without a place of its own takes on:
-/// the vowel it stands before, or the last one sung. `yield` is how much of the segment's end the next one's first
-/// sounds take: what comes last moves ahead of them, by half of the vowel at most.
-Target AimAt(const Segment& segment, Time now, Time yield, const Voice& voice, const Phoneme* vowel);
+/// the vowel it stands before, or the last one sung.
+Target AimAt(const Segment& segment, Time now, const Voice& voice, const Phoneme* vowel);
 
 /// The vowel, or what stands for it, that a segment is sung on; null when it has no phonemes.
 const Phoneme* NucleusOf(const Segment& segment);

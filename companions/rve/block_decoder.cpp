@@ -73,7 +73,6 @@ bool BlockDecoder::MakeSegment(Time now, Segment& segment) const {
     segment.start = now + Delay();
     const double duration = std::max(Msb(4), 0) * 128 + std::max(Lsb(4), 0);
     segment.end = segment.start + std::max<Time>(FromMilliseconds(duration), 1);
-    segment.coda = segment.end;
     const int type = std::max(Msb(5), 0);
     segment.begins = (type & 1) != 0;
     segment.ends = (type & 2) != 0;
@@ -158,13 +157,13 @@ void BlockDecoder::PlaceUnits(Segment& segment) const {
         coda += lengthOf(*sound);
     const Time room = (segment.end - segment.start) / 2;
     const double squeeze = coda > room ? static_cast<double>(room) / static_cast<double>(coda) : 1.0;
-    segment.coda = segment.end - static_cast<Time>(static_cast<double>(coda) * squeeze);
-    const Time vowels = (segment.coda - segment.start) / (last - nucleus + 1);
+    const Time codaBegin = segment.end - static_cast<Time>(static_cast<double>(coda) * squeeze);
+    const Time vowels = (codaBegin - segment.start) / (last - nucleus + 1);
     for (auto sound = nucleus; sound != last + 1; ++sound) {
         const Time from = segment.start + (sound - nucleus) * vowels;
-        add(*sound, from, sound == last ? segment.coda : from + vowels);
+        add(*sound, from, sound == last ? codaBegin : from + vowels);
     }
-    at = segment.coda;
+    at = codaBegin;
     for (auto sound = last + 1; sound != end; ++sound) {
         const Time length = static_cast<Time>(static_cast<double>(lengthOf(*sound)) * squeeze);
         add(*sound, at, at + length);
@@ -179,7 +178,7 @@ bool BlockDecoder::MakeChange(Time now, bool afterLsb, ControlChange& change) {
     };
     // Bend and its sensitivity have a data LSB, which comes last; the others are whole with their data MSB.
     if (m_open == 0x54)
-        return m_parameter == 2 && afterLsb && make(Control::PitchBend, std::max(Msb(2), 0) * 128 + Lsb(2));
+        return m_parameter == 2 && afterLsb && make(Control::PitchBend, Msb(2) * 128 + Lsb(2));
     if (m_open == 0x67)
         return m_parameter == 2 && !afterLsb && make(Control::BendSensitivity, m_data);
     if (afterLsb)

@@ -169,8 +169,6 @@ const Phoneme* FindPhoneme(std::string_view symbol, int language) {
     return language == 1 ? FindIn(kJapanese, symbol) : FindIn(kEnglish, symbol);
 }
 
-const Phoneme& NeutralVowel() { return kEnglish[0]; }
-
 const Phoneme* FindLongest(std::string_view text, int language, size_t& length) {
     for (length = text.size() < kLongestSymbol ? text.size() : kLongestSymbol; length > 0; --length)
         if (const Phoneme* const phoneme = FindPhoneme(text.substr(0, length), language))

@@ -20,10 +20,8 @@ constexpr float kHissLevel = 1.6F;
 constexpr float kAspirationLevel = 0.25F;
 constexpr int kLevelHarmonics = 12;                // how many are asked for their level
 constexpr float kLevelEvenness = 0.85F;            // 1: all vowels on all notes are equally strong
-constexpr float kMostUneven = 1.25F;               // what a formant on a harmonic may add
 constexpr Time kSafetyTail = FromMilliseconds(60); // a segment that promised to go on and did not
 constexpr float kQuiet = 1e-5F;
-constexpr float kRingMilliseconds = 120; // after that no formant rings on, however narrow
 
 float FromDb(float db) { return std::exp2(db * 0.166096F); }
 
@@ -35,17 +33,6 @@ float StyleTime(const Shape& shape, float gentle, float strong) {
 float Smoothstep(float x) {
     x = std::clamp(x, 0.0F, 1.0F);
     return x * x * (3 - 2 * x);
-}
-
-/// How long the pitch takes to a segment. A transition stands in the note that is left, and in the note that is reached
-/// when a song has it there.
-Time GlideLength(const Shape& outgoing, const Segment& to) {
-    if (to.begins)
-        return FromMilliseconds(30);
-    const Shape& shape = outgoing.present ? outgoing : to.transition;
-    if (!shape.present)
-        return FromMilliseconds(70);
-    return FromMilliseconds((10 + 1.5F * shape.duration) * StyleTime(shape, 2.0F, 0.4F));
 }
 
 /// Full scale is approached, never reached: the upper quarter bends.
@@ -86,8 +73,7 @@ void Singer::Reset() {
     m_controls[static_cast<size_t>(Control::VibratoDepth)] = 48;
     m_controls[static_cast<size_t>(Control::TremoloDepth)] = 0;
     m_program = 0;
-    m_currentId = m_noteId = 0;
-    m_incoming = m_outgoing = {};
+    m_currentStart = -1;
     m_vowel = nullptr;
     m_fromNote = m_toNote = 60;
     m_glideStart = 0;
@@ -96,11 +82,9 @@ void Singer::Reset() {
     m_vibratoEnd = 0;
     m_vibratoEnvelope = 0;
     m_vibratoPhase = 0;
-    m_asleep = true;
-    m_quietTicks = 0;
-    m_bend = m_gain = m_voicing = m_aspiration = m_noise = {};
+    m_gain = m_voicing = m_aspiration = m_noise = {};
     m_voicingNow = m_aspirationNow = m_noiseNow = m_breathNow = 0;
-    m_voicingStep = m_aspirationStep = m_noiseStep = m_breathStep = 0;
+    m_voicingStep = m_aspirationStep = m_noiseStep = 0;
     m_hz = {{{500}, {1500}, {2500}, {3500}}};
     m_bandwidth = {{{70}, {90}, {130}, {200}}};
     m_noiseHz = {4000};
@@ -164,7 +148,7 @@ const Segment* Singer::FindCurrent(Time now) {
         return nullptr;
     m_timeline.DropSegments(current);
     const Segment& segment = m_timeline.SegmentAt(0);
-    if (segment.id != m_currentId)
+    if (segment.start != m_currentStart)
         BeginSegment(segment);
     if (now < segment.end + (segment.ends ? 0 : kSafetyTail))
         return &segment;
@@ -173,45 +157,21 @@ const Segment* Singer::FindCurrent(Time now) {
 }
 
 void Singer::BeginSegment(const Segment& segment) {
-    m_currentId = segment.id;
+    m_currentStart = segment.start;
     if (const Phoneme* const nucleus = NucleusOf(segment))
         m_vowel = nucleus;
-    m_incoming = m_outgoing;
-    m_outgoing = segment.transition;
-    if (m_voicing.value < 0.01F) { // out of silence it begins on its own note
-        BeginGlide(segment, segment.start, 1);
-        m_fromNote = m_toNote;
-    }
+    const auto note = static_cast<float>(segment.note);
+    const bool silent = m_voicing.value < 0.01F;
+    m_fromNote = silent ? note : m_toNote;
+    m_toNote = note;
+    float milliseconds = segment.begins ? 30.0F : 70.0F;
+    if (segment.transition.present)
+        milliseconds = (10 + 1.5F * segment.transition.duration) * StyleTime(segment.transition, 2.0F, 0.4F);
+    m_glideLength = std::max<Time>(FromMilliseconds(milliseconds), 1);
+    m_glideStart = segment.start - m_glideLength / 2;
     m_vibratoOn = m_vibratoOn && !segment.begins;
     if (segment.vibrato)
         m_vibratoEnd = segment.vibratoEnd;
-}
-
-/// Sets out for the note ahead when half of the glide is left before its time, so that the glide is centred on it.
-void Singer::FollowNotes(bool sounding, Time now) {
-    const int ahead = std::min(m_timeline.SegmentCount(), sounding ? 2 : 1);
-    for (int i = ahead - 1; i >= 0; --i) {
-        const Segment& segment = m_timeline.SegmentAt(i);
-        const Time length = GlideLength(i == 0 ? m_incoming : m_outgoing, segment);
-        if (now < segment.start - length / 2)
-            continue;
-        if (segment.id != m_noteId)
-            BeginGlide(segment, now, length);
-        return;
-    }
-}
-
-void Singer::BeginGlide(const Segment& segment, Time now, Time length) {
-    m_fromNote = NoteAt(now);
-    m_toNote = static_cast<float>(segment.note);
-    m_glideStart = now;
-    m_glideLength = length;
-    m_noteId = segment.id;
-}
-
-float Singer::NoteAt(Time now) const {
-    const float progress = static_cast<float>(now - m_glideStart) / static_cast<float>(m_glideLength);
-    return m_fromNote + (m_toNote - m_fromNote) * Smoothstep(progress);
 }
 
 /// The note's own loudness, 0..1 and a little more at a strong attack.
@@ -234,15 +194,15 @@ float Singer::Envelope(const Segment* segment, Time now) {
 }
 
 float Singer::Pitch(const Segment* segment, Time now) {
-    float note = NoteAt(now);
+    const float progress = static_cast<float>(now - m_glideStart) / static_cast<float>(m_glideLength);
+    float note = m_fromNote + (m_toNote - m_fromNote) * Smoothstep(progress);
     if (segment && segment->begins && segment->attack.present) { // a scoop from below
         const float length = 20 + 0.8F * segment->attack.duration;
         const auto into = static_cast<float>(static_cast<double>(now - segment->start) / kTimeBase * 1000);
         note -= 0.8F * segment->attack.depth / 127.0F * (1 - Smoothstep(into / length));
     }
     const float bend = static_cast<float>(ControlValue(Control::PitchBend) - 8192) / 8192.0F;
-    m_bend.Approach(bend * static_cast<float>(ControlValue(Control::BendSensitivity)), m_asleep ? 1.0F : Pace(4));
-    note += m_bend.value;
+    note += bend * static_cast<float>(ControlValue(Control::BendSensitivity));
 
     if (segment && segment->vibrato && now >= segment->vibratoBegin)
         m_vibratoOn = true;
@@ -260,7 +220,7 @@ float Singer::Pitch(const Segment* segment, Time now) {
 }
 
 void Singer::MoveTract(const Target& target, float f0) {
-    const float pace = m_asleep ? 1.0F : Pace(14);
+    const float pace = Pace(14);
     const float gender = std::exp2(0.25F * VoiceControl(16));
     const float sharpness = std::exp2(-0.5F * VoiceControl(15));
     for (int i = 0; i < kFormants; ++i) {
@@ -271,10 +231,8 @@ void Singer::MoveTract(const Target& target, float f0) {
             hz = f0 * 1.02F;
             bandwidth = std::max(bandwidth, f0 * 0.3F);
         }
-        if (i == 1 && hz < m_hz[0].value * 1.1F) {
-            hz = m_hz[0].value * 1.1F;
-            bandwidth = std::max(bandwidth, hz * 0.15F);
-        }
+        if (i == 1)
+            hz = std::max(hz, m_hz[0].value * 1.1F);
         m_hz[f].Approach(hz, pace);
         m_bandwidth[f].Approach(bandwidth, pace);
         m_boost[f].Approach(FromDb(12 * VoiceControl(i * 3 + 2)), pace);
@@ -301,8 +259,7 @@ float Singer::LevelFor(float f0) const {
                  (static_cast<float>(k * k) * (1 + w * w / (cut * cut)));
     }
     const float rms = 0.5F * std::sqrt(power / 2);
-    const float even = 1 / std::max(rms, 0.01F);
-    return kLevel * std::min(std::pow(even, kLevelEvenness), kMostUneven * even);
+    return kLevel * std::pow(std::max(rms, 0.01F), -kLevelEvenness);
 }
 
 void Singer::Tick() {
@@ -311,16 +268,11 @@ void Singer::Tick() {
         Apply(*change);
     const Voice& voice = VoiceOf(ControlValue(Control::Program));
     const Segment* const segment = FindCurrent(now);
-    if (m_asleep && !segment)
-        return;
-    FollowNotes(segment != nullptr, now);
 
     Target target;
     float release = 25;
     if (segment) {
-        const bool followed = m_timeline.SegmentCount() > 1;
-        const Time yield = followed ? std::max<Time>(segment->end - m_timeline.SegmentAt(1).Onset(), 0) : 0;
-        target = AimAt(*segment, now, yield, voice, m_vowel);
+        target = AimAt(*segment, now, voice, m_vowel);
     } else {
         for (size_t i = 0; i < kFormants; ++i) {
             target.hz[i] = m_hz[i].value;
@@ -357,12 +309,6 @@ void Singer::Tick() {
     if (!segment && m_voicing.value == 0 && m_aspiration.value == 0 && m_noise.value == 0) {
         m_gain.value = 0;
         m_timeline.DropSegments(m_timeline.SegmentCount() > 0 && m_timeline.SegmentAt(0).Onset() <= now ? 1 : 0);
-        if (++m_quietTicks > static_cast<int>(kRingMilliseconds * 0.001 * m_rate) / kTickSamples) {
-            FallAsleep();
-            return;
-        }
-    } else {
-        m_quietTicks = 0;
     }
 
     // Levels move in a line through the tick, so that no controller makes a step.
@@ -371,33 +317,17 @@ void Singer::Tick() {
     m_voicingStep = (m_voicing.value * m_gain.value * LevelFor(f0) - m_voicingNow) * perSample;
     m_aspirationStep = (m_aspiration.value * m_gain.value * kLevel * kAspirationLevel - m_aspirationNow) * perSample;
     m_noiseStep = (m_noise.value * m_gain.value * kHissLevel * kLevel * clearness - m_noiseNow) * perSample;
-    const float breath = voice.breath * (VoiceControl(13) < 0 ? 1 + VoiceControl(13) : 1 + 7 * VoiceControl(13));
-    m_breathStep = (breath - m_breathNow) * perSample;
+    m_breathNow = voice.breath * (VoiceControl(13) < 0 ? 1 + VoiceControl(13) : 1 + 7 * VoiceControl(13));
 
     // Louder singing is brighter singing.
     const float effort = std::exp2(static_cast<float>(dynamics - kDefaultDynamics) / 80.0F + 1.2F * VoiceControl(12));
-    m_tiltHz.Approach(voice.tiltHz * effort, m_asleep ? 1.0F : Pace(15));
+    m_tiltHz.Approach(voice.tiltHz * effort, Pace(15));
     m_tilt = 1 - std::exp(-6.2831853F * std::min(m_tiltHz.value, 15000.0F) / static_cast<float>(m_rate));
-    m_shelfGain.Approach(FromDb(9 * VoiceControl(14)) - 1, m_asleep ? 1.0F : Pace(15));
+    m_shelfGain.Approach(FromDb(9 * VoiceControl(14)) - 1, Pace(15));
     m_shelf = 1 - std::exp(-6.2831853F * 2500.0F / static_cast<float>(m_rate));
-    m_asleep = false;
-}
-
-/// Silence is exact and costs nothing; what sings next starts from filters at rest.
-void Singer::FallAsleep() {
-    m_asleep = true;
-    m_quietTicks = 0;
-    m_voicingNow = m_aspirationNow = m_noiseNow = 0;
-    m_voicingStep = m_aspirationStep = m_noiseStep = 0;
-    m_tiltState = m_shelfState = 0;
-    m_tract.Reset();
-    m_hiss.Reset();
 }
 
 float Singer::NextSample() {
-    if (m_asleep)
-        return 0;
-    m_breathNow += m_breathStep;
     m_voicingNow += m_voicingStep;
     m_aspirationNow += m_aspirationStep;
     m_noiseNow += m_noiseStep;

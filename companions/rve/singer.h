@@ -41,14 +41,10 @@ private:
     /// The segment that sounds now, or null; what is over is dropped.
     const Segment* FindCurrent(Time now);
     void BeginSegment(const Segment& segment);
-    void FollowNotes(bool sounding, Time now);
-    void BeginGlide(const Segment& segment, Time now, Time length);
-    float NoteAt(Time now) const;
     float Envelope(const Segment* segment, Time now);
     float Pitch(const Segment* segment, Time now);
     void MoveTract(const Target& target, float f0);
     float LevelFor(float f0) const;
-    void FallAsleep();
     float NextSample();
     float Pace(float milliseconds) const;
 
@@ -63,11 +59,8 @@ private:
     std::array<int16_t, kControls> m_controls{};
     int m_program = 0;
 
-    uint32_t m_currentId = 0; ///< of the segment that was begun last
+    Time m_currentStart = -1; ///< identifies the segment that was begun
     const Phoneme* m_vowel = nullptr;
-    uint32_t m_noteId = 0; ///< of the segment whose note the pitch is going to
-    Shape m_incoming;      ///< the transition that leads to the current segment
-    Shape m_outgoing;      ///< the one that leads on from it
     float m_fromNote = 60;
     float m_toNote = 60;
     Time m_glideStart = 0;
@@ -77,12 +70,9 @@ private:
     float m_vibratoEnvelope = 0;
     double m_vibratoPhase = 0;
 
-    bool m_asleep = true; ///< nothing sounds and no filter rings
-    int m_quietTicks = 0;
-    Smoothed m_bend; ///< semitones
     Smoothed m_gain, m_voicing, m_aspiration, m_noise;
     float m_voicingNow = 0, m_aspirationNow = 0, m_noiseNow = 0, m_breathNow = 0; ///< ramped within a tick
-    float m_voicingStep = 0, m_aspirationStep = 0, m_noiseStep = 0, m_breathStep = 0;
+    float m_voicingStep = 0, m_aspirationStep = 0, m_noiseStep = 0;
     std::array<Smoothed, kFormants> m_hz, m_bandwidth;
     Smoothed m_noiseHz, m_noiseBandwidth;
     std::array<Smoothed, kFormants> m_boost;

@@ -4,10 +4,7 @@
 
 namespace rve {
 
-void Timeline::Clear() {
-    m_segmentCount = m_firstChange = m_changeCount = 0;
-    m_lastId = 0;
-}
+void Timeline::Clear() { m_segmentCount = m_firstChange = m_changeCount = 0; }
 
 void Timeline::DropSegments(int count) {
     if (count <= 0)
@@ -23,7 +20,6 @@ void Timeline::Add(const Segment& segment) {
     for (; at > 0 && m_segments[static_cast<size_t>(at - 1)].start > segment.start; --at)
         m_segments[static_cast<size_t>(at)] = m_segments[static_cast<size_t>(at - 1)];
     m_segments[static_cast<size_t>(at)] = segment;
-    m_segments[static_cast<size_t>(at)].id = ++m_lastId;
 }
 
 const ControlChange* Timeline::Add(const ControlChange& change) {

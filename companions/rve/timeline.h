@@ -30,10 +30,8 @@ struct Unit {
 /// A note segment, or the part of a note that one syllable has.
 struct Segment {
     static constexpr int kMaxUnits = 16;
-    uint32_t id = 0; ///< given by the timeline, never 0: two segments may have the same times
     Time start = 0; ///< where its vowel begins
     Time end = 0;
-    Time coda = 0; ///< where the sounds after the vowel begin; `end` when there are none
     int note = 60;
     int velocity = 64;
     bool begins = true; ///< the sound begins here
@@ -95,7 +93,6 @@ private:
 
     std::array<Segment, kMaxSegments> m_segments;
     int m_segmentCount = 0;
-    uint32_t m_lastId = 0;
     std::array<ControlChange, kMaxChanges> m_changes; // a ring
     int m_firstChange = 0;
     int m_changeCount = 0;
