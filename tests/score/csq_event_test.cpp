@@ -211,6 +211,59 @@ TEST_CASE("notes: inserted, changed, written, removed with what they own") {
     CHECK(torv::LiveEventRecords() == before);
 }
 
+TEST_CASE("notes: a cursor without a track, or whose track moved on, touches nothing") {
+    CCsqEventAnote detached;
+    detached.SetNoteHeadIconHandle(reinterpret_cast<void*>(uintptr_t{3}), 0);
+    detached.SetLyricHandle(reinterpret_cast<void*>(uintptr_t{3}), 0);
+    CHECK((detached.GetNoteHeadIconLength() == 0 && detached.SetNoteHeadIconLength(5) == 0));
+    CHECK((detached.SetNoteHeadIconHandle(nullptr, 1) == 1 && detached.SetLyricHandle(nullptr, 1) == 1));
+    CHECK((detached.Write() == 0 && detached.Insert(1, 60, 1, 1) == 0));
+
+    const DWORD before = torv::LiveEventRecords();
+    Chart chart;
+    chart.Note(0, 10, 60);
+    const DWORD second = torv::EventIdOf(chart.Note(100, 10, 62));
+    chart.Close();
+    CCsqEventAnote notes;
+    CCsqEventAnote other;
+    notes.Attach(chart.track.get());
+    other.Attach(chart.track.get());
+    notes.GetNext();
+    other.MoveTo(100);
+    CHECK((notes.GetNoteNumber() == 60 && notes.Remove(1) == 0)); // the track stands on the other note
+    CHECK(Walk(other) == std::vector<int>{245, 245, 242});        // both are still there
+    CHECK(torv::LiveEventRecords() == before + 2);
+    notes.MoveTo(0);
+    notes.GetNext();
+    CHECK((notes.Remove(1) == 1 && torv::EventRecordOf(second) != nullptr));
+
+    // The content went to another owner while a cursor stood in it.
+    chart.track->ReleaseObject();
+    CHECK((notes.GetNext() == 242 && notes.MoveTo(5) == 0 && notes.Insert(1, 60, 1, 1) == 0));
+    CHECK((notes.MeasureSequenceLength() == 0 && notes.RemoveEntry() == 0 && notes.GetPosition() == 0));
+    torv::FreeEventRecord(second);
+    CHECK(torv::LiveEventRecords() == before);
+}
+
+TEST_CASE("placements and singers: on another kind of event there is no icon") {
+    Chart chart;
+    for (int i = 0; i < 3; ++i)
+        chart.track->AttachIconObject(new CIconSinger);
+    chart.Note(10, 480, 2); // its number stands where a placement has its handle
+    chart.Close();
+    void* const named = reinterpret_cast<void*>(uintptr_t{2});
+    CCsqEventAicon placements;
+    placements.Attach(chart.track.get());
+    placements.MoveTo(10);
+    CHECK((placements.GetStatus() == 245 && placements.GetIconHandle() == nullptr));
+    CHECK((placements.SetIconHandle(nullptr, 1) == 0 && placements.SetIconLength(9) == 0));
+    CHECK(chart.track->LookupIconObject(named) != nullptr);
+    CCsqEventSinger singers;
+    singers.Attach(chart.track.get());
+    singers.MoveTo(10);
+    CHECK((singers.GetIconHandle() == nullptr && singers.Remove(1) == 0));
+}
+
 TEST_CASE("placements and singers") {
     Chart chart;
     chart.Close();

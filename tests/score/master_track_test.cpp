@@ -167,6 +167,7 @@ TEST_CASE("cursor: types at the ends, lengths, rewriting") {
     master.SeekToBegin();
     CHECK(master.SeekNext() == 247);
     CHECK(master.SeekNext() == 246);
+    CHECK(master.Create() == 0); // once: the events stay
     CHECK(master.GetLength() == 200);
     tagMasterEventEntry entry{};
     master.MoveTo(100);

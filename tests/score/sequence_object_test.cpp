@@ -24,10 +24,12 @@ void* Handle(uintptr_t handle) { return reinterpret_cast<void*>(handle); }
 
 TEST_CASE("handles: freed ones come again, lowest first") {
     const auto track = MakeTrack();
-    CHECK((Attach(*track) == 1 && Attach(*track) == 2 && Attach(*track) == 3));
+    for (const uintptr_t expected : {1U, 2U, 3U})
+        CHECK(Attach(*track) == expected);
     CHECK(track->DetachIconObject(Handle(2), 1) == 1);
     CHECK(track->DetachIconObject(Handle(2), 1) == 0);
-    CHECK((Attach(*track) == 2 && Attach(*track) == 4));
+    for (const uintptr_t expected : {2U, 4U})
+        CHECK(Attach(*track) == expected);
     CHECK(track->LookupIconObject(Handle(5)) == nullptr);
     CHECK(track->LookupIconObject(nullptr) == nullptr);
 }
@@ -46,6 +48,39 @@ TEST_CASE("handles: after a given handle the next one follows it") {
     CHECK(Attach(*track) == 4);
     CHECK(reinterpret_cast<uintptr_t>(track->AttachLyricObject(new CLyricObject)) == 1); // lyrics count for themselves
     CHECK(track->AttachIconObject(nullptr) == nullptr);
+}
+
+TEST_CASE("handles: several freed ones, and the turn at the end") {
+    const auto track = MakeTrack();
+    for (uintptr_t i = 1; i <= 200; ++i)
+        REQUIRE(Attach(*track) == i);
+    for (const uintptr_t freed : {128U, 63U, 64U, 199U})
+        track->DetachIconObject(Handle(freed), 1);
+    for (const uintptr_t expected : {63U, 64U, 128U, 199U, 201U})
+        CHECK(Attach(*track) == expected);
+    CHECK(track->SetIconObjectAt(Handle(65534), new CIconSinger) == 1);
+    track->DetachIconObject(Handle(150), 1);
+    for (const uintptr_t expected : {150U, 202U})
+        CHECK(Attach(*track) == expected);
+    const auto turning = MakeTrack();
+    CHECK(turning->SetIconObjectAt(Handle(65534), new CIconSinger) == 1);
+    CHECK(Attach(*turning) == 1); // 65535 is never given out
+}
+
+TEST_CASE("objects may take others off the track as they go") {
+    struct Greedy : CIconSinger {
+        CSequenceObject* track = nullptr;
+        void* prey = nullptr;
+        ~Greedy() override { track->DetachIconObject(prey, 1); }
+    };
+    const auto track = MakeTrack();
+    auto* const greedy = new Greedy;
+    greedy->track = track.get();
+    track->AttachIconObject(greedy);
+    greedy->prey = Handle(Attach(*track)); // the next in the walk
+    track->RemoveAllEvent();
+    CHECK(track->LookupIconObject(Handle(2)) == nullptr);
+    CHECK(Attach(*track) == 1);
 }
 
 TEST_CASE("handles: 65534 of them, then none until one is freed") {
@@ -93,6 +128,7 @@ TEST_CASE("note lengths and measures") {
     CHECK(CSequenceObject::CalcMeasureClock(4, 2) == 1920);
     CHECK(CSequenceObject::CalcMeasureClock(6, 3) == 1440);
     CHECK(CSequenceObject::CalcMeasureClock(4, 8) == 0);
+    CHECK(CSequenceObject::CalcMeasureClock(0x7FFFFFFF, 0) == 0); // beyond 32 bits
 }
 
 TEST_CASE("content given up stays alive for its new owner") {
