@@ -2,10 +2,14 @@
 
 #include "torv/platform/arithmetic.h"
 
+#include <algorithm>
+
 namespace torv {
 
+LONG SignedTicks(DWORD ticks) { return static_cast<LONG>(std::min<DWORD>(ticks, 0x7FFFFFFF)); }
+
 tagBreakPoint ExportPoint(const tagBreakPoint& stored, DWORD clock, DWORD length) {
-    const int offset = MulDiv(stored.position, static_cast<int>(length), kIconUnits);
+    const int offset = MulDiv(stored.position, SignedTicks(length), kIconUnits);
     return {static_cast<LONG>(clock + static_cast<DWORD>(offset)), stored.value, stored.flags};
 }
 
@@ -13,7 +17,7 @@ void StoreExported(CBreakPointList& stored, const CBreakPointList& exported, DWO
     stored.RemoveAll();
     for (POSITION at = exported.GetHeadPosition(); at;) {
         tagBreakPoint point = exported.GetNext(at);
-        point.position = MulDiv(point.position, kIconUnits, static_cast<int>(length));
+        point.position = MulDiv(point.position, kIconUnits, SignedTicks(length));
         stored.AddTail(point);
     }
 }

@@ -32,6 +32,7 @@ public:
 TORV_API void SetVoiceCatalogue(const VoiceCatalogue* catalogue);
 TORV_API const VoiceCatalogue* GetVoiceCatalogue();
 TORV_API void SetIconCatalogue(const IconCatalogue* catalogue);
+TORV_API const IconCatalogue* GetIconCatalogue();
 
 /// The icon's place in the open database; 0 when it is not there or no database is open.
 TORV_API int IconIndexOf(const CIconObject& icon);

@@ -20,6 +20,8 @@ int ClampOffset(int value) { return std::clamp(value, -kLoudest, kLoudest); }
 namespace torv {
 
 void ReleaseIconRecord(tagDynamicsIconObject* record) {
+    if (!record)
+        return;
     ReleaseIconRecord(&record->header);
     delete[] record->points;
     record->points = nullptr;
@@ -27,7 +29,10 @@ void ReleaseIconRecord(tagDynamicsIconObject* record) {
 
 } // namespace torv
 
-CIconDynamics::CIconDynamics(CIconDynamics* other) : CIconDynamics(*other) {}
+CIconDynamics::CIconDynamics(int status, int articulation, int variation)
+    : CIconObject(status, articulation, variation) {}
+
+CIconDynamics::CIconDynamics(CIconDynamics* other) : CIconDynamics(torv::OrEmpty(other)) {}
 
 int CIconDynamics::IsContinuance() { return !IsLevel(); }
 
@@ -69,22 +74,20 @@ int CIconDynamics::ScanThresholdIndex(int value) {
 
 int CIconDynamics::GetDefaultDynamics() { return kDefaultDynamics; }
 
-int CIconDynamics::LoadPreset(const char* path) { return LoadPresetFile(path); }
-
-void CIconDynamics::ReadNumbers(CxTypedFile* file, const char* section) {
-    CIconObject::ReadParameterSection(file, section);
+int CIconDynamics::ReadKeys(CxTypedFile* file, const char* section) {
     m_nStart = NormalizeValue(torv::ParseInteger(file->ReadAt(section, "StartDyn", nullptr)));
     m_nEnd = NormalizeValue(torv::ParseInteger(file->ReadAt(section, "EndDyn", nullptr)));
-    const int count = torv::ParseInteger(file->ReadAt(section, "DynBPNum", nullptr)) & 0xFFFF;
-    if (count != 0)
-        UnformatBreakPoint(m_points, count, torv::kIconUnits, file->ReadAt(section, "DynBPX", nullptr),
-                           file->ReadAt(section, "DynBPY", nullptr));
+    return ReadCurve(m_points, file, section, kCurveKeys);
 }
 
-int CIconDynamics::ReadParameterSection(CxTypedFile* file, const char* section) {
-    ReadNumbers(file, section);
+int CIconDynamics::LoadPreset(const char* path) {
+    CxTypedFile file;
+    if (!LoadPresetFile(file, path))
+        return 0;
     if (IsLevel())
         m_dwLength = 1;
+    if (ReadKeys(&file, kParameterSection) == 0)
+        return 1;
     for (POSITION at = m_points.GetHeadPosition(); at;) {
         tagBreakPoint& point = m_points.GetNext(at);
         point.value = static_cast<SHORT>(NormalizeValue(point.value));
@@ -92,27 +95,20 @@ int CIconDynamics::ReadParameterSection(CxTypedFile* file, const char* section) 
     return 1;
 }
 
-// A song's icon is read as it was written: its length and its points' values are not touched.
 int CIconDynamics::ConstructParameter(CxTypedFile* file, const char* section) {
-    if (!file || !ReadGlobalSection(file, section))
+    if (!CIconObject::ConstructParameter(file, section))
         return 0;
     m_points.RemoveAll();
-    ReadNumbers(file, section);
+    ReadKeys(file, section);
     return 1;
 }
 
-int CIconDynamics::WriteParameterSection(CxTypedFile* file, const char* section) const {
-    CIconObject::WriteParameterSection(file, section);
+int CIconDynamics::DescribeParameter(CxTypedFile* file, const char* section) {
+    if (!CIconObject::DescribeParameter(file, section))
+        return 0;
     WriteNumber(file, section, "StartDyn", m_nStart);
     WriteNumber(file, section, "EndDyn", m_nEnd);
-    WriteNumber(file, section, "DynBPNum", m_points.GetCount());
-    if (m_points.IsEmpty())
-        return 1;
-    CString positions;
-    CString values;
-    FormatBreakPoint(m_points, torv::kIconUnits, positions, values);
-    file->WriteAt(section, "DynBPX", positions);
-    file->WriteAt(section, "DynBPY", values);
+    WriteCurve(m_points, file, section, kCurveKeys);
     return 1;
 }
 
@@ -150,9 +146,10 @@ int CIconDynamics::DescribeParameter(tagDynamicsIconObject* record) const {
 int CIconDynamics::ExportBreakPoint(CBreakPointList* list, DWORD clock) {
     if (!list)
         return 0;
+    int left = m_points.GetCount(); // counted first: a host may pass the icon's own list
     tagBreakPoint point{static_cast<LONG>(clock), static_cast<SHORT>(m_nStart), torv::kBreakPointEdge};
     list->AddTail(point);
-    for (POSITION at = m_points.GetHeadPosition(); at;) {
+    for (POSITION at = m_points.GetHeadPosition(); left > 0; --left) {
         point = torv::ExportPoint(m_points.GetNext(at), clock, m_dwLength);
         list->AddTail(point);
     }
@@ -181,7 +178,7 @@ int CIconDynamics::NormalizeBreakPointArray(DWORD clock, CBreakPointArray& array
 int CIconDynamics::TrimIconHead(DWORD clock) {
     CBreakPointList working;
     ExportBreakPoint(&working, 0);
-    TrimBreakPointListHead(working, static_cast<LONG>(clock));
+    TrimBreakPointListHead(working, torv::SignedTicks(clock));
     working.RemoveHead();
     working.RemoveTail();
     m_dwLength = m_dwLength > clock ? m_dwLength - clock : 0;
@@ -192,7 +189,7 @@ int CIconDynamics::TrimIconHead(DWORD clock) {
 int CIconDynamics::TrimIconTail(DWORD clock) {
     CBreakPointList working;
     ExportBreakPoint(&working, 0);
-    TrimBreakPointListTail(working, static_cast<LONG>(clock));
+    TrimBreakPointListTail(working, torv::SignedTicks(clock));
     m_nEnd = working.IsEmpty() ? m_nStart : working.GetTail().value;
     working.RemoveHead();
     working.RemoveTail();

@@ -27,12 +27,15 @@ TORV_API void ReleaseIconRecord(tagDynamicsIconObject* record);
 /// begins: their numbers are offsets, -127..127.
 class TORV_API CIconDynamics : public CIconObject {
 public:
-    using CIconObject::CIconObject;
+    CIconDynamics(int status, int articulation, int variation);
     explicit CIconDynamics(CIconDynamics* other);
 
     int IsContinuance() override; ///< 1 for every articulation but 1
+    /// A level has no span in preset files, and every value is brought into range.
     int LoadPreset(const char* path) override;
+    /// A song's icon is read as it was written: its length and its points' values are not touched.
     int ConstructParameter(CxTypedFile* file, const char* section) override;
+    int DescribeParameter(CxTypedFile* file, const char* section) override;
     int ReplaceParameter(CIconObject* other) override;
     /// Start and end stay as they were: the value at the cut goes with the point that stood there.
     int TrimIconHead(DWORD clock) override;
@@ -69,15 +72,13 @@ public:
     CString GetOriginalSingerName() const { return "non"; }
     CString GetDevelopperName() const { return ""; }
 
-protected:
-    /// As in preset files: a level has no span, and every value is brought into range.
-    int ReadParameterSection(CxTypedFile* file, const char* section) override;
-    int WriteParameterSection(CxTypedFile* file, const char* section) const override;
-
 private:
+    static constexpr CurveKeys kCurveKeys{"DynBPNum", "DynBPX", "DynBPY"};
+
     bool IsLevel() const { return m_nArticulation == torv::kDynaff; }
     bool IsChange() const { return m_nArticulation == torv::kCrescendo || m_nArticulation == torv::kDecrescendo; }
-    void ReadNumbers(CxTypedFile* file, const char* section);
+    /// Appends the points; the number of them that the file states.
+    int ReadKeys(CxTypedFile* file, const char* section);
 
     int m_nStart = 0;
     int m_nEnd = 0;

@@ -5,6 +5,8 @@
 namespace torv {
 
 void ReleaseIconRecord(tagNoteIconObject* record) {
+    if (!record)
+        return;
     ReleaseIconRecord(&record->header);
     delete[] record->originalSingerName;
     delete[] record->developerName;
@@ -13,7 +15,10 @@ void ReleaseIconRecord(tagNoteIconObject* record) {
 
 } // namespace torv
 
-CIconExpression::CIconExpression(CIconExpression* other) : CIconExpression(*other) {}
+CIconExpression::CIconExpression(int status, int articulation, int variation)
+    : CIconObject(status, articulation, variation) {}
+
+CIconExpression::CIconExpression(CIconExpression* other) : CIconExpression(torv::OrEmpty(other)) {}
 
 int CIconExpression::LoadPreset(const char*) { return 0; }
 int CIconExpression::GetDuration() const { return torv::kDefaultShape; }
@@ -33,8 +38,8 @@ int CIconExpression::ReplaceParameter(CIconObject* other) {
 int CIconExpression::DescribeUserExpression(CxTypedFile* file) {
     if (!file)
         return 0;
-    file->WriteAt("Common", "Articulation", torv::IconArticulationName(m_nStatus, m_nArticulation));
-    return WriteGlobalSection(file, "Common") && CIconObject::WriteParameterSection(file, "Parameter");
+    file->WriteAt(kGlobalSection, "Articulation", torv::IconArticulationName(m_nStatus, m_nArticulation));
+    return WriteGlobalSection(file, kGlobalSection) && WriteParameterSection(file, kParameterSection);
 }
 
 int CIconExpression::ConstructParameter(const tagNoteIconObject* record) {

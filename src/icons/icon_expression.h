@@ -40,7 +40,7 @@ TORV_API void ReleaseIconRecord(tagNoteIconObject* record);
 /// An icon from the expression database: the note shapes and the vibrato.
 class TORV_API CIconExpression : public CIconObject {
 public:
-    using CIconObject::CIconObject;
+    CIconExpression(int status, int articulation, int variation);
     explicit CIconExpression(CIconExpression* other);
     CIconExpression(const CIconExpression&) = default;
 

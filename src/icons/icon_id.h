@@ -27,7 +27,8 @@ constexpr int ArticulationFromID(DWORD id) { return static_cast<int>(id >> 16 & 
 constexpr int VariationFromID(DWORD id) { return static_cast<int>(id & 0xFFFF); }
 /// A singer's variation packs its two codes; `high` is the language, `low` the program.
 constexpr DWORD MakeSingerIconID(int high, int low) {
-    return MakeIconID(kStatusSinger, kSingerArticulation, (high & 0xFF) << 8 | (low & 0xFF));
+    const DWORD variation = static_cast<DWORD>(high) * 256 + static_cast<DWORD>(low);
+    return MakeIconID(kStatusSinger, kSingerArticulation, static_cast<int>(variation & 0xFFFF));
 }
 
 /// "Attack" ... "Singer": also the name of the kind's folder in the preset database. Empty for any other status.

@@ -5,7 +5,7 @@
 /// How a note begins: status 1.
 class TORV_API CIconNoteAttack : public torv::NoteShape {
 public:
-    using NoteShape::NoteShape;
+    CIconNoteAttack(int status, int articulation, int variation);
     explicit CIconNoteAttack(CIconNoteAttack* other);
     int ReplaceParameter(CIconObject* other) override;
 };

@@ -5,7 +5,7 @@
 /// How a note ends: status 2.
 class TORV_API CIconNoteRelease : public torv::NoteShape {
 public:
-    using NoteShape::NoteShape;
+    CIconNoteRelease(int status, int articulation, int variation);
     explicit CIconNoteRelease(CIconNoteRelease* other);
     int ReplaceParameter(CIconObject* other) override;
 };

@@ -6,21 +6,30 @@ namespace torv {
 
 NoteShape::NoteShape(int status, int articulation, int variation) : CIconExpression(status, articulation, variation) {}
 
-int NoteShape::LoadPreset(const char* path) { return LoadPresetFile(path); }
-
-int NoteShape::DescribeUserExpression(CxTypedFile* file) {
-    return CIconExpression::DescribeUserExpression(file) && WriteParameterSection(file, "Parameter");
+int NoteShape::LoadPreset(const char* path) {
+    CxTypedFile file;
+    return LoadPresetFile(file, path) && ReadKeys(&file, kParameterSection);
 }
 
-int NoteShape::ReadParameterSection(CxTypedFile* file, const char* section) {
-    CIconObject::ReadParameterSection(file, section);
+int NoteShape::ConstructParameter(CxTypedFile* file, const char* section) {
+    return CIconObject::ConstructParameter(file, section) && ReadKeys(file, section);
+}
+
+int NoteShape::DescribeParameter(CxTypedFile* file, const char* section) {
+    return CIconObject::DescribeParameter(file, section) && WriteKeys(file, section);
+}
+
+int NoteShape::DescribeUserExpression(CxTypedFile* file) {
+    return CIconExpression::DescribeUserExpression(file) && WriteKeys(file, kParameterSection);
+}
+
+int NoteShape::ReadKeys(CxTypedFile* file, const char* section) {
     m_nDuration = ReadShape(file, section, "Duration");
     m_nDepth = ReadShape(file, section, "Depth");
     return 1;
 }
 
-int NoteShape::WriteParameterSection(CxTypedFile* file, const char* section) const {
-    CIconObject::WriteParameterSection(file, section);
+int NoteShape::WriteKeys(CxTypedFile* file, const char* section) const {
     WriteNumber(file, section, "Duration", m_nDuration);
     WriteNumber(file, section, "Depth", m_nDepth);
     return 1;

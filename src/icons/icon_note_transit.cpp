@@ -2,22 +2,34 @@
 
 #include "torv/database/typed_file.h"
 
-CIconNoteTransit::CIconNoteTransit(CIconNoteTransit* other) : CIconNoteTransit(*other) {}
+CIconNoteTransit::CIconNoteTransit(int status, int articulation, int variation)
+    : CIconExpression(status, articulation, variation) {}
 
-int CIconNoteTransit::LoadPreset(const char* path) { return LoadPresetFile(path); }
+CIconNoteTransit::CIconNoteTransit(CIconNoteTransit* other) : CIconNoteTransit(torv::OrEmpty(other)) {}
 
-int CIconNoteTransit::DescribeUserExpression(CxTypedFile* file) {
-    return CIconExpression::DescribeUserExpression(file) && WriteParameterSection(file, "Parameter");
+int CIconNoteTransit::LoadPreset(const char* path) {
+    CxTypedFile file;
+    return LoadPresetFile(file, path) && ReadKeys(&file, kParameterSection);
 }
 
-int CIconNoteTransit::ReadParameterSection(CxTypedFile* file, const char* section) {
-    CIconObject::ReadParameterSection(file, section);
+int CIconNoteTransit::ConstructParameter(CxTypedFile* file, const char* section) {
+    return CIconObject::ConstructParameter(file, section) && ReadKeys(file, section);
+}
+
+int CIconNoteTransit::DescribeParameter(CxTypedFile* file, const char* section) {
+    return CIconObject::DescribeParameter(file, section) && WriteKeys(file, section);
+}
+
+int CIconNoteTransit::DescribeUserExpression(CxTypedFile* file) {
+    return CIconExpression::DescribeUserExpression(file) && WriteKeys(file, kParameterSection);
+}
+
+int CIconNoteTransit::ReadKeys(CxTypedFile* file, const char* section) {
     m_nDuration = ReadShape(file, section, "Duration");
     return 1;
 }
 
-int CIconNoteTransit::WriteParameterSection(CxTypedFile* file, const char* section) const {
-    CIconObject::WriteParameterSection(file, section);
+int CIconNoteTransit::WriteKeys(CxTypedFile* file, const char* section) const {
     WriteNumber(file, section, "Duration", m_nDuration);
     return 1;
 }

@@ -5,10 +5,12 @@
 /// How one note passes into the next: status 3. It has a duration only.
 class TORV_API CIconNoteTransit : public CIconExpression {
 public:
-    using CIconExpression::CIconExpression;
+    CIconNoteTransit(int status, int articulation, int variation);
     explicit CIconNoteTransit(CIconNoteTransit* other);
 
     int LoadPreset(const char* path) override;
+    int ConstructParameter(CxTypedFile* file, const char* section) override;
+    int DescribeParameter(CxTypedFile* file, const char* section) override;
     /// Takes over the other transition's variation too.
     int ReplaceParameter(CIconObject* other) override;
     int DescribeUserExpression(CxTypedFile* file) override;
@@ -21,10 +23,9 @@ public:
     /// Any value is stored and answered with 1.
     int SetDuration(int duration);
 
-protected:
-    int ReadParameterSection(CxTypedFile* file, const char* section) override;
-    int WriteParameterSection(CxTypedFile* file, const char* section) const override;
-
 private:
+    int ReadKeys(CxTypedFile* file, const char* section);
+    int WriteKeys(CxTypedFile* file, const char* section) const;
+
     int m_nDuration = torv::kDefaultShape;
 };

@@ -7,44 +7,14 @@
 
 namespace {
 
-constexpr const char* kGlobalSection = "Common";
-constexpr const char* kParameterSection = "Parameter";
 constexpr int kDefaultLength = 240;
 constexpr size_t kMaxIDString = sizeof(tagIconHeader::idString) - 1;
-constexpr int kFieldBytes = 16; // fifteen characters and a NUL
 
 void TellPresetError(const char* format, const char* path) {
     MessageBeep(MB_ICONEXCLAMATION);
-    CString text;
-    text = CString(format);
+    CString text(format);
     text.Replace("%s", path);
     AfxMessageBox(text, MB_ICONEXCLAMATION | MB_OK);
-}
-
-/// The first point at `t` or later, and the one before it; either may be null.
-struct Cut {
-    POSITION before = nullptr;
-    POSITION point = nullptr;
-};
-
-Cut FindCut(const CBreakPointList& list, LONG t) {
-    Cut cut;
-    cut.point = list.GetHeadPosition();
-    while (cut.point && list.GetAt(cut.point).position < t) {
-        cut.before = cut.point;
-        list.GetNext(cut.point);
-    }
-    return cut;
-}
-
-/// Puts a point at `t` between the two of a cut; it takes the flags of the later one.
-POSITION Interpolate(CBreakPointList& list, const Cut& cut, LONG t) {
-    const tagBreakPoint before = list.GetAt(cut.before);
-    const tagBreakPoint after = list.GetAt(cut.point);
-    const int value =
-        before.value + torv::MulDiv(t - before.position, after.value - before.value, after.position - before.position);
-    tagBreakPoint point{t, static_cast<SHORT>(value), after.flags};
-    return list.InsertAfter(cut.before, point);
 }
 
 } // namespace
@@ -59,6 +29,8 @@ char* NewText(const char* text) {
 }
 
 void ReleaseIconRecord(tagIconHeader* record) {
+    if (!record)
+        return;
     delete[] record->caption;
     record->caption = nullptr;
 }
@@ -68,7 +40,7 @@ void ReleaseIconRecord(tagIconHeader* record) {
 CIconObject::CIconObject(int status, int articulation, int variation)
     : m_nStatus(status), m_nArticulation(articulation), m_nVariation(variation) {}
 
-CIconObject::CIconObject(CIconObject* other) : CIconObject(*other) {}
+CIconObject::CIconObject(CIconObject* other) : CIconObject(torv::OrEmpty(other)) {}
 
 CIconObject::~CIconObject() = default;
 
@@ -76,10 +48,12 @@ int CIconObject::IsContinuance() { return 0; }
 int CIconObject::TrimIconHead(DWORD) { return 0; }
 int CIconObject::TrimIconTail(DWORD) { return 0; }
 
-int CIconObject::LoadPreset(const char* path) { return LoadPresetFile(path); }
-
-int CIconObject::LoadPresetFile(const char* path) {
+int CIconObject::LoadPreset(const char* path) {
     CxTypedFile file;
+    return LoadPresetFile(file, path);
+}
+
+int CIconObject::LoadPresetFile(CxTypedFile& file, const char* path) {
     return OpenPresetFile(file, path) && ReadGlobalSection(&file, kGlobalSection) &&
            ReadParameterSection(&file, kParameterSection);
 }
@@ -146,6 +120,7 @@ int CIconObject::IsUserIcon() const { return (static_cast<DWORD>(m_nVariation) &
 int CIconObject::IsUserIcon(DWORD id) { return (id & torv::kUserIconBit) != 0; }
 
 int CIconObject::OpenPresetFile(CxTypedFile& file, const char* path) {
+    path = path ? path : "";
     CFileFind search;
     if (!search.FindFile(path) || (search.FindNextFile(), search.IsDirectory())) {
         TellPresetError("Cannot find Icon File \"%s\" ! ", path);
@@ -184,80 +159,4 @@ void CIconObject::WriteNumber(CxTypedFile* file, const char* section, const char
     CString text;
     text.Format("%d", value);
     file->WriteAt(section, key, text);
-}
-
-void CIconObject::FormatBreakPoint(const CBreakPointList& list, DWORD length, CString& positions, CString& values) {
-    bool first = true;
-    for (POSITION at = list.GetHeadPosition(); at;) {
-        const tagBreakPoint& point = list.GetNext(at);
-        if (!first) {
-            positions += ',';
-            values += ',';
-        }
-        first = false;
-        positions += torv::FormatReal(length ? static_cast<double>(point.position) / length : 0.0);
-        CString value;
-        value.Format("%d", point.value);
-        values += value;
-    }
-}
-
-int CIconObject::UnformatBreakPoint(CBreakPointList& list, int count, DWORD length, const char* positions,
-                                    const char* values) {
-    for (int i = 0; i < count && *positions; ++i) {
-        char field[kFieldBytes];
-        positions = CxTypedFile::ExtractString(field, sizeof field, positions, ',');
-        const LONG position = torv::TruncateToLong(torv::ParseReal(field) * length);
-        if (position >= static_cast<long long>(length) || !*values)
-            break;
-        values = CxTypedFile::ExtractString(field, sizeof field, values, ',');
-        tagBreakPoint point{position, static_cast<SHORT>(torv::ParseInteger(field)), 0};
-        list.AddTail(point);
-    }
-    return count;
-}
-
-int CIconObject::TrimBreakPointListHead(CBreakPointList& list, LONG t) {
-    const Cut cut = FindCut(list, t);
-    if (!cut.point) {
-        list.RemoveAll();
-        return 1;
-    }
-    // A curve that starts at or after the cut keeps its positions: its owner's trim relies on finding it where it was.
-    if (!cut.before)
-        return 1;
-    const bool exact = list.GetAt(cut.point).position == t;
-    RemoveBreakPointBefore(list, exact ? cut.point : Interpolate(list, cut, t));
-    for (POSITION at = list.GetHeadPosition(); at;)
-        list.GetNext(at).position -= t;
-    return 1;
-}
-
-int CIconObject::TrimBreakPointListTail(CBreakPointList& list, LONG t) {
-    const Cut cut = FindCut(list, t);
-    if (!cut.point)
-        return 1;
-    if (!cut.before) {
-        list.RemoveAll();
-        return 1;
-    }
-    const bool exact = list.GetAt(cut.point).position == t;
-    RemoveBreakPointAfter(list, exact ? cut.point : Interpolate(list, cut, t));
-    return 1;
-}
-
-void CIconObject::RemoveBreakPointBefore(CBreakPointList& list, POSITION position) {
-    for (POSITION at = list.GetHeadPosition(); at && at != position;) {
-        const POSITION removed = at;
-        list.GetNext(at);
-        list.RemoveAt(removed);
-    }
-}
-
-void CIconObject::RemoveBreakPointAfter(CBreakPointList& list, POSITION position) {
-    for (POSITION at = list.GetTailPosition(); at && at != position;) {
-        const POSITION removed = at;
-        list.GetPrev(at);
-        list.RemoveAt(removed);
-    }
 }

@@ -21,10 +21,17 @@ static_assert(sizeof(void*) != 4 || (offsetof(tagIconHeader, idString) == 12 &&
 namespace torv {
 
 /// Frees the texts and arrays that the icon's description allocated and clears their pointers; the record stays.
+/// A null record is left alone.
 TORV_API void ReleaseIconRecord(tagIconHeader* record);
 
 /// A copy of a text by new[]; null texts copy as empty.
 char* NewText(const char* text);
+
+/// What a copy is made of: the icon, or in place of null one of id 0 that is as newly made.
+template <class Icon>
+const Icon& OrEmpty(const Icon* icon, const Icon& empty = Icon(0, 0, 0)) {
+    return icon ? *icon : empty;
+}
 
 } // namespace torv
 
@@ -36,6 +43,9 @@ public:
     CIconObject(const CIconObject&) = default;
     CIconObject& operator=(const CIconObject&) = delete;
     ~CIconObject() override;
+
+    // The virtual functions stand in the order in which hosts built against the library call them: kinds add theirs
+    // after these, and none goes between.
 
     /// Non-zero when the icon goes on across notes.
     virtual int IsContinuance();
@@ -71,16 +81,31 @@ public:
     static int IsUserIcon(DWORD id);
 
 protected:
+    /// The two sections of icon files of their own.
+    static constexpr const char* kGlobalSection = "Common";
+    static constexpr const char* kParameterSection = "Parameter";
+
     /// Finds and loads an icon file, with the two messages when it cannot.
     static int OpenPresetFile(CxTypedFile& file, const char* path);
-    /// What LoadPreset does for every kind that has preset files.
-    int LoadPresetFile(const char* path);
+    /// Opens an icon file and reads what all kinds share; the kind's own keys are then the caller's to read.
+    int LoadPresetFile(CxTypedFile& file, const char* path);
     int ReadGlobalSection(CxTypedFile* file, const char* section);
     int WriteGlobalSection(CxTypedFile* file, const char* section) const;
-    /// The keys of the kind, "Length" first: what preset files have in a section of their own.
-    virtual int ReadParameterSection(CxTypedFile* file, const char* section);
-    virtual int WriteParameterSection(CxTypedFile* file, const char* section) const;
+    int ReadParameterSection(CxTypedFile* file, const char* section);
+    int WriteParameterSection(CxTypedFile* file, const char* section) const;
     static void WriteNumber(CxTypedFile* file, const char* section, const char* key, int value);
+
+    /// The keys of a curve in a file, where positions are fractions of the icon's length.
+    struct CurveKeys {
+        const char* count;
+        const char* positions;
+        const char* values;
+    };
+    /// Appends the points to the list. Returns the number that the file states (its low 16 bits); when it is 0 the
+    /// points are not looked at.
+    static int ReadCurve(CBreakPointList& list, CxTypedFile* file, const char* section, const CurveKeys& keys);
+    /// Positions and values are written only when there are points.
+    static void WriteCurve(const CBreakPointList& list, CxTypedFile* file, const char* section, const CurveKeys& keys);
 
     /// Appends the points to two texts: positions as fractions of `length`, and values.
     static void FormatBreakPoint(const CBreakPointList& list, DWORD length, CString& positions, CString& values);

@@ -17,7 +17,10 @@ void ReadCode(CxTypedFile* file, const char* section, const char* key, BYTE& cod
 
 namespace torv {
 
-void ReleaseIconRecord(tagSingerIconObject* record) { ReleaseIconRecord(&record->header); }
+void ReleaseIconRecord(tagSingerIconObject* record) {
+    if (record)
+        ReleaseIconRecord(&record->header);
+}
 
 } // namespace torv
 
@@ -27,11 +30,16 @@ CIconSinger::CIconSinger(int status, int articulation, int variation) : CIconObj
     m_dwLength = 1;
 }
 
-CIconSinger::CIconSinger(CIconSinger* other) : CIconSinger(*other) { m_dwLength = 1; }
+CIconSinger::CIconSinger(const CIconSinger& other)
+    : CIconObject(other), m_nLanguage(other.m_nLanguage), m_nProgram(other.m_nProgram) {
+    m_dwLength = 1;
+}
+
+CIconSinger::CIconSinger(CIconSinger* other) : CIconSinger(torv::OrEmpty(other)) {}
 
 CString CIconSinger::GetSingerName() {
     CString name;
-    tagVoiceChangeParam parameters;
+    tagVoiceChangeParam parameters{};
     const torv::VoiceCatalogue* const voices = torv::GetVoiceCatalogue();
     if (!voices || !voices->FindVoice(m_nLanguage, m_nProgram, name, parameters))
         return kUnknownSinger;
@@ -41,7 +49,7 @@ CString CIconSinger::GetSingerName() {
 
 int CIconSinger::GetVoiceChangeParam(tagVoiceChangeParam* parameters) const {
     CString name;
-    tagVoiceChangeParam found;
+    tagVoiceChangeParam found{};
     const torv::VoiceCatalogue* const voices = torv::GetVoiceCatalogue();
     if (!parameters || !voices || !voices->FindVoice(m_nLanguage, m_nProgram, name, found))
         return 0;

@@ -23,7 +23,9 @@ class TORV_API CIconSinger : public CIconObject {
 public:
     CIconSinger();
     CIconSinger(int status, int articulation, int variation);
+    /// A copy is one tick long too, whatever the other's length.
     explicit CIconSinger(CIconSinger* other);
+    CIconSinger(const CIconSinger& other);
 
     /// The voice's name, which becomes the ID string; "?????", and nothing changes, for a voice that the open database
     /// does not have.

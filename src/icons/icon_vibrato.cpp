@@ -8,6 +8,8 @@
 namespace {
 
 constexpr int kLargest = 127;
+constexpr const char* kStartDepth = "StartDepth";
+constexpr const char* kStartRate = "StartRate";
 
 int Clamp(int value) { return std::clamp(value, 0, kLargest); }
 
@@ -27,6 +29,8 @@ tagBreakPoint HeadPoint(int start, DWORD clock) {
 namespace torv {
 
 void ReleaseIconRecord(tagVibratoIconObject* record) {
+    if (!record)
+        return;
     ReleaseIconRecord(&record->header);
     delete[] record->originalSingerName;
     delete[] record->developerName;
@@ -38,51 +42,49 @@ void ReleaseIconRecord(tagVibratoIconObject* record) {
 
 } // namespace torv
 
-CIconVibrato::CIconVibrato(CIconVibrato* other) : CIconVibrato(*other) {}
+CIconVibrato::CIconVibrato(int status, int articulation, int variation)
+    : CIconExpression(status, articulation, variation) {}
+
+CIconVibrato::CIconVibrato(CIconVibrato* other) : CIconVibrato(torv::OrEmpty(other)) {}
 
 int CIconVibrato::IsContinuance() { return 1; }
-int CIconVibrato::LoadPreset(const char* path) { return LoadPresetFile(path); }
 int CIconVibrato::NormalizeDepth(int depth) { return Clamp(depth); }
 int CIconVibrato::NormalizeRate(int rate) { return Clamp(rate); }
 int CIconVibrato::SetStartDepth(int depth) { return SetInRange(m_nStartDepth, depth); }
 int CIconVibrato::SetStartRate(int rate) { return SetInRange(m_nStartRate, rate); }
 
-int CIconVibrato::DescribeUserExpression(CxTypedFile* file) {
-    return CIconExpression::DescribeUserExpression(file) && WriteParameterSection(file, "Parameter");
+int CIconVibrato::LoadPreset(const char* path) {
+    CxTypedFile file;
+    return LoadPresetFile(file, path) && ReadKeys(&file, kParameterSection);
 }
 
-int CIconVibrato::ReadParameterSection(CxTypedFile* file, const char* section) {
-    CIconObject::ReadParameterSection(file, section);
-    const auto read = [&](const char* startKey, int& start, const char* countKey, const char* xKey, const char* yKey,
-                          CBreakPointList& curve) {
-        start = Clamp(torv::ParseInteger(file->ReadAt(section, startKey, nullptr)));
-        curve.RemoveAll();
-        const int count = torv::ParseInteger(file->ReadAt(section, countKey, nullptr)) & 0xFFFF;
-        if (count != 0)
-            UnformatBreakPoint(curve, count, torv::kIconUnits, file->ReadAt(section, xKey, nullptr),
-                               file->ReadAt(section, yKey, nullptr));
-    };
-    read("StartDepth", m_nStartDepth, "DepthBPNum", "DepthBPX", "DepthBPY", m_depth);
-    read("StartRate", m_nStartRate, "RateBPNum", "RateBPX", "RateBPY", m_rate);
+int CIconVibrato::ConstructParameter(CxTypedFile* file, const char* section) {
+    return CIconObject::ConstructParameter(file, section) && ReadKeys(file, section);
+}
+
+int CIconVibrato::DescribeParameter(CxTypedFile* file, const char* section) {
+    return CIconObject::DescribeParameter(file, section) && WriteKeys(file, section);
+}
+
+int CIconVibrato::DescribeUserExpression(CxTypedFile* file) {
+    return CIconExpression::DescribeUserExpression(file) && WriteKeys(file, kParameterSection);
+}
+
+int CIconVibrato::ReadKeys(CxTypedFile* file, const char* section) {
+    m_nStartDepth = Clamp(torv::ParseInteger(file->ReadAt(section, kStartDepth, nullptr)));
+    m_depth.RemoveAll();
+    ReadCurve(m_depth, file, section, kDepthKeys);
+    m_nStartRate = Clamp(torv::ParseInteger(file->ReadAt(section, kStartRate, nullptr)));
+    m_rate.RemoveAll();
+    ReadCurve(m_rate, file, section, kRateKeys);
     return 1;
 }
 
-int CIconVibrato::WriteParameterSection(CxTypedFile* file, const char* section) const {
-    CIconObject::WriteParameterSection(file, section);
-    const auto write = [&](const char* startKey, int start, const char* countKey, const char* xKey, const char* yKey,
-                           const CBreakPointList& curve) {
-        WriteNumber(file, section, startKey, start);
-        WriteNumber(file, section, countKey, curve.GetCount());
-        if (curve.IsEmpty())
-            return;
-        CString positions;
-        CString values;
-        FormatBreakPoint(curve, torv::kIconUnits, positions, values);
-        file->WriteAt(section, xKey, positions);
-        file->WriteAt(section, yKey, values);
-    };
-    write("StartDepth", m_nStartDepth, "DepthBPNum", "DepthBPX", "DepthBPY", m_depth);
-    write("StartRate", m_nStartRate, "RateBPNum", "RateBPX", "RateBPY", m_rate);
+int CIconVibrato::WriteKeys(CxTypedFile* file, const char* section) const {
+    WriteNumber(file, section, kStartDepth, m_nStartDepth);
+    WriteCurve(m_depth, file, section, kDepthKeys);
+    WriteNumber(file, section, kStartRate, m_nStartRate);
+    WriteCurve(m_rate, file, section, kRateKeys);
     return 1;
 }
 
@@ -147,9 +149,10 @@ int CIconVibrato::DescribeParameter(tagVibratoIconObject* record) const {
 int CIconVibrato::ExportCurve(const CBreakPointList& curve, int start, DWORD clock, CBreakPointList* list) const {
     if (!list)
         return 0;
+    int left = curve.GetCount(); // counted first: a host may pass the icon's own list
     tagBreakPoint point = HeadPoint(start, clock);
     list->AddTail(point);
-    for (POSITION at = curve.GetHeadPosition(); at;) {
+    for (POSITION at = curve.GetHeadPosition(); left > 0; --left) {
         point = torv::ExportPoint(curve.GetNext(at), clock, m_dwLength);
         list->AddTail(point);
     }
@@ -181,7 +184,7 @@ int CIconVibrato::NormalizeRateBreakPointArray(DWORD clock, CBreakPointArray& ar
 void CIconVibrato::TrimCurveTail(CBreakPointList& curve, int start, DWORD clock) {
     CBreakPointList working;
     ExportCurve(curve, start, 0, &working);
-    TrimBreakPointListTail(working, static_cast<LONG>(clock));
+    TrimBreakPointListTail(working, torv::SignedTicks(clock));
     working.RemoveHead();
     torv::StoreExported(curve, working, clock);
 }

@@ -37,11 +37,13 @@ TORV_API void ReleaseIconRecord(tagVibratoIconObject* record);
 /// are kept in ten-thousandths of the length, so that a vibrato keeps its shape when it is stretched.
 class TORV_API CIconVibrato : public CIconExpression {
 public:
-    using CIconExpression::CIconExpression;
+    CIconVibrato(int status, int articulation, int variation);
     explicit CIconVibrato(CIconVibrato* other);
 
     int IsContinuance() override; ///< 1: a vibrato goes on into the next note
     int LoadPreset(const char* path) override;
+    int ConstructParameter(CxTypedFile* file, const char* section) override;
+    int DescribeParameter(CxTypedFile* file, const char* section) override;
     int ReplaceParameter(CIconObject* other) override;
     int DescribeUserExpression(CxTypedFile* file) override;
     /// Points keep their ticks; one at the cut itself becomes 10000. 1.
@@ -74,11 +76,12 @@ public:
     int NormalizeDepthBreakPointArray(DWORD clock, CBreakPointArray& array);
     int NormalizeRateBreakPointArray(DWORD clock, CBreakPointArray& array);
 
-protected:
-    int ReadParameterSection(CxTypedFile* file, const char* section) override;
-    int WriteParameterSection(CxTypedFile* file, const char* section) const override;
-
 private:
+    static constexpr CurveKeys kDepthKeys{"DepthBPNum", "DepthBPX", "DepthBPY"};
+    static constexpr CurveKeys kRateKeys{"RateBPNum", "RateBPX", "RateBPY"};
+
+    int ReadKeys(CxTypedFile* file, const char* section);
+    int WriteKeys(CxTypedFile* file, const char* section) const;
     int ExportCurve(const CBreakPointList& curve, int start, DWORD clock, CBreakPointList* list) const;
     int NormalizeCurve(const CBreakPointList& curve, int start, DWORD clock, CBreakPointArray& array) const;
     void TrimCurveTail(CBreakPointList& curve, int start, DWORD clock);

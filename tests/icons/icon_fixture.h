@@ -1,0 +1,60 @@
+#pragma once
+
+#include "torv/database/typed_file.h"
+#include "torv/icons/icon_object.h"
+
+#include <doctest/doctest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+/// A curve as numbers: position, value and, where it matters, flags.
+using Rows = std::vector<std::vector<int>>;
+
+inline Rows RowsOf(const CBreakPointList& list) {
+    Rows rows;
+    for (POSITION at = list.GetHeadPosition(); at;) {
+        const tagBreakPoint& point = list.GetNext(at);
+        rows.push_back({point.position, point.value, point.flags});
+    }
+    return rows;
+}
+
+inline Rows RowsOf(const CBreakPointArray& array) {
+    Rows rows;
+    for (int i = 0; i < array.GetSize(); ++i)
+        rows.push_back({array[i].position, array[i].value, array[i].flags});
+    return rows;
+}
+
+inline void Fill(CBreakPointList& list, const Rows& rows) {
+    list.RemoveAll();
+    for (const auto& row : rows) {
+        tagBreakPoint point{row[0], static_cast<SHORT>(row[1]), static_cast<WORD>(row.size() > 2 ? row[2] : 0)};
+        list.AddTail(point);
+    }
+}
+
+/// A file's bytes in the compact form.
+inline std::string TextOf(CxTypedFile& file) {
+    CMemFile out;
+    CHECK(file.Save2(&out) == 1);
+    std::string text(static_cast<size_t>(out.GetLength()), '\0');
+    out.SeekToBegin();
+    out.Read(text.data(), static_cast<UINT>(text.size()));
+    return text;
+}
+
+/// The icon as a section "S" of a file.
+inline std::string Described(CIconObject& icon) {
+    CxTypedFile file;
+    CHECK(icon.DescribeParameter(&file, "S") == 1);
+    return TextOf(file);
+}
+
+inline void Construct(CIconObject& icon, const char* text) {
+    CxTypedFile file;
+    file.Load(reinterpret_cast<const unsigned char*>(text), static_cast<DWORD>(std::strlen(text)));
+    CHECK(icon.ConstructParameter(&file, "S") == 1);
+}
