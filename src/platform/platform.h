@@ -8,6 +8,7 @@
 #include "torv/platform/library_module.h"
 #include "torv/platform/message_box.h"
 #include "torv/platform/path.h"
+#include "torv/platform/registry.h"
 #include "torv/platform/string_table.h"
 #include "torv/platform/system.h"
 #include "torv/platform/text.h"

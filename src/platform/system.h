@@ -18,11 +18,13 @@
 
 #include <mmreg.h>
 #else
+#include "torv/platform/posix/bitmap.h"
 #include "torv/platform/posix/clock.h"
 #include "torv/platform/posix/dynamic_library.h"
 #include "torv/platform/posix/find_file.h"
 #include "torv/platform/posix/global_memory.h"
 #include "torv/platform/posix/last_error.h"
+#include "torv/platform/posix/registry.h"
 #include "torv/platform/posix/types.h"
 #include "torv/platform/posix/wave_format.h"
 #include "torv/platform/posix/window.h"

@@ -198,6 +198,72 @@ TEST_CASE("file: both separators and any case of letters lead to a file; the exa
 #endif
 }
 
+TEST_CASE("file: a name that differs only in case is no new name") {
+    const TempFolder folder;
+    const auto names = [&folder] {
+        int count = 0;
+        for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder.Path("Data")))
+            ++count;
+        return count;
+    };
+    const auto content = [&folder](const std::string& name) {
+        CFile file(folder.Path("Data/" + name).c_str(), CFile::modeRead);
+        return ReadAll(file);
+    };
+    folder.Folder("Data");
+    folder.File("Data/USER.DEF", "old");
+    const std::string other = folder.Path("DATA\\User.def");
+
+    SUBCASE("creating reaches the file that is there") {
+        CFile kept(other.c_str(), CFile::modeCreate | CFile::modeNoTruncate | CFile::modeReadWrite);
+        CHECK(ReadAll(kept) == "old");
+        kept.Close();
+        CFile made(other.c_str(), CFile::modeCreate | CFile::modeWrite);
+        CHECK(made.GetLength() == 0);
+        made.Write("new", 3);
+        made.Close();
+        CHECK(content("USER.DEF") == "new");
+        CHECK(names() == 1);
+    }
+    SUBCASE("renaming over it replaces it, plain renaming refuses") {
+        const std::string source = folder.File("Data/user.tmp", "new");
+        CHECK(CauseOf([&] { CFile::Rename(source.c_str(), other.c_str()); }) == CFileException::accessDenied);
+        CHECK(content("USER.DEF") == "old");
+        CHECK(names() == 2);
+        CHECK(torv::RenameOver(source.c_str(), other.c_str()));
+        CHECK(content("USER.DEF") == "new");
+        CHECK(content("user.def") == "new");
+        CHECK(names() == 1);
+    }
+    SUBCASE("a file is not in its own way: it can be given another spelling, or the same") {
+        const std::string upper = folder.Path("Data/USER.DEF");
+        const std::string lower = folder.Path("Data/user.def");
+        CFile::Rename(upper.c_str(), other.c_str());
+        CHECK(torv::RenameOver(folder.Path("Data/User.def").c_str(), lower.c_str()));
+        CFile::Rename(lower.c_str(), lower.c_str());
+        CHECK(content("user.def") == "old");
+        CHECK(names() == 1);
+#if !defined(_WIN32)
+        CHECK_FALSE(folder.Has("Data/USER.DEF")); // Windows finds it under either
+        CHECK(folder.Has("Data/user.def"));
+#endif
+    }
+#if !defined(_WIN32)
+    SUBCASE("the exact name comes first; another link to a file is another name") {
+        folder.File("Data/user.def", "exact");
+        const std::string source = folder.File("Data/user.tmp", "new");
+        CHECK(torv::RenameOver(source.c_str(), folder.Path("Data/user.def").c_str()));
+        CHECK(content("USER.DEF") == "old");
+        CHECK(content("user.def") == "new");
+        CHECK(names() == 2);
+        std::filesystem::create_hard_link(folder.Path("Data/user.def"), folder.Path("Data/link"));
+        CHECK(CauseOf([&] { CFile::Rename(folder.Path("Data/link").c_str(), folder.Path("Data/user.def").c_str()); }) ==
+              CFileException::accessDenied);
+        CHECK(folder.Has("Data/link"));
+    }
+#endif
+}
+
 TEST_CASE("a file in memory keeps a file's laws") {
     CMemFile file("0123456789", 10);
     CHECK(ReadAll(file) == "0123456789");

@@ -26,6 +26,15 @@ DWORD MissingError(const char* path) {
     return *path && !ResolvePath(FolderOf(WithSlashes(path))).empty() ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
 }
 
+/// Whether two paths lead to one entry of one folder; two links to one file do not.
+bool IsSameEntry(const std::string& a, const std::string& b) {
+    struct stat folderOfA {};
+    struct stat folderOfB {};
+    return a.substr(a.rfind('/') + 1) == b.substr(b.rfind('/') + 1) && // npos + 1 is the beginning
+           stat(FolderOf(a).c_str(), &folderOfA) == 0 && stat(FolderOf(b).c_str(), &folderOfB) == 0 &&
+           folderOfA.st_dev == folderOfB.st_dev && folderOfA.st_ino == folderOfB.st_ino;
+}
+
 /// Transfers until all is done, the file ends or an error comes: the system may take a request in parts.
 template <class Byte, class Transfer>
 DWORD TransferAll(FileHandle handle, Byte* bytes, UINT count, UINT& done, Transfer transfer) {
@@ -117,9 +126,14 @@ DWORD RemoveFile(const char* path) {
 
 DWORD RenameFile(const char* from, const char* to, bool replace) {
     const std::string source = access(from, F_OK) == 0 ? from : WithSlashes(from);
-    const std::string target = ResolveNewPath(to);
+    std::string target = ResolveNewPath(to);
     if (target.empty())
         return ERROR_PATH_NOT_FOUND;
+    if (IsSameEntry(source, target)) {
+        // A file is not in its own way: it takes the new spelling.
+        target = NewNamePath(to);
+        replace = true;
+    }
     int result = renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), replace ? 0 : RENAME_NOREPLACE);
     if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
         // A file system that cannot refuse by itself: look first, which another program could slip past.

@@ -72,10 +72,13 @@ std::string ResolvePath(const std::string& path) {
 }
 
 std::string ResolveNewPath(const std::string& path) {
-    if (path.empty() || Exists(path))
-        return path;
+    const std::string existing = ResolvePath(path);
+    return existing.empty() ? NewNamePath(path) : existing;
+}
+
+std::string NewNamePath(const std::string& path) {
     const std::string slashed = WithSlashes(path);
-    const std::string folder = ResolvePath(FolderOf(slashed));
+    const std::string folder = path.empty() ? std::string() : ResolvePath(FolderOf(slashed));
     if (folder.empty())
         return {};
     const std::size_t slash = slashed.rfind('/');

@@ -10,9 +10,12 @@ namespace torv {
 /// byte order). Empty when there is none.
 std::string ResolvePath(const std::string& path);
 
-/// Where a file of that name is to be created: the path itself when it exists, else the name with "/" for "\" in its
-/// resolved folder. Empty when that folder does not exist.
+/// Where a file of that name is to be created: in place of the one that ResolvePath finds, as on a system that would
+/// not keep two names which differ only in case; else where NewNamePath says.
 std::string ResolveNewPath(const std::string& path);
+
+/// The name just as it is spelled in its folder, which is resolved. Empty when that folder does not exist.
+std::string NewNamePath(const std::string& path);
 
 /// "/" for "\".
 std::string WithSlashes(std::string path);

@@ -50,6 +50,7 @@ using HINSTANCE = struct HINSTANCE__*;
 using HMODULE = HINSTANCE;
 using HMENU = struct HMENU__*;
 using HBITMAP = struct HBITMAP__*;
+using HGDIOBJ = HANDLE;
 using FARPROC = INT_PTR (*)();
 
 #define WINAPI
@@ -84,6 +85,10 @@ constexpr LPARAM MAKELPARAM(DWORD_PTR low, DWORD_PTR high) {
 struct POINT {
     LONG x;
     LONG y;
+};
+struct SIZE {
+    LONG cx;
+    LONG cy;
 };
 struct FILETIME {
     DWORD dwLowDateTime;

@@ -1,0 +1,211 @@
+#include "platform/test_registry.h"
+
+#include <cstring>
+
+using torv::ReadMachineString;
+
+namespace {
+
+constexpr const char* kKey = "SOFTWARE\\TORV_TEST\\COMMON\\DATA";
+
+} // namespace
+
+TEST_CASE("registry: a string is found by key and name, in any case of letters, as it is at the moment") {
+    TestRegistry registry;
+    CHECK_FALSE(ReadMachineString(kKey, "PATH"));
+    registry.Set(kKey, "PATH", "C:\\data; and=more ");
+    registry.Set(kKey, "EMPTY", "");
+    registry.Set("SOFTWARE\\TORV_TEST\\COMMON", "PATH", "the parent's");
+    CHECK(ReadMachineString(kKey, "PATH") == "C:\\data; and=more ");
+    CHECK(ReadMachineString("software\\Torv_Test\\common\\data", "Path") == "C:\\data; and=more ");
+    CHECK(ReadMachineString(kKey, "EMPTY") == "");
+    CHECK_FALSE(ReadMachineString(kKey, "PAT"));
+    CHECK_FALSE(ReadMachineString("SOFTWARE\\TORV_TEST\\COMMON\\DAT", "PATH"));
+    CHECK_FALSE(ReadMachineString("SOFTWARE\\TORV_TEST", "PATH"));
+    CHECK(ReadMachineString("SOFTWARE\\TORV_TEST\\COMMON", "PATH") == "the parent's");
+
+    const std::string big(5000, 'x'); // longer than any buffer one would guess
+    registry.Set(kKey, "path", big);
+    CHECK(ReadMachineString(kKey, "PATH") == big);
+    registry.Remove(kKey);
+    CHECK_FALSE(ReadMachineString(kKey, "PATH"));
+    CHECK(ReadMachineString("SOFTWARE\\TORV_TEST\\COMMON", "PATH") == "the parent's");
+}
+
+TEST_CASE("registry: sizes are told, and never more is written than there is room for") {
+    TestRegistry registry;
+    registry.Set(kKey, "NAME", "12345");
+    HKEY key = nullptr;
+    REQUIRE(RegOpenKeyExA(HKEY_LOCAL_MACHINE, kKey, 0, KEY_READ, &key) == 0);
+    BYTE data[8];
+    std::memset(data, '#', sizeof(data));
+    DWORD type = 99;
+    DWORD size = 0;
+    CHECK(RegQueryValueExA(key, "NAME", nullptr, &type, nullptr, &size) == 0);
+    CHECK(type == REG_SZ);
+    CHECK(size == 6); // with the NUL
+    size = 5;
+    CHECK(RegQueryValueExA(key, "NAME", nullptr, nullptr, data, &size) == 234);
+    CHECK(size == 6);
+    CHECK(data[5] == '#');
+    size = sizeof(data);
+    CHECK(RegQueryValueExA(key, "NAME", nullptr, &type, data, &size) == 0);
+    CHECK(size == 6);
+    CHECK(std::memcmp(data, "12345\0##", 8) == 0);
+    CHECK(RegQueryValueExA(key, "NAME", nullptr, nullptr, nullptr, nullptr) == 0);
+    CHECK(RegQueryValueExA(key, "NAME", nullptr, nullptr, data, nullptr) == 87);
+    CHECK(RegQueryValueExA(key, "OTHER", nullptr, nullptr, data, &size) == 2);
+    CHECK(RegQueryValueExA(key, nullptr, nullptr, nullptr, data, &size) == 2);
+    CHECK(RegCloseKey(key) == 0);
+}
+
+TEST_CASE("registry: handles") {
+    TestRegistry registry;
+    registry.Set(kKey, "NAME", "1");
+    HKEY parent = nullptr;
+    HKEY key = nullptr;
+    CHECK(RegOpenKeyExA(HKEY_LOCAL_MACHINE, "SOFTWARE\\TORV_TEST\\NONE", 0, KEY_READ, &key) == 2);
+    REQUIRE(RegOpenKeyExA(HKEY_LOCAL_MACHINE, "SOFTWARE\\TORV_TEST", 0, KEY_READ, &parent) == 0); // it has a subkey
+    REQUIRE(RegOpenKeyExA(parent, "COMMON\\DATA\\", 0, KEY_READ, &key) == 0);
+    CHECK(RegCloseKey(parent) == 0);
+    DWORD size = 0;
+    CHECK(RegQueryValueExA(key, "NAME", nullptr, nullptr, nullptr, &size) == 0); // its parent is not needed any more
+    CHECK(size == 2);
+    CHECK(RegCloseKey(key) == 0);
+    CHECK(RegQueryValueExA(key, "NAME", nullptr, nullptr, nullptr, &size) == 6);
+    CHECK(RegOpenKeyExA(key, "X", 0, KEY_READ, &parent) == 6);
+    CHECK(RegCloseKey(key) == 6);
+    CHECK(RegCloseKey(nullptr) == 6);
+}
+
+#if !defined(_WIN32)
+namespace {
+
+/// Sets or removes a variable of the environment as long as it lives.
+class Variable {
+public:
+    Variable(const char* name, const std::optional<std::string>& value) : m_name(name) {
+        if (const char* before = std::getenv(name))
+            m_before = before;
+        Apply(value);
+    }
+    ~Variable() { Apply(m_before); }
+    Variable(const Variable&) = delete;
+    Variable& operator=(const Variable&) = delete;
+
+private:
+    void Apply(const std::optional<std::string>& value) const {
+        if (value)
+            setenv(m_name, value->c_str(), 1);
+        else
+            unsetenv(m_name);
+    }
+
+    const char* m_name;
+    std::optional<std::string> m_before;
+};
+
+/// A file where the installed default is looked for. One that is there already is left alone, and not replaced.
+class DefaultFile {
+public:
+    DefaultFile(const std::string& folder, const std::string& content)
+        : m_path(std::filesystem::path(folder) / "torv.registry") {
+        std::filesystem::create_directories(folder);
+        m_isOurs = !std::filesystem::exists(m_path);
+        if (m_isOurs)
+            std::ofstream(m_path, std::ios::binary) << content;
+    }
+    ~DefaultFile() {
+        if (m_isOurs)
+            std::filesystem::remove(m_path);
+    }
+    DefaultFile(const DefaultFile&) = delete;
+    DefaultFile& operator=(const DefaultFile&) = delete;
+
+    bool IsOurs() const { return m_isOurs; }
+
+private:
+    std::filesystem::path m_path;
+    bool m_isOurs = false;
+};
+
+std::string TextOf(const char* name) { return ReadMachineString("A\\B", name).value_or("(none)"); }
+
+} // namespace
+
+TEST_CASE("registry: the file's syntax") {
+    const TempFolder folder;
+    const Variable file("TORV_REGISTRY", folder.File("r", "lost = before any key\n"
+                                                          "[HKEY_LOCAL_MACHINE\\A\\B\n"
+                                                          "lost = a key that does not end\n"
+                                                          " [ hkey_local_machine\\a\\b\\ ] \r\n"
+                                                          "; comment = 1\r\n"
+                                                          "\t# comment = 2\r\n"
+                                                          "nothing here\n"
+                                                          "\tPATH \t=  /data/a b \t\r\n"
+                                                          "path = later\n"
+                                                          "QUOTED=\"  a\"b  \"\n"
+                                                          "QUOTE=\"\n"
+                                                          "BYTES=\x83\x5D\xFF\x80;#[]=\n"
+                                                          "NONE=\n"
+                                                          "[HKEY_LOCAL_MACHINE\\A\\\x83\x5D]\n"
+                                                          "PATH = other\n"
+                                                          "[HKEY_LOCAL_MACHINE\\A\\B]\n"
+                                                          "LAST = 1"));
+    CHECK(TextOf("PATH") == "/data/a b");
+    CHECK(TextOf("QUOTED") == "  a\"b  ");
+    CHECK(TextOf("QUOTE") == "\"");
+    CHECK(TextOf("BYTES") == "\x83\x5D\xFF\x80;#[]=");
+    CHECK(TextOf("NONE").empty());
+    CHECK(TextOf("LAST") == "1");
+    for (const char* none : {"lost", "; comment", "# comment", "comment", "nothing here"})
+        CHECK(TextOf(none) == "(none)");
+    CHECK(ReadMachineString("A\\\x83\x5D", "PATH") == "other"); // a letter whose second byte is a bracket's
+    HKEY key = nullptr;
+    CHECK(RegOpenKeyExA(HKEY_LOCAL_MACHINE, "A\\B", 0, KEY_READ | 0x2, &key) == 5); // nobody writes here
+    CHECK(key == nullptr);
+}
+
+TEST_CASE("registry: which file has a key: the one that is named alone, else the user's, else the installed one") {
+    const TempFolder folder;
+    std::filesystem::create_directories(folder.Path("config/torv"));
+    std::filesystem::create_directories(folder.Path("home/.config/torv"));
+    folder.File("config/torv/registry",
+                "[HKEY_LOCAL_MACHINE\\A\\B]\nWHO = config\n[HKEY_LOCAL_MACHINE\\A\\BELOW\\C]\n");
+    folder.File("home/.config/torv/registry", "[HKEY_LOCAL_MACHINE\\A\\B]\nWHO = home\n");
+    const std::string own = torv::LibraryFolder().GetStdString();
+    const auto installed = [](const std::string& who) {
+        return "[HKEY_LOCAL_MACHINE\\A\\B]\nWHO = " + who + "\nALSO = " + who +
+               "\n[HKEY_LOCAL_MACHINE\\A\\BELOW]\nWHO = " + who + "\n[HKEY_LOCAL_MACHINE\\A\\" + who +
+               "]\nWHO = " + who + "\n";
+    };
+    const DefaultFile share(own + "/../share/torv", installed("share"));
+    const DefaultFile beside(own, installed("beside"));
+    const std::string first = beside.IsOurs() ? "beside" : share.IsOurs() ? "share" : "(none)";
+    const Variable home("HOME", folder.Path("home"));
+    const Variable config("XDG_CONFIG_HOME", folder.Path("config"));
+    const Variable none("TORV_REGISTRY", std::nullopt);
+    CHECK(TextOf("WHO") == "config");
+    CHECK(TextOf("ALSO") == "(none)"); // a key comes from one file as a whole
+    {
+        const Variable named("TORV_REGISTRY", folder.File("named", "[HKEY_LOCAL_MACHINE\\A\\OTHER]\nWHO = named\n"));
+        CHECK(TextOf("WHO") == "(none)");
+        CHECK(ReadMachineString("A\\OTHER", "WHO") == "named");
+        const Variable missing("TORV_REGISTRY", folder.Path("missing"));
+        CHECK(TextOf("WHO") == "(none)");
+        const Variable aFolder("TORV_REGISTRY", folder.Path("config"));
+        CHECK(TextOf("WHO") == "(none)");
+    }
+    {
+        const Variable noConfig("XDG_CONFIG_HOME", std::nullopt);
+        CHECK(TextOf("WHO") == "home");
+    }
+    CHECK(ReadMachineString("A\\BELOW", "WHO").value_or("(none)") == first); // the user's has only a key below it
+    {
+        const Variable noConfig("XDG_CONFIG_HOME", folder.Path("nowhere"));
+        CHECK(TextOf("WHO") == first);
+    }
+    if (share.IsOurs())
+        CHECK(ReadMachineString("A\\SHARE", "WHO") == "share");
+}
+#endif
