@@ -32,9 +32,11 @@ void FreeConverter(HMODULE& module, int language) {
 
 } // namespace
 
-CTORVApp::CTORVApp() : CWinApp("TORV") {}
+CTORVApp::CTORVApp() : CWinApp("TORV") {
+    torv::SetConverterLoader({[] { return g_app.LoadG2PALibrary(); }, [] { g_app.FreeG2PALibrary(); }});
+}
 
-CTORVApp::~CTORVApp() = default;
+CTORVApp::~CTORVApp() { torv::SetConverterLoader({}); }
 
 CTORVApp* CTORVApp::GetApp() { return &g_app; }
 

@@ -64,6 +64,8 @@ public:
     int GetExpressionID() const { return (m_entry.idHigh & 0xFF) << 8 | (m_entry.idLow & 0xFF); }
     CString GetOriginalSingerName() const { return m_strSinger; }
     CString GetDevelopperName() const { return m_strDeveloper; }
+    void SetOriginalSingerName(const char* name) { m_strSinger = name; }
+    void SetDevelopperName(const char* name) { m_strDeveloper = name; }
 
 protected:
     /// One shape number: the default when the key is missing or empty, 0 when its value is no number.

@@ -102,7 +102,6 @@ TEST_CASE("library object: converters are known to the lyrics by language") {
     torv::SetConverterModule(1, nullptr);
 }
 
-#if defined(_WIN32)
 TEST_CASE("library object: the default button is a bitmap of the module") {
     HANDLE image = LoadImageA(torv::LibraryModule(), MAKEINTRESOURCEA(1000), IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION);
     REQUIRE(image);
@@ -113,4 +112,3 @@ TEST_CASE("library object: the default button is a bitmap of the module") {
     CHECK(bitmap.bmBitsPixel == 24);
     DeleteObject(image);
 }
-#endif

@@ -1,0 +1,216 @@
+#include "torv/database/voice_db.h"
+
+#include "torv/database/error_report.h"
+#include "torv/database/external_library.h"
+#include "torv/icons/icon_singer.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+
+namespace {
+
+constexpr const char* kVoiceName = "VOICENAME";
+/// As the external library names them, in the order of the record.
+constexpr const char* kParameterNames[] = {
+    "Resonance1 Frequency",
+    "Resonance1 Band Width",
+    "Resonance1 Amplitude",
+    "Resonance2 Frequency",
+    "Resonance2 Band Width",
+    "Resonance2 Amplitude",
+    "Resonance3 Frequency",
+    "Resonance3 Band Width",
+    "Resonance3 Amplitude",
+    "Resonance4 Frequency",
+    "Resonance4 Band Width",
+    "Resonance4 Amplitude",
+    "Harmonics",
+    "Noise",
+    "Brightness",
+    "Clearness",
+    "Gender Factor",
+};
+constexpr size_t kParameters = std::size(kParameterNames);
+static_assert(kParameters == sizeof(tagVoiceChangeParam::values));
+constexpr BYTE kDefaultParameter = 64;
+/// A list that never ends is not the library's to give.
+constexpr int kMostPairs = 4096;
+constexpr int kMostVoices = 65536;
+
+bool IsCode(int number) { return number >= 0 && number <= 0xFF; }
+int VariationOf(int language, int program) { return language * 256 + program; }
+
+} // namespace
+
+namespace torv {
+
+void ReleaseVoiceParameters(tagVoiceParameters* record) {
+    if (!record)
+        return;
+    delete[] record->name;
+    record->name = nullptr;
+}
+
+} // namespace torv
+
+CVoiceDB::~CVoiceDB() { CloseDatabase(); }
+
+bool CVoiceDB::Ask(int status) {
+    m_status = status;
+    return status == DBM_OK;
+}
+
+int CVoiceDB::OpenDatabase(torv::DatabaseLibrary* library) {
+    CloseDatabase();
+    m_library = library;
+    if (!ReloadDatabase()) {
+        m_library = nullptr;
+        return 0;
+    }
+    torv::SetVoiceCatalogue(this);
+    return 1;
+}
+
+void CVoiceDB::CloseDatabase() {
+    if (torv::GetVoiceCatalogue() == this)
+        torv::SetVoiceCatalogue(nullptr);
+    RemoveModels();
+    m_voices.clear();
+    m_library = nullptr;
+}
+
+int CVoiceDB::ReloadDatabase() {
+    RemoveModels();
+    m_voices.clear();
+    const DBMVoiceList* list = nullptr;
+    if (!m_library || !Ask(m_library->GetAllVoice(&list)) || !list || (!list->voices && list->count > 0)) {
+        CString details;
+        details.Format("DBM_GetAllVoice returned %d", m_status);
+        torv::ReportError(torv::kMsgDatabaseFailed, "CVoiceDB::OpenDatabase", details);
+        return 0;
+    }
+    for (int i = 0; i < std::min<int>(list->count, kMostVoices); ++i)
+        AddVoice(list->voices[i].language, list->voices[i].program, list->voices[i].name);
+    return 1;
+}
+
+void CVoiceDB::AddVoice(int language, int program, const char* listedName) {
+    if (!IsCode(language) || !IsCode(program))
+        return; // no singer icon could name it
+    const int variation = VariationOf(language, program);
+    Voice voice = ReadVoice(language, program, listedName);
+    if (!m_voices.try_emplace(variation, voice).second) {
+        CString details;
+        details.Format("language %d, program %d", language, program);
+        torv::ReportError(torv::kMsgSingerUsed, voice.name, details);
+        return;
+    }
+    tagSingerIconObject record{};
+    record.header.iconId = torv::MakeSingerIconID(language, program);
+    record.header.originalVariation = static_cast<DWORD>(variation);
+    record.languageCode = static_cast<WORD>(language);
+    record.programCode = static_cast<WORD>(program);
+    auto icon = std::make_unique<CIconSinger>();
+    icon->ConstructParameter(&record);
+    icon->SetIDString(voice.name);
+    icon->SetCaption(voice.name);
+    AddModel(std::move(icon));
+}
+
+CVoiceDB::Voice CVoiceDB::ReadVoice(int language, int program, const char* listedName) {
+    Voice voice{listedName, {}};
+    std::fill(std::begin(voice.parameters.values), std::end(voice.parameters.values), kDefaultParameter);
+    char name[256] = "";
+    if (Ask(m_library->GetVirtualVoiceName(language, program, name, sizeof name))) {
+        name[sizeof name - 1] = '\0';
+        voice.name = name;
+    }
+    const DBMVoiceParameters* parameters = nullptr;
+    if (!Ask(m_library->GetVirtualVoiceParameters(language, program, &parameters)) || !parameters || !parameters->pairs)
+        return voice;
+    const DBMTextPair* pair = parameters->pairs;
+    for (int i = 0; i < kMostPairs && pair->name; ++i, ++pair) {
+        if (!pair->value)
+            continue;
+        if (std::strcmp(pair->name, kVoiceName) == 0)
+            voice.name = pair->value;
+        const auto* const found = std::find_if(std::begin(kParameterNames), std::end(kParameterNames),
+                                               [pair](const char* known) { return !std::strcmp(known, pair->name); });
+        if (found != std::end(kParameterNames))
+            voice.parameters.values[found - kParameterNames] = static_cast<BYTE>(torv::ParseInteger(pair->value));
+    }
+    return voice;
+}
+
+bool CVoiceDB::HasArticulation(int status, int articulation) const {
+    return status == torv::kStatusSinger && articulation == torv::kSingerArticulation;
+}
+
+bool CVoiceDB::FindVoice(BYTE language, BYTE program, CString& name, tagVoiceChangeParam& parameters) const {
+    const auto found = m_voices.find(VariationOf(language, program));
+    if (found == m_voices.end())
+        return false;
+    name = found->second.name;
+    parameters = found->second.parameters;
+    return true;
+}
+
+int CVoiceDB::GetVoiceParameters(int language, int program, tagVoiceParameters* record) const {
+    const auto found = m_voices.find(VariationOf(language, program));
+    if (!record || !IsCode(language) || !IsCode(program) || found == m_voices.end())
+        return 0;
+    record->name = torv::NewText(found->second.name);
+    record->parameters = found->second.parameters;
+    return 1;
+}
+
+int CVoiceDB::GetDefaultVariation() const { return m_voices.empty() ? 0 : m_voices.begin()->first; }
+
+int CVoiceDB::GetDefaultVariation(int language) const {
+    if (!IsCode(language))
+        return GetDefaultVariation();
+    const auto first = m_voices.lower_bound(VariationOf(language, 0));
+    const bool isThere = first != m_voices.end() && first->first / 256 == language;
+    return isThere ? first->first : GetDefaultVariation();
+}
+
+int CVoiceDB::CreateVoice(int language, int installedVoice, const char* name, int* program) {
+    int32_t chosen = 0;
+    if (!m_library || !Ask(m_library->CreateVirtualVoice(language, installedVoice, name, &chosen)))
+        return 0;
+    if (program)
+        *program = chosen;
+    return ReloadDatabase();
+}
+
+int CVoiceDB::CopyVoice(int language, int program, const char* name, int* newProgram) {
+    int32_t chosen = 0;
+    if (!m_library || !Ask(m_library->CopyVirtualVoice(language, program, name, &chosen)))
+        return 0;
+    if (newProgram)
+        *newProgram = chosen;
+    return ReloadDatabase();
+}
+
+int CVoiceDB::RenameVoice(int language, int program, const char* name) {
+    return m_library && Ask(m_library->SetVirtualVoiceName(language, program, name)) && ReloadDatabase();
+}
+
+int CVoiceDB::MoveVoice(int language, int program, int toLanguage, int toProgram) {
+    return m_library && Ask(m_library->MoveVirtualVoice(language, program, toLanguage, toProgram)) && ReloadDatabase();
+}
+
+int CVoiceDB::SetVoiceParameters(int language, int program, const tagVoiceChangeParam& parameters) {
+    CString values[kParameters];
+    DBMTextPair pairs[kParameters + 1]{};
+    for (size_t i = 0; i < kParameters; ++i) {
+        values[i].Format("%d", parameters.values[i]);
+        pairs[i] = {kParameterNames[i], values[i]};
+    }
+    return m_library && Ask(m_library->SetVirtualVoiceParameters(language, program, pairs)) && ReloadDatabase();
+}
+
+int CVoiceDB::DeleteVoice(int language, int program) {
+    return m_library && Ask(m_library->DeleteVirtualVoice(language, program)) && ReloadDatabase();
+}

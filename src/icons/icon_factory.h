@@ -1,0 +1,15 @@
+#pragma once
+
+#include "torv/icons/icon_object.h"
+
+#include <memory>
+
+namespace torv {
+
+/// A new icon of the status's class; null for a status that has none.
+TORV_API std::unique_ptr<CIconObject> MakeIcon(int status, int articulation, int variation);
+
+/// A copy of the same class; null for null.
+TORV_API std::unique_ptr<CIconObject> CopyIcon(const CIconObject* icon);
+
+} // namespace torv

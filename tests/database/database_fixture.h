@@ -1,0 +1,122 @@
+#pragma once
+
+#include "database/fake_database/fake_database.h"
+#include "platform/temp_folder.h"
+#include "platform/test_registry.h"
+#include "torv/database/error_report.h"
+#include "torv/database/quill_db_manager.h"
+#include "torv/icons/icon_dynamics.h"
+#include "torv/icons/icon_factory.h"
+#include "torv/icons/icon_note_attack.h"
+#include "torv/icons/icon_vibrato.h"
+
+#include <doctest/doctest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+using Texts = std::vector<std::string>;
+
+/// Records what the library shows while it lives.
+class Boxes {
+public:
+    Boxes()
+        : m_box(torv::SetMessageBoxHandler([this](HWND, const char* text, const char*, UINT type) {
+              texts.emplace_back(text);
+              types.push_back(type);
+              return answer;
+          })),
+          m_beep(torv::SetBeepHandler([this](UINT type) { beeps.push_back(type); })) {}
+    ~Boxes() {
+        torv::SetMessageBoxHandler(m_box);
+        torv::SetBeepHandler(m_beep);
+    }
+    Boxes(const Boxes&) = delete;
+    Boxes& operator=(const Boxes&) = delete;
+
+    /// What was shown since the last call.
+    Texts Take() { return std::exchange(texts, {}); }
+
+    Texts texts;
+    std::vector<UINT> types;
+    std::vector<UINT> beeps;
+    int answer = IDOK;
+
+private:
+    torv::MessageBoxHandler m_box;
+    torv::BeepHandler m_beep;
+};
+
+inline std::string ContentOf(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+constexpr const char* kDatabaseKey = "SOFTWARE\\CANTORIS\\COMMON\\DBMANAGER";
+constexpr const char* kEditorKey = "SOFTWARE\\CANTORIS\\COMMON\\VOICEEDITOR";
+
+/// The fake external libraries, named by a registry of the test's own, and a database root without users' icons.
+class FakeHost {
+public:
+    FakeHost() : m_module(LoadLibraryA("FAKE_DBM.dll")) {
+        REQUIRE(m_module != nullptr);
+        fake = torv::EntryPoint<FakeDatabaseStateProc>(m_module, "FakeDatabaseState")();
+        *fake = {};
+        fake->voices[0] = {0, 0, 0, 0, "First"};
+        fake->voices[1] = {1, 2, 0, 0, "Second"};
+        fake->voiceCount = 2;
+        registry.Set(kDatabaseKey, "PATH", "FAKE_DBM.dll");
+        registry.Set(kEditorKey, "PATH", "FAKE_DBM.dll");
+        RemoveUserFile();
+    }
+    ~FakeHost() {
+        RemoveUserFile();
+        FreeLibrary(m_module);
+    }
+    FakeHost(const FakeHost&) = delete;
+    FakeHost& operator=(const FakeHost&) = delete;
+
+    std::string UserFile() const { return CQuillDBManager::GetModuleFolderPath().GetStdString() + "User.def"; }
+    void RemoveUserFile() const {
+        std::error_code ignored;
+        std::filesystem::remove_all(UserFile(), ignored);
+    }
+    /// An expression of the fake library with one preset item, whose icon file this folder holds.
+    FakeDatabase::Expression& AddExpression(int kind, int low, const char* idString, uint32_t value) {
+        FakeDatabase::Expression& expression = fake->expressions[fake->expressionCount++];
+        expression = {{kind, kind, low, "Expression"}, {}, 1};
+        expression.items[0] = {value, 0, idString, IconFile(idString), "", "Singer", "Developer"};
+        return expression;
+    }
+    /// The path of an icon file with a length of 360 and shapes of 20 and 30; it lives as long as the host.
+    const char* IconFile(const std::string& name) {
+        m_paths.push_back(std::make_unique<std::string>(files.File(
+            name + ".aic", "[Common]\nCaption=" + name + "\n[Parameter]\nLength=360\nDuration=20\nDepth=30\n")));
+        return m_paths.back()->c_str();
+    }
+    std::string TakeCalls() const {
+        std::string calls = fake->calls;
+        fake->calls[0] = '\0';
+        return calls;
+    }
+
+    FakeDatabase* fake = nullptr;
+    TestRegistry registry;
+    TempFolder files;
+
+private:
+    HMODULE m_module;
+    std::vector<std::unique_ptr<std::string>> m_paths;
+};
+
+inline std::unique_ptr<CIconDynamics> Level(int articulation, int variation, const char* name, int level) {
+    auto icon = std::make_unique<CIconDynamics>(torv::kStatusDynamics, articulation, variation);
+    icon->SetIDString(name);
+    icon->SetCaption(name);
+    icon->SetLength(1);
+    icon->SetStartDynamics(level);
+    return icon;
+}
