@@ -105,7 +105,7 @@ typedef struct DBMExpInfo {
 typedef struct DBMExpItem {
     uint32_t value;       /**< its number, unique within (kind, user) of its database; 1.. */
     int32_t user;         /**< 1: made by the user */
-    const char* idString; /**< its name among the items of its kind */
+    const char* idString; /**< its name; that of an item that came with a database is its own among its kind */
     const char* fileName; /**< full path of its icon file */
     const char* caption;
     const char* singerName;
@@ -163,8 +163,8 @@ typedef int32_t(DBM_CALL* DBMDeleteVirtualExpItemsProc)(const DBMExpItems* items
 /** Changes the caption of a user's item, which `value` names. */
 typedef int32_t(DBM_CALL* DBMSetVirtualExpItemCaptionProc)(int32_t database, int32_t high, int32_t low, uint32_t value,
                                                            const char* caption);
-/** Keeps a user's item with a copy of its icon file. DBM_EXISTS when a user's item of the same kind has the value, or
-    any item of the kind the name. */
+/** Keeps a user's item with a copy of its icon file. DBM_EXISTS when a user's item of the same kind has the value.
+    Several may have one name. */
 typedef int32_t(DBM_CALL* DBMCreateVirtualExpItemProc)(int32_t database, int32_t high, int32_t low, uint32_t value,
                                                        const char* idString, const char* fileName, const char* caption,
                                                        const char* singerName, const char* developerName);

@@ -1,0 +1,34 @@
+/// The expression databases as a host changes them. What fails leaves them as they were, in memory and on disk.
+#pragma once
+
+#include "expressions.h"
+#include "user_file.h"
+
+#include <string>
+#include <vector>
+
+namespace dbm {
+
+class ExpressionStore {
+public:
+    ExpressionStore(const std::string& ownFolder, std::string userFolder);
+
+    const std::vector<Database>& All() const { return m_databases; }
+
+    void AddDatabase(const std::string& definitionFile);
+    void DeleteDatabase(int32_t number);
+    /// `item.file` is the icon file to copy.
+    void Create(int32_t database, Item item);
+    void Delete(int32_t database, int32_t high, int32_t low, uint32_t value);
+    void SetCaption(int32_t database, int32_t high, int32_t low, uint32_t value, const std::string& caption);
+
+private:
+    template <typename Edit>
+    void Change(Edit edit);
+
+    std::string m_userFolder;
+    std::vector<Database> m_databases; ///< by number
+    UserFile m_file;
+};
+
+} // namespace dbm

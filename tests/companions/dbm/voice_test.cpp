@@ -1,0 +1,205 @@
+#include "user_data.h"
+
+#include <functional>
+#include <set>
+
+using namespace dbm_test;
+
+namespace {
+
+constexpr int32_t kNowhere = 77;
+const std::string kShiftJis = "\x89\xCC\x8E\xE8\\ \"\x7F\xFF"; // two characters, and bytes that are none
+
+struct Refusal {
+    const char* what;
+    int32_t status;
+    std::function<int32_t(const DbmLibrary&)> call;
+};
+
+/// Each call answers its status and changes nothing, neither in memory nor on disk.
+void CheckRefusals(const UserData& user, const std::vector<Refusal>& refusals) {
+    const Texts before = user.Singers();
+    const std::string file = user.Content("voices.json");
+    for (const Refusal& refusal : refusals) {
+        CAPTURE(refusal.what);
+        CHECK(refusal.call(user.library) == refusal.status);
+        CHECK(user.Singers() == before);
+        CHECK(user.Content("voices.json") == file);
+    }
+}
+
+Refusal CreateRefusal(const char* what, int32_t status, int32_t language, int32_t voice, const std::string& name) {
+    return {what, status, [=](const DbmLibrary& library) {
+                int32_t program = -5;
+                const int32_t result = library.CreateVirtualVoice(language, voice, name.c_str(), &program);
+                CHECK(program == -5);
+                return result;
+            }};
+}
+
+Refusal SetRefusal(const char* what, int32_t status, const char* name, const char* value) {
+    return {what, status, [=](const DbmLibrary& library) {
+                const DBMTextPair pairs[] = {{"Noise", "1"}, {name, value}, {nullptr, nullptr}}; // the first is good
+                return library.SetVirtualVoiceParameters(DBM_JAPANESE, 4, pairs);
+            }};
+}
+
+} // namespace
+
+TEST_CASE("voices that come with the library: seven singers, no two alike, and reading writes nothing") {
+    const UserData user;
+    std::set<std::string> sounds;
+    Texts names;
+    for (const std::string& singer : user.Singers()) {
+        const size_t name = singer.find("VOICENAME="), end = singer.find(';');
+        names.push_back(singer.substr(0, name) + singer.substr(name + 10, end - name - 10));
+        sounds.insert(singer.substr(end));
+        CHECK(std::count(singer.begin(), singer.end(), '=') == 18);
+    }
+    CHECK(names == Texts{"0 0 0 own: Hana", "0 1 1 own: Kenta", "0 2 2 own: Yuki", "1 0 0 own: Alice",
+                         "1 1 1 own: Thomas", "1 2 2 own: Robin", "1 3 3 own: George"});
+    CHECK(sounds.size() == 7);
+    Texts installed;
+    const DBMInstalledVoice* voice = nullptr;
+    for (int32_t number = 0; user.library.GetVoice(number, &voice) == DBM_OK; ++number) {
+        CHECK((voice->number == number && voice->engineProgram == number && !voice->user && *voice->description));
+        installed.push_back(voice->name);
+    }
+    CHECK(installed == Texts{"Soprano", "Tenor", "Child", "Bass"});
+    CHECK(user.Files().empty());
+}
+
+TEST_CASE("a singer's life, through restarts") {
+    const UserData user;
+    const DbmLibrary& library = user.library;
+    int32_t program = 0, copy = 0;
+    REQUIRE(library.CreateVirtualVoice(DBM_JAPANESE, 3, kShiftJis.c_str(), &program) == DBM_OK);
+    CHECK(program == 3); // free: no bass came with this language
+    REQUIRE(library.CreateVirtualVoice(DBM_ENGLISH, 3, "Low", &program) == DBM_OK);
+    CHECK(program == 7);
+    const DBMVoiceParameters* parameters = nullptr;
+    REQUIRE(library.GetVoiceParameters(3, &parameters) == DBM_OK);
+    const std::string bass = Parameters(*parameters);
+    CHECK(user.ParametersOf(DBM_ENGLISH, 7).substr(13) == bass.substr(14)); // behind the names
+    const DBMTextPair pairs[] = {{"Gender Factor", "0"}, {"Resonance4 Band Width", "127"}, {"VOICENAME", "Lower"}, {}};
+    REQUIRE(library.SetVirtualVoiceParameters(DBM_ENGLISH, 7, pairs) == DBM_OK);
+    REQUIRE(library.CopyVirtualVoice(DBM_ENGLISH, 7, "Lowest", &copy) == DBM_OK);
+    CHECK(copy == 11);
+    REQUIRE(library.MoveVirtualVoice(DBM_ENGLISH, 11, DBM_JAPANESE, 127) == DBM_OK);
+    REQUIRE(library.SetVirtualVoiceName(DBM_JAPANESE, 127, "Lower") == DBM_OK); // a name holds within a language
+    char name[64];
+    CHECK((library.GetVirtualVoiceName(DBM_JAPANESE, 3, name, 64) == DBM_OK && name == kShiftJis));
+    CHECK((library.GetVirtualVoiceName(DBM_JAPANESE, 127, name, 4) == DBM_OK && std::string(name) == "Low"));
+
+    // Two that came with the library swap their names.
+    for (const auto& [which, called] : {std::pair(0, "x"), std::pair(2, "Hana"), std::pair(0, "Yuki")})
+        REQUIRE(library.SetVirtualVoiceName(DBM_JAPANESE, which, called) == DBM_OK);
+    const DBMTextPair noise[] = {{"Noise", "007"}, {}};
+    REQUIRE(library.SetVirtualVoiceParameters(DBM_JAPANESE, 1, noise) == DBM_OK);
+
+    const Texts singers = user.Singers();
+    REQUIRE(singers.size() == 10);
+    CHECK(singers[7].starts_with("0 3 3 user: VOICENAME=" + kShiftJis + ";"));
+    CHECK(singers[8] == "0 127 3 user: " + user.ParametersOf(DBM_ENGLISH, 7));
+    CHECK(singers[8].find("Resonance4 Band Width=127;") != std::string::npos);
+    user.Restart();
+    CHECK(user.Singers() == singers);
+
+    REQUIRE(library.DeleteVirtualVoice(DBM_ENGLISH, 7) == DBM_OK);
+    CHECK(library.GetVirtualVoiceName(DBM_ENGLISH, 7, name, 64) == DBM_NO_SUCH);
+    user.Restart();
+    CHECK(user.Singers() == Texts(singers.begin(), singers.end() - 1));
+}
+
+TEST_CASE("singers: what is refused changes nothing") {
+    const UserData user;
+    int32_t made = 0;
+    REQUIRE(user.library.CreateVirtualVoice(DBM_JAPANESE, 0, "Mine", &made) == DBM_OK);
+    REQUIRE(made == 4);
+    const auto move = [](int32_t language, int32_t program, int32_t toLanguage, int32_t toProgram) {
+        return [=](const DbmLibrary& library) {
+            return library.MoveVirtualVoice(language, program, toLanguage, toProgram);
+        };
+    };
+    CheckRefusals(
+        user,
+        {CreateRefusal("create: no such voice", DBM_NO_SUCH, DBM_JAPANESE, 4, "a"),
+         CreateRefusal("create: no such language", DBM_BAD_ARGUMENT, DBM_LANGUAGES, 0, "a"),
+         CreateRefusal("create: no name", DBM_BAD_ARGUMENT, DBM_JAPANESE, 0, ""),
+         CreateRefusal("create: a name too long", DBM_BAD_ARGUMENT, DBM_JAPANESE, 0, std::string(1001, 'a')),
+         CreateRefusal("create: a name in use", DBM_EXISTS, DBM_JAPANESE, 0, "Kenta"),
+         {"copy: a name in use", DBM_EXISTS,
+          [](const DbmLibrary& library) {
+              int32_t program = 0;
+              return library.CopyVirtualVoice(DBM_JAPANESE, 0, "Mine", &program);
+          }},
+         {"rename: a name in use", DBM_EXISTS,
+          [](const DbmLibrary& library) { return library.SetVirtualVoiceName(DBM_JAPANESE, 4, "Hana"); }},
+         {"rename: nobody", DBM_NO_SUCH,
+          [](const DbmLibrary& library) { return library.SetVirtualVoiceName(DBM_ENGLISH, kNowhere, "a"); }},
+         {"delete: not the user's", DBM_READ_ONLY,
+          [](const DbmLibrary& library) { return library.DeleteVirtualVoice(DBM_ENGLISH, 3); }},
+         {"delete: nobody", DBM_NO_SUCH, [](const DbmLibrary& library) { return library.DeleteVirtualVoice(-1, -1); }},
+         {"uninstall: not the user's", DBM_READ_ONLY, [](const DbmLibrary& library) { return library.DeleteVoice(0); }},
+         {"uninstall: nothing", DBM_NO_SUCH, [](const DbmLibrary& library) { return library.DeleteVoice(100); }},
+         {"move: not the user's", DBM_READ_ONLY, move(DBM_JAPANESE, 0, DBM_JAPANESE, 8)},
+         {"move: nobody", DBM_NO_SUCH, move(DBM_JAPANESE, 5, DBM_JAPANESE, 9)},
+         {"move: taken", DBM_EXISTS, move(DBM_JAPANESE, 4, DBM_JAPANESE, 0)},
+         {"move: another sound", DBM_BAD_ARGUMENT, move(DBM_JAPANESE, 4, DBM_JAPANESE, 9)},
+         {"move: off the end", DBM_BAD_ARGUMENT, move(DBM_JAPANESE, 4, DBM_JAPANESE, 128)},
+         {"move: below", DBM_BAD_ARGUMENT, move(DBM_JAPANESE, 4, DBM_JAPANESE, -4)},
+         {"move: no such language", DBM_BAD_ARGUMENT, move(DBM_JAPANESE, 4, -1, 8)},
+         SetRefusal("set: unknown", DBM_BAD_ARGUMENT, "noise", "1"),
+         SetRefusal("set: too high", DBM_BAD_ARGUMENT, "Noise", "128"),
+         SetRefusal("set: negative", DBM_BAD_ARGUMENT, "Noise", "-1"),
+         SetRefusal("set: no number", DBM_BAD_ARGUMENT, "Noise", ""),
+         SetRefusal("set: more than a number", DBM_BAD_ARGUMENT, "Noise", "1 "),
+         SetRefusal("set: no value", DBM_BAD_ARGUMENT, "Noise", nullptr),
+         SetRefusal("set: a name in use", DBM_EXISTS, "VOICENAME", "Hana"),
+         SetRefusal("set: no name", DBM_BAD_ARGUMENT, "VOICENAME", "")});
+    REQUIRE(user.library.CreateVirtualVoice(DBM_ENGLISH, 0, "Mine", &made) == DBM_OK);
+    CheckRefusals(user, {{"move: its name is in use there", DBM_EXISTS, move(DBM_JAPANESE, 4, DBM_ENGLISH, 8)}});
+    for (int32_t i = 0; i < 30; ++i)
+        REQUIRE(user.library.CreateVirtualVoice(DBM_ENGLISH, 0, std::to_string(i).c_str(), &made) == DBM_OK);
+    CHECK(made == 124);
+    CheckRefusals(user, {CreateRefusal("create: all are taken", DBM_FULL, DBM_ENGLISH, 0, "a")});
+}
+
+TEST_CASE("voices to install") {
+    const UserData user;
+    const DbmLibrary& library = user.library;
+    const std::string good = R"({"name":"Alto","description":"Deep","engineProgram":3,"languages":["en","ja"],)"
+                             R"("parameters":{"Noise":70}})";
+    const Texts before = user.Singers();
+    for (const char* bad :
+         {"", "[]", R"({"name":"A","engineProgram":4,"languages":["ja"]})", R"({"name":"A","languages":["ja"]})",
+          R"({"engineProgram":0,"languages":["ja"]})", R"({"name":"A","engineProgram":0,"languages":[]})",
+          R"({"name":"A","engineProgram":0,"languages":["ja","ja"]})",
+          R"({"name":"A","engineProgram":0,"languages":["fr"]})",
+          R"({"name":"A","engineProgram":0,"languages":["ja"],"parameters":{"Noise":128}})",
+          R"({"name":"A","engineProgram":0,"languages":["ja"],"parameters":{"noise":1}})",
+          R"({"name":"A\u0000","engineProgram":0,"languages":["ja"]})"}) {
+        CAPTURE(bad);
+        CHECK(library.AddVoice(user.folder.File("bad.json", bad).c_str()) == DBM_FILE_ERROR);
+    }
+    CHECK(library.AddVoice(user.folder.Path("none.json").c_str()) == DBM_FILE_ERROR);
+    CHECK((user.Singers() == before && user.Files().empty()));
+
+    const std::string file = user.folder.File("alto.json", good);
+    REQUIRE(library.AddVoice(file.c_str()) == DBM_OK);
+    CHECK(library.AddVoice(file.c_str()) == DBM_EXISTS);
+    int32_t program = 0;
+    REQUIRE(library.CreateVirtualVoice(DBM_ENGLISH, 100, "Second", &program) == DBM_OK);
+    user.Restart();
+    const DBMInstalledVoice* voice = nullptr;
+    REQUIRE(library.GetVoice(100, &voice) == DBM_OK);
+    CHECK((voice->user && voice->engineProgram == 3 && std::string(voice->description) == "Deep"));
+    const Texts singers = user.Singers();
+    REQUIRE(singers.size() == 10);
+    CHECK(singers[7].starts_with("0 3 100 user: VOICENAME=Alto;"));
+    CHECK(singers[8].starts_with("1 7 100 user: VOICENAME=Alto;"));
+    CHECK(singers[9].find("Noise=70;") != std::string::npos); // the new voice's own parameters
+    REQUIRE(library.DeleteVoice(100) == DBM_OK);
+    CHECK(library.GetVoice(100, &voice) == DBM_NO_SUCH);
+    CHECK(user.Singers() == before);
+}
