@@ -6,8 +6,6 @@
 #include "torv/icons/icon_factory.h"
 #include "torv/lyrics/converter_modules.h"
 
-#include <typeinfo>
-
 namespace {
 
 constexpr const char* kPresetFile = "AiconDB.def";
@@ -106,7 +104,7 @@ DWORD CQuillDBManager::RegisterIconObject(CIconObject* icon) {
 CIconObject* CQuillDBManager::AddUserIcon(std::unique_ptr<CIconObject>& icon) {
     const std::unique_ptr<CIconObject> example =
         torv::MakeIcon(torv::StatusFromID(icon->GetIconID()), 1, 0); // only an icon of the status's class can be read
-    if (typeid(*example) != typeid(*icon) || m_users.GetModelIconObject(icon->GetIconID()))
+    if (!torv::IsSameClass(*example, *icon) || m_users.GetModelIconObject(icon->GetIconID()))
         return nullptr;
     CUserDB::MakeStorable(*icon);
     auto* const expression = dynamic_cast<CIconExpression*>(icon.get());
@@ -125,7 +123,7 @@ CIconObject* CQuillDBManager::UnregisterIconObject(DWORD id) {
 
 int CQuillDBManager::ReplaceIconObject(CIconObject* icon) {
     CIconObject* const model = m_isOpen && icon ? m_users.GetModelIconObject(icon->GetIconID()) : nullptr;
-    if (!model || typeid(*model) != typeid(*icon))
+    if (!model || !torv::IsSameClass(*model, *icon))
         return 0;
     auto* const kept = dynamic_cast<CIconExpression*>(model);
     if (!kept)

@@ -1,9 +1,10 @@
 #include "torv/database/user_db.h"
 
-#include "torv/database/error_report.h"
+#include "torv/database/typed_file.h"
+#include "torv/icons/icon_factory.h"
+#include "torv/platform/afx/mem_file.h"
 
 #include <algorithm>
-#include <typeinfo>
 
 namespace {
 
@@ -22,6 +23,9 @@ CString Storable(const CString& text) {
     return storable;
 }
 
+constexpr const char* kSection = "Icon";
+constexpr int kMostRounds = 16;
+
 } // namespace
 
 CUserDB::~CUserDB() = default;
@@ -29,6 +33,18 @@ CUserDB::~CUserDB() = default;
 void CUserDB::MakeStorable(CIconObject& icon) {
     icon.SetIDString(Storable(icon.GetIDString()));
     icon.SetCaption(Storable(icon.GetCaption()));
+    // A curve's points are written as fractions and cut when they are read, which can move them. Moved until they stay,
+    // they do not creep from one session to the next.
+    std::string before;
+    for (int round = 0; round < kMostRounds; ++round) {
+        CxTypedFile file;
+        CMemFile text;
+        if (!icon.DescribeParameter(&file, kSection) || !file.Save(&text) || text.GetBytes() == before)
+            return;
+        before = text.GetBytes();
+        file.Load(reinterpret_cast<const unsigned char*>(before.data()), static_cast<DWORD>(before.size()));
+        icon.ConstructParameter(&file, kSection);
+    }
 }
 
 bool CUserDB::HasArticulation(int status, int articulation) const {
@@ -81,7 +97,7 @@ std::unique_ptr<CIconObject> CUserDB::RemoveIcon(DWORD id) {
 
 int CUserDB::ReplaceIcon(CIconObject* icon) {
     CIconObject* const model = icon ? GetModelIconObject(icon->GetIconID()) : nullptr;
-    if (!model || typeid(*model) != typeid(*icon) || !model->ReplaceParameter(icon))
+    if (!model || !torv::IsSameClass(*model, *icon) || !model->ReplaceParameter(icon))
         return 0;
     model->SetOriginalVariation(icon->GetOriginalVariation());
     MakeStorable(*model);

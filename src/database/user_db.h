@@ -30,10 +30,11 @@ public:
 
     /// The lowest variation, with the user bit, that no icon of the articulation has; 0 when there is none.
     int GetNewVariation(int status, int articulation) const;
-    /// Makes an icon's texts such as the file can hold: without ";", control bytes and blanks around them.
+    /// Makes an icon such as the file gives it back: texts without ";", control bytes and blanks around them, numbers
+    /// in their ranges, and points at places that six decimals hold exactly, at most a few ten-thousandths away.
     static void MakeStorable(CIconObject& icon);
-    /// Takes an icon under its id, a user's one that must be free, and makes its texts storable. Null, and the icon
-    /// stays the caller's, when it is refused.
+    /// Takes an icon under its id, a user's one that must be free, and makes it storable. Null, and the icon stays the
+    /// caller's, when it is refused.
     CIconObject* AddIcon(std::unique_ptr<CIconObject>& icon);
     std::unique_ptr<CIconObject> RemoveIcon(DWORD id);
     /// Gives the icon of the same id another's parameters and original variation. 0 when there is none.

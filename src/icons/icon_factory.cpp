@@ -7,6 +7,8 @@
 #include "torv/icons/icon_singer.h"
 #include "torv/icons/icon_vibrato.h"
 
+#include <typeinfo>
+
 namespace torv {
 namespace {
 
@@ -38,6 +40,8 @@ std::unique_ptr<CIconObject> MakeIcon(int status, int articulation, int variatio
         return nullptr;
     }
 }
+
+bool IsSameClass(const CIconObject& a, const CIconObject& b) { return typeid(a) == typeid(b); }
 
 std::unique_ptr<CIconObject> CopyIcon(const CIconObject* icon) {
     std::unique_ptr<CIconObject> copy;

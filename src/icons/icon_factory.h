@@ -9,6 +9,9 @@ namespace torv {
 /// A new icon of the status's class; null for a status that has none.
 TORV_API std::unique_ptr<CIconObject> MakeIcon(int status, int articulation, int variation);
 
+/// Whether the icons are of one class, whatever their statuses say.
+TORV_API bool IsSameClass(const CIconObject& a, const CIconObject& b);
+
 /// A copy of the same class; null for null.
 TORV_API std::unique_ptr<CIconObject> CopyIcon(const CIconObject* icon);
 

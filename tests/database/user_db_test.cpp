@@ -169,3 +169,32 @@ TEST_CASE("user icons: a damaged file is told a few times, not for ever") {
     CHECK(users.database.SaveDatabase() == 1);
     CHECK(users.Content().find("[s19999]") != std::string::npos);
 }
+
+TEST_CASE("user icons: a curve's points do not creep from one session to the next") {
+    Users users;
+    users.Load("");
+    auto vibrato = std::make_unique<CIconVibrato>(torv::kStatusVibrato, 4, 0);
+    vibrato->SetLength(480);
+    for (LONG position = 3; position < torv::kIconUnits; position += 13) {
+        tagBreakPoint point{position, 64, 0};
+        vibrato->GetDepthBPList()->AddTail(point);
+    }
+    const CBreakPointList given = *vibrato->GetDepthBPList();
+    CHECK(users.Add(std::move(vibrato)));
+    std::string before;
+    for (int session = 0; session < 3; ++session) {
+        CHECK(users.database.SaveDatabase() == 1);
+        if (session > 0)
+            CHECK(users.Content() == before);
+        before = users.Content();
+        CHECK(users.database.LoadDatabase(users.path.c_str()) == 1);
+    }
+    auto* const read = dynamic_cast<CIconVibrato*>(users.database.GetModelIconObject(0x04048001));
+    REQUIRE(read);
+    REQUIRE(read->GetDepthBPList()->GetCount() == given.GetCount());
+    LONG furthest = 0;
+    POSITION at = given.GetHeadPosition();
+    for (POSITION other = read->GetDepthBPList()->GetHeadPosition(); other;)
+        furthest = std::max(furthest, given.GetNext(at).position - read->GetDepthBPList()->GetNext(other).position);
+    CHECK(furthest <= 4);
+}

@@ -1,7 +1,6 @@
-#include "messages.h"
+#include "catalogue.h"
 #include "midi_song.h"
 #include "sing.h"
-#include "voices.h"
 
 #include <CLI/CLI.hpp>
 
@@ -20,8 +19,22 @@ void AddSing(CLI::App& app, SingOptions& options) {
     sing->add_option("--language", options.language, "What the lyrics are sung as: ja, en, or auto to look at them")
         ->check(CLI::IsMember({"ja", "en", "auto"}))
         ->capture_default_str();
-    sing->add_option("--voice", options.voice, "Who sings: " + VoiceNames() + ", or an engine program's number")
-        ->capture_default_str();
+    sing->add_option("--voice", options.voice, "Who sings (torv voices); else the first voice of the language");
+    sing->add_option("--voice-at", options.voicesAt, "Who sings from a bar on, as in 9=Thomas; may be repeated")
+        ->type_name("BAR=NAME")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    sing->add_option(
+            "--dynamics", options.dynamics,
+            "A level or a change of it (torv icons --kind dynamics), from the start or from a bar on, as in mf "
+            "or 5=Crescendo; may be repeated")
+        ->type_name("[BAR=]NAME")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    sing->add_option("--attack", options.expressions.attack, "How notes begin (torv icons), or none");
+    sing->add_option("--release", options.expressions.release, "How notes end, or none");
+    sing->add_option("--transition", options.expressions.transition, "How notes go on into the next one");
+    sing->add_option("--vibrato", options.expressions.vibrato, "What long notes get, or none");
     sing->add_option("--track", options.track, "The track to sing, counted from 1; else the one with the lyrics")
         ->check(CLI::PositiveNumber);
     sing->add_option("--encoding", options.encoding,
@@ -37,12 +50,29 @@ void AddSing(CLI::App& app, SingOptions& options) {
         ->capture_default_str();
     sing->add_option("--pan", options.pan, "Makes the wave stereo: -1 left, 0 centre, 1 right")
         ->check(CLI::Range(-1.0, 1.0));
-    sing->add_flag("--plain", options.plain,
-                   "Leave out the attacks, releases and vibratos that notes get by themselves");
+    sing->add_flag("--plain", options.plain, "Leave out the attacks, releases, transitions and vibratos");
     sing->add_option("--report", options.report, "Also write what was sung, note by note, as JSON into this file");
     sing->add_flag("--quiet", options.quiet, "No progress and no summary");
-    sing->footer("Example: torv sing song.mid -o song.wav --voice tenor\n"
+    sing->footer("Example: torv sing song.mid -o song.wav --voice Thomas --dynamics 5=Crescendo\n"
                  "The wave begins where the file does. Without lyrics the song is sung on a vowel.");
+}
+
+struct ListOptions {
+    std::string kind;
+    bool json = false;
+};
+
+CLI::App* AddVoices(CLI::App& app, ListOptions& options) {
+    CLI::App* const voices = app.add_subcommand("voices", "List the voices that can sing");
+    voices->add_flag("--json", options.json, "As JSON, with the voices' parameters");
+    return voices;
+}
+
+CLI::App* AddIcons(CLI::App& app, ListOptions& options) {
+    CLI::App* const icons = app.add_subcommand("icons", "List the expressions and dynamics that notes can have");
+    icons->add_option("--kind", options.kind, "Only one kind: " + IconKindNames());
+    icons->add_flag("--json", options.json, "As JSON");
+    return icons;
 }
 
 } // namespace
@@ -52,19 +82,27 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     app.get_formatter()->column_width(30);
     SingOptions sing;
+    ListOptions list;
     AddSing(app, sing);
+    const CLI::App* const voices = AddVoices(app, list);
+    const CLI::App* const icons = AddIcons(app, list);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : kWrongUse;
     }
     try {
-        Sing(sing);
+        if (*voices)
+            ListVoices(list.json);
+        else if (*icons)
+            ListIcons(list.kind, list.json);
+        else
+            Sing(sing);
         return 0;
     } catch (const InputError& error) {
         std::fprintf(stderr, "torv: %s\n", error.message.c_str());
     } catch (const std::bad_alloc&) {
-        std::fprintf(stderr, "torv: %s: not enough memory for this song\n", sing.input.c_str());
+        std::fprintf(stderr, "torv: %s: not enough memory\n", sing.input.c_str());
     }
     return kBadInput;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 /// While it lives, what the library would show in message boxes is kept instead: a command answers in one line.
 class MessageCatcher {
@@ -12,4 +13,6 @@ public:
 
     /// The last message, on one line; empty when there was none.
     std::string Last() const;
+    /// All messages since the last call, each on one line.
+    std::vector<std::string> Take() const;
 };

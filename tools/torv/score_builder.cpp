@@ -1,8 +1,8 @@
 #include "score_builder.h"
 
-#include "default_icons.h"
 #include "tempo_trail.h"
 #include "text_encoding.h"
+#include "voice_parameters.h"
 
 #include <algorithm>
 
@@ -57,7 +57,9 @@ public:
         m_builder.SetEvent(tick - m_tick, reinterpret_cast<tagChartSeqEvent*>(record));
         m_tick = tick;
     }
-    DWORD Attach(CIconObject* icon) {
+    /// A new icon of the databases, attached to the track.
+    DWORD Attach(const Databases& databases, DWORD id) {
+        CIconObject* const icon = databases.Manager().CreateIconObject(id);
         return icon ? static_cast<DWORD>(reinterpret_cast<uintptr_t>(m_builder.RegisterIconObject(icon))) : 0;
     }
     void Close() { m_builder.CloseBuffer(); }
@@ -127,9 +129,55 @@ std::vector<SungNote> CutLongNotes(const std::vector<SungNote>& notes, CArray<ta
     return pieces;
 }
 
+/// The voices and the dynamics, put among the notes as time goes on.
+class Marks {
+public:
+    Marks(const ScoreOptions& options, const Databases& databases, const Score& score)
+        : m_options(options), m_databases(databases), m_score(score), m_parameters(score.track) {}
+
+    void PutUntil(DWORD tick, TrackWriter& writer) {
+        const auto isDue = [tick](const std::vector<ScoreMark>& marks, size_t at) {
+            return at < marks.size() && marks[at].tick <= tick;
+        };
+        while (isDue(m_options.voices, m_voice) || isDue(m_options.dynamics, m_dynamics)) {
+            const bool isVoice = isDue(m_options.voices, m_voice) &&
+                                 (!isDue(m_options.dynamics, m_dynamics) ||
+                                  m_options.voices[m_voice].tick <= m_options.dynamics[m_dynamics].tick);
+            isVoice ? PutVoice(m_options.voices[m_voice++], writer)
+                    : PutDynamics(m_options.dynamics[m_dynamics++], writer);
+        }
+    }
+    /// The language of the voice that sings now.
+    int Language() const { return LanguageOfSinger(m_options.voices[m_voice - 1].id); }
+
+private:
+    void PutVoice(const ScoreMark& mark, TrackWriter& writer) {
+        tagCsqEventSinger* const record = CCsqBuilder::CreateSingerEvent();
+        record->iconHandle = writer.Attach(m_databases, mark.id);
+        writer.Put(mark.tick ? m_score.leadTicks + mark.tick : 0, record);
+        const auto* const singer = dynamic_cast<CIconSinger*>(m_databases.Manager().GetModelIconObject(mark.id));
+        tagVoiceChangeParam parameters{};
+        if (singer && singer->GetVoiceChangeParam(&parameters))
+            m_parameters.Set(m_score.leadTicks + mark.tick, parameters);
+    }
+    void PutDynamics(const ScoreMark& mark, TrackWriter& writer) {
+        tagCsqEventAicon* const record = CCsqBuilder::CreateIconEvent();
+        record->iconHandle = writer.Attach(m_databases, mark.id);
+        writer.Put(m_score.leadTicks + mark.tick, record);
+    }
+
+    const ScoreOptions& m_options;
+    const Databases& m_databases;
+    const Score& m_score;
+    VoiceParameters m_parameters;
+    size_t m_voice = 0;
+    size_t m_dynamics = 0;
+};
+
 } // namespace
 
-Score BuildScore(const std::string& path, const MidiSong& file, const VoiceLine& voice, const ScoreOptions& options) {
+Score BuildScore(const std::string& path, const MidiSong& file, const VoiceLine& voice, const ScoreOptions& options,
+                 const Databases& databases) {
     const SungNote& last = voice.notes.back();
     if (MillisecondsAt(file.tempos, last.tick + last.length) > kLongestSong)
         throw InputError{path + ": lasts longer than three hours, more than one wave can hold; sing it in parts"};
@@ -149,14 +197,11 @@ Score BuildScore(const std::string& path, const MidiSong& file, const VoiceLine&
     score.track = CSequence::CreateObject();
     score.song->AddObject(score.track);
     score.track->SetTranspose(options.transpose);
-    score.track->SetInitialLanguage(options.language);
+    score.track->SetInitialLanguage(LanguageOfSinger(options.voices.front().id));
 
     TrackWriter writer(score.track);
-    tagCsqEventSinger* const singer = CCsqBuilder::CreateSingerEvent();
-    singer->iconHandle = writer.Attach(MakeSinger(options.language, options.program));
-    writer.Put(0, singer);
-
-    const std::string vowel(CLyricObject::GetDefaultLyric(options.language));
+    NoteIcons icons(databases, options.expressions, writer.Builder());
+    Marks marks(options, databases, score);
     int hint = 0;
     for (size_t i = 0; i < notes.size(); ++i) {
         const SungNote& note = notes[i];
@@ -165,11 +210,12 @@ Score BuildScore(const std::string& path, const MidiSong& file, const VoiceLine&
         const DWORD start = CMasterTrack::SearchTimePosition(tick, map, hint);
         int endHint = hint;
         const DWORD milliseconds = CMasterTrack::SearchTimePosition(tick + note.length, map, endHint) - start;
+        marks.PutUntil(note.tick, writer);
 
-        auto* lyric = MakeLyric(voice.hasLyrics ? note.syllables : std::vector<std::string>{}, options.language);
+        auto* lyric = MakeLyric(voice.hasLyrics ? note.syllables : std::vector<std::string>{}, marks.Language());
         if (lyric->GetElementCount() == 0) {
             CLyricElement* const element = lyric->AddNewElement();
-            element->SetLyricString(vowel.c_str());
+            element->SetLyricString(CLyricObject::GetDefaultLyric(marks.Language()));
             element->SetDeltaRate(1, 1);
         }
         tagCsqEventAnote* const record = CCsqBuilder::CreateNoteEvent();
@@ -178,18 +224,15 @@ Score BuildScore(const std::string& path, const MidiSong& file, const VoiceLine&
         record->noteDynamics = static_cast<WORD>(note.velocity);
         record->noteAttribute = (note.joined ? kJoinedToPrevious : 0) | (joinsNext ? kJoinedToNext : 0);
         record->lyricHandle = static_cast<DWORD>(reinterpret_cast<uintptr_t>(score.track->AttachLyricObject(lyric)));
-        if (!options.plain) {
-            if (!note.joined)
-                record->noteHeadHandle = writer.Attach(MakeAttack());
-            if (!joinsNext)
-                record->noteTailHandle = writer.Attach(MakeRelease());
-            DWORD offset = 0;
-            record->vibratoHandle = writer.Attach(MakeVibrato(note.length, milliseconds, offset));
-            record->vibratoOffset = static_cast<LONG>(offset);
-        }
+        record->noteHeadHandle = note.joined ? 0 : icons.Attack();
+        record->noteTailHandle = joinsNext ? icons.Transition() : icons.Release();
+        DWORD offset = 0;
+        record->vibratoHandle = icons.Vibrato(note.length, milliseconds, offset);
+        record->vibratoOffset = static_cast<LONG>(offset);
         writer.Put(tick, record);
         score.notes.push_back({tick, note.length, note.key, note.velocity, note.joined, lyric});
     }
+    marks.PutUntil(file.end, writer);
     writer.Close();
     return score;
 }

@@ -1,17 +1,24 @@
 #pragma once
 
+#include "expressions.h"
 #include "voice_line.h"
 
 #include <torv/torv.h>
 
 #include <memory>
 
-/// How a voice is to be sung.
+/// An icon of the databases that stands somewhere in the song.
+struct ScoreMark {
+    DWORD tick; ///< of the file
+    DWORD id;
+};
+
+/// How a song is to be sung.
 struct ScoreOptions {
-    int language = 0; ///< 0 Japanese, 1 English
-    int program = 0;  ///< the engine's voice
+    std::vector<ScoreMark> voices;   ///< by tick; the first at 0
+    std::vector<ScoreMark> dynamics; ///< by tick
+    Expressions expressions;
     int transpose = 0;
-    bool plain = false;   ///< no attacks, releases and vibratos of our own
     DWORD presend = 2000; ///< milliseconds that the engine must know of a note in advance
 };
 
@@ -35,4 +42,5 @@ struct Score {
 };
 
 /// Builds the score of a voice; throws InputError when the song is more than the score can hold.
-Score BuildScore(const std::string& path, const MidiSong& song, const VoiceLine& voice, const ScoreOptions& options);
+Score BuildScore(const std::string& path, const MidiSong& song, const VoiceLine& voice, const ScoreOptions& options,
+                 const Databases& databases);

@@ -1,13 +1,15 @@
 #include "sing.h"
 
+#include "bars.h"
+#include "databases.h"
 #include "messages.h"
 #include "progress.h"
 #include "render.h"
 #include "report.h"
 #include "score_builder.h"
 #include "voice_line.h"
-#include "voices.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -30,28 +32,12 @@ std::vector<unsigned char> ReadFile(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-/// The phoneme converters, for as long as the song needs them.
-class Converters {
-public:
-    explicit Converters(const MessageCatcher& messages) {
-        if (!CTORVApp::GetApp()->LoadG2PALibrary()) {
-            CTORVApp::GetApp()->FreeG2PALibrary();
-            throw InputError{"the phoneme converters cannot be loaded (" + messages.Last() +
-                             "): put them beside the program, or name their folder in TORV_LIBRARY_PATH"};
-        }
-    }
-    ~Converters() { CTORVApp::GetApp()->FreeG2PALibrary(); }
-    Converters(const Converters&) = delete;
-    Converters& operator=(const Converters&) = delete;
-};
-
-void ConvertLyrics(Score& score, int language, const MessageCatcher& messages) {
-    const Converters converters(messages);
+void ConvertLyrics(Score& score, const MessageCatcher& messages) {
     CxSampaTransformer transformer;
-    if (!transformer.DoTransform(score.track, kConverterValue, language))
+    if (!transformer.DoTransform(score.track, kConverterValue))
         throw InputError{"the lyrics cannot be turned into phonemes" +
                          (messages.Last().empty() ? "" : " (" + messages.Last() + ")") +
-                         ": the phoneme converter beside the program may be damaged"};
+                         ": put the phoneme converters beside the program, or name their folder in TORV_LIBRARY_PATH"};
 }
 
 void Remark(const SingOptions& options, const std::string& text) {
@@ -72,6 +58,54 @@ void RemarkOnVoice(const SingOptions& options, const VoiceLine& voice) {
         Remark(options, "Chinese characters cannot be read aloud and are sung on a vowel: write the lyrics in kana");
 }
 
+/// What the user asked for, or what the lyrics look like.
+std::optional<int> LanguageAskedFor(const SingOptions& options) {
+    if (options.language == "ja")
+        return kJapanese;
+    return options.language == "en" ? std::optional(kEnglish) : std::nullopt;
+}
+
+/// Who sings from where: the voice named first, else the first one of the language, then those named for later bars.
+std::vector<ScoreMark> FindVoices(const SingOptions& options, const MidiSong& song, const VoiceLine& line,
+                                  const Databases& databases) {
+    const std::optional<int> asked = LanguageAskedFor(options);
+    const int language = asked.value_or(line.japanese ? kJapanese : kEnglish);
+    std::vector<ScoreMark> marks;
+    if (options.voice.empty())
+        marks.push_back({0, torv::MakeIconID(torv::kStatusSinger, torv::kSingerArticulation,
+                                             databases.Manager().GetDefaultSingerVariation(language))});
+    else
+        marks.push_back({0, databases.Find(kVoices, options.voice)});
+    for (const std::string& text : options.voicesAt) {
+        const BarMark mark = ReadBarMark("--voice-at", text, true);
+        marks.push_back({TickOfBar(options.input, song, mark.bar), databases.Find(kVoices, mark.name)});
+    }
+    std::stable_sort(marks.begin() + 1, marks.end(),
+                     [](const ScoreMark& a, const ScoreMark& b) { return a.tick < b.tick; });
+    for (const ScoreMark& mark : marks) {
+        const std::string name = databases.NameOf(mark.id);
+        const int sung = LanguageOfSinger(mark.id);
+        if (asked && sung != *asked)
+            throw InputError{name + " sings " + LanguageName(sung) + ", and --language asks for " +
+                             LanguageName(*asked) + ": see torv voices for who sings it"};
+        if (!asked && line.hasLyrics && sung != language)
+            Remark(options, "the lyrics look " + std::string(LanguageName(language)) + ", and " + name + " sings " +
+                                LanguageName(sung) + ": see torv voices for others");
+    }
+    return marks;
+}
+
+std::vector<ScoreMark> FindDynamics(const SingOptions& options, const MidiSong& song, const Databases& databases) {
+    std::vector<ScoreMark> marks;
+    for (const std::string& text : options.dynamics) {
+        const BarMark mark = ReadBarMark("--dynamics", text, false);
+        marks.push_back({TickOfBar(options.input, song, mark.bar), databases.Find(kDynamics, mark.name)});
+    }
+    std::stable_sort(marks.begin(), marks.end(),
+                     [](const ScoreMark& a, const ScoreMark& b) { return a.tick < b.tick; });
+    return marks;
+}
+
 std::string Clock(double seconds) {
     char text[32];
     const int minutes = static_cast<int>(seconds / 60);
@@ -83,9 +117,6 @@ std::string Clock(double seconds) {
 
 void Sing(const SingOptions& options) {
     const auto begin = std::chrono::steady_clock::now();
-    const std::optional<int> program = VoiceProgram(options.voice);
-    if (!program)
-        throw InputError{"there is no voice \"" + options.voice + "\": choose " + VoiceNames()};
     std::optional<TextEncoding> encoding;
     if (!options.encoding.empty() && !(encoding = TextEncodingNamed(options.encoding)))
         throw InputError{"there is no encoding \"" + options.encoding + "\": choose utf-8, shift-jis or latin-1"};
@@ -96,15 +127,18 @@ void Sing(const SingOptions& options) {
     const VoiceLine voice = MakeVoiceLine(options.input, song, track, encoding);
     RemarkOnVoice(options, voice);
 
-    ScoreOptions scoreOptions;
-    scoreOptions.language =
-        options.language == "ja" || (options.language == "auto" && voice.japanese) ? kJapanese : kEnglish;
-    scoreOptions.program = *program;
-    scoreOptions.transpose = options.transpose;
-    scoreOptions.plain = options.plain;
     const MessageCatcher messages;
-    Score score = BuildScore(options.input, song, voice, scoreOptions);
-    ConvertLyrics(score, scoreOptions.language, messages);
+    const Databases databases(messages);
+    for (const std::string& message : messages.Take())
+        Remark(options, message);
+    ScoreOptions scoreOptions;
+    scoreOptions.voices = FindVoices(options, song, voice, databases);
+    scoreOptions.dynamics = FindDynamics(options, song, databases);
+    if (!options.plain)
+        scoreOptions.expressions = FindExpressions(databases, options.expressions);
+    scoreOptions.transpose = options.transpose;
+    Score score = BuildScore(options.input, song, voice, scoreOptions, databases);
+    ConvertLyrics(score, messages);
 
     RenderOptions renderOptions;
     renderOptions.rate = options.rate;
@@ -120,7 +154,8 @@ void Sing(const SingOptions& options) {
     }
     if (!options.report.empty())
         WriteReport(options.report, score,
-                    {options.input, options.output, options.voice, options.rate, result.seconds, options.transpose});
+                    {options.input, options.output, databases.NameOf(scoreOptions.voices.front().id), options.rate,
+                     result.seconds, options.transpose});
     if (result.clippedFrames > 0)
         Remark(options, std::to_string(result.clippedFrames) + " samples are cut at full scale: lower --volume");
     if (!options.quiet) {

@@ -1,14 +1,20 @@
 #pragma once
 
+#include "expressions.h"
+
 #include <optional>
 #include <string>
+#include <vector>
 
 /// What `torv sing` is asked for.
 struct SingOptions {
     std::string input;
     std::string output;
-    std::string language = "auto"; ///< ja, en or auto
-    std::string voice = "soprano";
+    std::string language = "auto";     ///< ja, en or auto
+    std::string voice;                 ///< empty: the first one of the language
+    std::vector<std::string> voicesAt; ///< BAR=NAME
+    std::vector<std::string> dynamics; ///< NAME or BAR=NAME
+    ExpressionNames expressions;
     std::string encoding; ///< empty: detected
     std::string report;   ///< empty: none
     unsigned rate = 44100;

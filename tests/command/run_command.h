@@ -1,0 +1,70 @@
+#pragma once
+
+#include "midi_bytes.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+struct Run {
+    int status;
+    std::string said;
+};
+
+/// A folder for one test's files beside the program, whose user's own data are there too.
+struct Folder {
+    fs::path path = fs::current_path() / "command_test_files";
+    Folder() {
+        fs::remove_all(path);
+        fs::create_directory(path);
+#ifdef _WIN32
+        _putenv_s("TORV_USER_DATA", "command_test_files\\user");
+#else
+        setenv("TORV_USER_DATA", "command_test_files/user", 1);
+#endif
+    }
+    ~Folder() {
+        std::error_code ignored;
+        fs::remove_all(path, ignored);
+    }
+    std::string File(const std::string& name, const FileBytes& bytes) const {
+        std::ofstream(path / name, std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        return "command_test_files/" + name;
+    }
+    Run Torv(const std::string& arguments) const {
+#ifdef _WIN32
+        const std::string program = "torv.exe ";
+#else
+        const std::string program = "./torv ";
+#endif
+        const int status = std::system((program + arguments + " > command_test_files/said.txt 2>&1").c_str());
+        std::ifstream said(path / "said.txt");
+        std::string text{std::istreambuf_iterator<char>(said), std::istreambuf_iterator<char>()};
+        said.close();
+        fs::remove(path / "said.txt");
+#ifdef _WIN32
+        return {status, text};
+#else
+        return {WEXITSTATUS(status), text};
+#endif
+    }
+    size_t Count() const {
+        return static_cast<size_t>(std::distance(fs::directory_iterator(path), fs::directory_iterator()));
+    }
+};
+
+/// Frames of a 16-bit mono wave, -1..1.
+inline std::vector<double> Wave(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    const std::vector<char> bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::vector<double> sound;
+    for (size_t i = 44; i + 1 < bytes.size(); i += 2)
+        sound.push_back(static_cast<int16_t>(static_cast<unsigned char>(bytes[i]) | bytes[i + 1] << 8) / 32768.0);
+    return sound;
+}

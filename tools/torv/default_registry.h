@@ -1,0 +1,14 @@
+#pragma once
+
+/// Makes the libraries beside the program known to the databases, as long as it lives, on a machine whose registry
+/// names none. On POSIX the installed default does so without it.
+class DefaultRegistry {
+public:
+    DefaultRegistry();
+    ~DefaultRegistry();
+    DefaultRegistry(const DefaultRegistry&) = delete;
+    DefaultRegistry& operator=(const DefaultRegistry&) = delete;
+
+private:
+    void* m_key = nullptr;
+};
