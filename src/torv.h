@@ -21,6 +21,7 @@
 #include "torv/lyrics/lyric_object.h"
 #include "torv/lyrics/phonetic_dic.h"
 #include "torv/lyrics/sampa_transformer.h"
+#include "torv/panel/panel_wrap.h"
 #include "torv/platform/platform.h"
 #include "torv/score/cross_reference_map.h"
 #include "torv/score/csq_builder.h"

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "torv/platform/platform.h"
+
+#include <panel_abi.h>
+
+#include <memory>
+#include <type_traits>
+
+/// Binds the host panel's library at run time and hands on what the panel is told and asked. There need not be one:
+/// without the library, or after unloading it, the calls do nothing and the questions are answered by -1.
+///
+/// Copies share the library, which is unloaded once none of them holds it; each has its own status. Nobody may be in a
+/// call while the same object loads or unloads.
+class TORV_API CPanelWrap {
+public:
+    CPanelWrap();
+    CPanelWrap(const CPanelWrap&);
+    CPanelWrap& operator=(const CPanelWrap&);
+    ~CPanelWrap();
+
+    /// Another library than "paneldll.dll", for the next LoadPanelWrap.
+    void SetPanelLibrary(const CString& name) { m_strLibrary = name; }
+    /// Loads and binds the library in place of the one held; the argument is reserved. Returns 1 with the status as it
+    /// was, or 0: status -1 and nothing held when the library cannot be loaded, status -2 when an entry point is
+    /// missing. Then the library stays, and what stands before the missing entry point in the interface can be called.
+    int LoadPanelWrap(int = 0);
+    /// Starts the panel, with a text for it. Returns 1 with status 1; 0 with status -1 when the panel refuses or there
+    /// is none.
+    int InitPanelWrap(const char* text);
+    /// Lets go of the library; status 0.
+    void UnloadPanelWrap();
+    /// 0: not loaded, or not initialised yet; 1: initialised; -1: no library, or it refused to start; -2: an entry
+    /// point is missing.
+    int GetStatus() const { return m_nStatus; }
+
+    void SetParent(HWND window);
+    void SetPlay(LONG position);
+    void SetStop();
+    /// The record stays the caller's.
+    int SendDeviceData(WAV_DATAS* data);
+    /// Ticks.
+    int SendPPQPos(LONG position);
+    int SendGetPPQPos();
+    int SendGetTempo();
+    void SetMakeData();
+    void SendAllFlash();
+    void SendSelectTrack(DWORD track);
+
+protected:
+    bool Bind();
+    /// The entry point, or null when no library is held to call into.
+    template <class Proc>
+    Proc Callable(Proc entry) const {
+        return m_pModule ? entry : nullptr;
+    }
+
+    CString m_strLibrary;
+    int m_nStatus = 0;
+    std::shared_ptr<std::remove_pointer_t<HMODULE>> m_pModule;
+    DWORD m_dwReserved = 0; ///< always 0
+    PANELInitProc m_pfnInit = nullptr;
+    PANELSetParentProc m_pfnSetParent = nullptr;
+    PANELSetPlayProc m_pfnSetPlay = nullptr;
+    PANELSetStopProc m_pfnSetStop = nullptr;
+    PANELSendDeviceDataProc m_pfnSendDeviceData = nullptr;
+    PANELSendPPQPosProc m_pfnSendPPQPos = nullptr;
+    PANELSendGetPPQPosProc m_pfnSendGetPPQPos = nullptr;
+    PANELSendGetTempoProc m_pfnSendGetTempo = nullptr;
+    PANELSetMakeDataProc m_pfnSetMakeData = nullptr;
+    PANELSendAllFlashProc m_pfnSendAllFlash = nullptr;
+    PANELSendSelectTrackProc m_pfnSendSelectTrack = nullptr;
+};

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <panel_abi.h>
+
+/// The fake panel's last call.
+struct FakePanelLog {
+    int calls;
+    const char* entry; ///< its name; null before the first
+    intptr_t argument; ///< 0 for a call without one
+};
+
+/// Entry point "GetFakePanelLog".
+using GetFakePanelLogProc = FakePanelLog*(PANEL_CALL*)();
