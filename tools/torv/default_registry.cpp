@@ -1,6 +1,6 @@
 #include "default_registry.h"
 
-#include <torv/platform/registry.h>
+#include <torv/platform/platform.h>
 
 #if defined(_WIN32)
 
@@ -14,7 +14,8 @@ void Name(HKEY root, const char* key, const char* library) {
     HKEY handle = nullptr;
     if (RegCreateKeyExA(root, key, 0, nullptr, REG_OPTION_VOLATILE, KEY_WRITE, nullptr, &handle, nullptr) != 0)
         return;
-    RegSetValueExA(handle, kPath, 0, REG_SZ, reinterpret_cast<const BYTE*>(library), lstrlenA(library) + 1);
+    RegSetValueExA(handle, kPath, 0, REG_SZ, reinterpret_cast<const BYTE*>(library),
+                   static_cast<DWORD>(lstrlenA(library) + 1));
     RegCloseKey(handle);
 }
 
