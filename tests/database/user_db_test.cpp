@@ -158,6 +158,20 @@ TEST_CASE("user icons: a file that was not read is not written over") {
     CHECK(std::filesystem::is_directory(users.path));
 }
 
+TEST_CASE("user icons: values of any length") {
+    Users users;
+    const std::string huge(10'000'000, 'x');
+    CHECK(users.Load("[Dynaff]\n1=a\n2=" + huge + "\n[a]\nIconID=$05018001\nIDS=" + huge + "\nCaption=" + huge +
+                     "\nDynBPNum=9\nDynBPX=" + huge + "\nDynBPY=" + huge + "\n[" + huge + "]\n") == 1);
+    REQUIRE(users.database.GetModelIconObject(0x05018001));
+    CHECK(users.database.GetModelIconObject(0x05018001)->GetIDString().GetLength() == 4096);
+    CHECK(users.database.SaveDatabase() == 1);
+    const std::string saved = users.Content();
+    CHECK(users.database.LoadDatabase(users.path.c_str()) == 1);
+    CHECK(users.database.SaveDatabase() == 1);
+    CHECK(users.Content() == saved);
+}
+
 TEST_CASE("user icons: a damaged file is told a few times, not for ever") {
     Users users;
     std::string file;
