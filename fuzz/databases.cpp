@@ -101,6 +101,11 @@ int32_t DBM_CALL GetVirtualVoiceName(int32_t, int32_t program, char* buffer, int
         buffer[i] = 'x'; // without an end
     return program & 1;
 }
+int32_t DBM_CALL GetVoice(int32_t, const DBMInstalledVoice** result) {
+    static constexpr DBMInstalledVoice voice{};
+    *result = &voice;
+    return DBM_OK;
+}
 int32_t DBM_CALL GetVirtualVoiceParameters(int32_t, int32_t, const DBMVoiceParameters** result) {
     static const DBMVoiceParameters parameters{0, g_pairs};
     *result = &parameters;
@@ -145,6 +150,7 @@ torv::DatabaseLibrary& Library() {
     library.GetAllVoice = GetAllVoice;
     library.GetVirtualVoiceName = GetVirtualVoiceName;
     library.GetVirtualVoiceParameters = GetVirtualVoiceParameters;
+    library.GetVoice = GetVoice;
     library.GetExpDB = GetExpDB;
     library.GetVirtualExpInfo = GetVirtualExpInfo;
     library.DeleteVirtualExpInfo = DeleteVirtualExpInfo;

@@ -91,15 +91,17 @@ int CVoiceDB::ReloadDatabase() {
         return 0;
     }
     for (int i = 0; i < std::min<int>(list->count, kMostVoices); ++i)
-        AddVoice(list->voices[i].language, list->voices[i].program, list->voices[i].name);
+        AddVoice(list->voices[i]);
     return 1;
 }
 
-void CVoiceDB::AddVoice(int language, int program, const char* listedName) {
+void CVoiceDB::AddVoice(const DBMVoice& listed) {
+    const int language = listed.language;
+    const int program = listed.program;
     if (!IsCode(language) || !IsCode(program))
         return; // no singer icon could name it
     const int variation = VariationOf(language, program);
-    Voice voice = ReadVoice(language, program, listedName);
+    const Voice voice = ReadVoice(listed);
     if (!m_voices.try_emplace(variation, voice).second) {
         CString details;
         details.Format("language %d, program %d", language, program);
@@ -118,16 +120,20 @@ void CVoiceDB::AddVoice(int language, int program, const char* listedName) {
     AddModel(std::move(icon));
 }
 
-CVoiceDB::Voice CVoiceDB::ReadVoice(int language, int program, const char* listedName) {
-    Voice voice{listedName, {}};
+CVoiceDB::Voice CVoiceDB::ReadVoice(const DBMVoice& listed) {
+    Voice voice{listed.name, {}, {}};
     std::fill(std::begin(voice.parameters.values), std::end(voice.parameters.values), kDefaultParameter);
     char name[256] = "";
-    if (Ask(m_library->GetVirtualVoiceName(language, program, name, sizeof name))) {
+    if (Ask(m_library->GetVirtualVoiceName(listed.language, listed.program, name, sizeof name))) {
         name[sizeof name - 1] = '\0';
         voice.name = name;
     }
+    const DBMInstalledVoice* installed = nullptr;
+    if (Ask(m_library->GetVoice(listed.voice, &installed)) && installed)
+        voice.installed = installed->name;
     const DBMVoiceParameters* parameters = nullptr;
-    if (!Ask(m_library->GetVirtualVoiceParameters(language, program, &parameters)) || !parameters || !parameters->pairs)
+    if (!Ask(m_library->GetVirtualVoiceParameters(listed.language, listed.program, &parameters)) || !parameters ||
+        !parameters->pairs)
         return voice;
     const DBMTextPair* pair = parameters->pairs;
     for (int i = 0; i < kMostPairs && pair->name; ++i, ++pair) {
@@ -163,6 +169,12 @@ int CVoiceDB::GetVoiceParameters(int language, int program, tagVoiceParameters* 
     record->name = torv::NewText(found->second.name);
     record->parameters = found->second.parameters;
     return 1;
+}
+
+CString CVoiceDB::GetInstalledVoiceName(int language, int program) const {
+    const auto found = m_voices.find(VariationOf(language, program));
+    const bool isThere = IsCode(language) && IsCode(program) && found != m_voices.end();
+    return isThere ? found->second.installed : CString();
 }
 
 int CVoiceDB::GetDefaultVariation() const { return m_voices.empty() ? 0 : m_voices.begin()->first; }

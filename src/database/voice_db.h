@@ -3,6 +3,8 @@
 #include "torv/database/quill_db_if.h"
 #include "torv/icons/icon_catalogue.h"
 
+struct DBMVoice;
+
 namespace torv {
 
 class DatabaseLibrary;
@@ -38,6 +40,8 @@ public:
     bool FindVoice(BYTE language, BYTE program, CString& name, tagVoiceChangeParam& parameters) const override;
     /// Fills a record for the host; 0, and it is left as it is, when there is no such voice.
     int GetVoiceParameters(int language, int program, tagVoiceParameters* record) const;
+    /// The name of the installed voice that a voice is made over ("Soprano"); empty when the library does not tell.
+    CString GetInstalledVoiceName(int language, int program) const;
 
     /// The first voice; 0 when there is none.
     int GetDefaultVariation() const;
@@ -58,12 +62,13 @@ public:
 private:
     struct Voice {
         CString name;
+        CString installed;
         tagVoiceChangeParam parameters;
     };
 
     bool Ask(int status);
-    void AddVoice(int language, int program, const char* listedName);
-    Voice ReadVoice(int language, int program, const char* listedName);
+    void AddVoice(const DBMVoice& listed);
+    Voice ReadVoice(const DBMVoice& listed);
 
     torv::DatabaseLibrary* m_library = nullptr;
     std::map<int, Voice> m_voices; ///< by variation

@@ -126,6 +126,7 @@ TEST_CASE("shipped databases: a user's voice from making it to removing it") {
     CHECK(before >= 3);
     int program = -1;
     REQUIRE(voices.CreateVoice(1, 0, "Nova", &program) == 1);
+    CHECK(voices.GetInstalledVoiceName(1, program) == "Soprano");
     CHECK(program % 4 == 0); // the engine sings it with the voice that it was made over
     tagVoiceChangeParam parameters{};
     parameters.values[16] = 90;

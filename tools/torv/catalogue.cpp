@@ -61,12 +61,15 @@ void ListVoices(bool json) {
     const MessageCatcher messages;
     Databases databases(messages);
     Json list = Json::array();
-    std::vector<std::vector<std::string>> rows{{"NAME", "LANGUAGE", "PROGRAM"}};
+    std::vector<std::vector<std::string>> rows{{"NAME", "LANGUAGE", "VOICE"}};
     for (const Databases::Entry& voice : databases.List(kVoices)) {
         const int program = torv::VariationFromID(voice.id) & 0xFF;
-        rows.push_back({voice.name, LanguageName(LanguageOfSinger(voice.id)), std::to_string(program)});
+        const std::string installed =
+            Utf8(databases.Voices().GetInstalledVoiceName(LanguageOfSinger(voice.id), program));
+        rows.push_back({voice.name, LanguageName(LanguageOfSinger(voice.id)), installed});
         list.push_back({{"name", voice.name},
                         {"language", LanguageName(LanguageOfSinger(voice.id))},
+                        {"voice", installed},
                         {"program", program},
                         {"id", Hex(voice.id)},
                         {"parameters", ParametersOf(databases, voice.id)}});
