@@ -1,0 +1,137 @@
+#pragma once
+
+#include "torv/score/master_track.h"
+
+#include <vector>
+
+struct tagGridResolution {
+    WORD pointsPerQuarter; ///< screen points to a quarter note
+    WORD step;             ///< ticks from grid line to grid line
+};
+static_assert(sizeof(tagGridResolution) == 4 && offsetof(tagGridResolution, step) == 2);
+
+/// A musical position, all from 0. Beats are the signature's denominator notes.
+struct tagSongPosition {
+    DWORD measure; ///< as the time-signature map counts
+    DWORD beat;
+    DWORD tick;
+};
+static_assert(sizeof(tagSongPosition) == 12 && offsetof(tagSongPosition, beat) == 4 &&
+              offsetof(tagSongPosition, tick) == 8);
+
+namespace torv {
+
+/// A part of the song under one time signature.
+struct SignatureStretch {
+    explicit SignatureStretch(const tagTimeSignatureMap& first);
+    /// What follows when the map's next record begins.
+    SignatureStretch Next(const tagTimeSignatureMap& record) const;
+    /// The clock of a position counted in this stretch's measures and beats.
+    LONGLONG ClockOf(int measure, int beat, int tick) const;
+
+    LONGLONG start = 0;    ///< clock
+    int firstMeasure = 0;  ///< the measure that starts there
+    int measureLength = 0; ///< ticks; 0 when no signature so far has a length
+    int beatLength = 0;    ///< ticks; 0 for a denominator that is no note length
+};
+
+} // namespace torv
+
+/// Converts between clocks (ticks, 480 to a quarter note), screen points and musical positions, and snaps clocks to
+/// the editing grid and to the quantize unit. It has its own copy of the song's time-signature map.
+///
+/// Divisions truncate towards zero, so that negative values have negative rests. With any resolution of 0 results and
+/// rests are 0; what does not fit its type is the nearest value that does; null rests and offsets are not wanted. Each
+/// conversion also stands as a static form with the resolutions as arguments, points to a quarter note first.
+class TORV_API CGridManager : public CObject {
+public:
+    /// As after Create().
+    CGridManager();
+    ~CGridManager() override;
+
+    /// 96 points to a quarter note, grid step and quantize unit of 60 ticks, 4/4 throughout. 1.
+    int Create();
+    /// 1; 0, and nothing changes, for a null pointer.
+    int Create(CMasterTrack* master, const tagGridResolution* grid, WORD quantize);
+    /// Copies the master track's signatures, which moves its cursor. 0 for a null track, which changes nothing, and for
+    /// one without an event list: then it is 4/4 throughout.
+    int Update(CMasterTrack* master);
+
+    /// Null pointers are left alone.
+    void SetGridResolution(const tagGridResolution* grid);
+    void GetGridResolution(tagGridResolution* grid) const;
+    void SetQuantizeResolution(WORD ticks) { m_wQuantize = ticks; }
+    WORD GetQuantizeResolution() const { return m_wQuantize; }
+    const CArray<tagTimeSignatureMap>* GetTimeSignatureMap() const { return &m_map; }
+    /// The signature in force at a measure: of several changes in one measure the first there, the last from the next
+    /// measure on. Before measure 0 it is the song's first.
+    tagTimeSignature GetTimeSignature(int measure) const;
+
+    LONG ClockToScreen(LONG clock) const { return ClockToScreen(clock, m_grid.pointsPerQuarter); }
+    /// `rest`: the points that do not make up a whole tick.
+    LONG ScreenToClock(LONG points, int* rest) const { return ScreenToClock(points, m_grid.pointsPerQuarter, rest); }
+    LONG ClockToGrid(LONG clock, int* rest) const { return ClockToGrid(clock, m_grid.step, rest); }
+    LONG GridToClock(LONG grid) const { return GridToClock(grid, m_grid.step); }
+    /// `rest`: the points from the grid line to the point.
+    LONG ScreenToGrid(LONG points, int* rest) const {
+        return ScreenToGrid(points, m_grid.pointsPerQuarter, m_grid.step, rest);
+    }
+    LONG GridToScreen(LONG grid) const { return GridToScreen(grid, m_grid.pointsPerQuarter, m_grid.step); }
+    DWORD GridsToPoints(DWORD grids) const { return UnitsToPoints(grids, m_grid.pointsPerQuarter, m_grid.step); }
+    DWORD ClocksToUnits(DWORD clock, int* rest) const { return ClocksToUnits(clock, m_wQuantize, rest); }
+    DWORD UnitsToClocks(DWORD units) const { return UnitsToClocks(units, m_wQuantize); }
+    /// Points above 0x7FFFFFFF are negative ones, which count as 0.
+    DWORD PointsToUnits(DWORD points, int* rest) const {
+        return PointsToUnits(points, m_grid.pointsPerQuarter, m_wQuantize, rest);
+    }
+    DWORD UnitsToPoints(DWORD units) const { return UnitsToPoints(units, m_grid.pointsPerQuarter, m_wQuantize); }
+
+    static LONG ClockToScreen(LONG clock, WORD pointsPerQuarter);
+    static LONG ScreenToClock(LONG points, WORD pointsPerQuarter, int* rest);
+    static LONG ClockToGrid(LONG clock, WORD step, int* rest);
+    static LONG GridToClock(LONG grid, WORD step);
+    static LONG ScreenToGrid(LONG points, WORD pointsPerQuarter, WORD step, int* rest);
+    static LONG GridToScreen(LONG grid, WORD pointsPerQuarter, WORD step);
+    static DWORD ClocksToUnits(DWORD clock, WORD quantize, int* rest);
+    static DWORD UnitsToClocks(DWORD units, WORD quantize);
+    static DWORD PointsToUnits(DWORD points, WORD pointsPerQuarter, WORD quantize, int* rest);
+    static DWORD UnitsToPoints(DWORD units, WORD pointsPerQuarter, WORD quantize);
+
+    /// A clock at a change belongs to the new signature. Clocks above 0x7FFFFFFF are negative ones, and so then are the
+    /// numbers of their position.
+    void ClockToSongPosition(DWORD clock, tagSongPosition& position) const;
+    /// Takes back what ClockToSongPosition gives, but for a measure that starts with a change: its start is right,
+    /// while its beats count as long as those before the change. Negative numbers count back from 0.
+    LONG SongPositionToClock(const tagSongPosition& position) const;
+    LONG SongPositionToClock(int measure, int beat, int tick) const;
+    /// The same over any map, which it walks from its beginning each time. Null and empty maps are 4/4 throughout.
+    static LONG SongPositionToClock(const CArray<tagTimeSignatureMap>* map, int measure, int beat, int tick);
+    /// Points above 0x7FFFFFFF are negative ones, which count as 0.
+    void ScreenToSongPosition(DWORD points, tagSongPosition& position) const;
+    LONG SongPositionToScreen(const tagSongPosition& position) const;
+    LONG SongPositionToScreen(int measure, int beat, int tick) const;
+    /// The measure at a point, and in `offset` the points from its start; points as in ScreenToSongPosition.
+    int PointInMeasure(DWORD points, int* offset) const;
+
+private:
+    /// A stretch with what the walk from the map's beginning would have met by there. A song's measure numbers fall
+    /// back to 0 after 65535; with the running maxima a binary search ends where the walk does even so.
+    struct Entry {
+        torv::SignatureStretch stretch;
+        LONGLONG latestStart;
+        int highestMeasure;
+    };
+    struct MeasureEntry {
+        WORD measure;
+        int record;
+        int latestRecord; ///< at this measure or below
+    };
+    void BuildIndex();
+    const torv::SignatureStretch& StretchBefore(int measure) const;
+
+    tagGridResolution m_grid{};
+    WORD m_wQuantize = 0;
+    CArray<tagTimeSignatureMap> m_map;
+    std::vector<Entry> m_entries;           ///< one for each record of the map, and one for an empty map
+    std::vector<MeasureEntry> m_byMeasures; ///< the records by measure, those of one measure in their order
+};

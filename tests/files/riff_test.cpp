@@ -1,0 +1,377 @@
+#include "torv/files/riff.h"
+
+#include "torv/platform/afx/mem_file.h"
+
+#include <doctest/doctest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+using torv::ChunkId;
+
+namespace {
+
+using namespace std::string_literals;
+
+constexpr DWORD kRiff = ChunkId("RIFF");
+constexpr DWORD kList = ChunkId("LIST");
+constexpr DWORD kWave = ChunkId("WAVE");
+constexpr DWORD kData = ChunkId("data");
+
+std::string Le(DWORD value) {
+    std::string bytes;
+    for (int shift = 0; shift < 32; shift += 8)
+        bytes += static_cast<char>(value >> shift & 0xFF);
+    return bytes;
+}
+
+/// A chunk, or with a size of its own one that lies.
+std::string Chunk(const char* id, const std::string& content) {
+    return id + Le(static_cast<DWORD>(content.size())) + content;
+}
+std::string Lie(const char* id, DWORD size, const std::string& content) { return id + Le(size) + content; }
+
+/// A file of bytes with a CxRiff on it.
+struct OnBytes {
+    CMemFile file;
+    CxRiff riff{&file};
+    explicit OnBytes(const std::string& bytes = "") : file(bytes.data(), static_cast<UINT>(bytes.size())) {}
+    std::string Read(DWORD count) {
+        std::string bytes(count, '\0');
+        bytes.resize(riff.Read(bytes.data(), count));
+        return bytes;
+    }
+    /// The identifiers of the level, in order.
+    std::string Level() {
+        std::string ids;
+        CHUNK_INFO info;
+        for (int has = riff.FindFirstChunk(info); has; has = riff.FindNextChunk(info)) {
+            ids += ids.empty() ? "" : " ";
+            for (int shift = 0; shift < 32; shift += 8)
+                ids += static_cast<char>(info.id >> shift & 0xFF);
+        }
+        return ids;
+    }
+};
+
+/// Writes sizes as a MIDI file has them.
+class BigEndianRiff : public CxRiff {
+public:
+    using CxRiff::CxRiff;
+    int CloseChunk() override { return CxRiff::CloseChunk(true); }
+};
+
+/// A path of its own in the temporary folder, gone with its holder.
+struct ScratchPath {
+    std::string path;
+    explicit ScratchPath(const char* name) : path((std::filesystem::temp_directory_path() / name).string()) {
+        std::filesystem::remove(path);
+    }
+    ~ScratchPath() {
+        std::error_code ignored;
+        std::filesystem::remove(path, ignored);
+    }
+    bool Exists() const { return std::filesystem::exists(path); }
+    std::string Content() const {
+        std::string bytes(Exists() ? std::filesystem::file_size(path) : 0, '\0');
+        CFile file(path.c_str(), CFile::modeRead);
+        file.Read(bytes.data(), static_cast<UINT>(bytes.size()));
+        return bytes;
+    }
+};
+
+const std::string kGood =
+    Chunk("RIFF", "WAVE"s + Chunk("fmt ", "abc") + Chunk("LIST", "INFO" + Chunk("name", "x")) + Chunk("data", "1234")) +
+    Chunk("tail", "");
+
+} // namespace
+
+TEST_CASE("riff: what is written stands in the bytes, without a pad") {
+    OnBytes on;
+    CHECK(on.riff.AddData("x", 1) == 0); // no chunk: nothing is touched
+    CHECK(on.riff.CloseChunk() == 0);
+    CHECK(on.file.GetBytes().empty());
+
+    CHECK(on.riff.CreateChunk(kRiff, kWave) == 1);
+    CHECK(on.riff.CreateChunk(kData, 0) == 1);
+    CHECK(on.riff.AddData("12", 2) == 1);
+    CHECK(on.riff.AddData(nullptr, 0) == 1);
+    CHECK(on.riff.AddData("345", 3) == 1);
+    CHECK(on.riff.CloseChunk() == 1);
+    CHECK(on.riff.GetPosition() == 20); // 12 of the outer header, identifier, size
+    SUBCASE("one inner chunk") {
+        CHECK(on.riff.CloseChunk() == 1);
+        CHECK(on.file.GetBytes() == "RIFF\x11\0\0\0WAVEdata\x05\0\0\00012345"s); // 17 = 4 + 8 + 5
+        CHECK(on.riff.CreateChunk(kData, 0) == 1); // at file level: behind what was written
+        CHECK(on.riff.CloseChunk() == 1);
+        CHECK(on.file.GetBytes().substr(25) == "data\0\0\0\0"s);
+    }
+    SUBCASE("another right behind it, then bytes of the outer chunk itself") {
+        CHECK(on.riff.CreateChunk(kList, ChunkId("INFO")) == 1);
+        CHECK(on.riff.CloseChunk() == 1);
+        CHECK(on.riff.AddData("end", 3) == 1);
+        CHECK(on.riff.CloseChunk() == 1);
+        CHECK(on.file.GetBytes() ==
+              "RIFF\x20\0\0\0WAVEdata\x05\0\0\00012345LIST\x04\0\0\0INFOend"s); // 32 = 4 + 13 + 12 + 3
+    }
+}
+
+TEST_CASE("riff: data from a buffer and from another file") {
+    std::string bytes(10000, '\0'); // more than two of the areas that copying uses
+    for (size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<char>(i * 7 % 251);
+    CMemFile source(bytes.data(), 10000);
+    CExtendBuffer buffer(512, -1);
+    buffer.Append(bytes.data() + 100, 9000);
+
+    OnBytes on;
+    on.riff.CreateChunk(kRiff, kWave);
+    on.riff.CreateChunk(kData, 0);
+    SUBCASE("whole") {
+        CHECK(on.riff.AddData(&buffer) == 1);
+        on.riff.CloseChunk();
+        on.riff.CreateChunk(kData, 0);
+        CHECK(on.riff.AddData(&source, 100, 9000) == 1);
+        on.riff.CloseChunk();
+        on.riff.CloseChunk();
+        const std::string chunk = Chunk("data", bytes.substr(100, 9000));
+        CHECK(on.file.GetBytes() == Chunk("RIFF", "WAVE" + chunk + chunk));
+    }
+    SUBCASE("a source that runs out") {
+        CHECK(on.riff.AddData(&source, 9990, 0xFFFFFFFF) == 0);
+        CHECK(on.riff.AddData(&source, 20000, 1) == 0); // and leaves a chunk of nothing
+        CHECK(on.riff.AddData(static_cast<CFile*>(nullptr), 0, 1) == 0);
+        on.riff.CloseChunk();
+        on.riff.CloseChunk();
+        CHECK(on.file.GetBytes() == Lie("RIFF", 22, "WAVE" + Lie("data", 0, bytes.substr(9990)))); // 4 + 8 + 10
+    }
+    SUBCASE("a copy sets the chunk's size and adds to the ones around") {
+        on.riff.AddData("abc", 3);
+        CHECK(on.riff.AddData(&source, 1, 2) == 1);
+        on.riff.CloseChunk();
+        on.riff.CloseChunk();
+        CHECK(on.file.GetBytes() ==
+              Lie("RIFF", 17, "WAVE" + Lie("data", 2, "abc" + bytes.substr(1, 2)))); // 4 + 8 + 3 + 2
+    }
+    SUBCASE("a copy out of the file itself ends where the file ended") {
+        on.riff.AddData("abc", 3);
+        CHECK(on.riff.AddData(&on.file, 20, 1000) == 0);
+        CHECK(on.file.GetBytes().substr(20) == "abc" // 12 + 8 bytes of headers, then
+                                               "abc");
+    }
+}
+
+TEST_CASE("riff: a derived class has the last word on sizes") {
+    CMemFile file;
+    {
+        BigEndianRiff riff(&file);
+        riff.CreateChunk(ChunkId("MThd"), 0);
+        riff.AddData("\0\1", 2);
+        riff.CloseChunk();
+        riff.CreateChunk(ChunkId("MTrk"), 0);
+        CxRiff& base = riff;
+        base.AddData("abc", 3);
+        base.CloseChunk();
+    }
+    CHECK(file.GetBytes() == "MThd\0\0\0\2\0\1MTrk\0\0\0\3abc"s);
+}
+
+TEST_CASE("riff: down and up a file") {
+    OnBytes on(kGood);
+    CHUNK_INFO info{1, 2, 3, 4};
+    CHECK(on.riff.Ascend() == 0);
+    CHECK(on.Level() == "RIFF tail");
+    CHECK(on.riff.Descend(info, kRiff, ChunkId("AVI ")) == 0);
+    CHECK(on.riff.Descend(info, kData, 0) == 0); // it is one level down
+    CHECK(info.id == 1);
+    CHECK(on.Level() == "RIFF tail"); // the path is as it was
+
+    CHECK(on.riff.Descend(info, kRiff, kWave) == 1);
+    CHECK(info.form == kWave);
+    CHECK(info.offset == 12);
+    CHECK(info.size == 11 + 21 + 12); // fmt, LIST with form and name, data
+    CHECK(on.Level() == "fmt  LIST data");
+    CHECK(on.riff.Descend(info, kData, 0) == 1);
+    CHECK(on.Read(4) == "1234");
+    CHECK(on.riff.Ascend() == 1);
+    CHECK(on.Read(4) == "tail"); // nothing is skipped behind data's end
+
+    CHECK(on.riff.Descend(info, kList, ChunkId("INFO")) == 1);
+    CHECK(on.Level() == "name");
+    CHECK(on.riff.Ascend() == 1);
+    CHECK(on.riff.FindNextChunk(info) == 1); // goes on in the level around
+    CHECK(info.id == kData);
+    CHECK(on.riff.FindNextChunk(info) == 0);
+    CHECK(on.riff.Ascend() == 1);
+    CHECK(on.riff.Ascend() == 0);
+    info.size = 0xFFFFFFFF; // far outside: not even sought
+    CHECK(on.riff.FindNextChunk(info) == 0);
+    CHECK(on.riff.GetError(0) == 0);
+
+    on.riff.Seek(12 + 8, CFile::begin);
+    CExtendBuffer buffer(2, -1);
+    CHECK(on.riff.Read(&buffer, 3) == 3);
+    char text[3];
+    buffer.SeekTo(0);
+    buffer.Read(text, 3);
+    CHECK(std::string(text, 3) == "abc");
+}
+
+TEST_CASE("riff: sizes that lie end the level and no more") {
+    struct {
+        std::string bytes;
+        const char* top;
+        const char* inside; ///< the first chunk
+    } const cases[] = {
+        {"", "", ""},
+        {"data\0\0\0"s, "", ""},                                               // a header cut off
+        {Lie("RIFF", 0, ""), "", ""},                                          // no room for its form
+        {Lie("RIFF", 2, "WAVE") + Chunk("data", ""), "RIFF data", ""},         // too small for its form: no data
+        {Lie("data", 9, "12345678"), "", ""},                                  // one byte more than the file
+        {Chunk("ab  ", "") + Lie("data", 0xFFFFFFF0, "12345678"), "ab  ", ""}, // 32-bit sums would turn back to 0
+        {Chunk("ab  ", "") + Lie("RIFF", 0xFFFFFFEC, "WAVE"), "ab  ", ""},
+        {Chunk("RIFF", "WAVE" + Lie("data", 5, "1234")) + "x", "RIFF", ""}, // past its parent, not past the file
+        {Chunk("RIFF", "WAVEdata") + Le(0), "RIFF", ""},                    // a header across the parent's end
+        {Chunk("RIFF", "WAVE" + Chunk("a   ", "") + "LIST" + Le(4)) + "INFO", "RIFF", "a   "}, // a form likewise
+    };
+    for (const auto& test : cases) {
+        CAPTURE(test.bytes);
+        OnBytes on(test.bytes);
+        CHECK(on.Level() == test.top);
+        CHUNK_INFO info;
+        if (on.riff.FindFirstChunk(info)) {
+            CHECK(on.riff.Descend(info, info.id, info.form) == 1);
+            CHECK(on.Level() == test.inside);
+        }
+        CHECK(on.riff.GetError(0) == 0); // bad content is no file error
+    }
+    for (DWORD n = 0; n < kGood.size(); ++n) { // a file may break off anywhere: only its RIFF can still be whole
+        OnBytes on(kGood.substr(0, n));
+        CHECK(on.Level() == (n < kGood.size() - 8 ? "" : "RIFF"));
+    }
+    std::string deep;
+    for (int i = 0; i < 100; ++i)
+        deep = Chunk("LIST", "deep" + deep);
+    OnBytes on(deep);
+    CHUNK_INFO info;
+    int depth = 0;
+    while (on.riff.Descend(info, kList, ChunkId("deep")))
+        ++depth;
+    CHECK(depth == 64);
+    CHECK(on.riff.CreateChunk(kData, 0) == 0);
+}
+
+TEST_CASE("riff: 32 bits of size and position are not passed") {
+    /// Eight bytes, then nothing but zeros.
+    struct Vast : CMemFile {
+        using CMemFile::CMemFile;
+        ULONGLONG position = 0;
+        ULONGLONG GetLength() const override { return 0x200000000; }
+        ULONGLONG Seek(LONGLONG offset, UINT) override { return position = static_cast<ULONGLONG>(offset); }
+        UINT Read(void* buffer, UINT bytes) override {
+            for (UINT i = 0; i < bytes; ++i, ++position)
+                static_cast<char*>(buffer)[i] = position < 8 ? GetBytes()[static_cast<size_t>(position)] : '\0';
+            return bytes;
+        }
+    };
+    const std::string header = Lie("data", 0xFFFFFFF0, "");
+    Vast file(header.data(), 8);
+    CxRiff riff(&file);
+    CHUNK_INFO info;
+    REQUIRE(riff.Descend(info, kData, 0) == 1);
+    CHECK(riff.FindNextChunk(info) == 0); // at 0xFFFFFFF8: its data would be at 0x100000000
+    info = {0, 0, 0x20, 0xFFFFFFF0};
+    CHECK(riff.FindNextChunk(info) == 0);             // at 0x100000010, not at 0x10
+    CHECK(riff.AddData("0123456789ABCDEF", 16) == 0); // the size would be 0x100000000
+    CHECK(riff.GetError(1) == CFileException::diskFull);
+    CHECK(riff.CreateChunk(kData, 0) == 0); // its data would be at 0x100000000
+    CHECK(riff.GetError(1) == CFileException::diskFull);
+    CHECK(file.GetBytes() == header);
+}
+
+TEST_CASE("riff: files are opened, closed, renamed and removed") {
+    const ScratchPath first("torv_riff_first.riff");
+    const ScratchPath second("torv_riff_second.riff");
+    CxRiff riff;
+    CHECK(riff.IsOpen() == 0);
+    CHECK(riff.Close() == 0);
+    CHECK(riff.Open(first.path.c_str(), CFile::modeCreate | CFile::modeReadWrite) == 1);
+    CHECK(riff.IsOpen() == 1);
+    riff.CreateChunk(kRiff, kWave);
+    riff.CreateChunk(kData, 0);
+    riff.AddData("123", 3);
+    CHECK(riff.Close() == 1); // closes both chunks
+    CHECK(riff.Close() == 0);
+    CHECK(riff.IsOpen() == 0);
+    const std::string bytes = Chunk("RIFF", "WAVE" + Chunk("data", "123"));
+    CHECK(first.Content() == bytes);
+
+    CHECK(riff.Rename(first.path.c_str(), second.path.c_str()) == 1);
+    CHECK(riff.Open(second.path.c_str(), CFile::modeRead) == 1);
+    CHUNK_INFO info;
+    CHECK(riff.Descend(info, kRiff, kWave) == 1);
+    SUBCASE("a chunk that was only read is not written") {
+        CHECK(riff.Close() == 1);
+        CHECK(riff.GetError(0) == 0);
+    }
+    SUBCASE("a file that takes no bytes") {
+        CHECK(riff.Write("x", 1) == 0);
+        CHECK(riff.GetError(1) == CFileException::accessDenied);
+        CHECK(riff.CreateChunk(kData, 0) == 0);
+        CHECK(riff.AddData("x", 1) == 0);
+        CHECK(riff.Close() == 1); // nothing was begun
+    }
+    CHECK(second.Content() == bytes);
+    {
+        CxRiff change(second.path.c_str());
+        CHECK(change.Descend(info, kRiff, kWave) == 1);
+        CHECK(change.CreateChunk(kData, 0) == 1); // behind what is there
+        change.AddData("4", 1);
+    }
+    CHECK(second.Content() == Chunk("RIFF", "WAVE" + Chunk("data", "123") + Chunk("data", "4")));
+    CHECK(riff.Remove(second.path.c_str()) == 1);
+    CHECK_FALSE(second.Exists());
+}
+
+TEST_CASE("riff: an error is kept, told and forgotten") {
+    std::vector<std::string> told;
+    HWND owner = nullptr;
+    UINT icon = 0;
+    const auto before = torv::SetMessageBoxHandler([&](HWND window, const char* text, const char*, UINT type) {
+        told.push_back(text);
+        owner = window;
+        icon = type;
+        return IDOK;
+    });
+    CxRiff riff(ScratchPath("torv_riff_missing.riff").path.c_str());
+    CHECK(riff.IsOpen() == 0);
+    CHECK(riff.GetError(0) == CFileException::fileNotFound);
+    int someWindow = 0;
+    CWnd parent(reinterpret_cast<HWND>(&someWindow));
+    riff.ErrorMessageBox(&parent);
+    CHECK(owner == parent.m_hWnd);
+    CHECK(icon == (MB_ICONEXCLAMATION | MB_OK));
+    riff.ErrorMessageBox(nullptr); // nothing left to tell
+    CHECK(told == std::vector{"'Riff' error ! : CFileException::fileNotFound"s});
+
+    CHUNK_INFO info;
+    char byte;
+    CHECK(riff.GetError(0) == 0);
+    CHECK(riff.Read(&byte, 1) == 0); // a file that is not open
+    CHECK(riff.GetError(1) == CFileException::invalidFile);
+    CHECK(riff.FindFirstChunk(info) == 0);
+    CHECK(std::string(riff.GetErrorText()) == "CFileException::invalidFile");
+    CxRiff none;
+    CHECK(none.CreateChunk(kData, 0) == 0); // no file at all
+    CHECK(none.GetError(1) == CFileException::invalidFile);
+    CHECK(none.Remove("") == 0);
+    none.ErrorMessageBox(nullptr);
+    CHECK(told.size() == 2);
+    torv::SetMessageBoxHandler(before);
+
+    CHECK(torv::FileErrorText(11) == "CFileException::sharingViolation SHARE.EXE"s);
+    CHECK(torv::FileErrorText(14) == "CFileException::endOfFile"s);
+    CHECK(torv::FileErrorText(15) == ""s);
+    CHECK(torv::FileErrorText(-1) == ""s);
+}
