@@ -77,6 +77,7 @@ int CExpressionDB::OpenDatabase(torv::DatabaseLibrary* library) {
         return 0;
     }
     std::vector<int> databases; // the list is the library's, and may change with the next calls
+    databases.reserve(static_cast<size_t>(std::clamp<int>(list->count, 0, kMostEntries)));
     for (int i = 0; i < std::min<int>(list->count, kMostEntries); ++i)
         databases.push_back(list->databases[i].number);
     for (const int database : databases) {
@@ -98,7 +99,8 @@ void CExpressionDB::CloseDatabase() {
 }
 
 void CExpressionDB::ReleaseItems() {
-    if (const DBMExpItems* const items = std::exchange(m_items, nullptr))
+    const DBMExpItems* const items = std::exchange(m_items, nullptr);
+    if (items && m_library)
         m_library->DeleteVirtualExpItems(items);
 }
 

@@ -6,42 +6,17 @@ constexpr DWORD kDefaultTempo = 500000;
 constexpr DWORD kMostTracks = 0xFFFF;
 constexpr DWORD kSequenceEnd = 1;
 
-/// The track whose pending event is next: by the distance from the last tick, the earlier track first. A track that
-/// was muted for a while may stand before the last tick; its distance is then huge, so it comes last.
-DWORD ChooseTrack(tagMidiSequence& sequence, tagMidiTrack*& chosen) {
-    chosen = nullptr;
-    DWORD nearest = 0;
-    for (DWORD i = 0; i < sequence.trackCount; ++i) {
-        tagMidiTrack* track = sequence.trackList[i];
-        if (!track || track->mute)
-            continue;
-        // The end flag comes up with the end event still pending, which is to be delivered.
-        if (track->pending.status == 0) {
-            const DWORD parsed = mtGetNextEvent(track);
-            if (parsed == torv::kMidiError)
-                return torv::kMidiError;
-            if (parsed != torv::kMidiOk)
-                continue;
-        }
-        const DWORD distance = track->tick - sequence.lastTick;
-        if (!chosen || distance < nearest) {
-            chosen = track;
-            nearest = distance;
-        }
-    }
-    return torv::kMidiOk;
-}
-
 /// Whole thousandths of the tempo first, and a remainder in units of the division that is compared with 1000: hosts
 /// align their display with these times, rounding and all.
 void AdvanceTime(tagMidiSequence& sequence, DWORD delta) {
     if (sequence.division == 0)
         return;
     const ULONGLONG x = static_cast<ULONGLONG>(sequence.tempo / 1000) * delta;
-    sequence.time += static_cast<DWORD>(x / sequence.division);
+    DWORD time = sequence.time + static_cast<DWORD>(x / sequence.division);
     sequence.remainder = static_cast<WORD>(sequence.remainder + x % sequence.division);
     for (; sequence.remainder >= 1000; sequence.remainder = static_cast<WORD>(sequence.remainder - 1000))
-        ++sequence.time;
+        ++time;
+    torv::WriteShared(sequence.time, time);
 }
 
 DWORD LittleEndian(const BYTE* bytes, int count) {
@@ -55,12 +30,12 @@ DWORD LittleEndian(const BYTE* bytes, int count) {
 void ApplyMeta(tagMidiSequence& sequence, const tagEvent& event) {
     const BYTE* bytes = event.bytes;
     if (event.data1 == torv::kMetaTempo && event.length >= 3) {
-        sequence.tempo = static_cast<DWORD>(bytes[0] << 16 | bytes[1] << 8 | bytes[2]);
+        torv::WriteShared(sequence.tempo, static_cast<DWORD>(bytes[0] << 16 | bytes[1] << 8 | bytes[2]));
         sequence.ticksSinceTempo = 0;
     } else if (event.data1 == torv::kMetaTimeSignature && event.length >= 4) {
-        sequence.timeSignature = LittleEndian(bytes, 4);
+        torv::WriteShared(sequence.timeSignature, LittleEndian(bytes, 4));
     } else if (event.data1 == torv::kMetaKeySignature && event.length >= 2) {
-        sequence.keySignature = LittleEndian(bytes, 2);
+        torv::WriteShared(sequence.keySignature, LittleEndian(bytes, 2));
     }
 }
 
@@ -73,13 +48,13 @@ int MessageSlot(int status) {
 
 } // namespace
 
-DWORD sqGetNextEvent(tagMidiSequence* sequence, tagEvent* event) {
-    if (!sequence || !event)
+DWORD sqGetNextEvent(tagMidiSequence* sequence, torv::MidiTrackQueue* queue, tagEvent* event) {
+    if (!sequence || !queue || !event)
         return torv::kMidiError;
     if (sequence->end & kSequenceEnd)
         return torv::kMidiEndOfSequence;
     tagMidiTrack* track;
-    if (ChooseTrack(*sequence, track) != torv::kMidiOk)
+    if (queue->Take(sequence->trackList, sequence->trackCount, sequence->lastTick, track) != torv::kMidiOk)
         return torv::kMidiError;
     if (!track) {
         sequence->end |= kSequenceEnd;
@@ -101,13 +76,15 @@ CxMidiSequence::CxMidiSequence() {
     m_messagePass.fill(1);
 }
 
-CxMidiSequence::~CxMidiSequence() = default;
+CxMidiSequence::~CxMidiSequence() { LeavePlayer(); }
 
 void CxMidiSequence::CleanUp() {
+    LeavePlayer();
     m_bCreated = false;
     m_state = {};
     m_tracks.clear();
     m_trackList.clear();
+    m_queue.Prepare(0);
 }
 
 int CxMidiSequence::Create(DWORD a, DWORD b) {
@@ -129,6 +106,7 @@ int CxMidiSequence::Create(CxMidiSequence* other) {
     m_state = other->m_state;
     m_trackList.resize(other->m_trackList.size());
     m_state.trackList = m_trackList.data();
+    m_queue.Prepare(m_state.trackCount);
     for (const auto& track : other->m_tracks)
         TakeTrack(std::make_unique<CxMidiTrack>(*track));
     m_channelPass = other->m_channelPass;
@@ -139,8 +117,10 @@ int CxMidiSequence::Create(CxMidiSequence* other) {
 int CxMidiSequence::PrepareTrackList(DWORD format, DWORD count, DWORD division) {
     if (!m_bCreated || count > kMostTracks)
         return 0;
+    LeavePlayer();
     m_tracks.clear();
     m_trackList.assign(count, nullptr);
+    m_queue.Prepare(count);
     m_state.format = format;
     m_state.trackCount = count;
     m_state.division = division & 0xFFFF;
@@ -153,33 +133,43 @@ CxMidiTrack* CxMidiSequence::AddNewTrack(const BYTE* data, DWORD size) {
         return nullptr;
     auto track = std::make_unique<CxMidiTrack>();
     track->Attach(data, size);
+    const Pause pause(this);
     return TakeTrack(std::move(track));
 }
 
 CxMidiTrack* CxMidiSequence::TakeTrack(std::unique_ptr<CxMidiTrack> track) {
-    m_trackList[m_tracks.size()] = track->GetState();
+    m_trackList[m_tracks.size()] = track->m_pTrack.get();
+    track->m_pChanged = &m_queue.Stale();
+    track->TellSequence();
     return m_tracks.emplace_back(std::move(track)).get();
 }
 
 void CxMidiSequence::SeekToBegin() {
+    const Pause pause(this);
     for (const auto& track : m_tracks)
         track->SeekToBegin();
     // The tempo stays as it was read last: a host that plays a region again keeps the tempo it was in until the next
     // tempo event.
-    m_state.timeSignature = 0;
-    m_state.keySignature = 0;
+    torv::WriteShared(m_state.timeSignature, DWORD{0});
+    torv::WriteShared(m_state.keySignature, DWORD{0});
+    torv::WriteShared(m_state.time, DWORD{0});
     m_state.lastTick = 0;
     m_state.ticksSinceTempo = 0;
-    m_state.time = 0;
     m_state.remainder = 0;
     m_state.end = 0;
+    RewindPlayer();
 }
 
 int CxMidiSequence::GetEvent(tagEvent* event) {
     if (!event)
         return 0;
+    const Pause pause(this);
+    return NextPassingEvent(event);
+}
+
+int CxMidiSequence::NextPassingEvent(tagEvent* event) {
     for (DWORD skipped = 0;;) {
-        if (sqGetNextEvent(&m_state, event) != torv::kMidiOk)
+        if (sqGetNextEvent(&m_state, &m_queue, event) != torv::kMidiOk)
             return 0;
         event->delta += skipped;
         if (Passes(*event))
@@ -189,7 +179,7 @@ int CxMidiSequence::GetEvent(tagEvent* event) {
 }
 
 bool CxMidiSequence::Passes(const tagEvent& event) const {
-    if (event.status < 0xF0 && !m_channelPass[event.status & 0x0F])
+    if (event.status < 0xF0 && !torv::ReadShared(m_channelPass[event.status & 0x0F]))
         return false;
     // A note struck with no velocity is a note's end to the filter; it is delivered as it stands.
     const bool silentNote = (event.status & 0xF0) == 0x90 && event.data2 == 0;
@@ -203,7 +193,7 @@ CxMidiTrack* CxMidiSequence::GetTrack(int index) const {
 
 void CxMidiSequence::SetChannelFilter(WORD mask) {
     for (size_t channel = 0; channel < m_channelPass.size(); ++channel)
-        m_channelPass[channel] = (mask >> channel) & 1;
+        torv::WriteShared(m_channelPass[channel], static_cast<BYTE>((mask >> channel) & 1));
 }
 
 WORD CxMidiSequence::GetChannelFilter() const {
@@ -216,12 +206,12 @@ WORD CxMidiSequence::GetChannelFilter() const {
 void CxMidiSequence::SetMessageFilter(int status, int flag) {
     const int slot = MessageSlot(status);
     if (slot >= 0)
-        m_messagePass[static_cast<size_t>(slot)] = flag != 0;
+        torv::WriteShared(m_messagePass[static_cast<size_t>(slot)], static_cast<BYTE>(flag != 0));
 }
 
 int CxMidiSequence::GetMessageFilter(int status) const {
     const int slot = MessageSlot(status);
-    return slot >= 0 ? m_messagePass[static_cast<size_t>(slot)] : 0;
+    return slot >= 0 ? torv::ReadShared(m_messagePass[static_cast<size_t>(slot)]) : 0;
 }
 
 int CxMidiSequence::GetMute(int track) const {

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "torv/files/midi_player.h"
 #include "torv/files/midi_track.h"
+#include "torv/files/midi_track_queue.h"
+#include "torv/files/shared_field.h"
+#include "torv/files/timer_gate.h"
 
 #include <vector>
 
@@ -24,12 +28,16 @@ struct tagMidiSequence {
 static_assert(sizeof(void*) != 4 || (offsetof(tagMidiSequence, tempo) == 24 && sizeof(tagMidiSequence) == 56));
 
 /// Takes the next event of all tracks in time order and brings tempo, signatures and time up to date. Returns 0; 1 when
-/// a track is malformed; 11 at the end.
-TORV_API DWORD sqGetNextEvent(tagMidiSequence* sequence, tagEvent* event);
+/// a track is malformed; 11 at the end. The queue is the one that the sequence's tracks were prepared for.
+TORV_API DWORD sqGetNextEvent(tagMidiSequence* sequence, torv::MidiTrackQueue* queue, tagEvent* event);
 
 /// The tracks of a standard MIDI file that the host holds in memory, merged into one stream of events in time order,
-/// with filters by channel and kind and mutes by track. Owns its tracks' states, not their bytes, which must outlive
-/// it. Any bytes are survived. One thread at a time.
+/// with filters by channel and kind and mutes by track; and played to a MIDI device. Owns its tracks' states, not their
+/// bytes, which must outlive it. Any bytes are survived.
+///
+/// One thread at a time. While it plays, its timer reads it too: filters, mutes and the numbers read last may be used
+/// all the same, SeekToBegin moves what plays back to the beginning, GetEvent takes an event away from it, and what
+/// drops the tracks stops it first. A track that is read or sought by itself must not belong to a playing sequence.
 class TORV_API CxMidiSequence : public CObject {
 public:
     CxMidiSequence();
@@ -60,12 +68,12 @@ public:
     DWORD GetNumTracks() const { return m_state.trackCount; }
     DWORD GetTimeDivision() const { return m_state.division; }
     /// Milliseconds of the last event taken.
-    DWORD GetTimePosition() const { return m_state.time; }
+    DWORD GetTimePosition() const { return torv::ReadShared(m_state.time); }
     /// Microseconds per quarter note.
-    DWORD GetSequenceTempo() const { return m_state.tempo; }
+    DWORD GetSequenceTempo() const { return torv::ReadShared(m_state.tempo); }
     /// The last signatures' bytes, the first one lowest; 0 before the first.
-    DWORD GetTimeSig() const { return m_state.timeSignature; }
-    DWORD GetKeySig() const { return m_state.keySignature; }
+    DWORD GetTimeSig() const { return torv::ReadShared(m_state.timeSignature); }
+    DWORD GetKeySig() const { return torv::ReadShared(m_state.keySignature); }
 
     /// Bit n lets channel n pass.
     void SetChannelFilter(WORD mask);
@@ -81,14 +89,86 @@ public:
     /// Bytes of a channel message with this status: 3, 2, or 0 for anything else.
     static int GetMidiEventLength(int status) { return torv::MidiEventLength(status); }
 
+    /// Plays on from the current position, telling the window (may be null) by kMidiPlayMessage. One sequence of the
+    /// process plays at a time: 0 when any of them does, and when the device cannot be read or opened or no timer be
+    /// had. At the end the window is told; the device stays open, and IsPlaying 1, until StopPlay.
+    int StartPlay(HWND window);
+    /// Stops whatever plays: when it returns nothing more is sent and no note sounds. Without anything playing it just
+    /// silences the device. Not from the device's own calls.
+    void StopPlay();
+    /// Whether any sequence plays.
+    int IsPlaying() const { return m_dwSeqStatus != 0; }
+    /// The play time in ms, of whatever plays or played last.
+    DWORD GetSequenceTime() const { return m_dwSequenceTime; }
+
+    /// Sends one short message, status lowest, to the device, or with null to the chosen one, opened just for it. 1
+    /// when it was sent.
+    static int OutMidiMessage(DWORD message, HMIDIOUT device);
+    /// All notes off on every channel, on the device that plays or the chosen one opened just for it, up to the first
+    /// failure. 1 when all were sent.
+    static int OutAllNoteOff();
+    /// The device that is opened from now on; (UINT)-1, as at first, is the system's choice.
+    static void ChangeMidiDeviseID(UINT id);
+
+protected:
+    /// What plays, one for the process. The timer's and the device's threads share it with the host's.
+    static std::atomic<DWORD> m_dwSeqStatus; ///< 1 while playing
+    static HWND m_hWndOwner;
+    static std::atomic<HMIDIOUT> m_hMidiOut; ///< null when closed
+    static std::atomic<UINT> m_nTimerID;     ///< 0 when none
+    static UINT m_nTimerInterval;            ///< ms
+    static UINT m_nWndCallbackInterval;      ///< ms between position messages
+    static std::atomic<UINT> m_nMidiDeviceID;
+    static std::atomic<MMRESULT> m_MMResult; ///< of the device or timer call made last
+    static MIDIHDR m_stMidiHdr;
+    static std::atomic<int> m_bSendingLongMessage; ///< the header is with the device
+    static std::atomic<DWORD> m_dwSequenceTime;    ///< ms
+    static DWORD m_dwStartSysTime;                 ///< timeGetTime of the tick before
+    static DWORD m_dwWndCallbackTime;              ///< ms since the last position message
+    static tagEvent m_stSeqEvent;                  ///< taken from the sequence and not sent yet
+
 private:
     CxMidiTrack* TakeTrack(std::unique_ptr<CxMidiTrack> track);
+    int NextPassingEvent(tagEvent* event);
     bool Passes(const tagEvent& event) const;
+
+    /// Keeps the timer out of this sequence for a while.
+    class Pause {
+    public:
+        explicit Pause(const CxMidiSequence* sequence);
+        ~Pause();
+        Pause(const Pause&) = delete;
+        Pause& operator=(const Pause&) = delete;
+
+    private:
+        const bool m_bHolds;
+    };
+    void LeavePlayer();
+    void RewindPlayer();
+
+    static bool Succeeded(MMRESULT result);
+    static bool OpenDevice(HMIDIOUT& device, DWORD_PTR callback);
+    static void CloseDevice();
+    static bool PrepareDevice();
+    static bool StartTimer();
+    static void StopTimer();
+    static void CALLBACK OnTimer(UINT id, UINT message, DWORD_PTR turn, DWORD_PTR, DWORD_PTR);
+    static void CALLBACK OnDevice(HMIDIOUT device, UINT message, DWORD_PTR instance, DWORD_PTR, DWORD_PTR);
+    void Tick(UINT timer, DWORD turn);
+    void EndPlay(UINT timer);
+    bool SendPending();
+    bool SendLongMessage();
+    static void Post(WPARAM code, DWORD number);
+
+    static std::atomic<CxMidiSequence*> m_pSequence; ///< the one started last, while it lives
+    static bool m_bLongMessageBegun;                 ///< the pending event is the rest of a longer message
+    static torv::TimerGate m_gate;
 
     bool m_bCreated = false;
     tagMidiSequence m_state{};
     std::vector<std::unique_ptr<CxMidiTrack>> m_tracks;
     std::vector<tagMidiTrack*> m_trackList;
+    torv::MidiTrackQueue m_queue;
     std::array<BYTE, 16> m_channelPass;
     std::array<BYTE, 16> m_messagePass;
 };

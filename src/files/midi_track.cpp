@@ -1,5 +1,7 @@
 #include "torv/files/midi_track.h"
 
+#include "torv/files/shared_field.h"
+
 namespace {
 
 constexpr DWORD kSmallestEvent = 3;
@@ -129,11 +131,31 @@ void CxMidiTrack::SeekToBegin() {
     m_pTrack->flags = 0;
     m_pTrack->runningStatus = 0;
     m_pTrack->pending = {};
+    TellSequence();
+}
+
+tagMidiTrack* CxMidiTrack::GetState() const {
+    TellSequence();
+    return m_pTrack.get();
+}
+
+int CxMidiTrack::GetMute() const { return torv::ReadShared(m_pTrack->mute); }
+
+void CxMidiTrack::SetMute(int mute) {
+    torv::WriteShared(m_pTrack->mute, mute);
+    TellSequence();
+}
+
+/// Its order of tracks holds no more.
+void CxMidiTrack::TellSequence() const {
+    if (m_pChanged)
+        *m_pChanged = true;
 }
 
 int CxMidiTrack::GetEvent(tagEvent* event) {
     if (!event)
         return 0;
+    TellSequence();
     tagMidiTrack& track = *m_pTrack;
     for (DWORD skipped = 0;;) {
         if (track.pending.status == 0 && mtGetNextEvent(&track) != torv::kMidiOk)

@@ -3,6 +3,7 @@
 #include "torv/platform/platform.h"
 
 #include <array>
+#include <atomic>
 #include <memory>
 
 /// One MIDI event. Status 0 means that there is none; a meta event has its type in data 1.
@@ -81,15 +82,20 @@ public:
     int GetChannelFilter(int channel) const;
     /// Non-zero passes. Channel -1 sets all sixteen.
     void SetChannelFilter(int channel, int flag);
-    int GetMute() const { return m_pTrack->mute; }
-    void SetMute(int mute) { m_pTrack->mute = mute; }
+    /// Both also while the track's sequence plays.
+    int GetMute() const;
+    void SetMute(int mute);
     /// Absolute ticks of the event parsed last.
     DWORD GetTickPosition() const { return m_pTrack->tick; }
 
-    /// The state itself, which the sequence merges by.
-    tagMidiTrack* GetState() const { return m_pTrack.get(); }
+    /// The state itself. A sequence that owns the track takes it as changed, once for each call.
+    tagMidiTrack* GetState() const;
 
 private:
+    friend class CxMidiSequence;
+    void TellSequence() const;
+
     std::unique_ptr<tagMidiTrack> m_pTrack;
     std::array<BYTE, 16> m_channelPass;
+    std::atomic<bool>* m_pChanged = nullptr; ///< of the sequence that owns the track
 };

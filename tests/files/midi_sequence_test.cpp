@@ -88,6 +88,102 @@ TEST_CASE("midi sequence: tracks merge by time, the earlier track first at one t
     }
 }
 
+namespace {
+
+/// Many tracks as a list of events each, and the merge done the plain way: every event looks at every track.
+struct PlainMerge {
+    struct Event {
+        DWORD delta;
+        BYTE status, key;
+    };
+    struct Track {
+        std::vector<Event> events;
+        size_t next = 0;
+        DWORD tick = 0; // of the next event
+        bool muted = false;
+
+        void Step() {
+            if (++next < events.size())
+                tick += events[next].delta;
+        }
+    };
+    std::vector<Track> tracks;
+    DWORD lastTick = 0;
+    WORD channels = 0xFFFF;
+
+    /// {delta, status, key}; all 0 at the end.
+    std::array<DWORD, 3> Next() {
+        for (DWORD delta = 0;;) {
+            Track* chosen = nullptr;
+            for (Track& track : tracks)
+                if (!track.muted && track.next < track.events.size() &&
+                    (!chosen || track.tick - lastTick < chosen->tick - lastTick))
+                    chosen = &track;
+            if (!chosen)
+                return {};
+            const Event event = chosen->events[chosen->next];
+            delta += chosen->tick - lastTick;
+            lastTick = chosen->tick;
+            chosen->Step();
+            if (event.status == 0xFF || (channels >> (event.status & 0x0F) & 1))
+                return {delta, event.status, event.key};
+        }
+    }
+};
+
+} // namespace
+
+TEST_CASE("midi sequence: three hundred tracks, while the host filters, mutes and reads them") {
+    DWORD seed = 1;
+    const auto random = [&](DWORD below) {
+        seed = seed * 1664525 + 1013904223;
+        return (seed >> 8) % below;
+    };
+    PlainMerge plain;
+    std::vector<Bytes> bytes;
+    for (int t = 0; t < 300; ++t) {
+        PlainMerge::Track track;
+        Bytes written;
+        for (DWORD i = random(40); i > 0; --i) { // some have none
+            const PlainMerge::Event event{random(3) ? random(6) : random(128), static_cast<BYTE>(0x90 | random(16)),
+                                          static_cast<BYTE>(random(128))};
+            track.events.push_back(event);
+            written.insert(written.end(), {static_cast<BYTE>(event.delta), event.status, event.key, 0x40});
+        }
+        track.events.push_back({random(3), 0xFF, 0x2F});
+        written.insert(written.end(), {static_cast<BYTE>(track.events.back().delta), 0xFF, 0x2F, 0x00});
+        track.tick = track.events[0].delta;
+        plain.tracks.push_back(track);
+        bytes.push_back(written);
+    }
+    Song sequence;
+    sequence.Load(bytes);
+    tagEvent event{};
+    size_t count = 0;
+    for (;; ++count) {
+        const auto expected = plain.Next();
+        REQUIRE(sequence.GetEvent(&event) == (expected[1] != 0));
+        if (expected[1] == 0)
+            break;
+        REQUIRE(std::array<DWORD, 3>{event.delta, event.status, event.data1} == expected);
+        if (random(20) == 0) { // muted tracks may come back after their time
+            const auto track = static_cast<int>(random(300));
+            plain.tracks[static_cast<size_t>(track)].muted = random(2) == 0;
+            sequence.SetMute(track, plain.tracks[static_cast<size_t>(track)].muted);
+        }
+        if (random(100) == 0) {
+            plain.channels = static_cast<WORD>(random(0x10000));
+            sequence.SetChannelFilter(plain.channels);
+        }
+        if (random(100) == 0) { // an event taken from under the merge
+            const auto track = static_cast<int>(random(300));
+            if (sequence.GetTrack(track)->GetEvent(&event))
+                plain.tracks[static_cast<size_t>(track)].Step();
+        }
+    }
+    CHECK(count > 1000);
+}
+
 TEST_CASE("midi sequence: the filter's slot for everything above system exclusive is not exclusive's own") {
     Song sequence;
     sequence.Load({{0x00, 0xF0, 0x01, 0xF7, 0x00, 0xF7, 0x01, 0x01, 0x00, 0xFF, 0x2F, 0x00}});

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "torv/platform/posix/types.h"
+
+/// What the multimedia calls (MIDI, wave, timers) have in common.
+
+using MMVERSION = UINT;
+
+constexpr std::size_t MAXPNAMELEN = 32;
+constexpr std::size_t MAXERRORLENGTH = 256;
+
+constexpr MMRESULT MMSYSERR_NOERROR = 0;
+constexpr MMRESULT MMSYSERR_ERROR = 1;
+constexpr MMRESULT MMSYSERR_BADDEVICEID = 2;
+constexpr MMRESULT MMSYSERR_ALLOCATED = 4;
+constexpr MMRESULT MMSYSERR_INVALHANDLE = 5;
+constexpr MMRESULT MMSYSERR_NODRIVER = 6;
+constexpr MMRESULT MMSYSERR_NOMEM = 7;
+constexpr MMRESULT MMSYSERR_NOTSUPPORTED = 8;
+constexpr MMRESULT MMSYSERR_BADERRNUM = 9;
+constexpr MMRESULT MMSYSERR_INVALFLAG = 10;
+constexpr MMRESULT MMSYSERR_INVALPARAM = 11;
+constexpr MMRESULT MMSYSERR_HANDLEBUSY = 12;
+
+constexpr DWORD CALLBACK_TYPEMASK = 0x00070000;
+constexpr DWORD CALLBACK_NULL = 0x00000000;
+constexpr DWORD CALLBACK_FUNCTION = 0x00030000;

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "torv/platform/midi_device.h"
+#include "torv/platform/posix/midi_out.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+namespace torv {
+
+/// A MIDI device while it is open, with the thread that sends its long messages and calls back. Results are those of
+/// the midiOut calls; after closing every one is MMSYSERR_INVALHANDLE.
+class OpenMidiOut {
+public:
+    /// The device must be open. Throws std::system_error when no thread can be had.
+    OpenMidiOut(HMIDIOUT handle, std::shared_ptr<MidiOutDevice> device, LPMIDICALLBACK callback, DWORD_PTR instance);
+
+    const MidiOutDevice* Device() const { return m_device.get(); }
+    void Tell(UINT message, DWORD_PTR header) const;
+
+    MMRESULT Short(const BYTE* bytes, DWORD count);
+    MMRESULT Prepare(MIDIHDR& header);
+    MMRESULT Unprepare(MIDIHDR& header);
+    MMRESULT Long(MIDIHDR& header);
+    MMRESULT Reset();
+    /// Ends the thread and closes the device.
+    MMRESULT Close();
+
+private:
+    void SendQueue();
+    MIDIHDR* TakeFirst();
+    bool IsSending() const { return m_sending || m_first; }
+    bool OnOwnThread() const { return m_thread.get_id() == std::this_thread::get_id(); }
+
+    const HMIDIOUT m_handle;
+    const std::shared_ptr<MidiOutDevice> m_device;
+    const LPMIDICALLBACK m_callback; // may be null
+    const DWORD_PTR m_instance;
+
+    std::mutex m_mutex; // also around every call of the device, but for long messages
+    std::condition_variable m_changed;
+    MIDIHDR* m_first = nullptr; // the queue, chained through the headers
+    MIDIHDR* m_last = nullptr;
+    bool m_sending = false;
+    bool m_calling = false; // the callback runs
+    bool m_resetting = false;
+    bool m_closed = false;
+    std::thread m_thread; // last: it uses all of the above
+};
+
+} // namespace torv

@@ -1,0 +1,10 @@
+#pragma once
+
+/// Counts what chosen threads allocate with new.
+namespace allocation_counter {
+
+void WatchThisThread();
+/// What watched threads have allocated since the last question.
+int Take();
+
+} // namespace allocation_counter

@@ -1,0 +1,111 @@
+#include "torv/platform/platform.h"
+
+#include <doctest/doctest.h>
+
+#include <atomic>
+#include <chrono>
+#include <vector>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+struct Calls {
+    std::atomic<int> begun = 0;
+    std::atomic<int> ended = 0;
+    std::atomic<UINT> number = 0;
+    std::atomic<MMRESULT> killed = 12345; // by the callback itself
+    std::atomic<bool> killsItself = false;
+    DWORD takes = 0; // ms
+    Clock::time_point last;
+};
+
+void CALLBACK Count(UINT timer, UINT, DWORD_PTR user, DWORD_PTR, DWORD_PTR) {
+    Calls& calls = *reinterpret_cast<Calls*>(user);
+    calls.number = timer;
+    ++calls.begun;
+    if (calls.killsItself)
+        calls.killed = timeKillEvent(timer);
+    if (calls.takes)
+        Sleep(calls.takes);
+    calls.last = Clock::now();
+    ++calls.ended;
+}
+
+UINT Start(Calls& calls, UINT delay, UINT flags) {
+    return timeSetEvent(delay, 1, &Count, reinterpret_cast<DWORD_PTR>(&calls), flags | TIME_KILL_SYNCHRONOUS);
+}
+
+/// Until `count` calls ended, five seconds at most.
+bool Await(const Calls& calls, int count) {
+    for (int i = 0; i < 5000 && calls.ended < count; ++i)
+        Sleep(1);
+    return calls.ended >= count;
+}
+
+} // namespace
+
+TEST_CASE("timer: a periodic one keeps its pace over many periods") {
+    TIMECAPS range{};
+    REQUIRE(timeGetDevCaps(&range, sizeof(range)) == TIMERR_NOERROR);
+    CHECK(range.wPeriodMin <= 1);
+    CHECK(range.wPeriodMax >= 1000);
+    CHECK(timeBeginPeriod(1) == TIMERR_NOERROR);
+    CHECK(timeBeginPeriod(0) == TIMERR_NOCANDO);
+    Calls calls;
+    calls.takes = 6;
+    const auto start = Clock::now();
+    const UINT timer = Start(calls, 10, TIME_PERIODIC);
+    REQUIRE(timer != 0);
+    REQUIRE(Await(calls, 30));
+    CHECK(timeKillEvent(timer) == TIMERR_NOERROR);
+    CHECK(calls.number == timer);
+    // If each wait began where the call before ended, a period would take 16 ms.
+    const int count = calls.ended;
+    const double elapsed = std::chrono::duration<double, std::milli>(calls.last - start).count();
+    CHECK(elapsed >= 10 * count - 6);
+    CHECK(elapsed <= 10 * count + 150);
+    Sleep(20);
+    CHECK(calls.begun == count); // none after the kill
+    CHECK(timeKillEvent(timer) != TIMERR_NOERROR);
+    CHECK(timeEndPeriod(1) == TIMERR_NOERROR);
+}
+
+TEST_CASE("timer: killing waits for the callback that runs") {
+    for (const UINT flags : {TIME_PERIODIC, TIME_ONESHOT}) {
+        Calls calls;
+        calls.takes = 40;
+        const UINT timer = Start(calls, 1, flags);
+        REQUIRE(timer != 0);
+        while (calls.begun == 0)
+            Sleep(1);
+        timeKillEvent(timer);
+        CHECK(calls.begun == calls.ended);
+    }
+}
+
+TEST_CASE("timer: killed by its own callback, and once only") {
+    Calls periodic;
+    periodic.killsItself = true;
+    REQUIRE(Start(periodic, 1, TIME_PERIODIC) != 0);
+    Calls once;
+    const UINT timer = Start(once, 3, TIME_ONESHOT);
+    REQUIRE(Await(periodic, 1));
+    REQUIRE(Await(once, 1));
+    Sleep(30);
+    CHECK(periodic.ended == 1);
+    CHECK(periodic.killed == TIMERR_NOERROR);
+    CHECK(once.ended == 1);
+    CHECK(timeKillEvent(timer) != TIMERR_NOERROR);
+}
+
+TEST_CASE("timer: what is refused") {
+    Calls calls;
+#if !defined(_WIN32)
+    CHECK(timeSetEvent(10, 1, nullptr, 0, TIME_PERIODIC) == 0);
+    CHECK(Start(calls, 0, TIME_PERIODIC) == 0);
+    CHECK(Start(calls, 10, 0x0010) == 0); // an event object
+#endif
+    CHECK(Start(calls, 10000000, TIME_PERIODIC) == 0);
+    CHECK(timeGetDevCaps(nullptr, sizeof(TIMECAPS)) != TIMERR_NOERROR);
+}
