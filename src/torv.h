@@ -2,6 +2,7 @@
 
 /// Everything a host needs, in one include.
 #include "torv/app/torv_app.h"
+#include "torv/audio/quill_audio.h"
 #include "torv/audio/wave_buffer.h"
 #include "torv/audio/wave_file.h"
 #include "torv/audio/wave_out.h"
@@ -14,6 +15,7 @@
 #include "torv/encoding/quill_midi_encoder.h"
 #include "torv/files/midi_sequence.h"
 #include "torv/files/midi_track.h"
+#include "torv/files/quill_midi_file.h"
 #include "torv/files/riff.h"
 #include "torv/icons/icon_catalogue.h"
 #include "torv/icons/icon_dynamics.h"

@@ -103,6 +103,8 @@ void CxQuillMidiEncoder::RepairPresendTime() {
         m_dwPresend = GetDefaultPresendTime();
 }
 
+void CxQuillMidiEncoder::CreateWorkArea() { m_work.resize(kWorkBytes); }
+
 CQuillMidiBuffer* CxQuillMidiEncoder::EncodeSequenceTrack(tagQuillMidiEncodeStruct* encode) {
     if (!encode || !encode->track || !encode->timeMap)
         return nullptr;
@@ -112,7 +114,7 @@ CQuillMidiBuffer* CxQuillMidiEncoder::EncodeSequenceTrack(tagQuillMidiEncodeStru
     if (!buffer || !buffer->Create(m_nOutMode, m_dwPresend, static_cast<int>(m_dwInterval)))
         return nullptr;
     m_pBuffer = buffer.get();
-    m_work.resize(kWorkBytes);
+    CreateWorkArea();
     m_nTranspose = encode->track->GetTranspose();
     const int written = WriteQuillMidiTrack(encode->track, encode->timeMap);
     buffer->SeekToEnd();

@@ -104,6 +104,8 @@ protected:
     int PlaceBlock(LONG time, const tagQuillMidiRealtimeInfo* info, const BYTE* bytes, DWORD length);
     /// A presend time out of range becomes the default.
     void RepairPresendTime();
+    /// Room for the longest block; m_work is emptied when the run ends.
+    void CreateWorkArea();
 
     DWORD m_dwInterval = 0;
     DWORD m_dwPresend = 0;

@@ -14,7 +14,8 @@ tagSequenceTimeMap* CreateSequenceTimeMap(CMasterTrack* master) {
     if (!master)
         return nullptr;
     CArray<tagSequenceTimeMap> records;
-    master->GetSequenceTimeMap(records);
+    if (!master->GetSequenceTimeMap(records) || records.IsEmpty())
+        records.Add({torv::kDefaultTempo, 0, 0}); // no events: the tempo that applies without any
     const int count = records.GetSize();
     auto* map = new (std::nothrow) tagSequenceTimeMap[count + 1];
     if (!map)
@@ -29,7 +30,7 @@ void ReleaseSequenceTimeMap(tagSequenceTimeMap* map) { delete[] map; }
 
 // The terminator is later than every target but the largest, which the tick and time fields never reach before it.
 DWORD FindTripleByTime(DWORD time, const tagSequenceTimeMap* map, DWORD hint) {
-    while (map[hint + 1].clock != kTerminator && map[hint + 1].time <= time)
+    while (map[hint].clock != kTerminator && map[hint + 1].clock != kTerminator && map[hint + 1].time <= time)
         ++hint;
     while (hint > 0 && map[hint].time > time)
         --hint;
@@ -37,7 +38,7 @@ DWORD FindTripleByTime(DWORD time, const tagSequenceTimeMap* map, DWORD hint) {
 }
 
 DWORD FindTripleByTick(DWORD tick, const tagSequenceTimeMap* map, DWORD hint) {
-    while (map[hint + 1].clock != kTerminator && map[hint + 1].clock <= tick)
+    while (map[hint].clock != kTerminator && map[hint + 1].clock != kTerminator && map[hint + 1].clock <= tick)
         ++hint;
     while (hint > 0 && map[hint].clock > tick)
         --hint;

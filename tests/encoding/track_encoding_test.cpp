@@ -154,6 +154,18 @@ TEST_CASE("settings: what is valid, what is not") {
     CHECK(encoder.EncodeSequenceTrack(nullptr) == nullptr);
 }
 
+TEST_CASE("a master track without events counts at the tempo that applies without any") {
+    CMasterTrack master; // never created
+    tagSequenceTimeMap* const map = CxQuillMidiEncoder::CreateSequenceTimeMap(&master);
+    REQUIRE(map);
+    CHECK(torv::SearchTimePosition(960, map, 0) == 1000);
+    torv::ReleaseSequenceTimeMap(map);
+    // A map of nothing but its end, as a host may make it, is not read past.
+    const tagSequenceTimeMap empty[] = {{0, 0xFFFFFFFF, 0xFFFFFFFF}};
+    CHECK(torv::FindTripleByTick(960, empty, 0) == 0);
+    CHECK(torv::FindTripleByTime(960, empty, 0) == 0);
+}
+
 TEST_CASE("file mode: every message is an event of its own, an interval apart") {
     struct FileModeEncoder : CxQuillMidiEncoder {
         using CxQuillMidiEncoder::WriteChMessage;

@@ -26,7 +26,7 @@ void Print(const Json& json) { std::printf("%s\n", json.dump(2, ' ', false, Json
 
 void TellMessages(const MessageCatcher& messages) {
     for (const std::string& message : messages.Take())
-        std::fprintf(stderr, "torv: %s\n", message.c_str());
+        Remark(false, message);
 }
 
 /// Rows as columns of the width that they need.
@@ -50,7 +50,7 @@ Json ParametersOf(Databases& databases, DWORD id) {
     const int variation = torv::VariationFromID(id);
     if (!databases.Voices().GetVoiceParameters(variation >> 8, variation & 0xFF, &voice))
         return nullptr;
-    const Json parameters = voice.parameters.values;
+    Json parameters = voice.parameters.values;
     torv::ReleaseVoiceParameters(&voice);
     return parameters;
 }

@@ -42,6 +42,7 @@ std::vector<Databases::Entry> Databases::List(const IconKind& kind) const {
 DWORD Databases::Find(const IconKind& kind, const std::string& name) const {
     const std::vector<Entry> entries = List(kind);
     std::vector<std::string> names;
+    names.reserve(entries.size());
     for (const Entry& entry : entries)
         names.push_back(entry.name);
     if (const std::optional<size_t> found = FindName(names, name))

@@ -42,9 +42,4 @@ DefaultRegistry::~DefaultRegistry() {
     RegCloseKey(static_cast<HKEY>(m_key));
 }
 
-#else
-
-DefaultRegistry::DefaultRegistry() = default;
-DefaultRegistry::~DefaultRegistry() = default;
-
 #endif

@@ -4,6 +4,7 @@
 /// names none. On POSIX the installed default does so without it.
 class DefaultRegistry {
 public:
+#if defined(_WIN32)
     DefaultRegistry();
     ~DefaultRegistry();
     DefaultRegistry(const DefaultRegistry&) = delete;
@@ -11,4 +12,7 @@ public:
 
 private:
     void* m_key = nullptr;
+#else
+    DefaultRegistry() {} // not defaulted: an object whose whole purpose is to live is no unused variable
+#endif
 };

@@ -1,4 +1,6 @@
 #include "catalogue.h"
+#include "describe.h"
+#include "encode.h"
 #include "midi_song.h"
 #include "sing.h"
 
@@ -12,36 +14,43 @@ namespace {
 constexpr int kBadInput = 1;
 constexpr int kWrongUse = 2;
 
-void AddSing(CLI::App& app, SingOptions& options) {
-    CLI::App* const sing = app.add_subcommand("sing", "Sing a standard MIDI file with lyrics into a wave file");
-    sing->add_option("INPUT", options.input, "The song: a standard MIDI file, format 0 or 1")->required();
-    sing->add_option("-o,--output", options.output, "The wave file to write")->required();
-    sing->add_option("--language", options.language, "What the lyrics are sung as: ja, en, or auto to look at them")
+/// What is asked about a song wherever one is sung.
+void AddSong(CLI::App& command, SongOptions& options) {
+    command.add_option("INPUT", options.input, "The song: a standard MIDI file, format 0 or 1")->required();
+    command.add_option("--language", options.language, "What the lyrics are sung as: ja, en, or auto to look at them")
         ->check(CLI::IsMember({"ja", "en", "auto"}))
         ->capture_default_str();
-    sing->add_option("--voice", options.voice, "Who sings (torv voices); else the first voice of the language");
-    sing->add_option("--voice-at", options.voicesAt, "Who sings from a bar on, as in 9=Thomas; may be repeated")
+    command.add_option("--voice", options.voice, "Who sings (torv voices); else the first voice of the language");
+    command.add_option("--voice-at", options.voicesAt, "Who sings from a bar on, as in 9=Thomas; may be repeated")
         ->type_name("BAR=NAME")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    sing->add_option(
-            "--dynamics", options.dynamics,
-            "A level or a change of it (torv icons --kind dynamics), from the start or from a bar on, as in mf "
-            "or 5=Crescendo; may be repeated")
+    command
+        .add_option("--dynamics", options.dynamics,
+                    "A level or a change of it (torv icons --kind dynamics), from the start or from a bar on, as in mf "
+                    "or 5=Crescendo; may be repeated")
         ->type_name("[BAR=]NAME")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    sing->add_option("--attack", options.expressions.attack, "How notes begin (torv icons), or none");
-    sing->add_option("--release", options.expressions.release, "How notes end, or none");
-    sing->add_option("--transition", options.expressions.transition, "How notes go on into the next one");
-    sing->add_option("--vibrato", options.expressions.vibrato, "What long notes get, or none");
-    sing->add_option("--track", options.track, "The track to sing, counted from 1; else the one with the lyrics")
+    command.add_option("--attack", options.expressions.attack, "How notes begin (torv icons), or none");
+    command.add_option("--release", options.expressions.release, "How notes end, or none");
+    command.add_option("--transition", options.expressions.transition, "How notes go on into the next one");
+    command.add_option("--vibrato", options.expressions.vibrato, "What long notes get, or none");
+    command.add_flag("--plain", options.plain, "Leave out the attacks, releases, transitions and vibratos");
+    command.add_option("--track", options.track, "The track to sing, counted from 1; else the one with the lyrics")
         ->check(CLI::PositiveNumber);
-    sing->add_option("--encoding", options.encoding,
-                     "How the lyrics' bytes are read: utf-8, shift-jis or latin-1; else they are looked at");
-    sing->add_option("--transpose", options.transpose, "Semitones up, or down when negative")
+    command.add_option("--encoding", options.encoding,
+                       "How the lyrics' bytes are read: utf-8, shift-jis or latin-1; else they are looked at");
+    command.add_option("--transpose", options.transpose, "Semitones up, or down when negative")
         ->check(CLI::Range(-60, 60))
         ->capture_default_str();
+    command.add_flag("--quiet", options.quiet, "No progress and no summary");
+}
+
+CLI::App* AddSing(CLI::App& app, SingOptions& options) {
+    CLI::App* const sing = app.add_subcommand("sing", "Sing a standard MIDI file with lyrics into a wave file");
+    AddSong(*sing, options.song);
+    sing->add_option("-o,--output", options.output, "The wave file to write")->required();
     sing->add_option("--rate", options.rate, "Samples a second: 44100, 48000 or 96000")
         ->check(CLI::IsMember({44100U, 48000U, 96000U}))
         ->capture_default_str();
@@ -50,11 +59,31 @@ void AddSing(CLI::App& app, SingOptions& options) {
         ->capture_default_str();
     sing->add_option("--pan", options.pan, "Makes the wave stereo: -1 left, 0 centre, 1 right")
         ->check(CLI::Range(-1.0, 1.0));
-    sing->add_flag("--plain", options.plain, "Leave out the attacks, releases, transitions and vibratos");
     sing->add_option("--report", options.report, "Also write what was sung, note by note, as JSON into this file");
-    sing->add_flag("--quiet", options.quiet, "No progress and no summary");
     sing->footer("Example: torv sing song.mid -o song.wav --voice Thomas --dynamics 5=Crescendo\n"
                  "The wave begins where the file does. Without lyrics the song is sung on a vowel.");
+    return sing;
+}
+
+CLI::App* AddEncode(CLI::App& app, EncodeOptions& options) {
+    CLI::App* const encode = app.add_subcommand("encode", "Write a song as a MIDI file in the voice engine's dialect");
+    AddSong(*encode, options.song);
+    encode->add_option("-o,--output", options.output, "The MIDI file to write")->required();
+    encode->footer(
+        "The engine must know of a note two seconds ahead, so that the song begins some bars into the file.");
+    return encode;
+}
+
+struct InfoOptions {
+    std::string input;
+    bool json = false;
+};
+
+CLI::App* AddInfo(CLI::App& app, InfoOptions& options) {
+    CLI::App* const info = app.add_subcommand("info", "Describe a standard MIDI file or a wave file");
+    info->add_option("FILE", options.input, "The file")->required();
+    info->add_flag("--json", options.json, "As JSON");
+    return info;
 }
 
 struct ListOptions {
@@ -83,7 +112,11 @@ int main(int argc, char** argv) {
     app.get_formatter()->column_width(30);
     SingOptions sing;
     ListOptions list;
-    AddSing(app, sing);
+    InfoOptions info;
+    EncodeOptions encode;
+    const CLI::App* const singing = AddSing(app, sing);
+    const CLI::App* const encoding = AddEncode(app, encode);
+    const CLI::App* const describing = AddInfo(app, info);
     const CLI::App* const voices = AddVoices(app, list);
     const CLI::App* const icons = AddIcons(app, list);
     try {
@@ -96,13 +129,17 @@ int main(int argc, char** argv) {
             ListVoices(list.json);
         else if (*icons)
             ListIcons(list.kind, list.json);
-        else
+        else if (*describing)
+            Describe(info.input, info.json);
+        else if (*encoding)
+            Encode(encode);
+        else if (*singing)
             Sing(sing);
         return 0;
     } catch (const InputError& error) {
         std::fprintf(stderr, "torv: %s\n", error.message.c_str());
     } catch (const std::bad_alloc&) {
-        std::fprintf(stderr, "torv: %s: not enough memory\n", sing.input.c_str());
+        std::fprintf(stderr, "torv: there is not enough memory for this\n");
     }
     return kBadInput;
 }

@@ -3,6 +3,7 @@
 #include <torv/platform/message_box.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <utility>
 
 namespace {
@@ -19,6 +20,11 @@ std::string OneLine(std::string text) {
 }
 
 } // namespace
+
+void Remark(bool isQuiet, const std::string& text) {
+    if (!isQuiet)
+        std::fprintf(stderr, "torv: %s\n", text.c_str());
+}
 
 MessageCatcher::MessageCatcher() {
     g_messages.clear();

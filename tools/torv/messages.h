@@ -3,6 +3,9 @@
 #include <string>
 #include <vector>
 
+/// Tells the user something on standard error, unless all is to be quiet.
+void Remark(bool isQuiet, const std::string& text);
+
 /// While it lives, what the library would show in message boxes is kept instead: a command answers in one line.
 class MessageCatcher {
 public:

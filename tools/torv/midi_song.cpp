@@ -83,9 +83,24 @@ struct ChannelNotes {
     }
 };
 
+/// Counts the engine's blocks in a track: a block opens with controllers 99, its number, and 98, parameter 0.
+struct BlockCounter {
+    std::array<int, 16> number{};
+    void Hear(int channel, int controller, int value, std::map<int, size_t>& blocks) {
+        constexpr int kFirst = 0x50;
+        constexpr int kLast = 0x67;
+        int& current = number[static_cast<size_t>(channel)];
+        if (controller == 99)
+            current = value;
+        else if (controller == 98 && value == 0 && current >= kFirst && current <= kLast)
+            ++blocks[current];
+    }
+};
+
 void Reader::ReadTrack(size_t number, unsigned char* data, size_t size) {
     std::array<ChannelNotes, 16> channels;
     MidiSongTrack track;
+    BlockCounter blocks;
     CxMidiTrack parser;
     parser.Attach(data, static_cast<DWORD>(size));
     parser.SeekToBegin();
@@ -103,6 +118,8 @@ void Reader::ReadTrack(size_t number, unsigned char* data, size_t size) {
             channels[static_cast<size_t>(channel)].Start(tick, event.data1 & 0x7F, event.data2 & 0x7F);
         } else if ((event.status & 0xE0) == 0x80) {
             channels[static_cast<size_t>(channel)].End(tick, event.data1 & 0x7F);
+        } else if ((event.status & 0xF0) == 0xB0) {
+            blocks.Hear(channel, event.data1, event.data2, track.engineBlocks);
         } else if (event.status == 0xFF) {
             ended = event.data1 == 0x2F;
             if (event.data1 == 0x01 || event.data1 == 0x05)
@@ -129,9 +146,11 @@ void Reader::ReadTrack(size_t number, unsigned char* data, size_t size) {
         std::stable_sort(channel.notes.begin(), channel.notes.end(), [](const MidiNote& a, const MidiNote& b) {
             return a.tick != b.tick ? a.tick < b.tick : a.key < b.key;
         });
-        MidiSongTrack part{track.name, std::move(channel.notes), {}};
-        if (first)
+        MidiSongTrack part{track.name, std::move(channel.notes), {}, {}};
+        if (first) {
             part.texts = std::move(track.texts);
+            part.engineBlocks = std::move(track.engineBlocks);
+        }
         first = false;
         song.tracks.push_back(std::move(part));
     }
@@ -162,6 +181,8 @@ MidiSong ReadMidiSong(const std::string& path, std::vector<unsigned char>& bytes
     const TickScale scale(path, static_cast<unsigned>(number(12, 2)));
 
     MidiSong song;
+    song.format = static_cast<int>(format);
+    song.division = static_cast<int>(number(12, 2));
     Reader reader{path, scale, song, {}, {}};
     size_t at = 8 + static_cast<size_t>(number(4, 4));
     uint64_t found = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,7 @@ struct MidiSongTrack {
     std::string name; ///< bytes of the track-name event
     std::vector<MidiNote> notes;
     std::vector<MidiText> texts;
+    std::map<int, size_t> engineBlocks; ///< how many of each the engine's stream has, by number 0x50..0x67
 };
 
 /// A standard MIDI file, format 0 or 1, with every time in ticks of 480 to a quarter note. A file whose division is in
@@ -47,6 +49,8 @@ struct MidiSong {
     std::vector<MidiTempo> tempos;
     std::vector<MidiSignature> signatures;
     uint32_t end = 0; ///< tick of the last event
+    int format = 0;
+    int division = 0; ///< as the header has it; ticks to a quarter note, or above 0x8000 SMPTE frames
 };
 
 /// Reads a file's bytes; throws InputError for a file that is not MIDI, is cut short or holds what no reader could

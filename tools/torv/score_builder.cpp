@@ -15,6 +15,7 @@ constexpr DWORD kJoinedToNext = 2;
 constexpr DWORD kLongestPieceMilliseconds = 8000;
 constexpr DWORD kLongestPieceTicks = 0x7FFF;
 constexpr size_t kMostHandles = 65534;
+constexpr size_t kLongestName = 127;               // what every reader of the engine's MIDI file takes
 constexpr double kLongestSong = 3 * 3600 * 1000.0; // milliseconds: a stereo wave at 96 kHz can still hold it
 
 void AddMasterEvent(CMasterTrack& master, DWORD tick, DWORD type, DWORD value) {
@@ -196,6 +197,7 @@ Score BuildScore(const std::string& path, const MidiSong& file, const VoiceLine&
 
     score.track = CSequence::CreateObject();
     score.song->AddObject(score.track);
+    score.track->SetName(file.tracks[voice.noteTrack].name.substr(0, kLongestName).c_str());
     score.track->SetTranspose(options.transpose);
     score.track->SetInitialLanguage(LanguageOfSinger(options.voices.front().id));
 

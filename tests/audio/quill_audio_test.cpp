@@ -1,0 +1,501 @@
+#include "torv/audio/quill_audio.h"
+
+#include "audio/wave_test_files.h"
+
+#include <doctest/doctest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+
+namespace {
+
+using namespace std::string_literals;
+
+std::string Le(ULONGLONG value, int bytes = 4) {
+    std::string text;
+    for (int i = 0; i < bytes; ++i)
+        text += static_cast<char>(value >> 8 * i & 0xFF);
+    return text;
+}
+
+std::string Chunk(const char* id, const std::string& content, bool pad = false) {
+    return id + Le(content.size()) + content + (pad && content.size() % 2 ? "\0"s : "");
+}
+
+std::string Wave(const std::string& chunks) { return Chunk("RIFF", "WAVE" + chunks); }
+
+std::string Fmt(DWORD channels, DWORD bits, DWORD rate = 44100) {
+    const DWORD unit = channels * ((bits + 7) / 8);
+    return Chunk("fmt ", Le(1, 2) + Le(channels, 2) + Le(rate) + Le(rate * unit) + Le(unit, 2) + Le(bits, 2));
+}
+
+/// A file in the temporary folder, with the name that it has while it is saved.
+struct Scratch : ScratchPath {
+    explicit Scratch(const char* name, const std::string& bytes = "")
+        : ScratchPath(name), beside((std::string(name) + ".saving").c_str()) {
+        if (!bytes.empty())
+            Put(bytes);
+    }
+    void Put(const std::string& bytes) const { Write(Bytes(bytes.begin(), bytes.end())); }
+    std::string Get() const {
+        const Bytes bytes = Content();
+        return {bytes.begin(), bytes.end()};
+    }
+    ScratchPath beside;
+};
+
+std::string Random(size_t size, unsigned seed) {
+    std::mt19937 random(seed);
+    std::string bytes(size, '\0');
+    for (char& byte : bytes)
+        byte = static_cast<char>(random());
+    return bytes;
+}
+
+std::string Content(CWaveBuffer& buffer) {
+    std::string bytes(buffer.GetSize(), '\0');
+    buffer.SeekTo(0);
+    buffer.Read(bytes.data(), buffer.GetSize());
+    return bytes;
+}
+
+/// A buffer in memory.
+struct Held : CWaveBuffer {
+    Held(int channels, int bits, const std::string& bytes, DWORD rate = 44100) {
+        CHECK(Create(1000) == 1);
+        SetWaveInfo(channels, bits, rate);
+        AddSample(bytes.data(), static_cast<DWORD>(bytes.size()) / GetSampleUnitSize());
+        CHECK(GetSize() == bytes.size());
+    }
+};
+
+} // namespace
+
+TEST_CASE("quill audio: any PCM wave comes back bit for bit, with all its chunks") {
+    const Scratch file("torv_quill_audio.wav");
+    /// An odd chunk before the data only where a pad follows it: without pads odd ones are put at the end.
+    const auto whole = [](const std::string& fmt, const std::string& data, bool pad) {
+        const std::string odd = Chunk("bext", "odd", pad);
+        const std::string cue = Chunk("cue ", Le(0)) + Chunk("LIST", Le(0)); // a form of zeros
+        std::string chunks = Chunk("LIST", "INFO" + Chunk("INAM", "a name", true));
+        for (const std::string& chunk :
+             {fmt, Chunk("fact", "any!"), pad ? odd : cue, Chunk("data", data, pad), pad ? cue : ""s, odd})
+            chunks += chunk;
+        return Wave(chunks);
+    };
+    for (const int channels : {1, 2, 3})
+        for (const int bits : {8, 12, 16, 24, 32})
+            for (const size_t size : {0u, 1u, 7u, 96u, 100001u}) // broken frames too
+                for (const bool pad : {true, false}) {
+                    CAPTURE(channels);
+                    CAPTURE(bits);
+                    CAPTURE(size);
+                    CAPTURE(pad);
+                    const std::string data = Random(size, static_cast<unsigned>(size) + bits);
+                    const std::string bytes = whole(Fmt(channels, bits), data, pad);
+                    file.Put(bytes);
+                    CxQuillAudio audio;
+                    REQUIRE(audio.Load(file.Text()) == 1);
+                    const DWORD frames = static_cast<DWORD>(size) / (channels * ((bits + 7) / 8));
+                    CHECK(audio.GetNumSamples() == frames);
+                    for (const BYTE flags : {0, 1}) {
+                        CWaveBuffer buffer;
+                        REQUIRE(audio.ReadWave(&buffer, 0, flags) == 1);
+                        CHECK(buffer.GetSampleBitLength() == static_cast<DWORD>(bits));
+                        CHECK(buffer.GetNumSamples() == frames);
+                        CHECK(buffer.IsLoaded() == 1);
+                        CHECK(buffer.GetModify() == 0);
+                        CHECK(buffer.IsTop());
+                        CHECK(Content(buffer) == data);
+                        CHECK(audio.Save(&buffer) == 1);
+                        CHECK(file.Get() == bytes);
+                    }
+                    CWaveBuffer place; // known by its file only
+                    CHECK(audio.ReadProperty(&place) == 1);
+                    CHECK(audio.Save(&place) == 1);
+                    CHECK(file.Get() == bytes);
+                    CHECK_FALSE(file.beside.Exists());
+                }
+}
+
+TEST_CASE("quill audio: the format chunk") {
+    const std::string pcm = Fmt(1, 24).substr(8);
+    const std::string guid = Le(24, 2) + Le(4) + Le(1, 2) + "\0\0\0\0\x10\0\x80\0\0\xAA\0\x38\x9B\x71"s;
+    struct {
+        std::string fmt;
+        DWORD channels, bits, rate; // 0 channels: refused
+    } const cases[] = {
+        {pcm, 1, 24, 44100},
+        {pcm + Le(0, 2), 1, 24, 44100},
+        {"", 2, 16, 44100},
+        {pcm.substr(0, 4), 1, 16, 44100},
+        {Le(1, 2) + Le(1, 2) + Le(8000), 1, 16, 8000},
+        {Le(0xFFFE, 2) + pcm.substr(2) + Le(22, 2) + guid, 1, 24, 44100},
+        {Le(0xFFFE, 2) + pcm.substr(2) + Le(22, 2) + guid.substr(0, 6) + Le(3, 2), 0, 0, 0}, // float
+        {Le(0xFFFE, 2) + pcm.substr(2), 0, 0, 0},
+        {Le(3, 2) + Fmt(2, 32).substr(10), 0, 0, 0},
+        {Le(7, 2) + Fmt(1, 8).substr(10), 0, 0, 0},
+        {pcm.substr(0, 12) + Le(4, 2) + Le(24, 2), 0, 0, 0}, // 24 bits in frames of 4 bytes
+        {Fmt(0, 16).substr(8), 0, 0, 0},
+        {Fmt(2, 0).substr(8), 0, 0, 0},
+        {Fmt(1, 16, 0).substr(8), 1, 16, 44100},
+    };
+    const Scratch file("torv_quill_audio_fmt.wav");
+    for (const auto& test : cases) {
+        CAPTURE(&test - cases);
+        const std::string whole = Wave(Chunk("fmt ", test.fmt) + Chunk("data", "123456789012"));
+        file.Put(whole);
+        CxQuillAudio audio;
+        CHECK(audio.Load(file.Text()) == (test.channels > 0));
+        CHECK(audio.GetError(0) == 0);
+        if (!test.channels)
+            continue;
+        CWaveBuffer buffer;
+        CHECK(audio.ReadWave(&buffer, 0, 0) == 1);
+        CHECK(buffer.GetSampleUnitSize() == test.channels * test.bits / 8);
+        CHECK(buffer.GetSampleRate() == test.rate);
+        CHECK(audio.Save(&buffer) == 1);
+        CHECK(file.Get() == whole); // what the format says beyond PCM is kept
+    }
+    file.Put(Wave(Chunk("data", "1234")));
+    CxQuillAudio audio;
+    CHECK(audio.Load(file.Text()) == 1);
+    WAVEFORMATEX format;
+    audio.GetWaveFormat(format);
+    CHECK(format.nAvgBytesPerSec == 176400);
+    CHECK(format.nBlockAlign == 4);
+    CHECK(audio.GetNumSamples() == 1);
+    CWaveBuffer buffer;
+    CHECK(audio.ReadWave(&buffer, 0, 0) == 1);
+    CHECK(audio.Save(&buffer) == 1);
+    CHECK(file.Get() == Wave(Fmt(2, 16) + Chunk("data", "1234")));
+}
+
+TEST_CASE("quill audio: what an edit changes in the file") {
+    const std::string tail = Chunk("cue ", Le(0));
+    const Scratch file("torv_quill_audio_edit.wav",
+                       Wave(Fmt(1, 8) + Chunk("fact", Le(4)) + Chunk("data", "abcd") + tail));
+    CxQuillAudio audio;
+    CWaveBuffer buffer;
+    REQUIRE(audio.Load(file.Text()) == 1);
+    REQUIRE(audio.ReadWave(&buffer, 0, 0) == 1);
+    SUBCASE("frames, one by one: their false count is made true") {
+        buffer.AddSample("e");
+        buffer.AddSample("f");
+        CHECK(audio.Save(&buffer) == 1);
+        CHECK(buffer.GetNumSamples() == 6);
+        CHECK(audio.GetNumSamples() == 6);
+        CHECK(buffer.GetModify() == 0);
+        CHECK(file.Get() == Wave(Fmt(1, 8) + Chunk("fact", Le(6)) + Chunk("data", "abcdef") + tail));
+    }
+    SUBCASE("an odd end, for which the file had no pads") {
+        buffer.AddSample("e", 1);
+        CHECK(audio.Save(&buffer) == 1);
+        CHECK(file.Get() == Wave(Fmt(1, 8) + Chunk("fact", Le(5)) + tail + Chunk("data", "abcde")));
+        // The data have moved in the file; a buffer that plays from it has learnt that.
+        CHECK(buffer.SetPlayParam(0, 99, 0, torv::kPlayFromFile) == 1);
+        WAVEHDR headers[2] = {};
+        CHECK(buffer.InitialLoadDataBlock(headers) == 1);
+        CHECK(std::string(headers[0].lpData, headers[0].dwBufferLength) == "abcde");
+    }
+    SUBCASE("the format") {
+        buffer.SetWaveInfo(2, 16, 8000);
+        CHECK(audio.Save(&buffer) == 1);
+        CHECK(file.Get() == Wave(Fmt(2, 16, 8000) + Chunk("fact", Le(1)) + Chunk("data", "abcd") + tail));
+    }
+    SUBCASE("everything removed: not the file's old data") {
+        buffer.RemoveSample(torv::kAllFrames);
+        CHECK(audio.Save(&buffer) == 1);
+        CHECK(file.Get() == Wave(Fmt(1, 8) + Chunk("fact", Le(0)) + Chunk("data", "") + tail));
+    }
+    SUBCASE("a modified mark without data in memory loses nothing") {
+        CWaveBuffer place;
+        audio.ReadProperty(&place);
+        place.SetModify(1);
+        CHECK(audio.Save(&place) == 1);
+        CHECK(file.Get() == Wave(Fmt(1, 8) + Chunk("fact", Le(4)) + Chunk("data", "abcd") + tail));
+    }
+}
+
+TEST_CASE("quill audio: the kinds of saving") {
+    const std::string list = Chunk("LIST", "INFOtext");
+    const std::string old = Wave(Fmt(1, 16) + list + Chunk("data", "abcd"));
+    const Scratch first("torv_quill_audio_first.wav", old);
+    const Scratch second("torv_quill_audio_second.wav", "old");
+    CxQuillAudio audio;
+    CWaveBuffer buffer;
+    CHECK(audio.Save(&buffer) == 0); // stands for no file yet
+    REQUIRE(audio.Load(first.Text()) == 1);
+    REQUIRE(audio.ReadWave(&buffer, 0, 0) == 1);
+    buffer.AddSample("ef", 1);
+    const std::string edited = Wave(Fmt(1, 16) + list + Chunk("data", "abcdef"));
+
+    CHECK(audio.SaveCopy(second.Text(), &buffer) == 1);
+    CHECK(second.Get() == edited);
+    CHECK(buffer.GetModify() == 1);
+    CHECK(audio.GetFilePath() == first.Text());
+    CHECK(audio.GetNumSamples() == 2);
+    CHECK(first.Get() == old);
+
+    CHECK(audio.SaveAs(second.Text(), &buffer) == 1);
+    CHECK(second.Get() == edited);
+    CHECK(buffer.GetModify() == 0);
+    CHECK(buffer.GetFilePath() == second.Text());
+    CHECK(audio.GetFilePath() == second.Text());
+    CHECK(audio.GetNumSamples() == 3);
+
+    CHECK(audio.SaveNew(first.Text(), &buffer) == 1);
+    CHECK(first.Get() == Wave(Fmt(1, 16) + Chunk("data", "abcdef")));
+    CHECK(audio.GetChunkList().size() == 2);
+
+    CxQuillAudio none;
+    Held made(2, 8, "abcdefgh", 8000);
+    CHECK(none.SaveAs(second.Text(), &made) == 1);
+    CHECK(second.Get() == Wave(Fmt(2, 8, 8000) + Chunk("data", "abcdefgh")));
+}
+
+TEST_CASE("quill audio: a save that fails leaves the old file and no other") {
+    const std::string old = Wave(Fmt(1, 8) + Chunk("data", "abcd") + Chunk("LIST", "INFO" + Random(6000, 1)));
+    const Scratch file("torv_quill_audio_fail.wav", old);
+    const Scratch target("torv_quill_audio_target.wav", "stays");
+    CxQuillAudio audio;
+    CWaveBuffer buffer;
+    REQUIRE(audio.Load(file.Text()) == 1);
+    REQUIRE(audio.ReadWave(&buffer, 0, 0) == 1);
+    buffer.AddSample("e", 1);
+    const auto fails = [&](int result) {
+        CHECK(result == 0);
+        CHECK(target.Get() == "stays");
+        CHECK_FALSE(target.beside.Exists());
+        CHECK_FALSE(file.beside.Exists());
+        CHECK(buffer.GetModify() == 1);
+        CHECK(Content(buffer) == "abcde");
+        CHECK(audio.GetFilePath() == file.Text());
+    };
+    fails(audio.SaveAs(target.Text(), nullptr));
+    fails(audio.SaveAs(nullptr, &buffer));
+    fails(audio.SaveAs("torv_no_such_folder/x.wav", &buffer));
+    CHECK(audio.GetError(1) == CFileException::badPath);
+    const auto folder = std::filesystem::temp_directory_path() / "torv_quill_audio_folder.wav";
+    std::filesystem::create_directory(folder);
+    fails(audio.SaveAs(CString(folder.string()), &buffer)); // written whole, but it has no place to go
+    CHECK(audio.GetError(1) != 0);
+    CHECK_FALSE(std::filesystem::exists(folder.string() + ".saving"));
+    std::filesystem::remove(folder);
+
+    SUBCASE("a kept chunk is cut off in the middle") { file.Put(old.substr(0, old.size() - 1000)); }
+    SUBCASE("another program wrote something else where a kept chunk was") {
+        file.Put(Wave(Fmt(1, 8) + Chunk("LIST", "INFO" + Random(6000, 1)) + Chunk("data", "abcd")));
+    }
+    SUBCASE("the file is gone") { CHECK(std::filesystem::remove(file.Text().GetStdString())); }
+    const std::string now = file.Exists() ? file.Get() : "";
+    fails(audio.SaveAs(target.Text(), &buffer));
+    fails(audio.Save(&buffer));
+    CHECK((file.Exists() ? file.Get() : "") == now);
+    CHECK(audio.SaveNew(target.Text(), &buffer) == 1); // the samples are not lost with the chunks
+    CHECK(target.Get() == Wave(Fmt(1, 8) + Chunk("data", "abcde")));
+}
+
+TEST_CASE("quill audio: any bytes are loaded or refused") {
+    const Scratch file("torv_quill_audio_any.wav");
+    const Scratch copy("torv_quill_audio_copy.wav");
+    /// What loads must be all there, and the same after a save.
+    const auto survives = [&](const std::string& bytes) {
+        file.Put(bytes);
+        CxQuillAudio audio;
+        CWaveBuffer buffer;
+        const int loads = audio.Load(file.Text());
+        const int reads = audio.ReadWave(&buffer, 0, 1);
+        CHECK(reads <= loads);
+        CHECK(audio.GetNumSamples() <= bytes.size());
+        CHECK(buffer.GetSize() <= bytes.size());
+        CHECK(audio.GetError(0) == 0);
+        if (!reads)
+            return loads;
+        CHECK(audio.SaveCopy(copy.Text(), &buffer) == 1);
+        CxQuillAudio again;
+        CWaveBuffer same;
+        CHECK(again.Load(copy.Text()) == 1);
+        CHECK(again.ReadWave(&same, 0, 0) == 1);
+        CHECK(Content(same) == Content(buffer));
+        CHECK(again.GetChunkList().size() >= audio.GetChunkList().size());
+        return loads;
+    };
+    const std::string good =
+        Wave(Chunk("bext", "odd", true) + Fmt(1, 16) + Chunk("LIST", "INFOtext") + Chunk("data", "12345678"));
+    CHECK(survives(good) == 1);
+    CHECK(survives(good + "behind") == 1);
+    for (size_t size = 1; size < good.size(); ++size) {
+        CAPTURE(size);
+        CHECK(survives(good.substr(0, size)) == 0);
+        std::string flipped = good; // each byte turned three ways
+        for (const int mask : {0x01, 0x80, 0xFF}) {
+            CAPTURE(mask);
+            flipped[size - 1] = static_cast<char>(good[size - 1] ^ mask);
+            survives(flipped);
+        }
+    }
+
+    const std::string front = "WAVE" + Fmt(1, 8);
+    for (const DWORD lie : {13u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFF0u, 0xFFFFFFFFu}) {
+        CAPTURE(lie);
+        CHECK(survives("RIFF" + Le(lie) + front + Chunk("data", "123456789012")) == (lie == 13));
+        // Data that pass the end of their file are no data.
+        CHECK(survives(Wave(Fmt(1, 8) + "data" + Le(lie) + "123456789012")) == 1);
+        CxQuillAudio audio;
+        CWaveBuffer buffer;
+        CHECK(audio.Load(file.Text()) == 1);
+        CHECK(audio.ReadProperty(&buffer) == 0);
+        CHECK(audio.GetNumSamples() == 0);
+    }
+    CHECK(survives(Wave(Fmt(2, 32, 0xFFFFFFFF) + Chunk("data", "12345678"))) == 1); // a second of 32 GiB
+    CHECK(survives(Wave(Fmt(1, 8) + Chunk("data", "12") + std::string(9999, '\0'))) == 1);
+    std::string many = Fmt(1, 8);
+    for (int i = 1; i < 4096; ++i)
+        many += Chunk("junk", "");
+    CHECK(survives(Wave(many)) == 1);
+    CHECK(survives(Wave(many + Chunk("data", ""))) == 0);
+    CHECK(survives(Chunk("junk", "") + good) == 0);
+
+    CxQuillAudio audio; // a failed load changes nothing
+    file.Put(good);
+    CHECK(audio.Load(file.Text()) == 1);
+    copy.Put("RIFF");
+    CHECK(audio.Load(copy.Text()) == 0);
+    CHECK(audio.Load(nullptr) == 0);
+    CHECK(audio.GetFilePath() == file.Text());
+    CWaveBuffer buffer;
+    CHECK(audio.ReadWave(nullptr, 0, 0) == 0);
+    file.Put(good.substr(0, good.size() - 1)); // shorter since it was loaded
+    CHECK(audio.ReadWave(&buffer, 0, 0) == 0);
+    CHECK(buffer.GetSize() == 0);
+    CHECK(buffer.IsLoaded() == 0);
+    CHECK(buffer.GetModify() == 0);
+}
+
+TEST_CASE("quill audio: another extension") {
+    struct {
+        const char *path, *ext, *swapped;
+    } const cases[] = {
+        {"song.wav", ".aif", "song.aif"},
+        {"song.wav", "aif", "song.aif"},
+        {"a.b/song", ".wav", "a.b/song.wav"},
+        {"a.b\\song.one.two", "wav", "a.b\\song.one.wav"},
+        {"C:\\x\\song.wav", "", "C:\\x\\song"},
+        {"song", nullptr, "song"},
+        {"", "wav", ".wav"},
+        {nullptr, "wav", ".wav"},
+    };
+    for (const auto& test : cases)
+        CHECK(CxQuillAudio::SwapFileExt(test.path, test.ext) == test.swapped);
+}
+
+TEST_CASE("quill audio: a mix by hand") {
+    const Scratch file("torv_quill_audio_mix.wav");
+    const auto value = [](int left, int right) {
+        return Le(static_cast<ULONGLONG>(left), 2) + Le(static_cast<ULONGLONG>(right), 2);
+    };
+    Held mono(1, 16, Le(1000, 2) + Le(2001, 2) + Le(0xFFFF - 2, 2)); // 1000, 2001, -3
+    Held stereo(2, 16, value(30000, -30000));
+    Held low(1, 8, "\xC0\x40\x80\x7F\xFF");                         // 0.5, -0.5, 0, -1/128, 127/128
+    Held wide(1, 24, Le(0x800000, 3) + Le(1, 3) + Le(0x123456, 3)); // -1, 2^-23
+    const float half = -6.0206F;                                    // a gain of 0.5, to seven digits
+    struct {
+        std::vector<__tagMixDownTrack> tracks;
+        std::string data;
+        DWORD bits;
+    } const cases[] = {
+        {{{0, 0, 0, 0, &mono}}, value(1000, 1000) + value(2001, 2001) + value(-3, -3), 16},
+        {{{1, 2, 0, 0, &mono}}, value(2001, 2001), 16},
+        {{{2, 99, half, 0, &mono}}, value(-1, -1), 16}, // -1.5, toward zero
+        {{{3, 0, 0, 0, &mono}}, "", 16},
+        {{{2, 1, 0, 0, &mono}}, "", 16},
+        {{{0, 1, 0, -1, &mono}}, value(2000, 0), 16}, // the side it is panned to is doubled
+        {{{0, 1, 0, 0.5F, &mono}}, value(500, 1500), 16},
+        {{{0, 1, 0, -7, &mono}}, value(1000, 1000), 16},
+        {{{0, 1, 0, NAN, &mono}, {1, 2, NAN, 0, &mono}}, value(3001, 3001), 16},
+        {{{0, 1, -INFINITY, 0, &mono}}, value(0, 0), 16},
+        {{{0, 0, 20, 0, &stereo}}, value(32767, -32768), 16}, // stays at the ends
+        {{{0, 0, 0, 1, &stereo}}, value(0, -32768), 16},
+        {{{0, 2, 0, 0, &mono}, {0, 0, 0, 0, &stereo}}, value(31000, -29000) + value(2001, 2001), 16},
+        {{{0, 0, 0, 0, &low}},
+         value(16384, 16384) + value(-16384, -16384) + value(0, 0) + value(-256, -256) + value(32512, 32512),
+         16},
+        {{{0, 0, 0, 0, &wide}, {0, 2, 0, 0, &low}}, // 0.5 - 1, 2^-23 - 0.5
+         Le(0xC00000, 3) + Le(0xC00000, 3) + Le(0xC00001, 3) + Le(0xC00001, 3) + Le(0x123456, 3) + Le(0x123456, 3),
+         24},
+    };
+    for (auto test : cases) {
+        CAPTURE(&test - cases);
+        CxQuillAudio audio;
+        mono.MoveTo(1);
+        CHECK(audio.AudioMixDown(file.Text(), test.tracks.data(), static_cast<int>(test.tracks.size())) == 1);
+        CHECK(file.Get() == Wave(Fmt(2, test.bits) + Chunk("data", test.data)));
+        CHECK(mono.GetSamplePosition() == 1);
+    }
+
+    file.Put("stays");
+    Held slow(1, 16, "ab", 22050);
+    Held three(3, 16, "abcdef");
+    Held vast(1, 64, "abcdefgh");
+    CWaveBuffer missing;
+    missing.SetRiffInfo("torv_no_such_file.wav", 44, 100);
+    missing.SetWaveInfo(1, 16, 44100);
+    CxQuillAudio audio;
+    __tagMixDownTrack tracks[2] = {{0, 0, 0, 0, &mono}, {}};
+    for (CWaveBuffer* bad : {static_cast<CWaveBuffer*>(&slow), static_cast<CWaveBuffer*>(&three),
+                             static_cast<CWaveBuffer*>(&vast), &missing, static_cast<CWaveBuffer*>(nullptr)}) {
+        tracks[1].buffer = bad;
+        CHECK(audio.AudioMixDown(file.Text(), tracks, 2) == 0);
+    }
+    CHECK(audio.GetError(1) == CFileException::fileNotFound);
+    CHECK(audio.AudioMixDown(file.Text(), tracks, 0) == 0);
+    CHECK(audio.AudioMixDown(file.Text(), nullptr, 1) == 0);
+    CHECK(audio.AudioMixDown(nullptr, tracks, 1) == 0);
+    CHECK(file.Get() == "stays");
+}
+
+TEST_CASE("quill audio: a mix is the sum, from memory and from files") {
+    const Scratch source("torv_quill_audio_source.wav");
+    const Scratch target("torv_quill_audio_sum.wav");
+    const size_t length = 40000; // more than two of the blocks that mixing uses
+    const auto value = [](const std::string& bytes, size_t i) {
+        const int low = static_cast<BYTE>(bytes[2 * i]);
+        return (static_cast<signed char>(bytes[2 * i + 1]) * 256 + low) / 32768.0;
+    };
+    const std::string first = Random(2 * length, 1);
+    const std::string second = Random(4 * (length - 777), 2);
+    Held mono(1, 16, first);
+    Held stereo(2, 16, second);
+    CxQuillAudio audio;
+    REQUIRE(audio.SaveNew(source.Text(), &stereo) == 1);
+    CWaveBuffer place;
+    REQUIRE(audio.ReadProperty(&place) == 1);
+    const DWORD start = 123;
+    __tagMixDownTrack tracks[] = {{0, 0, -9, -0.25F, &mono}, {start, 0, -4.5F, 0.5F, &stereo}};
+    std::string results[3];
+    for (auto& result : results) {
+        // Last, the mix replaces a file that it is made of.
+        const CString path = &result == &results[2] ? source.Text() : target.Text();
+        CHECK(audio.AudioMixDown(path, tracks, 2) == 1);
+        CWaveBuffer mix;
+        CHECK(audio.ReadWave(&mix, 0, 1) == 1);
+        result = Content(mix);
+        tracks[1].buffer = &place;
+    }
+    CHECK(results[1] == results[0]);
+    CHECK(results[2] == results[0]);
+    REQUIRE(results[0].size() == 4 * length);
+    const double gains[] = {std::pow(10, -9 * 0.05), std::pow(10, -4.5 * 0.05)};
+    double worst = 0;
+    for (size_t i = 0; i < length; ++i)
+        for (const size_t side : {0u, 1u}) {
+            double sum = value(first, i) * gains[0] * (side ? 0.75 : 1.25);
+            if (i + start < length - 777)
+                sum += value(second, 2 * (i + start) + side) * gains[1] * (side ? 1.5 : 0.5);
+            sum = std::clamp(sum, -1.0, 32767 / 32768.0);
+            worst = std::max(worst, std::fabs(value(results[0], 2 * i + side) - sum) * 32768);
+        }
+    CHECK(worst < 1.0);
+}

@@ -1,0 +1,567 @@
+#include "torv/files/quill_midi_file.h"
+
+#include "encoding/encoding_fixture.h"
+#include "platform/temp_folder.h"
+#include "torv/files/midi_sequence.h"
+
+#include <doctest/doctest.h>
+
+#include <algorithm>
+#include <string>
+#include <tuple>
+
+#if !defined(_WIN32)
+#include <csignal>
+#include <sys/resource.h>
+#endif
+
+// 120 beats a minute unless a test says otherwise: 480 ticks are 500 ms, 1920 ticks are the presend of 2000 ms.
+
+namespace {
+
+using namespace std::string_literals;
+
+/// A song of several tracks that a test writes in words; what is placed goes to the track added last.
+struct Song {
+    CSequence song;
+    CCsqBuilder builder;
+    DWORD tick = 0;
+
+    Song() { song.Create(nullptr); }
+    CSequenceObject& Track(const std::string& name, int channel = 0) {
+        builder.CloseBuffer();
+        CSequenceObject* const track = CSequence::CreateObject();
+        track->SetName(name.c_str());
+        track->SetChannel(channel);
+        song.AddObject(track);
+        builder.OpenBuffer(track);
+        tick = 0;
+        return *track;
+    }
+    DWORD Icon(CIconObject* icon) {
+        return static_cast<DWORD>(reinterpret_cast<uintptr_t>(builder.RegisterIconObject(icon)));
+    }
+    void Put(DWORD at, void* record) {
+        builder.SetEvent(at - tick, static_cast<tagChartSeqEvent*>(record));
+        tick = at;
+    }
+    tagCsqEventAnote* Note(DWORD at, DWORD length, int number, int channel = 0) {
+        auto* const lyric = new CLyricObject;
+        lyric->AddNewElement()->SetPhonemeString("a", 0);
+        tagCsqEventAnote* const note = CCsqBuilder::CreateNoteEvent();
+        note->header.status = static_cast<WORD>(channel);
+        note->noteLength = length;
+        note->noteNumber = static_cast<WORD>(number);
+        note->noteDynamics = 100;
+        note->lyricHandle =
+            static_cast<DWORD>(reinterpret_cast<uintptr_t>(builder.GetSequence()->AttachLyricObject(lyric)));
+        Put(at, note);
+        return note;
+    }
+    void Master(DWORD at, DWORD type, DWORD value) {
+        tagMasterEventEntry entry{at - song.GetMasterTrack()->GetLength(), type, 0, value, 0};
+        REQUIRE(song.GetMasterTrack()->AddEvent(&entry));
+    }
+    void Tempo(DWORD at, DWORD tempo) { Master(at, torv::kEventTempo, tempo); }
+    void Signature(DWORD at, DWORD numerator, DWORD exponent) {
+        Master(at, torv::kEventTimeSignature, numerator | exponent << 8);
+    }
+};
+
+/// Two tracks with one of everything: singers, notes with a vibrato, a level, a changing level, and curves.
+void Fill(Song& song) {
+    song.Tempo(2000, 400000);
+    song.Tempo(3001, 750000);
+    for (const int channel : {3, 12}) {
+        CSequenceObject& track = song.Track("Track", channel);
+        track.SetTranspose(channel - 10);
+        for (const DWORD at : {0U, 2400U}) {
+            tagSingerIconObject singer{};
+            singer.header.iconId = torv::MakeSingerIconID(1, 3);
+            auto* const icon = new CIconSinger;
+            icon->ConstructParameter(&singer);
+            tagCsqEventSinger* const record = CCsqBuilder::CreateSingerEvent();
+            record->iconHandle = song.Icon(icon);
+            song.Put(at, record);
+        }
+        for (const int articulation : {1, 2}) {
+            auto* const icon = new CIconDynamics(5, articulation, 1);
+            icon->SetStartDynamics(articulation == 1 ? 90 : 0);
+            icon->SetEndDynamics(-40);
+            icon->SetLength(200);
+            tagCsqEventAicon* const record = CCsqBuilder::CreateIconEvent();
+            record->iconHandle = song.Icon(icon);
+            song.Put(2400 + 100U * static_cast<DWORD>(articulation), record);
+        }
+        for (DWORD i = 0; i < 5; ++i) {
+            auto* const vibrato = new CIconVibrato(4, 4, 1);
+            vibrato->SetLength(300);
+            vibrato->SetStartDepth(20);
+            AddPoint(vibrato->GetDepthBPList(), 5000, 70);
+            song.Note(2700 + 480 * i, 480, 60 + static_cast<int>(i), channel)->vibratoHandle = song.Icon(vibrato);
+        }
+        for (LONG i = 0; i < 200; ++i)
+            AddPoint(track.GetPitchBendBreakPointList(), 1000 + 17 * i, static_cast<SHORT>(31 * i - 3000));
+        AddPoint(track.CreateVoiceControlBreakPointList(4), 2700, 70);
+    }
+    song.builder.CloseBuffer();
+}
+
+struct Event {
+    DWORD tick;
+    std::string bytes;
+    bool operator==(const Event&) const = default;
+};
+using Events = std::vector<Event>;
+
+std::string Text(const Bytes& bytes) { return {bytes.begin(), bytes.end()}; }
+
+Events EventsOf(CQuillMidiBuffer& buffer) {
+    Events events;
+    for (const StreamEntry& entry : EntriesOf(buffer))
+        events.push_back({entry.tick, Text(entry.bytes)});
+    return events;
+}
+
+/// A reader of such files that shares nothing with what wrote them. Every event carries its status.
+struct Reader {
+    std::vector<Events> tracks;
+    std::vector<std::string> chunks;
+
+    explicit Reader(const std::string& bytes) : m_bytes(bytes) {
+        REQUIRE(Take(10) == "MThd\0\0\0\6\0\1"s);
+        const DWORD count = Number(2);
+        CHECK(Number(2) == 480);
+        while (m_at < m_bytes.size()) {
+            REQUIRE(Take(4) == "MTrk");
+            const size_t end = Number(4) + m_at;
+            chunks.push_back(m_bytes.substr(m_at, end - m_at));
+            tracks.emplace_back();
+            for (DWORD tick = 0; m_at < end;) {
+                tick += Quantity();
+                tracks.back().push_back({tick, TakeEvent()});
+            }
+            REQUIRE(m_at == end);
+            CHECK(tracks.back().back().bytes == "\xFF\x2F\0"s);
+        }
+        CHECK(tracks.size() == count);
+    }
+
+private:
+    std::string TakeEvent() {
+        std::string event = Take(3);
+        if (event[0] == '\xFF')
+            return event + Take(static_cast<size_t>(event[2])); // a negative length is too much
+        REQUIRE((event[0] & 0xF0) == 0xB0);
+        return event;
+    }
+    std::string Take(size_t count) {
+        REQUIRE(count <= m_bytes.size() - m_at);
+        m_at += count;
+        return m_bytes.substr(m_at - count, count);
+    }
+    DWORD Number(size_t count) {
+        DWORD number = 0;
+        for (const char byte : Take(count))
+            number = number << 8 | static_cast<BYTE>(byte);
+        return number;
+    }
+    DWORD Quantity() {
+        DWORD number = 0;
+        for (int i = 0; i < 4; ++i) {
+            const DWORD byte = Number(1);
+            number = number << 7 | (byte & 0x7F);
+            if (byte < 0x80)
+                return number;
+        }
+        FAIL("a quantity of more than four bytes");
+        return 0;
+    }
+
+    std::string m_bytes;
+    size_t m_at = 0;
+};
+
+/// The class from within, as those who derive from it have it.
+struct Inside : CxQuillMidiFile {
+    using CxQuillMidiFile::DebugTrace;
+    using CxQuillMidiFile::RiffWriteDelta;
+    using CxQuillMidiFile::RiffWriteDummyEvent;
+    using CxQuillMidiFile::RiffWriteMidiHeader;
+    using CxQuillMidiFile::RiffWriteMidiTrack;
+    using CxQuillMidiFile::WriteMasterTrack;
+    using CxQuillMidiFile::WriteMetaEOT;
+    using CxQuillMidiFile::WriteMetaQSBEvent;
+    using CxQuillMidiFile::WriteMetaTempo;
+    using CxQuillMidiFile::WriteMetaTrackName;
+
+    std::vector<CQuillMidiBuffer> buffers;
+    explicit Inside(size_t count = 1) : buffers(count) {
+        for (CQuillMidiBuffer& buffer : buffers)
+            buffer.Create(0, 2000, 0);
+        m_pBuffer = buffers.data();
+    }
+    int Encode(Song& song, const tagQuillMidiQSBBuffer* qsb) {
+        CreateWorkArea();
+        return EncodeMultiTrackSequence(buffers, &song.song, qsb);
+    }
+    Events Written() { return EventsOf(buffers[0]); }
+};
+
+std::string Saved(CxQuillMidiFile& file, Song& song, tagQuillMidiQSBBuffer* qsb = nullptr) {
+    const TempFolder folder;
+    song.builder.CloseBuffer();
+    CHECK(file.SaveAsFormat1(folder.Path("song.mid").c_str(), &song.song, qsb) == 1);
+    CHECK(file.GetErrorMessage() == "CFileException::none"s);
+    CHECK_FALSE(folder.Has("song.mid.saving"));
+    return folder.Content("song.mid");
+}
+std::string Saved(Song& song, tagQuillMidiQSBBuffer* qsb = nullptr) {
+    CxQuillMidiFile file;
+    return Saved(file, song, qsb);
+}
+
+/// Control changes on one channel, at no distance from each other, from pairs of controller and value.
+std::string Controls(char status, const std::string& pairs) {
+    std::string bytes;
+    for (size_t i = 0; i < pairs.size(); i += 2)
+        bytes += (i ? "\0"s : ""s) + status + pairs[i] + pairs[i + 1];
+    return bytes;
+}
+
+/// Runs of messages cut into blocks, in the order of ticks and bytes: real time orders a tick's blocks by time.
+Events Blocks(const Events& runs) {
+    Events blocks;
+    for (const Event& run : runs)
+        for (size_t i = 0; i < run.bytes.size(); i += 3)
+            blocks.push_back({run.tick, run.bytes.substr(i, 3)});
+    for (size_t i = blocks.size() - 1; i > 0; --i) { // from the end: what does not open a block goes with what precedes
+        const bool opens = blocks[i].bytes[1] == 99 && blocks[i].bytes.size() > 3 && blocks[i].bytes[5] == 0;
+        if (!opens && blocks[i].tick == blocks[i - 1].tick) {
+            blocks[i - 1].bytes += blocks[i].bytes;
+            blocks.erase(blocks.begin() + static_cast<std::ptrdiff_t>(i));
+        }
+    }
+    std::sort(blocks.begin(), blocks.end(),
+              [](const Event& a, const Event& b) { return std::tie(a.tick, a.bytes) < std::tie(b.tick, b.bytes); });
+    return blocks;
+}
+
+} // namespace
+
+TEST_CASE("engine midi file: a small song, byte for byte") {
+    Song song;
+    song.Tempo(960, 600000); // 1000 ms
+    song.Signature(1920, 3, 2);
+    song.Track("Voice");
+    song.Note(1920, 240, 60, 2); // at 2200 ms: sent at 200 ms, which is tick 192
+    song.Track("");
+    const std::string data = "A\0B\x7F\xFF"s;
+    tagQuillMidiQSBBuffer qsb[] = {{reinterpret_cast<const BYTE*>(data.data()), 5}, {nullptr, 9}};
+    CHECK(Saved(song, qsb) == "MThd\0\0\0\6\0\1\0\3\x01\xE0"s // format 1, 3 tracks, 480
+                              "MTrk\0\0\0\x34"
+                              "\0\xFF\x03\x0CMaster Track"
+                              "\0\xFF\x51\x03\x07\xA1\x20"           // 500000
+                              "\0\xFF\x58\x04\x04\x02\x18\x08"       // 4/4
+                              "\x87\x40\xFF\x51\x03\x09\x27\xC0"     // at 960, 7 x 128 + 64: 600000
+                              "\x87\x40\xFF\x58\x04\x03\x02\x18\x08" // at 1920: 3/4
+                              "\0\xFF\x2F\0"
+                              "MTrk\0\0\0\xA8"
+                              "\0\xFF\x03\x05Voice"
+                              "\0\xFF\x01\x0DQM:0000:A\0B\x7F\xFF"
+                              "\x81\x40"s +                                       // 192 = 128 + 64
+                                  Controls('\xB2', "\x63\x50\x62\0\6\0\x26\0"     // opening
+                                                   "\x63\x50\x62\1\6\x0F\x26\x50" // 2000 ms ahead, 15 x 128 + 80
+                                                   "\x63\x50\x62\2\6\x3C\x63\x50\x62\3\6\x64" // note 60, velocity 100
+                                                   "\x63\x50\x62\4\6\2\x26\x2C"               // 300 ms, 2 x 128 + 44
+                                                   "\x63\x50\x62\5\6\3" // begins and ends the sound
+                                                   "\x63\x50\x62\x11\6\1\x63\x50\x62\x12\6\1" // one character:
+                                                   "\x63\x50\x62\x13\6\x61\x26\0"             // a, of no advancement
+                                                   "\x63\x50\x62\x7F\6\x7F"s) +
+                                  "\x8F\x30\xFF\x2F\0"s // at 2160, where the note ends: 15 x 128 + 48 after 192
+                                  "MTrk\0\0\0\x08"
+                                  "\0\xFF\x03\0\0\xFF\x2F\0"s);
+}
+
+TEST_CASE("engine midi file: what a file holds is what was encoded, and other readers agree") {
+    Song song;
+    Fill(song);
+    const Bytes data(300, 'x');
+    tagQuillMidiQSBBuffer qsb[] = {{data.data(), 300}, {data.data(), 119}};
+    Inside file(3);
+    REQUIRE(file.Encode(song, qsb) == 1);
+    const Reader read(Saved(file, song, qsb));
+    REQUIRE(read.tracks.size() == 3);
+    Events all;
+    CxMidiSequence sequence; // the library's reader
+    sequence.Create(0, 0);
+    sequence.PrepareTrackList(1, 3, 480);
+    for (size_t i = 0; i < 3; ++i) {
+        CHECK(read.tracks[i] == EventsOf(file.buffers[i]));
+        all.insert(all.end(), read.tracks[i].begin(), read.tracks[i].end());
+        const std::string& chunk = read.chunks[i];
+        sequence.AddNewTrack(reinterpret_cast<const BYTE*>(chunk.data()), static_cast<DWORD>(chunk.size()));
+    }
+    std::stable_sort(all.begin(), all.end(), [](const Event& a, const Event& b) { return a.tick < b.tick; });
+    Events merged;
+    tagEvent event;
+    for (DWORD tick = 0; sequence.GetEvent(&event);) {
+        tick += event.delta;
+        std::string bytes;
+        for (const DWORD byte :
+             {DWORD{event.status}, DWORD{event.data1}, event.status == 0xFF ? event.length : DWORD{event.data2}})
+            bytes += static_cast<char>(byte);
+        for (DWORD i = 0; i < event.length; ++i)
+            bytes += static_cast<char>(event.bytes[i]);
+        merged.push_back({tick, bytes});
+    }
+    CHECK(merged == all);
+    CHECK(read.tracks[1].back().tick == 2700 + 5 * 480); // the last note's end
+}
+
+TEST_CASE("engine midi file: the blocks are those of real time, message by message") {
+    Song song;
+    Fill(song);
+    CxQuillMidiFile file;
+    file.SetPresendTime(499); // out of range: 2000, in both
+    const Reader read(Saved(file, song));
+    CHECK(file.GetPresendTime() == 2000);
+    CHECK(file.GetOutMode() == 0);
+
+    const std::unique_ptr<tagSequenceTimeMap[]> map(CxQuillMidiFile::CreateSequenceTimeMap(song.song.GetMasterTrack()));
+    POSITION at = song.song.GetHeadObjectPosition();
+    for (size_t i = 1; i < 3; ++i) {
+        tagQuillMidiEncodeStruct encode{song.song.GetNextObject(at), map.get()};
+        const std::unique_ptr<CQuillMidiBuffer> stream(file.EncodeSequenceTrack(&encode));
+        const Events expected = Blocks(EventsOf(*stream));
+        CHECK(expected.size() == 199);
+        CHECK(Blocks({read.tracks[i].begin() + 1, read.tracks[i].end() - 1}) == expected); // without name and end
+    }
+
+    Song spaced;
+    spaced.Track("");
+    spaced.Note(1920, 480, 60);
+    file.SetEventInterval(2);
+    const Reader apart(Saved(file, spaced));
+    const Events& events = apart.tracks.at(1);
+    REQUIRE(events.size() == 36); // name, the 34 messages of a plain note, end
+    for (DWORD i = 0; i < 34; ++i)
+        CHECK(events[i + 1].tick == 2 * i);
+    CHECK(events[35].tick == 2400);
+}
+
+TEST_CASE("engine midi file: deltas as variable-length quantities, bridged where they pass one") {
+    const TempFolder folder;
+    const struct {
+        DWORD delta;
+        std::string bytes;
+    } cases[] = {{0, "\0"s},
+                 {0x7F, "\x7F"},
+                 {0x80, "\x81\0"s},
+                 {0x3FFF, "\xFF\x7F"},
+                 {0x4000, "\x81\x80\0"s},
+                 {0x1FFFFF, "\xFF\xFF\x7F"},
+                 {0x200000, "\x81\x80\x80\0"s},
+                 {0x0FFFFFFF, "\xFF\xFF\xFF\x7F"},
+                 {0x10000000, ""}};
+    std::string all;
+    {
+        Inside file;
+        REQUIRE(file.Open(folder.Path("deltas").c_str(), CFile::modeCreate | CFile::modeReadWrite));
+        file.CreateChunk(torv::ChunkId("MTrk"), 0);
+        for (const auto& test : cases) {
+            CHECK(file.RiffWriteDelta(test.delta) == !test.bytes.empty());
+            all += test.bytes;
+        }
+        file.RiffWriteDummyEvent();
+        CHECK_FALSE(folder.Has("deltas")); // until it is closed
+    }                                      // which going does, with the chunk's size in this class's order
+    CHECK(folder.Content("deltas") == "MTrk\0\0\0"s + static_cast<char>(all.size() + 3) + all + "\xFF\1\0"s);
+
+    const std::string bridge = "\xFF\xFF\xFF\x7F\xFF\1\0"s;
+    const struct {
+        DWORD tick;
+        std::string before;
+    } bridged[] = {{0x0FFFFFFF, "\xFF\xFF\xFF\x7F"},
+                   {0x10000000, bridge + "\1"},
+                   {0x20000005, bridge + bridge + "\7"},
+                   {0x7FFFFFFF, bridge + bridge + bridge + bridge + bridge + bridge + bridge + bridge + "\7"}};
+    for (const auto& test : bridged) {
+        CAPTURE(test.tick);
+        Song song;
+        song.Tempo(test.tick, 3);
+        const std::string bytes = Saved(song);
+        CHECK(bytes.substr(53) == test.before + "\xFF\x51\3\0\0\3\0\xFF\x2F\0"s); // behind header, name, 500000, 4/4
+        CHECK(Reader(bytes).tracks.at(0).back().tick == test.tick);
+    }
+}
+
+TEST_CASE("engine midi file: host data go into pieces, unchanged") {
+    Bytes data(250);
+    for (size_t i = 0; i < data.size(); ++i)
+        data[i] = static_cast<BYTE>(i * 37);
+    Inside file;
+    const struct {
+        DWORD size;
+        std::vector<size_t> lengths;
+    } cases[] = {{0, {}}, {1, {9}}, {119, {127}}, {120, {127, 9}}, {250, {127, 127, 20}}};
+    for (const auto& test : cases) {
+        const auto& lengths = test.lengths;
+        CAPTURE(test.size);
+        file.buffers[0].Create(0, 2000, 0);
+        const tagQuillMidiQSBBuffer qsb{data.data(), test.size};
+        CHECK(file.WriteMetaQSBEvent(&qsb, 9998) == static_cast<int>(lengths.size()));
+        const Events events = file.Written();
+        REQUIRE(events.size() == lengths.size());
+        const char* const numbers[] = {"QM:9998:", "QM:9999:", "QM:0000:"};
+        std::string joined;
+        for (size_t i = 0; i < events.size(); ++i) {
+            CHECK(events[i].bytes.size() == lengths[i] + 3);
+            CHECK(events[i].bytes.substr(0, 11) == "\xFF\1"s + static_cast<char>(lengths[i]) + numbers[i]);
+            joined += events[i].bytes.substr(11);
+        }
+        CHECK(joined == Text(data).substr(0, test.size));
+        file.DebugTrace(&file.buffers[0]);
+        CHECK(file.Written() == events);
+    }
+    const tagQuillMidiQSBBuffer none{nullptr, 250};
+    CHECK(file.WriteMetaQSBEvent(&none, 0) == 0);
+    CHECK(file.WriteMetaQSBEvent(nullptr, 0) == 0);
+    file.DebugTrace(nullptr);
+}
+
+TEST_CASE("engine midi file: signatures stand at measures, names and tempos keep to their bytes") {
+    const auto signatures = [](Song& song) {
+        Inside file;
+        CHECK(file.WriteMasterTrack(&song.song) == 1);
+        std::vector<std::vector<DWORD>> rows;
+        for (const Event& event : file.Written())
+            if (event.bytes[1] == '\x58')
+                rows.push_back({event.tick, static_cast<BYTE>(event.bytes[3]), static_cast<BYTE>(event.bytes[4])});
+        return rows;
+    };
+    using Rows = std::vector<std::vector<DWORD>>;
+    Song song;
+    SUBCASE("a change within a measure moves to its beginning") {
+        song.Signature(1920 + 500, 3, 3);
+        song.Signature(1920 + 500 + 720 * 2, 5, 2);
+        CHECK(signatures(song) == Rows{{0, 4, 2}, {1920, 3, 3}, {1920 + 720 * 2, 5, 2}});
+    }
+    SUBCASE("a first change at 0 is drawn with its own measures, though they were counted by the initial ones") {
+        song.Signature(0, 3, 2);
+        song.Signature(2880, 4, 2);
+        CHECK(signatures(song) == Rows{{0, 3, 2}, {1440, 4, 2}});
+    }
+    SUBCASE("measure numbers go round at 65536") {
+        song.song.GetMasterTrack()->SetInitialTimeSig({1, 7}); // 15 ticks
+        song.Signature(15 * 65530, 2, 7);
+        song.Signature(15 * 65530 + 30 * 10, 4, 2);
+        CHECK(signatures(song) == Rows{{0, 1, 7}, {982950, 2, 7}, {983250, 4, 2}});
+    }
+    SUBCASE("one past the last tick is left out") {
+        song.song.GetMasterTrack()->SetInitialTimeSig({1, 7});
+        song.Signature(0, 255, 0);        // 489600 ticks, but the next is counted by 15
+        song.Signature(15 * 65535, 4, 2); // 65535 x 489600
+        CHECK(signatures(song) == Rows{{0, 255, 0}});
+    }
+    SUBCASE("what does not fit its bytes") {
+        Inside file;
+        file.WriteMetaTrackName(std::string(300, 'n').c_str());
+        file.WriteMetaTrackName(nullptr);
+        file.WriteMetaTempo(0x1000000);
+        file.WriteMetaEOT(5);
+        CHECK(file.Written() == Events{{0, "\xFF\3\xFF" + std::string(255, 'n')},
+                                       {0, "\xFF\3\0"s},
+                                       {0, "\xFF\x51\3\xFF\xFF\xFF"},
+                                       {5, "\xFF\x2F\0"s}});
+        CHECK(file.WriteMetaEOT(0x7FFFFFFF) == 0);       // past the last tick
+        CHECK(file.RiffWriteMidiHeader(1, 1, 480) == 0); // no file
+        CHECK(file.RiffWriteMidiTrack() == 0);
+    }
+}
+
+TEST_CASE("engine midi file: a save that fails leaves what was there, and says why") {
+    const TempFolder folder;
+    const std::string old = folder.File("old.mid", "old");
+    Song song;
+    Fill(song);
+    song.Track(""); // which still fits when the tracks before it do not
+    song.builder.CloseBuffer();
+    const Bytes data(20000, 'x');
+    tagQuillMidiQSBBuffer qsb[] = {{data.data(), 20000}, {data.data(), 20000}, {}};
+    CxQuillMidiFile file;
+    const auto failure = [&](const std::string& path) -> std::string {
+        CHECK(file.SaveAsFormat1(path.c_str(), &song.song, qsb) == 0);
+        CHECK(file.IsOpen() == 0);
+        return file.GetErrorMessage();
+    };
+
+    CHECK(failure(folder.Path("none/new.mid")) == "CFileException::badPath");
+    CHECK(failure("") == "CFileException::badPath");
+    folder.Folder("sub.mid");
+    CHECK(failure(folder.Path("sub.mid")) == "CFileException::accessDenied");
+    CHECK_FALSE(folder.Has("sub.mid.saving"));
+#if defined(_WIN32)
+    {
+        CFile inUse(folder.File("busy.mid", "busy").c_str(), CFile::modeRead | CFile::shareExclusive);
+        const std::string text = failure(folder.Path("busy.mid"));
+        CHECK((text == "CFileException::sharingViolation SHARE.EXE" || text == "CFileException::accessDenied"));
+        CHECK_FALSE(folder.Has("busy.mid.saving"));
+        CFile saving(folder.File("old.mid.saving", "another's").c_str(), CFile::modeRead | CFile::shareExclusive);
+        CHECK(failure(old) == "CFileException::sharingViolation SHARE.EXE");
+    }
+    CHECK(folder.Content("busy.mid") == "busy");
+    CHECK(folder.Content("old.mid.saving") == "another's"); // what it did not make it does not remove
+    std::filesystem::remove(folder.Path("old.mid.saving"));
+#else
+    for (const char* const name : {"old.mid", "new.mid"}) {
+        // Full from the first byte on, in a save and in what a host writes itself.
+        for (const bool isSave : {true, false}) {
+            std::filesystem::create_symlink("/dev/full", folder.Path(name + ".saving"s));
+            if (isSave) {
+                CHECK(failure(folder.Path(name)) == "CFileException::diskFull");
+            } else {
+                CHECK(file.Open(folder.Path(name).c_str(), CFile::modeCreate | CFile::modeReadWrite) == 1);
+                CHECK(file.Write("x", 1) == 0);
+                CHECK(file.Close() == 0);
+            }
+            CHECK_FALSE(std::filesystem::is_symlink(folder.Path(name + ".saving"s)));
+        }
+        // Full in the midst of a track: the system refuses to let a file grow further, as a full disk does.
+        rlimit before{};
+        getrlimit(RLIMIT_FSIZE, &before);
+        const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+        for (const rlim_t room : {10, 20, 9000, 30000}) {
+            const rlimit limit{room, before.rlim_max};
+            setrlimit(RLIMIT_FSIZE, &limit);
+            const int saved = file.SaveAsFormat1(folder.Path(name).c_str(), &song.song, qsb);
+            setrlimit(RLIMIT_FSIZE, &before);
+            CHECK(saved == 0);
+            CHECK(file.GetErrorMessage() == "CFileException::diskFull"s);
+            CHECK_FALSE(folder.Has(name + ".saving"s));
+        }
+        std::signal(SIGXFSZ, handler);
+    }
+#endif
+    CHECK(folder.Content("old.mid") == "old");
+    CHECK_FALSE(folder.Has("new.mid"));
+
+    CHECK(file.SaveAsFormat1(nullptr, &song.song, nullptr) == 0);
+    CHECK(file.SaveAsFormat1(old.c_str(), nullptr, qsb) == 0);
+    CHECK(file.GetErrorMessage() == "CFileException::none"s); // no file error, and none of the save before
+    CSequence noMaster;
+    CHECK(file.SaveAsFormat1(old.c_str(), &noMaster, nullptr) == 0);
+    CMasterTrack noEvents;
+    noMaster.Create(&noEvents);
+    CHECK(file.SaveAsFormat1(old.c_str(), &noMaster, nullptr) == 0);
+    CHECK(file.SaveAsFormat0(old.c_str(), &song.song, qsb) == 1); // as a save that went well
+    CHECK(file.SaveAsFormat0(folder.Path("new.mid").c_str(), nullptr, nullptr) == 1);
+    CHECK_FALSE(folder.Has("new.mid"));
+    CHECK(folder.Content("old.mid") == "old");
+
+    Song bare;
+    bare.song.AddObject(new CSequenceObject); // one without a chart is an empty one
+    CHECK(file.SaveAsFormat1(old.c_str(), &bare.song, nullptr) == 1);
+    CHECK(Reader(folder.Content("old.mid")).tracks.at(1) == Events{{0, "\xFF\3\0"s}, {0, "\xFF\x2F\0"s}});
+    CHECK_FALSE(folder.Has("old.mid.saving"));
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+#include <vector>
+
+using Json = nlohmann::ordered_json;
+
+/// Prints what a standard MIDI file or a wave file holds, as text or as JSON. Throws InputError.
+void Describe(const std::string& path, bool json);
+
+/// What a MIDI file holds: format, division, length, tempos, signatures, tracks with notes, lyrics and engine blocks.
+Json DescribeMidi(const std::string& path, std::vector<unsigned char>& bytes);
+
+/// What a wave file holds: format, length and chunks, of a damaged one what is there.
+Json DescribeWave(const std::string& path, const std::vector<unsigned char>& bytes);
+
+/// "0:31.4".
+std::string ClockText(double seconds);

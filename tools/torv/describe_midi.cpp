@@ -1,0 +1,94 @@
+#include "describe.h"
+
+#include "lyric_line.h"
+#include "midi_song.h"
+#include "tempo_trail.h"
+#include "text_encoding.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr size_t kLongestLyrics = 60; // characters, roughly
+
+struct BlockName {
+    int number;
+    const char* name;
+};
+constexpr BlockName kBlocks[] = {
+    {0x50, "note"},          {0x53, "voice"},           {0x54, "pitch bend"},   {0x55, "voice control"},
+    {0x60, "language"},      {0x63, "dynamics"},        {0x64, "vibrato rate"}, {0x65, "vibrato depth"},
+    {0x66, "tremolo depth"}, {0x67, "bend sensitivity"}};
+
+std::string NameOfBlock(int number) {
+    const auto* const found = std::find_if(std::begin(kBlocks), std::end(kBlocks),
+                                           [number](const BlockName& block) { return block.number == number; });
+    return found != std::end(kBlocks) ? found->name : "block " + std::to_string(number);
+}
+
+/// The beginning of a track's lyrics as one line.
+std::string LyricsOf(const LyricLine& line) {
+    std::string text;
+    for (const Syllable& syllable : line.syllables) {
+        if (text.size() > kLongestLyrics)
+            return text + "...";
+        if (syllable.prolongs)
+            continue;
+        const bool goesOn = !text.empty() && text.back() == '-';
+        if (goesOn)
+            text.pop_back();
+        text += (text.empty() || goesOn ? "" : " ") + syllable.text;
+    }
+    return text;
+}
+
+Json DescribeTrack(const MidiSongTrack& track) {
+    Json about;
+    about["name"] = ToUtf8(track.name, DetectEncoding(track.name));
+    about["notes"] = track.notes.size();
+    if (!track.notes.empty()) {
+        const auto [low, high] = std::minmax_element(
+            track.notes.begin(), track.notes.end(), [](const MidiNote& a, const MidiNote& b) { return a.key < b.key; });
+        about["lowestKey"] = low->key;
+        about["highestKey"] = high->key;
+    }
+    const bool hasEvents =
+        std::any_of(track.texts.begin(), track.texts.end(), [](const MidiText& text) { return text.lyric; });
+    if (hasEvents || HasKaraokeTexts(track)) {
+        const LyricLine line = ReadLyricLine(track.texts, !hasEvents, std::nullopt);
+        about["syllables"] = line.syllables.size();
+        about["lyrics"] = LyricsOf(line);
+    }
+    for (const auto& [number, count] : track.engineBlocks)
+        about["engineBlocks"][NameOfBlock(number)] = count;
+    return about;
+}
+
+} // namespace
+
+Json DescribeMidi(const std::string& path, std::vector<unsigned char>& bytes) {
+    const MidiSong song = ReadMidiSong(path, bytes);
+    const auto seconds = [&song](uint32_t tick) { return MillisecondsAt(song.tempos, tick) / 1000; };
+    Json about;
+    about["file"] = path;
+    about["kind"] = "standard MIDI file";
+    about["format"] = song.format;
+    about["division"] = song.division;
+    about["seconds"] = seconds(song.end);
+    about["length"] = ClockText(seconds(song.end));
+    about["beats"] = song.end / 480.0;
+    about["tempos"] = Json::array();
+    for (const MidiTempo& tempo : song.tempos)
+        about["tempos"].push_back({{"beat", tempo.tick / 480.0},
+                                   {"seconds", seconds(tempo.tick)},
+                                   {"beatsPerMinute", 60e6 / tempo.microsecondsPerQuarter}});
+    about["signatures"] = Json::array();
+    for (const MidiSignature& signature : song.signatures)
+        about["signatures"].push_back({{"beat", signature.tick / 480.0},
+                                       {"signature", std::to_string(signature.numerator) + "/" +
+                                                         std::to_string(1 << signature.denominatorExponent)}});
+    about["tracks"] = Json::array();
+    for (const MidiSongTrack& track : song.tracks)
+        about["tracks"].push_back(DescribeTrack(track));
+    return about;
+}
