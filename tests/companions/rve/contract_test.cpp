@@ -98,7 +98,7 @@ TEST_CASE("a step allocates nothing, whatever arrives") {
     Stream song;
     for (int i = 0; i < 300; ++i) // more than there is room for
         song.Note({.note = i % 128, .startMs = i * 16, .lengthMs = 40, .phonemes = "s t r eI"});
-    allocation_counter::Start();
+    allocation_counter::WatchThisThread();
     singer->Step(static_cast<int32_t>(song.Events().size()), song.Events().data(), samples, 558);
     for (int i = 0; i < 200; ++i) {
         for (RVEEvent& event : events)
@@ -107,7 +107,8 @@ TEST_CASE("a step allocates nothing, whatever arrives") {
                      0};
         singer->Step(static_cast<int32_t>(events.size()), events.data(), samples, 558);
     }
-    CHECK(allocation_counter::Stop() == 0);
+    allocation_counter::WatchThisThread(false);
+    CHECK(allocation_counter::Take() == 0);
 }
 
 TEST_CASE("blocks: one that breaks off is dropped, one without an end mark sings nothing, the next one is whole") {

@@ -6,11 +6,11 @@
 
 namespace {
 
-std::atomic<bool> g_counting{false};
+thread_local bool t_watched = false;
 std::atomic<int> g_allocations{0};
 
 void* Allocate(std::size_t size) noexcept {
-    if (g_counting)
+    if (t_watched)
         ++g_allocations;
     return std::malloc(size ? size : 1);
 }
@@ -19,15 +19,8 @@ void* Allocate(std::size_t size) noexcept {
 
 namespace allocation_counter {
 
-void Start() {
-    g_allocations = 0;
-    g_counting = true;
-}
-
-int Stop() {
-    g_counting = false;
-    return g_allocations;
-}
+void WatchThisThread(bool isWatched) { t_watched = isWatched; }
+int Take() { return g_allocations.exchange(0); }
 
 } // namespace allocation_counter
 
