@@ -144,7 +144,7 @@ int CWaveBuffer::WriteSample(const void* frame) {
         m_nModify = 1;
     if (moved < m_dwUnitSize)
         return 0;
-    m_dwSamples = m_dwSize / m_dwUnitSize;
+    m_dwSamples = FramesIn(m_dwSize);
     return 1;
 }
 
@@ -152,7 +152,7 @@ DWORD CWaveBuffer::WriteSample(const void* frames, DWORD count) {
     const DWORD moved = Overwrite(frames, FrameBytes(count));
     if (moved) {
         m_nModify = 1;
-        m_dwSamples = m_dwSize / m_dwUnitSize;
+        m_dwSamples = FramesIn(m_dwSize);
     }
     return moved / m_dwUnitSize;
 }

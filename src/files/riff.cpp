@@ -40,12 +40,14 @@ const char* torv::FileErrorText(int cause) {
 
 CxRiff::CxRiff(const char* name) {
     if (name)
-        Open(name, CFile::modeReadWrite);
+        OpenFile(name, CFile::modeReadWrite);
 }
 
 CxRiff::CxRiff(CFile* file) : m_pFile(file) {}
 
-CxRiff::~CxRiff() { CxRiff::Close(); }
+CxRiff::~CxRiff() {
+    CloseFile([this] { return CloseChunk(false); });
+}
 
 CFile& CxRiff::File() const {
     if (!m_pFile)
@@ -71,6 +73,10 @@ void CxRiff::RecordError(int cause) {
 
 int CxRiff::Open(const char* name, UINT flags) {
     Close();
+    return OpenFile(name, flags);
+}
+
+int CxRiff::OpenFile(const char* name, UINT flags) {
     m_path.clear();
     m_qwSearchLimit = m_qwWritten = 0;
     if (!m_pFile) {
@@ -87,12 +93,17 @@ int CxRiff::Open(const char* name, UINT flags) {
 }
 
 int CxRiff::Close() {
+    return CloseFile([this] { return CloseChunk(); });
+}
+
+template <class CloseInnermost>
+int CxRiff::CloseFile(CloseInnermost closeInnermost) {
     if (!m_nOpened)
         return 0;
     bool isWhole = true;
     while (!m_path.empty()) {
         const size_t depth = m_path.size();
-        if (m_path.back().isWritten && !CloseChunk())
+        if (m_path.back().isWritten && !closeInnermost())
             isWhole = false;
         if (m_path.size() == depth)
             m_path.pop_back();

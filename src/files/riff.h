@@ -114,6 +114,10 @@ private:
     };
 
     CFile& File() const;
+    int OpenFile(const char* name, UINT flags);
+    /// Closes with the given way of closing a chunk: the destructor's is this class's own.
+    template <class CloseInnermost>
+    int CloseFile(CloseInnermost closeInnermost);
     template <class Operation>
     bool Attempt(Operation operation);
     void RecordError(int cause);
