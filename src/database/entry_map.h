@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cstddef>
+#include <memory>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "torv/platform/platform.h"
 
@@ -27,20 +30,36 @@ public:
     int RemoveEntry(const char* key);
     void RemoveAll();
 
-    int GetCount() const { return static_cast<int>(m_order.GetCount()); }
+    int GetCount() const { return m_count; }
     const char* GetSectionName() const { return m_name; }
 
     /// Null when there is no entry. GetNextAssoc yields one and moves on; after the last, `position` is null.
-    POSITION GetStartPosition() const { return m_order.GetHeadPosition(); }
+    POSITION GetStartPosition() const { return reinterpret_cast<POSITION>(m_first); }
     void GetNextAssoc(POSITION& position, CString& key, CString& value) const;
 
 private:
+    friend class CxTypedFile; // its lines are parts of a longer text
+    /// A file has hundreds of thousands of entries, so each stands in a block of them and carries its own links.
     struct Entry {
         CString key;
         CString value;
+        Entry* next = nullptr;
+        Entry* previous = nullptr;
+        Entry* sameBucket = nullptr; ///< of a free entry: the next free one
+        std::size_t hash = 0;
     };
 
+    void Set(std::string_view key, std::string_view value);
+    Entry* Find(std::string_view key, std::size_t hash) const;
+    Entry*& BucketOf(std::size_t hash) { return m_buckets[hash & (m_buckets.size() - 1)]; }
+    void MakeFreeEntries();
+    void MakeBuckets();
+
     CString m_name;
-    CList<Entry, const Entry&> m_order{10};
-    std::unordered_map<std::string_view, POSITION> m_places; // its keys are views of those in the list
+    int m_count = 0;
+    Entry* m_first = nullptr;
+    Entry* m_last = nullptr;
+    Entry* m_free = nullptr;
+    std::vector<Entry*> m_buckets; ///< a power of two of them, more than there are entries
+    std::vector<std::unique_ptr<Entry[]>> m_blocks;
 };

@@ -1,6 +1,8 @@
 #include "torv/database/typed_file.h"
 
+#include <array>
 #include <new>
+#include <utility>
 
 #include "torv/stream/global_buffer.h"
 
@@ -24,7 +26,65 @@ std::string_view TrimRight(std::string_view text) {
 
 CString Text(std::string_view text) { return {text.data(), static_cast<int>(text.size())}; }
 
-void Put(CFile* file, const CString& text) { file->Write(text, static_cast<UINT>(text.GetLength())); }
+/// Lines on their way to a file that has no buffer of its own.
+class LineWriter {
+public:
+    explicit LineWriter(CFile* file) : m_file(file) {}
+    LineWriter(const LineWriter&) = delete;
+    LineWriter& operator=(const LineWriter&) = delete;
+
+    void Put(std::string_view text) {
+        if (text.size() > m_gathered.size() - m_count) {
+            Flush();
+            if (text.size() > m_gathered.size()) {
+                m_file->Write(text.data(), static_cast<UINT>(text.size()));
+                return;
+            }
+        }
+        text.copy(m_gathered.data() + m_count, text.size());
+        m_count += text.size();
+    }
+    void Flush() {
+        if (const size_t count = std::exchange(m_count, 0))
+            m_file->Write(m_gathered.data(), static_cast<UINT>(count));
+    }
+
+private:
+    CFile* m_file;
+    size_t m_count = 0;
+    std::array<char, 16384> m_gathered;
+};
+
+struct Form {
+    std::string_view lineEnd;
+    std::string_view equals;
+    std::string_view sectionEnd;
+};
+
+int WriteSections(const CxSectionMap& sections, CFile* file, const Form& form) {
+    LineWriter lines(file);
+    CString name;
+    CString key;
+    CString value;
+    CxEntryMap* map = nullptr;
+    for (POSITION section = sections.GetStartPosition(); section;) {
+        sections.GetNextAssoc(section, name, map);
+        lines.Put("[");
+        lines.Put(name.GetStdString());
+        lines.Put("]");
+        lines.Put(form.lineEnd);
+        for (POSITION entry = map->GetStartPosition(); entry;) {
+            map->GetNextAssoc(entry, key, value);
+            lines.Put(key.GetStdString());
+            lines.Put(form.equals);
+            lines.Put(value.GetStdString());
+            lines.Put(form.lineEnd);
+        }
+        lines.Put(form.sectionEnd);
+    }
+    lines.Flush();
+    return 1;
+}
 
 } // namespace
 
@@ -154,7 +214,7 @@ int CxTypedFile::ProfileToMap(const unsigned char* text, DWORD length) {
             continue;
         const std::string_view key = TrimRight(line.substr(0, equals));
         const std::string_view value = line.substr(equals + 1);
-        section->SetAt(Text(key), Text(TrimRight(TrimLeft(value.substr(0, value.find(';'))))));
+        section->Set(key, TrimRight(TrimLeft(value.substr(0, value.find(';')))));
     }
     return 1;
 }
@@ -168,35 +228,6 @@ std::string_view CxTypedFile::ReadLine(std::string_view text, size_t& position) 
     return text.substr(start, position - start).substr(0, kMaxLine);
 }
 
-int CxTypedFile::MapToProfile(CFile* file) const {
-    CString name;
-    CString key;
-    CString value;
-    CxEntryMap* map = nullptr;
-    for (POSITION section = m_sections.GetStartPosition(); section;) {
-        m_sections.GetNextAssoc(section, name, map);
-        Put(file, "[" + name + "]\r\n");
-        for (POSITION entry = map->GetStartPosition(); entry;) {
-            map->GetNextAssoc(entry, key, value);
-            Put(file, key + " = " + value + "\r\n");
-        }
-        Put(file, "\r\n");
-    }
-    return 1;
-}
+int CxTypedFile::MapToProfile(CFile* file) const { return WriteSections(m_sections, file, {"\r\n", " = ", "\r\n"}); }
 
-int CxTypedFile::MapToProfile2(CFile* file) const {
-    CString name;
-    CString key;
-    CString value;
-    CxEntryMap* map = nullptr;
-    for (POSITION section = m_sections.GetStartPosition(); section;) {
-        m_sections.GetNextAssoc(section, name, map);
-        Put(file, "[" + name + "]\n");
-        for (POSITION entry = map->GetStartPosition(); entry;) {
-            map->GetNextAssoc(entry, key, value);
-            Put(file, key + "=" + value + "\n");
-        }
-    }
-    return 1;
-}
+int CxTypedFile::MapToProfile2(CFile* file) const { return WriteSections(m_sections, file, {"\n", "=", ""}); }

@@ -25,17 +25,17 @@ public:
 private:
     using Place = std::pair<ULONGLONG, DWORD>; // time, track
 
-    DWORD Enter(tagMidiTrack* const* tracks, DWORD index, DWORD lastTick);
+    DWORD FindPlace(tagMidiTrack* const* tracks, DWORD index, DWORD lastTick, Place& place, bool& hasOne) const;
+    DWORD Advance(tagMidiTrack* const* tracks, DWORD lastTick);
+    void SinkTop();
     DWORD Rebuild(tagMidiTrack* const* tracks, DWORD count, DWORD lastTick);
 
-    std::vector<Place> m_places; // a heap, the next one on top
+    std::vector<Place> m_places; // a heap, the next one on top; the track taken last stays there until it has moved on
     /// Where the last tick stands among the times. Ticks wrap, times do not: a track that was muted for a while may
     /// stand before the last tick; its distance is then huge, so it comes last.
     ULONGLONG m_now = 0;
-    DWORD m_taken = kNoTrack; // waits to have its next event parsed
+    bool m_taken = false; // the top one waits to have its next event parsed
     std::atomic<bool> m_stale = true;
-
-    static constexpr DWORD kNoTrack = 0xFFFFFFFF;
 };
 
 } // namespace torv

@@ -4,6 +4,12 @@
 #include <cstdint>
 #include <new>
 
+namespace {
+
+constexpr DWORD kNearBlocks = 16; // so far a walk costs less than a search
+
+} // namespace
+
 CExtendBuffer::CExtendBuffer(DWORD blockSize, int flags) { CExtendBuffer::Create(blockSize, flags); }
 
 CExtendBuffer::~CExtendBuffer() { RemoveAll(); }
@@ -35,6 +41,13 @@ DWORD CExtendBuffer::SeekTo(DWORD position) {
         return 0;
     position = std::min(position, m_dwSize);
 
+    const DWORD distance = position < m_dwPosition ? m_dwPosition - position : position - m_dwPosition;
+    const DWORD way = std::min({distance, position, m_dwSize - position}) / m_dwBlockSize;
+    if (way > kNearBlocks && EnterByDirectory(position, way)) {
+        m_dwPosition = position;
+        return position;
+    }
+
     bool forward = true;
     if (position < m_dwPosition) {
         if (position < m_dwPosition / 2) {
@@ -64,6 +77,41 @@ DWORD CExtendBuffer::SeekTo(DWORD position) {
     return position;
 }
 
+/// Onto the block that holds a position within the data. False when the chain has to be walked.
+bool CExtendBuffer::EnterByDirectory(DWORD position, DWORD way) {
+    if (!m_isDirectoryTrue) {
+        m_dwPassed += way;
+        if (m_dwPassed < m_dwSize / m_dwBlockSize || !MakeDirectory())
+            return false;
+    }
+    const Place* const first = m_directory.get();
+    const Place* const after = std::upper_bound(first, first + m_dwDirectoryBlocks, position,
+                                                [](DWORD sought, const Place& place) { return sought < place.start; });
+    m_pCurrent = after[-1].block; // of blocks with one start, all but the last are empty
+    m_dwCurrentStart = after[-1].start;
+    return true;
+}
+
+bool CExtendBuffer::MakeDirectory() {
+    m_dwPassed = 0;
+    DWORD blocks = 0;
+    for (const CxShortBuff* block = m_pFirst; block; block = block->m_pNext)
+        ++blocks;
+    if (!m_directory || blocks > m_dwDirectoryBlocks)
+        m_directory.reset(new (std::nothrow) Place[blocks]);
+    m_dwDirectoryBlocks = m_directory ? blocks : 0;
+    if (!m_directory)
+        return false;
+    Place* place = m_directory.get();
+    DWORD start = 0;
+    for (CxShortBuff* block = m_pFirst; block; block = block->m_pNext) {
+        *place++ = {start, block};
+        start += block->m_dwUsed;
+    }
+    m_isDirectoryTrue = true;
+    return true;
+}
+
 DWORD CExtendBuffer::Read(char* destination, DWORD count) {
     if (!m_pCurrent || !destination)
         return 0;
@@ -89,6 +137,8 @@ DWORD CExtendBuffer::Write(const char* source, DWORD count) {
         const DWORD moved =
             m_pCurrent->Write(offset, source + done, static_cast<DWORD>(std::min<uint64_t>(count - done, room)));
         m_dwSize += m_pCurrent->m_dwUsed - used;
+        if (m_pCurrent->m_dwUsed != used && m_pCurrent->m_pNext)
+            BlocksChanged();
         done += moved;
         m_dwPosition += moved;
         if (done == count || !EnterNextOrNewBlock())
@@ -107,6 +157,7 @@ DWORD CExtendBuffer::Insert(const char* source, DWORD count) {
     if (!m_pCurrent || !source)
         return 0;
     count = std::min(count, RoomForGrowth());
+    BlocksChanged();
     if (m_dwPosition == m_dwCurrentStart && m_pCurrent->m_pPrev)
         EnterPrevBlock(); // free room at a block's end is used first
 
@@ -148,6 +199,7 @@ DWORD CExtendBuffer::Remove(DWORD count) {
     if (!m_pCurrent)
         return 0;
     count = std::min(count, m_dwSize);
+    BlocksChanged();
     DWORD left = count;
     for (;;) {
         const DWORD moved = m_pCurrent->Delete(OffsetInBlock(), left);
@@ -200,6 +252,8 @@ DWORD CExtendBuffer::Load(CFile* file, DWORD count, int* error) {
                 break;
             m_pCurrent->m_dwUsed = std::max(used, offset + moved);
             m_dwSize += m_pCurrent->m_dwUsed - used;
+            if (m_pCurrent->m_dwUsed != used && m_pCurrent->m_pNext)
+                BlocksChanged();
             m_dwPosition += moved;
             count -= moved;
         }
@@ -244,6 +298,7 @@ CxShortBuff* CExtendBuffer::InsertBlock(CxShortBuff* at, CxShortBuff* block, int
         block = CreateBlock();
     if (!block)
         return nullptr;
+    BlocksChanged();
     if (at && after) {
         ChainBlock(block, at->m_pNext);
         ChainBlock(at, block);
@@ -261,6 +316,7 @@ CxShortBuff* CExtendBuffer::InsertBlock(CxShortBuff* at, CxShortBuff* block, int
 CxShortBuff* CExtendBuffer::RemoveBlock(CxShortBuff* block) {
     if (!block || (!block->m_pPrev && !block->m_pNext))
         return nullptr;
+    BlocksChanged();
     CxShortBuff* next = block->m_pNext;
     if (block == m_pFirst)
         m_pFirst = next;
@@ -294,6 +350,9 @@ void CExtendBuffer::RemoveAll() {
         delete m_pLast;
         m_pLast = previous;
     }
+    m_directory.reset();
+    m_dwDirectoryBlocks = 0;
+    BlocksChanged();
     m_pFirst = m_pCurrent = nullptr;
     m_dwPosition = m_dwBlockSize = m_dwCurrentStart = m_dwSize = 0;
 }

@@ -2,6 +2,8 @@
 
 #include "torv/stream/short_buff.h"
 
+#include <memory>
+
 /// A growable byte sequence with one read/write position, kept as a chain of blocks of one capacity, so that an insert
 /// or remove moves at most one block's bytes. Sizes and positions are bytes from the start; counts returned are what
 /// was done, which is less than asked when memory, the data, or 32 bits of size run out. Nothing is thrown. A buffer
@@ -59,6 +61,10 @@ protected:
     /// them walks the chain to renumber it; only who looks at the blocks themselves needs this.
     void NumberBlocks();
 
+    /// Blocks begin elsewhere than before. What changes a block but the last one by itself must say so; the functions
+    /// here do.
+    void BlocksChanged() { m_isDirectoryTrue = false; }
+
     /// The offset of the position in the current block.
     DWORD OffsetInBlock() const { return m_dwPosition - m_dwCurrentStart; }
     /// Moves the current block, not the position, to the next or previous one, which must exist.
@@ -78,4 +84,18 @@ private:
     bool EnterNextOrNewBlock();
     DWORD RoomForGrowth() const { return 0xFFFFFFFF - m_dwSize; }
     bool SplitForInsert(DWORD offset);
+
+    // Data that are read in another order than they were written in would walk the chain to and fro. Once the walks
+    // have passed as many blocks as there are, a directory of them is made, so that its making costs no more than they.
+    struct Place {
+        DWORD start;
+        CxShortBuff* block;
+    };
+    bool EnterByDirectory(DWORD position, DWORD way);
+    bool MakeDirectory();
+
+    std::unique_ptr<Place[]> m_directory;
+    DWORD m_dwDirectoryBlocks = 0;
+    DWORD m_dwPassed = 0; ///< blocks passed since the last directory was made
+    bool m_isDirectoryTrue = false;
 };

@@ -431,6 +431,7 @@ bool CStreamBuffer::InsertBytes(DWORD position, const void* entry) {
     const CxShortBuff* const before = m_pCurrent->m_pPrev;
     if (OffsetInBlock() == 0 && before && before->m_dwUsed + m_dwEntrySize > before->m_dwCapacity &&
         m_pCurrent->Insert(0, bytes, m_dwEntrySize)) {
+        BlocksChanged();
         m_dwSize += m_dwEntrySize;
         m_dwPosition += m_dwEntrySize;
         return true;

@@ -296,3 +296,36 @@ TEST_CASE("extend buffer: agrees with a plain string through random edits") {
         }
     }
 }
+
+TEST_CASE("extend buffer: far seeks, with edits between them, land where the bytes are") {
+    // Many blocks, so that a seek looks its block up instead of walking; every kind of edit makes the last look-up old.
+    std::mt19937 random(7);
+    Chain chain(8);
+    std::string model;
+    for (int i = 0; i < 500; ++i)
+        model += static_cast<char>('a' + i % 26);
+    chain.Put(model);
+    for (int round = 0; round < 4000; ++round) {
+        const auto at = static_cast<DWORD>(random() % (model.size() + 1));
+        REQUIRE(chain.SeekTo(at) == at);
+        const std::string text(1 + random() % 20, static_cast<char>('A' + round % 26));
+        switch (random() % 8) {
+        case 0:
+            REQUIRE(chain.InsertText(text) == text.size());
+            model.insert(at, text);
+            break;
+        case 1:
+            REQUIRE(chain.Remove(7) == std::min<size_t>(7, model.size() - at));
+            model.erase(at, 7);
+            break;
+        case 2:
+            chain.Put(text);
+            model += text;
+            break;
+        default:
+            REQUIRE(chain.ReadText(9) == model.substr(at, 9));
+        }
+    }
+    chain.SeekTo(0);
+    CHECK(chain.Content() == model);
+}

@@ -1,0 +1,180 @@
+// Writing an engine file of 2,000,000 messages: CxQuillMidiFile's writing part over prepared buffers, libsmf over
+// prepared events, and a plain copy of the file's bytes. The encoding before it has a benchmark of its own.
+#include "bench_file.h"
+
+#include "torv/files/quill_midi_file.h"
+
+#include <array>
+#include <map>
+#include <random>
+#include <vector>
+
+#ifdef TORV_HAS_SMF
+#include <smf.h>
+#endif
+
+namespace {
+
+constexpr DWORD kTracks = 16;
+constexpr DWORD kFewMessages = 20000; // where the work by the square of a track's length does not show
+constexpr DWORD kMessages = 2000000;
+constexpr DWORD kDivision = 480;
+constexpr DWORD kMessageBytes = 3;
+
+struct Message {
+    DWORD delta;
+    std::array<BYTE, kMessageBytes> bytes;
+};
+
+using Messages = std::vector<Message>;
+
+/// One track's messages: a parameter's number and its value by control changes, most of them a tick or a few apart.
+Messages MakeMessages(std::mt19937& random, DWORD count) {
+    Messages messages(count);
+    for (size_t i = 0; i < messages.size(); ++i) {
+        constexpr BYTE kControllers[] = {99, 98, 6, 38};
+        const DWORD delta = i % 24 ? 1 + random() % 3 : 1 + random() % 500;
+        messages[i] = {delta, {0xB0, kControllers[i % 4], static_cast<BYTE>(random() & 0x7F)}};
+    }
+    return messages;
+}
+
+/// The messages of every track, and the file that they must become.
+struct Song {
+    std::vector<Messages> tracks;
+    std::string file;
+};
+
+std::string TrackBytes(const Messages& messages) {
+    std::string events;
+    for (const Message& message : messages) {
+        if (message.delta > 0x7F)
+            events += static_cast<char>(0x80 | message.delta >> 7);
+        events += static_cast<char>(message.delta & 0x7F);
+        events.append(reinterpret_cast<const char*>(message.bytes.data()), kMessageBytes);
+    }
+    events += std::string("\0\xFF\x2F\0", 4);
+    std::string track = "MTrk";
+    for (int shift = 24; shift >= 0; shift -= 8)
+        track += static_cast<char>(events.size() >> shift & 0xFF);
+    return track + events;
+}
+
+const Song& SongOf(int64_t messages) {
+    static std::map<int64_t, Song> songs;
+    Song& song = songs[messages];
+    if (!song.file.empty())
+        return song;
+    std::mt19937 random(20);
+    song.file = std::string("MThd\0\0\0\6\0\1\0\x10\1\xE0", 14);
+    for (DWORD i = 0; i < kTracks; ++i) {
+        song.tracks.push_back(MakeMessages(random, static_cast<DWORD>(messages) / kTracks));
+        song.file += TrackBytes(song.tracks.back());
+    }
+    return song;
+}
+
+constexpr size_t kPasses = 8;
+
+/// The writing part of a save, over buffers as the encoder leaves them: it goes over a track several times, one kind of
+/// message after the other, so what is read by time is scattered over what was stored.
+class EngineFile : public CxQuillMidiFile {
+public:
+    explicit EngineFile(const Song& song) : m_buffers(kTracks) {
+        for (size_t i = 0; i < kTracks; ++i) {
+            m_pBuffer = &m_buffers[i];
+            m_pBuffer->Create(kFileMode, 0, 1);
+            for (size_t pass = 0; pass < kPasses; ++pass)
+                InsertEvery(song.tracks[i], pass);
+            WriteMetaEOT(0);
+        }
+    }
+    void Write(const std::string& path) {
+        CreateWorkArea();
+        Open(path.c_str(), CFile::modeCreate | CFile::modeReadWrite);
+        RiffWriteMidiHeader(1, kTracks, kDivision);
+        for (CQuillMidiBuffer& buffer : m_buffers) {
+            m_pBuffer = &buffer;
+            RiffWriteMidiTrack();
+        }
+        Close();
+    }
+
+private:
+    void InsertEvery(const Messages& messages, size_t pass) {
+        DWORD tick = 0;
+        for (size_t i = 0; i < messages.size(); ++i) {
+            tick += messages[i].delta;
+            if (i % kPasses == pass)
+                m_pBuffer->InsertEventAt(tick, messages[i].bytes.data(), kMessageBytes, 0, 1);
+        }
+        m_pBuffer->SeekToEnd();
+    }
+
+    std::vector<CQuillMidiBuffer> m_buffers;
+};
+
+[[gnu::noinline]] void MeasuredEngineFile(EngineFile& song, const std::string& path) { song.Write(path); }
+
+#ifdef TORV_HAS_SMF
+smf_t* MakeLibsmfSong(const Song& song) {
+    smf_t* const smf = smf_new();
+    bool isMade = smf_set_ppqn(smf, kDivision) == 0;
+    for (const Messages& messages : song.tracks) {
+        smf_track_t* const track = smf_track_new();
+        smf_add_track(smf, track);
+        for (Message message : messages)
+            smf_track_add_event_delta_pulses(track, smf_event_new_from_pointer(message.bytes.data(), kMessageBytes),
+                                             static_cast<int>(message.delta));
+        isMade = isMade && smf_track_add_eot_delta_pulses(track, 0) == 0;
+    }
+    return isMade ? smf : nullptr;
+}
+
+[[gnu::noinline]] int MeasuredLibsmf(smf_t* smf, const std::string& path) { return smf_save(smf, path.c_str()); }
+#endif
+
+[[gnu::noinline]] void MeasuredCopy(const std::string& bytes, const std::string& path) {
+    CFile file(path.c_str(), CFile::modeCreate | CFile::modeWrite);
+    file.Write(bytes.data(), static_cast<UINT>(bytes.size()));
+    file.Close();
+}
+
+template <class Write>
+void WriteRow(benchmark::State& state, Write write) {
+    const bench::TemporaryFile file("torv_engine_bench.mid");
+    for ([[maybe_unused]] auto _ : state) {
+        state.PauseTiming();
+        std::filesystem::remove(file.Path());
+        state.ResumeTiming();
+        write(file.Path());
+    }
+    bench::Expect(state, file.Bytes() == SongOf(state.range(0)).file);
+    bench::CountEach(state, "s/event", static_cast<double>(state.range(0)));
+}
+
+void WriteTorv(benchmark::State& state) {
+    EngineFile song(SongOf(state.range(0)));
+    WriteRow(state, [&](const std::string& path) { MeasuredEngineFile(song, path); });
+}
+BENCHMARK(WriteTorv)->Arg(kFewMessages)->Arg(kMessages)->Unit(benchmark::kMillisecond);
+
+#ifdef TORV_HAS_SMF
+void WriteLibsmf(benchmark::State& state) {
+    static std::map<int64_t, smf_t*> songs; // kept: letting go of one takes minutes
+    smf_t*& song = songs[state.range(0)];
+    if (!song)
+        song = MakeLibsmfSong(SongOf(state.range(0)));
+    WriteRow(state, [&](const std::string& path) { MeasuredLibsmf(song, path); });
+}
+BENCHMARK(WriteLibsmf)->Arg(kFewMessages)->Unit(benchmark::kMillisecond);
+BENCHMARK(WriteLibsmf)->Arg(kMessages)->Iterations(1)->Repetitions(1)->Unit(benchmark::kMillisecond); // two minutes
+#endif
+
+void CopyBytes(benchmark::State& state) {
+    const Song& song = SongOf(state.range(0));
+    WriteRow(state, [&](const std::string& path) { MeasuredCopy(song.file, path); });
+}
+BENCHMARK(CopyBytes)->Arg(kFewMessages)->Arg(kMessages)->Unit(benchmark::kMillisecond);
+
+} // namespace

@@ -1,0 +1,197 @@
+// Parsing and merging a standard MIDI file of 1,000,000 events: CxMidiSequence, libsmf, and a bare scan of the bytes;
+// with 16 tracks and with 512.
+#include "bench_file.h"
+
+#include "torv/files/midi_sequence.h"
+
+#include <algorithm>
+#include <map>
+#include <random>
+#include <vector>
+
+#ifdef TORV_HAS_SMF
+#include <smf.h>
+#endif
+
+namespace {
+
+constexpr DWORD kEvents = 1000000;
+constexpr DWORD kDivision = 480;
+constexpr DWORD kChunkHeader = 8;
+constexpr DWORD kFileHeader = 14;
+
+using Bytes = std::vector<BYTE>;
+
+/// A file, its tracks' events in it, and what a merge of them must come to.
+struct Song {
+    struct Track {
+        const BYTE* data;
+        DWORD size;
+    };
+    Bytes file;
+    std::vector<Track> tracks;
+    bench::Digest expected;
+};
+
+uint64_t Packed(DWORD tick, BYTE status, BYTE data1, BYTE data2) {
+    return static_cast<uint64_t>(tick) << 24 | static_cast<uint64_t>(status) << 16 | data1 << 8 | data2;
+}
+
+void PutNumber(Bytes& bytes, DWORD value, int width) {
+    while (width-- > 0)
+        bytes.push_back(static_cast<BYTE>(value >> (8 * width)));
+}
+
+void PutDelta(Bytes& bytes, DWORD delta) {
+    if (delta > 0x7F)
+        bytes.push_back(static_cast<BYTE>(0x80 | delta >> 7));
+    bytes.push_back(delta & 0x7F);
+}
+
+struct Timed {
+    DWORD tick;
+    uint64_t packed;
+};
+
+/// Notes by running status, bends, programs, a text now and then, and in the first track tempos.
+Bytes MakeTrack(std::mt19937& random, DWORD events, bool isFirst, std::vector<Timed>& timed) {
+    Bytes bytes;
+    BYTE running = 0;
+    DWORD tick = 0;
+    const auto begin = [&](DWORD delta, BYTE status, BYTE data1, BYTE data2) {
+        tick += delta;
+        timed.push_back({tick, Packed(tick, status, data1, data2)});
+        PutDelta(bytes, delta);
+    };
+    for (DWORD i = 0; i < events; ++i) {
+        const DWORD delta = random() % 200;
+        const DWORD kind = random() % 100;
+        const BYTE data1 = random() & 0x7F;
+        const BYTE data2 = random() & 0x7F;
+        if (kind == 0 && isFirst) {
+            begin(delta, torv::kMidiMeta, torv::kMetaTempo, 0);
+            bytes.insert(bytes.end(), {torv::kMidiMeta, torv::kMetaTempo, 3, 7, data1, data2});
+            running = 0;
+        } else if (kind < 2) {
+            begin(delta, torv::kMidiMeta, 1, 0);
+            bytes.insert(bytes.end(), {torv::kMidiMeta, 1, 5, 'v', 'e', 'r', 's', 'e'});
+            running = 0;
+        } else {
+            const BYTE status = kind < 80 ? 0x90 : kind < 95 ? 0xE0 : 0xC0;
+            begin(delta, status, data1, status == 0xC0 ? 0 : data2);
+            if (status != running)
+                bytes.push_back(running = status);
+            bytes.push_back(data1);
+            if (status != 0xC0)
+                bytes.push_back(data2);
+        }
+    }
+    begin(1, torv::kMidiMeta, torv::kMetaEndOfTrack, 0);
+    bytes.insert(bytes.end(), {torv::kMidiMeta, torv::kMetaEndOfTrack, 0});
+    return bytes;
+}
+
+const Song& SongOf(DWORD tracks) {
+    static std::map<DWORD, Song> songs;
+    Song& song = songs[tracks];
+    if (!song.tracks.empty())
+        return song;
+    std::mt19937 random(20);
+    std::vector<Timed> timed;
+    std::vector<size_t> starts;
+    song.file = {'M', 'T', 'h', 'd', 0, 0, 0, 6, 0, 1};
+    PutNumber(song.file, tracks, 2);
+    PutNumber(song.file, kDivision, 2);
+    for (DWORD i = 0; i < tracks; ++i) {
+        const Bytes track = MakeTrack(random, kEvents / tracks, i == 0, timed);
+        song.file.insert(song.file.end(), {'M', 'T', 'r', 'k'});
+        PutNumber(song.file, static_cast<DWORD>(track.size()), 4);
+        song.file.insert(song.file.end(), track.begin(), track.end());
+    }
+    for (size_t at = kFileHeader; at < song.file.size();) {
+        const BYTE* head = song.file.data() + at;
+        const DWORD size = static_cast<DWORD>(head[4] << 24 | head[5] << 16 | head[6] << 8 | head[7]);
+        song.tracks.push_back({head + kChunkHeader, size});
+        at += kChunkHeader + size;
+    }
+    // At one tick the earlier track comes first, and a track's own order stays.
+    std::stable_sort(timed.begin(), timed.end(), [](const Timed& a, const Timed& b) { return a.tick < b.tick; });
+    for (const Timed& event : timed)
+        song.expected.Add(event.packed);
+    return song;
+}
+
+[[gnu::noinline]] bench::Digest MeasuredSequence(const Song& song) {
+    CxMidiSequence sequence;
+    sequence.Create(0, 0);
+    sequence.PrepareTrackList(1, static_cast<DWORD>(song.tracks.size()), kDivision);
+    for (const Song::Track& track : song.tracks)
+        sequence.AddNewTrack(track.data, track.size);
+    bench::Digest digest;
+    DWORD tick = 0;
+    for (tagEvent event; sequence.GetEvent(&event);) {
+        tick += event.delta;
+        digest.Add(Packed(tick, event.status, event.data1, event.data2));
+    }
+    return digest;
+}
+
+#ifdef TORV_HAS_SMF
+/// Letting go of the events takes time by the square of their number and is left to the caller.
+[[gnu::noinline]] bench::Digest MeasuredLibsmf(const Song& song, smf_t*& smf) {
+    bench::Digest digest;
+    smf = smf_load_from_memory(song.file.data(), static_cast<int>(song.file.size()));
+    smf_rewind(smf); // without it the first events come in the order of the tracks
+    while (const smf_event_t* event = smf_get_next_event(smf)) {
+        const BYTE* const bytes = event->midi_buffer;
+        const bool hasThird = event->midi_buffer_length > 2 && bytes[0] < 0xF0;
+        digest.Add(Packed(static_cast<DWORD>(event->time_pulses), bytes[0], bytes[1], hasThird ? bytes[2] : BYTE{0}));
+    }
+    return digest;
+}
+#endif
+
+/// One byte after the other, each depending on the one before only by an addition.
+[[gnu::noinline]] uint64_t MeasuredScan(const Song& song) {
+    uint64_t sum = 0;
+    for (const BYTE byte : song.file)
+        sum += byte;
+    return sum;
+}
+
+void MergeTorv(benchmark::State& state) {
+    const Song& song = SongOf(static_cast<DWORD>(state.range(0)));
+    bench::Digest digest;
+    for ([[maybe_unused]] auto _ : state)
+        digest = MeasuredSequence(song);
+    bench::Expect(state, digest == song.expected);
+    bench::CountEach(state, "s/event", kEvents);
+}
+BENCHMARK(MergeTorv)->Arg(16)->Arg(512)->Unit(benchmark::kMillisecond);
+
+#ifdef TORV_HAS_SMF
+void MergeLibsmf(benchmark::State& state) {
+    const Song& song = SongOf(static_cast<DWORD>(state.range(0)));
+    bench::Digest digest;
+    for ([[maybe_unused]] auto _ : state) {
+        smf_t* smf = nullptr;
+        digest = MeasuredLibsmf(song, smf);
+        state.PauseTiming();
+        smf_delete(smf);
+        state.ResumeTiming();
+    }
+    bench::Expect(state, digest == song.expected);
+    bench::CountEach(state, "s/event", kEvents);
+}
+BENCHMARK(MergeLibsmf)->Arg(16)->Arg(512)->Unit(benchmark::kMillisecond);
+#endif
+
+void ScanBytes(benchmark::State& state) {
+    const Song& song = SongOf(static_cast<DWORD>(state.range(0)));
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(MeasuredScan(song));
+    bench::CountEach(state, "s/event", kEvents);
+}
+BENCHMARK(ScanBytes)->Arg(16)->Arg(512)->Unit(benchmark::kMillisecond);
+
+} // namespace
