@@ -1,6 +1,7 @@
 #include "torv/platform/message_box.h"
 
 #include "torv/platform/afx/win_app.h"
+#include "torv/platform/safe_point.h"
 #include "torv/platform/system_default.h"
 
 #include <mutex>
@@ -52,6 +53,7 @@ int ShowMessageBox(HWND owner, const char* text, const char* caption, UINT type)
     text = text ? text : "";
     caption = caption ? caption : ApplicationName();
     const MessageBoxHandler handler = Current(&Handlers::messageBox);
+    [[maybe_unused]] const AtRest rest; // the user may take his time, and the host suspend this thread meanwhile
     return handler ? handler(owner, text, caption, type) : SystemMessageBox(owner, text, caption, type);
 }
 

@@ -9,6 +9,8 @@
 #include "torv/platform/message_box.h"
 #include "torv/platform/path.h"
 #include "torv/platform/registry.h"
+#include "torv/platform/safe_point.h"
 #include "torv/platform/string_table.h"
 #include "torv/platform/system.h"
 #include "torv/platform/text.h"
+#include "torv/platform/wave_header.h"

@@ -24,10 +24,13 @@
 #include "torv/platform/posix/find_file.h"
 #include "torv/platform/posix/global_memory.h"
 #include "torv/platform/posix/last_error.h"
+#include "torv/platform/posix/message.h"
 #include "torv/platform/posix/midi_out.h"
 #include "torv/platform/posix/registry.h"
+#include "torv/platform/posix/thread.h"
 #include "torv/platform/posix/timer.h"
 #include "torv/platform/posix/types.h"
 #include "torv/platform/posix/wave_format.h"
+#include "torv/platform/posix/wave_out.h"
 #include "torv/platform/posix/window.h"
 #endif

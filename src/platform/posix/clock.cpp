@@ -1,5 +1,7 @@
 #include "torv/platform/posix/clock.h"
 
+#include "torv/platform/safe_point.h"
+
 #include <chrono>
 #include <thread>
 
@@ -9,8 +11,11 @@ DWORD timeGetTime() {
 }
 
 void Sleep(DWORD milliseconds) {
-    if (milliseconds == 0)
+    if (milliseconds == 0) {
+        torv::SafePoint();
         std::this_thread::yield();
-    else
-        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+        return;
+    }
+    const torv::AtRest rest;
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }

@@ -3,6 +3,7 @@
 #include "torv/platform/posix/types.h"
 
 constexpr WORD WAVE_FORMAT_PCM = 1;
+constexpr WORD WAVE_FORMAT_IEEE_FLOAT = 3;
 
 #pragma pack(push, 1)
 struct WAVEFORMATEX {
@@ -16,6 +17,7 @@ struct WAVEFORMATEX {
 };
 #pragma pack(pop)
 using LPWAVEFORMATEX = WAVEFORMATEX*;
+using LPCWAVEFORMATEX = const WAVEFORMATEX*;
 static_assert(sizeof(WAVEFORMATEX) == 18, "eighteen bytes, as on Windows");
 
 /// A block of samples on its way to a device or from it.

@@ -1,0 +1,257 @@
+#include "allocation_counter.h"
+#include "platform/begun_thread.h"
+
+#include <doctest/doctest.h>
+
+#include <atomic>
+#include <vector>
+
+namespace {
+
+/// The numbers of the calling thread's messages, in order, until there are none; what is taken by number only is above
+/// the system's own.
+std::vector<UINT> TakeAll(HWND window = nullptr) {
+    std::vector<UINT> numbers;
+    MSG message;
+    while (PeekMessageA(&message, window, WM_USER, 0xBFFF, PM_REMOVE))
+        numbers.push_back(message.message);
+    return numbers;
+}
+
+/// A window's procedure that answers with a sum, and keeps on which thread it was called.
+struct Adder {
+    DWORD thread = 0;
+    int calls = 0;
+
+    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        if (message < WM_USER)
+            return DefWindowProcA(window, message, wParam, lParam);
+        Adder& adder = UserOf<Adder>(window);
+        adder.thread = GetCurrentThreadId();
+        ++adder.calls;
+        return static_cast<LRESULT>(wParam) + lParam;
+    }
+};
+
+/// Pumps until there is a WM_QUIT.
+void Pump() {
+    MSG message;
+    while (GetMessageA(&message, nullptr, 0, 0) > 0)
+        DispatchMessageA(&message);
+}
+
+/// A thread with a window, which pumps, or does something else instead.
+class Owner {
+public:
+    Owner(WNDPROC procedure, void* user, void (*instead)(HWND) = nullptr)
+        : m_thread([=, this] {
+              m_window = NewWindow(procedure, user);
+              instead ? instead(m_window) : Pump();
+          }) {
+        REQUIRE(Await([&] { return m_window.load() != nullptr; }));
+    }
+    ~Owner() { PostThreadMessageA(Id(), WM_QUIT, 0, 0); }
+    HWND Window() const { return m_window; }
+    DWORD Id() const { return m_thread.id; }
+    bool End() const {
+        PostThreadMessageA(Id(), WM_QUIT, 0, 0);
+        return m_thread.End();
+    }
+
+private:
+    std::atomic<HWND> m_window = nullptr;
+    BegunThread m_thread;
+};
+
+} // namespace
+
+TEST_CASE("thread messages: none before there is a queue, then all of them in order") {
+    std::atomic<int> stage = 0;
+    std::vector<UINT> got;
+    std::vector<WPARAM> wParams;
+    BegunThread thread([&] {
+        stage = 1;
+        while (stage < 2)
+            Sleep(1);
+        MSG message;
+        CHECK_FALSE(PeekMessageA(&message, nullptr, 0, 0, PM_NOREMOVE));
+        stage = 3;
+        while (GetMessageA(&message, nullptr, 0, 0) > 0) {
+            CHECK(message.hwnd == nullptr);
+            got.push_back(message.message);
+            wParams.push_back(message.wParam);
+        }
+    });
+    REQUIRE(Await([&] { return stage == 1; }));
+    CHECK_FALSE(PostThreadMessageA(thread.id, 1074, 0, 0));
+    CHECK(GetLastError() == ERROR_INVALID_THREAD_ID);
+    stage = 2;
+    REQUIRE(Await([&] { return stage == 3; }));
+    for (UINT i = 0; i < 3000; ++i)
+        CHECK(PostThreadMessageA(thread.id, 1074 + i % 9, i, 0));
+    CHECK(PostThreadMessageA(thread.id, WM_QUIT, 0, 0));
+    REQUIRE(thread.End());
+    REQUIRE(got.size() == 3000);
+    for (UINT i = 0; i < 3000; ++i) {
+        CHECK(got[i] == 1074 + i % 9);
+        CHECK(wParams[i] == i);
+    }
+    CHECK_FALSE(PostThreadMessageA(0xFFFFFFF0, WM_USER, 0, 0)); // no such thread
+}
+
+TEST_CASE("thread messages: to the thread and to its windows, one queue") {
+    Adder adder;
+    const HWND a = NewWindow(&Adder::Procedure, &adder);
+    const HWND b = NewWindow();
+    const DWORD id = GetCurrentThreadId();
+    const auto post = [&] {
+        PostMessageA(a, 1101, 3, 4);
+        PostThreadMessageA(id, 1102, 0, 0);
+        PostMessageA(b, 1103, 0, 0);
+        PostMessageA(a, 1104, 0, 0);
+        PostMessageA(nullptr, 1105, 0, 0); // to the calling thread
+    };
+    post();
+    CHECK(TakeAll() == std::vector<UINT>{1101, 1102, 1103, 1104, 1105});
+    post();
+    CHECK(TakeAll(a) == std::vector<UINT>{1101, 1104});
+    CHECK(TakeAll(reinterpret_cast<HWND>(LONG_PTR{-1})) == std::vector<UINT>{1102, 1105}); // the thread's alone
+    CHECK(TakeAll() == std::vector<UINT>{1103});
+
+    post();
+    MSG message;
+    REQUIRE(GetMessageA(&message, a, 1101, 1101) > 0);
+    CHECK(DispatchMessageA(&message) == 7);
+    CHECK(adder.calls == 1);
+    message.hwnd = nullptr;
+    CHECK(DispatchMessageA(&message) == 0);
+    CHECK(DestroyWindow(a));
+    CHECK(TakeAll() == std::vector<UINT>{1102, 1103, 1105});
+    CHECK(GetMessageA(&message, a, 0, 0) == -1);
+    message.hwnd = a;
+    CHECK(DispatchMessageA(&message) == 0);
+    CHECK(adder.calls == 1);
+    CHECK(DestroyWindow(b));
+}
+
+TEST_CASE("thread messages: sent ones are answered by the window's own thread") {
+    Adder here, there;
+    const HWND window = NewWindow(&Adder::Procedure, &here);
+    CHECK(SendMessageA(window, WM_USER, 20, 22) == 42); // at once
+    CHECK(here.thread == GetCurrentThreadId());
+    {
+        const Owner owner(&Adder::Procedure, &there);
+        for (int i = 0; i < 100; ++i)
+            CHECK(SendMessageA(owner.Window(), WM_USER, 30, i) == 30 + i);
+        CHECK(there.thread == owner.Id());
+        CHECK(there.calls == 100);
+        MSG message;
+        CHECK_FALSE(PeekMessageA(&message, owner.Window(), 0, 0, PM_REMOVE)); // it is not ours
+        CHECK(owner.End());
+        CHECK(SendMessageA(owner.Window(), WM_USER, 1, 1) == 0); // gone with its thread
+        CHECK(GetLastError() == ERROR_INVALID_WINDOW_HANDLE);
+    }
+    CHECK(DestroyWindow(window));
+    CHECK(SendMessageA(window, WM_USER, 1, 1) == 0);
+    const HWND plain = NewWindow();
+    CHECK(SendMessageA(plain, WM_USER, 1, 1) == 0); // no procedure of its own
+    CHECK(SetWindowLongPtrA(plain, GWLP_USERDATA, 5) == 0);
+    CHECK(SetWindowLongPtrA(plain, GWLP_USERDATA, 6) == 5);
+    CHECK(DestroyWindow(plain));
+    CHECK(GetWindowLongPtrA(plain, GWLP_USERDATA) == 0);
+}
+
+TEST_CASE("thread messages: who waits for an answer answers others meanwhile") {
+    // The owner's procedure asks the sender's own window before it answers.
+    struct Asker {
+        HWND other;
+        static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+            if (message < WM_USER)
+                return DefWindowProcA(window, message, wParam, lParam);
+            return 2 * SendMessageA(UserOf<Asker>(window).other, message, wParam, lParam);
+        }
+    };
+    Adder adder;
+    Asker asker{NewWindow(&Adder::Procedure, &adder)};
+    const Owner owner(&Asker::Procedure, &asker);
+    CHECK(SendMessageA(owner.Window(), WM_USER, 3, 4) == 14);
+    CHECK(adder.calls == 1);
+    CHECK(DestroyWindow(asker.other));
+    CHECK(owner.End());
+}
+
+TEST_CASE("thread messages: an owner that dies leaves no sender behind") {
+    Adder adder;
+    {
+        const Owner dies(&Adder::Procedure, &adder, [](HWND) { Sleep(50); }); // never looks for messages
+        CHECK(SendMessageA(dies.Window(), WM_USER, 1, 2) == 0);
+    }
+#if !defined(_WIN32)
+    {
+        const Owner destroys(&Adder::Procedure, &adder, [](HWND window) {
+            Sleep(50);
+            DestroyWindow(window);
+            Pump();
+        });
+        CHECK(SendMessageA(destroys.Window(), WM_USER, 1, 2) == 0);
+        CHECK(destroys.End());
+    }
+#endif
+    CHECK(adder.calls == 0);
+
+    std::atomic<HWND> window = nullptr;
+    struct Leaver {
+        static LRESULT CALLBACK Procedure(HWND at, UINT message, WPARAM wParam, LPARAM lParam) {
+#if !defined(_WIN32) // the system's frames are not unwound
+            if (message == WM_USER)
+                AfxEndThread(0);
+#endif
+            return DefWindowProcA(at, message, wParam, lParam);
+        }
+        static UINT Run(LPVOID at) {
+            *static_cast<std::atomic<HWND>*>(at) = NewWindow(&Procedure);
+            Pump();
+            return 1;
+        }
+    };
+    CWinThread* thread = AfxBeginThread(&Leaver::Run, &window, THREAD_PRIORITY_NORMAL, 0, CREATE_SUSPENDED);
+    REQUIRE(thread != nullptr);
+    thread->m_bAutoDelete = FALSE;
+    const DWORD id = thread->m_nThreadID;
+    thread->ResumeThread();
+    REQUIRE(Await([&] { return window.load() != nullptr; }));
+    CHECK(SendMessageA(window, WM_USER, 1, 2) == 0); // its procedure ends the thread
+    PostThreadMessageA(id, WM_QUIT, 0, 0);
+    CHECK(WaitForSingleObject(*thread, 10000) == WAIT_OBJECT_0);
+    delete thread;
+}
+
+#if !defined(_WIN32)
+TEST_CASE("thread messages: a queue has room for 10000, and posting allocates nothing") {
+    const HWND window = NewWindow();
+    const DWORD id = GetCurrentThreadId();
+    TakeAll();
+    std::atomic<int> refused = 0;
+    const auto fill = [&] {
+        allocation_counter::WatchThisThread();
+        for (int i = 0; i < 5000; ++i) {
+            refused += !PostMessageA(window, WM_USER + 1, 0, 0);
+            refused += !PostThreadMessageA(id, WM_USER + 2, 0, 0);
+        }
+    };
+    for (int round = 0; round < 2; ++round) {
+        BegunThread a([&] { fill(); });
+        CHECK(a.End());
+        CHECK(refused == 0);
+        CHECK_FALSE(PostMessageA(window, WM_USER, 0, 0));
+        CHECK(GetLastError() == ERROR_NOT_ENOUGH_QUOTA);
+        CHECK_FALSE(PostThreadMessageA(id, WM_USER, 0, 0));
+        // From the middle, then the rest.
+        CHECK(TakeAll(window).size() == 5000);
+        const auto rest = TakeAll();
+        CHECK(rest == std::vector<UINT>(5000, WM_USER + 2));
+    }
+    CHECK(allocation_counter::Take() == 0);
+    CHECK(DestroyWindow(window));
+}
+#endif

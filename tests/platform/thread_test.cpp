@@ -1,0 +1,223 @@
+#include "platform/begun_thread.h"
+
+#include <doctest/doctest.h>
+
+#include <array>
+#include <atomic>
+#include <thread>
+
+namespace {
+
+/// Counts until it is told to end, by way of the platform's own calls, each of them a safe point.
+struct Counter {
+    std::atomic<int> count = 0;
+    std::atomic<bool> end = false;
+
+    void Run(void (*pass)()) {
+        while (!end) {
+            ++count;
+            pass();
+        }
+    }
+    /// Whether it counts on.
+    bool Goes() const {
+        return Await([&, before = count.load()] { return count > before; });
+    }
+    /// Whether it stays where it is.
+    bool Stands() const {
+#if defined(_WIN32)
+        Sleep(20); // the system may stop it a little later than it says
+#endif
+        const int before = count;
+        Sleep(15);
+        return count == before;
+    }
+};
+
+void PassMessages() {
+    MSG message;
+    PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE);
+}
+void PassWait() { WaitForSingleObject(nullptr, 0); }
+void PassShortSleep() { Sleep(1); }
+void PassYield() { Sleep(0); }
+
+} // namespace
+
+TEST_CASE("thread: handles, numbers and exit codes") {
+    const DWORD mine = GetCurrentThreadId();
+    CHECK(mine != 0);
+    DWORD theirs = 0;
+    BegunThread thread([&] { theirs = GetCurrentThreadId(); }, CREATE_SUSPENDED);
+    REQUIRE(thread.handle != nullptr);
+    CHECK(WaitForSingleObject(thread.handle, 0) == WAIT_TIMEOUT);
+    CHECK(WaitForSingleObject(thread.handle, 10) == WAIT_TIMEOUT);
+    DWORD code = 0;
+    CHECK(GetExitCodeThread(thread.handle, &code));
+    CHECK(code == STILL_ACTIVE);
+    HANDLE second = nullptr;
+    REQUIRE(DuplicateHandle(GetCurrentProcess(), thread.handle, GetCurrentProcess(), &second, 0, FALSE,
+                            DUPLICATE_SAME_ACCESS));
+    CHECK(ResumeThread(second) == 1);
+    CHECK(thread.End());
+    CHECK(theirs == thread.id);
+    CHECK(theirs != mine);
+    CHECK(WaitForSingleObject(second, INFINITE) == WAIT_OBJECT_0); // and again
+    CHECK(GetExitCodeThread(second, &code));
+    CHECK(code == 7);
+    CHECK_FALSE(PostThreadMessageA(theirs, WM_USER, 0, 0));
+    CHECK(CloseHandle(second));
+    CHECK_FALSE(CloseHandle(second));
+    CHECK(WaitForSingleObject(second, 0) == WAIT_FAILED);
+    CHECK(GetLastError() == ERROR_INVALID_HANDLE);
+    CHECK(SetThreadPriority(thread.handle, 3) == FALSE);
+    CHECK(SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_NORMAL));
+}
+
+TEST_CASE("thread: a suspended one makes no progress until it was resumed as often") {
+    for (const auto pass : {PassYield, PassShortSleep, PassMessages, PassWait, torv::SafePoint}) {
+        Counter counter;
+        BegunThread thread([&] { counter.Run(pass); });
+        REQUIRE(counter.Goes());
+        CHECK(SuspendThread(thread.handle) == 0);
+        CHECK(SuspendThread(thread.handle) == 1);
+        CHECK(counter.Stands());
+        CHECK(ResumeThread(thread.handle) == 2);
+        CHECK(counter.Stands());
+        CHECK(ResumeThread(thread.handle) == 1);
+        CHECK(counter.Goes());
+        CHECK(ResumeThread(thread.handle) == 0); // never below none
+        CHECK(counter.Goes());
+        counter.end = true;
+        CHECK(thread.End());
+        CHECK(SuspendThread(thread.handle) == static_cast<DWORD>(-1));
+    }
+}
+
+TEST_CASE("thread: suspended while it waits, it stays in the wait") {
+    Counter counter;
+    BegunThread thread([&] {
+        MSG message;
+        PeekMessageA(&message, nullptr, 0, 0, PM_NOREMOVE);
+        ++counter.count;
+        while (GetMessageA(&message, nullptr, 0, 0) > 0)
+            ++counter.count;
+    });
+    REQUIRE(Await([&] { return counter.count == 1; }));
+    CHECK(SuspendThread(thread.handle) == 0); // returns, although nothing is posted
+    CHECK(PostThreadMessageA(thread.id, WM_USER, 0, 0));
+    CHECK(counter.Stands());
+    CHECK(counter.count == 1);
+    CHECK(ResumeThread(thread.handle) == 1);
+    CHECK(Await([&] { return counter.count == 2; }));
+    CHECK(PostThreadMessageA(thread.id, WM_QUIT, 0, 0));
+    CHECK(thread.End());
+
+    BegunThread never([&] { ++counter.count; }, CREATE_SUSPENDED);
+    for (DWORD count = 1; count < 127; ++count)
+        CHECK(SuspendThread(never.handle) == count);
+    CHECK(SuspendThread(never.handle) == static_cast<DWORD>(-1));
+    CHECK(counter.Stands());
+    for (DWORD count = 127; count > 0; --count)
+        CHECK(ResumeThread(never.handle) == count);
+    CHECK(never.End());
+    CHECK(counter.count == 3);
+}
+
+TEST_CASE("thread: one that suspends itself, and two that suspend each other, go on when resumed") {
+    std::atomic<int> stage = 0;
+    BegunThread self([&] {
+        stage = 1;
+        SuspendThread(GetCurrentThread());
+        stage = 2;
+    });
+    REQUIRE(Await([&] { return stage == 1; }));
+    REQUIRE(Await([&] { return ResumeThread(self.handle) == 1; }));
+    CHECK(self.End());
+    CHECK(stage == 2);
+
+    std::array<HANDLE, 2> handles{};
+    std::atomic<bool> go = false;
+    const auto suspendOther = [&](int other) {
+        while (!go)
+            Sleep(0);
+        SuspendThread(handles[static_cast<size_t>(other)]);
+    };
+    BegunThread a([&] { suspendOther(1); });
+    BegunThread b([&] { suspendOther(0); });
+    handles = {a.handle, b.handle};
+    go = true;
+    CHECK(Await([&] {
+        ResumeThread(a.handle);
+        ResumeThread(b.handle);
+        return a.End(0) && b.End(0);
+    }));
+}
+
+#if !defined(_WIN32)
+TEST_CASE("thread: what it keeps without a lock may be changed while it is suspended") {
+    struct {
+        int a = 0, b = 0;
+    } plain; // the sanitizer sees whether the threads are in order
+    std::atomic<bool> end = false;
+    std::atomic<int> torn = 0, passes = 0;
+    BegunThread thread([&] {
+        while (!end) {
+            ++passes;
+            torn += plain.a != plain.b;
+            ++plain.a;
+            for (int i = 0; i < 100; ++i)
+                std::this_thread::yield(); // no safe point: who suspends must wait for the one below
+            ++plain.b;
+            Sleep(0);
+        }
+    });
+    for (int i = 0; i < 200; ++i) {
+        for (const int before = passes; passes == before;)
+            std::this_thread::yield();
+        CHECK(SuspendThread(thread.handle) == 0);
+        CHECK(plain.a == plain.b);
+        plain.a = plain.b = i;
+        CHECK(ResumeThread(thread.handle) == 1);
+    }
+    end = true;
+    CHECK(thread.End());
+    CHECK(torn == 0);
+}
+
+TEST_CASE("thread: a wait outlives the handle it began with; a thread in a message box counts as at rest") {
+    std::atomic<int> stage = 0;
+    BegunThread thread([&] {
+        while (stage < 2)
+            Sleep(1);
+    });
+    HANDLE second = nullptr;
+    DuplicateHandle(GetCurrentProcess(), thread.handle, GetCurrentProcess(), &second, 0, FALSE, DUPLICATE_SAME_ACCESS);
+    BegunThread waiter([&] {
+        stage = 1;
+        stage = WaitForSingleObject(second, INFINITE) == WAIT_OBJECT_0 ? 3 : 4;
+    });
+    REQUIRE(Await([&] { return stage == 1; }));
+    Sleep(10);
+    CHECK(CloseHandle(second));
+    stage = 2;
+    CHECK(waiter.End());
+    CHECK(stage == 3);
+
+    std::atomic<bool> isShown = false, isAnswered = false;
+    const auto before = torv::SetMessageBoxHandler([&](HWND, const char*, const char*, UINT) {
+        isShown = true;
+        while (!isAnswered)
+            std::this_thread::yield();
+        return IDOK;
+    });
+    BegunThread asks([&] { torv::ShowMessageBox(nullptr, "?", "?", MB_OK); });
+    REQUIRE(Await([&] { return isShown.load(); }));
+    CHECK(SuspendThread(asks.handle) == 0);
+    isAnswered = true;
+    CHECK_FALSE(asks.End(20));
+    CHECK(ResumeThread(asks.handle) == 1);
+    CHECK(asks.End());
+    torv::SetMessageBoxHandler(before);
+}
+#endif

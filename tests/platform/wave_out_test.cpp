@@ -1,0 +1,481 @@
+#include "allocation_counter.h"
+#include "platform/begun_thread.h"
+#include "wave_recorder.h"
+
+#include <doctest/doctest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+WAVEFORMATEX Format(DWORD rate, WORD channels, WORD bits) {
+    const WORD align = static_cast<WORD>(channels * bits / 8);
+    return {WAVE_FORMAT_PCM, channels, rate, rate * align, align, bits, 0};
+}
+
+} // namespace
+
+TEST_CASE("wave out: what is refused without a device") {
+    const WAVEFORMATEX format = Format(44100, 2, 16);
+    const UINT none = waveOutGetNumDevs();
+    HWAVEOUT device = nullptr;
+    WAVEOUTCAPSA capabilities{};
+    WAVEHDR header{};
+    CHECK(waveOutGetDevCapsA(none, &capabilities, sizeof(capabilities)) == MMSYSERR_BADDEVICEID);
+    CHECK(waveOutOpen(&device, none, &format, 0, 0, CALLBACK_NULL) == MMSYSERR_BADDEVICEID);
+    CHECK(waveOutPrepareHeader(nullptr, &header, sizeof(header)) == MMSYSERR_INVALHANDLE);
+    CHECK(waveOutWrite(nullptr, &header, sizeof(header)) == MMSYSERR_INVALHANDLE);
+    CHECK(waveOutReset(nullptr) == MMSYSERR_INVALHANDLE);
+    CHECK(waveOutClose(nullptr) == MMSYSERR_INVALHANDLE);
+    char text[MAXERRORLENGTH] = {};
+    for (const MMRESULT error : {MMSYSERR_NOERROR, MMSYSERR_BADDEVICEID, MMSYSERR_ALLOCATED, WAVERR_BADFORMAT,
+                                 WAVERR_STILLPLAYING, WAVERR_UNPREPARED}) {
+        text[0] = 0;
+        CHECK(waveOutGetErrorTextA(error, text, sizeof(text)) == MMSYSERR_NOERROR);
+        CHECK(text[0] != 0);
+    }
+    CHECK(waveOutGetErrorTextA(60000, text, sizeof(text)) == MMSYSERR_BADERRNUM);
+}
+
+#if !defined(_WIN32)
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// No test plays on a real device: the sound library has its silent one.
+const int g_silentDriver = setenv("SDL_AUDIODRIVER", "dummy", 0);
+
+std::string DeviceName(UINT number) {
+    WAVEOUTCAPSA capabilities{};
+    return waveOutGetDevCapsA(number, &capabilities, sizeof(capabilities)) == MMSYSERR_NOERROR ? capabilities.szPname
+                                                                                               : "";
+}
+
+HWAVEOUT OpenNumber(UINT number, const WAVEFORMATEX& format, DWORD_PTR callback = 0, DWORD flags = CALLBACK_NULL,
+                    DWORD_PTR instance = 0) {
+    HWAVEOUT device = nullptr;
+    REQUIRE(waveOutOpen(&device, number, &format, callback, instance, flags) == MMSYSERR_NOERROR);
+    return device;
+}
+
+HWAVEOUT OpenForThread(UINT number, const WAVEFORMATEX& format) {
+    PostMessageA(nullptr, WM_NULL, 0, 0);
+    return OpenNumber(number, format, GetCurrentThreadId(), CALLBACK_THREAD);
+}
+
+/// Some headers of `bytes` each, all filled with their number.
+struct Headers {
+    Headers(size_t count, DWORD bytes) : data(count, std::vector<char>(bytes)), headers(count) {
+        for (size_t i = 0; i < count; ++i) {
+            std::memset(data[i].data(), static_cast<int>(i + 1), bytes);
+            headers[i] = {data[i].data(), bytes, 0, 0, 0, 0, nullptr, 0};
+        }
+    }
+    void Prepare(HWAVEOUT device) {
+        for (WAVEHDR& header : headers)
+            CHECK(waveOutPrepareHeader(device, &header, sizeof(header)) == MMSYSERR_NOERROR);
+    }
+    void Write(HWAVEOUT device) {
+        for (WAVEHDR& header : headers)
+            CHECK(waveOutWrite(device, &header, sizeof(header)) == MMSYSERR_NOERROR);
+    }
+    void Unprepare(HWAVEOUT device) {
+        for (WAVEHDR& header : headers) {
+            CHECK(waveOutUnprepareHeader(device, &header, sizeof(header)) == MMSYSERR_NOERROR);
+            CHECK(header.dwFlags == WHDR_DONE);
+        }
+    }
+    LPARAM At(size_t i) const { return reinterpret_cast<LPARAM>(&headers[i]); }
+
+    std::vector<std::vector<char>> data;
+    std::vector<WAVEHDR> headers;
+};
+
+struct Note {
+    UINT message;
+    LPARAM header;
+    bool operator==(const Note&) const = default;
+};
+
+/// What has been posted of the device, `window` null for the calling thread.
+std::vector<Note> Notes(HWAVEOUT device, HWND window = reinterpret_cast<HWND>(LONG_PTR{-1})) {
+    std::vector<Note> notes;
+    MSG message;
+    while (PeekMessageA(&message, window, MM_WOM_OPEN, MM_WOM_DONE, PM_REMOVE)) {
+        CHECK(message.wParam == reinterpret_cast<WPARAM>(device));
+        notes.push_back({message.message, message.lParam});
+    }
+    return notes;
+}
+
+/// The next MM_WOM_DONE of the calling thread.
+const WAVEHDR* NextDone() {
+    MSG message;
+    REQUIRE(GetMessageA(&message, nullptr, MM_WOM_DONE, MM_WOM_DONE) > 0);
+    return reinterpret_cast<const WAVEHDR*>(message.lParam);
+}
+
+bool IsAlone() { return std::getenv("TORV_TEST_ALONE") != nullptr; }
+
+/// Runs a test case in a program of its own with another environment; returns what it says on standard error.
+std::string RunAlone(const std::string& environment, const std::string& testCase) {
+    const std::string command =
+        environment + " TORV_TEST_ALONE=1 \"/proc/$PPID/exe\" -tc='" + testCase + "' 2>&1 >/dev/null";
+    std::FILE* words = popen(command.c_str(), "r");
+    REQUIRE(words != nullptr);
+    std::string text(1000, 0);
+    text.resize(std::fread(text.data(), 1, text.size(), words));
+    CHECK(pclose(words) == 0);
+    return text;
+}
+
+double Milliseconds(Clock::duration time) { return std::chrono::duration<double, std::milli>(time).count(); }
+
+} // namespace
+
+TEST_CASE("wave out: the list begins with what was added and ends with the output that is always there") {
+    const UINT alone = waveOutGetNumDevs();
+    CHECK(alone >= 1);
+    CHECK(DeviceName(alone - 1) == "Null Output");
+    CHECK(DeviceName(WAVE_MAPPER) == "Wave Mapper");
+    HWAVEOUT device = nullptr;
+    {
+        const WaveRecorderInList recorder;
+        CHECK(waveOutGetNumDevs() == alone + 1);
+        CHECK(DeviceName(0) == "A recorder with a name of more ");
+        CHECK(DeviceName(alone) == "Null Output");
+        device = OpenNumber(WAVE_MAPPER, Format(44100, 2, 16));
+        CHECK(recorder->opened == 1);
+    }
+    CHECK(waveOutGetNumDevs() == alone);
+    CHECK(waveOutClose(device) == MMSYSERR_NOERROR); // open devices outlive their place in the list
+}
+
+TEST_CASE("wave out: the system's own sound is looked for without a word") {
+    if (IsAlone()) {
+        waveOutGetNumDevs();
+        return;
+    }
+    CHECK(RunAlone("SDL_AUDIODRIVER=", "wave out: the system*") == ""); // no driver chosen
+}
+
+TEST_CASE("wave out: the sound library gets every byte once, 24 bits widened to 32") {
+    const std::vector<DWORD> frames{7, 1, 0, 3000, 500}; // more and less than the device asks for at once
+    if (IsAlone()) {
+        const HWAVEOUT device = OpenForThread(0, Format(48000, 1, 24));
+        std::vector<WAVEHDR> headers(frames.size());
+        std::vector<BYTE> bytes;
+        for (DWORD i = 0; i < 3508 * 3; ++i)
+            bytes.push_back(static_cast<BYTE>(1 + i % 255));
+        char* at = reinterpret_cast<char*>(bytes.data());
+        for (size_t i = 0; i < frames.size(); ++i) {
+            headers[i] = {at, frames[i] * 3, 0, 0, 0, 0, nullptr, 0};
+            at += frames[i] * 3;
+            CHECK(waveOutPrepareHeader(device, &headers[i], sizeof(WAVEHDR)) == MMSYSERR_NOERROR);
+            CHECK(waveOutWrite(device, &headers[i], sizeof(WAVEHDR)) == MMSYSERR_NOERROR);
+        }
+        for (const WAVEHDR& header : headers)
+            CHECK(NextDone() == &header);
+        CHECK(waveOutClose(device) == MMSYSERR_NOERROR);
+        return;
+    }
+    char path[] = "/tmp/torv-sound-XXXXXX";
+    close(mkstemp(path));
+    // The library's driver that writes a file, as fast as it gets the samples. It speaks of itself.
+    RunAlone(std::string("SDL_AUDIODRIVER=disk SDL_DISKAUDIODELAY=0 SDL_DISKAUDIOFILE=") + path,
+             "wave out: the sound library gets*");
+    std::FILE* file = std::fopen(path, "rb");
+    REQUIRE(file != nullptr);
+    int byte = 0;
+    DWORD samples = 0;
+    DWORD wrong = 0;
+    DWORD next = 0;
+    while ((byte = std::getc(file)) != EOF) {
+        const int others[] = {std::getc(file), std::getc(file), std::getc(file)};
+        if (others[0] == 0 && others[1] == 0 && others[2] == 0)
+            continue; // silence before and behind
+        wrong += byte != 0;
+        for (const int other : others)
+            wrong += other != static_cast<int>(1 + next++ % 255);
+        ++samples;
+    }
+    std::fclose(file);
+    unlink(path);
+    CHECK(samples == 3508);
+    CHECK(wrong == 0);
+}
+
+TEST_CASE("wave out: formats and flags that are refused") {
+    const WaveRecorderInList recorder;
+    HWAVEOUT device = nullptr;
+    const auto open = [&](WAVEFORMATEX format, DWORD flags, DWORD_PTR callback = 0) {
+        return waveOutOpen(&device, 0, &format, callback, 0, flags);
+    };
+    const WAVEFORMATEX good = Format(44100, 2, 16);
+    WAVEFORMATEX isCompressed = good, isMisaligned = good, isBroken = good;
+    isCompressed.wFormatTag = 0x55;
+    isMisaligned.nBlockAlign = 3;
+    isBroken.nBlockAlign = isBroken.nChannels = 0;
+    for (const WAVEFORMATEX& bad : {isCompressed, isMisaligned, isBroken, Format(0, 2, 16), Format(44100, 2, 12),
+                                    Format(44100, 2, 64), Format(44100, 2, 32)})
+        CHECK(open(bad, CALLBACK_NULL) == WAVERR_BADFORMAT);
+    CHECK(waveOutOpen(nullptr, 0, &good, 0, 0, WAVE_FORMAT_QUERY) == MMSYSERR_NOERROR);
+    CHECK(waveOutOpen(nullptr, 0, &good, 0, 0, CALLBACK_NULL) == MMSYSERR_INVALPARAM);
+    CHECK(waveOutOpen(&device, 0, nullptr, 0, 0, CALLBACK_NULL) == MMSYSERR_INVALPARAM);
+    CHECK(open(good, 0x00050000) == MMSYSERR_INVALFLAG); // an event object
+    CHECK(open(good, CALLBACK_FUNCTION) == MMSYSERR_INVALPARAM);
+    CHECK(open(good, CALLBACK_WINDOW, 0x1234) == MMSYSERR_INVALPARAM);
+    CHECK(recorder->opened == 0);
+    recorder->refuse = true;
+    CHECK(open(good, CALLBACK_NULL) == MMSYSERR_ALLOCATED);
+    recorder->refuse = false;
+    CHECK(open(Format(48000, 1, 24), CALLBACK_NULL) == MMSYSERR_NOERROR);
+    CHECK(recorder->Format().nBlockAlign == 3);
+    CHECK(waveOutClose(device) == MMSYSERR_NOERROR);
+    CHECK(waveOutClose(device) == MMSYSERR_INVALHANDLE);
+}
+
+TEST_CASE("wave out: flags of a header on its way, and messages in their order") {
+    const WaveRecorderInList recorder;
+    Headers blocks(3, 8);
+    WAVEHDR& first = blocks.headers[0];
+    const HWAVEOUT device = OpenForThread(0, Format(44100, 2, 16));
+    CHECK(waveOutWrite(device, &first, sizeof(first)) == WAVERR_UNPREPARED);
+    CHECK(waveOutPrepareHeader(device, &first, sizeof(first) - 1) == MMSYSERR_INVALPARAM);
+    CHECK(waveOutUnprepareHeader(device, &first, sizeof(first)) == MMSYSERR_NOERROR);
+    blocks.Prepare(device);
+    CHECK(first.dwFlags == WHDR_PREPARED);
+    CHECK(waveOutPause(device) == MMSYSERR_NOERROR);
+    blocks.Write(device);
+    CHECK(first.dwFlags == (WHDR_PREPARED | WHDR_INQUEUE));
+    CHECK(waveOutWrite(device, &first, sizeof(first)) == WAVERR_STILLPLAYING);
+    CHECK(waveOutPrepareHeader(device, &first, sizeof(first)) == WAVERR_STILLPLAYING);
+    CHECK(waveOutUnprepareHeader(device, &first, sizeof(first)) == WAVERR_STILLPLAYING);
+    CHECK(waveOutClose(device) == WAVERR_STILLPLAYING);
+    CHECK(recorder->Queued() == 3);
+    CHECK(recorder->Finish(1) == 0); // it is paused
+    CHECK(waveOutRestart(device) == MMSYSERR_NOERROR);
+    CHECK(recorder->Finish(1) == 1);
+    CHECK(torv::HeaderFlags(first) == (WHDR_PREPARED | WHDR_DONE));
+    CHECK(waveOutWrite(device, &first, sizeof(first)) == MMSYSERR_NOERROR); // at the end again
+    CHECK(first.dwFlags == (WHDR_PREPARED | WHDR_INQUEUE));
+    recorder->Claim(1); // what is through is not done again,
+    recorder->Claim(9); // and what was not written not at all
+    CHECK(recorder->Finish(9) == 3);
+    CHECK(Notes(device) == std::vector<Note>{{MM_WOM_OPEN, 0},
+                                             {MM_WOM_DONE, blocks.At(0)},
+                                             {MM_WOM_DONE, blocks.At(1)},
+                                             {MM_WOM_DONE, blocks.At(2)},
+                                             {MM_WOM_DONE, blocks.At(0)}});
+    blocks.Unprepare(device);
+    CHECK(waveOutClose(device) == MMSYSERR_NOERROR);
+    CHECK(Notes(device) == std::vector<Note>{{MM_WOM_CLOSE, 0}});
+    CHECK(recorder->closed == 1);
+    const std::vector<BYTE> played = recorder->Played();
+    REQUIRE(played.size() == 32);
+    CHECK(played[7] == 1);
+    CHECK(played[8] == 2);
+    CHECK(played[31] == 1);
+}
+
+TEST_CASE("wave out: a reset returns all of them, in order, and the device plays on") {
+    const WaveRecorderInList recorder;
+    Headers blocks(40, 4); // more than a device has room for at first
+    const HWND window = NewWindow();
+    const HWAVEOUT device = OpenNumber(0, Format(44100, 2, 16), reinterpret_cast<DWORD_PTR>(window), CALLBACK_WINDOW);
+    blocks.Prepare(device);
+    std::vector<Note> expected{{MM_WOM_OPEN, 0}};
+    for (int round = 0; round < 3; ++round) {
+        CHECK(waveOutPause(device) == MMSYSERR_NOERROR);
+        blocks.Write(device);
+        CHECK(waveOutReset(device) == MMSYSERR_NOERROR);
+        for (size_t i = 0; i < blocks.headers.size(); ++i)
+            expected.push_back({MM_WOM_DONE, blocks.At(i)});
+        recorder->Claim(static_cast<ULONGLONG>(40 * (round + 1))); // told once more, too late
+    }
+    CHECK_FALSE(recorder->paused);
+    blocks.Write(device);
+    CHECK(recorder->Finish(40) == 40);
+    for (size_t i = 0; i < blocks.headers.size(); ++i)
+        expected.push_back({MM_WOM_DONE, blocks.At(i)});
+    CHECK(Notes(device, window) == expected);
+    CHECK(recorder->Played().size() == 160);
+    blocks.Unprepare(device);
+    CHECK(waveOutClose(device) == MMSYSERR_NOERROR);
+    CHECK(DestroyWindow(window));
+}
+
+TEST_CASE("wave out: a callback function may call back") {
+    struct Player {
+        std::atomic<int> done = 0, opened = 0, closed = 0;
+        std::atomic<int> more = 0; // to be written again
+        std::atomic<MMRESULT> closing = 0;
+        static void CALLBACK Tell(HWAVEOUT device, UINT message, DWORD_PTR instance, DWORD_PTR header, DWORD_PTR) {
+            Player& player = *reinterpret_cast<Player*>(instance);
+            if (message == WOM_OPEN)
+                ++player.opened;
+            if (message == WOM_CLOSE)
+                ++player.closed;
+            if (message != WOM_DONE)
+                return;
+            player.closing = waveOutClose(device);
+            if (player.more-- > 0)
+                waveOutWrite(device, reinterpret_cast<LPWAVEHDR>(header), sizeof(WAVEHDR));
+            ++player.done;
+        }
+    } player;
+    const WaveRecorderInList recorder;
+    const HWAVEOUT device = OpenNumber(0, Format(44100, 2, 16), reinterpret_cast<DWORD_PTR>(&Player::Tell),
+                                       CALLBACK_FUNCTION, reinterpret_cast<DWORD_PTR>(&player));
+    CHECK(player.opened == 1);
+    Headers blocks(2, 4);
+    blocks.Prepare(device);
+    player.more = 2;
+    blocks.Write(device);
+    CHECK(recorder->Finish(2) == 2);
+    REQUIRE(Await([&] { return player.done == 2; }));
+    CHECK(player.closing == MMSYSERR_HANDLEBUSY);
+    CHECK(recorder->Queued() == 2); // written by the callback
+    player.more = 1;
+    CHECK(waveOutReset(device) == MMSYSERR_NOERROR);
+    CHECK(player.done == 4);
+    CHECK(recorder->Queued() == 1); // what it wrote while it was told of the reset
+    CHECK(waveOutReset(device) == MMSYSERR_NOERROR);
+    CHECK(player.done == 5);
+    blocks.Unprepare(device);
+    CHECK(waveOutClose(device) == MMSYSERR_NOERROR);
+    CHECK(player.closed == 1);
+}
+
+TEST_CASE("wave out: with two buffers going round, each comes back in turn, and nothing is allocated") {
+    const WaveRecorderInList recorder;
+    Headers blocks(2, 4);
+    const HWAVEOUT device = OpenForThread(0, Format(44100, 2, 16));
+    blocks.Prepare(device);
+    std::atomic<bool> end = false;
+    BegunThread plays([&] {
+        allocation_counter::WatchThisThread();
+        while (!end)
+            recorder->Finish(1);
+    });
+    blocks.Write(device);
+    for (size_t i = 0; i < 2000; ++i) {
+        const WAVEHDR* done = NextDone();
+        CHECK(done == &blocks.headers[i % 2]);
+        CHECK(waveOutWrite(device, &blocks.headers[i % 2], sizeof(WAVEHDR)) == MMSYSERR_NOERROR);
+        if (i % 500 == 499) { // against what the device is doing
+            CHECK(waveOutReset(device) == MMSYSERR_NOERROR);
+            CHECK(NextDone() == &blocks.headers[(i + 1) % 2]);
+            CHECK(NextDone() == &blocks.headers[i % 2]);
+            blocks.Write(device);
+        }
+    }
+    end = true;
+    CHECK(plays.End());
+    CHECK(waveOutReset(device) == MMSYSERR_NOERROR);
+    CHECK(waveOutClose(device) == MMSYSERR_NOERROR);
+    const auto rest = Notes(device);
+    CHECK(rest.size() == 4); // opening, the last two, closing
+    CHECK(rest.back() == Note{MM_WOM_CLOSE, 0});
+    CHECK(allocation_counter::Take() <= 2000 / 100); // the recorder's own memory grows now and then
+}
+
+TEST_CASE("wave out: the null output keeps the time of what it is given") {
+    const UINT number = waveOutGetNumDevs() - 1;
+    // 441 frames of 6 bytes: 10 ms each.
+    Headers blocks(2, 441 * 6);
+    const HWAVEOUT device = OpenForThread(number, Format(44100, 2, 24));
+    blocks.Prepare(device);
+    const auto start = Clock::now();
+    blocks.Write(device);
+    for (size_t i = 0; i < 30; ++i) {
+        CHECK(NextDone() == &blocks.headers[i % 2]);
+        if (i % 3 == 0)
+            Sleep(6); // a late caller makes none of the later ones late
+        if (i < 28)
+            CHECK(waveOutWrite(device, &blocks.headers[i % 2], sizeof(WAVEHDR)) == MMSYSERR_NOERROR);
+    }
+    const double elapsed = Milliseconds(Clock::now() - start);
+    CHECK(elapsed >= 300);
+    CHECK(elapsed <= 300 + 100);
+
+    // What is paused stays where it is.
+    blocks.Write(device);
+    const auto paused = Clock::now();
+    CHECK(waveOutPause(device) == MMSYSERR_NOERROR);
+    Sleep(40);
+    CHECK(torv::HeaderFlags(blocks.headers[0]) == (WHDR_PREPARED | WHDR_INQUEUE));
+    CHECK(waveOutRestart(device) == MMSYSERR_NOERROR);
+    NextDone();
+    CHECK(Milliseconds(Clock::now() - paused) >= 49);
+    CHECK(waveOutReset(device) == MMSYSERR_NOERROR);
+    CHECK(NextDone() == &blocks.headers[1]);
+    blocks.Unprepare(device);
+    CHECK(waveOutClose(device) == MMSYSERR_NOERROR);
+    CHECK(Notes(device) == std::vector<Note>{{MM_WOM_OPEN, 0}, {MM_WOM_CLOSE, 0}});
+}
+
+TEST_CASE("wave out: late wake-ups of the null output do not add up") {
+    Headers blocks(8820, 2); // of one frame each: 200 ms
+    const HWAVEOUT device = OpenForThread(waveOutGetNumDevs() - 1, Format(44100, 1, 16));
+    blocks.Prepare(device);
+    const auto start = Clock::now();
+    blocks.Write(device);
+    for (const WAVEHDR& header : blocks.headers)
+        CHECK(NextDone() == &header);
+    const double elapsed = Milliseconds(Clock::now() - start);
+    CHECK(elapsed >= 200);
+    CHECK(elapsed <= 200 + 200);
+    CHECK(waveOutClose(device) == MMSYSERR_NOERROR);
+    CHECK(Notes(device).size() == 2);
+}
+
+TEST_CASE("wave out: the sound library's devices play every width") {
+    const UINT count = waveOutGetNumDevs() - 1; // on a machine whose library lacks its silent driver there may be none
+    for (UINT number = 0; number < count; ++number) {
+        for (const WORD bits : {WORD{8}, WORD{16}, WORD{24}, WORD{32}}) {
+            Headers blocks(2, 2205u * 2 * bits / 8 + 1); // 50 ms, and a piece of a frame
+            const HWAVEOUT device = OpenForThread(number, Format(44100, 2, bits));
+            blocks.Prepare(device);
+            const auto start = Clock::now();
+            blocks.Write(device);
+            CHECK(NextDone() == &blocks.headers[0]);
+            CHECK(NextDone() == &blocks.headers[1]);
+            CHECK(Milliseconds(Clock::now() - start) >= 60); // 100, of which up to a device's buffer is ahead
+            blocks.Write(device);
+            CHECK(waveOutReset(device) == MMSYSERR_NOERROR);
+            blocks.Unprepare(device);
+            CHECK(waveOutClose(device) == MMSYSERR_NOERROR);
+            CHECK(Notes(device).size() == 4);
+        }
+    }
+}
+
+TEST_CASE("wave out: opened and closed a thousand times, nothing is left") {
+    const WaveRecorderInList recorder;
+    const UINT nullOutput = waveOutGetNumDevs() - 1;
+    const WAVEFORMATEX format = Format(44100, 1, 16);
+    Headers blocks(1, 4);
+    for (int i = 0; i < 1000; ++i) {
+        const HWAVEOUT device = OpenForThread(i % 2 ? 0 : nullOutput, format);
+        blocks.Prepare(device);
+        blocks.Write(device);
+        CHECK(waveOutReset(device) == MMSYSERR_NOERROR);
+        blocks.Unprepare(device);
+        CHECK(waveOutClose(device) == MMSYSERR_NOERROR);
+        CHECK(Notes(device) == std::vector<Note>{{MM_WOM_OPEN, 0}, {MM_WOM_DONE, blocks.At(0)}, {MM_WOM_CLOSE, 0}});
+    }
+    CHECK(recorder->opened == 500);
+    CHECK(recorder->closed == 500);
+    CHECK(recorder->resets == 500);
+}
+#endif

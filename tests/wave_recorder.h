@@ -1,0 +1,122 @@
+#pragma once
+
+#include "torv/platform/platform.h"
+#include "torv/platform/wave_device.h"
+
+#if !defined(_WIN32)
+#include <atomic>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+/// A wave device in the test's hand: it keeps what it is given, and a block is done when the test says so. Of what is
+/// open at the same time it follows the last.
+class WaveRecorder : public torv::WaveOutDevice {
+public:
+    const char* Name() const override { return "A recorder with a name of more than thirty-one bytes"; }
+    bool Plays(const WAVEFORMATEX& asked) const override { return asked.wBitsPerSample != 32; }
+    std::unique_ptr<torv::WaveOutStream> Open(const WAVEFORMATEX& asked, torv::WaveOutListener& listener) override {
+        if (refuse)
+            return nullptr;
+        return std::make_unique<Stream>(*this, asked, listener);
+    }
+
+    /// The oldest blocks are done; returns how many there were. None while paused.
+    int Finish(int count) {
+        int finished = 0;
+        for (; finished < count; ++finished) {
+            torv::WaveOutListener* listener = nullptr;
+            torv::WaveBlock block;
+            {
+                const std::lock_guard lock(m_mutex);
+                if (paused || m_queue.empty())
+                    return finished;
+                block = m_queue.front();
+                m_queue.pop_front();
+                listener = m_listener;
+                m_played.insert(m_played.end(), block.bytes, block.bytes + block.count);
+            }
+            listener->BlockDone(block.number);
+        }
+        return finished;
+    }
+    /// As a device does that has lost count.
+    void Claim(ULONGLONG number) {
+        torv::WaveOutListener* listener = nullptr;
+        {
+            const std::lock_guard lock(m_mutex);
+            listener = m_listener;
+        }
+        listener->BlockDone(number);
+    }
+    size_t Queued() const {
+        const std::lock_guard lock(m_mutex);
+        return m_queue.size();
+    }
+    /// The bytes of all finished blocks.
+    std::vector<BYTE> Played() const {
+        const std::lock_guard lock(m_mutex);
+        return m_played;
+    }
+    /// As last opened.
+    WAVEFORMATEX Format() const {
+        const std::lock_guard lock(m_mutex);
+        return m_format;
+    }
+
+    std::atomic<bool> refuse = false;
+    std::atomic<bool> paused = false;
+    std::atomic<int> opened = 0;
+    std::atomic<int> closed = 0;
+    std::atomic<int> resets = 0;
+
+private:
+    class Stream : public torv::WaveOutStream {
+    public:
+        Stream(WaveRecorder& recorder, const WAVEFORMATEX& asked, torv::WaveOutListener& listener) : m_of(recorder) {
+            const std::lock_guard lock(m_of.m_mutex);
+            m_of.m_format = asked;
+            m_of.m_listener = &listener;
+            m_of.m_queue.clear();
+            m_of.paused = false;
+            ++m_of.opened;
+        }
+        Stream(const Stream&) = delete;
+        Stream& operator=(const Stream&) = delete;
+        ~Stream() override { ++m_of.closed; }
+        void Write(const torv::WaveBlock& block) override {
+            const std::lock_guard lock(m_of.m_mutex);
+            m_of.m_queue.push_back(block);
+        }
+        void Pause() override { m_of.paused = true; }
+        void Restart() override { m_of.paused = false; }
+        void Reset() override {
+            const std::lock_guard lock(m_of.m_mutex);
+            m_of.m_queue.clear();
+            m_of.paused = false;
+            ++m_of.resets;
+        }
+
+    private:
+        WaveRecorder& m_of;
+    };
+
+    mutable std::mutex m_mutex;
+    std::deque<torv::WaveBlock> m_queue;
+    std::vector<BYTE> m_played;
+    torv::WaveOutListener* m_listener = nullptr;
+    WAVEFORMATEX m_format{};
+};
+
+/// A recorder in the list of devices, as the first of them, while this lives.
+struct WaveRecorderInList {
+    WaveRecorderInList() { torv::AddWaveOutDevice(recorder); }
+    ~WaveRecorderInList() { torv::RemoveWaveOutDevice(recorder.get()); }
+    WaveRecorderInList(const WaveRecorderInList&) = delete;
+    WaveRecorderInList& operator=(const WaveRecorderInList&) = delete;
+    WaveRecorder* operator->() const { return recorder.get(); }
+
+    const std::shared_ptr<WaveRecorder> recorder = std::make_shared<WaveRecorder>();
+};
+#endif
