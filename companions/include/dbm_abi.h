@@ -172,6 +172,36 @@ typedef int32_t(DBM_CALL* DBMCreateVirtualExpItemProc)(int32_t database, int32_t
 typedef int32_t(DBM_CALL* DBMDeleteVirtualExpItemProc)(int32_t database, int32_t high, int32_t low, uint32_t value);
 /* NOLINTEND(modernize-use-using) */
 
+/** The entry points' names behind "DBM_", in the order in which a host looks them up. */
+#define DBM_ENTRIES(ENTRY)                                                                                             \
+    ENTRY(Init)                                                                                                        \
+    ENTRY(Delete)                                                                                                      \
+    ENTRY(AddVoice)                                                                                                    \
+    ENTRY(DeleteVoice)                                                                                                 \
+    ENTRY(ActivateDialog)                                                                                              \
+    ENTRY(GetVersionString)                                                                                            \
+    ENTRY(CreateVirtualVoice)                                                                                          \
+    ENTRY(GetVirtualVoiceName)                                                                                         \
+    ENTRY(DeleteVirtualVoice)                                                                                          \
+    ENTRY(CopyVirtualVoice)                                                                                            \
+    ENTRY(GetVirtualVoiceParameters)                                                                                   \
+    ENTRY(SetVirtualVoiceParameters)                                                                                   \
+    ENTRY(MoveVirtualVoice)                                                                                            \
+    ENTRY(SetVirtualVoiceName)                                                                                         \
+    ENTRY(GetVoice)                                                                                                    \
+    ENTRY(GetVoiceParameters)                                                                                          \
+    ENTRY(GetAllVoice)                                                                                                 \
+    ENTRY(AddExp)                                                                                                      \
+    ENTRY(DeleteExp)                                                                                                   \
+    ENTRY(GetExpDB)                                                                                                    \
+    ENTRY(GetVirtualExpInfo)                                                                                           \
+    ENTRY(DeleteVirtualExpInfo)                                                                                        \
+    ENTRY(GetVirtualExpItems)                                                                                          \
+    ENTRY(DeleteVirtualExpItems)                                                                                       \
+    ENTRY(SetVirtualExpItemCaption)                                                                                    \
+    ENTRY(CreateVirtualExpItem)                                                                                        \
+    ENTRY(DeleteVirtualExpItem)
+
 #ifdef __cplusplus
 }
 #endif

@@ -26,7 +26,7 @@ void ExternalLibrary::Free() {
 bool DatabaseLibrary::Open() {
     bool isComplete = LoadNamedBy(kDatabaseKey);
 #define TORV_BIND(name) isComplete = isComplete && Bind(name, "DBM_" #name);
-    TORV_DBM_ENTRIES(TORV_BIND)
+    DBM_ENTRIES(TORV_BIND)
 #undef TORV_BIND
     if (isComplete && Init() == DBM_OK)
         return true;

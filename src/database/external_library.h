@@ -5,35 +5,6 @@
 #include "dbm_abi.h"
 #include "vedit_abi.h"
 
-/// The entry points in the order in which they are looked up.
-#define TORV_DBM_ENTRIES(ENTRY)                                                                                        \
-    ENTRY(Init)                                                                                                        \
-    ENTRY(Delete)                                                                                                      \
-    ENTRY(AddVoice)                                                                                                    \
-    ENTRY(DeleteVoice)                                                                                                 \
-    ENTRY(ActivateDialog)                                                                                              \
-    ENTRY(GetVersionString)                                                                                            \
-    ENTRY(CreateVirtualVoice)                                                                                          \
-    ENTRY(GetVirtualVoiceName)                                                                                         \
-    ENTRY(DeleteVirtualVoice)                                                                                          \
-    ENTRY(CopyVirtualVoice)                                                                                            \
-    ENTRY(GetVirtualVoiceParameters)                                                                                   \
-    ENTRY(SetVirtualVoiceParameters)                                                                                   \
-    ENTRY(MoveVirtualVoice)                                                                                            \
-    ENTRY(SetVirtualVoiceName)                                                                                         \
-    ENTRY(GetVoice)                                                                                                    \
-    ENTRY(GetVoiceParameters)                                                                                          \
-    ENTRY(GetAllVoice)                                                                                                 \
-    ENTRY(AddExp)                                                                                                      \
-    ENTRY(DeleteExp)                                                                                                   \
-    ENTRY(GetExpDB)                                                                                                    \
-    ENTRY(GetVirtualExpInfo)                                                                                           \
-    ENTRY(DeleteVirtualExpInfo)                                                                                        \
-    ENTRY(GetVirtualExpItems)                                                                                          \
-    ENTRY(DeleteVirtualExpItems)                                                                                       \
-    ENTRY(SetVirtualExpItemCaption)                                                                                    \
-    ENTRY(CreateVirtualExpItem)                                                                                        \
-    ENTRY(DeleteVirtualExpItem)
 #define TORV_VEDIT_ENTRIES(ENTRY) ENTRY(Init) ENTRY(Delete) ENTRY(OpenDialog) ENTRY(GetVersionString)
 
 namespace torv {
@@ -70,7 +41,7 @@ public:
     void Close();
 
 #define TORV_MEMBER(name) DBM##name##Proc name = nullptr;
-    TORV_DBM_ENTRIES(TORV_MEMBER)
+    DBM_ENTRIES(TORV_MEMBER)
 #undef TORV_MEMBER
 };
 

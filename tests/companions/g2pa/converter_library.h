@@ -1,23 +1,18 @@
 /// A converter library as a host meets it: loaded from the program's own folder and bound by its entry points' names.
 #pragma once
 
+#include "companions/companion_module.h"
+
 #include <doctest/doctest.h>
 #include <g2pa_abi.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#if defined(_WIN32)
-#include <windows.h>
-#else
-#include <dlfcn.h>
-#endif
 
 namespace g2pa_test {
 
@@ -25,19 +20,12 @@ using Texts = std::vector<std::string>;
 
 class ConverterLibrary {
 public:
-    explicit ConverterLibrary(const std::string& name) {
-#if defined(_WIN32)
-        m_module = LoadLibraryA((name + ".DLL").c_str());
-#else
-        const auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-        m_module = dlopen((folder / (name + ".so")).c_str(), RTLD_NOW | RTLD_LOCAL);
-#endif
-        REQUIRE(m_module != nullptr);
-        Bind(create, "g2paCreate");
-        Bind(put, "g2paPut");
-        Bind(get, "g2paGet");
-        Bind(remove, "g2paDelete");
-        Bind(version, "g2paGetVersionString");
+    explicit ConverterLibrary(const std::string& name) : m_module(name) {
+        m_module.Bind(create, "g2paCreate");
+        m_module.Bind(put, "g2paPut");
+        m_module.Bind(get, "g2paGet");
+        m_module.Bind(remove, "g2paDelete");
+        m_module.Bind(version, "g2paGetVersionString");
     }
 
     G2paCreateProc create = nullptr;
@@ -78,23 +66,7 @@ public:
     }
 
 private:
-    template <typename Entry>
-    void Bind(Entry& entry, const char* name) {
-#if defined(_WIN32)
-        entry = reinterpret_cast<Entry>(reinterpret_cast<void*>(GetProcAddress(m_module, name)));
-#else
-        entry = reinterpret_cast<Entry>(dlsym(m_module, name));
-#endif
-        const bool bound = entry != nullptr;
-        REQUIRE_MESSAGE(bound, name);
-    }
-
-    // Stays loaded to the program's end: a leak report can then name the function that leaked.
-#if defined(_WIN32)
-    HMODULE m_module = nullptr;
-#else
-    void* m_module = nullptr;
-#endif
+    CompanionModule m_module;
 };
 
 /// A whole song through one converter, with what was put and taken in between.
