@@ -14,3 +14,4 @@
 #include "torv/platform/system.h"
 #include "torv/platform/text.h"
 #include "torv/platform/wave_header.h"
+#include "torv/platform/worker_thread.h"
