@@ -143,6 +143,18 @@ bool Begin() {
     return SDL_InitSubSystem(SDL_INIT_AUDIO) == 0;
 }
 
+/// The library keeps an error text for each thread that it failed on, and lets go of it by itself on its own threads
+/// only.
+void ForgetErrorsWithThread() {
+    struct AtEnd {
+        AtEnd() = default;
+        AtEnd(const AtEnd&) = delete;
+        AtEnd& operator=(const AtEnd&) = delete;
+        ~AtEnd() { SDL_TLSCleanup(); }
+    };
+    thread_local const AtEnd atEnd;
+}
+
 std::vector<std::string> DeviceNames() {
     std::vector<std::string> names;
     for (int i = 0, count = SDL_GetNumAudioDevices(0); i < count; ++i) {
@@ -166,6 +178,7 @@ std::vector<std::shared_ptr<WaveOutDevice>> SoundLibraryDevices() {
     static std::mutex& mutex = *new std::mutex; // never destroyed: the last call may come late
     static auto& devices = *new std::vector<std::shared_ptr<WaveOutDevice>>;
     const std::lock_guard lock(mutex);
+    ForgetErrorsWithThread(); // before a device can be opened it must be found
     static const bool hasSound = Begin();
     if (!hasSound)
         return {};
