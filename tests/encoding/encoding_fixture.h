@@ -156,7 +156,7 @@ public:
         return Encode(encoder);
     }
 
-private:
+protected:
     template <class Record>
     void Put(DWORD tick, Record* record) {
         m_builder.SetEvent(tick - m_tick, reinterpret_cast<tagChartSeqEvent*>(record));

@@ -1,10 +1,14 @@
 /// A user of the database with an empty folder of its own, and all that the database says as texts to compare.
 #pragma once
 
-#include "dbm_library.h"
+#include "companions/companion_module.h"
 #include "platform/temp_folder.h"
 
+#include <dbm_abi.h>
+#include <doctest/doctest.h>
+
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -13,12 +17,39 @@ namespace dbm_test {
 
 using Texts = std::vector<std::string>;
 
+/// The database library as a host meets it: loaded from the program's own folder and bound by its entry points' names.
+struct DbmLibrary {
+    DbmLibrary() {
+#define DBM_BIND(name) module.Bind(name, "DBM_" #name);
+        DBM_ENTRIES(DBM_BIND)
+#undef DBM_BIND
+    }
+
+    CompanionModule module{"DBM"};
+#define DBM_MEMBER(name) DBM##name##Proc name = nullptr;
+    DBM_ENTRIES(DBM_MEMBER)
+#undef DBM_MEMBER
+};
+
+inline const DbmLibrary& Library() {
+    static const DbmLibrary library;
+    return library;
+}
+
 inline std::string Parameters(const DBMVoiceParameters& parameters) {
     std::string text;
     for (int32_t i = 0; i < parameters.count; ++i)
         text += std::string(parameters.pairs[i].name) + "=" + parameters.pairs[i].value + ";";
     CHECK(parameters.pairs[parameters.count].name == nullptr);
     return text;
+}
+
+inline void SetEnvironment(const char* name, const std::string& value) {
+#if defined(_WIN32)
+    _putenv_s(name, value.c_str());
+#else
+    setenv(name, value.c_str(), 1);
+#endif
 }
 
 class UserData {

@@ -1,48 +1,12 @@
 #include "user_data.h"
 
-#include <functional>
 #include <set>
 
 using namespace dbm_test;
 
 namespace {
 
-constexpr int32_t kNowhere = 77;
 const std::string kShiftJis = "\x89\xCC\x8E\xE8\\ \"\x7F\xFF"; // two characters, and bytes that are none
-
-struct Refusal {
-    const char* what;
-    int32_t status;
-    std::function<int32_t(const DbmLibrary&)> call;
-};
-
-/// Each call answers its status and changes nothing, neither in memory nor on disk.
-void CheckRefusals(const UserData& user, const std::vector<Refusal>& refusals) {
-    const Texts before = user.Singers();
-    const std::string file = user.Content("voices.json");
-    for (const Refusal& refusal : refusals) {
-        CAPTURE(refusal.what);
-        CHECK(refusal.call(user.library) == refusal.status);
-        CHECK(user.Singers() == before);
-        CHECK(user.Content("voices.json") == file);
-    }
-}
-
-Refusal CreateRefusal(const char* what, int32_t status, int32_t language, int32_t voice, const std::string& name) {
-    return {what, status, [=](const DbmLibrary& library) {
-                int32_t program = -5;
-                const int32_t result = library.CreateVirtualVoice(language, voice, name.c_str(), &program);
-                CHECK(program == -5);
-                return result;
-            }};
-}
-
-Refusal SetRefusal(const char* what, int32_t status, const char* name, const char* value) {
-    return {what, status, [=](const DbmLibrary& library) {
-                const DBMTextPair pairs[] = {{"Noise", "1"}, {name, value}, {nullptr, nullptr}}; // the first is good
-                return library.SetVirtualVoiceParameters(DBM_JAPANESE, 4, pairs);
-            }};
-}
 
 } // namespace
 
@@ -111,58 +75,70 @@ TEST_CASE("a singer's life, through restarts") {
     CHECK(user.Singers() == Texts(singers.begin(), singers.end() - 1));
 }
 
-TEST_CASE("singers: what is refused changes nothing") {
+TEST_CASE("singers: what is refused changes nothing, neither in memory nor on disk") {
     const UserData user;
+    const DbmLibrary& library = user.library;
     int32_t made = 0;
-    REQUIRE(user.library.CreateVirtualVoice(DBM_JAPANESE, 0, "Mine", &made) == DBM_OK);
+    REQUIRE(library.CreateVirtualVoice(DBM_JAPANESE, 0, "Mine", &made) == DBM_OK);
     REQUIRE(made == 4);
-    const auto move = [](int32_t language, int32_t program, int32_t toLanguage, int32_t toProgram) {
-        return [=](const DbmLibrary& library) {
-            return library.MoveVirtualVoice(language, program, toLanguage, toProgram);
-        };
+    Texts before;
+    std::string file;
+    const auto remember = [&] {
+        before = user.Singers();
+        file = user.Content("voices.json");
     };
-    CheckRefusals(
-        user,
-        {CreateRefusal("create: no such voice", DBM_NO_SUCH, DBM_JAPANESE, 4, "a"),
-         CreateRefusal("create: no such language", DBM_BAD_ARGUMENT, DBM_LANGUAGES, 0, "a"),
-         CreateRefusal("create: no name", DBM_BAD_ARGUMENT, DBM_JAPANESE, 0, ""),
-         CreateRefusal("create: a name too long", DBM_BAD_ARGUMENT, DBM_JAPANESE, 0, std::string(1001, 'a')),
-         CreateRefusal("create: a name in use", DBM_EXISTS, DBM_JAPANESE, 0, "Kenta"),
-         {"copy: a name in use", DBM_EXISTS,
-          [](const DbmLibrary& library) {
-              int32_t program = 0;
-              return library.CopyVirtualVoice(DBM_JAPANESE, 0, "Mine", &program);
-          }},
-         {"rename: a name in use", DBM_EXISTS,
-          [](const DbmLibrary& library) { return library.SetVirtualVoiceName(DBM_JAPANESE, 4, "Hana"); }},
-         {"rename: nobody", DBM_NO_SUCH,
-          [](const DbmLibrary& library) { return library.SetVirtualVoiceName(DBM_ENGLISH, kNowhere, "a"); }},
-         {"delete: not the user's", DBM_READ_ONLY,
-          [](const DbmLibrary& library) { return library.DeleteVirtualVoice(DBM_ENGLISH, 3); }},
-         {"delete: nobody", DBM_NO_SUCH, [](const DbmLibrary& library) { return library.DeleteVirtualVoice(-1, -1); }},
-         {"uninstall: not the user's", DBM_READ_ONLY, [](const DbmLibrary& library) { return library.DeleteVoice(0); }},
-         {"uninstall: nothing", DBM_NO_SUCH, [](const DbmLibrary& library) { return library.DeleteVoice(100); }},
-         {"move: not the user's", DBM_READ_ONLY, move(DBM_JAPANESE, 0, DBM_JAPANESE, 8)},
-         {"move: nobody", DBM_NO_SUCH, move(DBM_JAPANESE, 5, DBM_JAPANESE, 9)},
-         {"move: taken", DBM_EXISTS, move(DBM_JAPANESE, 4, DBM_JAPANESE, 0)},
-         {"move: another sound", DBM_BAD_ARGUMENT, move(DBM_JAPANESE, 4, DBM_JAPANESE, 9)},
-         {"move: off the end", DBM_BAD_ARGUMENT, move(DBM_JAPANESE, 4, DBM_JAPANESE, 128)},
-         {"move: below", DBM_BAD_ARGUMENT, move(DBM_JAPANESE, 4, DBM_JAPANESE, -4)},
-         {"move: no such language", DBM_BAD_ARGUMENT, move(DBM_JAPANESE, 4, -1, 8)},
-         SetRefusal("set: unknown", DBM_BAD_ARGUMENT, "noise", "1"),
-         SetRefusal("set: too high", DBM_BAD_ARGUMENT, "Noise", "128"),
-         SetRefusal("set: negative", DBM_BAD_ARGUMENT, "Noise", "-1"),
-         SetRefusal("set: no number", DBM_BAD_ARGUMENT, "Noise", ""),
-         SetRefusal("set: more than a number", DBM_BAD_ARGUMENT, "Noise", "1 "),
-         SetRefusal("set: no value", DBM_BAD_ARGUMENT, "Noise", nullptr),
-         SetRefusal("set: a name in use", DBM_EXISTS, "VOICENAME", "Hana"),
-         SetRefusal("set: no name", DBM_BAD_ARGUMENT, "VOICENAME", "")});
-    REQUIRE(user.library.CreateVirtualVoice(DBM_ENGLISH, 0, "Mine", &made) == DBM_OK);
-    CheckRefusals(user, {{"move: its name is in use there", DBM_EXISTS, move(DBM_JAPANESE, 4, DBM_ENGLISH, 8)}});
+    const auto refuses = [&](const char* what, int32_t status, int32_t answer) {
+        CAPTURE(what);
+        CHECK(answer == status);
+        CHECK(user.Singers() == before);
+        CHECK(user.Content("voices.json") == file);
+    };
+    const auto create = [&](int32_t language, int32_t voice, const std::string& name) {
+        int32_t program = -5;
+        const int32_t answer = library.CreateVirtualVoice(language, voice, name.c_str(), &program);
+        CHECK(program == -5);
+        return answer;
+    };
+    const auto move = [&](int32_t program, int32_t toLanguage, int32_t toProgram) {
+        return library.MoveVirtualVoice(DBM_JAPANESE, program, toLanguage, toProgram);
+    };
+    const auto set = [&](const char* name, const char* value) {
+        const DBMTextPair pairs[] = {{"Noise", "1"}, {name, value}, {nullptr, nullptr}}; // the first is good
+        return library.SetVirtualVoiceParameters(DBM_JAPANESE, 4, pairs);
+    };
+    remember();
+    refuses("create: no such voice", DBM_NO_SUCH, create(DBM_JAPANESE, 4, "a"));
+    refuses("create: no such language", DBM_BAD_ARGUMENT, create(DBM_LANGUAGES, 0, "a"));
+    refuses("create: no name", DBM_BAD_ARGUMENT, create(DBM_JAPANESE, 0, ""));
+    refuses("create: a name too long", DBM_BAD_ARGUMENT, create(DBM_JAPANESE, 0, std::string(1001, 'a')));
+    refuses("create: a name in use", DBM_EXISTS, create(DBM_JAPANESE, 0, "Kenta"));
+    refuses("copy: a name in use", DBM_EXISTS, library.CopyVirtualVoice(DBM_JAPANESE, 0, "Mine", &made));
+    refuses("rename: a name in use", DBM_EXISTS, library.SetVirtualVoiceName(DBM_JAPANESE, 4, "Hana"));
+    refuses("rename: nobody", DBM_NO_SUCH, library.SetVirtualVoiceName(DBM_ENGLISH, 77, "a"));
+    refuses("delete: not the user's", DBM_READ_ONLY, library.DeleteVirtualVoice(DBM_ENGLISH, 3));
+    refuses("delete: nobody", DBM_NO_SUCH, library.DeleteVirtualVoice(-1, -1));
+    refuses("uninstall: not the user's", DBM_READ_ONLY, library.DeleteVoice(0));
+    refuses("uninstall: nothing", DBM_NO_SUCH, library.DeleteVoice(100));
+    refuses("move: not the user's", DBM_READ_ONLY, move(0, DBM_JAPANESE, 8));
+    refuses("move: nobody", DBM_NO_SUCH, move(5, DBM_JAPANESE, 9));
+    refuses("move: taken", DBM_EXISTS, move(4, DBM_JAPANESE, 0));
+    refuses("move: another sound", DBM_BAD_ARGUMENT, move(4, DBM_JAPANESE, 9));
+    refuses("move: off the end", DBM_BAD_ARGUMENT, move(4, DBM_JAPANESE, 128));
+    refuses("move: below", DBM_BAD_ARGUMENT, move(4, DBM_JAPANESE, -4));
+    refuses("move: no such language", DBM_BAD_ARGUMENT, move(4, -1, 8));
+    refuses("set: unknown", DBM_BAD_ARGUMENT, set("noise", "1"));
+    for (const char* const value : {"128", "-1", "", "1 ", static_cast<const char*>(nullptr)})
+        refuses(value ? value : "no value", DBM_BAD_ARGUMENT, set("Noise", value));
+    refuses("set: a name in use", DBM_EXISTS, set("VOICENAME", "Hana"));
+    refuses("set: no name", DBM_BAD_ARGUMENT, set("VOICENAME", ""));
+    REQUIRE(library.CreateVirtualVoice(DBM_ENGLISH, 0, "Mine", &made) == DBM_OK);
+    remember();
+    refuses("move: its name is in use there", DBM_EXISTS, move(4, DBM_ENGLISH, 8));
     for (int32_t i = 0; i < 30; ++i)
-        REQUIRE(user.library.CreateVirtualVoice(DBM_ENGLISH, 0, std::to_string(i).c_str(), &made) == DBM_OK);
+        REQUIRE(library.CreateVirtualVoice(DBM_ENGLISH, 0, std::to_string(i).c_str(), &made) == DBM_OK);
     CHECK(made == 124);
-    CheckRefusals(user, {CreateRefusal("create: all are taken", DBM_FULL, DBM_ENGLISH, 0, "a")});
+    remember();
+    refuses("create: all are taken", DBM_FULL, create(DBM_ENGLISH, 0, "a"));
 }
 
 TEST_CASE("voices to install") {
@@ -171,14 +147,14 @@ TEST_CASE("voices to install") {
     const std::string good = R"({"name":"Alto","description":"Deep","engineProgram":3,"languages":["en","ja"],)"
                              R"("parameters":{"Noise":70}})";
     const Texts before = user.Singers();
-    for (const char* bad :
-         {"", "[]", R"({"name":"A","engineProgram":4,"languages":["ja"]})", R"({"name":"A","languages":["ja"]})",
-          R"({"engineProgram":0,"languages":["ja"]})", R"({"name":"A","engineProgram":0,"languages":[]})",
-          R"({"name":"A","engineProgram":0,"languages":["ja","ja"]})",
-          R"({"name":"A","engineProgram":0,"languages":["fr"]})",
-          R"({"name":"A","engineProgram":0,"languages":["ja"],"parameters":{"Noise":128}})",
-          R"({"name":"A","engineProgram":0,"languages":["ja"],"parameters":{"noise":1}})",
-          R"({"name":"A\u0000","engineProgram":0,"languages":["ja"]})"}) {
+    const auto voice = [](const std::string& rest) { return R"({"name":"A","engineProgram":)" + rest + "}"; };
+    for (const std::string& bad :
+         {std::string(), std::string("[]"), std::string(R"({"name":"A","languages":["ja"]})"),
+          std::string(R"({"engineProgram":0,"languages":["ja"]})"), voice(R"(4,"languages":["ja"])"),
+          voice(R"(0,"languages":[])"), voice(R"(0,"languages":["ja","ja"])"), voice(R"(0,"languages":["fr"])"),
+          voice(R"(0,"languages":["ja"],"parameters":{"Noise":128})"),
+          voice(R"(0,"languages":["ja"],"parameters":{"noise":1})"),
+          std::string(R"({"name":"A\u0000","engineProgram":0,"languages":["ja"]})")}) {
         CAPTURE(bad);
         CHECK(library.AddVoice(user.folder.File("bad.json", bad).c_str()) == DBM_FILE_ERROR);
     }
@@ -191,15 +167,15 @@ TEST_CASE("voices to install") {
     int32_t program = 0;
     REQUIRE(library.CreateVirtualVoice(DBM_ENGLISH, 100, "Second", &program) == DBM_OK);
     user.Restart();
-    const DBMInstalledVoice* voice = nullptr;
-    REQUIRE(library.GetVoice(100, &voice) == DBM_OK);
-    CHECK((voice->user && voice->engineProgram == 3 && std::string(voice->description) == "Deep"));
+    const DBMInstalledVoice* added = nullptr;
+    REQUIRE(library.GetVoice(100, &added) == DBM_OK);
+    CHECK((added->user && added->engineProgram == 3 && std::string(added->description) == "Deep"));
     const Texts singers = user.Singers();
     REQUIRE(singers.size() == 10);
     CHECK(singers[7].starts_with("0 3 100 user: VOICENAME=Alto;"));
     CHECK(singers[8].starts_with("1 7 100 user: VOICENAME=Alto;"));
     CHECK(singers[9].find("Noise=70;") != std::string::npos); // the new voice's own parameters
     REQUIRE(library.DeleteVoice(100) == DBM_OK);
-    CHECK(library.GetVoice(100, &voice) == DBM_NO_SUCH);
+    CHECK(library.GetVoice(100, &added) == DBM_NO_SUCH);
     CHECK(user.Singers() == before);
 }
