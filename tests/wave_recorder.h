@@ -3,9 +3,10 @@
 #include "torv/platform/platform.h"
 #include "torv/platform/wave_device.h"
 
-#if !defined(_WIN32)
+#if defined(_WIN32)
+#include "wave_recorder_windows.h"
+#else
 #include <atomic>
-#include <deque>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -33,7 +34,7 @@ public:
                 if (paused || m_queue.empty())
                     return finished;
                 block = m_queue.front();
-                m_queue.pop_front();
+                m_queue.erase(m_queue.begin());
                 listener = m_listener;
                 m_played.insert(m_played.end(), block.bytes, block.bytes + block.count);
             }
@@ -70,6 +71,7 @@ public:
     std::atomic<int> opened = 0;
     std::atomic<int> closed = 0;
     std::atomic<int> resets = 0;
+    void (*writeHook)() = nullptr;
 
 private:
     class Stream : public torv::WaveOutStream {
@@ -86,6 +88,8 @@ private:
         Stream& operator=(const Stream&) = delete;
         ~Stream() override { ++m_of.closed; }
         void Write(const torv::WaveBlock& block) override {
+            if (m_of.writeHook)
+                m_of.writeHook();
             const std::lock_guard lock(m_of.m_mutex);
             m_of.m_queue.push_back(block);
         }
@@ -102,8 +106,14 @@ private:
         WaveRecorder& m_of;
     };
 
+    static std::vector<torv::WaveBlock> WithRoom(size_t count) {
+        std::vector<torv::WaveBlock> queue;
+        queue.reserve(count);
+        return queue;
+    }
+
     mutable std::mutex m_mutex;
-    std::deque<torv::WaveBlock> m_queue;
+    std::vector<torv::WaveBlock> m_queue = WithRoom(64); ///< a player may count its allocations
     std::vector<BYTE> m_played;
     torv::WaveOutListener* m_listener = nullptr;
     WAVEFORMATEX m_format{};

@@ -21,12 +21,12 @@ void LevelMeter::SetInterval(DWORD frames) {
 }
 
 void LevelMeter::Add(double left, double right) {
-    if (!m_left && !m_right)
+    if (!IsWatched())
         return;
-    m_peakLeft = std::max(m_peakLeft, TruncateToLong(std::fabs(left) * 32767.0));
-    m_peakRight = std::max(m_peakRight, TruncateToLong(std::fabs(right) * 32767.0));
-    if (m_countdown > 1) {
-        --m_countdown;
+    m_peakLeft = std::max(m_peakLeft.Get(), TruncateToLong(std::fabs(left) * 32767.0));
+    m_peakRight = std::max(m_peakRight.Get(), TruncateToLong(std::fabs(right) * 32767.0));
+    if (const DWORD countdown = m_countdown; countdown > 1) {
+        m_countdown = countdown - 1;
         return;
     }
     Post(m_left, m_peakLeft);
@@ -34,7 +34,7 @@ void LevelMeter::Add(double left, double right) {
     m_countdown = m_interval;
 }
 
-void LevelMeter::Post(HWND window, LONG& peak) const {
+void LevelMeter::Post(HWND window, Shared<LONG>& peak) const {
     if (window && IsWindow(window))
         PostMessageA(window, m_message, m_code, peak);
     peak = 0;

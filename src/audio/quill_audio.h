@@ -1,5 +1,6 @@
 #pragma once
 
+#include "torv/audio/shared_value.h"
 #include "torv/audio/wave_buffer.h"
 #include "torv/files/riff.h"
 #include "torv/platform/platform.h"
@@ -23,6 +24,18 @@ using ChunkList = std::vector<CHUNK_INFO>;
 
 constexpr BYTE kOneBlock = 1; ///< for CxQuillAudio::ReadWave
 
+/// What the player tells the window that plays, and wParam of it.
+constexpr UINT kAudioMessage = 1224;
+constexpr WPARAM kAudioBlockBack = 1;                    ///< posted; lParam is for CxQuillAudio::OnAudioCallback
+constexpr WPARAM kAudioPlaying = 3;                      ///< sent; lParam 1: it has begun, 0: it has not, or is over
+constexpr WPARAM kAudioFailed = static_cast<WPARAM>(-1); ///< sent: there is a device error
+
+/// CxQuillAudio::m_nStatus.
+constexpr int kAudioIdle = 0;
+constexpr int kAudioLoading = 1;  ///< playing, with more to come
+constexpr int kAudioLastData = 2; ///< playing, and all of it is at the device
+constexpr int kAudioError = -1;
+
 } // namespace torv
 
 /// Loads and saves wave files for a CWaveBuffer: PCM of any width and number of channels. The other chunks of the file
@@ -31,6 +44,10 @@ constexpr BYTE kOneBlock = 1; ///< for CxQuillAudio::ReadWave
 /// An object stands for one file at most: the last one that was loaded or saved. Only its chunks' places are kept; it
 /// is open during an operation only. Operations give 0 when they fail, and nothing has changed then; GetError tells
 /// the cause of a file operation, 0 when it was the content that was no good. One thread at a time.
+///
+/// The static half plays a CWaveBuffer on the system's choice of wave output: one for the whole process. The window
+/// that plays owns it. Its thread makes all the calls, and hands every kAudioBlockBack that it gets to OnAudioCallback,
+/// which fills the block anew; without that the sound ends within two seconds. The buffer outlives its play.
 class TORV_API CxQuillAudio : public CxRiff {
 public:
     CxQuillAudio();
@@ -92,7 +109,53 @@ public:
     static const CHUNK_INFO* GetChunkInfo(const torv::ChunkList& chunks, DWORD id, int index);
     static int DeleteChunkInfo(torv::ChunkList& chunks, DWORD id, int index);
 
+    /// Makes the player ready: 0 while a device is open, when nothing changes.
+    static int OpenAudio();
+    /// AudioReset.
+    static int CloseAudio();
+    /// Plays frames `start` up to `end` (see CWaveBuffer::SetPlayParam). 0 and no message while another play is on or
+    /// has left an error, or without a window; else kAudioPlaying is sent before it returns whether it has begun.
+    static int AudioPlay(HWND owner, CWaveBuffer* buffer, DWORD start, DWORD end, int loop, int source);
+    /// Ends the play of this window and sends it kAudioPlaying with 0. Returns 0, and does nothing, when it does not
+    /// play; after an error it is AudioAbort or AudioReset that make the player free again.
+    static int AudioStop(HWND owner);
+    /// Ends whatever plays, for a window that wants to. Another one that owned it is sent kAudioPlaying with 0.
+    static int AudioAbort(HWND window);
+    /// Ends what plays without a word, forgets errors and owner, and closes the device. 0, with an internal error, when
+    /// the device does not give the blocks back within a second: then nothing is freed, the buffer must stay, nothing
+    /// else is played, and the next call tries again.
+    static int AudioReset();
+    /// Whether this window plays; null: whether any does. Not after an error.
+    static int IsAudioPlaying(HWND window);
+    /// Takes lParam of a kAudioBlockBack. 1 when that went on or ended the play, -1 after a device error, 0 for what is
+    /// no block that has just come back: messages may be late or forged.
+    static int OnAudioCallback(HWND owner, LPARAM header);
+    /// The last device error in the system's words, else the last error of the player itself. Good until the next call.
+    static const char* GetAudioErrorMessage();
+
+protected:
+    static void CALLBACK waveOutProc(HWAVEOUT device, UINT message, DWORD_PTR instance, DWORD_PTR header, DWORD_PTR);
+    static int WatchWaveOut(HWND owner, WAVEHDR* header);
+    /// Waits until no block is at the device; 0 when the time is over first.
+    static int WaitReleaseCue(DWORD milliseconds);
+    static void ClearAudioError();
+    /// 1 is the internal error, and so is what has no text.
+    static void SetAoudioError(int error);
+    static void SetMMeError(UINT error);
+
+    static HWAVEOUT m_hWaveOut;               ///< null: closed
+    static torv::Shared<HWND> m_hWndCallback; ///< the owner; read on the device's thread
+    static CWaveBuffer* m_pBuff;              ///< null: nothing of it is at the device
+    static WAVEHDR m_stWaveHdr[2];
+    static torv::Shared<int> m_nStatus; ///< read on the device's thread
+    static UINT m_nMMeError;            ///< 0: none
+    static int m_nError;
+    static char m_szMsg[128];
+
 private:
+    static int StartPlay(HWND owner, CWaveBuffer& buffer);
+    static MMRESULT QueueBlock(WAVEHDR& header);
+
     bool OpenToRead(CFile& file, const char* path);
     bool FindData(const CWaveBuffer& buffer, CFile& file, CHUNK_INFO& place);
     int WriteWave(const char* path, CWaveBuffer& buffer, const torv::ChunkList& kept);

@@ -230,17 +230,37 @@ int CWaveFile::AppendSample(DWORD left, DWORD right) {
     const DWORD align = m_Format.nBlockAlign;
     if (!IsReady() || m_dwDataBytes > kMostDataBytes - align)
         return 0;
-    if (!m_bWindowLoaded || m_dwFrames - m_dwWindowFrame >= m_dwBufferFrames)
-        LoadWindow(m_dwFrames);
+    LoadWindowOf(m_dwFrames);
     torv::StoreFrame(m_pBuffer.get() + (m_dwFrames - m_dwWindowFrame) * align, m_Format.nChannels, align,
                      {left, right});
+    CountAppended(1);
+    return 1;
+}
+
+int CWaveFile::AppendFrames(const BYTE* frames, DWORD count) {
+    const DWORD align = m_Format.nBlockAlign;
+    if (!IsReady() || !frames || (static_cast<ULONGLONG>(m_dwFrames) + count) * align > kMostDataBytes)
+        return 0;
+    while (count > 0) {
+        LoadWindowOf(m_dwFrames);
+        const DWORD piece = std::min(count, m_dwWindowFrame + m_dwBufferFrames - m_dwFrames);
+        const size_t bytes = static_cast<size_t>(piece) * align;
+        std::memcpy(m_pBuffer.get() + static_cast<size_t>(m_dwFrames - m_dwWindowFrame) * align, frames, bytes);
+        CountAppended(piece);
+        frames += bytes;
+        count -= piece;
+    }
+    return 1;
+}
+
+/// Frames that stand in the window, which is written when it is full.
+void CWaveFile::CountAppended(DWORD frames) {
     m_bDirty = true;
-    ++m_dwFrames;
-    m_dwDataBytes = m_dwFrames * align; // a broken frame at the data's end is written over
+    m_dwFrames += frames;
+    m_dwDataBytes = m_dwFrames * m_Format.nBlockAlign; // a broken frame at the data's end is written over
     m_dwPlayEnd = m_dwFrames;
     if (m_dwFrames - m_dwWindowFrame == m_dwBufferFrames)
         Flush();
-    return 1;
 }
 
 int CWaveFile::ReadSample(DWORD& left, DWORD& right) {
@@ -248,8 +268,7 @@ int CWaveFile::ReadSample(DWORD& left, DWORD& right) {
     right = 0;
     if (!IsReady() || m_dwCurrentSample >= m_dwFrames)
         return 0;
-    if (!m_bWindowLoaded || m_dwCurrentSample - m_dwWindowFrame >= m_dwBufferFrames)
-        LoadWindow(m_dwCurrentSample);
+    LoadWindowOf(m_dwCurrentSample);
     const DWORD align = m_Format.nBlockAlign;
     const auto values =
         torv::LoadFrame(m_pBuffer.get() + (m_dwCurrentSample - m_dwWindowFrame) * align, m_Format.nChannels, align);
@@ -296,7 +315,7 @@ int CWaveFile::AddVolumeToWaveData(const BYTE* in, BYTE* out, DWORD bytes, int c
     std::memmove(out, in, bytes);
     for (DWORD at = 0, channel = 0; at < whole; at += width, channel = (channel + 1) % channels) {
         // A mono frame is one side of the picture: the left gain, as when it is played.
-        const double gain = channel == 0 ? m_Gain.left : m_Gain.right;
+        const double gain = channel == 0 ? m_dGainL : m_dGainR;
         const DWORD value = torv::LoadValue(out + at, width);
         torv::StoreValue(out + at, width, ScaledValue(value, m_Format.wBitsPerSample, gain, clip != 0));
     }

@@ -2,12 +2,14 @@
 
 #include "torv/audio/gain.h"
 #include "torv/audio/level_meter.h"
+#include "torv/audio/shared_value.h"
 #include "torv/platform/platform.h"
 
 #include <memory>
 
 /// A wave file on disk, written frame by frame at its end and read back for playing. Always the plain 44-byte header
-/// followed by the samples; other chunks are not supported. Frames are counted from 0; one thread at a time.
+/// followed by the samples; other chunks are not supported. Frames are counted from 0. One thread at a time; only
+/// volume, pan and mute may be set while another one reads for playing.
 ///
 /// Playing follows a timeline: `lead-in` silent frames, the file's frames from play start to play end, `tail` silent
 /// frames. A pointer on it is lead-in + file frame; the pointers of frames before the play start are skipped.
@@ -46,6 +48,9 @@ public:
     /// nothing is open or the data would pass what a header can tell. Writes only when the buffer is full.
     int AppendSample(DWORD left, DWORD right);
     int AppendSample(DWORD both) { return AppendSample(both, both); }
+    /// As many calls of AppendSample with frames as they lie in this file's data. 0 when not all of them fit; then none
+    /// is put there.
+    int AppendFrames(const BYTE* frames, DWORD count);
     /// Reads the frame at the current position and steps on; a mono file's value counts for both. Returns 1, or 0 with
     /// zeros at the end of the data.
     int ReadSample(DWORD& left, DWORD& right);
@@ -75,6 +80,9 @@ public:
     /// A value is converted by bits per sample / channels: right for mono files. A 16-bit stereo file is read by the
     /// rule for 8 bits, and 24-bit stereo is silent: mixes of such files sound as they always did.
     int ReadSampleForPlay(float& left, float& right, int loop);
+    /// As many calls of ReadSampleForPlay, with the same values in the same order. Returns how many frames were played;
+    /// those behind them are silent.
+    DWORD ReadFramesForPlay(float* left, float* right, DWORD count, int loop);
 
     /// Linear volumes (1.0 leaves the samples as they are); pans outside -1.0..+1.0 become the centre.
     void SetAmplitudes(double volumeLeft, double volumeRight, double pan);
@@ -103,10 +111,18 @@ private:
     void WriteHeader();
     void AllocateBuffer();
     void LoadWindow(DWORD frame);
+    void LoadWindowOf(DWORD frame) {
+        if (!m_bWindowLoaded || frame - m_dwWindowFrame >= m_dwBufferFrames)
+            LoadWindow(frame);
+    }
     void SetDataBytes(DWORD bytes);
+    void CountAppended(DWORD frames);
     void UseFormat(const WAVEFORMATEX& format);
     void UpdateGains();
+    torv::StereoGain Gains() const { return {m_dGainL, m_dGainR}; }
     void SkipUnplayedFrames();
+    void ReadData(DWORD frame, float* left, float* right, DWORD count);
+    static void Silence(float* left, float* right, DWORD count);
 
     DWORD m_dwAskedFrames;
     WAVEFORMATEX m_Format;
@@ -117,8 +133,9 @@ private:
     double m_dVolumeL = 1.0;
     double m_dVolumeR = 1.0;
     double m_dPan = 0.0;
-    torv::StereoGain m_Gain;
-    int m_nMute = 0;
+    torv::Shared<double> m_dGainL = 1.0;
+    torv::Shared<double> m_dGainR = 1.0;
+    torv::Shared<int> m_nMute = 0;
 
     DWORD m_dwLeadIn = 0;
     DWORD m_dwTail = 0;

@@ -3,8 +3,32 @@
 #include "torv/audio/sample.h"
 
 #include <algorithm>
+#include <cstring>
 
-void CWaveFile::UpdateGains() { m_Gain = torv::GainsAt(m_dVolumeL, m_dVolumeR, m_dPan); }
+namespace {
+
+static_assert(std::endian::native == std::endian::little, "samples are read as they lie in memory");
+
+/// What ScaleValue makes of 16-bit mono frames, several at once: its factor is a power of two, which may as well be in
+/// the gain.
+void ScaleShorts(const BYTE* bytes, DWORD count, const torv::StereoGain& gain, float* left, float* right) {
+    const double gainLeft = gain.left * 3.0517578125e-05;
+    const double gainRight = gain.right * 3.0517578125e-05;
+    for (DWORD i = 0; i < count; ++i) {
+        SHORT value;
+        std::memcpy(&value, bytes + i * sizeof value, sizeof value);
+        left[i] = static_cast<float>(value * gainLeft);
+        right[i] = static_cast<float>(value * gainRight);
+    }
+}
+
+} // namespace
+
+void CWaveFile::UpdateGains() {
+    const auto gain = torv::GainsAt(m_dVolumeL, m_dVolumeR, m_dPan);
+    m_dGainL = gain.left;
+    m_dGainR = gain.right;
+}
 
 void CWaveFile::SetAmplitudes(double volumeLeft, double volumeRight, double pan) {
     m_dVolumeL = torv::ValidVolume(volumeLeft);
@@ -54,29 +78,65 @@ int CWaveFile::SeekPlayPointer(LONG position, int whence) {
 }
 
 int CWaveFile::ReadSampleForPlay(float& left, float& right, int loop) {
-    left = 0;
-    right = 0;
+    return ReadFramesForPlay(&left, &right, 1, loop) != 0;
+}
+
+DWORD CWaveFile::ReadFramesForPlay(float* left, float* right, DWORD count, int loop) {
     const ULONGLONG dataEnd = static_cast<ULONGLONG>(m_dwLeadIn) + std::max(m_dwPlayStart, m_dwPlayEnd);
     const ULONGLONG timelineEnd = dataEnd + m_dwTail;
-    if (m_qwPlayPointer >= timelineEnd) {
-        if (!loop || GetPlaySamples() == 0)
-            return 0;
-        m_qwPlayPointer = 0;
+    DWORD done = 0;
+    while (done < count) {
+        if (m_qwPlayPointer >= timelineEnd) {
+            if (!loop || GetPlaySamples() == 0)
+                break;
+            m_qwPlayPointer = 0;
+            SkipUnplayedFrames();
+        }
+        const bool isData = m_qwPlayPointer >= m_dwLeadIn && m_qwPlayPointer < dataEnd;
+        const ULONGLONG partEnd = isData ? dataEnd : m_qwPlayPointer < m_dwLeadIn ? m_dwLeadIn : timelineEnd;
+        const auto piece = static_cast<DWORD>(std::min<ULONGLONG>(count - done, partEnd - m_qwPlayPointer));
+        if (isData)
+            ReadData(static_cast<DWORD>(m_qwPlayPointer - m_dwLeadIn), left + done, right + done, piece);
+        else
+            Silence(left + done, right + done, piece);
+        done += piece;
+        m_qwPlayPointer += piece;
         SkipUnplayedFrames();
     }
-    if (m_qwPlayPointer >= m_dwLeadIn && m_qwPlayPointer < dataEnd) {
-        m_dwCurrentSample = static_cast<DWORD>(m_qwPlayPointer - m_dwLeadIn);
-        DWORD valueLeft;
-        DWORD valueRight;
-        if (ReadSample(valueLeft, valueRight) && !m_nMute) {
-            // Bits per sample over channels: only mono files are read by their own width.
-            const int bits = m_Format.wBitsPerSample / m_Format.nChannels;
-            left = torv::ScaleValue(valueLeft, bits, m_Gain.left);
-            right = torv::ScaleValue(valueRight, bits, m_Gain.right);
+    m_Level.AddFrames(left, right, done, 1.0, 1.0);
+    Silence(left + done, right + done, count - done);
+    return done;
+}
+
+void CWaveFile::Silence(float* left, float* right, DWORD count) {
+    std::fill_n(left, count, 0.0F);
+    std::fill_n(right, count, 0.0F);
+}
+
+/// Frames of the data as they are played; silence behind its end.
+void CWaveFile::ReadData(DWORD frame, float* left, float* right, DWORD count) {
+    m_dwCurrentSample = frame + count;
+    // Bits per sample over channels: only mono files are read by their own width.
+    const int bits = m_Format.wBitsPerSample / m_Format.nChannels;
+    const DWORD align = m_Format.nBlockAlign;
+    const torv::StereoGain gain = Gains();
+    while (count > 0 && !m_nMute && IsReady() && frame < m_dwFrames) {
+        LoadWindowOf(frame);
+        const DWORD piece = std::min({count, m_dwFrames - frame, m_dwWindowFrame + m_dwBufferFrames - frame});
+        const BYTE* at = m_pBuffer.get() + static_cast<size_t>(frame - m_dwWindowFrame) * align;
+        if (bits == 16 && m_Format.nChannels == 1) {
+            ScaleShorts(at, piece, gain, left, right);
+        } else {
+            for (DWORD i = 0; i < piece; ++i, at += align) {
+                const auto values = torv::LoadFrame(at, m_Format.nChannels, align);
+                left[i] = torv::ScaleValue(values.left, bits, gain.left);
+                right[i] = torv::ScaleValue(values.right, bits, gain.right);
+            }
         }
+        frame += piece;
+        left += piece;
+        right += piece;
+        count -= piece;
     }
-    ++m_qwPlayPointer;
-    SkipUnplayedFrames();
-    m_Level.Add(left, right);
-    return 1;
+    Silence(left, right, count);
 }

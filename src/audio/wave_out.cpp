@@ -11,6 +11,23 @@ CWaveOut::CWaveOut()
 double CWaveOut::Db2Amplitude(double decibels) { return std::pow(10.0, decibels * 0.05); }
 double CWaveOut::Amplitude2Db(double amplitude) { return 20.0 * std::log10(amplitude); }
 
+int CWaveOut::EnumWaveOutDevices(CStringList& names) {
+    names.RemoveAll();
+    const UINT count = waveOutGetNumDevs();
+    for (UINT number = 0; number < count; ++number) {
+        WAVEOUTCAPSA capabilities{};
+        waveOutGetDevCapsA(number, &capabilities, sizeof capabilities); // one that is gone since has no name
+        names.AddTail(capabilities.szPname);
+    }
+    return names.GetCount();
+}
+
+CStringList* CWaveOut::EnumWaveOutDevices() {
+    auto names = std::make_unique<CStringList>(10);
+    EnumWaveOutDevices(*names);
+    return names.release();
+}
+
 void CWaveOut::SetPlayParameters(const CString& device, CWnd* window, UINT message, WORD positionCode, DWORD rate,
                                  int loop) {
     m_strDevice = device;
@@ -20,6 +37,10 @@ void CWaveOut::SetPlayParameters(const CString& device, CWnd* window, UINT messa
     m_dwSampleRate = rate;
     m_dwBufferFrames = rate / 10;
     m_nLoop = loop;
+}
+
+void CWaveOut::SetLevelNotify(CWnd* left, CWnd* right, UINT message, WORD code, DWORD interval) {
+    m_level.Set(left, right, message, code, interval);
 }
 
 double CWaveOut::ValidOutputPan(double pan) const { return m_wOutputChannels == 1 ? 0.0 : torv::ValidPan(pan); }

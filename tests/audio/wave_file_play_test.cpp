@@ -2,6 +2,7 @@
 
 #include <doctest/doctest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -166,4 +167,44 @@ TEST_CASE("playing a wave file: peaks are posted once an interval") {
     DestroyWindow(window.m_hWnd);
     file.SeekPlayPointer(0, 0);
     CHECK(Play(file, 0, 99).size() == 5); // nobody to tell any more
+}
+
+TEST_CASE("playing a wave file: how many frames are read at a time changes none of them") {
+    const ScratchPath path("torv_wave_pieces.wav");
+    CWaveFile file(path.Text(), 256); // windows of 256 frames
+    file.SetWaveFormat(Format(1, 16));
+    Bytes data;
+    for (int i = 0; i < 700; ++i) {
+        data.push_back(static_cast<BYTE>(i));
+        data.push_back(static_cast<BYTE>(i * 37));
+    }
+    CHECK(file.AppendFrames(data.data(), 200) == 1);
+    CHECK(file.AppendFrames(data.data() + 400, 500) == 1);
+    Bytes kept(data.size());
+    file.GetWaveData(kept.data(), static_cast<DWORD>(kept.size()));
+    CHECK(kept == data);
+
+    file.SetAmplitudes(0.7, 0.9, -0.3);
+    file.SetPrePostBlanks(30, 20);
+    for (const int loop : {0, 1})
+        for (const DWORD end : {690u, 800u}) { // 800: the last 100 are silent
+            file.SetPlayDuration(10, end);
+            Levels lefts(3000, -1.0F);
+            Levels rights(3000, -1.0F);
+            file.SeekPlayPointer(0, 0);
+            size_t played = 0;
+            for (size_t i = 0; i < lefts.size(); ++i)
+                played += static_cast<size_t>(file.ReadSampleForPlay(lefts[i], rights[i], loop));
+            CHECK(played == (loop ? 3000 : 50 + end - 10));
+            CHECK(lefts[31] == static_cast<float>(static_cast<SHORT>(11 | (11 * 37 & 0xFF) << 8) * 1.3 * 0.7 / 32768));
+            for (const DWORD piece : {7u, 256u, 1000u}) {
+                Levels left(3000 + piece, -1.0F);
+                Levels right(3000 + piece, -1.0F);
+                file.SeekPlayPointer(0, 0);
+                for (DWORD at = 0; at < 3000; at += piece)
+                    file.ReadFramesForPlay(&left[at], &right[at], piece, loop);
+                CHECK(std::equal(lefts.begin(), lefts.end(), left.begin()));
+                CHECK(std::equal(rights.begin(), rights.end(), right.begin()));
+            }
+        }
 }

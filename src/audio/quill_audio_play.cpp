@@ -1,0 +1,196 @@
+#include "torv/audio/quill_audio.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+constexpr const char* kErrorTexts[] = {"No Error Information.", "Internal Error !\nPlease Report."};
+constexpr int kInternalError = 1;
+
+constexpr DWORD kResetTime = 1000;   ///< ms; a device that was reset gives its blocks back at once
+constexpr DWORD kPlayOutTime = 3000; ///< ms; two blocks last two seconds at most
+
+/// A block that was never written is nowhere but here.
+bool IsBack(const WAVEHDR& header) {
+    const DWORD flags = torv::HeaderFlags(header);
+    return !(flags & WHDR_PREPARED) || (flags & WHDR_DONE);
+}
+
+} // namespace
+
+HWAVEOUT CxQuillAudio::m_hWaveOut = nullptr;
+torv::Shared<HWND> CxQuillAudio::m_hWndCallback = nullptr;
+CWaveBuffer* CxQuillAudio::m_pBuff = nullptr;
+WAVEHDR CxQuillAudio::m_stWaveHdr[2] = {};
+torv::Shared<int> CxQuillAudio::m_nStatus = torv::kAudioIdle;
+UINT CxQuillAudio::m_nMMeError = MMSYSERR_NOERROR;
+int CxQuillAudio::m_nError = 0;
+char CxQuillAudio::m_szMsg[128] = "";
+
+int CxQuillAudio::OpenAudio() { return m_hWaveOut ? 0 : AudioReset(); }
+
+int CxQuillAudio::CloseAudio() { return AudioReset(); }
+
+int CxQuillAudio::AudioPlay(HWND owner, CWaveBuffer* buffer, DWORD start, DWORD end, int loop, int source) {
+    if (m_hWndCallback || m_hWaveOut || !IsWindow(owner))
+        return 0;
+    const int isPlaying = buffer && buffer->SetPlayParam(start, end, loop, source) && StartPlay(owner, *buffer);
+    SendMessageA(owner, torv::kAudioMessage, torv::kAudioPlaying, isPlaying);
+    return isPlaying;
+}
+
+int CxQuillAudio::StartPlay(HWND owner, CWaveBuffer& buffer) {
+    m_pBuff = &buffer;
+    const int isLoaded = buffer.InitialLoadDataBlock(m_stWaveHdr);
+    const auto blocks = std::count_if(std::begin(m_stWaveHdr), std::end(m_stWaveHdr),
+                                      [](const WAVEHDR& header) { return header.dwBufferLength > 0; });
+    if (!isLoaded || !blocks) {
+        AudioReset();
+        SetAoudioError(kInternalError);
+        return 0;
+    }
+    ClearAudioError();
+    WAVEFORMATEX format;
+    buffer.MakeWaveFormat(format);
+    HWAVEOUT device = nullptr;
+    MMRESULT error =
+        waveOutOpen(&device, WAVE_MAPPER, &format, reinterpret_cast<DWORD_PTR>(&waveOutProc), 0, CALLBACK_FUNCTION);
+    if (error == MMSYSERR_NOERROR) {
+        m_hWaveOut = device;
+        error = waveOutPause(device);
+    }
+    for (WAVEHDR& header : m_stWaveHdr)
+        if (error == MMSYSERR_NOERROR && header.dwBufferLength > 0)
+            error = QueueBlock(header);
+    if (error == MMSYSERR_NOERROR) {
+        // Before the device goes on: what it tells without an owner is lost.
+        m_nStatus = blocks == 2 ? torv::kAudioLoading : torv::kAudioLastData;
+        m_hWndCallback = owner;
+        error = waveOutRestart(device);
+    }
+    if (error == MMSYSERR_NOERROR)
+        return 1;
+    AudioReset();
+    SetMMeError(error);
+    return 0;
+}
+
+MMRESULT CxQuillAudio::QueueBlock(WAVEHDR& header) {
+    const MMRESULT error = waveOutPrepareHeader(m_hWaveOut, &header, sizeof header);
+    return error == MMSYSERR_NOERROR ? waveOutWrite(m_hWaveOut, &header, sizeof header) : error;
+}
+
+/// On a thread of the device's.
+void CALLBACK CxQuillAudio::waveOutProc(HWAVEOUT /*device*/, UINT message, DWORD_PTR /*instance*/, DWORD_PTR header,
+                                        DWORD_PTR /*parameter*/) {
+    const int status = m_nStatus;
+    const HWND owner = m_hWndCallback;
+    if (message == WOM_DONE && (status == torv::kAudioLoading || status == torv::kAudioLastData) && owner)
+        PostMessageA(owner, torv::kAudioMessage, torv::kAudioBlockBack, static_cast<LPARAM>(header));
+}
+
+int CxQuillAudio::OnAudioCallback(HWND owner, LPARAM header) {
+    return WatchWaveOut(owner, reinterpret_cast<WAVEHDR*>(header));
+}
+
+int CxQuillAudio::WatchWaveOut(HWND owner, WAVEHDR* header) {
+    if (!m_hWaveOut || owner != m_hWndCallback || (header != &m_stWaveHdr[0] && header != &m_stWaveHdr[1]))
+        return 0;
+    // A message of an earlier play names the same headers, which may be at the device again.
+    if (!IsBack(*header))
+        return 0;
+    if (m_nStatus == torv::kAudioLoading) {
+        if (!m_pBuff->LoadDataBlock(header)) {
+            m_nStatus = torv::kAudioLastData; // the other block plays on
+            return 1;
+        }
+        const MMRESULT error = QueueBlock(*header);
+        if (error == MMSYSERR_NOERROR)
+            return 1;
+        SetMMeError(error);
+        return -1;
+    }
+    if (m_nStatus != torv::kAudioLastData)
+        return 0;
+    WaitReleaseCue(kPlayOutTime);
+    return AudioStop(owner);
+}
+
+int CxQuillAudio::WaitReleaseCue(DWORD milliseconds) {
+    const DWORD start = timeGetTime();
+    while (!IsBack(m_stWaveHdr[0]) || !IsBack(m_stWaveHdr[1])) {
+        if (timeGetTime() - start >= milliseconds)
+            return 0;
+        Sleep(1);
+    }
+    return 1;
+}
+
+int CxQuillAudio::AudioStop(HWND owner) {
+    if (!owner || !IsAudioPlaying(owner))
+        return 0;
+    AudioReset();
+    SendMessageA(owner, torv::kAudioMessage, torv::kAudioPlaying, 0);
+    return 1;
+}
+
+int CxQuillAudio::AudioAbort(HWND window) {
+    const HWND owner = m_hWndCallback;
+    const int isFree = AudioReset();
+    if (owner && owner != window && IsWindow(owner))
+        SendMessageA(owner, torv::kAudioMessage, torv::kAudioPlaying, 0);
+    return isFree;
+}
+
+int CxQuillAudio::AudioReset() {
+    ClearAudioError();
+    m_nStatus = torv::kAudioIdle; // first: the blocks that a reset returns are nobody's news
+    m_hWndCallback = nullptr;
+    if (m_hWaveOut) {
+        waveOutReset(m_hWaveOut);
+        const int areBack = WaitReleaseCue(kResetTime);
+        for (WAVEHDR& header : m_stWaveHdr)
+            waveOutUnprepareHeader(m_hWaveOut, &header, sizeof header);
+        // A device that closes has let go of the blocks, whatever their flags say.
+        if (waveOutClose(m_hWaveOut) != MMSYSERR_NOERROR && !areBack) {
+            SetAoudioError(kInternalError);
+            return 0;
+        }
+        m_hWaveOut = nullptr;
+    }
+    std::fill(std::begin(m_stWaveHdr), std::end(m_stWaveHdr), WAVEHDR{});
+    if (m_pBuff)
+        m_pBuff->ReleaseDataCue();
+    m_pBuff = nullptr;
+    return 1;
+}
+
+int CxQuillAudio::IsAudioPlaying(HWND window) {
+    const int status = m_nStatus;
+    return (status == torv::kAudioLoading || status == torv::kAudioLastData) && (!window || window == m_hWndCallback);
+}
+
+const char* CxQuillAudio::GetAudioErrorMessage() {
+    if (m_nMMeError != MMSYSERR_NOERROR &&
+        waveOutGetErrorTextA(m_nMMeError, m_szMsg, sizeof m_szMsg) == MMSYSERR_NOERROR)
+        return m_szMsg;
+    return kErrorTexts[m_nError];
+}
+
+void CxQuillAudio::ClearAudioError() {
+    m_nMMeError = MMSYSERR_NOERROR;
+    m_nError = 0;
+}
+
+void CxQuillAudio::SetAoudioError(int error) {
+    m_nStatus = torv::kAudioError;
+    m_nError = error >= 0 && error < static_cast<int>(std::size(kErrorTexts)) ? error : kInternalError;
+}
+
+void CxQuillAudio::SetMMeError(UINT error) {
+    m_nStatus = torv::kAudioError;
+    m_nMMeError = error;
+    if (const HWND owner = m_hWndCallback)
+        SendMessageA(owner, torv::kAudioMessage, torv::kAudioFailed, 0);
+}

@@ -1,0 +1,78 @@
+// Playing: begin, steer and end the thread that plays.
+#include "torv/audio/output_device.h"
+#include "torv/audio/sample.h"
+#include "torv/audio/wave_out_player.h"
+
+namespace {
+
+constexpr WORD kBits = 16;
+constexpr DWORD kBuffersASecond = 10;
+constexpr DWORD kMostBufferFrames = 10000000; ///< a rate of 100 MHz
+
+} // namespace
+
+CWaveOut::CWaveOut(const CWaveOut&) = default;
+CWaveOut& CWaveOut::operator=(const CWaveOut&) = default;
+
+CWaveOut::~CWaveOut() { EndPlay(); }
+
+int CWaveOut::Play(const CString& device, CWnd* window, UINT message, WORD positionCode, DWORD bufferFrames, int loop) {
+    return StartPlay(device, window ? window->m_hWnd : nullptr, message, positionCode, bufferFrames, loop);
+}
+
+int CWaveOut::Play() {
+    return StartPlay(m_strDevice, m_hScoreWnd, m_nMessage, m_wPositionCode, m_dwBufferFrames, m_nLoop);
+}
+
+int CWaveOut::StartPlay(const CString& device, HWND window, UINT message, WORD positionCode, DWORD bufferFrames,
+                        int loop) {
+    const int number = torv::FindOutputDevice(device);
+    const int master = FirstTrack();
+    if (number < 0 || master < 0 || bufferFrames == 0 || bufferFrames > kMostBufferFrames)
+        return 0;
+    EndPlay();
+    m_WaveFormat = torv::PcmFormat(m_wOutputChannels, kBits, bufferFrames * kBuffersASecond);
+    m_dwBufferFrames = bufferFrames;
+    m_strDevice = device;
+    m_nLoop = loop;
+    CheckRewireOut();
+    m_hScoreWnd = window;
+    m_nMessage = message;
+    m_wPositionCode = positionCode;
+    torv::MixPass pass;
+    pass.format = m_WaveFormat;
+    pass.frames = bufferFrames;
+    pass.isMono = m_WaveFormat.nChannels == 1;
+    pass.mayLoop = true;
+    pass.masterTrack = master;
+    PublishPeak(pass);
+    Player::Begin(*this, static_cast<UINT>(number), pass).swap(m_player);
+    return m_player != nullptr;
+}
+
+void CWaveOut::EndPlay() {
+    if (m_player)
+        m_player->End();
+    m_player.reset();
+}
+
+void CWaveOut::Stop() {
+    EndPlay();
+    m_hScoreWnd = nullptr;
+}
+
+int CWaveOut::IsWaveOutStopped() const { return !m_player || m_player->IsOver(); }
+
+void CWaveOut::SetTrack(int slot, CWaveFile* file) {
+    m_tracks[static_cast<size_t>(slot)] = file;
+    if (m_player)
+        m_player->AwaitBlock();
+}
+
+int CWaveOut::SeekPlayPointer(LONG position, int whence) {
+    if (IsWaveOutStopped())
+        return SeekTracks(position, whence);
+    m_player->Seek(position, whence);
+    const int moved = whence == 0 || whence == 1; // what every file answers
+    return FirstTrack() < 0 ? whence : whence & moved;
+}

@@ -1,0 +1,197 @@
+#include "torv/audio/wave_out_player.h"
+
+#include "torv/audio/output_device.h"
+#include "torv/platform/wave_header.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+namespace {
+
+constexpr UINT kOpenMessage = 1034;
+constexpr UINT kStopMessage = 1123;
+constexpr UINT kSeekMessage = WM_APP + 1; ///< wParam whence, lParam position
+constexpr DWORD kStopInterval = 300;      // milliseconds, as the next
+constexpr DWORD kCloseInterval = 10;
+constexpr int kCloseTries = 100;
+/// The first two blocks are tiny: they only get the device going.
+constexpr DWORD kPrimerBytes = 4;
+
+/// While it lives, files are used.
+class Turn {
+public:
+    explicit Turn(std::atomic<DWORD>& turns) : m_turns(turns) { m_turns.fetch_add(1); }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    ~Turn() { m_turns.fetch_add(1); }
+
+private:
+    std::atomic<DWORD>& m_turns;
+};
+
+} // namespace
+
+std::shared_ptr<CWaveOut::Player> CWaveOut::Player::Begin(CWaveOut& output, UINT device, const torv::MixPass& pass) {
+    auto player = std::make_shared<Player>(output, device, pass);
+    if (!player->m_buffers->bytes)
+        return nullptr;
+    // The thread holds its player: it may outlive the output while it shows an error.
+    player->m_thread = torv::WorkerThread::Begin([player] { player->waveOutThread(); }, THREAD_PRIORITY_TIME_CRITICAL);
+    if (!player->m_thread)
+        return nullptr;
+    player->m_thread->Post(kOpenMessage);
+    return player;
+}
+
+CWaveOut::Player::Player(CWaveOut& output, UINT device, const torv::MixPass& pass)
+    : m_output(output), m_number(device), m_pass(pass), m_bufferBytes(pass.frames * pass.format.nBlockAlign),
+      m_buffers(std::make_unique<Buffers>()) {
+    m_buffers->bytes.reset(new (std::nothrow) BYTE[static_cast<size_t>(m_bufferBytes) * 2]());
+    for (size_t i = 0; i < m_buffers->headers.size() && m_buffers->bytes; ++i) {
+        m_buffers->headers[i].lpData = reinterpret_cast<char*>(m_buffers->bytes.get() + i * m_bufferBytes);
+        m_buffers->headers[i].dwBufferLength = std::min(kPrimerBytes, m_bufferBytes);
+    }
+}
+
+void CWaveOut::Player::End() {
+    while (!m_isOver && !m_isShowingError) {
+        m_thread->Post(kStopMessage);
+        if (m_thread->Wait(kStopInterval))
+            break;
+    }
+    if (!m_isShowingError)
+        m_thread->Wait();
+}
+
+void CWaveOut::Player::Seek(LONG position, int whence) {
+    PostThreadMessageA(m_thread->Id(), kSeekMessage, static_cast<WPARAM>(whence), position);
+}
+
+void CWaveOut::Player::AwaitBlock() const {
+    // Added nothing, so that a turn which begins after this sees what was written before.
+    const DWORD turn = m_turns.fetch_add(0);
+    while (turn % 2 == 1 && m_turns == turn)
+        Sleep(1);
+}
+
+void CWaveOut::Player::waveOutThread() {
+    MSG message;
+    while (GetMessageA(&message, nullptr, 0, 0) > 0 && Handle(message)) {
+    }
+    CloseDevice();
+    if (m_error != MMSYSERR_NOERROR) {
+        m_isShowingError = true; // nobody waits for the user; the output may be gone from here on
+        torv::ShowOutputError(m_error);
+    }
+    m_isOver = true;
+}
+
+/// False when the play is over.
+bool CWaveOut::Player::Handle(const MSG& message) {
+    switch (message.message) {
+    case kOpenMessage:
+        return m_device || Open();
+    case MM_WOM_DONE:
+        return TakeBack(reinterpret_cast<WAVEHDR*>(message.lParam));
+    case kSeekMessage: {
+        const Turn turn(m_turns);
+        m_output.SeekTracks(static_cast<LONG>(message.lParam), static_cast<int>(message.wParam));
+        return true;
+    }
+    case MM_WOM_CLOSE:
+    case kStopMessage:
+        return false;
+    default:
+        return true;
+    }
+}
+
+bool CWaveOut::Player::Open() {
+    m_error = waveOutOpen(&m_device, m_number, &m_pass.format, GetCurrentThreadId(), 0, CALLBACK_THREAD);
+    if (m_error != MMSYSERR_NOERROR) {
+        m_device = nullptr;
+        return false;
+    }
+    for (size_t i = 0; i < m_buffers->headers.size(); ++i) {
+        m_pass.starts[i] = Position();
+        Queue(m_buffers->headers[i]);
+    }
+    waveOutRestart(m_device);
+    return true;
+}
+
+/// A device that takes no more blocks leaves the play waiting for a stop: only what comes back drives it.
+void CWaveOut::Player::Queue(WAVEHDR& header) const {
+    waveOutPrepareHeader(m_device, &header, sizeof header);
+    waveOutWrite(m_device, &header, sizeof header);
+}
+
+/// False when the play is over.
+bool CWaveOut::Player::TakeBack(WAVEHDR* header) {
+    auto& headers = m_buffers->headers;
+    const bool isKnown = header == headers.data() || header == headers.data() + 1;
+    if (!m_device || !isKnown || (torv::HeaderFlags(*header) & WHDR_INQUEUE))
+        return true; // a message may be anybody's
+    waveOutUnprepareHeader(m_device, header, sizeof *header);
+    header->dwBufferLength = m_bufferBytes;
+    auto* const bytes = reinterpret_cast<BYTE*>(header->lpData);
+    if (m_phase == Phase::Mixing) {
+        const Turn turn(m_turns);
+        if (!m_output.MixOut(bytes, m_pass))
+            m_phase = Phase::Draining;
+    } else {
+        std::memset(bytes, 0, m_bufferBytes);
+        PostStart();
+        if (m_phase == Phase::Drained) {
+            Finish();
+            return false;
+        }
+        m_phase = Phase::Drained;
+    }
+    Queue(*header);
+    return true;
+}
+
+/// Where the header that is back ended, and so what has been heard.
+void CWaveOut::Player::PostStart() {
+    m_output.PostMessageToScoreWnd(m_output.m_nMessage, m_output.m_wPositionCode,
+                                   static_cast<LONG>(m_pass.starts[m_pass.next]));
+    m_pass.next ^= 1;
+}
+
+void CWaveOut::Player::Finish() {
+    PostStart();
+    if (const WORD code = m_output.m_wEndCode)
+        m_output.PostMessageToScoreWnd(m_output.m_nMessage, code, static_cast<LONG>(Position()));
+}
+
+/// Of the master track: where it is, or was when it was still registered.
+DWORD CWaveOut::Player::Position() {
+    const Turn turn(m_turns);
+    if (const CWaveFile* const file = m_output.GetTrack(m_pass.masterTrack))
+        m_pass.position = file->GetCurrentPlayPointer();
+    return m_pass.position;
+}
+
+bool CWaveOut::Player::AreBuffersBack() const {
+    return std::none_of(m_buffers->headers.begin(), m_buffers->headers.end(),
+                        [](const WAVEHDR& header) { return (torv::HeaderFlags(header) & WHDR_INQUEUE) != 0; });
+}
+
+/// A device that does not give its blocks back when it is reset is left open with them: it may still read them.
+void CWaveOut::Player::CloseDevice() {
+    if (!m_device)
+        return;
+    for (int tries = 0; tries < kCloseTries; ++tries) {
+        waveOutReset(m_device);
+        for (WAVEHDR& header : m_buffers->headers)
+            waveOutUnprepareHeader(m_device, &header, sizeof header);
+        if (waveOutClose(m_device) != WAVERR_STILLPLAYING)
+            break;
+        Sleep(kCloseInterval);
+    }
+    m_device = nullptr;
+    if (!AreBuffersBack()) [[maybe_unused]]
+        const Buffers* const lost = m_buffers.release();
+}

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "torv/audio/mix_pass.h"
+#include "torv/audio/wave_out.h"
+#include "torv/platform/worker_thread.h"
+
+#include <array>
+#include <atomic>
+
+/// One play: a thread that is driven by its messages, the device it has opened, and two headers that go to the device
+/// in turns, each with one half of the mix block. Mixes until every file has ended, then lets the device play out what
+/// it has. Uses the output until it is over.
+class CWaveOut::Player : public std::enable_shared_from_this<Player> {
+public:
+    /// Null when there is no memory or no thread to be had.
+    static std::shared_ptr<Player> Begin(CWaveOut& output, UINT device, const torv::MixPass& pass);
+
+    Player(CWaveOut& output, UINT device, const torv::MixPass& pass);
+    Player(const Player&) = delete;
+    Player& operator=(const Player&) = delete;
+    ~Player() = default;
+
+    bool IsOver() const { return m_isOver; }
+    /// Until the output is used no more. Not until a message box about the device has been answered.
+    void End();
+    /// Between two blocks.
+    void Seek(LONG position, int whence);
+    /// Until the block that is being mixed, if any, is done: it may be reading a file that is no longer registered.
+    void AwaitBlock() const;
+
+private:
+    enum class Phase { Mixing, Draining, Drained };
+
+    /// What the device reads.
+    struct Buffers {
+        std::unique_ptr<BYTE[]> bytes;
+        std::array<WAVEHDR, 2> headers{};
+    };
+
+    void waveOutThread();
+    bool Handle(const MSG& message);
+    bool Open();
+    bool TakeBack(WAVEHDR* header);
+    void Queue(WAVEHDR& header) const;
+    void PostStart();
+    void Finish();
+    DWORD Position();
+    void CloseDevice();
+    bool AreBuffersBack() const;
+
+    CWaveOut& m_output;
+    const UINT m_number;
+    torv::MixPass m_pass;
+    const DWORD m_bufferBytes;
+    std::unique_ptr<Buffers> m_buffers;
+    std::shared_ptr<torv::WorkerThread> m_thread;
+
+    HWAVEOUT m_device = nullptr;
+    MMRESULT m_error = MMSYSERR_NOERROR;
+    Phase m_phase = Phase::Mixing;
+    mutable std::atomic<DWORD> m_turns = 0; ///< odd while it uses files
+    std::atomic<bool> m_isShowingError = false;
+    std::atomic<bool> m_isOver = false;
+};
