@@ -12,9 +12,6 @@ namespace {
 constexpr DWORD kGuardSamples = 1024; ///< an engine that writes past its capacity writes here
 constexpr LONGLONG kStepsPerReport = 16;
 
-/// Where a step boundary of the engine's time base lies at the output rate.
-LONGLONG AtOutputRate(LONGLONG clock, DWORD rate) { return clock * rate / kEngineTimeBase; }
-
 bool Append(CWaveFile& file, const short* samples, LONGLONG count) {
     for (LONGLONG i = 0; i < count; ++i)
         if (!file.AppendSample(static_cast<DWORD>(static_cast<LONG>(samples[i]))))

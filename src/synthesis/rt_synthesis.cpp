@@ -22,7 +22,8 @@ constexpr int kSampleBits = 16;
 CRtSynthesis::CRtSynthesis() : m_strLibrary("RVE.dll") {}
 CRtSynthesis::CRtSynthesis(const CRtSynthesis&) = default;
 CRtSynthesis& CRtSynthesis::operator=(const CRtSynthesis&) = default;
-CRtSynthesis::~CRtSynthesis() = default;
+
+CRtSynthesis::~CRtSynthesis() { CRtSynthesis::RTS_StopSynthesis(); }
 
 DWORD CRtSynthesis::GetDefaultSampleRate() { return torv::kDefaultSampleRate; }
 int CRtSynthesis::GetDefaultSampleBit() { return kSampleBits; }
@@ -116,12 +117,15 @@ DWORD CRtSynthesis::RTS_SampleToMs(LONGLONG sample) const {
     return static_cast<DWORD>(std::clamp<LONGLONG>(torv::TruncateToInt64(milliseconds), 0, 0xFFFFFFFF));
 }
 
-int CRtSynthesis::PostMessageToMsgDestination([[maybe_unused]] UINT message, WORD code, LONGLONG sample) {
-    // Notifications go out under the one message that the host chose, whatever a caller names here.
-    const HWND window = m_hScoreWnd;
+int CRtSynthesis::PostTo(HWND window, WORD code, LONGLONG sample) const {
     if (!window || !IsWindow(window))
         return 0;
     return PostMessageA(window, m_nMessage, code, static_cast<LPARAM>(RTS_SampleToMs(sample)));
+}
+
+int CRtSynthesis::PostMessageToMsgDestination([[maybe_unused]] UINT message, WORD code, LONGLONG sample) {
+    // Notifications go out under the one message that the host chose, whatever a caller names here.
+    return PostTo(m_hScoreWnd, code, sample);
 }
 
 void CRtSynthesis::TraceEvent(const BYTE* data, int length) { torv::TraceText(data, length); }

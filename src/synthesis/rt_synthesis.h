@@ -1,13 +1,22 @@
 #pragma once
 
+#include "torv/audio/per_object.h"
 #include "torv/audio/wave_file.h"
 #include "torv/audio/wave_out.h"
 #include "torv/encoding/quill_midi_buffer.h"
 #include "torv/synthesis/offline_render.h"
 #include "torv/synthesis/synth_track.h"
 
+#include <array>
 #include <memory>
+#include <mutex>
 #include <vector>
+
+namespace torv {
+struct MixGains;
+class SynthesisThread;
+class WaveOutThread;
+} // namespace torv
 
 /// What to render, and into what. Neither is owned.
 struct tagQuillSynthOut {
@@ -16,12 +25,20 @@ struct tagQuillSynthOut {
 };
 
 /// Drives the singing engine: one instance a track, fed with the track's engine stream. Offline it renders a stream
-/// into a wave file; for a real-time play it keeps the instances, a ring of sound and the place in the mix of every
-/// track. Times are milliseconds from the song's start, rates Hz.
+/// into a wave file. In real time a synthesis thread fills a ring of sound for every track, up to 17 seconds ahead, and
+/// a wave-output thread mixes the rings and plays them. Times are milliseconds from the song's start, rates Hz.
 ///
-/// Streams, files and windows belong to the host and must outlive their use here. The engine library, the instances
-/// and the rings are shared by copies and go with the last of them. The host's thread calls everything here; volumes,
-/// pans and mutes may change while other threads mix.
+/// A real-time play takes these calls in this order: RTS_SetSynthesisParam, RTS_SetQuillMidiBuffer for each track,
+/// RTS_SetPlayParam, RTS_DoSynthesis, RTS_Play, then any of the changes, and RTS_StopSynthesis or
+/// RTS_TerminateSynthesis. The host's window is posted (under the message of SetPlayParameters, lParam milliseconds)
+/// code 4 when a play is about to begin, the position code at every step of it, and the end code when it is over; then
+/// the window is forgotten. A play that ends by itself ends like one that is stopped: instances and streams are gone.
+///
+/// Streams, files and windows belong to the host and must outlive their use here; a stream that plays is read by the
+/// synthesis thread alone. The engine library, the instances and the rings are shared by copies and go with the last of
+/// them; threads belong to the object that began them and end with it. The host's thread calls everything here;
+/// volumes, pans, mutes and the changes of position, region and loop may come at any time, other settings only while
+/// nothing plays.
 class TORV_API CRtSynthesis : public CWaveOut {
 public:
     CRtSynthesis();
@@ -73,7 +90,30 @@ public:
     /// Null for a track out of range; good until the instances are deleted.
     tagRtsInfo* RTS_GetOutBuffer(int track) const;
 
-    /// Makes and configures an instance and a ring for every track. 1, or 0 with everything undone, streams included.
+    /// Begins a play: RTS_PlayWithSynthesis in mode 1. In other modes the rendered files are played later; nothing is
+    /// done and 1 returned.
+    int RTS_DoSynthesis();
+    /// Makes the instances and begins to synthesize. 1, or 0 with everything undone.
+    int RTS_PlayWithSynthesis();
+    int RTS_PlayAfterSynthesis();
+    /// Begins the synthesis thread, after those of an earlier play have ended. One that would never end by itself,
+    /// since it loops or is not heard, is stopped. Returns 1, or 0 when no thread can be had.
+    int RTS_StartSynthesis();
+    /// Begins to be heard: in mode 1 what is being synthesized, in others the registered files. Returns 1, or 0 when
+    /// that cannot be.
+    int RTS_Play();
+    /// Ends loop and play, and waits until both threads are over.
+    void RTS_StopSynthesis();
+    /// Ends the play, deletes instances and rings, tells the window the end and forgets it. What a play does at its own
+    /// end; harmless when there is none.
+    void RTS_TerminateSynthesis();
+    /// 1 from RTS_Play to the end of the play.
+    int IsPlaying() const { return m_nPlaying; }
+    /// 1 when the engine failed since synthesis was begun.
+    int HasSynthesisFailed() const { return m_nSynthesisError; }
+
+    /// Makes and configures an instance and a ring for every track, when the threads of an earlier play have ended. 1,
+    /// or 0 with everything undone, streams included.
     int RTS_CreateRVE();
     /// Deletes instances and rings and forgets the streams; the library stays loaded. Without instances nothing
     /// changes.
@@ -101,6 +141,41 @@ public:
     /// Takes over the wave output's master gains, pan and mute.
     void RTS_SetMasterPlayParam();
 
+    /// Writes engine samples into the track's ring: one sample for all of a frame's channels, each taking its share of
+    /// the frame low byte first. Waits, in turns of 50 ms, while the ring is full. `silent` with a count of 1 writes a
+    /// block of zeros instead, with any other count nothing. 1; or 0 for no samples, a format of other than one or two
+    /// channels, no such track, and when a stop or a new start cut the waiting short.
+    int RTS_AppendSample(int track, const short* samples, int count, int silent);
+    /// Closes the block being filled; the rest of it is silent. (The name is the interface's.)
+    void RTS_UpdaatWriteIndex(int track);
+    /// A pass of the loop ends here: what was begun of a block is dropped. With the last track the mark is set for the
+    /// reader, as soon as it has taken the one before.
+    void RTS_MarkWriteIndex(int track);
+    /// 1 when at least so many blocks are buffered.
+    int RTS_IsBlkOk(DWORD blocks) const;
+
+    /// One frame of the output format: a single value for both sides, or two.
+    void RTS_ReadSample(const BYTE* at, DWORD& left, DWORD& right) const;
+    /// Scales one frame to floating point. Full scale is 1.0, but 256.0 with 24 bits.
+    void RTS_AddVolume(double gainL, double gainR, DWORD left, DWORD right, float& outL, float& outR) const;
+    /// Adds a frame, times the master gains taken over last, and returns where the next one is. Additions wrap.
+    char* RTS_MixOut(char* out, float left, float right) const;
+    /// Adds `bytes` of the track's ring from byte `offset` on to the output, unless it is muted.
+    void RTS_WaveDataTrackMix(int track, BYTE* out, DWORD bytes, DWORD offset);
+    /// Mixes the next blocks, `maxBlocks` at most, into staging buffer `which` (1 or 2), and steps over them. 1: the
+    /// buffer, its bytes and blocks; `endFlag` 1 when a pass of the loop ends with it. 2: not enough yet. 0: no more.
+    int RTS_GetWaveOutData_2(DWORD& bytes, BYTE*& buffer, DWORD maxBlocks, int which, DWORD& blocks, int& endFlag);
+    /// The same with silence.
+    int RTS_GetWaveOutSilentData(DWORD& bytes, BYTE*& buffer, DWORD maxBlocks, int which, DWORD& blocks);
+
+    /// Collects the latest value of every parameter that the track's stream sets before a play from `position`, to take
+    /// effect there. How many messages; 0 also at position 0, before the preroll, and when chasing is off.
+    int RTS_ChaseEvent(int track, DWORD position);
+    /// The messages that RTS_ChaseEvent found, null for a track out of range.
+    const std::vector<RVEEvent>* RTS_GetChaseEvents(int track) const;
+    /// Places the track's stream before its first entry at or after `time`. 0 when there is none.
+    int RTS_MoveTo(int track, DWORD time);
+
     /// Posts (code, milliseconds of the sample) under the wave output's message to the host's window. The post's
     /// result, or 0 when there is no such window.
     int PostMessageToMsgDestination(UINT message, WORD code, LONGLONG sample);
@@ -111,23 +186,32 @@ public:
 protected:
     /// Also the wave output's rate.
     void SetRate(DWORD rate);
-    torv::SynthTrack* FindTrack(int track) const;
+    /// Null for a track out of range; what is found lives as long as its holder.
+    std::shared_ptr<torv::SynthTrack> FindTrack(int track) const;
+    std::shared_ptr<torv::TrackSet> Tracks() const;
     void PlacePosition(DWORD position);
     void StartAtRegion();
-    bool MakeTracks();
+    /// The region's end; without a region there is none.
+    DWORD OpenRegionEnd() const;
+
+    void RTS_SynthesisThread_2();
+    void RTS_WaveOutThread_2();
 
     CString m_strLibrary;
     CString m_strOption;
     std::shared_ptr<torv::EngineLibrary> m_pLibrary;
     torv::ProgressHandler m_progress;
-    DWORD m_dwRate = 0;
+    torv::Shared<DWORD> m_dwRate = 0;
 
     torv::Shared<int> m_nStopRequest = 1;
     torv::Shared<int> m_nOutputStarted = 0;
     torv::Shared<int> m_nPlaying = 0;
     torv::Shared<int> m_nSynthesisError = 0;
     torv::Shared<int> m_nSynthesizing = 0;
+    torv::Shared<int> m_nSynthesisOver = 1; ///< its thread makes nothing any more
     torv::Shared<int> m_nPositionChanged = 0;
+    torv::Shared<DWORD> m_dwRestartsAsked = 0; ///< of the synthesis thread, which the ring belongs to until it has
+    torv::Shared<DWORD> m_dwRestartsDone = 0;  ///< begun anew as often
 
     int m_nSynthesisMode = 0;
     int m_nTrackCount = 0;
@@ -139,10 +223,8 @@ protected:
     torv::Shared<DWORD> m_dwRegionStart = 0;     ///< equal to the end: no region
     torv::Shared<DWORD> m_dwRegionEnd = 0;
     torv::Shared<int> m_nRegionLoop = 0;
-    DWORD m_dwEndPosition = 0xFFFFFFFF;
+    torv::Shared<DWORD> m_dwEndPosition = 0xFFFFFFFF;
 
-    std::vector<CQuillMidiBuffer*> m_streams;
-    std::shared_ptr<std::vector<torv::SynthTrack>> m_pTracks;
     torv::RingIndexes m_ring;
     DWORD m_dwRingCapacity = 0; ///< sample frames
 
@@ -150,4 +232,52 @@ protected:
     torv::Shared<double> m_dMixMasterGainR = 0.0;
     torv::Shared<double> m_dMixMasterPan = 0.0;
     torv::Shared<int> m_nMixMasterMute = 0;
+
+private:
+    friend class torv::SynthesisThread;
+    friend class torv::WaveOutThread;
+
+    struct Workers {
+        std::shared_ptr<torv::WorkerThread> synthesis;
+        std::shared_ptr<torv::WorkerThread> output;
+    };
+    struct StagingBuffer {
+        std::unique_ptr<BYTE[]> bytes;
+        DWORD size = 0;
+    };
+    struct StagingBuffers {
+        std::array<StagingBuffer, 2> buffers;
+    };
+
+    int PostTo(HWND window, WORD code, LONGLONG sample) const;
+    bool MakeTracks();
+    bool ForgetTracks();
+    Workers TheWorkers() const;
+    void EndWorkers();
+    template <class Change>
+    void ChangeWhileStopped(Change change, bool isOutputFirst);
+    void AskForRestart();
+    bool IsRestartDue() const { return m_dwRestartsAsked != m_dwRestartsDone; }
+    /// Nothing more comes into the rings.
+    bool HasSynthesisStopped() const { return m_nSynthesisOver || (!m_nSynthesizing && !IsRestartDue()); }
+
+    bool AwaitRoom();
+    void NextWriteBlock(torv::TrackSet& set, size_t track);
+    int AppendSamples(torv::TrackSet& set, size_t track, const short* samples, DWORD count);
+    void SilenceRest(torv::TrackSet& set, size_t track);
+    void CloseBlock(torv::TrackSet& set, size_t track);
+    void MarkBlock(torv::TrackSet& set, size_t track);
+    int ChaseTrack(torv::SynthTrack& track, CQuillMidiBuffer& stream, DWORD position) const;
+
+    torv::MixGains MasterGains() const;
+    void MixTrack(const torv::TrackSet& set, const torv::SynthTrack& track, BYTE* out, DWORD bytes, DWORD offset);
+    BYTE* Stage(int which, DWORD bytes);
+    int MixBlocks(const torv::TrackSet& set, DWORD maxBlocks, int which, BYTE*& buffer, DWORD& blocks, int& endFlag);
+
+    mutable torv::PerObject<std::mutex> m_mutex; // guards what follows
+    std::vector<CQuillMidiBuffer*> m_streams;
+    std::shared_ptr<torv::TrackSet> m_pTracks;
+    torv::PerObject<Workers> m_workers;
+
+    torv::PerObject<StagingBuffers> m_staging; // the wave-output thread's
 };

@@ -1,6 +1,7 @@
 #include "torv/synthesis/rt_synthesis.h"
 
 #include "torv/audio/gain.h"
+#include "torv/synthesis/thread_messages.h"
 
 #include <algorithm>
 #include <new>
@@ -33,6 +34,7 @@ void CRtSynthesis::RTS_SetPlayParam(DWORD regionStart, DWORD regionEnd, DWORD po
 int CRtSynthesis::RTS_SetQuillMidiBuffer(int track, CQuillMidiBuffer* stream) {
     if (track < 0 || track >= m_nTrackCount)
         return 0;
+    const std::lock_guard lock(m_mutex);
     const auto count = static_cast<std::size_t>(m_nTrackCount);
     if (m_streams.size() < count)
         m_streams.resize(count);
@@ -41,70 +43,87 @@ int CRtSynthesis::RTS_SetQuillMidiBuffer(int track, CQuillMidiBuffer* stream) {
 }
 
 CQuillMidiBuffer* CRtSynthesis::RTS_GetQuillMidiBuffer(int track) const {
+    const std::lock_guard lock(m_mutex);
     const auto index = static_cast<std::size_t>(track);
     return track >= 0 && track < m_nTrackCount && index < m_streams.size() ? m_streams[index] : nullptr;
 }
 
-torv::SynthTrack* CRtSynthesis::FindTrack(int track) const {
+std::shared_ptr<torv::TrackSet> CRtSynthesis::Tracks() const {
+    const std::lock_guard lock(m_mutex);
+    return m_pTracks;
+}
+
+std::shared_ptr<torv::SynthTrack> CRtSynthesis::FindTrack(int track) const {
+    auto set = Tracks();
     const auto index = static_cast<std::size_t>(track);
-    return track >= 0 && track < m_nTrackCount && m_pTracks && index < m_pTracks->size() ? &(*m_pTracks)[index]
-                                                                                         : nullptr;
+    if (track < 0 || track >= m_nTrackCount || !set || index >= set->tracks.size())
+        return nullptr;
+    return {set, &set->tracks[index]};
 }
 
 int CRtSynthesis::RTS_GetRveHandle(int track) const {
-    const torv::SynthTrack* found = FindTrack(track);
+    const auto found = FindTrack(track);
     return found ? found->engine.Handle() : torv::kNoEngine;
 }
 
 tagRtsInfo* CRtSynthesis::RTS_GetOutBuffer(int track) const {
-    torv::SynthTrack* found = FindTrack(track);
+    const auto found = FindTrack(track);
     return found ? &found->info : nullptr;
 }
 
 bool CRtSynthesis::MakeTracks() {
     const auto count = static_cast<std::size_t>(m_nTrackCount);
-    const DWORD frameSize = RTS_GetFrameSize();
-    auto tracks = std::make_shared<std::vector<torv::SynthTrack>>();
-    tracks->reserve(count);
-    while (tracks->size() < count) {
+    auto set = std::make_shared<torv::TrackSet>();
+    set->format = m_WaveFormat;
+    set->frameSize = RTS_GetFrameSize();
+    set->tracks.reserve(count);
+    while (set->tracks.size() < count) {
         torv::EngineInstance engine(m_pLibrary, m_dwRate, m_strOption);
         if (!engine)
             return false;
-        tracks->emplace_back(std::move(engine));
+        set->tracks.emplace_back(std::move(engine));
     }
-    m_dwRingCapacity = frameSize * torv::kRingBlocks;
-    const std::size_t ringBytes = std::size_t{m_WaveFormat.nBlockAlign} * m_dwRingCapacity * kRingMargin;
-    for (torv::SynthTrack& track : *tracks) {
-        track.ring.reset(new (std::nothrow) BYTE[ringBytes]());
+    m_dwRingCapacity = set->frameSize * torv::kRingBlocks;
+    for (torv::SynthTrack& track : set->tracks) {
+        track.ring.reset(new (std::nothrow) BYTE[std::size_t{set->RingBytes()} * kRingMargin]());
         if (!track.ring)
             return false;
-        track.info = {0, 0, torv::kRingBlocks, 0, 0, track.ring.get()};
+        track.info = {0, 0, torv::kRingBlocks, 0, torv::kNoMark, track.ring.get()};
     }
-    m_pTracks = std::move(tracks);
+    const std::lock_guard lock(m_mutex);
+    m_pTracks = std::move(set);
     return true;
 }
 
 int CRtSynthesis::RTS_CreateRVE() {
     if (m_nTrackCount <= 0)
         return 0;
+    EndWorkers();
     ApplyOutputChannels();
-    m_pTracks.reset(); // the instances made before make room first
+    ForgetTracks(); // the instances made before make room first
     if (!MakeTracks()) {
+        const std::lock_guard lock(m_mutex);
         m_streams.clear();
         return 0;
     }
-    m_ring.read = 0;
-    m_ring.write = 0;
     m_ring.count = torv::kRingBlocks;
-    m_ring.partial = 0;
+    m_ring.Clear();
     RTS_GetEndPosition();
     return 1;
 }
 
+/// The instances are deleted by whoever holds them last, without the lock.
+bool CRtSynthesis::ForgetTracks() {
+    std::shared_ptr<torv::TrackSet> set;
+    const std::lock_guard lock(m_mutex);
+    m_pTracks.swap(set);
+    return set != nullptr;
+}
+
 void CRtSynthesis::RTS_DeleteRVE() {
-    if (!m_pTracks)
+    if (!ForgetTracks())
         return;
-    m_pTracks.reset();
+    const std::lock_guard lock(m_mutex);
     m_streams.clear();
 }
 
@@ -115,6 +134,10 @@ DWORD CRtSynthesis::RTS_GetEndPosition() {
             end = std::max(end, stream->GetLastTime());
     m_dwEndPosition = end;
     return end;
+}
+
+DWORD CRtSynthesis::OpenRegionEnd() const {
+    return m_dwRegionStart == m_dwRegionEnd ? torv::kOpenRegionEnd : m_dwRegionEnd.Get();
 }
 
 void CRtSynthesis::StartAtRegion() {
@@ -129,29 +152,63 @@ void CRtSynthesis::PlacePosition(DWORD position) {
         StartAtRegion();
 }
 
+/// While the threads are stopped, wherever that is, the change only stores: what they may hold meanwhile, the heap's
+/// lock for one, must not be waited for.
+template <class Change>
+void CRtSynthesis::ChangeWhileStopped(Change change, bool isOutputFirst) {
+    const Workers workers = TheWorkers();
+    const auto& first = isOutputFirst ? workers.output : workers.synthesis;
+    const auto& second = isOutputFirst ? workers.synthesis : workers.output;
+    if (workers.synthesis)
+        workers.synthesis->Suspend();
+    if (workers.output)
+        workers.output->Suspend();
+    change();
+    if (first)
+        first->Resume();
+    if (second)
+        second->Resume();
+    if (!workers.output)
+        AskForRestart();
+    else
+        workers.output->Post(torv::kPositionChanged);
+}
+
 void CRtSynthesis::RTS_ChangePlayRegion(DWORD start, DWORD end, DWORD position) {
-    m_dwRegionStart = start;
-    m_dwRegionEnd = end;
-    PlacePosition(position);
+    ChangeWhileStopped(
+        [&] {
+            m_dwRegionStart = start;
+            m_dwRegionEnd = end;
+            PlacePosition(position);
+        },
+        false);
 }
 
 void CRtSynthesis::RTS_ChangeLoop(int loop, DWORD position) {
-    m_nRegionLoop = loop;
-    PlacePosition(position);
+    ChangeWhileStopped(
+        [&] {
+            m_nRegionLoop = loop;
+            PlacePosition(position);
+        },
+        true);
 }
 
 void CRtSynthesis::RTS_ChangeSongPosition(DWORD position) {
-    m_dwCurrentPosition = position;
-    m_dwSongPosition = position;
     PostMessageToMsgDestination(m_nMessage, m_wPositionCode, RTS_MsToSample(position, m_dwRate));
-    m_nPositionChanged = 1;
-    // Unlike the other changes, a position before an empty region stays where it was asked for.
-    if (position >= m_dwRegionEnd)
-        StartAtRegion();
+    ChangeWhileStopped(
+        [&] {
+            m_dwCurrentPosition = position;
+            m_dwSongPosition = position;
+            m_nPositionChanged = 1;
+            // Unlike the other changes, a position before an empty region stays where it was asked for.
+            if (position >= m_dwRegionEnd)
+                StartAtRegion();
+        },
+        false);
 }
 
 void CRtSynthesis::RTS_SetTrackVolume(int track, double volume) {
-    if (torv::SynthTrack* found = FindTrack(track)) {
+    if (const auto found = FindTrack(track)) {
         found->volumeL = torv::ValidVolume(volume);
         found->volumeR = torv::ValidVolume(volume);
         found->UpdateGains();
@@ -159,14 +216,14 @@ void CRtSynthesis::RTS_SetTrackVolume(int track, double volume) {
 }
 
 void CRtSynthesis::RTS_SetTrackPanpot(int track, double pan) {
-    if (torv::SynthTrack* found = FindTrack(track)) {
+    if (const auto found = FindTrack(track)) {
         found->pan = ValidOutputPan(pan);
         found->UpdateGains();
     }
 }
 
 void CRtSynthesis::RTS_SetTrackMute(int track, int mute) {
-    if (torv::SynthTrack* found = FindTrack(track))
+    if (const auto found = FindTrack(track))
         found->mute = mute;
 }
 

@@ -10,6 +10,9 @@ namespace torv {
 /// Milliseconds to samples: truncated, in double precision and in this order.
 inline LONGLONG MsToSample(DWORD milliseconds, DWORD rate) { return TruncateToInt64((milliseconds * 0.001) * rate); }
 
+/// Where a step's end in the engine's time base lies at the output rate.
+inline LONGLONG AtOutputRate(LONGLONG clock, DWORD rate) { return clock * rate / kEngineTimeBase; }
+
 /// Cuts an engine stream into steps: the event records that fall into each 256 samples of the engine's time base. The
 /// same walk offline and in real time, so that both hand the same records to the engine. One thread at a time; once
 /// its list has grown nothing is allocated. Neither owns the stream nor moves it but forward.

@@ -20,6 +20,8 @@ public:
     FakeEngine& operator=(const FakeEngine&) = delete;
 
     const FakeLog& Log() const { return *m_log; }
+    /// Called in every step, on the thread that asks for it.
+    void SetStepHook(void (*hook)()) { m_log->stepHook = hook; }
 
     static constexpr const char* kName = "FAKE_RVE.dll";
 

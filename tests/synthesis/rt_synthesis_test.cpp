@@ -1,29 +1,10 @@
-#include "synthesis/fake_engine_library.h"
-#include "torv/synthesis/rt_synthesis.h"
+#include "synthesis/driver.h"
 #include "torv/synthesis/trace_text.h"
 
 #include <doctest/doctest.h>
 
 #include <optional>
 #include <vector>
-
-namespace {
-
-/// Lets a test look at what the worker threads go by.
-struct Driver : CRtSynthesis {
-    Driver() { SetEngineLibrary(FakeEngine::kName); }
-    DWORD Current() const { return m_dwCurrentPosition; }
-    DWORD Song() const { return m_dwSongPosition; }
-    DWORD End() const { return m_dwEndPosition; }
-    DWORD RingCapacity() const { return m_dwRingCapacity; }
-    double GainL(int track) const { return FindTrack(track)->gainL; }
-    double GainR(int track) const { return FindTrack(track)->gainR; }
-    WORD Align() const { return m_WaveFormat.nBlockAlign; }
-    DWORD OutputRate() const { return m_WaveFormat.nSamplesPerSec; }
-    double MixMasterR() const { return m_dMixMasterGainR; }
-};
-
-} // namespace
 
 TEST_CASE("driver: rates, frame sizes and conversions") {
     CHECK(CRtSynthesis::IsValidSampleRate(48000) == 1);

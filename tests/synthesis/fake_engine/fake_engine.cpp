@@ -1,12 +1,14 @@
 #include "fake_engine.h"
 
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
 
 /// An engine whose every sample can be told beforehand: a note-on sounds at 100 x its velocity from its very sample on,
 /// a note-off leaves a release of 512 samples at 7. The option text asks for trouble:
-/// "refuse" the static setting, "error N" in step N, "none": no samples, "flood": 500 more than fit, "endless": never
-/// silent.
+/// "refuse" the static setting, "error N" in step N, "bad reset", "none": no samples, "flood": 500 more than fit,
+/// "endless": never silent, "slow N": N milliseconds a step.
 
 #if defined(_WIN32)
 #define ENTRY extern "C" __declspec(dllexport)
@@ -35,6 +37,12 @@ Instance g_instances[kMostInstances];
 FakeLog g_log;
 
 bool Is(const Instance& instance, const char* option) { return std::strcmp(instance.option, option) == 0; }
+
+/// What follows the word, 0 without it.
+int Number(const Instance& instance, const char* word) {
+    const size_t length = std::strlen(word);
+    return std::strncmp(instance.option, word, length) == 0 ? std::atoi(instance.option + length) : 0;
+}
 
 void Hear(Instance& instance, const RVEEvent& event, long long now) {
     if (event.status == 0x90) {
@@ -83,7 +91,14 @@ ENTRY int32_t RVE_CALL RVEStart(int32_t) { return ++g_log.starts; }
 ENTRY int32_t RVE_CALL RVEStop(int32_t) { return ++g_log.stops; }
 
 #if !defined(FAKE_WITHOUT_RESET)
-ENTRY int32_t RVE_CALL RVEReset(int32_t) { return 0; }
+ENTRY int32_t RVE_CALL RVEReset(int32_t handle) {
+    Instance& instance = g_instances[handle];
+    instance.clock = 0;
+    instance.level = 0;
+    instance.silentAt = -1;
+    ++g_log.resets;
+    return Is(instance, "bad reset") ? 78 : 0;
+}
 #endif
 
 ENTRY int32_t RVE_CALL RVEDoStepSynthesis(int32_t handle, int32_t count, const RVEEvent* events,
@@ -91,9 +106,13 @@ ENTRY int32_t RVE_CALL RVEDoStepSynthesis(int32_t handle, int32_t count, const R
     Instance& instance = g_instances[handle];
     const int step = instance.steps++;
     ++g_log.steps;
+    if (g_log.stepHook)
+        g_log.stepHook();
+    if (const int wait = Number(instance, "slow "))
+        std::this_thread::sleep_for(std::chrono::milliseconds(wait));
     for (int i = 0; i < count && g_log.eventCount < 4096; ++i)
         g_log.events[g_log.eventCount++] = {step, events[i]};
-    if (std::strncmp(instance.option, "error ", 6) == 0 && std::atoi(instance.option + 6) == step)
+    if (step > 0 && Number(instance, "error ") == step)
         return 77;
 
     const long long first = instance.clock * instance.rate / kTimeBase;

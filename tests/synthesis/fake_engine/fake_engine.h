@@ -13,6 +13,8 @@ struct FakeLog {
     int starts;
     int stops;
     int steps;
+    int resets;
+    void (*stepHook)();       ///< called in every step
     RVEStaticSetting setting; ///< the last one; its option text is `option`
     char option[64];
     int eventCount;

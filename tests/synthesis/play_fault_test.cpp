@@ -1,0 +1,230 @@
+#include "allocation_counter.h"
+#include "synthesis/play_fixture.h"
+
+#include <optional>
+
+using Told = Play::Told;
+
+TEST_CASE("play: an engine that fails ends it, with its code") {
+    Play play(2);
+    play.AddNote(0, 0, 5000, 40);
+    play.AddNote(1, 0, 5000, 50);
+    const char* text = nullptr;
+    SUBCASE("in a step") {
+        text = "Cannot synthesize the track(s)! (77)";
+        play.driver.SetEngineOption("error 300");
+        play.Begin();
+    }
+    SUBCASE("before the output is asked for") {
+        text = "Cannot synthesize the track(s)! (77)";
+        play.driver.SetEngineOption("error 1");
+        play.driver.RTS_SetPlayParam(0, 0, 0, 0);
+        REQUIRE(play.driver.RTS_DoSynthesis() == 1);
+        REQUIRE(play.Await([&] { return play.driver.HasSynthesisFailed() != 0; }));
+        REQUIRE(play.driver.RTS_Play() == 1);
+    }
+    SUBCASE("in a reset") {
+        text = "RVEReset Failed! (78)";
+        play.driver.SetEngineOption("bad reset");
+        play.Begin();
+        REQUIRE(play.AwaitOutput());
+        play.driver.RTS_ChangeSongPosition(1000);
+    }
+    REQUIRE(play.AwaitEnd());
+    CHECK(play.Boxes() == std::vector<std::string>{text});
+    CHECK(play.driver.HasSynthesisFailed() == 1);
+    CHECK(play.driver.IsStopAsked());
+    CHECK_FALSE(play.driver.IsPlaying());
+    CHECK(play.engine.Log().live == 0);
+    CHECK(std::count(play.told.begin(), play.told.end(), Told{3, 0x7FFFFFFF}) == 0); // no end was reached
+
+    play.driver.SetEngineOption("");
+    play.SetUp();
+    play.Begin(0, 100, 0); // the next one plays
+    REQUIRE(play.Await([&] { return play.HowOften(Play::kEnd) == 2; }));
+    CHECK(play.driver.HasSynthesisFailed() == 0);
+}
+
+TEST_CASE("play: a device that refuses is told in a box, one that is not there is not") {
+    Play play;
+    play.AddNote(0, 0, 500, 40);
+    SUBCASE("refuses") {
+        play.device->refuse = true;
+        play.Begin(0, 500, 0);
+        REQUIRE(play.AwaitEnd());
+        REQUIRE(play.Boxes().size() == 1);
+        CHECK(play.Boxes()[0].find("Cannot output waves (") == 0);
+        CHECK(play.told == std::vector<Told>{{9, 500}}); // no position is posted
+    }
+    SUBCASE("is not there") {
+        play.driver.SetPlayParameters("No such device", &play.window, Play::kMessage, Play::kPosition, 44100, 0);
+        play.Begin(0, 500, 0);
+        REQUIRE(play.AwaitEnd());
+        CHECK(play.Boxes().empty());
+        CHECK(play.told == std::vector<Told>{{3, 500}, {9, 500}});
+    }
+    CHECK(play.engine.Log().live == 0);
+}
+
+TEST_CASE("play: a device that gives nothing back ends it after five seconds, and a stop at once") {
+    Play play;
+    play.AddNote(0, 0, 60000, 40);
+    play.Begin();
+    REQUIRE(play.AwaitOutput());
+    SUBCASE("stopped") {
+        play.driver.RTS_StopSynthesis();
+        CHECK(play.Boxes().empty());
+    }
+    SUBCASE("left alone") {
+        REQUIRE(play.Await([&] { return play.IsOver(); }, false));
+        CHECK(play.Boxes().size() == 1);
+    }
+    play.Pump();
+    CHECK(play.told == std::vector<Told>{{4, 0}, {3, 0}, {9, 60000}});
+    CHECK(play.device->resets == 1);
+    CHECK(play.device->closed == 1);
+    CHECK(play.engine.Log().live == 0);
+}
+
+#if defined(_WIN32)
+TEST_CASE("play: a device that takes no more buffers, as one that was pulled out") {
+    Play play;
+    play.AddNote(0, 0, 60000, 40);
+    play.Begin();
+    REQUIRE(play.AwaitOutput());
+    play.device->refuseBlocks = true;
+    play.device->Finish(2);
+    REQUIRE(play.Await([&] { return play.IsOver(); }, false));
+    CHECK(play.Boxes().size() == 1);
+}
+#endif
+
+TEST_CASE("play: an engine slower than the device leaves silence or waits, and nothing is lost") {
+    Play play;
+    play.AddNote(0, 20, 300, 40);
+    const Samples offline = play.Offline(0);
+    play.driver.SetEngineOption("slow 4");
+    play.Begin();
+    REQUIRE(play.AwaitEnd());
+    CHECK(AreSameSound(play.Heard(), offline));
+}
+
+TEST_CASE("play: stopped in any state, again and again, it leaves nothing behind") {
+    Play play(2);
+    play.AddNote(0, 0, 3000, 40);
+    play.AddNote(1, 500, 2500, 50);
+    for (int turn = 0; turn < 100; ++turn) {
+        CAPTURE(turn);
+        play.SetUp(turn % 3 * 100, turn % 2, turn % 5 == 0 ? 30 : 0);
+        play.driver.RTS_SetPlayParam(0, 1000, turn % 4 * 100, turn % 2);
+        REQUIRE(play.driver.RTS_DoSynthesis() == 1);
+        if (turn % 10 != 0)
+            REQUIRE(play.driver.RTS_Play() == 1);
+        for (int i = 0; i < turn % 20; ++i) {
+            play.device->Finish(1);
+            Sleep(turn % 3);
+        }
+        if (turn % 7 == 0)
+            play.driver.RTS_ChangeSongPosition(700);
+        if (turn % 2)
+            play.driver.RTS_StopSynthesis();
+        play.driver.RTS_TerminateSynthesis(); // also after the play's own
+        REQUIRE(play.engine.Log().live == 0);
+        CHECK_FALSE(play.driver.IsPlaying());
+        CHECK(play.device->opened == play.device->closed);
+    }
+    play.Pump();
+    CHECK(play.HowOften(Play::kEnd) == 100); // one each
+    CHECK(play.Boxes().empty());
+}
+
+TEST_CASE("play: a thousand changes while it plays, and it goes on from the last") {
+    Play play;
+    for (int i = 0; i < 60; ++i)
+        play.AddNote(0, i * 1000 + 100, i * 1000 + 900, static_cast<BYTE>(10 + i));
+    const Samples offline = play.Offline(0);
+    play.Begin();
+    REQUIRE(play.AwaitOutput());
+    for (int i = 0; i < 1000; ++i) {
+        const auto position = static_cast<DWORD>(i * 7919 % 50000);
+        switch (i % 3) {
+        case 0:
+            play.driver.RTS_ChangeSongPosition(position);
+            break;
+        case 1:
+            play.driver.RTS_ChangePlayRegion(0, 60000, position);
+            break;
+        default:
+            play.driver.RTS_ChangeLoop(i % 2, position);
+        }
+        if (i % 10 == 0) {
+            play.device->Finish(1);
+            Sleep(1);
+            play.Pump();
+        }
+    }
+    play.driver.RTS_ChangeLoop(0, 58000);
+    REQUIRE(play.AwaitEnd());
+    const Samples heard = play.Heard();
+    const Samples wanted(offline.begin() + 2557696, offline.end()); // 58 s: step 9991
+    REQUIRE(heard.size() > wanted.size());
+    bool isFound = false; // the last that is heard; blocks end in the region's last one, and silence may follow
+    for (size_t at = heard.size() / 256 * 256 - wanted.size() / 256 * 256; !isFound && at > 0; at -= 256)
+        isFound = AreSameSound(Samples(heard.begin() + static_cast<std::ptrdiff_t>(at), heard.end()), wanted);
+    CHECK(isFound);
+    CHECK(play.Boxes().empty());
+    CHECK(play.device->opened == play.device->closed);
+}
+
+TEST_CASE("play: a window that goes, an object that goes, a copy, and a second play") {
+    Play play;
+    play.AddNote(0, 0, 2000, 40);
+    SUBCASE("the window is told nothing any more") {
+        play.Begin(0, 500, 0);
+        REQUIRE(play.AwaitOutput());
+        DestroyWindow(play.window.m_hWnd);
+        REQUIRE(play.Await([&] { return !play.driver.IsPlaying(); }));
+    }
+    SUBCASE("the object stops what it began") {
+        std::optional<Driver> other(std::in_place);
+        REQUIRE(other->OpenSynthesizer() == 1);
+        other->SetPlayParameters(CString(play.device->Name(), 31), &play.window, Play::kMessage, 3, 44100, 0);
+        other->RTS_SetSynthesisParam(1, 1, 0, 44100, 0, 0);
+        other->RTS_SetQuillMidiBuffer(0, &play.streams[0]);
+        other->RTS_SetPlayParam(0, 1000, 0, 1);
+        REQUIRE(other->RTS_DoSynthesis() == 1);
+        REQUIRE(other->RTS_Play() == 1);
+        REQUIRE(play.AwaitOutput());
+        {
+            Driver copy(*other); // has no threads, so that neither waits for them
+            copy.RTS_StopSynthesis();
+        }
+        CHECK(other->IsPlaying());
+        other.reset();
+        CHECK(play.engine.Log().live == 0);
+    }
+    SUBCASE("a play that is on is not begun twice") {
+        play.Begin(0, 1000, 0, 1);
+        REQUIRE(play.AwaitOutput());
+        CHECK(play.driver.RTS_Play() == 1);
+        CHECK(play.device->opened == 1);
+        play.SetUp();
+        CHECK(play.driver.RTS_DoSynthesis() == 1); // ends the loop first
+        play.driver.RTS_StopSynthesis();
+    }
+    CHECK(play.device->opened == play.device->closed);
+}
+
+TEST_CASE("play: its threads allocate nothing once they run") {
+    Play play(2);
+    for (int i = 0; i < 200; ++i)
+        play.AddNote(i % 2, i * 20, i * 20 + 15, static_cast<BYTE>(i % 100));
+    play.engine.SetStepHook([] { allocation_counter::WatchThisThread(); });
+    play.device->writeHook = [] { allocation_counter::WatchThisThread(); };
+    play.Begin(0, 1000, 0, 1);
+    REQUIRE(play.AwaitOutput());
+    allocation_counter::Take(); // the staging buffers are made when they are first used
+    REQUIRE(play.Await([&] { return play.told.size() > 40; }));
+    CHECK(allocation_counter::Take() == 0);
+    play.driver.RTS_StopSynthesis();
+}

@@ -1,0 +1,155 @@
+#pragma once
+
+#include "audio/wave_test_files.h"
+#include "synthesis/driver.h"
+#include "wave_recorder.h"
+
+#include <doctest/doctest.h>
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+using Samples = std::vector<short>;
+
+/// A play with a device, a host's window and message boxes in the test's hand. The test's thread is the host's.
+struct Play {
+    struct Told {
+        WPARAM code;
+        LPARAM milliseconds;
+        bool operator==(const Told&) const = default;
+    };
+    static constexpr UINT kMessage = WM_USER + 7;
+    static constexpr WORD kBegins = 4;
+    static constexpr WORD kPosition = 3;
+    static constexpr WORD kEnd = 9;
+
+    explicit Play(int tracks = 1, DWORD rate = 44100)
+        : trackCount(tracks), sampleRate(rate),
+          window(CreateWindowExA(0, "STATIC", "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr)) {
+        REQUIRE(window.m_hWnd != nullptr);
+        previousBox = torv::SetMessageBoxHandler([this](HWND owner, const char* text, const char*, UINT type) {
+            const std::lock_guard lock(boxMutex);
+            boxes.push_back(owner == nullptr && type == (MB_OK | MB_ICONSTOP) ? text : "wrong kind of box");
+            return IDOK;
+        });
+        REQUIRE(driver.OpenSynthesizer() == 1);
+        for (int i = 0; i < tracks; ++i)
+            REQUIRE(streams[static_cast<size_t>(i)].Create(1, 0, 0) == 1);
+        SetUp();
+    }
+    ~Play() {
+        driver.RTS_StopSynthesis();
+        torv::SetMessageBoxHandler(previousBox);
+        DestroyWindow(window.m_hWnd);
+    }
+    Play(const Play&) = delete;
+    Play& operator=(const Play&) = delete;
+
+    /// What a host sets before each play.
+    void SetUp(DWORD preroll = 0, int chase = 0, DWORD startDelay = 0) {
+        driver.SetPlayParameters(CString(device->Name(), MAXPNAMELEN - 1), &window, kMessage, kPosition, sampleRate, 0);
+        driver.SetPlayEndNortify(kEnd);
+        driver.RTS_SetSynthesisParam(1, trackCount, startDelay, sampleRate, preroll, chase);
+        for (int i = 0; i < trackCount; ++i)
+            REQUIRE(driver.RTS_SetQuillMidiBuffer(i, &streams[static_cast<size_t>(i)]) == 1);
+    }
+    /// A note of the fake engine, which sounds at 100 x its velocity.
+    void AddNote(int track, LONG begin, LONG end, BYTE velocity) {
+        CQuillMidiBuffer& stream = streams[static_cast<size_t>(track)];
+        const BYTE on[]{0x90, 60, velocity};
+        const BYTE off[]{0x80, 60, 0};
+        REQUIRE(stream.AddEvent(1, on, 3, begin) == 1);
+        REQUIRE(stream.AddEvent(1, off, 3, end) == 1);
+        stream.SetLast(1, static_cast<DWORD>(end));
+    }
+    void Begin(DWORD start = 0, DWORD end = 0x7FFFFFFF, DWORD position = 0, int loop = 0) {
+        driver.RTS_SetPlayParam(start, end, position, loop);
+        REQUIRE(driver.RTS_DoSynthesis() == 1);
+        REQUIRE(driver.RTS_Play() == 1);
+    }
+
+    void Pump() {
+        MSG message;
+        while (PeekMessageA(&message, window.m_hWnd, kMessage, kMessage, PM_REMOVE))
+            told.push_back({message.wParam, message.lParam});
+    }
+    /// Until it is so, twenty seconds at most; meanwhile the device plays as fast as it is given something, if asked
+    /// to.
+    bool Await(const std::function<bool()>& isSo, bool devicePlays = true) {
+        for (int i = 0; i < 20000; ++i) {
+            Pump();
+            if (isSo())
+                return true;
+            if (devicePlays)
+                device->Finish(1);
+            Sleep(1);
+        }
+        return false;
+    }
+    bool IsOver() const { return !told.empty() && told.back().code == kEnd; }
+    bool AwaitEnd() {
+        return Await([this] { return IsOver(); });
+    }
+    /// Until both of the device's buffers are there.
+    bool AwaitOutput() {
+        return Await([this] { return device->Queued() == 2; }, false);
+    }
+
+    std::vector<std::string> Boxes() {
+        const std::lock_guard lock(boxMutex);
+        return boxes;
+    }
+    size_t HowOften(WPARAM code) const {
+        return static_cast<size_t>(
+            std::count_if(told.begin(), told.end(), [code](const Told& one) { return one.code == code; }));
+    }
+    /// One side of what was played.
+    Samples Heard(size_t side = 0) const {
+        const std::vector<BYTE> bytes = device->Played();
+        Samples samples;
+        for (size_t at = side * 2; at + 1 < bytes.size(); at += 4)
+            samples.push_back(static_cast<short>(bytes[at] | bytes[at + 1] << 8));
+        return samples;
+    }
+    /// What the track gives offline.
+    Samples Offline(int track) {
+        const ScratchPath path("torv_play_offline.wav");
+        CWaveFile file(path.Text());
+        Driver offline;
+        offline.SetMasterOutputChannels(1);
+        REQUIRE(offline.OpenSynthesizer() == 1);
+        REQUIRE(offline.DoSynthesis(&streams[static_cast<size_t>(track)], &file, sampleRate) == 1);
+        Samples samples;
+        DWORD left = 0;
+        DWORD right = 0;
+        file.SeekSample(0, 0);
+        while (file.ReadSample(left, right))
+            samples.push_back(static_cast<short>(left));
+        return samples;
+    }
+
+    const int trackCount;
+    const DWORD sampleRate;
+    FakeEngine engine;
+    WaveRecorderInList device;
+    CWnd window;
+    std::array<CQuillMidiBuffer, 4> streams;
+    std::vector<Told> told;
+    std::mutex boxMutex;
+    std::vector<std::string> boxes;
+    torv::MessageBoxHandler previousBox;
+    Driver driver; // the first to go: its threads use the rest
+};
+
+/// The longer one's part beyond the shorter must be silence.
+inline bool AreSameSound(const Samples& a, const Samples& b) {
+    const Samples& longer = a.size() > b.size() ? a : b;
+    const size_t common = std::min(a.size(), b.size());
+    return std::equal(a.begin(), a.begin() + static_cast<std::ptrdiff_t>(common), b.begin()) &&
+           std::all_of(longer.begin() + static_cast<std::ptrdiff_t>(common), longer.end(),
+                       [](short sample) { return sample == 0; });
+}
