@@ -1,7 +1,10 @@
 #include "catalogue.h"
 #include "describe.h"
+#include "devices.h"
 #include "encode.h"
 #include "midi_song.h"
+#include "mix.h"
+#include "play.h"
 #include "sing.h"
 
 #include <CLI/CLI.hpp>
@@ -65,6 +68,27 @@ CLI::App* AddSing(CLI::App& app, SingOptions& options) {
     return sing;
 }
 
+CLI::App* AddPlay(CLI::App& app, PlayOptions& options) {
+    CLI::App* const play = app.add_subcommand("play", "Sing a standard MIDI file with lyrics through the sound card");
+    AddSong(*play, options.song);
+    play->add_option("--from", options.from, "Where to begin: a bar, counted from 1, or a time, as in 1:23.5 or 12.5s")
+        ->type_name("BAR|TIME");
+    play->add_option("--to", options.to, "Where to end; else the song's end")->type_name("BAR|TIME");
+    play->add_flag("--loop", options.loop, "Again and again, until q is pressed");
+    play->add_option("--device", options.device, "The wave output (torv devices); else the first one");
+    play->add_option("--rate", options.rate, "Samples a second: 44100, 48000 or 96000")
+        ->check(CLI::IsMember({44100U, 48000U, 96000U}))
+        ->capture_default_str();
+    play->add_option("--volume", options.volume, "Loudness in dB")
+        ->check(CLI::Range(-60.0, 12.0))
+        ->capture_default_str();
+    play->footer(
+        "Example: torv play song.mid --from 9 --to 17 --loop\n"
+        "On a terminal: space pauses and goes on, left and right seek 5 s, up and down change the volume, Home "
+        "goes to the beginning, q quits.");
+    return play;
+}
+
 CLI::App* AddEncode(CLI::App& app, EncodeOptions& options) {
     CLI::App* const encode = app.add_subcommand("encode", "Write a song as a MIDI file in the voice engine's dialect");
     AddSong(*encode, options.song);
@@ -104,6 +128,24 @@ CLI::App* AddIcons(CLI::App& app, ListOptions& options) {
     return icons;
 }
 
+CLI::App* AddDevices(CLI::App& app, ListOptions& options) {
+    CLI::App* const devices = app.add_subcommand("devices", "List the wave and MIDI outputs");
+    devices->add_flag("--json", options.json, "As JSON");
+    return devices;
+}
+
+CLI::App* AddMix(CLI::App& app, MixOptions& options) {
+    CLI::App* const mix = app.add_subcommand("mix", "Mix wave files into a stereo wave file");
+    mix->add_option("FILES", options.inputs, "PCM waves of one rate, each with its level in dB and pan (-1..1)")
+        ->type_name("FILE[:DB[:PAN]]")
+        ->required();
+    mix->add_option("-o,--output", options.output, "The wave file to write: 16-bit stereo")->required();
+    mix->add_flag("--quiet", options.quiet, "No summary");
+    mix->footer("Example: torv mix voice.wav piano.wav:-6 strings.wav:-9.5:0.4 -o song.wav\n"
+                "At most 16 files, of which a stereo file counts as two. All begin together.");
+    return mix;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -117,8 +159,13 @@ int main(int argc, char** argv) {
     const CLI::App* const singing = AddSing(app, sing);
     const CLI::App* const encoding = AddEncode(app, encode);
     const CLI::App* const describing = AddInfo(app, info);
+    MixOptions mix;
+    PlayOptions play;
+    const CLI::App* const playing = AddPlay(app, play);
+    const CLI::App* const mixing = AddMix(app, mix);
     const CLI::App* const voices = AddVoices(app, list);
     const CLI::App* const icons = AddIcons(app, list);
+    const CLI::App* const devices = AddDevices(app, list);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -129,10 +176,16 @@ int main(int argc, char** argv) {
             ListVoices(list.json);
         else if (*icons)
             ListIcons(list.kind, list.json);
+        else if (*devices)
+            ListDevices(list.json);
         else if (*describing)
             Describe(info.input, info.json);
         else if (*encoding)
             Encode(encode);
+        else if (*mixing)
+            Mix(mix);
+        else if (*playing)
+            Play(play);
         else if (*singing)
             Sing(sing);
         return 0;

@@ -1,5 +1,7 @@
 #include "render.h"
 
+#include "engine_stream.h"
+
 #include <torv/torv.h>
 
 #include <algorithm>
@@ -23,22 +25,6 @@ public:
 private:
     std::string m_path;
 };
-
-struct TimeMapDeleter {
-    void operator()(tagSequenceTimeMap* map) const { torv::ReleaseSequenceTimeMap(map); }
-};
-
-std::unique_ptr<CQuillMidiBuffer> Encode(Score& score, DWORD presend) {
-    const std::unique_ptr<tagSequenceTimeMap, TimeMapDeleter> map(
-        CxQuillMidiEncoder::CreateSequenceTimeMap(score.song->GetMasterTrack()));
-    CxQuillMidiEncoder encoder;
-    encoder.SetPresendTime(presend);
-    tagQuillMidiEncodeStruct encode{score.track, map.get()};
-    std::unique_ptr<CQuillMidiBuffer> stream(encoder.EncodeSequenceTrack(&encode));
-    if (!stream)
-        throw std::bad_alloc();
-    return stream;
-}
 
 /// Has the engine sing a stream into `wave`, in mono.
 void Synthesize(CQuillMidiBuffer& stream, CWaveFile& wave, DWORD rate,
@@ -97,7 +83,7 @@ void Finish(CWaveFile& sung, const std::string& path, DWORD leadFrames, const Re
 
 RenderResult Render(Score& score, const std::string& path, const RenderOptions& options,
                     const std::function<void(double done, double total)>& progress) {
-    const std::unique_ptr<CQuillMidiBuffer> stream = Encode(score, options.presend);
+    const std::unique_ptr<CQuillMidiBuffer> stream = MakeEngineStream(score, options.presend);
     const TemporaryFile sungFile(path + ".sung.part");
     const TemporaryFile finished(path + ".part");
     RenderResult result;

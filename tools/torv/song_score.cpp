@@ -92,7 +92,7 @@ SongScore MakeSongScore(const SongOptions& options) {
         throw InputError{"there is no encoding \"" + options.encoding + "\": choose utf-8, shift-jis or latin-1"};
 
     std::vector<unsigned char> bytes = ReadInputFile(options.input);
-    const MidiSong song = ReadMidiSong(options.input, bytes);
+    MidiSong song = ReadMidiSong(options.input, bytes);
     const std::optional<size_t> track = options.track ? std::optional<size_t>(*options.track - 1) : std::nullopt;
     const VoiceLine voice = MakeVoiceLine(options.input, song, track, encoding);
     RemarkOnVoice(options, voice);
@@ -107,8 +107,9 @@ SongScore MakeSongScore(const SongOptions& options) {
     if (!options.plain)
         scoreOptions.expressions = FindExpressions(databases, options.expressions);
     scoreOptions.transpose = options.transpose;
-    SongScore made{BuildScore(options.input, song, voice, scoreOptions, databases),
-                   databases.NameOf(scoreOptions.voices.front().id), scoreOptions.presend};
+    Score score = BuildScore(options.input, song, voice, scoreOptions, databases);
+    SongScore made{std::move(score), std::move(song), databases.NameOf(scoreOptions.voices.front().id),
+                   scoreOptions.presend};
     ConvertLyrics(made.score, messages);
     return made;
 }

@@ -1,0 +1,34 @@
+#include "engine_stream.h"
+
+#include <new>
+
+namespace {
+
+struct TimeMapDeleter {
+    void operator()(tagSequenceTimeMap* map) const { torv::ReleaseSequenceTimeMap(map); }
+};
+using TimeMap = std::unique_ptr<tagSequenceTimeMap, TimeMapDeleter>;
+
+TimeMap MakeTimeMap(const Score& score) {
+    TimeMap map(CxQuillMidiEncoder::CreateSequenceTimeMap(score.song->GetMasterTrack()));
+    if (!map)
+        throw std::bad_alloc();
+    return map;
+}
+
+} // namespace
+
+std::unique_ptr<CQuillMidiBuffer> MakeEngineStream(Score& score, DWORD presend) {
+    const TimeMap map = MakeTimeMap(score);
+    CxQuillMidiEncoder encoder;
+    encoder.SetPresendTime(presend);
+    tagQuillMidiEncodeStruct encode{score.track, map.get()};
+    std::unique_ptr<CQuillMidiBuffer> stream(encoder.EncodeSequenceTrack(&encode));
+    if (!stream)
+        throw std::bad_alloc();
+    return stream;
+}
+
+DWORD StreamTimeOfTick(const Score& score, DWORD tick) {
+    return CxQuillMidiEncoder::SearchTimePosition(tick + score.leadTicks, MakeTimeMap(score).get(), 0);
+}

@@ -1,0 +1,162 @@
+#include "play.h"
+
+#include "describe.h"
+#include "engine_stream.h"
+#include "messages.h"
+#include "nearest_names.h"
+#include "play_place.h"
+#include "play_session.h"
+#include "terminal_keys.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#ifdef _WIN32
+#include <io.h>
+#define isatty _isatty
+#define fileno _fileno
+#else
+#include <unistd.h>
+#endif
+
+namespace {
+
+constexpr DWORD kTurn = 20;         // milliseconds
+constexpr DWORD kSeekStep = 5000;   // milliseconds
+constexpr double kVolumeStep = 2.0; // dB, as are the next two
+constexpr double kLoudest = 12.0;
+constexpr double kQuietest = -60.0;
+constexpr DWORD kOpenEnd = 0x7FFFFFFF;
+constexpr const char* kNullOutput = "Null Output";
+
+std::vector<std::string> DeviceNames() {
+    CStringList list;
+    CWaveOut::EnumWaveOutDevices(list);
+    std::vector<std::string> names;
+    for (POSITION at = list.GetHeadPosition(); at;)
+        names.emplace_back(list.GetNext(at));
+    return names;
+}
+
+std::string ChooseDevice(const PlayOptions& options) {
+    const std::vector<std::string> names = DeviceNames();
+    if (names.empty())
+        throw InputError{"there is no wave output to play on: write a wave file instead (torv sing)"};
+    if (options.device.empty()) {
+        if (names.size() == 1 && names.front() == kNullOutput)
+            Remark(options.song.quiet, "there is no sound card here: playing on the Null Output, which nobody hears");
+        return names.front();
+    }
+    if (const auto found = FindName(names, options.device))
+        return names[*found];
+    throw InputError{"there is no wave output \"" + options.device + "\": " + SuggestNames(names, options.device)};
+}
+
+/// The line on the terminal; nothing at all when there is none.
+class Display {
+public:
+    Display(const PlayOptions& options, DWORD lead, DWORD end)
+        : m_isShown(!options.song.quiet && isatty(fileno(stderr))), m_lead(lead), m_end(end) {}
+    ~Display() { Wipe(); }
+    Display(const Display&) = delete;
+    Display& operator=(const Display&) = delete;
+
+    std::string Clock(DWORD position) const { return ClockText((std::max(position, m_lead) - m_lead) / 1000.0); }
+    void Show(const PlaySession& session, double volume, bool hasKeys) {
+        if (!m_isShown)
+            return;
+        char line[160];
+        std::snprintf(line, sizeof line, "%s %s / %s  %+.0f dB%s", session.IsPaused() ? "paused " : "playing",
+                      Clock(session.Position()).c_str(), Clock(m_end).c_str(), volume,
+                      hasKeys ? "  [space: pause, arrows: seek and volume, q: quit]" : "");
+        if (m_last == line)
+            return;
+        m_last = line;
+        std::fprintf(stderr, "\r\033[K%s", line);
+        std::fflush(stderr);
+    }
+    void Wipe() {
+        if (!m_last.empty())
+            std::fputs("\r\033[K", stderr);
+        m_last.clear();
+    }
+
+private:
+    const bool m_isShown;
+    const DWORD m_lead;
+    const DWORD m_end;
+    std::string m_last;
+};
+
+/// False when it is to end.
+bool Obey(Key key, PlaySession& session, const PlaySession::Settings& settings, double& volume) {
+    switch (key) {
+    case Key::Quit:
+        return false;
+    case Key::Pause:
+        if (session.IsPaused())
+            session.Play(session.Position());
+        else
+            session.Pause();
+        break;
+    case Key::Start:
+        session.Seek(settings.start);
+        break;
+    case Key::Forward:
+        session.Seek(session.Position() + kSeekStep);
+        break;
+    case Key::Back:
+        session.Seek(session.Position() > kSeekStep ? session.Position() - kSeekStep : 0);
+        break;
+    case Key::Louder:
+    case Key::Quieter:
+        volume = std::clamp(volume + (key == Key::Louder ? kVolumeStep : -kVolumeStep), kQuietest, kLoudest);
+        session.SetVolume(volume);
+        break;
+    default:
+        break;
+    }
+    return true;
+}
+
+} // namespace
+
+void Play(const PlayOptions& options) {
+    SongScore song = MakeSongScore(options.song);
+    const std::unique_ptr<CQuillMidiBuffer> stream = MakeEngineStream(song.score, song.presend);
+    const DWORD lead = song.score.leadMilliseconds;
+    const DWORD songEnd = std::max(stream->GetLastTime(), lead);
+    PlaySession::Settings settings;
+    settings.device = ChooseDevice(options);
+    settings.rate = options.rate;
+    settings.preroll = song.presend;
+    settings.start = options.from.empty() ? lead : PlaceInStream("--from", options.from, options.song.input, song);
+    settings.end = options.to.empty() ? (options.loop ? songEnd : kOpenEnd)
+                                      : PlaceInStream("--to", options.to, options.song.input, song);
+    settings.isLooped = options.loop;
+    if (settings.start >= songEnd)
+        throw InputError{"--from " + options.from + ": the song ends before that"};
+    if (settings.end <= settings.start)
+        throw InputError{"--to " + options.to + ": lies before the beginning; choose a later bar or time"};
+
+    const MessageCatcher messages;
+    double volume = options.volume;
+    Display display(options, lead, std::min(settings.end, songEnd));
+    PlaySession session(*stream, settings);
+    session.SetVolume(volume);
+    TerminalKeys keys;
+    session.Play(settings.start);
+    while (!session.IsOver()) {
+        if (!Obey(keys.Poll(), session, settings, volume))
+            break;
+        session.Listen();
+        display.Show(session, volume, keys.IsTerminal());
+        Sleep(kTurn);
+    }
+    display.Wipe();
+    if (!messages.Last().empty())
+        throw InputError{messages.Last() + ": see torv devices for what there is to play on"};
+    if (!options.song.quiet)
+        std::printf("played to %s of %s on %s\n", display.Clock(std::min(session.Position(), songEnd)).c_str(),
+                    options.song.input.c_str(), settings.device.c_str());
+}

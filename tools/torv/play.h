@@ -1,0 +1,18 @@
+#pragma once
+
+#include "song_score.h"
+
+/// What `torv play` is asked for.
+struct PlayOptions {
+    SongOptions song;
+    std::string device; ///< empty: the first one
+    std::string from;   ///< bar or time; empty: the beginning
+    std::string to;     ///< empty: the end
+    unsigned rate = 44100;
+    double volume = 0.0; ///< dB
+    bool loop = false;
+};
+
+/// Sings a MIDI file through a wave output as it is synthesized; on a terminal it shows how far it is and obeys keys.
+/// Throws InputError.
+void Play(const PlayOptions& options);

@@ -1,0 +1,70 @@
+#include "play_session.h"
+
+#include "midi_song.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr UINT kMessage = WM_USER + 1;
+constexpr WORD kPosition = 1;
+constexpr WORD kEnd = 2;
+constexpr int kWhileSynthesizing = 1;
+constexpr int kTracks = 1;
+constexpr DWORD kNoDelay = 0;
+constexpr int kChase = 1;
+
+} // namespace
+
+PlaySession::PlaySession(CQuillMidiBuffer& stream, const Settings& settings)
+    : m_stream(stream), m_settings(settings),
+      m_window(CreateWindowExA(0, "STATIC", "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr)),
+      m_position(settings.start) {
+    if (!m_driver.OpenSynthesizer())
+        throw InputError{
+            "the voice engine RVE cannot be loaded or started: put it beside the program, or name its folder "
+            "in TORV_LIBRARY_PATH"};
+}
+
+PlaySession::~PlaySession() {
+    m_driver.RTS_StopSynthesis();
+    DestroyWindow(m_window.m_hWnd);
+}
+
+void PlaySession::Play(DWORD position) {
+    m_isPaused = false;
+    m_isOver = false;
+    m_position = position;
+    m_driver.SetPlayParameters(m_settings.device.c_str(), &m_window, kMessage, kPosition, m_settings.rate, 0);
+    m_driver.SetPlayEndNortify(kEnd);
+    m_driver.RTS_SetSynthesisParam(kWhileSynthesizing, kTracks, kNoDelay, m_settings.rate, m_settings.preroll, kChase);
+    m_driver.RTS_SetQuillMidiBuffer(0, &m_stream);
+    m_driver.RTS_SetPlayParam(m_settings.start, m_settings.end, position, m_settings.isLooped);
+    if (!m_driver.RTS_DoSynthesis() || !m_driver.RTS_Play())
+        throw InputError{"the voice engine RVE cannot be started: it may be damaged or not fit this program"};
+}
+
+void PlaySession::Pause() {
+    m_driver.RTS_StopSynthesis();
+    m_driver.RTS_TerminateSynthesis();
+    Listen();
+    m_isPaused = true;
+    m_isOver = false;
+}
+
+void PlaySession::Seek(DWORD position) {
+    m_position = std::max(position, m_settings.start);
+    if (m_position >= m_settings.end)
+        m_position = m_settings.start;
+    if (!m_isPaused)
+        m_driver.RTS_ChangeSongPosition(m_position);
+}
+
+void PlaySession::Listen() {
+    MSG message;
+    while (PeekMessageA(&message, m_window.m_hWnd, kMessage, kMessage, PM_REMOVE)) {
+        if (message.wParam == kPosition && static_cast<DWORD>(message.lParam) < m_settings.end)
+            m_position = static_cast<DWORD>(message.lParam);
+        m_isOver = m_isOver || message.wParam == kEnd;
+    }
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <torv/torv.h>
+
+#include <string>
+
+/// One song on one device, from the host's side: a window that hears how far it is, and the driver. It can be paused
+/// and go on, which ends a play and begins another.
+class PlaySession {
+public:
+    struct Settings {
+        std::string device; ///< product name
+        DWORD rate = 44100; ///< Hz
+        DWORD preroll = 0;  ///< milliseconds that the engine must be told of a note ahead
+        DWORD start = 0;    ///< of the region, in milliseconds of the stream
+        DWORD end = 0;      ///< 0x7FFFFFFF: the song's
+        bool isLooped = false;
+    };
+
+    /// Throws InputError when the engine cannot be loaded.
+    PlaySession(CQuillMidiBuffer& stream, const Settings& settings);
+    ~PlaySession();
+    PlaySession(const PlaySession&) = delete;
+    PlaySession& operator=(const PlaySession&) = delete;
+
+    /// Throws InputError when that cannot be.
+    void Play(DWORD position);
+    /// Goes on where Play sends it.
+    void Pause();
+    /// Also while it pauses; kept inside the region.
+    void Seek(DWORD position);
+    void SetVolume(double decibels) { m_driver.SetMasterVolume(CWaveOut::Db2Amplitude(decibels)); }
+
+    /// Hears what the driver has told since the last time.
+    void Listen();
+    bool IsPaused() const { return m_isPaused; }
+    bool IsOver() const { return m_isOver; }
+    /// How far it was heard, in milliseconds of the stream.
+    DWORD Position() const { return m_position; }
+
+private:
+    CQuillMidiBuffer& m_stream;
+    const Settings m_settings;
+    CWnd m_window;
+    CRtSynthesis m_driver;
+    DWORD m_position;
+    bool m_isPaused = false;
+    bool m_isOver = false;
+};
