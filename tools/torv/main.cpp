@@ -151,6 +151,7 @@ CLI::App* AddMix(CLI::App& app, MixOptions& options) {
 int main(int argc, char** argv) {
     CLI::App app("torv: sings scores", "torv");
     app.require_subcommand(1);
+    app.allow_windows_style_options(false); // a path may begin with a slash everywhere
     app.get_formatter()->column_width(30);
     SingOptions sing;
     ListOptions list;
