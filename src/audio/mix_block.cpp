@@ -11,21 +11,6 @@ namespace {
 
 constexpr double kIntRange = 2147483648.0;
 
-double FullScale(int bits) {
-    switch (bits) {
-    case 8:
-        return 128.0;
-    case 16:
-        return 32768.0;
-    case 24:
-        return 8388608.0;
-    case 32:
-        return 1.0;
-    default:
-        return 0.0;
-    }
-}
-
 /// The low bits of what the value is when cut toward zero; those beyond 64 bits, and NaN, as TruncateToInt64 has them.
 DWORD LowBits(double value) {
     return std::fabs(value) < kIntRange ? static_cast<DWORD>(static_cast<int>(value))

@@ -17,14 +17,6 @@ constexpr DWORD kMixBlockBytes = 0x100000;
 constexpr int kLeastBits = 16;
 constexpr DWORD kMostWidth = 4;
 
-/// -1.0..+1.0; values that do not fill their bytes are at their upper end.
-double SampleAt(const BYTE* bytes, DWORD width) {
-    const DWORD value = torv::LoadValue(bytes, width);
-    if (width < 2)
-        return (static_cast<double>(value) - 128.0) / 128.0;
-    return static_cast<LONG>(value << (32 - 8 * width)) / 2147483648.0;
-}
-
 DWORD SampleOf(double value, int bits) {
     const double scale = std::ldexp(1.0, bits - 1);
     const auto limit = static_cast<long long>(scale);
@@ -83,8 +75,8 @@ struct Track {
         const DWORD width = unit / channels;
         const auto* at = reinterpret_cast<const BYTE*>(area.data());
         for (DWORD i = 0; i < frames; ++i, at += unit) {
-            sums[i].left += SampleAt(at, width) * gain.left;
-            sums[i].right += SampleAt(at + (channels - 1) * width, width) * gain.right;
+            sums[i].left += torv::SampleAt(at, width) * gain.left;
+            sums[i].right += torv::SampleAt(at + (channels - 1) * width, width) * gain.right;
         }
         next += frames;
     }

@@ -64,6 +64,31 @@ inline float ScaleValue(DWORD value, int bits, double gain) {
     }
 }
 
+/// What full scale 1.0 is as a stored value; 0 for any other width.
+constexpr double FullScale(int bits) {
+    switch (bits) {
+    case 8:
+        return 128.0;
+    case 16:
+        return 32768.0;
+    case 24:
+        return 8388608.0;
+    case 32:
+        return 1.0; // a float
+    default:
+        return 0.0;
+    }
+}
+
+/// -1.0..+1.0 of a whole value of 1 to 4 bytes, those of one byte unsigned; one that does not fill its bytes is at
+/// their upper end.
+inline double SampleAt(const BYTE* bytes, DWORD width) {
+    const DWORD value = LoadValue(bytes, width);
+    if (width < 2)
+        return (static_cast<double>(value) - 128.0) / 128.0;
+    return static_cast<LONG>(value << (32 - 8 * width)) / 2147483648.0;
+}
+
 /// Whether frames of such a format can be cut into values.
 inline bool IsUsableFormat(const WAVEFORMATEX& format) {
     return format.nBlockAlign != 0 && format.nChannels != 0 && format.wBitsPerSample % 8 == 0 &&

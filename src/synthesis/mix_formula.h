@@ -16,20 +16,6 @@ struct MixGains {
     double masterR = 1.0;
 };
 
-/// Full scale of the output's integers.
-constexpr double OutputScale(int bits) {
-    switch (bits) {
-    case 8:
-        return 128.0;
-    case 16:
-        return 32768.0;
-    case 24:
-        return 8388608.0;
-    default:
-        return 0.0;
-    }
-}
-
 /// Adds one value of `bits` to the output. An 8-bit one brings the middle of its range with it each time, so that
 /// several tracks shift the sum; a 24-bit one is added byte by byte, without carry. Levels of old mixes depend on both.
 inline void AddOutputValue(BYTE* out, int bits, double scaled) {
@@ -50,7 +36,7 @@ inline void AddOutputValue(BYTE* out, int bits, double scaled) {
 /// Adds one frame to the output and returns where the next one is; other channel counts than 1 and 2 take nothing.
 inline BYTE* AddOutputFrame(BYTE* out, const WAVEFORMATEX& format, float left, float right, const MixGains& gains) {
     const int bits = format.wBitsPerSample;
-    const double scale = bits == 32 ? 1.0 : OutputScale(bits);
+    const double scale = FullScale(bits);
     if (format.nChannels == 2) {
         AddOutputValue(out, bits, gains.masterL * scale * left);
         AddOutputValue(out + format.nBlockAlign / 2, bits, gains.masterR * scale * right);

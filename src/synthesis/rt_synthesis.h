@@ -238,6 +238,9 @@ private:
     friend class torv::WaveOutThread;
 
     struct Workers {
+        /// Until both are over; a thread does not wait for itself.
+        void Wait() const;
+
         std::shared_ptr<torv::WorkerThread> synthesis;
         std::shared_ptr<torv::WorkerThread> output;
     };

@@ -10,6 +10,13 @@ constexpr int kWhileSynthesizing = 1; ///< synthesis mode: what is made is heard
 
 } // namespace
 
+void CRtSynthesis::Workers::Wait() const {
+    if (synthesis)
+        synthesis->Wait();
+    if (output)
+        output->Wait();
+}
+
 CRtSynthesis::Workers CRtSynthesis::TheWorkers() const {
     const std::lock_guard lock(m_mutex);
     return m_workers;
@@ -21,10 +28,7 @@ void CRtSynthesis::EndWorkers() {
     const bool isHeard = workers.output && !workers.output->Wait(0);
     if (!isHeard || m_nRegionLoop)
         m_nStopRequest = 1;
-    if (workers.synthesis)
-        workers.synthesis->Wait();
-    if (workers.output)
-        workers.output->Wait();
+    workers.Wait();
 }
 
 int CRtSynthesis::RTS_DoSynthesis() {
@@ -87,21 +91,14 @@ int CRtSynthesis::RTS_Play() {
 void CRtSynthesis::RTS_StopSynthesis() {
     m_nRegionLoop = 0;
     m_nStopRequest = 1;
-    const Workers workers = TheWorkers();
-    if (workers.synthesis)
-        workers.synthesis->Wait();
-    if (workers.output)
-        workers.output->Wait();
+    TheWorkers().Wait();
 }
 
 /// Runs on the wave-output thread at a play's end, and on the host's, which then waits for the former.
 void CRtSynthesis::RTS_TerminateSynthesis() {
     m_nStopRequest = 1;
     const Workers workers = TheWorkers();
-    if (workers.synthesis)
-        workers.synthesis->Wait();
-    if (workers.output)
-        workers.output->Wait();
+    workers.Wait();
     RTS_DeleteRVE();
     {
         // The output's is kept while it runs, for whoever must know that it is over.

@@ -50,13 +50,17 @@ void AddSong(CLI::App& command, SongOptions& options) {
     command.add_flag("--quiet", options.quiet, "No progress and no summary");
 }
 
+void AddRate(CLI::App& command, unsigned& rate) {
+    command.add_option("--rate", rate, "Samples a second: 44100, 48000 or 96000")
+        ->check(CLI::IsMember({44100U, 48000U, 96000U}))
+        ->capture_default_str();
+}
+
 CLI::App* AddSing(CLI::App& app, SingOptions& options) {
     CLI::App* const sing = app.add_subcommand("sing", "Sing a standard MIDI file with lyrics into a wave file");
     AddSong(*sing, options.song);
     sing->add_option("-o,--output", options.output, "The wave file to write")->required();
-    sing->add_option("--rate", options.rate, "Samples a second: 44100, 48000 or 96000")
-        ->check(CLI::IsMember({44100U, 48000U, 96000U}))
-        ->capture_default_str();
+    AddRate(*sing, options.rate);
     sing->add_option("--volume", options.volume, "Loudness: 1 as sung, 0.5 half the amplitude")
         ->check(CLI::Range(0.0, 16.0))
         ->capture_default_str();
@@ -76,9 +80,7 @@ CLI::App* AddPlay(CLI::App& app, PlayOptions& options) {
     play->add_option("--to", options.to, "Where to end; else the song's end")->type_name("BAR|TIME");
     play->add_flag("--loop", options.loop, "Again and again, until q is pressed");
     play->add_option("--device", options.device, "The wave output (torv devices); else the first one");
-    play->add_option("--rate", options.rate, "Samples a second: 44100, 48000 or 96000")
-        ->check(CLI::IsMember({44100U, 48000U, 96000U}))
-        ->capture_default_str();
+    AddRate(*play, options.rate);
     play->add_option("--volume", options.volume, "Loudness in dB")
         ->check(CLI::Range(-60.0, 12.0))
         ->capture_default_str();

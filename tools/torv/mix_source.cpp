@@ -19,14 +19,6 @@ constexpr DWORD kDataOffset = 44;
 constexpr DWORD kMostWidth = 4;
 constexpr DWORD kMostFrames = 0x3FFFF000; ///< of four bytes each
 
-/// -1..1; a value that does not fill its bytes is at their upper end.
-float SampleAt(const BYTE* bytes, DWORD width) {
-    const DWORD value = torv::LoadValue(bytes, width);
-    if (width < 2)
-        return static_cast<float>((static_cast<double>(value) - 128.0) / 128.0);
-    return static_cast<float>(static_cast<LONG>(value << (32 - 8 * width)) / 2147483648.0);
-}
-
 void Load(CxQuillAudio& audio, const std::string& path) {
     std::error_code ignored;
     if (std::filesystem::is_directory(path, ignored))
@@ -44,13 +36,6 @@ tagMixDownTrack Track(CWaveFile& file, double gain, double level, double pan) {
 }
 
 } // namespace
-
-ScratchFile::ScratchFile(std::string path) : m_path(std::move(path)) { std::remove(m_path.c_str()); }
-
-ScratchFile::~ScratchFile() {
-    if (!m_path.empty())
-        std::remove(m_path.c_str());
-}
 
 MixSource::MixSource(const MixInput& input) : m_input(input) {
     CxQuillAudio audio;
@@ -103,7 +88,8 @@ void MixSource::CopyChannels(const std::string& output, size_t firstTrack) {
             throw InputError{m_input.path + ": cannot be read to its end"};
         for (DWORD channel = 0; channel < channels; ++channel) {
             for (DWORD i = 0; i < frames; ++i)
-                values[i] = SampleAt(&block[static_cast<size_t>(i) * unit + channel * width], width);
+                values[i] =
+                    static_cast<float>(torv::SampleAt(&block[static_cast<size_t>(i) * unit + channel * width], width));
             m_files[channel]->AppendFrames(reinterpret_cast<const BYTE*>(values.data()), frames);
         }
         done += frames;

@@ -1,27 +1,14 @@
 #pragma once
 
 #include "mix_input.h"
+#include "scratch_file.h"
 
 #include <torv/audio/quill_audio.h>
 #include <torv/audio/wave_out.h>
 
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
-
-/// A file of the command's own that goes with its holder.
-class ScratchFile {
-public:
-    explicit ScratchFile(std::string path);
-    ScratchFile(ScratchFile&& other) noexcept : m_path(std::exchange(other.m_path, {})) {}
-    ScratchFile& operator=(ScratchFile&&) = delete;
-    ~ScratchFile();
-    const std::string& Path() const { return m_path; }
-
-private:
-    std::string m_path; ///< empty: nothing to remove
-};
 
 /// A PCM wave file as the mixer's tracks. The mixer reads plain mono files of 8 and 16 bits; any other one is first
 /// copied, as floats, into a mono file for each of its channels.

@@ -6,18 +6,11 @@
 #include "nearest_names.h"
 #include "play_place.h"
 #include "play_session.h"
+#include "terminal.h"
 #include "terminal_keys.h"
 
 #include <algorithm>
 #include <cstdio>
-
-#ifdef _WIN32
-#include <io.h>
-#define isatty _isatty
-#define fileno _fileno
-#else
-#include <unistd.h>
-#endif
 
 namespace {
 
@@ -56,7 +49,7 @@ std::string ChooseDevice(const PlayOptions& options) {
 class Display {
 public:
     Display(const PlayOptions& options, DWORD lead, DWORD end)
-        : m_isShown(!options.song.quiet && isatty(fileno(stderr))), m_lead(lead), m_end(end) {}
+        : m_isShown(!options.song.quiet && IsTerminal(stderr)), m_lead(lead), m_end(end) {}
     ~Display() { Wipe(); }
     Display(const Display&) = delete;
     Display& operator=(const Display&) = delete;

@@ -1,16 +1,10 @@
 #include "progress.h"
 
+#include "terminal.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-
-#ifdef _WIN32
-#include <io.h>
-#define isatty _isatty
-#define fileno _fileno
-#else
-#include <unistd.h>
-#endif
 
 namespace {
 
@@ -22,7 +16,7 @@ constexpr auto kBeforeEstimate = 500ms; // an earlier estimate would only jump a
 } // namespace
 
 Progress::Progress(std::string what, bool quiet)
-    : m_what(std::move(what)), m_visible(!quiet && isatty(fileno(stderr))), m_start(std::chrono::steady_clock::now()),
+    : m_what(std::move(what)), m_visible(!quiet && IsTerminal(stderr)), m_start(std::chrono::steady_clock::now()),
       m_last(m_start) {}
 
 Progress::~Progress() {

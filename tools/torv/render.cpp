@@ -1,6 +1,7 @@
 #include "render.h"
 
 #include "engine_stream.h"
+#include "scratch_file.h"
 
 #include <torv/torv.h>
 
@@ -12,19 +13,6 @@
 namespace {
 
 constexpr int kNoLoop = 0;
-
-/// A file that goes when it is not kept.
-class TemporaryFile {
-public:
-    explicit TemporaryFile(std::string path) : m_path(std::move(path)) { std::remove(m_path.c_str()); }
-    ~TemporaryFile() { std::remove(m_path.c_str()); }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-    const std::string& Path() const { return m_path; }
-
-private:
-    std::string m_path;
-};
 
 /// Has the engine sing a stream into `wave`, in mono.
 void Synthesize(CQuillMidiBuffer& stream, CWaveFile& wave, DWORD rate,
@@ -84,8 +72,8 @@ void Finish(CWaveFile& sung, const std::string& path, DWORD leadFrames, const Re
 RenderResult Render(Score& score, const std::string& path, const RenderOptions& options,
                     const std::function<void(double done, double total)>& progress) {
     const std::unique_ptr<CQuillMidiBuffer> stream = MakeEngineStream(score, options.presend);
-    const TemporaryFile sungFile(path + ".sung.part");
-    const TemporaryFile finished(path + ".part");
+    const ScratchFile sungFile(path + ".sung.part");
+    const ScratchFile finished(path + ".part");
     RenderResult result;
     try {
         CWaveFile sung(sungFile.Path().c_str());

@@ -23,7 +23,7 @@ struct SongOptions {
 
 struct SongScore {
     Score score;
-    MidiSong midi; ///< the file
+    MidiSong midi;     ///< the file
     std::string voice; ///< who begins
     DWORD presend = 0; ///< milliseconds
 };

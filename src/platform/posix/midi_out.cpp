@@ -2,55 +2,48 @@
 
 #include "torv/platform/posix/midi_ports.h"
 #include "torv/platform/posix/open_midi_out.h"
+#include "torv/platform/posix/output_calls.h"
 
 #include <algorithm>
 #include <cstring>
-#include <string_view>
 #include <system_error>
-#include <unordered_map>
 #include <unordered_set>
 
 namespace {
 
 using Device = std::shared_ptr<torv::MidiOutDevice>;
 
-struct Table {
+/// Never destroyed: a timer may still send while static objects are destroyed.
+torv::OpenOutputs<HMIDIOUT, torv::OpenMidiOut>& Outputs() {
+    static auto& outputs = *new torv::OpenOutputs<HMIDIOUT, torv::OpenMidiOut>;
+    return outputs;
+}
+
+/// The devices in use, from before they open until after they closed.
+struct Used {
     std::mutex mutex;
-    std::unordered_map<HMIDIOUT, std::shared_ptr<torv::OpenMidiOut>> open;
-    std::unordered_set<const torv::MidiOutDevice*> used; // from before they open until after they closed
-    ULONG_PTR lastHandle = 0xFFFF;                       // handles are never used twice
+    std::unordered_set<const torv::MidiOutDevice*> devices;
 };
 
-/// Never destroyed: a timer may still send while static objects are destroyed.
-Table& TheTable() {
-    static Table& table = *new Table;
-    return table;
+Used& TheUsed() {
+    static Used& used = *new Used;
+    return used;
 }
 
-std::shared_ptr<torv::OpenMidiOut> Find(HMIDIOUT handle) {
-    Table& table = TheTable();
-    const std::lock_guard lock(table.mutex);
-    const auto found = table.open.find(handle);
-    return found != table.open.end() ? found->second : nullptr;
-}
+std::shared_ptr<torv::OpenMidiOut> Find(HMIDIOUT handle) { return Outputs().Find(handle); }
 
-Device FindDevice(UINT_PTR number) {
-    const auto devices = torv::MidiOutDevices();
-    if (number == MIDI_MAPPER || number == static_cast<UINT_PTR>(-1))
-        return devices.front();
-    return number < devices.size() ? devices[number] : nullptr;
-}
+Device FindDevice(UINT_PTR number) { return torv::DeviceAt(torv::MidiOutDevices(), number); }
 
 bool TakeIntoUse(const torv::MidiOutDevice* device) {
-    Table& table = TheTable();
-    const std::lock_guard lock(table.mutex);
-    return table.used.insert(device).second;
+    Used& used = TheUsed();
+    const std::lock_guard lock(used.mutex);
+    return used.devices.insert(device).second;
 }
 
 void GiveBack(const torv::MidiOutDevice* device) {
-    Table& table = TheTable();
-    const std::lock_guard lock(table.mutex);
-    table.used.erase(device);
+    Used& used = TheUsed();
+    const std::lock_guard lock(used.mutex);
+    used.devices.erase(device);
 }
 
 /// 0 for what is no short message of its own.
@@ -86,32 +79,8 @@ MMRESULT WithHeader(HMIDIOUT handle, LPMIDIHDR header, UINT size, Call call) {
     return ((*open).*call)(*header);
 }
 
-std::string_view ErrorText(MMRESULT error) {
+std::string ErrorText(MMRESULT error) {
     switch (error) {
-    case MMSYSERR_NOERROR:
-        return "No error.";
-    case MMSYSERR_ERROR:
-        return "The MIDI device failed.";
-    case MMSYSERR_BADDEVICEID:
-        return "There is no MIDI device of this number.";
-    case MMSYSERR_ALLOCATED:
-        return "The MIDI device is in use.";
-    case MMSYSERR_INVALHANDLE:
-        return "The MIDI device is not open.";
-    case MMSYSERR_NODRIVER:
-        return "There is no driver for the MIDI device.";
-    case MMSYSERR_NOMEM:
-        return "There is not enough memory, or no thread to be had.";
-    case MMSYSERR_NOTSUPPORTED:
-        return "The MIDI device cannot do this.";
-    case MMSYSERR_BADERRNUM:
-        return "There is no error of this number.";
-    case MMSYSERR_INVALFLAG:
-        return "A flag is not known.";
-    case MMSYSERR_INVALPARAM:
-        return "A parameter is not valid.";
-    case MMSYSERR_HANDLEBUSY:
-        return "The MIDI device is busy on another thread.";
     case MIDIERR_UNPREPARED:
         return "The MIDI header is not prepared.";
     case MIDIERR_STILLPLAYING:
@@ -121,7 +90,7 @@ std::string_view ErrorText(MMRESULT error) {
     case MIDIERR_NODEVICE:
         return "The MIDI device cannot be opened; it may have been taken away.";
     default:
-        return {};
+        return torv::OutputErrorText(error, "MIDI");
     }
 }
 
@@ -135,7 +104,7 @@ MMRESULT midiOutGetDevCapsA(UINT_PTR number, LPMIDIOUTCAPSA capabilities, UINT s
     const Device device = FindDevice(number);
     if (!device)
         return MMSYSERR_BADDEVICEID;
-    const bool mapper = number == MIDI_MAPPER || number == static_cast<UINT_PTR>(-1);
+    const bool mapper = torv::IsMapper(number);
     MIDIOUTCAPSA found{};
     std::strncpy(found.szPname, mapper ? "MIDI Mapper" : device->Name(), MAXPNAMELEN - 1);
     found.wTechnology = mapper ? MOD_MAPPER : MOD_MIDIPORT;
@@ -161,20 +130,18 @@ MMRESULT midiOutOpen(LPHMIDIOUT handle, UINT number, DWORD_PTR callback, DWORD_P
         GiveBack(device.get());
         return MIDIERR_NODEVICE;
     }
+    const HMIDIOUT fresh = Outputs().NewHandle();
+    const auto function = flags == CALLBACK_FUNCTION ? reinterpret_cast<LPMIDICALLBACK>(callback) : nullptr;
     std::shared_ptr<torv::OpenMidiOut> open;
-    Table& table = TheTable();
     try {
-        const std::lock_guard lock(table.mutex);
-        const auto fresh = reinterpret_cast<HMIDIOUT>(++table.lastHandle);
-        const auto function = flags == CALLBACK_FUNCTION ? reinterpret_cast<LPMIDICALLBACK>(callback) : nullptr;
         open = std::make_shared<torv::OpenMidiOut>(fresh, device, function, instance);
-        table.open.emplace(fresh, open);
-        *handle = fresh;
     } catch (const std::system_error&) {
         device->Close();
         GiveBack(device.get());
         return MMSYSERR_NOMEM;
     }
+    Outputs().Add(fresh, open);
+    *handle = fresh;
     open->Tell(MOM_OPEN, 0);
     return MMSYSERR_NOERROR;
 }
@@ -215,26 +182,12 @@ MMRESULT midiOutClose(HMIDIOUT handle) {
     const MMRESULT result = open->Close();
     if (result != MMSYSERR_NOERROR)
         return result;
-    {
-        Table& table = TheTable();
-        const std::lock_guard lock(table.mutex);
-        table.open.erase(handle);
-        table.used.erase(open->Device());
-    }
+    Outputs().Remove(handle);
+    GiveBack(open->Device());
     open->Tell(MOM_CLOSE, 0);
     return MMSYSERR_NOERROR;
 }
 
 MMRESULT midiOutGetErrorTextA(MMRESULT error, LPSTR text, UINT size) {
-    if (!text)
-        return MMSYSERR_INVALPARAM;
-    const std::string_view found = ErrorText(error);
-    if (found.empty())
-        return MMSYSERR_BADERRNUM;
-    if (size == 0)
-        return MMSYSERR_NOERROR;
-    const std::size_t count = std::min<std::size_t>(found.size(), size - 1);
-    std::memcpy(text, found.data(), count);
-    text[count] = 0;
-    return MMSYSERR_NOERROR;
+    return torv::CopyErrorText(ErrorText(error), text, size);
 }

@@ -1,55 +1,32 @@
 #include "torv/platform/posix/wave_out.h"
 
 #include "torv/platform/posix/open_wave_out.h"
+#include "torv/platform/posix/output_calls.h"
 #include "torv/platform/posix/wave_devices.h"
 #include "torv/platform/posix/window.h"
 #include "torv/platform/safe_point.h"
 
 #include <algorithm>
 #include <cstring>
-#include <string_view>
 #include <system_error>
-#include <unordered_map>
 
 namespace {
 
 using torv::OpenWaveOut;
 using Device = std::shared_ptr<torv::WaveOutDevice>;
 
-struct Table {
-    std::mutex mutex;
-    std::unordered_map<HWAVEOUT, std::shared_ptr<OpenWaveOut>> open;
-    ULONG_PTR lastHandle = 0xFFFF; // handles are never used twice
-};
-
 /// Never destroyed: a thread may still play while static objects are destroyed.
-Table& TheTable() {
-    static Table& table = *new Table;
-    return table;
+torv::OpenOutputs<HWAVEOUT, OpenWaveOut>& Outputs() {
+    static auto& outputs = *new torv::OpenOutputs<HWAVEOUT, OpenWaveOut>;
+    return outputs;
 }
 
 std::shared_ptr<OpenWaveOut> Find(HWAVEOUT handle) {
     torv::SafePoint();
-    Table& table = TheTable();
-    const std::lock_guard lock(table.mutex);
-    const auto found = table.open.find(handle);
-    return found != table.open.end() ? found->second : nullptr;
+    return Outputs().Find(handle);
 }
 
-HWAVEOUT NewHandle() {
-    Table& table = TheTable();
-    const std::lock_guard lock(table.mutex);
-    return reinterpret_cast<HWAVEOUT>(++table.lastHandle);
-}
-
-bool IsMapper(UINT_PTR number) { return number == WAVE_MAPPER || number == static_cast<UINT_PTR>(-1); }
-
-Device FindDevice(UINT_PTR number) {
-    const auto devices = torv::WaveOutDevices();
-    if (IsMapper(number))
-        return devices.front();
-    return number < devices.size() ? devices[number] : nullptr;
-}
+Device FindDevice(UINT_PTR number) { return torv::DeviceAt(torv::WaveOutDevices(), number); }
 
 bool IsSound(const WAVEFORMATEX& format) {
     const DWORD bits = format.wBitsPerSample;
@@ -86,32 +63,8 @@ MMRESULT WithOpen(HWAVEOUT handle, Call call) {
     return open ? ((*open).*call)() : MMSYSERR_INVALHANDLE;
 }
 
-std::string_view ErrorText(MMRESULT error) {
+std::string ErrorText(MMRESULT error) {
     switch (error) {
-    case MMSYSERR_NOERROR:
-        return "No error.";
-    case MMSYSERR_ERROR:
-        return "The wave device failed.";
-    case MMSYSERR_BADDEVICEID:
-        return "There is no wave device of this number.";
-    case MMSYSERR_ALLOCATED:
-        return "The wave device cannot be opened; it may be in use, or have been taken away.";
-    case MMSYSERR_INVALHANDLE:
-        return "The wave device is not open.";
-    case MMSYSERR_NODRIVER:
-        return "There is no driver for the wave device.";
-    case MMSYSERR_NOMEM:
-        return "There is not enough memory, or no thread to be had.";
-    case MMSYSERR_NOTSUPPORTED:
-        return "The wave device cannot do this.";
-    case MMSYSERR_BADERRNUM:
-        return "There is no error of this number.";
-    case MMSYSERR_INVALFLAG:
-        return "A flag is not known.";
-    case MMSYSERR_INVALPARAM:
-        return "A parameter is not valid.";
-    case MMSYSERR_HANDLEBUSY:
-        return "The wave device is busy on another thread.";
     case WAVERR_BADFORMAT:
         return "The wave device does not play this format.";
     case WAVERR_STILLPLAYING:
@@ -119,7 +72,7 @@ std::string_view ErrorText(MMRESULT error) {
     case WAVERR_UNPREPARED:
         return "The wave header is not prepared.";
     default:
-        return {};
+        return torv::OutputErrorText(error, "wave");
     }
 }
 
@@ -134,7 +87,7 @@ MMRESULT waveOutGetDevCapsA(UINT_PTR number, LPWAVEOUTCAPSA capabilities, UINT s
     if (!device)
         return MMSYSERR_BADDEVICEID;
     WAVEOUTCAPSA found{};
-    std::strncpy(found.szPname, IsMapper(number) ? "Wave Mapper" : device->Name(), MAXPNAMELEN - 1);
+    std::strncpy(found.szPname, torv::IsMapper(number) ? "Wave Mapper" : device->Name(), MAXPNAMELEN - 1);
     found.dwFormats = 0xFFF; // 11025, 22050 and 44100 Hz, mono and stereo, 8 and 16 bits
     found.wChannels = 2;
     std::memcpy(capabilities, &found, std::min<std::size_t>(size, sizeof(found)));
@@ -162,7 +115,7 @@ MMRESULT waveOutOpen(LPHWAVEOUT handle, UINT number, LPCWAVEFORMATEX format, DWO
         return WAVERR_BADFORMAT;
     if (onlyAsks)
         return MMSYSERR_NOERROR;
-    const HWAVEOUT fresh = NewHandle();
+    const HWAVEOUT fresh = Outputs().NewHandle();
     const auto open = std::make_shared<OpenWaveOut>(fresh, OpenWaveOut::Target{type, callback, instance});
     try {
         if (!open->Open(device, copy))
@@ -170,11 +123,7 @@ MMRESULT waveOutOpen(LPHWAVEOUT handle, UINT number, LPCWAVEFORMATEX format, DWO
     } catch (const std::system_error&) {
         return MMSYSERR_NOMEM;
     }
-    {
-        Table& table = TheTable();
-        const std::lock_guard lock(table.mutex);
-        table.open.emplace(fresh, open);
-    }
+    Outputs().Add(fresh, open);
     *handle = fresh;
     open->Tell(MM_WOM_OPEN, 0);
     return MMSYSERR_NOERROR;
@@ -203,25 +152,11 @@ MMRESULT waveOutClose(HWAVEOUT handle) {
     const MMRESULT result = open->Close();
     if (result != MMSYSERR_NOERROR)
         return result;
-    {
-        Table& table = TheTable();
-        const std::lock_guard lock(table.mutex);
-        table.open.erase(handle);
-    }
+    Outputs().Remove(handle);
     open->Tell(MM_WOM_CLOSE, 0);
     return MMSYSERR_NOERROR;
 }
 
 MMRESULT waveOutGetErrorTextA(MMRESULT error, LPSTR text, UINT size) {
-    if (!text)
-        return MMSYSERR_INVALPARAM;
-    const std::string_view found = ErrorText(error);
-    if (found.empty())
-        return MMSYSERR_BADERRNUM;
-    if (size == 0)
-        return MMSYSERR_NOERROR;
-    const std::size_t count = std::min<std::size_t>(found.size(), size - 1);
-    std::memcpy(text, found.data(), count);
-    text[count] = 0;
-    return MMSYSERR_NOERROR;
+    return torv::CopyErrorText(ErrorText(error), text, size);
 }
