@@ -174,6 +174,17 @@ void Singer::BeginSegment(const Segment& segment) {
         m_vibratoEnd = segment.vibratoEnd;
 }
 
+/// Out of silence every sound begins alike, wherever the song was begun: nothing of the one before is left to be heard.
+void Singer::BeginSound() {
+    m_vibratoEnvelope = 0;
+    m_vibratoPhase = 0;
+    m_tiltState = m_shelfState = 0;
+    m_glottis.Reset();
+    m_random.Reset(kSeed);
+    m_tract.Reset();
+    m_hiss.Reset();
+}
+
 /// The note's own loudness, 0..1 and a little more at a strong attack.
 float Singer::Envelope(const Segment* segment, Time now) {
     if (!segment)
@@ -220,7 +231,7 @@ float Singer::Pitch(const Segment* segment, Time now) {
 }
 
 void Singer::MoveTract(const Target& target, float f0) {
-    const float pace = Pace(14);
+    const float pace = m_isFirstTick ? 1.0F : Pace(14);
     const float gender = std::exp2(0.25F * VoiceControl(16));
     const float sharpness = std::exp2(-0.5F * VoiceControl(15));
     for (int i = 0; i < kFormants; ++i) {
@@ -268,6 +279,9 @@ void Singer::Tick() {
         Apply(*change);
     const Voice& voice = VoiceOf(ControlValue(Control::Program));
     const Segment* const segment = FindCurrent(now);
+    m_isFirstTick = segment && m_gain.value == 0;
+    if (m_isFirstTick)
+        BeginSound();
 
     Target target;
     float release = 25;
@@ -294,7 +308,7 @@ void Singer::Tick() {
     const float tremolo = 0.6F * static_cast<float>(ControlValue(Control::TremoloDepth)) / 127.0F;
     const float wave = 1 + tremolo * static_cast<float>(std::sin(6.283185307 * m_vibratoPhase));
     if (segment)
-        m_gain.Approach(gain * wave, m_gain.value == 0 ? 1.0F : Pace(10));
+        m_gain.Approach(gain * wave, m_isFirstTick ? 1.0F : Pace(10));
     else
         m_gain.Approach(m_gain.value, 1);
 
@@ -321,9 +335,10 @@ void Singer::Tick() {
 
     // Louder singing is brighter singing.
     const float effort = std::exp2(static_cast<float>(dynamics - kDefaultDynamics) / 80.0F + 1.2F * VoiceControl(12));
-    m_tiltHz.Approach(voice.tiltHz * effort, Pace(15));
+    const float brightnessPace = m_isFirstTick ? 1.0F : Pace(15);
+    m_tiltHz.Approach(voice.tiltHz * effort, brightnessPace);
     m_tilt = 1 - std::exp(-6.2831853F * std::min(m_tiltHz.value, 15000.0F) / static_cast<float>(m_rate));
-    m_shelfGain.Approach(FromDb(9 * VoiceControl(14)) - 1, Pace(15));
+    m_shelfGain.Approach(FromDb(9 * VoiceControl(14)) - 1, brightnessPace);
     m_shelf = 1 - std::exp(-6.2831853F * 2500.0F / static_cast<float>(m_rate));
 }
 

@@ -41,6 +41,7 @@ private:
     /// The segment that sounds now, or null; what is over is dropped.
     const Segment* FindCurrent(Time now);
     void BeginSegment(const Segment& segment);
+    void BeginSound();
     float Envelope(const Segment* segment, Time now);
     float Pitch(const Segment* segment, Time now);
     void MoveTract(const Target& target, float f0);
@@ -59,7 +60,8 @@ private:
     std::array<int16_t, kControls> m_controls{};
     int m_program = 0;
 
-    Time m_currentStart = -1; ///< identifies the segment that was begun
+    bool m_isFirstTick = false; ///< of a sound out of silence
+    Time m_currentStart = -1;   ///< identifies the segment that was begun
     const Phoneme* m_vowel = nullptr;
     float m_fromNote = 60;
     float m_toNote = 60;

@@ -30,7 +30,7 @@ std::shared_ptr<WorkerThread> WorkerThread::Begin(std::function<void()> work, in
     CWinThread* const begun = AfxBeginThread(&Run, given.get(), priority, 0, CREATE_SUSPENDED);
     if (!begun)
         return nullptr;
-    given.release(); // the thread's
+    static_cast<void>(given.release()); // the thread's
     HANDLE thread = nullptr;
     DuplicateHandle(GetCurrentProcess(), begun->m_hThread, GetCurrentProcess(), &thread, 0, FALSE,
                     DUPLICATE_SAME_ACCESS);
