@@ -30,6 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     stream.SetLast(1, 200);
     stream.SetLoopEndState(position);
+    torv::IsTellingAhead(stream, position);
     torv::ChaseTable table;
     torv::ChaseEvents(stream, position, data[1] * 100U, table);
     Check(table.Events());

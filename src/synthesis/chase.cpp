@@ -88,6 +88,21 @@ int MoveToTime(CQuillMidiBuffer& stream, DWORD time) {
     return 0;
 }
 
+bool IsTellingAhead(CQuillMidiBuffer& stream, DWORD time) {
+    stream.SeekToBegin();
+    tagQuillMidiEntry entry;
+    while (stream.ReadNextEntry(&entry)) {
+        if (entry.time >= 0 && static_cast<DWORD>(entry.time) >= time)
+            return false;
+        tagQuillMidiMessageHead head;
+        const bool hasDelay =
+            entry.length >= sizeof head && stream.ReadEvent(entry.offset, &head, sizeof head) == sizeof head;
+        if (hasDelay && entry.time + static_cast<LONGLONG>(CQuillMidiBuffer::GetDelay(&head)) >= time)
+            return true;
+    }
+    return false;
+}
+
 void ChaseEvents(CQuillMidiBuffer& stream, DWORD seekPoint, DWORD delay, ChaseTable& table) {
     table.Clear();
     if (seekPoint == 0)

@@ -38,6 +38,9 @@ private:
 /// 0 when there is none.
 int MoveToTime(CQuillMidiBuffer& stream, DWORD time);
 
+/// Whether a block that is sent before `time` takes effect at it or later (milliseconds). Leaves the stream anywhere.
+bool IsTellingAhead(CQuillMidiBuffer& stream, DWORD time);
+
 /// Fills the table with the latest groups that stand before `seekPoint` (milliseconds), to take effect `delay` (ms, 14
 /// bits at the most) after they are told. Leaves the stream anywhere.
 void ChaseEvents(CQuillMidiBuffer& stream, DWORD seekPoint, DWORD delay, ChaseTable& table);

@@ -128,18 +128,19 @@ bool SynthesisThread::AtRegionEnd() {
     return true;
 }
 
-/// At a loop's turn only an engine that would sing on is reset: one that sings across the region's end, or, when the
-/// region begins too early for a whole preroll, any one that was told of notes behind the end.
+/// At a loop's turn only an engine that would sing on is reset: one that sings across the region's end, or that was
+/// told of what comes behind it.
+bool SynthesisThread::IsResetDue(CQuillMidiBuffer* stream) const {
+    if (!stream)
+        return false;
+    stream->SetLoopEndState(m_driver.m_dwRegionEnd);
+    return stream->GetLoopEndState() || IsTellingAhead(*stream, m_driver.m_dwRegionEnd);
+}
+
 bool SynthesisThread::ResetEngines(bool onlyWhereNeeded) {
-    const bool hasPreroll = m_driver.m_dwRegionStart >= m_driver.m_dwPreroll;
     for (size_t i = 0; i < m_set->tracks.size(); ++i) {
-        if (onlyWhereNeeded && hasPreroll) {
-            if (!m_streams[i])
-                continue;
-            m_streams[i]->SetLoopEndState(m_driver.m_dwRegionEnd);
-            if (!m_streams[i]->GetLoopEndState())
-                continue;
-        }
+        if (onlyWhereNeeded && !IsResetDue(m_streams[i]))
+            continue;
         if (const int code = m_set->tracks[i].engine.Reset(); code != 0)
             return Fail("RVEReset Failed! (%d)", code);
     }

@@ -30,6 +30,7 @@ private:
     bool Restart();
     void BeginPass(DWORD position);
     bool AtRegionEnd();
+    bool IsResetDue(CQuillMidiBuffer* stream) const;
     bool ResetEngines(bool onlyWhereNeeded);
     void Finish();
     bool Step();

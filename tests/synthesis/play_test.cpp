@@ -1,3 +1,4 @@
+#include "companions/rve/engine_text.h"
 #include "synthesis/play_fixture.h"
 
 namespace {
@@ -162,16 +163,28 @@ TEST_CASE("play: a loop repeats its region without a gap until it is stopped") {
 TEST_CASE("play: at a loop's turn engines that would sing on are reset") {
     Play play;
     play.AddNote(0, 0, 100, 40);
-    int resets = 0;
-    SUBCASE("none sings at the end, and there is room for the preroll") {}
-    SUBCASE("what was told ahead would sound") {
-        play.SetUp(50);
-        resets = 1;
+    Stream::NoteText note;
+    note.lengthMs = 90;
+    const auto tell = [&](LONG time, int delay) {
+        note.startMs = delay;
+        Stream text;
+        text.Note(note);
+        Bytes bytes;
+        for (const RVEEvent& event : text.Events())
+            bytes.insert(bytes.end(), {event.status, event.data1, event.data2});
+        REQUIRE(play.streams[0].AddEvent(1, bytes.data(), static_cast<DWORD>(bytes.size()), time) == 1);
+    };
+    bool isReset = true;
+    SUBCASE("nothing sounds at the end, and nothing is told ahead") {
+        tell(150, 50); // heard from 200 to 290
+        isReset = false;
     }
+    SUBCASE("a note sounds across the end") { tell(200, 50); } // from 250 to 340
+    SUBCASE("a note behind the end was told ahead") { tell(200, 100); }
     play.Begin(0, 300, 0, 1);
     REQUIRE(play.Await([&] { return play.Heard().size() > 8 * 13056; }));
     play.driver.RTS_StopSynthesis();
-    CHECK((play.engine.Log().resets > 0) == (resets > 0));
+    CHECK((play.engine.Log().resets > 0) == isReset);
 }
 
 TEST_CASE("play: a seek, a region and a loop are followed while it plays") {
