@@ -120,7 +120,6 @@ void Play(const PlayOptions& options) {
     const DWORD lead = song.score.leadMilliseconds;
     const DWORD songEnd = std::max(stream->GetLastTime(), lead);
     PlaySession::Settings settings;
-    settings.device = ChooseDevice(options);
     settings.rate = options.rate;
     settings.preroll = song.presend;
     settings.start = options.from.empty() ? lead : PlaceInStream("--from", options.from, options.song.input, song);
@@ -131,6 +130,7 @@ void Play(const PlayOptions& options) {
         throw InputError{"--from " + options.from + ": the song ends before that"};
     if (settings.end <= settings.start)
         throw InputError{"--to " + options.to + ": lies before the beginning; choose a later bar or time"};
+    settings.device = ChooseDevice(options);
 
     const MessageCatcher messages;
     double volume = options.volume;
