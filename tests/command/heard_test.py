@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """What `torv play` sends to the sound server is what `torv sing` writes: a sink of a private PulseAudio is recorded while
-the example song plays into it. Usage: heard_test.py SONG COMMAND...  Exits with 77 when there is no PulseAudio."""
+the example song plays into it. Usage: heard_test.py SONG COMMAND...  Exits with 77 where there is no PulseAudio."""
 
 import array
 import os
@@ -11,6 +11,7 @@ import tempfile
 import time
 import wave
 
+SKIPPED = 77
 RATE = 44100
 SECONDS = 5
 LATENCY = 0.3  # what a sound server may still have of the end when it is closed
@@ -39,7 +40,8 @@ class SoundServer:
                 return
             time.sleep(0.1)
         self.close()
-        raise SystemExit("heard: PulseAudio does not start")
+        print("heard: SKIPPED: PulseAudio does not start here, so that nothing was heard")
+        raise SystemExit(SKIPPED)
 
     def record(self, path):
         with open(path, "wb") as file:
@@ -87,7 +89,7 @@ def compare(heard, sung):
 def main():
     if not all(shutil.which(tool) for tool in ("pulseaudio", "pactl", "parec")):
         print("heard: SKIPPED: PulseAudio is not installed, so that nothing was heard")
-        return 77
+        return SKIPPED
     song, command = sys.argv[1], sys.argv[2:]
     with tempfile.TemporaryDirectory() as folder:
         run(command + ["sing", song, "-o", os.path.join(folder, "sung.wav"), "--quiet"])
