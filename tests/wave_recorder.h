@@ -25,13 +25,14 @@ public:
 
     /// The oldest blocks are done; returns how many there were. None while paused.
     int Finish(int count) {
+        const std::lock_guard telling(m_telling);
         int finished = 0;
         for (; finished < count; ++finished) {
             torv::WaveOutListener* listener = nullptr;
             torv::WaveBlock block;
             {
                 const std::lock_guard lock(m_mutex);
-                if (paused || m_queue.empty())
+                if (paused || m_queue.empty() || !m_listener)
                     return finished;
                 block = m_queue.front();
                 m_queue.erase(m_queue.begin());
@@ -76,7 +77,8 @@ public:
 private:
     class Stream : public torv::WaveOutStream {
     public:
-        Stream(WaveRecorder& recorder, const WAVEFORMATEX& asked, torv::WaveOutListener& listener) : m_of(recorder) {
+        Stream(WaveRecorder& recorder, const WAVEFORMATEX& asked, torv::WaveOutListener& listener)
+            : m_of(recorder), m_listener(listener) {
             const std::lock_guard lock(m_of.m_mutex);
             m_of.m_format = asked;
             m_of.m_listener = &listener;
@@ -86,7 +88,13 @@ private:
         }
         Stream(const Stream&) = delete;
         Stream& operator=(const Stream&) = delete;
-        ~Stream() override { ++m_of.closed; }
+        ~Stream() override {
+            const std::lock_guard telling(m_of.m_telling); // the listener hears no more
+            const std::lock_guard lock(m_of.m_mutex);
+            if (m_of.m_listener == &m_listener)
+                m_of.m_listener = nullptr;
+            ++m_of.closed;
+        }
         void Write(const torv::WaveBlock& block) override {
             if (m_of.writeHook)
                 m_of.writeHook();
@@ -104,6 +112,7 @@ private:
 
     private:
         WaveRecorder& m_of;
+        torv::WaveOutListener& m_listener;
     };
 
     static std::vector<torv::WaveBlock> WithRoom(size_t count) {
@@ -112,6 +121,7 @@ private:
         return queue;
     }
 
+    std::mutex m_telling; // while the listener is told; taken before the other one
     mutable std::mutex m_mutex;
     std::vector<torv::WaveBlock> m_queue = WithRoom(64); ///< a player may count its allocations
     std::vector<BYTE> m_played;
