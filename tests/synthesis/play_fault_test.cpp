@@ -105,6 +105,8 @@ TEST_CASE("play: an engine slower than the device leaves silence or waits, and n
     const Samples offline = play.Offline(0);
     play.driver.SetEngineOption("slow 4");
     play.Begin();
+    REQUIRE(play.Await([&] { return play.driver.HasOutputStarted(); }));
+    CHECK(play.driver.Ring().write >= 34); // not before there are two buffers of 17 blocks
     REQUIRE(play.AwaitEnd());
     CHECK(AreSameSound(play.Heard(), offline));
 }
