@@ -2,7 +2,7 @@
 // INIReader (which does not save). Every reader keeps what it has read, so that any key can be asked for.
 #include "bench_file.h"
 
-#include "torv/database/typed_file.h"
+#include "torv/typed_file/typed_file.h"
 
 #include <cstdio>
 #include <random>

@@ -1,16 +1,17 @@
-# torv_add_folder(NAME)               one object library a subsystem folder of src/: torv_<name>
+# torv_add_folder(NAME)               one object library a subsystem folder of src/torv/: torv_<name>
 # torv_add_companion(NAME SOURCES..)  one external-style library, named exactly NAME, with undecorated C entry points;
 #                                     installed, unless it is FOR_TESTS
-# torv_add_test(NAME FOLDERS ..)      tests/<name>/*.cpp as one doctest program over just these subsystem folders
+# torv_add_test(NAME FOLDERS ..)      tests/<name>/*.cpp as one doctest program over just these subsystem folders; without
+#                                     any it is a host that links what LIBRARIES names
 
 function(torv_add_folder name)
-  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${name}/*.cpp)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/torv/${name}/*.cpp)
   if(name STREQUAL "platform")
-    file(GLOB afx CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/platform/afx/*.cpp)
+    file(GLOB afx CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/torv/platform/afx/*.cpp)
     if(WIN32)
-      file(GLOB system CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/platform/windows/*.cpp)
+      file(GLOB system CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/torv/platform/windows/*.cpp)
     else()
-      file(GLOB system CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/platform/posix/*.cpp)
+      file(GLOB system CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/torv/platform/posix/*.cpp)
     endif()
     list(APPEND sources ${afx} ${system})
   endif()
@@ -20,7 +21,10 @@ function(torv_add_folder name)
   endif()
   add_library(torv_${name} OBJECT ${sources})
   target_compile_definitions(torv_${name} PRIVATE TORV_BUILDING)
-  target_include_directories(torv_${name} PUBLIC ${CMAKE_SOURCE_DIR}/include ${CMAKE_SOURCE_DIR}/companions/include)
+  target_include_directories(torv_${name} PUBLIC ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/companions/include)
+  if(NOT name STREQUAL "platform") # the door itself is built without having passed it
+    torv_precompile(torv_${name} library <torv/platform/platform.h>)
+  endif()
 endfunction()
 
 function(torv_add_companion name)
@@ -46,14 +50,20 @@ function(torv_add_test name)
     return()
   endif()
   string(REPLACE "/" "_" id ${name})
-  add_executable(test_${id} ${sources} ${CMAKE_SOURCE_DIR}/tests/main.cpp)
-  target_compile_definitions(test_${id} PRIVATE TORV_STATIC)
-  target_include_directories(test_${id} PRIVATE ${CMAKE_SOURCE_DIR}/tests ${CMAKE_SOURCE_DIR}/include
+  add_executable(test_${id} ${sources})
+  set(precompiled host_tests)
+  if(ARG_FOLDERS) # they stand in the program itself
+    target_compile_definitions(test_${id} PRIVATE TORV_STATIC)
+    set(precompiled tests)
+  endif()
+  target_include_directories(test_${id} PRIVATE ${CMAKE_SOURCE_DIR}/tests ${CMAKE_SOURCE_DIR}/src
                                                 ${CMAKE_SOURCE_DIR}/companions/include)
   foreach(folder ${ARG_FOLDERS})
     target_link_libraries(test_${id} PRIVATE torv_${folder})
   endforeach()
-  target_link_libraries(test_${id} PRIVATE torv_host_headers torv_system ${ARG_LIBRARIES})
+  target_link_libraries(test_${id} PRIVATE test_main torv_host_headers torv_system ${ARG_LIBRARIES})
+  torv_precompile(test_${id} ${precompiled} <torv/platform/platform.h> <doctest/doctest.h> <filesystem> <fstream> <functional>
+                  <memory> <string> <vector>)
   foreach(dependency ${ARG_DEPENDS})
     if(TARGET ${dependency})
       add_dependencies(test_${id} ${dependency})

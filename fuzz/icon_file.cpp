@@ -1,10 +1,10 @@
 // Icons of every kind from any section of any file; what they describe reads back.
-#include "torv/database/typed_file.h"
 #include "torv/icons/icon_dynamics.h"
 #include "torv/icons/icon_note_attack.h"
 #include "torv/icons/icon_note_transit.h"
 #include "torv/icons/icon_singer.h"
 #include "torv/icons/icon_vibrato.h"
+#include "torv/typed_file/typed_file.h"
 
 namespace {
 

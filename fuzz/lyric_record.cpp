@@ -1,6 +1,6 @@
 // Lyrics from any section of any file, from any text and from their own host records.
-#include "torv/database/typed_file.h"
 #include "torv/lyrics/lyric_object.h"
+#include "torv/typed_file/typed_file.h"
 
 #include <cstdlib>
 

@@ -1,5 +1,5 @@
 // Any bytes load; what was loaded and saved, in either form, loads again with as many sections.
-#include "torv/database/typed_file.h"
+#include "torv/typed_file/typed_file.h"
 
 #include <cstdlib>
 

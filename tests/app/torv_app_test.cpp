@@ -90,18 +90,6 @@ TEST_CASE("library object: a converter that cannot be loaded is reported once") 
         CHECK(torv::ConverterModule(language) == nullptr);
 }
 
-TEST_CASE("library object: converters are known to the lyrics by language") {
-    int places[2];
-    auto* module = reinterpret_cast<HMODULE>(places);
-    torv::SetConverterModule(1, module);
-    torv::SetConverterModule(2, module); // no such language
-    torv::SetConverterModule(-1, module);
-    CHECK(torv::ConverterModule(0) == nullptr);
-    CHECK(torv::ConverterModule(1) == module);
-    CHECK(torv::ConverterModule(2) == nullptr);
-    torv::SetConverterModule(1, nullptr);
-}
-
 TEST_CASE("library object: the default button is a bitmap of the module") {
     HANDLE image = LoadImageA(torv::LibraryModule(), MAKEINTRESOURCEA(1000), IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION);
     REQUIRE(image);

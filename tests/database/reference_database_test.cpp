@@ -150,14 +150,3 @@ TEST_CASE("shipped databases: a user's voice from making it to removing it") {
     CHECK(voices.GetLastStatus() == DBM_READ_ONLY);
     CHECK(voices.GetModels(7, 1).size() == before);
 }
-
-TEST_CASE("shipped databases: missing converters leave them open") {
-    const Shipped shipped;
-    torv::FreeConverters();
-    torv::SetConverterLoader({[] { return 0; }, [] {}});
-    CQuillDBManager other;
-    CHECK(other.OpenDatabase() == 1);
-    other.CloseDatabase();
-    torv::SetConverterLoader(
-        {[] { return CTORVApp::GetApp()->LoadG2PALibrary(); }, [] { CTORVApp::GetApp()->FreeG2PALibrary(); }});
-}

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "torv/database/typed_file.h"
 #include "torv/icons/icon_object.h"
+#include "torv/typed_file/typed_file.h"
 
 #include <doctest/doctest.h>
 

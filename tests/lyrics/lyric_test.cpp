@@ -1,6 +1,6 @@
-#include "torv/database/typed_file.h"
 #include "torv/lyrics/lyric_object.h"
 #include "torv/lyrics/phonetic_dic.h"
+#include "torv/typed_file/typed_file.h"
 
 #include <doctest/doctest.h>
 

@@ -1,0 +1,197 @@
+#include "torv/icons/icon_vibrato.h"
+
+#include "torv/icons/break_point_export.h"
+#include "torv/typed_file/typed_file.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kLargest = 127;
+constexpr const char* kStartDepth = "StartDepth";
+constexpr const char* kStartRate = "StartRate";
+
+int Clamp(int value) { return std::clamp(value, 0, kLargest); }
+
+int SetInRange(int& field, int value) {
+    if (value != Clamp(value))
+        return 0;
+    field = value;
+    return 1;
+}
+
+tagBreakPoint HeadPoint(int start, DWORD clock) {
+    return {static_cast<LONG>(clock), static_cast<SHORT>(start), torv::kBreakPointEdge};
+}
+
+} // namespace
+
+namespace torv {
+
+void ReleaseIconRecord(tagVibratoIconObject* record) {
+    if (!record)
+        return;
+    ReleaseIconRecord(&record->header);
+    delete[] record->originalSingerName;
+    delete[] record->developerName;
+    delete[] record->depthPoints;
+    delete[] record->ratePoints;
+    record->originalSingerName = record->developerName = nullptr;
+    record->depthPoints = record->ratePoints = nullptr;
+}
+
+} // namespace torv
+
+CIconVibrato::CIconVibrato(int status, int articulation, int variation)
+    : CIconExpression(status, articulation, variation) {}
+
+CIconVibrato::CIconVibrato(CIconVibrato* other) : CIconVibrato(torv::OrEmpty(other)) {}
+
+int CIconVibrato::IsContinuance() { return 1; }
+int CIconVibrato::NormalizeDepth(int depth) { return Clamp(depth); }
+int CIconVibrato::NormalizeRate(int rate) { return Clamp(rate); }
+int CIconVibrato::SetStartDepth(int depth) { return SetInRange(m_nStartDepth, depth); }
+int CIconVibrato::SetStartRate(int rate) { return SetInRange(m_nStartRate, rate); }
+
+int CIconVibrato::LoadPreset(const char* path) {
+    CxTypedFile file;
+    return LoadPresetFile(file, path) && ReadKeys(&file, kParameterSection);
+}
+
+int CIconVibrato::ConstructParameter(CxTypedFile* file, const char* section) {
+    return CIconObject::ConstructParameter(file, section) && ReadKeys(file, section);
+}
+
+int CIconVibrato::DescribeParameter(CxTypedFile* file, const char* section) {
+    return CIconObject::DescribeParameter(file, section) && WriteKeys(file, section);
+}
+
+int CIconVibrato::DescribeUserExpression(CxTypedFile* file) {
+    return CIconExpression::DescribeUserExpression(file) && WriteKeys(file, kParameterSection);
+}
+
+int CIconVibrato::ReadKeys(CxTypedFile* file, const char* section) {
+    m_nStartDepth = Clamp(torv::ParseInteger(file->ReadAt(section, kStartDepth, nullptr)));
+    m_depth.RemoveAll();
+    ReadCurve(m_depth, file, section, kDepthKeys);
+    m_nStartRate = Clamp(torv::ParseInteger(file->ReadAt(section, kStartRate, nullptr)));
+    m_rate.RemoveAll();
+    ReadCurve(m_rate, file, section, kRateKeys);
+    return 1;
+}
+
+int CIconVibrato::WriteKeys(CxTypedFile* file, const char* section) const {
+    WriteNumber(file, section, kStartDepth, m_nStartDepth);
+    WriteCurve(m_depth, file, section, kDepthKeys);
+    WriteNumber(file, section, kStartRate, m_nStartRate);
+    WriteCurve(m_rate, file, section, kRateKeys);
+    return 1;
+}
+
+int CIconVibrato::ReplaceParameter(CIconObject* other) {
+    if (!CIconExpression::ReplaceParameter(other))
+        return 0;
+    if (const auto* const vibrato = dynamic_cast<CIconVibrato*>(other)) {
+        m_nStartDepth = vibrato->m_nStartDepth;
+        m_nEndDepth = vibrato->m_nEndDepth;
+        m_nStartRate = vibrato->m_nStartRate;
+        m_nEndRate = vibrato->m_nEndRate;
+        m_depth = vibrato->m_depth;
+        m_rate = vibrato->m_rate;
+    }
+    return 1;
+}
+
+int CIconVibrato::ConstructParameter(const tagVibratoIconObject* record) {
+    if (!record)
+        return 0;
+    tagNoteIconObject common{};
+    common.header = record->header;
+    common.database = record->database;
+    common.idHigh = record->idHigh;
+    common.idLow = record->idLow;
+    common.itemValue = record->itemValue;
+    common.originalSingerName = record->originalSingerName;
+    common.developerName = record->developerName;
+    CIconExpression::ConstructParameter(&common);
+    m_dwLength = record->length;
+    m_nStartDepth = record->startDepth;
+    m_nEndDepth = record->endDepth;
+    m_nStartRate = record->startRate;
+    m_nEndRate = record->endRate;
+    torv::TakePointArray(m_depth, record->depthPoints, record->depthPointCount);
+    torv::TakePointArray(m_rate, record->ratePoints, record->ratePointCount);
+    return 1;
+}
+
+int CIconVibrato::DescribeParameter(tagVibratoIconObject* record) const {
+    tagNoteIconObject common{};
+    if (!record || !CIconExpression::DescribeParameter(&common))
+        return 0;
+    common.header.reserved = record->header.reserved; // the host's own stays
+    record->header = common.header;
+    record->database = common.database;
+    record->idHigh = common.idHigh;
+    record->idLow = common.idLow;
+    record->itemValue = common.itemValue;
+    record->originalSingerName = common.originalSingerName;
+    record->developerName = common.developerName;
+    record->length = m_dwLength;
+    record->startDepth = static_cast<WORD>(m_nStartDepth);
+    record->endDepth = static_cast<WORD>(m_nEndDepth);
+    record->startRate = static_cast<WORD>(m_nStartRate);
+    record->endRate = static_cast<WORD>(m_nEndRate);
+    record->depthPoints = torv::NewPointArray(m_depth, record->depthPointCount);
+    record->ratePoints = torv::NewPointArray(m_rate, record->ratePointCount);
+    return 1;
+}
+
+int CIconVibrato::ExportCurve(const CBreakPointList& curve, int start, DWORD clock, CBreakPointList* list) const {
+    if (!list)
+        return 0;
+    int left = curve.GetCount(); // counted first: a host may pass the icon's own list
+    tagBreakPoint point = HeadPoint(start, clock);
+    list->AddTail(point);
+    for (POSITION at = curve.GetHeadPosition(); left > 0; --left) {
+        point = torv::ExportPoint(curve.GetNext(at), clock, m_dwLength);
+        list->AddTail(point);
+    }
+    return list->GetCount();
+}
+
+int CIconVibrato::NormalizeCurve(const CBreakPointList& curve, int start, DWORD clock, CBreakPointArray& array) const {
+    array.SetSize(curve.GetCount() + 1);
+    array[0] = HeadPoint(start, clock);
+    int i = 1;
+    for (POSITION at = curve.GetHeadPosition(); at; ++i)
+        array[i] = torv::ExportPoint(curve.GetNext(at), clock, m_dwLength);
+    return array.GetSize();
+}
+
+int CIconVibrato::ExportDepthBreakPoint(CBreakPointList* list, DWORD clock) {
+    return ExportCurve(m_depth, m_nStartDepth, clock, list);
+}
+int CIconVibrato::ExportRateBreakPoint(CBreakPointList* list, DWORD clock) {
+    return ExportCurve(m_rate, m_nStartRate, clock, list);
+}
+int CIconVibrato::NormalizeDepthBreakPointArray(DWORD clock, CBreakPointArray& array) {
+    return NormalizeCurve(m_depth, m_nStartDepth, clock, array);
+}
+int CIconVibrato::NormalizeRateBreakPointArray(DWORD clock, CBreakPointArray& array) {
+    return NormalizeCurve(m_rate, m_nStartRate, clock, array);
+}
+
+void CIconVibrato::TrimCurveTail(CBreakPointList& curve, int start, DWORD clock) {
+    CBreakPointList working;
+    ExportCurve(curve, start, 0, &working);
+    TrimBreakPointListTail(working, torv::SignedTicks(clock));
+    working.RemoveHead();
+    torv::StoreExported(curve, working, clock);
+}
+
+int CIconVibrato::TrimIconTail(DWORD clock) {
+    TrimCurveTail(m_depth, m_nStartDepth, clock);
+    TrimCurveTail(m_rate, m_nStartRate, clock);
+    m_dwLength = clock;
+    return 1;
+}

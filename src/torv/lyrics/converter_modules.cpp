@@ -1,0 +1,54 @@
+#include "torv/lyrics/converter_modules.h"
+
+namespace torv {
+namespace {
+
+struct Converter {
+    const char* name;
+    HMODULE module = nullptr;
+    bool isOwn = false; ///< loaded here, and so to be freed here
+};
+Converter g_converters[] = {{"G2PA_JPN.DLL"}, {"G2PA_ENG.DLL"}};
+constexpr int kLanguages = 2;
+
+bool IsLanguage(int language) { return language >= 0 && language < kLanguages; }
+
+bool Load(Converter& converter) {
+    if (converter.module)
+        return true;
+    converter.module = LoadLibraryA(converter.name);
+    converter.isOwn = converter.module != nullptr;
+    if (converter.isOwn)
+        return true;
+    CString text;
+    text.Format("Could not load \"%s\" !", converter.name);
+    AfxMessageBox(text, MB_ICONEXCLAMATION | MB_OK);
+    return false;
+}
+
+void Forget(Converter& converter) {
+    if (converter.isOwn)
+        FreeLibrary(converter.module);
+    converter.module = nullptr;
+    converter.isOwn = false;
+}
+
+} // namespace
+
+int LoadConverters() { return Load(g_converters[0]) && Load(g_converters[1]); }
+
+void FreeConverters() {
+    for (Converter& converter : g_converters)
+        Forget(converter);
+}
+
+HMODULE ConverterModule(int language) { return IsLanguage(language) ? g_converters[language].module : nullptr; }
+
+void SetConverterModule(int language, HMODULE module) {
+    if (!IsLanguage(language))
+        return;
+    Forget(g_converters[language]);
+    g_converters[language].module = module;
+}
+
+} // namespace torv

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "torv/platform/platform.h"
+
+/// The phoneme converter libraries, other makers' work, loaded once for the process. No locks: they belong to the
+/// thread that the data model belongs to.
+namespace torv {
+
+/// Loads the Japanese converter, then the English one, each unless it is loaded already. 1 when both are there. The
+/// first that cannot be loaded is reported in a message box and ends it with 0; what was loaded stays.
+TORV_API int LoadConverters();
+TORV_API void FreeConverters();
+
+/// 0 Japanese, 1 English. Null when it is not loaded, and for any other language.
+TORV_API HMODULE ConverterModule(int language);
+
+/// Puts a library that its owner frees in a language's place; one that was loaded here is freed first. Null: none. Any
+/// other language is passed over.
+TORV_API void SetConverterModule(int language, HMODULE module);
+
+} // namespace torv

@@ -1,0 +1,176 @@
+#include "torv/lyrics/lyric_object.h"
+
+#include "torv/typed_file/typed_file.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+
+namespace {
+
+constexpr int kEnglish = 1;
+constexpr int kFieldBytes = 257;
+
+CString KeyOf(int index) {
+    CString key;
+    key.Format("L%d", index);
+    return key;
+}
+
+} // namespace
+
+namespace torv {
+
+void ReleaseLyricRecord(tagLyricObject* record) {
+    if (!record)
+        return;
+    for (int i = 0; record->syllables && i < record->count; ++i)
+        ReleaseLyricSyllable(&record->syllables[i]);
+    delete[] record->syllables;
+    *record = {};
+}
+
+} // namespace torv
+
+CLyricObject::CLyricObject() = default;
+
+CLyricObject::CLyricObject(CLyricObject* other) {
+    for (int i = 0; other && i < other->GetElementCount(); ++i)
+        AddNewElement(other->GetElementAt(i));
+}
+
+CLyricObject::~CLyricObject() = default;
+
+CLyricElement* CLyricObject::AddNewElement() { return AddNewElement(nullptr); }
+
+CLyricElement* CLyricObject::AddNewElement(CLyricElement* model) {
+    auto* const element = model ? new (std::nothrow) CLyricElement(model) : new (std::nothrow) CLyricElement;
+    return InsertElementAt(GetElementCount(), element) ? element : nullptr;
+}
+
+int CLyricObject::InsertElementAt(int index, CLyricElement* element) {
+    if (!element)
+        return 0;
+    m_elements.emplace(m_elements.begin() + std::clamp(index, 0, GetElementCount()), element);
+    return 1;
+}
+
+CLyricElement* CLyricObject::GetElementAt(int index) const {
+    return index >= 0 && index < GetElementCount() ? m_elements[static_cast<size_t>(index)].get() : nullptr;
+}
+
+int CLyricObject::RemoveElementAt(int index, int share) {
+    const CLyricElement* const element = GetElementAt(index);
+    if (!element)
+        return 0;
+    const float rate = element->GetDeltaRate();
+    m_elements.erase(m_elements.begin() + index);
+    return share ? ShareDeltaRate(rate) : 1;
+}
+
+void CLyricObject::RemoveAll() { m_elements.clear(); }
+
+int CLyricObject::ShareDeltaRate(float rate) {
+    const float rest = 1.0F - rate;
+    if (rest == 0.0F)
+        return 0;
+    for (const auto& element : m_elements)
+        element->ScaleDeltaRate(rest);
+    return 1;
+}
+
+int CLyricObject::GetPhonemeEditMark() const {
+    return m_elements.empty() ? 0 : m_elements.front()->GetPhonemeEditMark();
+}
+
+void CLyricObject::SetPhonemeEditMark(int mark) {
+    for (const auto& element : m_elements)
+        element->SetPhonemeEditMark(mark);
+}
+
+int CLyricObject::VerifyPhonemeEditMark() const {
+    return std::all_of(m_elements.begin(), m_elements.end(), [this](const auto& element) {
+        return (element->GetPhonemeEditMark() != 0) == (GetPhonemeEditMark() != 0);
+    });
+}
+
+CString CLyricObject::FormatParameter(const CLyricElement& element) {
+    CString value = element.GetLyricString() + "," + element.GetPhonemeString() + "," +
+                    torv::FormatReal(element.GetDeltaRate()) + ",";
+    for (int i = 0; i < element.GetPhonemeCharaCount(); ++i) {
+        CString advancement;
+        advancement.Format(i ? ",%d" : "%d", element.GetConsonantAdvancement(i));
+        value += advancement;
+    }
+    return value;
+}
+
+void CLyricObject::UnformatParameter(CLyricElement& element, const char* value) {
+    char field[kFieldBytes];
+    const auto next = [&] {
+        value = CxTypedFile::ExtractString(field, sizeof field, value, ',');
+        return field;
+    };
+    element.SetLyricString(next());
+    element.SplitPhonemes(next());
+    constexpr double kLargest = std::numeric_limits<float>::max(); // a rate beyond a float's range is no cast
+    element.m_fDeltaRate = static_cast<float>(std::clamp(torv::ParseReal(next()), -kLargest, kLargest));
+    for (int i = 0; i < element.GetPhonemeCharaCount() && *value; ++i)
+        element.SetConsonantAdvancement(i, torv::ParseInteger(next()));
+}
+
+int CLyricObject::ConstructParameter(CxTypedFile* file, const char* section) {
+    if (!file)
+        return 0;
+    for (int i = 0;; ++i) {
+        const CString value = file->ReadAt(section, KeyOf(i), nullptr);
+        if (value.IsEmpty())
+            return 1;
+        CLyricElement* const element = AddNewElement();
+        if (!element)
+            return 0;
+        UnformatParameter(*element, value);
+    }
+}
+
+int CLyricObject::DescribeParameter(CxTypedFile* file, const char* section) const {
+    if (!file)
+        return 0;
+    for (int i = 0; i < GetElementCount(); ++i)
+        file->WriteAt(section, KeyOf(i), FormatParameter(*GetElementAt(i)));
+    return 1;
+}
+
+int CLyricObject::ConstructParameter(const tagLyricObject* record) {
+    RemoveAll();
+    if (!record)
+        return 0;
+    for (int i = 0; record->syllables && i < record->count; ++i) {
+        CLyricElement* const element = AddNewElement();
+        if (!element)
+            return 0;
+        element->ConstructParameter(&record->syllables[i]);
+    }
+    return 1;
+}
+
+int CLyricObject::DescribeParameter(tagLyricObject* record) const {
+    if (!record)
+        return 0;
+    record->count = GetElementCount();
+    record->syllables = record->count ? new tagLyricSyllable[static_cast<size_t>(record->count)] : nullptr;
+    for (int i = 0; i < record->count; ++i)
+        GetElementAt(i)->DescribeParameter(&record->syllables[i]);
+    return 1;
+}
+
+const char* CLyricObject::GetDefaultLyric(int language) {
+    return language == kEnglish ? "Ooh" : "\x82\xA0"; // hiragana a
+}
+
+const char* CLyricObject::GetDefaultPhoneme(int language) { return language == kEnglish ? "u:" : "a"; }
+
+int CLyricObject::LyricToPhoneme(CString& phoneme, const char*, int language) {
+    phoneme = GetDefaultPhoneme(language);
+    return 1;
+}

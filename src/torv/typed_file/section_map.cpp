@@ -1,0 +1,76 @@
+#include "torv/typed_file/section_map.h"
+
+#include <memory>
+#include <new>
+
+CxSectionMap::~CxSectionMap() { RemoveAll(); }
+
+CxEntryMap* CxSectionMap::AddNew(const char* name) {
+    CxEntryMap* map = nullptr;
+    if (Lookup(name, map))
+        return map;
+    try {
+        auto section = std::make_unique<CxEntryMap>(name);
+        const POSITION place = m_order.AddTail(section.get());
+        try {
+            m_places.emplace(section->GetSectionName(), place);
+        } catch (const std::bad_alloc&) {
+            m_order.RemoveAt(place);
+            return nullptr;
+        }
+        return section.release();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+int CxSectionMap::Lookup(const char* name, CxEntryMap*& map) const {
+    const auto found = m_places.find(torv::View(name));
+    map = found == m_places.end() ? nullptr : m_order.GetAt(found->second);
+    return map != nullptr;
+}
+
+int CxSectionMap::WriteEntry(const char* section, const char* key, const char* value) {
+    CxEntryMap* map = AddNew(section);
+    return map ? map->SetAt(key, value) : 0;
+}
+
+int CxSectionMap::ReadEntry(CString& value, const char* section, const char* key) const {
+    CxEntryMap* map = nullptr;
+    if (!Lookup(section, map))
+        return 0;
+    if (!map->Lookup(key, value))
+        value.Empty();
+    return 1;
+}
+
+int CxSectionMap::RemoveSection(const char* name) {
+    const auto found = m_places.find(torv::View(name));
+    if (found == m_places.end())
+        return 0;
+    const POSITION place = found->second;
+    CxEntryMap* map = m_order.GetAt(place);
+    m_places.erase(found);
+    m_order.RemoveAt(place);
+    delete map;
+    return 1;
+}
+
+int CxSectionMap::RemoveEntry(const char* section, const char* key) {
+    CxEntryMap* map = nullptr;
+    return Lookup(section, map) ? map->RemoveEntry(key) : 0;
+}
+
+void CxSectionMap::RemoveAll() {
+    m_places.clear();
+    while (!m_order.IsEmpty())
+        delete m_order.RemoveHead();
+}
+
+void CxSectionMap::GetNextAssoc(POSITION& position, CString& name, CxEntryMap*& map) const {
+    map = nullptr;
+    if (!position)
+        return;
+    map = m_order.GetNext(position);
+    name = map->GetSectionName();
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "torv/typed_file/entry_map.h"
+
+/// The sections of a typed file by name, in the order in which they were first added. Owns them: an entry map lives
+/// until its section is removed or the section map is emptied. A null text counts as an empty one.
+class TORV_API CxSectionMap {
+public:
+    CxSectionMap() = default;
+    virtual ~CxSectionMap();
+    CxSectionMap(const CxSectionMap&) = delete;
+    CxSectionMap& operator=(const CxSectionMap&) = delete;
+
+    /// The section of this name, made when it is missing; null when memory runs out.
+    CxEntryMap* AddNew(const char* name);
+    /// 0, with `map` null, when there is no such section.
+    int Lookup(const char* name, CxEntryMap*& map) const;
+    /// Makes the section when it is missing; 0 only when memory runs out.
+    int WriteEntry(const char* section, const char* key, const char* value);
+    /// 1 when the section exists, whether or not the key does: a missing key reads as an empty text, and that is how
+    /// readers detect it. 0, with `value` untouched, when the section is missing.
+    int ReadEntry(CString& value, const char* section, const char* key) const;
+    int RemoveSection(const char* name);
+    int RemoveEntry(const char* section, const char* key);
+    void RemoveAll();
+
+    int GetCount() const { return static_cast<int>(m_order.GetCount()); }
+    POSITION GetStartPosition() const { return m_order.GetHeadPosition(); }
+    void GetNextAssoc(POSITION& position, CString& name, CxEntryMap*& map) const;
+
+private:
+    CList<CxEntryMap*, CxEntryMap*> m_order{10};
+    std::unordered_map<std::string_view, POSITION> m_places; // its keys are views of the entry maps' names
+};

@@ -1,0 +1,226 @@
+#include "torv/typed_file/typed_file.h"
+
+#include <doctest/doctest.h>
+
+#include <filesystem>
+#include <random>
+#include <string>
+
+#include "torv/platform/afx/mem_file.h"
+
+namespace {
+
+int LoadText(CxTypedFile& file, const std::string& text) {
+    return file.Load(reinterpret_cast<const unsigned char*>(text.data()), static_cast<DWORD>(text.size()));
+}
+
+/// What the file holds, compact: every section, key and value in order.
+std::string Compact(CxTypedFile& file) {
+    CMemFile out;
+    CHECK(file.Save2(&out));
+    return out.GetBytes();
+}
+
+std::string Reread(const std::string& text) {
+    CxTypedFile file;
+    CHECK(LoadText(file, text));
+    return Compact(file);
+}
+
+/// A path in the folder for temporary files, whose file goes with the object.
+struct TemporaryPath {
+    TemporaryPath() {
+        char folder[MAX_PATH] = "";
+        GetTempPathA(MAX_PATH, folder);
+        path = torv::JoinPath(folder, "torv_typed_file_test.def");
+        torv::RemoveFile(path);
+    }
+    ~TemporaryPath() { torv::RemoveFile(path); }
+    TemporaryPath(const TemporaryPath&) = delete;
+    TemporaryPath& operator=(const TemporaryPath&) = delete;
+
+    CString path;
+};
+
+int Exists(const char* path) { return CxTypedFile::Dir(path, nullptr, 1, 1, 1, 1, 1, 1); }
+
+class FullDisk : public CMemFile {
+public:
+    void Write(const void*, UINT) override { throw CFileException(CFileException::diskFull); }
+};
+
+} // namespace
+
+TEST_CASE("typed file: what a line means") {
+    struct Row {
+        const char* text;
+        const char* read; // compact form of what was understood
+    };
+    const Row rows[] = {
+        {"[S]\nkey = value ; note", "[S]\nkey=value\n"},
+        {"[S]\r\n  key\t =\t a\tb  \r\n", "[S]\nkey=a\tb\n"}, // a tab inside a value stays
+        {"[S]\na=1;2;3\nb=;\n", "[S]\na=1\nb=\n"},
+        {"[S]\na=1=2\nk;x=3\n", "[S]\na=1=2\nk;x=3\n"}, // only the first "=" counts; a key may hold ";"
+        {"; [N]\n[S];x\n;a=1\n", "[S]\n"},
+        {"[ A ]\n[]\na=1\n[[x]]\n", "[ A ]\n[]\na=1\n[[x]\n"},    // names are untrimmed and may be empty
+        {"a=0\n[S]\n=1\njusttext\n[Broken\na=2\n", "[S]\na=2\n"}, // "[Broken" leaves the section as it was
+        {"[S]\na=1\nb=2\n[T]\nc=3\n[S]\na=4\nd=5\n", "[S]\na=4\nb=2\nd=5\n[T]\nc=3\n"},
+        {"[s]\na=1\n[S]\nA=2\n", "[s]\na=1\n[S]\nA=2\n"}, // letters count
+        {"\x01\x02[S]\x03"
+         "a=1\x04"
+         "b=2\x7F\n",
+         "[S]\na=1\nb=2\x7F\n"},                                                    // control bytes end a line
+        {"[S]\na=\x82\xA0\xFF\n\x83\x5D=x\n", "[S]\na=\x82\xA0\xFF\n\x83\x5D=x\n"}, // other bytes are text
+        {"", ""},
+        {"\r\n \t\r\n", ""},
+        {"[S]", "[S]\n"},
+    };
+    for (const Row& row : rows) {
+        CAPTURE(row.text);
+        CHECK(Reread(row.text) == row.read);
+    }
+    CHECK(Reread(std::string("[S]\na=1\0b=2\n", 12)) == "[S]\na=1\nb=2\n"); // a NUL is a control byte like any other
+}
+
+TEST_CASE("typed file: a line has at most 65,535 bytes, the rest of it is passed over") {
+    // "k=" and 69,998 letters: 65,533 of them are kept.
+    const std::string text = "[S]\nk=" + std::string(69998, 'x') + "\nnext=1\n";
+    CxTypedFile file;
+    CHECK(LoadText(file, text));
+    CHECK(file.ReadAt("S", "k", nullptr).GetLength() == 65533);
+    CHECK(file.ReadAt("S", "next", nullptr) == "1");
+    CHECK(file.GetEntryMap("S")->GetCount() == 2);
+}
+
+TEST_CASE("typed file: a default stands in for a missing section only") {
+    CxTypedFile file;
+    CHECK(LoadText(file, "[Sec]\na=1\n"));
+    CHECK(file.ReadAt("Sec", "a", "dflt") == "1");
+    CHECK(file.ReadAt("Sec", "Missing", "dflt") == "");
+    CHECK(file.ReadAt("Other", "a", "dflt") == "dflt");
+    CHECK(file.ReadAt("Other", "a", nullptr) == "");
+    CHECK(file.ReadAt(nullptr, nullptr, "dflt") == "dflt");
+    CString value = "kept";
+    CHECK(file.GetSectionMap()->ReadEntry(value, "Other", "a") == 0);
+    CHECK(value == "kept");
+    CHECK(file.GetSectionMap()->ReadEntry(value, "Sec", "Missing") == 1);
+    CHECK(value == "");
+}
+
+TEST_CASE("typed file: editing") {
+    CxTypedFile file;
+    CHECK(file.AddSection("B"));
+    CHECK(file.AddSection("A"));
+    CHECK(file.AddSection("B"));
+    CHECK(file.GetSectionCount() == 2);
+    CHECK(file.WriteAt("A", "x", "1"));
+    CHECK(file.WriteAt("A", "y", "2"));
+    CHECK(file.WriteAt("A", "z", nullptr));
+    CHECK(file.WriteAt("C", "n", "9"));
+    CHECK(file.WriteAt("A", "x", "3"));
+    CHECK(Compact(file) == "[B]\n[A]\nx=3\ny=2\nz=\n[C]\nn=9\n");
+    CHECK(file.RemoveEntry("A", "x"));
+    CHECK(file.RemoveEntry("A", "x") == 0);
+    CHECK(file.RemoveEntry("Z", "x") == 0);
+    CHECK(file.WriteAt("A", "x", "4")); // a new key now: it comes last
+    CHECK(file.RemoveSection("B"));
+    CHECK(file.RemoveSection("B") == 0);
+    CHECK(file.GetEntryMap("B") == nullptr);
+    CHECK(Compact(file) == "[A]\ny=2\nz=\nx=4\n[C]\nn=9\n");
+    CHECK(std::string(file.GetEntryMap("C")->GetSectionName()) == "C");
+
+    CString name;
+    CxEntryMap* map = nullptr;
+    POSITION position = file.GetSectionMap()->GetStartPosition();
+    file.GetSectionMap()->GetNextAssoc(position, name, map);
+    CHECK(name == "A");
+    CHECK(map == file.GetEntryMap("A"));
+    file.GetSectionMap()->GetNextAssoc(position, name, map);
+    CHECK(name == "C");
+    CHECK(position == nullptr);
+    file.GetSectionMap()->GetNextAssoc(position, name, map); // past the last: no map
+    CHECK(map == nullptr);
+
+    file.SetPathName("somewhere");
+    file.RemoveAll();
+    CHECK(file.GetSectionCount() == 0);
+    CHECK(file.GetPathName() == "");
+}
+
+TEST_CASE("typed file: both written forms, byte by byte") {
+    CxTypedFile file;
+    file.WriteAt("S", "A", "1");
+    file.WriteAt("S", "B", "2");
+    file.WriteAt("T", "C", "x;y");
+    CMemFile spaced;
+    CHECK(file.Save(&spaced));
+    CHECK(spaced.GetBytes() == "[S]\r\nA = 1\r\nB = 2\r\n\r\n[T]\r\nC = x;y\r\n\r\n");
+    CMemFile compact;
+    CHECK(file.Save2(&compact));
+    CHECK(compact.GetBytes() == "[S]\nA=1\nB=2\n[T]\nC=x;y\n");
+    FullDisk full;
+    CHECK(file.Save(&full) == 0);
+    CHECK(file.Save2(&full) == 0);
+    CHECK(file.Save(static_cast<CFile*>(nullptr)) == 0);
+}
+
+TEST_CASE("typed file: on disk") {
+    const TemporaryPath temporary;
+    CxTypedFile file;
+    CHECK(file.Save() == 0); // no path yet
+    file.WriteAt("S", "A", "1");
+    CHECK(file.SaveAs(temporary.path));
+    CHECK(file.GetPathName() == temporary.path);
+    CHECK(!Exists(temporary.path + ".saving")); // only the file itself is left
+
+    CxTypedFile other;
+    CHECK(other.Load(static_cast<const char*>(temporary.path)));
+    CHECK(other.GetPathName() == temporary.path);
+    CHECK(Compact(other) == "[S]\nA=1\n");
+    other.WriteAt("S", "A", "2");
+    CHECK(other.Save()); // over the old one
+
+    CFile open;
+    REQUIRE(open.Open(temporary.path, CFile::modeRead));
+    open.SeekToEnd();
+    CHECK(file.Load(&open)); // from its beginning, wherever it stands
+    CHECK(file.ReadAt("S", "A", nullptr) == "2");
+    CHECK(file.GetPathName() == open.GetFilePath());
+    CHECK(LoadText(file, "[M]\n"));
+    CHECK(file.GetPathName() == open.GetFilePath()); // text from memory has no path
+    open.Close();
+
+    REQUIRE(open.Open(temporary.path, CFile::modeCreate | CFile::modeWrite));
+    open.Close();
+    CHECK(file.Load(static_cast<const char*>(temporary.path))); // no bytes: an empty file, not an unreadable one
+    CHECK(file.GetSectionCount() == 0);
+
+    LoadText(file, "[M]\n");
+    const CString missing = torv::JoinPath(temporary.path, "nowhere.def");
+    CHECK(file.Load(static_cast<const char*>(missing)) == 0);
+    CHECK(file.GetSectionCount() == 0);
+    CHECK(file.GetPathName() == missing);
+    CHECK(file.SaveAs(missing) == 0);
+    torv::RemoveFile(temporary.path);
+    REQUIRE(std::filesystem::create_directory(temporary.path.GetStdString()));
+    CHECK(file.SaveAs(temporary.path) == 0); // a folder cannot be replaced, and nothing is left beside it
+    CHECK(!Exists(temporary.path + ".saving"));
+    std::filesystem::remove(temporary.path.GetStdString());
+    CHECK(file.Load(static_cast<const char*>(nullptr)) == 0);
+    CHECK(file.Load(static_cast<CFile*>(nullptr)) == 0);
+}
+
+TEST_CASE("typed file: any bytes load, and what was understood reads back the same") {
+    std::mt19937 random(7);
+    const char likely[] = "[]=;\n\r\t ab\x82\xA0";
+    for (int n = 0; n < 2000; ++n) {
+        std::string text(random() % 200, ' ');
+        for (char& c : text)
+            c = random() % 5 ? likely[random() % (sizeof likely - 1)] : static_cast<char>(random());
+        CxTypedFile file;
+        REQUIRE(LoadText(file, text));
+        CMemFile spaced;
+        REQUIRE(file.Save(&spaced));
+        REQUIRE(Reread(spaced.GetBytes()) == Compact(file));
+    }
+}
