@@ -143,10 +143,10 @@ protected:
     static void SetAoudioError(int error);
     static void SetMMeError(UINT error);
 
-    static HWAVEOUT m_hWaveOut;               ///< null: closed
+    static HWAVEOUT& m_hWaveOut;              ///< null: closed
     static torv::Shared<HWND> m_hWndCallback; ///< the owner; read on the device's thread
     static CWaveBuffer* m_pBuff;              ///< null: nothing of it is at the device
-    static WAVEHDR m_stWaveHdr[2];
+    static WAVEHDR (&m_stWaveHdr)[2];
     static torv::Shared<int> m_nStatus; ///< read on the device's thread
     static UINT m_nMMeError;            ///< 0: none
     static int m_nError;
@@ -154,7 +154,6 @@ protected:
 
 private:
     static int StartPlay(HWND owner, CWaveBuffer& buffer);
-    static MMRESULT QueueBlock(WAVEHDR& header);
 
     bool OpenToRead(CFile& file, const char* path);
     bool FindData(const CWaveBuffer& buffer, CFile& file, CHUNK_INFO& place);

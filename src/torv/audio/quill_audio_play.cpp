@@ -1,5 +1,7 @@
 #include "torv/audio/quill_audio.h"
 
+#include "torv/audio/double_buffered_output.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -8,21 +10,16 @@ namespace {
 constexpr const char* kErrorTexts[] = {"No Error Information.", "Internal Error !\nPlease Report."};
 constexpr int kInternalError = 1;
 
-constexpr DWORD kResetTime = 1000;   ///< ms; a device that was reset gives its blocks back at once
 constexpr DWORD kPlayOutTime = 3000; ///< ms; two blocks last two seconds at most
 
-/// A block that was never written is nowhere but here.
-bool IsBack(const WAVEHDR& header) {
-    const DWORD flags = torv::HeaderFlags(header);
-    return !(flags & WHDR_PREPARED) || (flags & WHDR_DONE);
-}
+constinit torv::DoubleBufferedOutput g_output;
 
 } // namespace
 
-HWAVEOUT CxQuillAudio::m_hWaveOut = nullptr;
+HWAVEOUT& CxQuillAudio::m_hWaveOut = g_output.device;
 torv::Shared<HWND> CxQuillAudio::m_hWndCallback = nullptr;
 CWaveBuffer* CxQuillAudio::m_pBuff = nullptr;
-WAVEHDR CxQuillAudio::m_stWaveHdr[2] = {};
+WAVEHDR (&CxQuillAudio::m_stWaveHdr)[2] = g_output.headers;
 torv::Shared<int> CxQuillAudio::m_nStatus = torv::kAudioIdle;
 UINT CxQuillAudio::m_nMMeError = MMSYSERR_NOERROR;
 int CxQuillAudio::m_nError = 0;
@@ -53,32 +50,23 @@ int CxQuillAudio::StartPlay(HWND owner, CWaveBuffer& buffer) {
     ClearAudioError();
     WAVEFORMATEX format;
     buffer.MakeWaveFormat(format);
-    HWAVEOUT device = nullptr;
-    MMRESULT error =
-        waveOutOpen(&device, WAVE_MAPPER, &format, reinterpret_cast<DWORD_PTR>(&waveOutProc), 0, CALLBACK_FUNCTION);
-    if (error == MMSYSERR_NOERROR) {
-        m_hWaveOut = device;
-        error = waveOutPause(device);
-    }
-    for (WAVEHDR& header : m_stWaveHdr)
-        if (error == MMSYSERR_NOERROR && header.dwBufferLength > 0)
-            error = QueueBlock(header);
+    MMRESULT error = g_output.Open(WAVE_MAPPER, format, reinterpret_cast<DWORD_PTR>(&waveOutProc), CALLBACK_FUNCTION);
+    if (error == MMSYSERR_NOERROR)
+        error = waveOutPause(m_hWaveOut);
+    for (int index = 0; index < torv::DoubleBufferedOutput::kHeaders; ++index)
+        if (error == MMSYSERR_NOERROR && m_stWaveHdr[index].dwBufferLength > 0)
+            error = g_output.Queue(index);
     if (error == MMSYSERR_NOERROR) {
         // Before the device goes on: what it tells without an owner is lost.
         m_nStatus = blocks == 2 ? torv::kAudioLoading : torv::kAudioLastData;
         m_hWndCallback = owner;
-        error = waveOutRestart(device);
+        error = waveOutRestart(m_hWaveOut);
     }
     if (error == MMSYSERR_NOERROR)
         return 1;
     AudioReset();
     SetMMeError(error);
     return 0;
-}
-
-MMRESULT CxQuillAudio::QueueBlock(WAVEHDR& header) {
-    const MMRESULT error = waveOutPrepareHeader(m_hWaveOut, &header, sizeof header);
-    return error == MMSYSERR_NOERROR ? waveOutWrite(m_hWaveOut, &header, sizeof header) : error;
 }
 
 /// On a thread of the device's.
@@ -95,17 +83,16 @@ int CxQuillAudio::OnAudioCallback(HWND owner, LPARAM header) {
 }
 
 int CxQuillAudio::WatchWaveOut(HWND owner, WAVEHDR* header) {
-    if (!m_hWaveOut || owner != m_hWndCallback || (header != &m_stWaveHdr[0] && header != &m_stWaveHdr[1]))
-        return 0;
+    const int index = g_output.IndexOf(header);
     // A message of an earlier play names the same headers, which may be at the device again.
-    if (!IsBack(*header))
+    if (!m_hWaveOut || owner != m_hWndCallback || index < 0 || !g_output.TakeBack(index))
         return 0;
     if (m_nStatus == torv::kAudioLoading) {
         if (!m_pBuff->LoadDataBlock(header)) {
             m_nStatus = torv::kAudioLastData; // the other block plays on
             return 1;
         }
-        const MMRESULT error = QueueBlock(*header);
+        const MMRESULT error = g_output.Queue(index);
         if (error == MMSYSERR_NOERROR)
             return 1;
         SetMMeError(error);
@@ -117,15 +104,7 @@ int CxQuillAudio::WatchWaveOut(HWND owner, WAVEHDR* header) {
     return AudioStop(owner);
 }
 
-int CxQuillAudio::WaitReleaseCue(DWORD milliseconds) {
-    const DWORD start = timeGetTime();
-    while (!IsBack(m_stWaveHdr[0]) || !IsBack(m_stWaveHdr[1])) {
-        if (timeGetTime() - start >= milliseconds)
-            return 0;
-        Sleep(1);
-    }
-    return 1;
-}
+int CxQuillAudio::WaitReleaseCue(DWORD milliseconds) { return g_output.AwaitBoth(milliseconds); }
 
 int CxQuillAudio::AudioStop(HWND owner) {
     if (!owner || !IsAudioPlaying(owner))
@@ -147,19 +126,11 @@ int CxQuillAudio::AudioReset() {
     ClearAudioError();
     m_nStatus = torv::kAudioIdle; // first: the blocks that a reset returns are nobody's news
     m_hWndCallback = nullptr;
-    if (m_hWaveOut) {
-        waveOutReset(m_hWaveOut);
-        const int areBack = WaitReleaseCue(kResetTime);
-        for (WAVEHDR& header : m_stWaveHdr)
-            waveOutUnprepareHeader(m_hWaveOut, &header, sizeof header);
-        // A device that closes has let go of the blocks, whatever their flags say.
-        if (waveOutClose(m_hWaveOut) != MMSYSERR_NOERROR && !areBack) {
-            SetAoudioError(kInternalError);
-            return 0;
-        }
-        m_hWaveOut = nullptr;
+    if (!g_output.Close()) {
+        SetAoudioError(kInternalError);
+        return 0;
     }
-    std::fill(std::begin(m_stWaveHdr), std::end(m_stWaveHdr), WAVEHDR{});
+    std::fill(std::begin(m_stWaveHdr), std::end(m_stWaveHdr), WAVEHDR{}); // of a play that has opened nothing
     if (m_pBuff)
         m_pBuff->ReleaseDataCue();
     m_pBuff = nullptr;

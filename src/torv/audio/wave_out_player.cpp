@@ -1,7 +1,6 @@
 #include "torv/audio/wave_out_player.h"
 
 #include "torv/audio/output_device.h"
-#include "torv/platform/wave_header.h"
 
 #include <algorithm>
 #include <cstring>
@@ -12,9 +11,7 @@ namespace {
 constexpr UINT kOpenMessage = 1034;
 constexpr UINT kStopMessage = 1123;
 constexpr UINT kSeekMessage = WM_APP + 1; ///< wParam whence, lParam position
-constexpr DWORD kStopInterval = 300;      // milliseconds, as the next
-constexpr DWORD kCloseInterval = 10;
-constexpr int kCloseTries = 100;
+constexpr DWORD kStopInterval = 300;      // milliseconds
 /// The first two blocks are tiny: they only get the device going.
 constexpr DWORD kPrimerBytes = 4;
 
@@ -48,9 +45,11 @@ CWaveOut::Player::Player(CWaveOut& output, UINT device, const torv::MixPass& pas
     : m_output(output), m_number(device), m_pass(pass), m_bufferBytes(pass.frames * pass.format.nBlockAlign),
       m_buffers(std::make_unique<Buffers>()) {
     m_buffers->bytes.reset(new (std::nothrow) BYTE[static_cast<size_t>(m_bufferBytes) * 2]());
-    for (size_t i = 0; i < m_buffers->headers.size() && m_buffers->bytes; ++i) {
-        m_buffers->headers[i].lpData = reinterpret_cast<char*>(m_buffers->bytes.get() + i * m_bufferBytes);
-        m_buffers->headers[i].dwBufferLength = std::min(kPrimerBytes, m_bufferBytes);
+    BYTE* half = m_buffers->bytes.get();
+    for (WAVEHDR& header : m_buffers->device.headers) {
+        header.lpData = reinterpret_cast<char*>(half);
+        header.dwBufferLength = std::min(kPrimerBytes, m_bufferBytes);
+        half += m_bufferBytes;
     }
 }
 
@@ -91,9 +90,9 @@ void CWaveOut::Player::waveOutThread() {
 bool CWaveOut::Player::Handle(const MSG& message) {
     switch (message.message) {
     case kOpenMessage:
-        return m_device || Open();
+        return m_buffers->device.IsOpen() || Open();
     case MM_WOM_DONE:
-        return TakeBack(reinterpret_cast<WAVEHDR*>(message.lParam));
+        return TakeBack(m_buffers->device.IndexOf(reinterpret_cast<const WAVEHDR*>(message.lParam)));
     case kSeekMessage: {
         const Turn turn(m_turns);
         m_output.SeekTracks(static_cast<LONG>(message.lParam), static_cast<int>(message.wParam));
@@ -108,34 +107,30 @@ bool CWaveOut::Player::Handle(const MSG& message) {
 }
 
 bool CWaveOut::Player::Open() {
-    m_error = waveOutOpen(&m_device, m_number, &m_pass.format, GetCurrentThreadId(), 0, CALLBACK_THREAD);
-    if (m_error != MMSYSERR_NOERROR) {
-        m_device = nullptr;
+    auto& device = m_buffers->device;
+    m_error = device.Open(m_number, m_pass.format, GetCurrentThreadId(), CALLBACK_THREAD);
+    if (m_error != MMSYSERR_NOERROR)
         return false;
+    for (int index = 0; index < torv::DoubleBufferedOutput::kHeaders; ++index) {
+        m_pass.starts[index] = Position();
+        Queue(index);
     }
-    for (size_t i = 0; i < m_buffers->headers.size(); ++i) {
-        m_pass.starts[i] = Position();
-        Queue(m_buffers->headers[i]);
-    }
-    waveOutRestart(m_device);
+    waveOutRestart(device.device);
     return true;
 }
 
 /// A device that takes no more blocks leaves the play waiting for a stop: only what comes back drives it.
-void CWaveOut::Player::Queue(WAVEHDR& header) const {
-    waveOutPrepareHeader(m_device, &header, sizeof header);
-    waveOutWrite(m_device, &header, sizeof header);
-}
+void CWaveOut::Player::Queue(int index) { m_buffers->device.Queue(index); }
 
-/// False when the play is over.
-bool CWaveOut::Player::TakeBack(WAVEHDR* header) {
-    auto& headers = m_buffers->headers;
-    const bool isKnown = header == headers.data() || header == headers.data() + 1;
-    if (!m_device || !isKnown || (torv::HeaderFlags(*header) & WHDR_INQUEUE))
-        return true; // a message may be anybody's
-    waveOutUnprepareHeader(m_device, header, sizeof *header);
-    header->dwBufferLength = m_bufferBytes;
-    auto* const bytes = reinterpret_cast<BYTE*>(header->lpData);
+/// False when the play is over. A message may be anybody's: what is no header of the device, or still there, is passed
+/// over.
+bool CWaveOut::Player::TakeBack(int index) {
+    auto& device = m_buffers->device;
+    if (!device.IsOpen() || index < 0 || !device.TakeBack(index))
+        return true;
+    WAVEHDR& header = device.headers[index];
+    header.dwBufferLength = m_bufferBytes;
+    auto* const bytes = reinterpret_cast<BYTE*>(header.lpData);
     if (m_phase == Phase::Mixing) {
         const Turn turn(m_turns);
         if (!m_output.MixOut(bytes, m_pass))
@@ -149,7 +144,7 @@ bool CWaveOut::Player::TakeBack(WAVEHDR* header) {
         }
         m_phase = Phase::Drained;
     }
-    Queue(*header);
+    Queue(index);
     return true;
 }
 
@@ -174,24 +169,8 @@ DWORD CWaveOut::Player::Position() {
     return m_pass.position;
 }
 
-bool CWaveOut::Player::AreBuffersBack() const {
-    return std::none_of(m_buffers->headers.begin(), m_buffers->headers.end(),
-                        [](const WAVEHDR& header) { return (torv::HeaderFlags(header) & WHDR_INQUEUE) != 0; });
-}
-
-/// A device that does not give its blocks back when it is reset is left open with them: it may still read them.
+/// What a device does not let go of stays in its hands.
 void CWaveOut::Player::CloseDevice() {
-    if (!m_device)
-        return;
-    for (int tries = 0; tries < kCloseTries; ++tries) {
-        waveOutReset(m_device);
-        for (WAVEHDR& header : m_buffers->headers)
-            waveOutUnprepareHeader(m_device, &header, sizeof header);
-        if (waveOutClose(m_device) != WAVERR_STILLPLAYING)
-            break;
-        Sleep(kCloseInterval);
-    }
-    m_device = nullptr;
-    if (!AreBuffersBack()) [[maybe_unused]]
+    if (!m_buffers->device.Close()) [[maybe_unused]]
         const Buffers* const lost = m_buffers.release();
 }

@@ -1,15 +1,14 @@
 #pragma once
 
+#include "torv/audio/double_buffered_output.h"
 #include "torv/audio/mix_pass.h"
 #include "torv/audio/wave_out.h"
 #include "torv/platform/worker_thread.h"
 
-#include <array>
 #include <atomic>
 
-/// One play: a thread that is driven by its messages, the device it has opened, and two headers that go to the device
-/// in turns, each with one half of the mix block. Mixes until every file has ended, then lets the device play out what
-/// it has. Uses the output until it is over.
+/// One play: a thread that is driven by its messages, and a device whose two headers have one half of the mix block
+/// each. Mixes until every file has ended, then lets the device play out what it has. Uses the output until it is over.
 class CWaveOut::Player : public std::enable_shared_from_this<Player> {
 public:
     /// Null when there is no memory or no thread to be had.
@@ -33,20 +32,19 @@ private:
 
     /// What the device reads.
     struct Buffers {
+        torv::DoubleBufferedOutput device;
         std::unique_ptr<BYTE[]> bytes;
-        std::array<WAVEHDR, 2> headers{};
     };
 
     void waveOutThread();
     bool Handle(const MSG& message);
     bool Open();
-    bool TakeBack(WAVEHDR* header);
-    void Queue(WAVEHDR& header) const;
+    bool TakeBack(int index);
+    void Queue(int index);
     void PostStart();
     void Finish();
     DWORD Position();
     void CloseDevice();
-    bool AreBuffersBack() const;
 
     CWaveOut& m_output;
     const UINT m_number;
@@ -55,7 +53,6 @@ private:
     std::unique_ptr<Buffers> m_buffers;
     std::shared_ptr<torv::WorkerThread> m_thread;
 
-    HWAVEOUT m_device = nullptr;
     MMRESULT m_error = MMSYSERR_NOERROR;
     Phase m_phase = Phase::Mixing;
     mutable std::atomic<DWORD> m_turns = 0; ///< odd while it uses files
