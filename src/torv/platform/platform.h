@@ -9,6 +9,7 @@
 #include "torv/platform/message_box.h"
 #include "torv/platform/path.h"
 #include "torv/platform/registry.h"
+#include "torv/platform/replaced_file.h"
 #include "torv/platform/safe_point.h"
 #include "torv/platform/string_table.h"
 #include "torv/platform/system.h"

@@ -1,0 +1,329 @@
+#include "torv/platform/replaced_file.h"
+
+#include "platform/temp_folder.h"
+
+#include <doctest/doctest.h>
+
+#include <functional>
+#include <set>
+#include <thread>
+
+#if !defined(_WIN32)
+#include <csignal>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
+namespace {
+
+using torv::ReplacedFile;
+
+bool Put(ReplacedFile& file, const std::string& text) { return file.Write(text.data(), text.size()); }
+
+bool Save(const std::string& path, const std::string& text) {
+    ReplacedFile file(path.c_str());
+    return Put(file, text) && file.Commit();
+}
+
+std::set<std::string> Names(const TempFolder& folder) {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.Path("")))
+        names.insert(entry.path().filename().string());
+    return names;
+}
+
+using Texts = std::set<std::string>;
+
+} // namespace
+
+TEST_CASE("replaced file: the old content stands until the new is whole") {
+    const TempFolder folder;
+    const std::string path = folder.File("a", "old");
+    SUBCASE("committed") {
+        ReplacedFile file(path.c_str());
+        REQUIRE(file.IsOpen());
+        CHECK(Put(file, "12345678"));
+        CHECK(file.Seek(2));
+        CHECK(Put(file, "ab"));
+        CHECK(folder.Content("a") == "old");
+        CHECK(file.Commit());
+        CHECK(folder.Content("a") == "12ab5678");
+        CHECK_FALSE(file.IsOpen());
+        CHECK_FALSE(file.Commit()); // once
+        CHECK(folder.Content("a") == "12ab5678");
+    }
+    SUBCASE("given up") {
+        { CHECK(Put(*std::make_unique<ReplacedFile>(path.c_str()), "new")); }
+        ReplacedFile file(path.c_str());
+        CHECK(Put(file, "new"));
+        file.Discard();
+        CHECK_FALSE(file.Commit());
+        CHECK(folder.Content("a") == "old");
+    }
+    SUBCASE("written by name, as a wave writer does, which may want the file for itself") {
+        ReplacedFile file(path.c_str());
+        CFile other(file.Path(), CFile::modeCreate | CFile::modeReadWrite | CFile::shareExclusive);
+        other.Write("wave", 4);
+        other.Close();
+        CHECK(file.Commit());
+        CHECK(folder.Content("a") == "wave");
+    }
+    SUBCASE("gone meanwhile") {
+        ReplacedFile file(path.c_str());
+        torv::RemoveFile(file.Path());
+        CHECK_FALSE(file.Commit());
+        CHECK(file.Error());
+        CHECK(folder.Content("a") == "old");
+    }
+    CHECK(Names(folder) == Texts{"a"});
+}
+
+TEST_CASE("replaced file: what cannot be begun or put in place is told, and leaves nothing") {
+    const TempFolder folder;
+    folder.Folder("folder");
+    for (const std::string& path : {folder.Path("folder"), folder.Path("none/a"), std::string()}) {
+        CAPTURE(path);
+        ReplacedFile file(path.c_str());
+        CHECK_FALSE(file.IsOpen());
+        CHECK(file.Error());
+        CHECK_FALSE(file.IsDiskFull());
+        CHECK_FALSE(Put(file, "new"));
+        CHECK_FALSE(file.Commit());
+    }
+    CHECK_FALSE(ReplacedFile(nullptr).IsOpen());
+    ReplacedFile file(folder.Path("a").c_str());
+    folder.Folder("a"); // by somebody else
+    CHECK(Put(file, "new"));
+    CHECK_FALSE(file.Commit());
+    CHECK(Names(folder) == Texts{"a", "folder"});
+}
+
+TEST_CASE("replaced file: two at once into one path leave one of the two, whole") {
+    const TempFolder folder;
+    const std::string path = folder.File("a", "old");
+    const std::string kOnes(300000, '1');
+    const std::string kTwos(200000, '2');
+    {
+        ReplacedFile one(path.c_str());
+        ReplacedFile two(path.c_str());
+        CHECK(Put(one, kOnes));
+        CHECK(Put(two, kTwos));
+        CHECK(one.Commit());
+        CHECK(two.Commit());
+        CHECK(folder.Content("a") == kTwos);
+    }
+    const auto saveOften = [&path](const std::string& text) {
+        bool saved = true;
+        for (int n = 0; n < 20; ++n)
+            saved = Save(path, text) && saved;
+        return saved;
+    };
+    bool savedTwos = false;
+    std::thread other([&] { savedTwos = saveOften(kTwos); });
+    CHECK(saveOften(kOnes));
+    other.join();
+    CHECK(savedTwos);
+    CHECK(Texts{kOnes, kTwos}.contains(folder.Content("a")));
+    CHECK(Names(folder) == Texts{"a"});
+}
+
+TEST_CASE("replaced file: a host that ends on a signal has all that is under way removed") {
+    const TempFolder folder;
+    const std::string path = folder.File("a", "old");
+    ReplacedFile first(path.c_str());
+    ReplacedFile second(folder.Path("b").c_str());
+    CHECK(Put(first, "new"));
+    ReplacedFile::RemoveAllUnfinished();
+    CHECK_FALSE(first.Commit());
+    CHECK_FALSE(second.Commit());
+    CHECK(Names(folder) == Texts{"a"});
+    CHECK(folder.Content("a") == "old");
+}
+
+TEST_CASE("replaced file: a file that may not be written stays") {
+    const TempFolder folder;
+    const std::string path = folder.File("a", "old");
+#if !defined(_WIN32)
+    if (geteuid() == 0)
+        return; // who may do all
+#endif
+    std::filesystem::permissions(path, std::filesystem::perms::owner_read);
+    CHECK_FALSE(Save(path, "new"));
+    CHECK(Names(folder) == Texts{"a"});
+    CHECK(folder.Content("a") == "old");
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+}
+
+TEST_CASE("replaced file: where a link leads is replaced, not the link") {
+    const TempFolder folder;
+    folder.Folder("real");
+    folder.File("real/a", "old");
+    std::error_code failed;
+    std::filesystem::create_symlink("real/a", folder.Path("link"), failed);
+    if (failed) {
+        MESSAGE("this system makes no links");
+        return;
+    }
+    CHECK(Save(folder.Path("link"), "new"));
+    CHECK(std::filesystem::is_symlink(folder.Path("link")));
+    CHECK(folder.Content("real/a") == "new");
+    CHECK(Names(folder) == Texts{"link", "real"});
+}
+
+#if defined(_WIN32)
+
+TEST_CASE("replaced file: the mode of the old file is kept; a device is written into") {
+    const TempFolder folder;
+    const std::string path = folder.File("a", "old");
+    REQUIRE(SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_HIDDEN));
+    CHECK(Save(path, "new"));
+    CHECK(folder.Content("a") == "new");
+    CHECK((GetFileAttributesA(path.c_str()) & FILE_ATTRIBUTE_HIDDEN) != 0);
+    CHECK(Save("NUL", "new"));
+}
+
+#else
+
+TEST_CASE("replaced file: the mode of the old file is kept, and a new one has the usual") {
+    const TempFolder folder;
+    const auto modeOf = [&folder](const char* name) {
+        struct stat status {};
+        REQUIRE(stat(folder.Path(name).c_str(), &status) == 0);
+        return status.st_mode & 07777;
+    };
+    const mode_t mask = umask(027);
+    for (const mode_t mode : {0600u, 0666u, 0755u}) {
+        const std::string path = folder.File("a", "old");
+        chmod(path.c_str(), mode);
+        CHECK(Save(path, "new"));
+        CHECK(modeOf("a") == mode);
+    }
+    CHECK(Save(folder.Path("b"), "new"));
+    CHECK(modeOf("b") == 0640);
+    umask(mask);
+}
+
+TEST_CASE("replaced file: links to links and to what is not there yet; a link to itself is refused") {
+    const TempFolder folder;
+    folder.Folder("real");
+    std::filesystem::create_symlink("real", folder.Path("folder"));
+    std::filesystem::create_symlink(folder.Path("folder/a"), folder.Path("first"));
+    std::filesystem::create_symlink("first", folder.Path("second"));
+    CHECK(Save(folder.Path("second"), "new"));
+    CHECK(folder.Content("real/a") == "new");
+    std::filesystem::create_symlink("circle", folder.Path("circle"));
+    CHECK_FALSE(Save(folder.Path("circle"), "new"));
+    CHECK(Names(folder) == Texts{"circle", "first", "folder", "real", "second"});
+}
+
+TEST_CASE("replaced file: a full disk is told and leaves the old file") {
+    const TempFolder folder;
+    const std::string path = folder.File("a", "old");
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{1000, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    ReplacedFile file(path.c_str());
+    CHECK(Put(file, std::string(900, 'x')));
+    CHECK_FALSE(Put(file, std::string(900, 'x')));
+    CHECK(file.IsDiskFull());
+    CHECK_FALSE(file.Seek(0));
+    CHECK_FALSE(file.Commit()); // though a part was written
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    CHECK(Names(folder) == Texts{"a"});
+    CHECK(folder.Content("a") == "old");
+
+    ReplacedFile full("/dev/full");
+    CHECK(Put(full, "new"));
+    CHECK_FALSE(full.Commit());
+    CHECK(full.IsDiskFull());
+}
+
+namespace {
+
+/// Lets another process do something and answers how it ended, as wait tells it.
+int InAnotherProcess(const std::function<void()>& work) {
+    const pid_t child = fork();
+    if (child == 0) {
+        work();
+        _exit(0);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    return status;
+}
+
+} // namespace
+
+TEST_CASE("replaced file: a process that is killed leaves the old file, and one that ends on a signal nothing else") {
+    const TempFolder folder;
+    const std::string path = folder.File("a", "old");
+    const auto endBy = [&path](int signal) {
+        return InAnotherProcess([&] {
+            std::signal(SIGTERM, [](int) {
+                ReplacedFile::RemoveAllUnfinished();
+                _exit(3);
+            });
+            ReplacedFile file(path.c_str());
+            Put(file, "new");
+            raise(signal);
+        });
+    };
+    CHECK(WEXITSTATUS(endBy(SIGTERM)) == 3);
+    CHECK(Names(folder) == Texts{"a"});
+    CHECK(WTERMSIG(endBy(SIGKILL)) == SIGKILL);
+    CHECK(folder.Content("a") == "old");
+    CHECK(Save(path, "new")); // beside what was left
+    CHECK(folder.Content("a") == "new");
+}
+
+TEST_CASE("replaced file: a name that is taken is neither used nor followed") {
+    const TempFolder folder;
+    const std::string path = folder.File("a", "old");
+    folder.File("precious", "precious");
+    std::string name;
+    InAnotherProcess([&] {
+        const std::string first = ReplacedFile(path.c_str()).Path();
+        // The next ones this process will ask for, as a malicious or a forgetful one may have left them.
+        const std::size_t number = first.rfind('-') + 1;
+        const int count = std::stoi(first.substr(number));
+        for (int n = 1; n < 4; ++n)
+            symlink(folder.Path("precious").c_str(),
+                    (first.substr(0, number) + std::to_string(count + n) + ".new").c_str());
+        Save(path, "new");
+    });
+    CHECK(folder.Content("a") == "new");
+    CHECK(folder.Content("precious") == "precious");
+}
+
+TEST_CASE("replaced file: what is no regular file is written into and stays what it is") {
+    const TempFolder folder;
+    CHECK(Save("/dev/null", "new"));
+    CHECK(std::filesystem::is_character_file("/dev/null"));
+
+    const std::string pipe = folder.Path("pipe");
+    REQUIRE(mkfifo(pipe.c_str(), 0600) == 0);
+    bool isSaved = false;
+    std::thread writer([&] { isSaved = Save(pipe, "through"); });
+    CHECK(folder.Content("pipe") == "through");
+    writer.join();
+    CHECK(isSaved);
+    CHECK(std::filesystem::is_fifo(pipe));
+
+    // Standard output that leads into a file: behind what the program has said already.
+    CHECK(InAnotherProcess([&] {
+              const int file = open(folder.Path("out").c_str(), O_WRONLY | O_CREAT, 0600);
+              dup2(file, STDOUT_FILENO);
+              if (write(STDOUT_FILENO, "said,", 5) != 5 || !Save("/dev/stdout", "saved"))
+                  _exit(1);
+          }) == 0);
+    CHECK(folder.Content("out") == "said,saved");
+    CHECK(Names(folder) == Texts{"out", "pipe"});
+}
+
+#endif
