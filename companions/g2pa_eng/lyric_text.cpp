@@ -1,7 +1,8 @@
 #include "lyric_text.h"
 
+#include "code_page_932.h"
+
 #include <algorithm>
-#include <cctype>
 #include <g2pa_abi.h>
 
 namespace g2pa_eng {
@@ -18,30 +19,31 @@ constexpr std::string_view accented[] = { // bytes 0xC0 to 0xFF; what is empty d
     "o", "",  "o", "u", "u", "u", "u",  "y", "th", "ss", "a", "a", "a", "a", "a", "a", "ae", "c", "e",  "e", "e", "e",
     "i", "i", "i", "i", "d", "n", "o",  "o", "o",  "o",  "o", "",  "o", "u", "u", "u", "u",  "y", "th", "y"};
 
+constexpr unsigned curlyApostrophe = 0x92;
+constexpr unsigned acuteAccent = 0xB4;
+constexpr unsigned halfWidthLongMark = 0xB0;
+constexpr unsigned longMark = 0x815B;
+constexpr unsigned waveDash = 0x8160;
+
 /// Folds the bytes to small letters, digits, apostrophes, '&', '-' for a hyphen, '~' for any other mark that prolongs,
 /// and blanks.
 std::string Fold(std::string_view bytes) {
     std::string text;
     text.reserve(bytes.size());
-    for (size_t i = 0; i < bytes.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(bytes[i]);
-        const auto next = static_cast<unsigned char>(i + 1 < bytes.size() ? bytes[i + 1] : 0);
-        if (byte >= 'A' && byte <= 'Z') {
-            text.push_back(static_cast<char>(byte - 'A' + 'a'));
-        } else if ((byte >= 'a' && byte <= 'z') || (byte >= '0' && byte <= '9') || byte == '-' || byte == '&') {
-            text.push_back(static_cast<char>(byte));
-        } else if (byte == '_' || byte == '~' || byte == '+' || byte == 0xB0) { // 0xB0: the half-width long mark
+    while (!bytes.empty()) {
+        const unsigned c = g2pa::TakeCharacter(bytes);
+        if (c >= 'A' && c <= 'Z')
+            text.push_back(static_cast<char>(c - 'A' + 'a'));
+        else if ((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '&')
+            text.push_back(static_cast<char>(c));
+        else if (c == '_' || c == '~' || c == '+' || c == halfWidthLongMark || c == longMark || c == waveDash)
             text.push_back('~');
-        } else if (byte == '\'' || byte == '`' || byte == 0x92 || byte == 0xB4) {
+        else if (c == '\'' || c == '`' || c == curlyApostrophe || c == acuteAccent)
             text.push_back('\'');
-        } else if (byte == 0x81 && next) { // a double-byte punctuation mark of code page 932
-            text.push_back(next == 0x5B || next == 0x60 ? '~' : next == 0x66 ? '\'' : ' ');
-            ++i;
-        } else if (byte >= 0xC0 && !accented[byte - 0xC0].empty()) {
-            text.append(accented[byte - 0xC0]);
-        } else {
+        else if (c >= 0xC0 && c <= 0xFF && !accented[c - 0xC0].empty())
+            text.append(accented[c - 0xC0]);
+        else
             text.push_back(' ');
-        }
     }
     return text;
 }

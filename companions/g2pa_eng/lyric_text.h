@@ -14,8 +14,9 @@ struct LyricText {
     bool joinsNext = false;         ///< ends with a hyphen: its last word goes on in the next element
 };
 
-/// Takes any bytes. Capitals and Latin-1 accents fold to plain letters, a number becomes words (up to 99; longer ones
-/// digit by digit), & is "and", a hyphen inside a word is passed over, all else divides words.
+/// Takes any bytes. Capitals and wide letters fold to plain ones, and so do the Latin-1 letters among the bytes that
+/// are no part of a double-byte character; a number becomes words (up to 99; longer ones digit by digit), & is "and", a
+/// hyphen inside a word is passed over, all else divides words.
 /// At most 256 words: each has a sound, and an output holds no more.
 LyricText ReadLyric(std::string_view bytes);
 

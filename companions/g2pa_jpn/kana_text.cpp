@@ -1,5 +1,7 @@
 #include "kana_text.h"
 
+#include "code_page_932.h"
+
 #include <algorithm>
 
 namespace g2pa_jpn {
@@ -22,9 +24,8 @@ struct Mark {
 constexpr char32_t voicingMark = U'゛';
 constexpr char32_t semivoicingMark = U'゜';
 constexpr Mark wideMarks[] = {
-    {0x814A, voicingMark}, {0x814B, semivoicingMark}, {0x8151, U'-'},  {0x8152, U'ヽ'}, {0x8153, U'ヾ'},
-    {0x8154, U'ヽ'},       {0x8155, U'ヾ'},           {0x815B, U'ー'}, {0x815C, U'-'},  {0x815D, U'-'},
-    {0x8160, U'ー'},       {0x8166, U'\''},           {0x817B, U'-'},  {0x817C, U'-'},
+    {0x814A, voicingMark}, {0x814B, semivoicingMark}, {0x8152, U'ヽ'}, {0x8153, U'ヾ'}, {0x8154, U'ヽ'},
+    {0x8155, U'ヾ'},       {0x815B, U'ー'},           {0x815C, U'-'},  {0x8160, U'ー'},
 };
 
 /// The character of `to` that stands where `character` stands in `from`; 0 when it does not.
@@ -33,7 +34,7 @@ char32_t Exchange(char32_t character, std::u32string_view from, std::u32string_v
     return at == from.npos ? 0 : to[at];
 }
 
-char32_t FoldSingleByte(unsigned char byte) {
+char32_t FoldSingleByte(unsigned byte) {
     if (byte >= 'A' && byte <= 'Z')
         return byte + ('a' - 'A');
     if ((byte >= 'a' && byte <= 'z') || byte == '\'')
@@ -52,16 +53,10 @@ char32_t FoldDoubleByte(unsigned code) {
         return U'ァ' + (code - 0x829F);
     if (code >= 0x8340 && code <= 0x8396 && code != 0x837F) // 7F is no trail byte, so the katakana jump over it
         return U'ァ' + (code - 0x8340) - (code > 0x837F ? 1 : 0);
-    if (code >= 0x8260 && code <= 0x8279)
-        return U'a' + (code - 0x8260);
-    if (code >= 0x8281 && code <= 0x829A)
-        return U'a' + (code - 0x8281);
     const auto* mark = std::find_if(std::begin(wideMarks), std::end(wideMarks),
                                     [code](const Mark& each) { return each.code == code; });
     return mark == std::end(wideMarks) ? U' ' : mark->character;
 }
-
-bool IsLeadByte(unsigned char byte) { return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC); }
 
 void Append(std::u32string& text, char32_t character) {
     if (character != voicingMark && character != semivoicingMark) {
@@ -81,16 +76,9 @@ void Append(std::u32string& text, char32_t character) {
 std::u32string FoldLyric(std::string_view cp932) {
     std::u32string text;
     text.reserve(cp932.size());
-    for (size_t i = 0; i < cp932.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(cp932[i]);
-        if (!IsLeadByte(byte)) {
-            Append(text, FoldSingleByte(byte));
-        } else if (i + 1 < cp932.size()) {
-            ++i;
-            Append(text, FoldDoubleByte(byte * 256u + static_cast<unsigned char>(cp932[i])));
-        } else {
-            text.push_back(U' '); // a lead byte that the text's end cut off
-        }
+    while (!cp932.empty()) {
+        const unsigned character = g2pa::TakeCharacter(cp932);
+        Append(text, character > 0xFF ? FoldDoubleByte(character) : FoldSingleByte(character));
     }
     return text;
 }

@@ -18,6 +18,9 @@ extern "C" {
 
 /* C, so typedef. NOLINTBEGIN(modernize-use-using) */
 
+/** The languages that an engine stream names. */
+enum { RVE_JAPANESE = 0, RVE_ENGLISH = 1 };
+
 /** Handed by value to RVESetStaticSetting. 20 bytes on 32-bit targets. */
 typedef struct RVEStaticSetting {
     uint32_t sampleRate; /**< output rate in Hz: 44100, 48000 or 96000 */

@@ -24,7 +24,7 @@ int VoiceControlOf(int selector) {
 void BlockDecoder::Reset() {
     m_number = m_open = m_parameter = -1;
     m_characterCount = 0;
-    m_language = 0;
+    m_language = RVE_JAPANESE;
 }
 
 void BlockDecoder::SelectParameter(uint8_t parameter) {

@@ -5,6 +5,8 @@
 #include <array>
 #include <cstdint>
 
+#include <rve_abi.h>
+
 namespace rve {
 
 /// Puts the stream's NRPN messages together to blocks and the blocks to segments and control changes. Any messages in
@@ -82,7 +84,7 @@ private:
     std::array<char, kMaxCharacters> m_characters{};
     std::array<int16_t, kMaxCharacters> m_advancements{}; ///< -1: no phoneme begins here
     int m_characterCount = 0;
-    int m_language = 0;
+    int m_language = RVE_JAPANESE;
 };
 
 } // namespace rve

@@ -1,5 +1,7 @@
 #include "phonemes.h"
 
+#include <rve_abi.h>
+
 #include <iterator>
 
 namespace rve {
@@ -163,10 +165,10 @@ constexpr size_t kLongestSymbol = 4;
 } // namespace
 
 const Phoneme* FindPhoneme(std::string_view symbol, int language) {
-    const Phoneme* const first = language == 1 ? FindIn(kEnglish, symbol) : FindIn(kJapanese, symbol);
+    const Phoneme* const first = language == RVE_ENGLISH ? FindIn(kEnglish, symbol) : FindIn(kJapanese, symbol);
     if (first)
         return first;
-    return language == 1 ? FindIn(kJapanese, symbol) : FindIn(kEnglish, symbol);
+    return language == RVE_ENGLISH ? FindIn(kJapanese, symbol) : FindIn(kEnglish, symbol);
 }
 
 const Phoneme* FindLongest(std::string_view text, int language, size_t& length) {

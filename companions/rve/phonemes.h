@@ -37,7 +37,7 @@ inline bool IsSonorant(const Phoneme& phoneme) {
     return phoneme.voiced && (phoneme.manner == Manner::Nasal || phoneme.manner == Manner::Glide);
 }
 
-/// The symbol as the language (0 Japanese, 1 English) has it, else as the other one does; null for an unknown symbol.
+/// The symbol as the language has it, else as the other one does; null for an unknown symbol.
 const Phoneme* FindPhoneme(std::string_view symbol, int language);
 /// The longest symbol that the text begins with; null when there is none.
 const Phoneme* FindLongest(std::string_view text, int language, size_t& length);

@@ -1,5 +1,7 @@
 #include "torv/lyrics/converter_modules.h"
 
+#include "torv/platform/language.h"
+
 namespace torv {
 namespace {
 
@@ -8,10 +10,7 @@ struct Converter {
     HMODULE module = nullptr;
     bool isOwn = false; ///< loaded here, and so to be freed here
 };
-Converter g_converters[] = {{"G2PA_JPN.DLL"}, {"G2PA_ENG.DLL"}};
-constexpr int kLanguages = 2;
-
-bool IsLanguage(int language) { return language >= 0 && language < kLanguages; }
+Converter g_converters[kLanguages] = {{"G2PA_JPN.DLL"}, {"G2PA_ENG.DLL"}};
 
 bool Load(Converter& converter) {
     if (converter.module)
@@ -35,7 +34,7 @@ void Forget(Converter& converter) {
 
 } // namespace
 
-int LoadConverters() { return Load(g_converters[0]) && Load(g_converters[1]); }
+int LoadConverters() { return Load(g_converters[kJapanese]) && Load(g_converters[kEnglish]); }
 
 void FreeConverters() {
     for (Converter& converter : g_converters)

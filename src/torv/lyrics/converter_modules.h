@@ -11,7 +11,7 @@ namespace torv {
 TORV_API int LoadConverters();
 TORV_API void FreeConverters();
 
-/// 0 Japanese, 1 English. Null when it is not loaded, and for any other language.
+/// Null when it is not loaded, and for a number that is no language.
 TORV_API HMODULE ConverterModule(int language);
 
 /// Puts a library that its owner frees in a language's place; one that was loaded here is freed first. Null: none. Any

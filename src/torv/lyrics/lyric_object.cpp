@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr int kEnglish = 1;
 constexpr int kFieldBytes = 257;
 
 CString KeyOf(int index) {
@@ -165,10 +164,10 @@ int CLyricObject::DescribeParameter(tagLyricObject* record) const {
 }
 
 const char* CLyricObject::GetDefaultLyric(int language) {
-    return language == kEnglish ? "Ooh" : "\x82\xA0"; // hiragana a
+    return language == torv::kEnglish ? "Ooh" : "\x82\xA0"; // hiragana a
 }
 
-const char* CLyricObject::GetDefaultPhoneme(int language) { return language == kEnglish ? "u:" : "a"; }
+const char* CLyricObject::GetDefaultPhoneme(int language) { return language == torv::kEnglish ? "u:" : "a"; }
 
 int CLyricObject::LyricToPhoneme(CString& phoneme, const char*, int language) {
     phoneme = GetDefaultPhoneme(language);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "torv/lyrics/lyric_element.h"
+#include "torv/platform/language.h"
 
 #include <memory>
 #include <vector>
@@ -21,8 +22,7 @@ TORV_API void ReleaseLyricRecord(tagLyricObject* record);
 
 } // namespace torv
 
-/// A note's lyric: its syllables in order, which it owns. Texts are code page 932; languages are 0 Japanese and 1
-/// English. Results are 1 and 0.
+/// A note's lyric: its syllables in order, which it owns. Texts are code page 932. Results are 1 and 0.
 class TORV_API CLyricObject : public CObject {
 public:
     CLyricObject();

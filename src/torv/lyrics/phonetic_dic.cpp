@@ -1,13 +1,12 @@
 #include "torv/lyrics/phonetic_dic.h"
 
+#include "torv/platform/language.h"
+
 #include <algorithm>
 #include <cstring>
 #include <iterator>
 
 namespace {
-
-constexpr int kJapanese = 0;
-constexpr int kEnglish = 1;
 
 using Cell = char[16];
 
@@ -43,19 +42,21 @@ int IsIn(const Cell* first, const Cell* last, const char* text) {
 CxPhoneticDic::~CxPhoneticDic() = default;
 
 int CxPhoneticDic::GetDicSize(int language) {
-    return static_cast<int>(language == kJapanese ? std::size(kJapaneseSymbols) : std::size(kEnglishSymbols));
+    return static_cast<int>(language == torv::kJapanese ? std::size(kJapaneseSymbols) : std::size(kEnglishSymbols));
 }
 
 const char* CxPhoneticDic::GetSAMPAString(unsigned int index, int language) {
-    if (language == kJapanese && index < std::size(kJapaneseSymbols))
+    if (language == torv::kJapanese && index < std::size(kJapaneseSymbols))
         return kJapaneseSymbols[index];
-    if (language == kEnglish && index < std::size(kEnglishSymbols))
+    if (language == torv::kEnglish && index < std::size(kEnglishSymbols))
         return kEnglishSymbols[index];
     return nullptr;
 }
 
 int CxPhoneticDic::IsConsonant(const char* phoneme, const char* next, int language) {
-    return language == kJapanese ? IsConsonantJpn(phoneme) : language == kEnglish ? IsConsonantEng(phoneme, next) : 0;
+    return language == torv::kJapanese  ? IsConsonantJpn(phoneme)
+           : language == torv::kEnglish ? IsConsonantEng(phoneme, next)
+                                        : 0;
 }
 
 int CxPhoneticDic::Verify(const char* phoneme, int language) { return IsConsonant(phoneme, nullptr, language); }

@@ -3,6 +3,7 @@
 #include "torv/icons/icon_singer.h"
 #include "torv/lyrics/converter_modules.h"
 #include "torv/lyrics/lyric_object.h"
+#include "torv/platform/language.h"
 #include "torv/score/csq_event_anote.h"
 #include "torv/score/csq_event_singer.h"
 #include "torv/score/sequence_object.h"
@@ -12,8 +13,6 @@
 
 namespace {
 
-constexpr int kJapanese = 0;
-constexpr int kEnglish = 1;
 constexpr DWORD kTicksPerBeat = 480;
 constexpr int kGotOutput = 0;
 constexpr int kNothingForNow = 1;
@@ -70,7 +69,7 @@ int CxSampaTransformer::BindFunctions(Converter& converter, HMODULE module) {
 
 int CxSampaTransformer::LoadFunction(int language) {
     m_converters.clear();
-    if (language != kJapanese && language != kEnglish)
+    if (!torv::IsLanguage(language))
         return 0;
     Converter converter;
     converter.language = language;
@@ -82,7 +81,7 @@ int CxSampaTransformer::LoadFunction(int language) {
 
 int CxSampaTransformer::LoadFunction() {
     m_converters.clear();
-    for (int language = 0; language < kLanguages; ++language) {
+    for (int language = 0; language < torv::kLanguages; ++language) {
         Converter converter;
         converter.language = language;
         if (!BindFunctions(converter, torv::ConverterModule(language)))
@@ -126,8 +125,8 @@ int CxSampaTransformer::CollectOutputs(Converter& converter) {
             return 0;
         }
         char text[kPhonemeBytes];
-        const int length = converter.language == kEnglish ? GetEPhoneme(m_output, text, sizeof text)
-                                                          : GetJPhoneme(m_output, text, sizeof text);
+        const int length = converter.language == torv::kEnglish ? GetEPhoneme(m_output, text, sizeof text)
+                                                                : GetJPhoneme(m_output, text, sizeof text);
         converter.results.emplace_back(length > 0 ? text : CLyricObject::GetDefaultPhoneme(converter.language));
     }
     return 0;
@@ -207,7 +206,7 @@ int CxSampaTransformer::VisitLyrics(CSequenceObject* track, Visit visit) {
 CxSampaTransformer::Converter& CxSampaTransformer::ConverterAt(DWORD position, Mode mode) {
     // Without a singer in force, or with one of another language, Japanese is spoken.
     const int language = mode == Mode::BySinger ? GetLanguage(position) : 0;
-    return m_converters[language == kEnglish ? kEnglish : 0];
+    return m_converters[language == torv::kEnglish ? torv::kEnglish : torv::kJapanese];
 }
 
 int CxSampaTransformer::Transform(CSequenceObject* track, DWORD value, Mode mode) {

@@ -37,8 +37,6 @@ public:
     int GetLastReturnCode() const { return m_nReturnCode; }
 
 protected:
-    static constexpr int kLanguages = 2;
-
     /// One converter in use: its entry points, its handle, what it has delivered and how much of that is used up.
     struct Converter {
         int language = 0;

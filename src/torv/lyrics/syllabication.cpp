@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr int kJapanese = 0;
-constexpr int kEnglish = 1;
 constexpr unsigned char kFirstDoubleByte = 0x80;
 
 /// Small kana and their full size, hiragana then katakana: a, i, u, e, o, ya, yu, yo. The small tsu is no part of it.
@@ -48,9 +46,9 @@ const char* CopyRun(CString& syllable, const char* text, bool singleBytes, char 
 
 const char* CLyricObject::SyllabicateLyric(CString& syllable, const char* lyric, int language) {
     syllable.Empty();
-    return language == kJapanese  ? SyllabicateLyricJpn(syllable, lyric)
-           : language == kEnglish ? SyllabicateLyricEng(syllable, lyric)
-                                  : lyric;
+    return language == torv::kJapanese  ? SyllabicateLyricJpn(syllable, lyric)
+           : language == torv::kEnglish ? SyllabicateLyricEng(syllable, lyric)
+                                        : lyric;
 }
 
 const char* CLyricObject::SyllabicateLyricJpn(CString& syllable, const char* lyric) {

@@ -76,6 +76,22 @@ TEST_CASE("English: words, and the allophones that their place asks for") {
     });
 }
 
+TEST_CASE("English: a double-byte character is one character, not two bytes") {
+    CheckSongs({
+        {"\x82\x67\x82\x64\x82\x6B\x82\x6B\x82\x6E|", "h @ l @U|"},               // HELLO, wide
+        {"\x82\x53\x81\x40\x81\x95\x81\x40\x82\x95\x82\x93|", "f O@ { n d V s|"}, // 4 & us, wide
+        {"hel\x81\x5D|lo|", "h @|l @U|"},                                         // a wide hyphen divides a word, too
+        {"\x83\x4A|\x8C\x4E|sun\x8C\x4E\x82\xCC|", "||s V n|"},                   // ka, kimi, no
+    });
+    for (unsigned lead = 0x83; lead <= 0xFC; lead = lead == 0x9F ? 0xE0 : lead + 1) {
+        CAPTURE(lead);
+        Texts elements;
+        for (unsigned trail = 0x40; trail <= 0xFC; trail += trail == 0x7E ? 2 : 1)
+            elements.push_back({'s', 'u', 'n', static_cast<char>(lead), static_cast<char>(trail), 's', 'u', 'n'});
+        CHECK(SungByRules(elements) == Texts(188, "s V n s V n"));
+    }
+}
+
 TEST_CASE("English: a word divided by hyphens is pronounced whole and shared out") {
     CheckSongs({
         {"hel-|lo|", "h @|l @U|"},

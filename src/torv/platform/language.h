@@ -1,0 +1,12 @@
+#pragma once
+
+/// The languages that are sung, by the numbers that lyrics, singer icons, voices, converters and engine streams share.
+namespace torv {
+
+inline constexpr int kJapanese = 0;
+inline constexpr int kEnglish = 1;
+inline constexpr int kLanguages = 2;
+
+constexpr bool IsLanguage(int language) { return language >= 0 && language < kLanguages; }
+
+} // namespace torv
