@@ -7,6 +7,7 @@
 #include "wave_recorder_windows.h"
 #else
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -73,6 +74,7 @@ public:
     std::atomic<int> closed = 0;
     std::atomic<int> resets = 0;
     void (*writeHook)() = nullptr;
+    std::function<void()> resetHook; ///< on the resetting thread; set while nothing is open
 
 private:
     class Stream : public torv::WaveOutStream {
@@ -104,6 +106,8 @@ private:
         void Pause() override { m_of.paused = true; }
         void Restart() override { m_of.paused = false; }
         void Reset() override {
+            if (m_of.resetHook)
+                m_of.resetHook();
             const std::lock_guard lock(m_of.m_mutex);
             m_of.m_queue.clear();
             m_of.paused = false;

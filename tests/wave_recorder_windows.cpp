@@ -62,6 +62,8 @@ MMRESULT WaveRecorder::Write(WAVEHDR& header) {
 }
 
 MMRESULT WaveRecorder::Reset() {
+    if (resetHook)
+        resetHook();
     std::vector<WAVEHDR*> queue;
     {
         const std::lock_guard lock(m_mutex);

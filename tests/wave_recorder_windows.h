@@ -4,6 +4,7 @@
 
 #if defined(_WIN32)
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -31,6 +32,7 @@ public:
     std::atomic<int> closed = 0;
     std::atomic<int> resets = 0;
     void (*writeHook)() = nullptr;
+    std::function<void()> resetHook; ///< on the resetting thread; set while nothing is open
 
     // The system's calls.
     MMRESULT Open(LPHWAVEOUT handle, const WAVEFORMATEX& asked, DWORD_PTR callback, DWORD_PTR instance, DWORD flags);

@@ -218,6 +218,32 @@ TEST_CASE("wave output: stops in every state, also when nothing comes back, and 
     }
 }
 
+TEST_CASE("wave output: a rewind at the end's notification is heard in the next play") {
+    Playing play;
+    MonoWave wave("torv_out_play.wav", Ramp(15, 100));
+    play.output.RegisterTrack(&wave.file, 0);
+    std::atomic<bool> isClosing = false;
+    std::atomic<bool> mayClose = false;
+    play.recorder->resetHook = [&] { // between the end's notification and the thread's leaving
+        isClosing = true;
+        Await([&mayClose] { return mayClose.load(); });
+    };
+    REQUIRE(play.output.Play() == 1);
+    REQUIRE(play.IsPrimed());
+    while (play.recorder->Finish(1) == 1)
+        Await([&] { return play.recorder->Queued() == 2 || isClosing; });
+    REQUIRE(isClosing);
+    CHECK(play.window.Take().back() == std::pair<WPARAM, LPARAM>(kEndCode, 150));
+    CHECK(play.output.SeekPlayPointer(5, 0) == 0);
+    mayClose = true;
+    REQUIRE(play.output.Play() == 1);
+    REQUIRE(play.IsPrimed());
+    play.TurnToEnd();
+    const auto left = play.Left();
+    CHECK(std::count(left.begin(), left.end(), SHORT{1500}) == 2);
+    CHECK(std::count(left.begin(), left.end(), SHORT{500}) == 1);
+}
+
 TEST_CASE("wave output: a play belongs to its object and ends with it") {
     MonoWave wave("torv_out_play.wav", Ramp(15, 100));
     WaveRecorderInList recorder;

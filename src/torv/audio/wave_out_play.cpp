@@ -70,9 +70,9 @@ void CWaveOut::SetTrack(int slot, CWaveFile* file) {
 }
 
 int CWaveOut::SeekPlayPointer(LONG position, int whence) {
-    if (IsWaveOutStopped())
+    bool isPosted = false;
+    if (!m_player || !m_player->Seek(position, whence, isPosted))
         return SeekTracks(position, whence);
-    m_player->Seek(position, whence);
-    const int moved = whence == 0 || whence == 1; // what every file answers
+    const int moved = isPosted && (whence == 0 || whence == 1); // what every file will answer
     return FirstTrack() < 0 ? whence : whence & moved;
 }

@@ -63,8 +63,10 @@ void CWaveOut::Player::End() {
         m_thread->Wait();
 }
 
-void CWaveOut::Player::Seek(LONG position, int whence) {
-    PostThreadMessageA(m_thread->Id(), kSeekMessage, static_cast<WPARAM>(whence), position);
+bool CWaveOut::Player::Seek(LONG position, int whence, bool& isPosted) {
+    return m_seeks.Pass([&] {
+        isPosted = PostThreadMessageA(m_thread->Id(), kSeekMessage, static_cast<WPARAM>(whence), position) != FALSE;
+    });
 }
 
 void CWaveOut::Player::AwaitBlock() const {
@@ -78,6 +80,7 @@ void CWaveOut::Player::waveOutThread() {
     MSG message;
     while (GetMessageA(&message, nullptr, 0, 0) > 0 && Handle(message)) {
     }
+    LeaveFiles();
     CloseDevice();
     if (m_error != MMSYSERR_NOERROR) {
         m_isShowingError = true; // nobody waits for the user; the output may be gone from here on
@@ -93,11 +96,9 @@ bool CWaveOut::Player::Handle(const MSG& message) {
         return m_buffers->device.IsOpen() || Open();
     case MM_WOM_DONE:
         return TakeBack(m_buffers->device.IndexOf(reinterpret_cast<const WAVEHDR*>(message.lParam)));
-    case kSeekMessage: {
-        const Turn turn(m_turns);
-        m_output.SeekTracks(static_cast<LONG>(message.lParam), static_cast<int>(message.wParam));
+    case kSeekMessage:
+        SeekFiles(message);
         return true;
-    }
     case MM_WOM_CLOSE:
     case kStopMessage:
         return false;
@@ -155,10 +156,27 @@ void CWaveOut::Player::PostStart() {
     m_pass.next ^= 1;
 }
 
+/// A host that rewinds when it hears of the end seeks the files itself.
 void CWaveOut::Player::Finish() {
     PostStart();
+    LeaveFiles();
     if (const WORD code = m_output.m_wEndCode)
-        m_output.PostMessageToScoreWnd(m_output.m_nMessage, code, static_cast<LONG>(Position()));
+        m_output.PostMessageToScoreWnd(m_output.m_nMessage, code, static_cast<LONG>(m_pass.position));
+}
+
+void CWaveOut::Player::SeekFiles(const MSG& message) {
+    const Turn turn(m_turns);
+    m_output.SeekTracks(static_cast<LONG>(message.lParam), static_cast<int>(message.wParam));
+}
+
+/// After the seeks that are still on their way; m_pass knows where that left the master track.
+void CWaveOut::Player::LeaveFiles() {
+    m_seeks.Close([this] {
+        MSG message;
+        while (PeekMessageA(&message, nullptr, kSeekMessage, kSeekMessage, PM_REMOVE))
+            SeekFiles(message);
+        Position();
+    });
 }
 
 /// Of the master track: where it is, or was when it was still registered.

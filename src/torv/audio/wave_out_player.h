@@ -2,6 +2,7 @@
 
 #include "torv/audio/double_buffered_output.h"
 #include "torv/audio/mix_pass.h"
+#include "torv/audio/seek_gate.h"
 #include "torv/audio/wave_out.h"
 #include "torv/platform/worker_thread.h"
 
@@ -22,8 +23,9 @@ public:
     bool IsOver() const { return m_isOver; }
     /// Until the output is used no more. Not until a message box about the device has been answered.
     void End();
-    /// Between two blocks.
-    void Seek(LONG position, int whence);
+    /// Between two blocks. False when the play is through with the files, which are the caller's then; `isPosted` tells
+    /// whether it will be done otherwise.
+    bool Seek(LONG position, int whence, bool& isPosted);
     /// Until the block that is being mixed, if any, is done: it may be reading a file that is no longer registered.
     void AwaitBlock() const;
 
@@ -43,6 +45,8 @@ private:
     void Queue(int index);
     void PostStart();
     void Finish();
+    void SeekFiles(const MSG& message);
+    void LeaveFiles();
     DWORD Position();
     void CloseDevice();
 
@@ -55,6 +59,7 @@ private:
 
     MMRESULT m_error = MMSYSERR_NOERROR;
     Phase m_phase = Phase::Mixing;
+    torv::SeekGate m_seeks;
     mutable std::atomic<DWORD> m_turns = 0; ///< odd while it uses files
     std::atomic<bool> m_isShowingError = false;
     std::atomic<bool> m_isOver = false;
