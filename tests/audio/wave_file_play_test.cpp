@@ -151,11 +151,13 @@ TEST_CASE("playing a wave file: volume and pan") {
 TEST_CASE("playing a wave file: peaks are posted once an interval") {
     const ScratchPath path("torv_wave_levels.wav");
     path.Write(MonoFile({0x00, 0xC0, 0x00, 0x20, 0x00, 0x10, 0x00, 0x08, 0x00, 0x7F})); // -0.5, 0.25, 0.125, ..
-    CWaveFile file(path.Text());
+    CWaveFile file;
     CWnd window(CreateWindowExA(0, "STATIC", "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr));
     REQUIRE(window.m_hWnd != nullptr);
     file.SetLevelNotify(&window, nullptr, WM_USER + 7, 42, 2);
     file.SetLevelNotify(&window, nullptr, WM_USER + 7, 0, 0); // zeros keep code and interval
+    file.SetWaveFormat(Format(2, 16));                        // and so does a format, or another file
+    file.Open(path.Text());
     Play(file, 0, 99);
     std::vector<LPARAM> peaks;
     MSG message;

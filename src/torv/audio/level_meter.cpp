@@ -11,13 +11,19 @@ void LevelMeter::Set(CWnd* left, CWnd* right, UINT message, WORD code, DWORD int
     m_message = message;
     if (code != 0)
         m_code = code;
+    m_isChosen = m_isChosen || interval != 0;
     if (interval != 0)
-        SetInterval(interval);
+        Restart(interval);
 }
 
-void LevelMeter::SetInterval(DWORD frames) {
-    m_interval = frames;
-    m_countdown = frames;
+void LevelMeter::SetDefaultInterval(DWORD frames) {
+    if (!m_isChosen)
+        Restart(frames);
+}
+
+void LevelMeter::Restart(DWORD interval) {
+    m_interval = interval;
+    m_countdown = interval;
 }
 
 void LevelMeter::Add(double left, double right) {

@@ -13,7 +13,8 @@ class LevelMeter {
 public:
     /// Null windows are not posted to; a code or an interval (frames) of 0 keeps the one in force.
     void Set(CWnd* left, CWnd* right, UINT message, WORD code, DWORD interval);
-    void SetInterval(DWORD frames);
+    /// The interval (frames) while the host has chosen none.
+    void SetDefaultInterval(DWORD frames);
     /// One frame, full scale 1.0. On the last frame of an interval posts (code, peak 0..32767 for full scale) and
     /// starts anew.
     void Add(double left, double right);
@@ -27,6 +28,7 @@ public:
 
 private:
     bool IsWatched() const { return m_left.Get() || m_right.Get(); }
+    void Restart(DWORD interval);
     void Post(HWND window, Shared<LONG>& peak) const;
 
     Shared<HWND> m_left = nullptr;
@@ -35,6 +37,7 @@ private:
     Shared<WORD> m_code = 0;
     Shared<DWORD> m_interval = 2205; ///< 50 ms at 44100 Hz
     Shared<DWORD> m_countdown = 2205;
+    bool m_isChosen = false; ///< the interval is the host's
     Shared<LONG> m_peakLeft = 0;
     Shared<LONG> m_peakRight = 0;
 };

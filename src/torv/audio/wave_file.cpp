@@ -139,7 +139,7 @@ void CWaveFile::WriteHeader() {
 
 void CWaveFile::UseFormat(const WAVEFORMATEX& format) {
     m_Format = format;
-    m_Level.SetInterval(static_cast<DWORD>(format.nSamplesPerSec * 0.05));
+    m_Level.SetDefaultInterval(static_cast<DWORD>(format.nSamplesPerSec * 0.05));
 }
 
 void CWaveFile::AllocateBuffer() {
