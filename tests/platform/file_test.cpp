@@ -198,6 +198,27 @@ TEST_CASE("file: both separators and any case of letters lead to a file; the exa
 #endif
 }
 
+TEST_CASE("file: what replaces a file goes where a file of that name is created, and fails as that does") {
+    const TempFolder folder;
+    const auto replaced = [&folder](const std::string& name, int cause) {
+        const std::string path = folder.Path(name);
+        torv::ReplacedFile file(torv::NewFilePath(path.c_str()));
+        file.Write("new", 3);
+        CHECK(file.Commit() == (cause == CFileException::none));
+        CHECK(torv::NewFileError(file, path.c_str()).m_cause == cause);
+        CHECK(CauseOf([&] { CFile(path.c_str(), CFile::modeCreate | CFile::modeNoTruncate | CFile::modeWrite); }) ==
+              cause);
+    };
+    folder.Folder("Data");
+    folder.File("Data/USER.DEF", "old");
+    replaced("DATA\\User.def", CFileException::none);
+    CHECK(folder.Content("Data/USER.DEF") == "new");
+    replaced("Data\\new.def", CFileException::none);
+    CHECK(folder.Content("Data/new.def") == "new");
+    replaced("Data", CFileException::accessDenied);
+    replaced("none/new.def", CFileException::badPath);
+}
+
 TEST_CASE("file: a name that differs only in case is no new name") {
     const TempFolder folder;
     const auto names = [&folder] {

@@ -66,9 +66,10 @@ bool CxRiff::Attempt(Operation operation) {
     }
 }
 
-void CxRiff::RecordError(int cause) {
+int CxRiff::RecordError(int cause) {
     m_nError = cause ? cause : CFileException::generic;
     m_strError = torv::FileErrorText(m_nError);
+    return 0;
 }
 
 int CxRiff::Open(const char* name, UINT flags) {

@@ -102,6 +102,8 @@ public:
     void ErrorMessageBox(CWnd* parent);
 
 protected:
+    /// Keeps a cause for GetError; 0 counts as CFileException::generic. Returns 0.
+    int RecordError(int cause);
     /// CloseChunk in either byte order.
     int CloseChunk(bool bigEndian);
 
@@ -120,7 +122,6 @@ private:
     int CloseFile(CloseInnermost closeInnermost);
     template <class Operation>
     bool Attempt(Operation operation);
-    void RecordError(int cause);
     bool ReadHeader(ULONGLONG position, CHUNK_INFO& info);
     bool EnterLevel(ULONGLONG& position);
     bool HasRoom(DWORD count);

@@ -7,6 +7,7 @@
 #include "torv/platform/file_handle.h"
 #include "torv/platform/library_module.h"
 #include "torv/platform/message_box.h"
+#include "torv/platform/new_file.h"
 #include "torv/platform/path.h"
 #include "torv/platform/registry.h"
 #include "torv/platform/replaced_file.h"
