@@ -16,8 +16,6 @@ namespace bench {
 constexpr DWORD kNoteTicks = 240;
 constexpr DWORD kLead = 1920;
 
-inline DWORD HandleOf(void* handle) { return static_cast<DWORD>(reinterpret_cast<uintptr_t>(handle)); }
-
 /// One track of so many notes, a quarter of a second each, with attack, transition, vibrato, bends and tempo changes.
 /// Icons and lyrics are few and shared: handles are 16 bits, notes are not.
 inline std::unique_ptr<CSequence> MakeSong(DWORD notes) {
@@ -41,10 +39,10 @@ inline std::unique_ptr<CSequence> MakeSong(DWORD notes) {
     vibrato->SetLength(kNoteTicks);
     tagBreakPoint point{5000, 60, 0};
     vibrato->GetDepthBPList()->AddTail(point);
-    const DWORD lyricHandle = HandleOf(track->AttachLyricObject(lyric));
-    const DWORD attack = HandleOf(builder.RegisterIconObject(new CIconNoteAttack(1, 1, 1)));
-    const DWORD release = HandleOf(builder.RegisterIconObject(new CIconNoteTransit(3, 3, 1)));
-    const DWORD vibratoHandle = HandleOf(builder.RegisterIconObject(vibrato));
+    const DWORD lyricHandle = torv::HandleOf(track->AttachLyricObject(lyric));
+    const DWORD attack = torv::HandleOf(builder.RegisterIconObject(new CIconNoteAttack(1, 1, 1)));
+    const DWORD release = torv::HandleOf(builder.RegisterIconObject(new CIconNoteTransit(3, 3, 1)));
+    const DWORD vibratoHandle = torv::HandleOf(builder.RegisterIconObject(vibrato));
     for (DWORD i = 0; i < notes; ++i) {
         tagCsqEventAnote* const note = CCsqBuilder::CreateNoteEvent();
         note->noteLength = kNoteTicks;

@@ -39,5 +39,7 @@
 #include "torv/score/master_track.h"
 #include "torv/score/sequence.h"
 #include "torv/score/sequence_object.h"
+#include "torv/stream/event_pool.h"
+#include "torv/stream/global_buffer.h"
 #include "torv/synthesis/rt_synthesis.h"
 #include "torv/typed_file/typed_file.h"

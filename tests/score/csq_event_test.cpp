@@ -216,7 +216,6 @@ TEST_CASE("notes: a cursor without a track, or whose track moved on, touches not
     detached.SetNoteHeadIconHandle(reinterpret_cast<void*>(uintptr_t{3}), 0);
     detached.SetLyricHandle(reinterpret_cast<void*>(uintptr_t{3}), 0);
     CHECK((detached.GetNoteHeadIconLength() == 0 && detached.SetNoteHeadIconLength(5) == 0));
-    CHECK((detached.SetNoteHeadIconHandle(nullptr, 1) == 1 && detached.SetLyricHandle(nullptr, 1) == 1));
     CHECK((detached.Write() == 0 && detached.Insert(1, 60, 1, 1) == 0));
 
     const DWORD before = torv::LiveEventRecords();
@@ -243,6 +242,25 @@ TEST_CASE("notes: a cursor without a track, or whose track moved on, touches not
     CHECK((notes.MeasureSequenceLength() == 0 && notes.RemoveEntry() == 0 && notes.GetPosition() == 0));
     torv::FreeEventRecord(second);
     CHECK(torv::LiveEventRecords() == before);
+}
+
+TEST_CASE("notes: on another kind of event every accessor answers 0 and nothing is set") {
+    Chart chart;
+    chart.Icon(10, Dynamics(1, 50)); // its handle 1 stands where a note has its number
+    chart.Close();
+    void* const named = torv::PointerOf(1);
+    CCsqEventAnote notes;
+    notes.Attach(chart.track.get());
+    notes.MoveTo(10);
+    REQUIRE(notes.GetAiconEventParam());
+    CHECK(notes.GetNoteNumber() == 0);
+    CHECK(notes.GetNoteDynamics() == 0);
+    CHECK(notes.SetNoteNumber(7) == 0);
+    CHECK(notes.SetNoteDynamics(7) == 0);
+    CHECK(notes.SetNoteHeadIconHandle(named, 1) == 0);
+    CHECK(notes.SetLyricHandle(named, 1) == 0);
+    CHECK(notes.GetAiconEventParam()->iconHandle == 1);
+    CHECK(notes.Write() == 0);
 }
 
 TEST_CASE("placements and singers: on another kind of event there is no icon") {

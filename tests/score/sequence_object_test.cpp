@@ -209,3 +209,14 @@ TEST_CASE("song: tracks in order, lengths, flags and who owns the master track")
     }
     CHECK(master.GetLength() == 700); // survived the song
 }
+
+TEST_CASE("song: its own master track handed back to it stays, and stays its own") {
+    CSequence song;
+    REQUIRE(song.Create(nullptr) == 1);
+    CMasterTrack* const own = song.GetMasterTrack();
+    tagMasterEventEntry entry{700, torv::kEventTempo, 0, 500000, 0};
+    own->AddEvent(&entry);
+    CHECK(song.Create(own) == 1);
+    CHECK(song.GetMasterTrack() == own);
+    CHECK(own->GetLength() == 700);
+}

@@ -43,18 +43,16 @@ public:
 
     /// The chain is whole, its numbers add up, and the current block holds the position.
     bool IsSound() {
-        NumberBlocks();
-        LONG index = 0;
         DWORD start = 0;
+        bool holdsPosition = false;
         const CxShortBuff* previous = nullptr;
-        bool sound = m_pFirst && m_pFirst->m_pPrev == nullptr;
         for (const CxShortBuff* block = m_pFirst; block; previous = block, block = block->m_pNext) {
-            sound = sound && block->m_nIndex == index++ && block->m_dwStart == start && block->m_pPrev == previous &&
-                    block->m_dwUsed <= block->m_dwCapacity;
+            if (block->m_pPrev != previous || block->m_dwUsed > block->m_dwCapacity)
+                return false;
+            holdsPosition |= block == m_pCurrent && m_dwCurrentStart == start && OffsetInBlock() <= block->m_dwUsed;
             start += block->m_dwUsed;
         }
-        return sound && previous == m_pLast && start == GetSize() && m_dwCurrentStart == m_pCurrent->m_dwStart &&
-               OffsetInBlock() <= m_pCurrent->m_dwUsed;
+        return holdsPosition && previous == m_pLast && start == GetSize();
     }
 
 private:

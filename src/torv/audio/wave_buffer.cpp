@@ -95,49 +95,6 @@ DWORD CWaveBuffer::ReadSample(void* frames, DWORD count) {
     return Read(static_cast<char*>(frames), FrameBytes(count)) / m_dwUnitSize;
 }
 
-/// The base's write lets a block with free room grow, which would push the frames behind it along; pieces that end with
-/// a block's data do not.
-DWORD CWaveBuffer::Overwrite(const void* bytes, DWORD count) {
-    if (!bytes)
-        return 0;
-    DWORD done = 0;
-    while (done < count) {
-        SeekTo(m_dwPosition);
-        DWORD piece = count - done;
-        if (!IsBottom())
-            piece = std::min(piece, m_pCurrent->m_dwUsed - OffsetInBlock());
-        const DWORD moved = Write(static_cast<const char*>(bytes) + done, piece);
-        done += moved;
-        if (moved < piece || !moved)
-            break;
-    }
-    return done;
-}
-
-/// The base's insert repeats its first bytes where it spills into a further block; pieces that fit into one do not.
-DWORD CWaveBuffer::InsertBytes(const void* bytes, DWORD count) {
-    if (!bytes || !m_pCurrent)
-        return 0;
-    DWORD done = 0;
-    while (done < count) {
-        const CxShortBuff* block = m_pCurrent;
-        DWORD offset = OffsetInBlock();
-        if (!offset && block->m_pPrev) {
-            block = block->m_pPrev;
-            offset = block->m_dwUsed;
-        }
-        DWORD room = block->m_dwCapacity - block->m_dwUsed;
-        if (!room) // a new block: it takes what follows the offset, or the piece when nothing does
-            room = offset < block->m_dwUsed ? block->m_dwCapacity - offset : m_dwBlockSize;
-        const DWORD piece = std::min(count - done, room);
-        const DWORD moved = Insert(static_cast<const char*>(bytes) + done, piece);
-        done += moved;
-        if (moved < piece)
-            break;
-    }
-    return done;
-}
-
 int CWaveBuffer::WriteSample(const void* frame) {
     const DWORD moved = Overwrite(frame, m_dwUnitSize);
     if (moved)
@@ -175,10 +132,10 @@ DWORD CWaveBuffer::CountFrames(DWORD bytesMoved) {
     return frames;
 }
 
-int CWaveBuffer::InsertSample(const void* frame) { return CountOneFrame(InsertBytes(frame, m_dwUnitSize)); }
+int CWaveBuffer::InsertSample(const void* frame) { return CountOneFrame(InsertInOrder(frame, m_dwUnitSize, 1)); }
 
 DWORD CWaveBuffer::InsertSample(const void* frames, DWORD count) {
-    return CountFrames(InsertBytes(frames, FrameBytes(count)));
+    return CountFrames(InsertInOrder(frames, FrameBytes(count), 1));
 }
 
 int CWaveBuffer::AddSample(const void* frame) {

@@ -108,8 +108,6 @@ private:
     void InitBuffer();
     DWORD FrameBytes(DWORD frames) const;
     DWORD FramesIn(DWORD bytes) const { return m_dwUnitSize ? bytes / m_dwUnitSize : 0; }
-    DWORD Overwrite(const void* bytes, DWORD count);
-    DWORD InsertBytes(const void* bytes, DWORD count);
     int CountOneFrame(DWORD bytesMoved);
     DWORD CountFrames(DWORD bytesMoved);
     bool OpenPlayFile();

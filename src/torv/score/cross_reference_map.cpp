@@ -1,6 +1,8 @@
 #include "torv/score/cross_reference_map.h"
 
 #include <memory>
+#include <new>
+#include <utility>
 
 namespace {
 
@@ -10,9 +12,18 @@ std::string_view View(const char* text) { return text ? text : ""; }
 
 struct CCrossReferenceMap::Element {
     Element(DWORD ownId, const char* ownName) : id(ownId), name(ownName) {}
+    int GiveName(CString& to) const {
+        try {
+            to = name;
+        } catch (const std::bad_alloc&) {
+            return 0;
+        }
+        return 1;
+    }
     int Give(DWORD& toId, CString& toName) const {
+        if (!GiveName(toName))
+            return 0;
         toId = id;
-        toName = name;
         return 1;
     }
 
@@ -24,15 +35,21 @@ struct CCrossReferenceMap::Element {
 };
 
 template <class Key, class Hash>
-void CCrossReferenceMap::Keys<Key, Hash>::Enter(const Key& key, Element* element, KeyList Element::*keys) {
-    KeyList fresh(1); // before the table is touched: what follows it cannot fail
+auto CCrossReferenceMap::Keys<Key, Hash>::Reserve(const Key& key) -> Place& {
+    KeyList node(1); // before the table is touched: what follows it cannot fail
     const auto [at, isNew] = m_table.try_emplace(key);
     Place& place = at->second;
     if (isNew) {
-        fresh.front() = &at->first;
-        place.listed = fresh.begin();
+        node.front() = &at->first;
+        place.listed = node.begin();
+        place.unlisted.swap(node);
     }
-    KeyList& from = isNew ? fresh : place.element->*keys;
+    return place;
+}
+
+template <class Key, class Hash>
+void CCrossReferenceMap::Keys<Key, Hash>::Point(Place& place, Element* element, KeyList Element::*keys) noexcept {
+    KeyList& from = place.element ? place.element->*keys : place.unlisted;
     KeyList& to = element->*keys;
     to.splice(to.end(), from, place.listed);
     place.element = element;
@@ -50,13 +67,27 @@ CCrossReferenceMap::~CCrossReferenceMap() { RemoveAll(); }
 
 POSITION CCrossReferenceMap::PositionOf(const Element* element) { return element ? element->position : nullptr; }
 
+auto CCrossReferenceMap::ReserveKeys(DWORD id, const char* name) {
+    auto& byId = m_ids.Reserve(id);
+    auto& byName = m_names.Reserve(std::string(View(name)));
+    return [&byId, &byName](Element* element) noexcept {
+        IdKeys::Point(byId, element, &Element::ids);
+        NameKeys::Point(byName, element, &Element::names);
+    };
+}
+
 template <class Link>
 POSITION CCrossReferenceMap::Insert(DWORD id, const char* name, Link link) {
-    auto element = std::make_unique<Element>(id, name);
-    const POSITION position = link(element.get());
-    element.release()->position = position; // the list's from here on
-    AddElementMap(position, id, name);
-    return position;
+    try {
+        auto element = std::make_unique<Element>(id, name);
+        const auto enterKeys = ReserveKeys(id, name);
+        const POSITION position = link(element.get());
+        element->position = position;
+        enterKeys(element.release()); // the list's from here on
+        return position;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 POSITION CCrossReferenceMap::AddHead(DWORD id, const char* name) {
@@ -82,10 +113,12 @@ POSITION CCrossReferenceMap::InsertAfter(POSITION position, DWORD id, const char
 void CCrossReferenceMap::SetAt(POSITION position, DWORD id, const char* name) {
     if (!position)
         return;
+    CString newName(name);
+    const auto enterKeys = ReserveKeys(id, name);
     Element* const element = ElementOf(m_list.GetAt(position));
     element->id = id;
-    element->name = name;
-    AddElementMap(position, id, name); // the old keys stay: hosts look renamed pairs up by the keys they knew
+    element->name = std::move(newName);
+    enterKeys(element); // the old keys stay: hosts look renamed pairs up by the keys they knew
 }
 
 void CCrossReferenceMap::RemoveAt(POSITION position) {
@@ -122,12 +155,21 @@ int CCrossReferenceMap::GetAt(POSITION position, DWORD& id, CString& name) const
     return position ? ElementOf(m_list.GetAt(position))->Give(id, name) : 0;
 }
 
+template <class Step>
+int CCrossReferenceMap::Walk(POSITION& position, DWORD& id, CString& name, Step step) {
+    POSITION next = position;
+    if (!position || !ElementOf(step(next))->Give(id, name))
+        return 0;
+    position = next;
+    return 1;
+}
+
 int CCrossReferenceMap::GetNext(POSITION& position, DWORD& id, CString& name) const {
-    return position ? ElementOf(m_list.GetNext(position))->Give(id, name) : 0;
+    return Walk(position, id, name, [this](POSITION& at) { return m_list.GetNext(at); });
 }
 
 int CCrossReferenceMap::GetPrev(POSITION& position, DWORD& id, CString& name) const {
-    return position ? ElementOf(m_list.GetPrev(position))->Give(id, name) : 0;
+    return Walk(position, id, name, [this](POSITION& at) { return m_list.GetPrev(at); });
 }
 
 POSITION CCrossReferenceMap::Find(DWORD id) const { return PositionOf(m_ids.Find(id)); }
@@ -135,9 +177,7 @@ POSITION CCrossReferenceMap::Find(const char* name) const { return PositionOf(m_
 
 int CCrossReferenceMap::Lookup(DWORD id, CString& name) const {
     const Element* const found = m_ids.Find(id);
-    if (found)
-        name = found->name;
-    return found != nullptr;
+    return found ? found->GiveName(name) : 0;
 }
 
 int CCrossReferenceMap::Lookup(const char* name, DWORD& id) const {
@@ -150,9 +190,7 @@ int CCrossReferenceMap::Lookup(const char* name, DWORD& id) const {
 void CCrossReferenceMap::AddElementMap(POSITION position, DWORD id, const char* name) {
     if (!position)
         return;
-    Element* const element = ElementOf(m_list.GetAt(position));
-    m_ids.Enter(id, element, &Element::ids);
-    m_names.Enter(std::string(View(name)), element, &Element::names);
+    ReserveKeys(id, name)(ElementOf(m_list.GetAt(position)));
 }
 
 void CCrossReferenceMap::RemoveElementMap(POSITION position) {

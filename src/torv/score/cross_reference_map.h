@@ -10,8 +10,9 @@
 
 /// An ordered list of (id, name) pairs that is found from either side. Pairs may repeat: a key finds the pair for which
 /// it was entered last. Names are compared byte by byte, case counts, and a null name is an empty one. Positions are
-/// those of the list; a null one is harmless: nothing happens and the answer is 0. Lookups, insertions and removals
-/// take constant time; FindIndex walks from the head.
+/// those of the list; a null one is harmless: nothing happens and the answer is 0. So it is when memory is short, but
+/// that SetAt throws std::bad_alloc, with nothing changed. Lookups, insertions and removals take constant time;
+/// FindIndex walks from the head.
 class TORV_API CCrossReferenceMap : public CObject {
 public:
     CCrossReferenceMap();
@@ -57,7 +58,7 @@ public:
     int Lookup(const char* name, DWORD& id) const;
 
 protected:
-    /// Enters both keys for the position; a key that is there finds this position from now on.
+    /// Enters both keys for the position; a key that is there finds this position from now on. Throws as SetAt.
     void AddElementMap(POSITION position, DWORD id, const char* name);
     /// Removes every key that finds the position; the pair stays in the list.
     void RemoveElementMap(POSITION position);
@@ -80,20 +81,25 @@ private:
     public:
         using KeyList = std::list<const Key*>; // the table's own keys
 
+        /// Where a key points.
+        struct Place {
+            Element* element = nullptr; // null: nowhere yet
+            KeyList unlisted;           // the key's node as long as no element has it
+            typename KeyList::iterator listed;
+        };
+
         template <class Text>
         Element* Find(const Text& key) const {
             const auto found = m_table.find(key);
             return found == m_table.end() ? nullptr : found->second.element;
         }
-        void Enter(const Key& key, Element* element, KeyList Element::*keys);
+        /// The key's place, made when it has none: the step that may throw. The place stays until the key is removed.
+        Place& Reserve(const Key& key);
+        static void Point(Place& place, Element* element, KeyList Element::*keys) noexcept;
         void RemoveAll(KeyList& keys);
         void Clear() { m_table.clear(); }
 
     private:
-        struct Place {
-            Element* element = nullptr;
-            typename KeyList::iterator listed;
-        };
         // The bucket count is part of the interface as the one to begin with; the table grows.
         std::unordered_map<Key, Place, Hash, std::equal_to<>> m_table{17};
     };
@@ -102,9 +108,14 @@ private:
 
     static Element* ElementOf(void* data) { return static_cast<Element*>(data); }
     static POSITION PositionOf(const Element* element);
+    /// Both keys' places, which may throw; what it answers enters them for an element, which does not.
+    auto ReserveKeys(DWORD id, const char* name);
     /// Puts a new element into the list by `link`, which answers its position, and enters its keys.
     template <class Link>
     POSITION Insert(DWORD id, const char* name, Link link);
+
+    template <class Step>
+    static int Walk(POSITION& position, DWORD& id, CString& name, Step step);
 
     CPtrList m_list{10};
     IdKeys m_ids;

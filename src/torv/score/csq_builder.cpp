@@ -6,30 +6,11 @@
 
 #include <algorithm>
 
-namespace {
-
-template <class Record>
-Record* CreateRecord(WORD type) {
-    auto* const record = static_cast<Record*>(torv::AllocateEventRecord(sizeof(Record)));
-    if (record)
-        record->header = {type, 0, sizeof(Record) - sizeof(tagEventHeader)};
-    return record;
-}
-
-/// Bytes that a record of a type that can be set must have.
-DWORD SizeOf(WORD type) {
-    return type == torv::kEventAnote                                 ? sizeof(tagCsqEventAnote)
-           : type == torv::kEventAicon || type == torv::kEventSinger ? sizeof(tagCsqEventAicon)
-                                                                     : 0;
-}
-
-} // namespace
-
 CCsqBuilder::~CCsqBuilder() = default;
 
-tagCsqEventAnote* CCsqBuilder::CreateNoteEvent() { return CreateRecord<tagCsqEventAnote>(torv::kEventAnote); }
-tagCsqEventAicon* CCsqBuilder::CreateIconEvent() { return CreateRecord<tagCsqEventAicon>(torv::kEventAicon); }
-tagCsqEventSinger* CCsqBuilder::CreateSingerEvent() { return CreateRecord<tagCsqEventSinger>(torv::kEventSinger); }
+tagCsqEventAnote* CCsqBuilder::CreateNoteEvent() { return torv::NewEventRecord<tagCsqEventAnote>(); }
+tagCsqEventAicon* CCsqBuilder::CreateIconEvent() { return torv::NewEventRecord<tagCsqEventAicon>(); }
+tagCsqEventSinger* CCsqBuilder::CreateSingerEvent() { return torv::NewEventRecord<tagCsqEventSinger>(); }
 
 void* CCsqBuilder::RegisterIconObject(CIconObject* icon) {
     return m_pTrack ? m_pTrack->AttachIconObject(icon) : nullptr;
@@ -39,9 +20,6 @@ int CCsqBuilder::OpenBuffer(CSequenceObject* track) {
     if (!Attach(track))
         return 0;
     m_dwEndClock = 0;
-    m_dwTempo = torv::kDefaultTempo;
-    m_dwReserved = 0;
-    m_timeSignature = {};
     return 1;
 }
 
@@ -51,7 +29,8 @@ int CCsqBuilder::SetEvent(DWORD delta, tagChartSeqEvent* record) {
         return 0;
     const WORD type = record ? record->header.type : WORD{0};
     const DWORD id = torv::EventIdOf(record);
-    if (record && (SizeOf(type) == 0 || torv::EventRecordSize(id) < SizeOf(type)))
+    const bool isTaken = type == torv::kEventAnote || type == torv::kEventAicon || type == torv::kEventSinger;
+    if (record && (!isTaken || torv::EventRecordSize(id) < torv::EventSizeOf(type)))
         return 0;
     const tagEventEntry entry{delta, id};
     if (!stream->AddEntry(&entry))

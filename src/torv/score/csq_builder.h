@@ -1,7 +1,6 @@
 #pragma once
 
 #include "torv/score/csq_event.h"
-#include "torv/score/time_signature.h"
 
 class CIconObject;
 
@@ -16,7 +15,7 @@ class TORV_API CCsqBuilder : public CCsqEvent {
 public:
     ~CCsqBuilder() override;
 
-    /// Attaches to the track; end clock 0, tempo 500000, 4/4.
+    /// Attaches to the track, as Attach; the end clock is 0.
     int OpenBuffer(CSequenceObject* track);
     /// Appends an event `delta` ticks after the last one; the track owns the record then. Notes, icon placements and
     /// singer changes are taken, made by the functions below, and a null record; anything else gives 0.
@@ -35,7 +34,4 @@ public:
 
 private:
     DWORD m_dwEndClock = 0;
-    DWORD m_dwTempo = torv::kDefaultTempo;
-    DWORD m_dwReserved = 0;
-    tagTimeSignature m_timeSignature;
 };

@@ -1,34 +1,11 @@
 #include "torv/score/csq_event.h"
 
-#include "torv/icons/icon_id.h"
 #include "torv/icons/icon_object.h"
 #include "torv/score/sequence_object.h"
 #include "torv/stream/event_pool.h"
 
 #include <algorithm>
 #include <cstring>
-
-namespace {
-
-/// Bytes that a record of this type has; 0 for a type that is no chart event.
-DWORD RecordSize(int type) {
-    switch (type) {
-    case torv::kEventMidi:
-        return sizeof(tagCsqEventMidi);
-    case torv::kEventAicon:
-        return sizeof(tagCsqEventAicon);
-    case torv::kEventSinger:
-        return sizeof(tagCsqEventSinger);
-    case torv::kEventAnote:
-        return sizeof(tagCsqEventAnote);
-    default:
-        return 0;
-    }
-}
-
-void* PointerOf(DWORD handle) { return reinterpret_cast<void*>(static_cast<uintptr_t>(handle)); }
-
-} // namespace
 
 CCsqEvent::CCsqEvent() { InvalidateEvent(); }
 CCsqEvent::CCsqEvent(const CCsqEvent& other) : CObject(other) {
@@ -70,7 +47,7 @@ int CCsqEvent::ParseEvent(DWORD id) {
     const tagEventHeader* const record = torv::EventRecordOf(id);
     if (!record)
         return 0;
-    std::memcpy(&m_record, record, std::min(RecordSize(record->type), torv::EventRecordSize(id)));
+    std::memcpy(&m_record, record, std::min(torv::EventSizeOf(record->type), torv::EventRecordSize(id)));
     return record->type;
 }
 
@@ -86,22 +63,6 @@ int CCsqEvent::Step(int (CStreamBuffer::*read)(void*), int edge) {
 int CCsqEvent::GetNext() { return Step(&CStreamBuffer::ReadNextEntry, torv::kEventEnd); }
 int CCsqEvent::GetPrev() { return Step(&CStreamBuffer::ReadPrevEntry, torv::kEventTop); }
 
-int CCsqEvent::GetNextOf(int type) {
-    int status;
-    do
-        status = CCsqEvent::GetNext();
-    while (status != type && status != torv::kEventEnd);
-    return status;
-}
-
-int CCsqEvent::GetPrevOf(int type) {
-    int status;
-    do
-        status = CCsqEvent::GetPrev();
-    while (status != type && status != torv::kEventTop);
-    return status;
-}
-
 int CCsqEvent::Insert(DWORD id, int after) {
     CStreamBuffer* const stream = Stream();
     if (!stream || !torv::EventRecordOf(id))
@@ -113,18 +74,6 @@ int CCsqEvent::Insert(DWORD id, int after) {
     m_nStatus = ParseEvent(id);
     m_pTrack->SetModify(1);
     return 1;
-}
-
-int CCsqEvent::InsertNew(void* record, int after) {
-    const DWORD id = torv::EventIdOf(record);
-    const int inserted = id ? CCsqEvent::Insert(id, after) : 0;
-    if (!inserted)
-        torv::FreeEventRecord(id);
-    return inserted;
-}
-
-int CCsqEvent::InsertRecord(DWORD id, DWORD size, int after) {
-    return torv::EventRecordSize(id) >= size ? CCsqEvent::Insert(id, after) : 0;
 }
 
 void CCsqEvent::SeekToBegin() {
@@ -304,54 +253,11 @@ int CCsqEvent::VerifyEventHeader(const tagEventHeader* header) const {
            record->parameterSize == header->parameterSize;
 }
 
-int CCsqEvent::WriteRecord(int type, DWORD size) {
-    tagEventHeader* const stored = torv::EventRecordOf(m_entry.eventId);
-    if (!stored || torv::EventRecordSize(m_entry.eventId) < size || stored->type != type ||
-        m_record.header.type != type || m_record.header.status != stored->status)
-        return 0;
-    std::memcpy(stored, &m_record, size);
-    m_pTrack->SetModify(1);
-    return 1;
-}
-
-int CCsqEvent::RemoveRecord() {
-    CStreamBuffer* const stream = Stream();
-    const DWORD id = m_entry.eventId;
-    tagEventEntry current;
-    if (!stream || !stream->ReadEntry(&current) || current.eventId != id || !RemoveEntry())
-        return 0;
-    torv::FreeEventRecord(id);
-    return 1;
-}
-
-void CCsqEvent::DeleteIcon(DWORD handle) {
-    if (handle && m_pTrack)
-        m_pTrack->DetachIconObject(PointerOf(handle), 1);
-}
-
-void CCsqEvent::ReplaceIconHandle(DWORD& field, void* handle, int deleteOld) {
-    const DWORD replaced = static_cast<WORD>(reinterpret_cast<uintptr_t>(handle));
-    // The same handle again names the same object, which must not go.
-    if (deleteOld && field != replaced)
-        DeleteIcon(field);
-    field = replaced;
-}
-
 CIconObject* CCsqEvent::IconOf(DWORD handle) const {
-    return handle && m_pTrack ? m_pTrack->LookupIconObject(PointerOf(handle)) : nullptr;
+    return handle && m_pTrack ? m_pTrack->LookupIconObject(torv::PointerOf(handle)) : nullptr;
 }
 
 DWORD CCsqEvent::IconLength(DWORD handle) const {
     const CIconObject* const icon = IconOf(handle);
     return icon ? icon->GetLength() : 0;
-}
-
-int CCsqEvent::SetIconLengthOf(DWORD handle, DWORD length) {
-    CIconObject* const icon = IconOf(handle);
-    return icon ? icon->SetLength(length) : 0;
-}
-
-int CCsqEvent::IconStatusOf(void* handle) const {
-    const CIconObject* const icon = m_pTrack ? m_pTrack->LookupIconObject(handle) : nullptr;
-    return icon ? torv::StatusFromID(icon->GetIconID()) : 0;
 }

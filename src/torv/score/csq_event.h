@@ -70,27 +70,9 @@ protected:
     int VerifyEventHeader(const tagEventHeader* header) const;
     void CsqCopy(const CCsqEvent& other);
 
-    /// Steps to the next (previous) event of one type, past all others.
-    int GetNextOf(int type);
-    int GetPrevOf(int type);
-    /// Inserts an entry for a new pool record; the record goes when that fails.
-    int InsertNew(void* record, int after);
-    /// Inserts, when the id's record has at least `size` bytes.
-    int InsertRecord(DWORD id, DWORD size, int after);
-    /// Copies the cached record over the stored one, when both are of `type` with the same status word.
-    int WriteRecord(int type, DWORD size);
-    /// Frees the current record, removes its entry and sets the track's modify flag. 0, with nothing changed, when the
-    /// track's position has left that entry (another cursor moved it).
-    int RemoveRecord();
-    /// Deletes the icon under a handle from the track; handle 0 is none.
-    void DeleteIcon(DWORD handle);
-    /// Writes `handle` into a handle field, and deletes the object under the old one when asked and it is another.
-    void ReplaceIconHandle(DWORD& field, void* handle, int deleteOld);
     /// The track's icon under a handle, or null.
     CIconObject* IconOf(DWORD handle) const;
     DWORD IconLength(DWORD handle) const;
-    int SetIconLengthOf(DWORD handle, DWORD length);
-    int IconStatusOf(void* handle) const;
 
     union Record {
         tagEventHeader header;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <new>
+#include <utility>
 
 namespace {
 
@@ -26,28 +28,33 @@ CGridManager::CGridManager() { CGridManager::Create(); }
 CGridManager::~CGridManager() = default;
 
 int CGridManager::Create() {
+    CArray<tagTimeSignatureMap> map;
+    try {
+        map.Add({0, {}});
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
     m_grid = {96, 60};
     m_wQuantize = 60;
-    m_map.RemoveAll();
-    m_map.Add({0, {}});
-    BuildIndex();
+    m_map = std::move(map);
     return 1;
 }
 
 int CGridManager::Create(CMasterTrack* master, const tagGridResolution* grid, WORD quantize) {
-    if (!master || !grid)
+    if (!master || !grid || (!Update(master) && master->IsCreated()))
         return 0;
     m_grid = *grid;
     m_wQuantize = quantize;
-    Update(master);
     return 1;
 }
 
 int CGridManager::Update(CMasterTrack* master) {
     if (!master)
         return 0;
-    const int done = master->GetTimeSignatureMap(m_map);
-    BuildIndex();
+    CArray<tagTimeSignatureMap> map;
+    const int done = master->GetTimeSignatureMap(map);
+    if (done || !master->IsCreated())
+        m_map = std::move(map);
     return done;
 }
 

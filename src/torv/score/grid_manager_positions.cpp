@@ -8,11 +8,6 @@ namespace {
 
 const tagTimeSignatureMap kNoChange{0, {}};
 
-LONG ClockIn(const torv::SignatureStretch& stretch, int measure, int beat, int tick) {
-    return static_cast<LONG>(std::clamp<LONGLONG>(stretch.ClockOf(measure, beat, tick),
-                                                  std::numeric_limits<LONG>::min(), std::numeric_limits<LONG>::max()));
-}
-
 } // namespace
 
 namespace torv {
@@ -37,43 +32,26 @@ LONGLONG SignatureStretch::ClockOf(int measure, int beat, int tick) const {
 
 } // namespace torv
 
-void CGridManager::BuildIndex() {
-    m_entries.clear();
-    m_byMeasures.clear();
-    const int count = m_map.GetSize();
-    const torv::SignatureStretch first(count > 0 ? m_map[0] : kNoChange);
-    m_entries.push_back({first, first.start, first.firstMeasure});
-    for (int i = 1; i < count; ++i) {
-        const Entry& before = m_entries.back();
-        const torv::SignatureStretch stretch = before.stretch.Next(m_map[i]);
-        m_entries.push_back({stretch, std::max(before.latestStart, stretch.start),
-                             std::max(before.highestMeasure, stretch.firstMeasure)});
-    }
-
-    for (int i = 0; i < count; ++i)
-        m_byMeasures.push_back({m_map[i].measure, i, 0});
-    std::stable_sort(m_byMeasures.begin(), m_byMeasures.end(),
-                     [](const MeasureEntry& a, const MeasureEntry& b) { return a.measure < b.measure; });
-    int latest = 0;
-    for (MeasureEntry& entry : m_byMeasures)
-        entry.latestRecord = latest = std::max(latest, entry.record);
-}
-
 tagTimeSignature CGridManager::GetTimeSignature(int measure) const {
-    if (m_map.IsEmpty())
-        return {};
-    const auto at = std::lower_bound(m_byMeasures.begin(), m_byMeasures.end(), measure,
-                                     [](const MeasureEntry& entry, int value) { return entry.measure < value; });
-    if (at != m_byMeasures.end() && at->measure == measure)
-        return m_map[at->record].signature;
-    return m_map[at != m_byMeasures.begin() ? (at - 1)->latestRecord : 0].signature;
+    tagTimeSignature signature = m_map.IsEmpty() ? tagTimeSignature{} : m_map[0].signature;
+    for (int i = 0; i < m_map.GetSize(); ++i) {
+        if (m_map[i].measure <= measure)
+            signature = m_map[i].signature; // measure numbers begin again after 65535: a lower one may follow a higher
+        if (m_map[i].measure == measure)
+            break;
+    }
+    return signature;
 }
 
 void CGridManager::ClockToSongPosition(DWORD clock, tagSongPosition& position) const {
     const LONG target = static_cast<LONG>(clock);
-    const auto after = std::partition_point(m_entries.begin() + 1, m_entries.end(),
-                                            [target](const Entry& entry) { return entry.latestStart <= target; });
-    const torv::SignatureStretch& stretch = (after - 1)->stretch;
+    torv::SignatureStretch stretch(m_map.IsEmpty() ? kNoChange : m_map[0]);
+    for (int i = 1; i < m_map.GetSize(); ++i) {
+        const torv::SignatureStretch next = stretch.Next(m_map[i]);
+        if (target < next.start)
+            break;
+        stretch = next;
+    }
     const LONGLONG offset = target - stretch.start;
     if (stretch.measureLength == 0) {
         position = {static_cast<DWORD>(stretch.firstMeasure), 0, static_cast<DWORD>(offset)};
@@ -85,16 +63,8 @@ void CGridManager::ClockToSongPosition(DWORD clock, tagSongPosition& position) c
                 static_cast<DWORD>(inMeasure - beat * stretch.beatLength)};
 }
 
-/// The stretch that ends where a measure starts, or goes on beyond it. So a measure that starts with a change counts
-/// its beats as the stretch before does: positions that hosts have stored mean these clocks.
-const torv::SignatureStretch& CGridManager::StretchBefore(int measure) const {
-    const auto at = std::partition_point(m_entries.begin() + 1, m_entries.end(),
-                                         [measure](const Entry& entry) { return entry.highestMeasure < measure; });
-    return (at - 1)->stretch;
-}
-
 LONG CGridManager::SongPositionToClock(int measure, int beat, int tick) const {
-    return ClockIn(StretchBefore(measure), measure, beat, tick);
+    return SongPositionToClock(&m_map, measure, beat, tick);
 }
 
 LONG CGridManager::SongPositionToClock(const tagSongPosition& position) const {
@@ -102,10 +72,14 @@ LONG CGridManager::SongPositionToClock(const tagSongPosition& position) const {
                                static_cast<int>(position.tick));
 }
 
+/// The stretch that ends where the measure starts, or goes on beyond it. So a measure that starts with a change counts
+/// its beats as the stretch before does: positions that hosts have stored mean these clocks.
 LONG CGridManager::SongPositionToClock(const CArray<tagTimeSignatureMap>* map, int measure, int beat, int tick) {
     const int count = map ? map->GetSize() : 0;
     torv::SignatureStretch stretch(count > 0 ? map->GetAt(0) : kNoChange);
     for (int i = 1; i < count && map->GetAt(i).measure < measure; ++i)
         stretch = stretch.Next(map->GetAt(i));
-    return ClockIn(stretch, measure, beat, tick);
+    const LONGLONG clock = stretch.ClockOf(measure, beat, tick);
+    return static_cast<LONG>(
+        std::clamp<LONGLONG>(clock, std::numeric_limits<LONG>::min(), std::numeric_limits<LONG>::max()));
 }

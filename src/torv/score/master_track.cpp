@@ -136,23 +136,30 @@ void CMasterTrack::RestoreLocation(const tagLocateMarker* marker) {
         m_pEvents->RestoreLocation(marker, 1);
 }
 
-/// Calls visit(clock, entry) for every event of the type, in time order.
-template <class Visit>
-int CMasterTrack::VisitEvents(DWORD type, Visit visit) {
+/// Empties the map and calls visit(clock, entry), which adds to it, for every event of the type in time order. Where
+/// the visits leave a record open, it is `last` and comes in the end.
+template <class Record, class Visit>
+int CMasterTrack::BuildMap(CArray<Record>& map, DWORD type, const Record* last, Visit visit) {
+    map.RemoveAll();
     if (!m_pEvents)
         return 0;
     m_pEvents->SeekToBegin();
     tagMasterEventEntry entry;
-    while (m_pEvents->ReadNextEntry(&entry))
-        if (entry.type == type)
-            visit(m_pEvents->GetPosition(), entry);
+    try {
+        while (m_pEvents->ReadNextEntry(&entry))
+            if (entry.type == type)
+                visit(m_pEvents->GetPosition(), entry);
+        if (last)
+            map.Add(*last);
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
     return 1;
 }
 
 int CMasterTrack::GetTempoMap(CArray<tagTempoMap>& map) {
-    map.RemoveAll();
     tagTempoMap current{0, 0, kDefaultTempo};
-    const int done = VisitEvents(torv::kEventTempo, [&](DWORD clock, const tagMasterEventEntry& entry) {
+    return BuildMap(map, torv::kEventTempo, &current, [&](DWORD clock, const tagMasterEventEntry& entry) {
         if (clock > current.clock) {
             map.Add(current);
             current = {clock, entry.auxiliary, entry.value};
@@ -160,22 +167,17 @@ int CMasterTrack::GetTempoMap(CArray<tagTempoMap>& map) {
             current.tempo = entry.value; // the auxiliary word stays the first event's
         }
     });
-    if (done)
-        map.Add(current);
-    return done;
 }
 
 int CMasterTrack::GetTempoMap2(CArray<tagTempoMap>& map) {
-    map.RemoveAll();
-    return VisitEvents(torv::kEventTempo, [&](DWORD clock, const tagMasterEventEntry& entry) {
+    return BuildMap<tagTempoMap>(map, torv::kEventTempo, nullptr, [&](DWORD clock, const tagMasterEventEntry& entry) {
         map.Add({clock, entry.auxiliary, entry.value});
     });
 }
 
 int CMasterTrack::GetSequenceTimeMap(CArray<tagSequenceTimeMap>& map) {
-    map.RemoveAll();
     tagSequenceTimeMap current{kDefaultTempo, 0, 0};
-    const int done = VisitEvents(torv::kEventTempo, [&](DWORD clock, const tagMasterEventEntry& entry) {
+    return BuildMap(map, torv::kEventTempo, &current, [&](DWORD clock, const tagMasterEventEntry& entry) {
         if (clock > current.clock) {
             map.Add(current);
             current.time += TicksToTime(clock - current.clock, current.tempo);
@@ -183,27 +185,23 @@ int CMasterTrack::GetSequenceTimeMap(CArray<tagSequenceTimeMap>& map) {
         }
         current.tempo = entry.value;
     });
-    if (done)
-        map.Add(current);
-    return done;
 }
 
 int CMasterTrack::GetSequenceTimeMap2(CArray<tagSequenceTimeMap>& map) {
-    map.RemoveAll();
     tagSequenceTimeMap current{kDefaultTempo, 0, 0};
-    return VisitEvents(torv::kEventTempo, [&](DWORD clock, const tagMasterEventEntry& entry) {
-        current.time += TicksToTime(clock - current.clock, current.tempo);
-        current.clock = clock;
-        current.tempo = entry.value;
-        map.Add(current);
-    });
+    return BuildMap<tagSequenceTimeMap>(map, torv::kEventTempo, nullptr,
+                                        [&](DWORD clock, const tagMasterEventEntry& entry) {
+                                            current.time += TicksToTime(clock - current.clock, current.tempo);
+                                            current.clock = clock;
+                                            current.tempo = entry.value;
+                                            map.Add(current);
+                                        });
 }
 
 int CMasterTrack::GetTimeSignatureMap(CArray<tagTimeSignatureMap>& map) {
-    map.RemoveAll();
     tagTimeSignatureMap current{0, m_initialTimeSig};
     MeasureCounter measures(m_initialTimeSig);
-    const int done = VisitEvents(torv::kEventTimeSignature, [&](DWORD clock, const tagMasterEventEntry& entry) {
+    return BuildMap(map, torv::kEventTimeSignature, &current, [&](DWORD clock, const tagMasterEventEntry& entry) {
         const tagTimeSignature signature = SignatureOf(entry);
         if (clock > measures.Clock()) {
             map.Add(current);
@@ -214,23 +212,20 @@ int CMasterTrack::GetTimeSignatureMap(CArray<tagTimeSignatureMap>& map) {
         // are still counted by the length before it: bar numbers of existing songs depend on that.
         current.signature = signature;
     });
-    if (done)
-        map.Add(current);
-    return done;
 }
 
 int CMasterTrack::GetTimeSignatureMap2(CArray<tagTimeSignatureMap>& map) {
-    map.RemoveAll();
     MeasureCounter measures(m_initialTimeSig);
     WORD measure = 0;
-    return VisitEvents(torv::kEventTimeSignature, [&](DWORD clock, const tagMasterEventEntry& entry) {
-        const tagTimeSignature signature = SignatureOf(entry);
-        if (clock > measures.Clock()) { // the same rule of lengths as in the map with a starting record
-            measure = measures.AdvanceTo(clock);
-            measures.UseLengthOf(signature);
-        }
-        map.Add({measure, signature});
-    });
+    return BuildMap<tagTimeSignatureMap>(
+        map, torv::kEventTimeSignature, nullptr, [&](DWORD clock, const tagMasterEventEntry& entry) {
+            const tagTimeSignature signature = SignatureOf(entry);
+            if (clock > measures.Clock()) { // the same rule of lengths as in the map with a starting record
+                measure = measures.AdvanceTo(clock);
+                measures.UseLengthOf(signature);
+            }
+            map.Add({measure, signature});
+        });
 }
 
 DWORD CMasterTrack::TicksToTime(DWORD ticks, DWORD tempo) {

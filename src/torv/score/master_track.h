@@ -46,6 +46,7 @@ public:
 
     /// Makes the event list. 0 when memory is short, and on a track that has one, whose events stay.
     int Create();
+    bool IsCreated() const { return m_pEvents != nullptr; }
     void RemoveAll();
 
     void SeekToBegin();
@@ -78,7 +79,7 @@ public:
     void SetModify(int modify) { m_nModify = modify; }
 
     /// Maps with at least one record, the first at clock (measure) 0. Of events at one clock the last counts. 0 without
-    /// an event list.
+    /// an event list, and when memory is short: the map then holds what was built so far.
     int GetTempoMap(CArray<tagTempoMap>& map);
     int GetTimeSignatureMap(CArray<tagTimeSignatureMap>& map);
     int GetSequenceTimeMap(CArray<tagSequenceTimeMap>& map);
@@ -102,8 +103,8 @@ public:
     static DWORD SearchTickPosition(DWORD milliseconds, CArray<tagSequenceTimeMap>& map, int& index);
 
 private:
-    template <class Visit>
-    int VisitEvents(DWORD type, Visit visit);
+    template <class Record, class Visit>
+    int BuildMap(CArray<Record>& map, DWORD type, const Record* last, Visit visit);
 
     int m_nModify = 0;
     DWORD m_dwInitialTempo = torv::kDefaultTempo;

@@ -36,16 +36,17 @@ void CSequence::DeleteOwnMaster() {
 }
 
 int CSequence::Create(CMasterTrack* master) {
-    DeleteOwnMaster();
-    if (master) {
-        m_pMaster = master;
-        return 1;
+    if (master && master == m_pMaster)
+        return 1; // whoever owns it
+    std::unique_ptr<CMasterTrack> own;
+    if (!master) {
+        own.reset(new (std::nothrow) CMasterTrack);
+        if (!own || !own->Create())
+            return 0;
     }
-    auto own = std::unique_ptr<CMasterTrack>(new (std::nothrow) CMasterTrack);
-    if (!own || !own->Create())
-        return 0;
-    m_pMaster = own.release();
-    m_bOwnsMaster = true;
+    DeleteOwnMaster();
+    m_bOwnsMaster = own != nullptr;
+    m_pMaster = own ? own.release() : master;
     return 1;
 }
 
@@ -54,10 +55,14 @@ CSequenceObject* CSequence::CreateObject() {
     return track && track->Create() ? track.release() : nullptr;
 }
 
-POSITION CSequence::AddObject(CSequenceObject* track) { return m_tracks.AddTail(track); }
+POSITION CSequence::AddObject(CSequenceObject* track) { return InsertObject(nullptr, track, 1); }
 
 POSITION CSequence::InsertObject(POSITION at, CSequenceObject* track, int after) {
-    return after ? m_tracks.InsertAfter(at, track) : m_tracks.InsertBefore(at, track);
+    try {
+        return after ? m_tracks.InsertAfter(at, track) : m_tracks.InsertBefore(at, track);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 void CSequence::RemoveObjectAt(POSITION at, int deleteObject) {

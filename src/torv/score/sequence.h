@@ -29,11 +29,14 @@ public:
     ~CSequence() override;
 
     /// Uses a master track of the caller's, which stays the caller's, or for null one of its own. An owned one that
-    /// stood here before is deleted.
+    /// stood here before is deleted; handed back to the song, it stays and is owned as before. 0, with nothing changed,
+    /// when memory is short.
     int Create(CMasterTrack* master);
     /// A new track, created; it belongs to the caller until it is added. Null when memory is short.
     static CSequenceObject* CreateObject();
 
+    /// The track's position; null, and the track is the caller's still, when memory is short. With `at` null the track
+    /// becomes the first, or with `after` the last.
     POSITION AddObject(CSequenceObject* track);
     POSITION InsertObject(POSITION at, CSequenceObject* track, int after);
     /// Takes the track out of the list, and deletes it when asked.

@@ -14,8 +14,6 @@ constexpr DWORD kNoHandle = 0xFFFF;
 constexpr DWORD kWordBits = 64;
 constexpr int kNoteLengths[] = {1920, 960, 480, 240, 120, 60, 30, 15};
 
-WORD HandleOf(void* handle) { return static_cast<WORD>(reinterpret_cast<uintptr_t>(handle)); }
-
 template <class T>
 std::unique_ptr<T> Make() {
     return std::unique_ptr<T>(new (std::nothrow) T);
@@ -98,9 +96,15 @@ DWORD CSequenceObject::HandleMap::FindNextHandle(DWORD start) const {
     return 0;
 }
 
-void CSequenceObject::HandleMap::Take(WORD handle, CObject* object) {
-    objects.SetAt(handle, object);
+/// False, and nothing has changed, when memory is short.
+bool CSequenceObject::HandleMap::Take(WORD handle, CObject* object) {
+    try {
+        objects.SetAt(handle, object);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
     taken[handle / kWordBits] |= uint64_t{1} << handle % kWordBits;
+    return true;
 }
 
 CObject* CSequenceObject::HandleMap::Release(WORD handle) {
@@ -113,30 +117,28 @@ CObject* CSequenceObject::HandleMap::Release(WORD handle) {
 }
 
 void* CSequenceObject::HandleMap::Attach(CObject* object) {
-    if (!object || next == 0)
-        return nullptr;
     const DWORD handle = next;
-    Take(static_cast<WORD>(handle), object);
+    if (!object || handle == 0 || !Take(static_cast<WORD>(handle), object))
+        return nullptr;
     next = FindNextHandle(handle + 1);
-    return reinterpret_cast<void*>(static_cast<uintptr_t>(handle));
+    return torv::PointerOf(handle);
 }
 
 int CSequenceObject::HandleMap::SetAt(void* handle, CObject* object) {
-    const WORD key = HandleOf(handle);
-    if (!object || key == 0 || key == kNoHandle || Lookup(handle))
+    const WORD key = torv::HandleOf(handle);
+    if (!object || key == 0 || key == kNoHandle || Lookup(handle) || !Take(key, object))
         return 0;
-    Take(key, object);
     next = FindNextHandle(key);
     return 1;
 }
 
 CObject* CSequenceObject::HandleMap::Lookup(void* handle) const {
     CObject* object = nullptr;
-    return objects.Lookup(HandleOf(handle), object) ? object : nullptr;
+    return objects.Lookup(torv::HandleOf(handle), object) ? object : nullptr;
 }
 
 int CSequenceObject::HandleMap::Detach(void* handle, int deleteObject) {
-    const WORD key = HandleOf(handle);
+    const WORD key = torv::HandleOf(handle);
     CObject* const object = Release(key); // before it is deleted: its end may look at the map
     if (!object)
         return 0;
@@ -232,8 +234,12 @@ int CSequenceObject::GetParameter(tagSequenceObject* record) const {
 int CSequenceObject::SetParameter(const tagSequenceObject* record) {
     if (!record)
         return 0;
+    try { // the only step that can fail
+        m_strName = CString(record->name, static_cast<int>(strnlen(record->name, sizeof record->name)));
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
     m_nModify = record->modify;
-    m_strName = CString(record->name, static_cast<int>(strnlen(record->name, sizeof record->name)));
     m_dwColor = record->color;
     m_nChannel = record->channel;
     m_nTranspose = record->transpose;

@@ -38,7 +38,8 @@ enum BreakPointListId : int {
 } // namespace torv
 
 /// One singing track: its settings, its chart of events, the icon and lyric objects that events name by 16-bit handles
-/// (1 to 65534, 0 for none), and its control curves. It owns all of them. Setters set no modify flag.
+/// (1 to 65534, 0 for none), and its control curves. It owns all of them. Setters set no modify flag. When memory is
+/// short what has a result answers 0 and changes nothing; SetName and GetName throw std::bad_alloc.
 class TORV_API CSequenceObject : public CObject {
 public:
     CSequenceObject();
@@ -46,7 +47,7 @@ public:
     CSequenceObject& operator=(const CSequenceObject&) = delete;
     ~CSequenceObject() override;
 
-    /// Makes the stores. 0 when memory is short, and on a track that has them already.
+    /// Makes the stores. 0 when memory is short (such a track is good for nothing more), and on a track that has them.
     int Create();
     void Cleanup();
     /// Deletes every event record, icon and lyric; the next handles are 1 again.
@@ -121,7 +122,7 @@ private:
         HandleMap() { ForgetAll(); }
         /// The first free handle at or after `start`, going round once; 0 when all are taken.
         DWORD FindNextHandle(DWORD start) const;
-        void Take(WORD handle, CObject* object);
+        bool Take(WORD handle, CObject* object);
         /// The object, or null; the handle is free then.
         CObject* Release(WORD handle);
         void* Attach(CObject* object);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "torv/platform/platform.h"
 
@@ -89,3 +90,39 @@ struct tagEventEntry {
     DWORD eventId;    ///< of a record in the event pool
 };
 static_assert(sizeof(tagEventEntry) == 8 && offsetof(tagEventEntry, eventId) == 4);
+
+namespace torv {
+
+/// The event type of a record's kind.
+template <class Record>
+inline constexpr WORD kEventTypeOf = 0;
+template <>
+inline constexpr WORD kEventTypeOf<tagCsqEventMidi> = kEventMidi;
+template <>
+inline constexpr WORD kEventTypeOf<tagCsqEventAicon> = kEventAicon;
+template <>
+inline constexpr WORD kEventTypeOf<tagCsqEventAnote> = kEventAnote;
+template <>
+inline constexpr WORD kEventTypeOf<tagCsqEventSinger> = kEventSinger;
+
+/// The bytes of a record of this type; 0 for a type that is no chart event.
+constexpr DWORD EventSizeOf(WORD type) {
+    switch (type) {
+    case kEventMidi:
+        return sizeof(tagCsqEventMidi);
+    case kEventAicon:
+        return sizeof(tagCsqEventAicon);
+    case kEventAnote:
+        return sizeof(tagCsqEventAnote);
+    case kEventSinger:
+        return sizeof(tagCsqEventSinger);
+    default:
+        return 0;
+    }
+}
+
+/// A handle of an icon or lyric as records hold it (16 bits, 0 none), and as functions take it.
+inline WORD HandleOf(void* handle) { return static_cast<WORD>(reinterpret_cast<uintptr_t>(handle)); }
+inline void* PointerOf(DWORD handle) { return reinterpret_cast<void*>(static_cast<uintptr_t>(handle)); }
+
+} // namespace torv

@@ -110,10 +110,15 @@ private:
     DWORD m_live = 0;
 };
 
-/// Never destroyed: a host's own static songs may outlive the library's statics.
+/// Never destroyed: a host's own static songs may outlive the library's statics. In place, so that its making needs no
+/// memory.
 EventPool& Pool() {
-    static auto& pool = *new EventPool;
-    return pool;
+    static union Kept {
+        Kept() : pool() {}
+        ~Kept() {}
+        EventPool pool;
+    } kept;
+    return kept.pool;
 }
 
 } // namespace

@@ -13,6 +13,16 @@ inline constexpr DWORD kMaxEventRecord = 64; ///< bytes
 /// A zeroed record of `bytes` bytes; null when memory runs out, and for 0 or more than kMaxEventRecord bytes.
 TORV_API void* AllocateEventRecord(DWORD bytes);
 
+/// A zeroed record of a kind, with its header filled in; null when memory runs out. The caller's until an entry of a
+/// track's stream names it.
+template <class Record>
+Record* NewEventRecord(WORD status = 0) {
+    auto* const record = static_cast<Record*>(AllocateEventRecord(sizeof(Record)));
+    if (record)
+        record->header = {kEventTypeOf<Record>, status, sizeof(Record) - sizeof(tagEventHeader)};
+    return record;
+}
+
 /// The id of a live record, else 0. Never looks at what `record` points to, so any pointer may be asked about.
 TORV_API DWORD EventIdOf(const void* record);
 

@@ -168,7 +168,7 @@ DWORD CExtendBuffer::Insert(const char* source, DWORD count) {
         // more have always got this, and stored data holds it.
         DWORD moved = m_pCurrent->Insert(OffsetInBlock(), source, left);
         if (!moved) {
-            if (!SplitForInsert(OffsetInBlock()))
+            if (!SplitCurrentBlock(OffsetInBlock()))
                 break;
             moved = m_pCurrent->Append(source, left);
         }
@@ -181,18 +181,64 @@ DWORD CExtendBuffer::Insert(const char* source, DWORD count) {
     return count - left;
 }
 
-bool CExtendBuffer::SplitForInsert(DWORD offset) {
-    CxShortBuff* block = InsertBlock(m_pCurrent, nullptr, 1);
-    if (!block)
+/// A new block takes the current one's bytes from `keep` on; a position at its end moves onto the new block.
+bool CExtendBuffer::SplitCurrentBlock(DWORD keep) {
+    CxShortBuff* const later = InsertBlock(m_pCurrent, nullptr, 1);
+    if (!later)
         return false;
-    if (offset >= m_pCurrent->m_dwUsed) {
+    const bool isAtEnd = OffsetInBlock() == m_pCurrent->m_dwUsed;
+    const DWORD moved = m_pCurrent->m_dwUsed - keep;
+    later->Append(reinterpret_cast<const char*>(m_pCurrent->m_pData) + keep, moved);
+    m_pCurrent->Delete(keep, moved);
+    if (isAtEnd)
         EnterNextBlock();
-    } else {
-        const DWORD tail = m_pCurrent->m_dwUsed - offset;
-        block->Append(reinterpret_cast<const char*>(m_pCurrent->m_pData) + offset, tail);
-        m_pCurrent->Delete(offset, tail);
-    }
     return true;
+}
+
+DWORD CExtendBuffer::Overwrite(const void* source, DWORD count) {
+    if (!m_pCurrent || !source)
+        return 0;
+    DWORD done = 0;
+    while (done < count) {
+        LeaveBlockEnd();
+        const DWORD held = m_pCurrent->m_dwUsed - OffsetInBlock(); // 0 only at the end of the data
+        const DWORD piece = held ? std::min(count - done, held) : count - done;
+        const DWORD moved = Write(static_cast<const char*>(source) + done, piece);
+        done += moved;
+        if (moved < piece)
+            break;
+    }
+    return done;
+}
+
+DWORD CExtendBuffer::InsertInOrder(const void* source, DWORD count, DWORD unit) {
+    if (!m_pCurrent || !source)
+        return 0;
+    count = std::min(count, RoomForGrowth()) / unit * unit;
+    DWORD done = 0;
+    while (done < count && MakeRoom(unit)) {
+        if (m_pCurrent->m_pNext)
+            BlocksChanged();
+        const DWORD room = (m_pCurrent->m_dwCapacity - m_pCurrent->m_dwUsed) / unit * unit;
+        const DWORD moved =
+            m_pCurrent->Insert(OffsetInBlock(), static_cast<const char*>(source) + done, std::min(count - done, room));
+        m_dwSize += moved;
+        m_dwPosition += moved;
+        done += moved;
+    }
+    return done;
+}
+
+/// Makes a block with room for a unit at the position the current one.
+bool CExtendBuffer::MakeRoom(DWORD unit) {
+    const auto hasRoom = [unit](const CxShortBuff* block) { return block->m_dwCapacity - block->m_dwUsed >= unit; };
+    LeaveBlockEnd();
+    if (OffsetInBlock() == 0 && m_pCurrent->m_pPrev && hasRoom(m_pCurrent->m_pPrev))
+        EnterPrevBlock();
+    if (hasRoom(m_pCurrent))
+        return true;
+    const DWORD half = m_pCurrent->m_dwUsed / 2 / unit * unit;
+    return SplitCurrentBlock(std::max(half, OffsetInBlock())) && hasRoom(m_pCurrent);
 }
 
 DWORD CExtendBuffer::Remove(DWORD count) {
@@ -334,16 +380,6 @@ void CExtendBuffer::ChainBlock(CxShortBuff* a, CxShortBuff* b) {
         b->m_pPrev = a;
 }
 
-void CExtendBuffer::NumberBlocks() {
-    LONG index = 0;
-    DWORD start = 0;
-    for (CxShortBuff* block = m_pFirst; block; block = block->m_pNext) {
-        block->m_nIndex = index++;
-        block->m_dwStart = start;
-        start += block->m_dwUsed;
-    }
-}
-
 void CExtendBuffer::RemoveAll() {
     while (m_pLast) {
         CxShortBuff* previous = m_pLast->m_pPrev;
@@ -367,6 +403,11 @@ void CExtendBuffer::EnterNextBlock() {
 void CExtendBuffer::EnterPrevBlock() {
     m_pCurrent = m_pCurrent->m_pPrev;
     m_dwCurrentStart -= m_pCurrent->m_dwUsed;
+}
+
+void CExtendBuffer::LeaveBlockEnd() {
+    while (OffsetInBlock() == m_pCurrent->m_dwUsed && m_pCurrent->m_pNext)
+        EnterNextBlock();
 }
 
 bool CExtendBuffer::EnterNextOrNewBlock() {

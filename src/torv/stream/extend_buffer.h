@@ -57,9 +57,13 @@ protected:
     void RemoveAll();
     void TraceBuffChain(CString& text);
 
-    /// Brings every block's index and start up to date. Moves and edits go by the current block's start, so none of
-    /// them walks the chain to renumber it; only who looks at the blocks themselves needs this.
-    void NumberBlocks();
+    /// Beside the public operations, for derived buffers that rely on where their bytes stand. Both answer what was
+    /// done. Overwrites from the position on and only adds behind the end: no block before it grows.
+    DWORD Overwrite(const void* source, DWORD count);
+    /// Inserts at the position, every byte once and in order, in pieces of `unit` bytes that are never cut: where all
+    /// blocks were whole units they still are. A full block gives its later half away, so that ascending insertions
+    /// leave no trail of almost empty blocks.
+    DWORD InsertInOrder(const void* source, DWORD count, DWORD unit);
 
     /// Blocks begin elsewhere than before. What changes a block but the last one by itself must say so; the functions
     /// here do.
@@ -70,6 +74,8 @@ protected:
     /// Moves the current block, not the position, to the next or previous one, which must exist.
     void EnterNextBlock();
     void EnterPrevBlock();
+    /// From a block's end onto the block that holds the byte at the position, if there is one.
+    void LeaveBlockEnd();
 
     LONG m_nAllocFlags = 0;
     DWORD m_dwBlockSize = 0;
@@ -83,7 +89,8 @@ protected:
 private:
     bool EnterNextOrNewBlock();
     DWORD RoomForGrowth() const { return 0xFFFFFFFF - m_dwSize; }
-    bool SplitForInsert(DWORD offset);
+    bool SplitCurrentBlock(DWORD keep);
+    bool MakeRoom(DWORD unit);
 
     // Data that are read in another order than they were written in would walk the chain to and fro. Once the walks
     // have passed as many blocks as there are, a directory of them is made, so that its making costs no more than they.

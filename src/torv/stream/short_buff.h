@@ -2,8 +2,8 @@
 
 #include "torv/platform/platform.h"
 
-/// One block of a CExtendBuffer's chain: up to `capacity` bytes, the used ones packed at the start. It knows its
-/// neighbours' places but not their contents; the buffer that chains it keeps the chain whole.
+/// One block of a CExtendBuffer's chain: up to `capacity` bytes, the used ones packed at the start. Where
+/// it stands in the whole is known to the buffer that chains it.
 class TORV_API CxShortBuff {
 public:
     CxShortBuff() = default;
@@ -28,10 +28,8 @@ public:
     BYTE* m_pData = nullptr;
     CxShortBuff* m_pPrev = nullptr;
     CxShortBuff* m_pNext = nullptr;
-    LONG m_nIndex = -1;     ///< place in the chain; up to date after CExtendBuffer::NumberBlocks
     DWORD m_dwCapacity = 0; ///< bytes
     DWORD m_dwUsed = 0;     ///< bytes, at most the capacity
-    DWORD m_dwStart = 0;    ///< bytes before this block in the whole buffer; up to date after NumberBlocks
 
     /// What a derived buffer remembers about the block's bytes (a stream: the ticks that its entries span). Every
     /// change of the bytes forgets it.

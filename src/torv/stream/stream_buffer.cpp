@@ -164,7 +164,7 @@ int CStreamBuffer::WriteEntry(void* entry) {
         return 0;
     SetDelta(entry, m_header.delta);
     SeekTo(m_dwEntryEnd - m_dwEntrySize);
-    Write(static_cast<const char*>(entry), m_dwEntrySize);
+    Overwrite(entry, m_dwEntrySize);
     m_header = HeaderOf(entry);
     return 1;
 }
@@ -299,8 +299,7 @@ int CStreamBuffer::ReadHeader(tagEventEntryHdr* header, int stay) {
 
 int CStreamBuffer::WriteHeader(const tagEventEntryHdr* header, int stay) {
     const DWORD position = m_dwPosition;
-    SeekTo(position); // onto the block that holds the header: at the end of the one before it, a write would insert
-    const DWORD count = Write(reinterpret_cast<const char*>(header), kHeaderSize);
+    const DWORD count = Overwrite(header, kHeaderSize);
     if (stay)
         SeekTo(position);
     return count == kHeaderSize;
@@ -391,8 +390,7 @@ int CStreamBuffer::IsValidLocation() const {
 DWORD CStreamBuffer::ReadBytes(void* destination, DWORD count) {
     if (!m_pCurrent)
         return 0;
-    while (OffsetInBlock() == m_pCurrent->m_dwUsed && m_pCurrent->m_pNext)
-        EnterNextBlock();
+    LeaveBlockEnd();
     const DWORD offset = OffsetInBlock();
     if (count > m_pCurrent->m_dwUsed - offset)
         return Read(static_cast<char*>(destination), count);
@@ -401,42 +399,9 @@ DWORD CStreamBuffer::ReadBytes(void* destination, DWORD count) {
     return count;
 }
 
-// Insertions often ascend, as a curve's do. Splitting each full block where the insertion falls would leave a trail of
-// blocks with an entry or two; so a full block gives at most its later half away, and a block with room beside a full
-// one takes the entry that falls between them.
-void CStreamBuffer::MakeRoom(DWORD position) {
-    const auto isFull = [this](const CxShortBuff* block) {
-        return block->m_dwUsed + m_dwEntrySize > block->m_dwCapacity;
-    };
-    CxShortBuff* block = m_pCurrent;
-    if (OffsetInBlock() == 0 && block->m_pPrev && (!isFull(block->m_pPrev) || OffsetInBlock() == block->m_dwUsed))
-        return;
-    if (!isFull(block) || block->m_dwUsed < 2 * m_dwEntrySize)
-        return;
-    const DWORD half = block->m_dwUsed / 2 / m_dwEntrySize * m_dwEntrySize;
-    const DWORD keep = std::max(half, OffsetInBlock());
-    const DWORD moved = block->m_dwUsed - keep;
-    CxShortBuff* const later = moved ? InsertBlock(block, nullptr, 1) : nullptr;
-    if (!later)
-        return;
-    later->Append(reinterpret_cast<const char*>(block->m_pData) + keep, moved);
-    block->Delete(keep, moved);
-    SeekTo(position);
-}
-
 bool CStreamBuffer::InsertBytes(DWORD position, const void* entry) {
     SeekTo(position);
-    const char* const bytes = static_cast<const char*>(entry);
-    MakeRoom(position);
-    const CxShortBuff* const before = m_pCurrent->m_pPrev;
-    if (OffsetInBlock() == 0 && before && before->m_dwUsed + m_dwEntrySize > before->m_dwCapacity &&
-        m_pCurrent->Insert(0, bytes, m_dwEntrySize)) {
-        BlocksChanged();
-        m_dwSize += m_dwEntrySize;
-        m_dwPosition += m_dwEntrySize;
-        return true;
-    }
-    if (Insert(bytes, m_dwEntrySize) == m_dwEntrySize)
+    if (InsertInOrder(entry, m_dwEntrySize, m_dwEntrySize))
         return true;
     ResetPosition();
     return false;
@@ -467,8 +432,7 @@ void CStreamBuffer::SkipBlocksForward(DWORD target) {
     if (m_nState == kCursorAtEnd)
         return;
     ResetPosition();
-    if (m_pCurrent->m_pNext && OffsetInBlock() == m_pCurrent->m_dwUsed)
-        EnterNextBlock();
+    LeaveBlockEnd();
     const DWORD from = m_dwEntryEnd;
     DWORD ticks = 0;
     while (m_dwPosition == m_dwCurrentStart && BlockTicks(m_pCurrent, ticks) && ticks < target - m_dwClock) {

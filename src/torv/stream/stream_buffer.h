@@ -121,7 +121,6 @@ private:
     bool IsCreated() const { return m_dwEntrySize && m_pCurrent; }
     DWORD EntryBytes() const { return GetSize() - sizeof(tagEventEntryHdr); }
     DWORD ReadBytes(void* destination, DWORD count);
-    void MakeRoom(DWORD position);
     bool InsertBytes(DWORD position, const void* entry);
 
     // A long way goes block by block: whole blocks whose entries all lie before (after) the target are passed over by
