@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -23,11 +24,11 @@ struct Stage {
     FakeState* fake = nullptr;
     std::vector<std::string> messages;
     std::vector<UINT> beeps;
-    std::function<void()> whileShown = [] {}; ///< what the host does while a message is shown
+    std::function<void()> atMessage = [] {}; ///< what the host does while the first one is shown
     torv::MessageBoxHandler box = torv::SetMessageBoxHandler([this](HWND, const char* text, const char*, UINT type) {
         CHECK((type & MB_ICONWARNING) == MB_ICONWARNING);
         messages.push_back(text);
-        whileShown();
+        std::exchange(atMessage, [] {})();
         return IDOK;
     });
     torv::BeepHandler beep = torv::SetBeepHandler([this](UINT type) { beeps.push_back(type); });
@@ -201,69 +202,35 @@ TEST_CASE("transformer: a lyric that is not there fails the conversion without a
         CHECK((PhonemesOf(first) == "before" && stage.messages.empty()));
         CHECK((stage.fake->sweeps == 1 && stage.fake->deletes == 1));
     }
-    Stage stage; // it may also go while a message is shown
-    stage.fake->holdBack = true;
-    stage.fake->forgetLast = 2;
-    stage.Note(0, 100, {"a"});
-    stage.Note(100, 100, {"b"});
-    stage.whileShown = [&] { stage.track->DetachLyricObject(stage.lastLyric, 1); };
-    CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 1) == 0);
-    CHECK((stage.messages.size() == 1 && stage.track->GetModify() == 0));
 }
 
-TEST_CASE("transformer: a lyric without syllables puts nothing, but positions count from its note") {
-    Stage stage;
-    stage.Note(100, 100, {});
-    stage.Note(50, 100, {"a"});
-    CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 1) == 1);
-    CHECK((stage.fake->puts == 1 && stage.fake->positions[0] == 50));
-}
-
-TEST_CASE("transformer: languages and libraries that are not there") {
-    {
+TEST_CASE("transformer: at a message the host may do what it likes") {
+    struct Row {
+        const char* what;
+        void (*arrange)(FakeState&);
+        int result;
+        size_t messages;
+    };
+    for (const Row& row :
+         {Row{"results are missing", [](FakeState& fake) { fake.holdBack = true, fake.forgetLast = 2; }, 1, 2},
+          Row{"a put is refused", [](FakeState& fake) { fake.putErrorAt = 1; }, 0, 1}}) {
+        CAPTURE(row.what);
         Stage stage;
+        row.arrange(*stage.fake);
         stage.Note(0, 100, {"a"});
-        CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 2) == 0);
-        CHECK(CxSampaTransformer().DoTransform(nullptr, 480, 1) == 0);
-        CHECK(stage.fake->puts == 0);
-        CHECK(CxSampaTransformer::GetG2PAVersionString(1) == "fake 1.0");
-        CHECK(CxSampaTransformer::GetG2PAVersionString(2).IsEmpty());
-        torv::SetConverterModule(0, nullptr);
-        CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480) == 0); // both are needed
+        stage.Note(100, 100, {"b"});
+        stage.builder.CloseBuffer();
+        CxSampaTransformer transformer;
+        stage.atMessage = [&] {
+            CHECK(stage.fake->deletes == 1);
+            CHECK(stage.track->GetModify() == row.result); // all is stored before anything is shown
+            const std::unique_ptr<CSequenceObject> empty(CSequence::CreateObject());
+            CHECK(transformer.DoTransform(empty.get(), 480, 1) == 1);
+            torv::SetConverterModule(1, nullptr);
+            stage.track.reset();
+        };
+        CHECK(transformer.DoTransform(stage.track.get(), 480, 1) == row.result);
+        CHECK(stage.messages.size() == row.messages);
     }
-    CHECK(CxSampaTransformer::GetG2PAVersionString(0).IsEmpty());
-    Stage stage("FAKE_G2PA_NO_GET.DLL");
-    CLyricObject* const lyric = stage.Note(0, 100, {"a"});
-    CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 1) == 0);
-    CHECK(PhonemesOf(lyric) == "before");
-    CHECK(CxSampaTransformer::GetG2PAVersionString(1).IsEmpty()); // that entry point is missing too
 }
 
-TEST_CASE("transformer: by singer, each note in the language in force there") {
-    for (const bool holdBack : {false, true}) { // held back, the two languages' results come one after the other
-        CAPTURE(holdBack);
-        Stage stage;
-        stage.fake->holdBack = holdBack;
-        CLyricObject* const none = stage.Note(0, 100, {"ab"}); // before any singer: Japanese
-        stage.Singer(100, 1);
-        CLyricObject* const english = stage.Note(0, 100, {"cd"}); // exactly at the change
-        stage.Singer(100, 0);
-        CLyricObject* const japanese = stage.Note(50, 100, {"ef"});
-        stage.Singer(0, 7); // a language that nobody knows: Japanese
-        CLyricObject* const unknown = stage.Note(50, 100, {"gh"});
-        CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480) == 1);
-        CHECK((PhonemesOf(none) == "ab" && PhonemesOf(english) == "c d" && PhonemesOf(japanese) == "ef"));
-        CHECK(PhonemesOf(unknown) == "gh");
-        CHECK((stage.fake->creates == 2 && stage.fake->deletes == 2 && stage.fake->sweeps == 2));
-        const unsigned positions[] = {0, 100, 150, 50};
-        for (int i = 0; i < 4; ++i)
-            CHECK(stage.fake->positions[i] == positions[i]); // relative to the note before, whatever its language
-    }
-    Stage stage; // one of the two cannot be made: the other goes, unused
-    stage.fake->createErrorAt = 1;
-    stage.fake->createError = -9;
-    CLyricObject* const lyric = stage.Note(0, 100, {"ab"});
-    CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480) == 0);
-    CHECK((stage.fake->creates == 2 && stage.fake->deletes == 1 && stage.fake->puts == 0));
-    CHECK((PhonemesOf(lyric) == "before" && stage.messages.empty()));
-}

@@ -2,6 +2,8 @@
 
 #include "torv/platform/language.h"
 
+#include <cstdio>
+
 namespace torv {
 namespace {
 
@@ -19,8 +21,8 @@ bool Load(Converter& converter) {
     converter.isOwn = converter.module != nullptr;
     if (converter.isOwn)
         return true;
-    CString text;
-    text.Format("Could not load \"%s\" !", converter.name);
+    char text[64];
+    std::snprintf(text, sizeof text, "Could not load \"%s\" !", converter.name);
     AfxMessageBox(text, MB_ICONEXCLAMATION | MB_OK);
     return false;
 }

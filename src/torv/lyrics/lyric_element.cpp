@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <new>
 #include <utility>
 
 namespace {
@@ -59,8 +60,12 @@ int CLyricElement::SetDeltaRate(DWORD part, DWORD whole) {
 }
 
 int CLyricElement::AddPhonemeChara(const char* text) {
-    m_phonemes.push_back(MakePhoneme(text));
-    return 1;
+    try {
+        m_phonemes.push_back(MakePhoneme(text));
+        return 1;
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
 }
 
 const char* CLyricElement::GetPhonemeChara(int index) const {
@@ -89,7 +94,11 @@ void CLyricElement::SplitPhonemes(const char* phonemes) {
 }
 
 int CLyricElement::SetPhonemeString(const char* phonemes, int language) {
-    SplitPhonemes(phonemes);
+    try {
+        SplitPhonemes(phonemes);
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
     for (int i = 0; i < GetPhonemeCharaCount(); ++i)
         SetConsonantAdvancement(i, GetDefaultConsonantAdvancement(i, language));
     return 1;
@@ -126,34 +135,44 @@ int CLyricElement::IsConsonant(int index, int language) const {
 int CLyricElement::ConstructParameter(const tagLyricSyllable* record) {
     if (!record)
         return 0;
-    m_strLyric = CString(record->text, static_cast<int>(strnlen(record->text, torv::kMaxSyllableText)));
-    m_fDeltaRate = record->deltaRate;
-    m_nEditMark = record->phonemeEditMark;
-    m_phonemes.clear();
-    if (!record->firstPhoneme.text[0])
+    try {
+        CLyricElement read;
+        read.m_strLyric = CString(record->text, static_cast<int>(strnlen(record->text, torv::kMaxSyllableText)));
+        read.m_fDeltaRate = record->deltaRate;
+        read.m_nEditMark = record->phonemeEditMark;
+        int nodes = 0;
+        for (const tagPhonemeCharaEx* node = record->firstPhoneme.text[0] ? &record->firstPhoneme : nullptr;
+             node && nodes < kLongestChain; node = node->next) {
+            read.m_phonemes.push_back(MakePhoneme(node->text));
+            read.m_phonemes.back().advancement = node->advancement;
+            ++nodes;
+        }
+        *this = std::move(read);
         return 1;
-    int nodes = 0;
-    for (const tagPhonemeCharaEx* node = &record->firstPhoneme; node && nodes < kLongestChain; node = node->next) {
-        m_phonemes.push_back(MakePhoneme(node->text));
-        m_phonemes.back().advancement = node->advancement;
-        ++nodes;
+    } catch (const std::bad_alloc&) {
+        return 0;
     }
-    return 1;
 }
 
 int CLyricElement::DescribeParameter(tagLyricSyllable* record) const {
     if (!record)
         return 0;
-    std::memset(record, 0, sizeof *record); // gaps that a word size leaves are 0 too
-    torv::CopyText(record->text, sizeof record->text, m_strLyric);
-    record->deltaRate = m_fDeltaRate;
-    record->phonemeEditMark = m_nEditMark;
-    tagPhonemeCharaEx* node = &record->firstPhoneme;
+    tagLyricSyllable described;
+    std::memset(&described, 0, sizeof described); // gaps that a word size leaves are 0 too
+    torv::CopyText(described.text, sizeof described.text, m_strLyric);
+    described.deltaRate = m_fDeltaRate;
+    described.phonemeEditMark = m_nEditMark;
+    tagPhonemeCharaEx* node = &described.firstPhoneme;
     for (const tagPhonemeChara& phoneme : m_phonemes) {
         if (&phoneme != &m_phonemes.front())
-            node = node->next = new tagPhonemeCharaEx();
+            node = node->next = new (std::nothrow) tagPhonemeCharaEx();
+        if (!node) {
+            torv::ReleaseLyricSyllable(&described);
+            return 0;
+        }
         std::memcpy(node->text, phoneme.text, sizeof node->text);
         node->advancement = phoneme.advancement;
     }
+    std::memcpy(record, &described, sizeof described);
     return 1;
 }

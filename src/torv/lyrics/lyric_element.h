@@ -51,13 +51,16 @@ static_assert(sizeof(void*) != 4 || (sizeof(tagLyricSyllable) == 68 && offsetof(
 static_assert(sizeof(void*) != 8 || sizeof(tagLyricSyllable) == 80);
 
 /// One syllable of a lyric: its text, its share of the note, its phonemes. Indexes out of range read as empty or 0 and
-/// write nothing. Null texts are empty.
+/// write nothing. Null texts are empty. Where memory is refused, what has a result answers 0 and leaves the element as
+/// it was; constructors, SetLyricString and the texts that are returned throw std::bad_alloc.
 class TORV_API CLyricElement : public CObject {
 public:
     CLyricElement();
     explicit CLyricElement(CLyricElement* other);
     CLyricElement(const CLyricElement&) = default;
     CLyricElement& operator=(const CLyricElement&) = default;
+    CLyricElement(CLyricElement&&) noexcept = default;
+    CLyricElement& operator=(CLyricElement&&) noexcept = default;
     ~CLyricElement() override;
 
     void SetLyricString(const char* text) { m_strLyric = text; }

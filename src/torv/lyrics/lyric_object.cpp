@@ -3,8 +3,10 @@
 #include "torv/typed_file/typed_file.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -43,15 +45,23 @@ CLyricObject::~CLyricObject() = default;
 CLyricElement* CLyricObject::AddNewElement() { return AddNewElement(nullptr); }
 
 CLyricElement* CLyricObject::AddNewElement(CLyricElement* model) {
-    auto* const element = model ? new (std::nothrow) CLyricElement(model) : new (std::nothrow) CLyricElement;
-    return InsertElementAt(GetElementCount(), element) ? element : nullptr;
+    try {
+        return m_elements.emplace_back(std::make_unique<CLyricElement>(model)).get();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 int CLyricObject::InsertElementAt(int index, CLyricElement* element) {
     if (!element)
         return 0;
-    m_elements.emplace(m_elements.begin() + std::clamp(index, 0, GetElementCount()), element);
-    return 1;
+    try {
+        const auto place = m_elements.emplace(m_elements.begin() + std::clamp(index, 0, GetElementCount()));
+        place->reset(element);
+        return 1;
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
 }
 
 CLyricElement* CLyricObject::GetElementAt(int index) const {
@@ -121,45 +131,68 @@ void CLyricObject::UnformatParameter(CLyricElement& element, const char* value) 
 int CLyricObject::ConstructParameter(CxTypedFile* file, const char* section) {
     if (!file)
         return 0;
-    for (int i = 0;; ++i) {
-        const CString value = file->ReadAt(section, KeyOf(i), nullptr);
-        if (value.IsEmpty())
-            return 1;
-        CLyricElement* const element = AddNewElement();
-        if (!element)
-            return 0;
-        UnformatParameter(*element, value);
+    try {
+        Elements read;
+        for (int i = 0;; ++i) {
+            const CString value = file->ReadAt(section, KeyOf(i), nullptr);
+            if (value.IsEmpty())
+                break;
+            UnformatParameter(*read.emplace_back(std::make_unique<CLyricElement>()), value);
+        }
+        m_elements.insert(m_elements.end(), std::make_move_iterator(read.begin()), std::make_move_iterator(read.end()));
+        return 1;
+    } catch (const std::bad_alloc&) {
+        return 0;
     }
 }
 
 int CLyricObject::DescribeParameter(CxTypedFile* file, const char* section) const {
     if (!file)
         return 0;
-    for (int i = 0; i < GetElementCount(); ++i)
-        file->WriteAt(section, KeyOf(i), FormatParameter(*GetElementAt(i)));
-    return 1;
+    try {
+        for (int i = 0; i < GetElementCount(); ++i)
+            if (!file->WriteAt(section, KeyOf(i), FormatParameter(*GetElementAt(i))))
+                return 0;
+        return 1;
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
 }
 
 int CLyricObject::ConstructParameter(const tagLyricObject* record) {
-    RemoveAll();
-    if (!record)
+    if (!record) {
+        RemoveAll();
         return 0;
-    for (int i = 0; record->syllables && i < record->count; ++i) {
-        CLyricElement* const element = AddNewElement();
-        if (!element)
-            return 0;
-        element->ConstructParameter(&record->syllables[i]);
     }
-    return 1;
+    try {
+        Elements read;
+        for (int i = 0; record->syllables && i < record->count; ++i)
+            if (!read.emplace_back(std::make_unique<CLyricElement>())->ConstructParameter(&record->syllables[i]))
+                return 0;
+        m_elements = std::move(read);
+        return 1;
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
 }
 
 int CLyricObject::DescribeParameter(tagLyricObject* record) const {
     if (!record)
         return 0;
-    record->count = GetElementCount();
-    record->syllables = record->count ? new tagLyricSyllable[static_cast<size_t>(record->count)] : nullptr;
-    for (int i = 0; i < record->count; ++i)
-        GetElementAt(i)->DescribeParameter(&record->syllables[i]);
+    tagLyricObject described = {};
+    if (!m_elements.empty()) {
+        described.syllables = new (std::nothrow) tagLyricSyllable[m_elements.size()];
+        if (!described.syllables)
+            return 0;
+    }
+    for (const auto& element : m_elements) {
+        if (!element->DescribeParameter(&described.syllables[described.count])) {
+            torv::ReleaseLyricRecord(&described);
+            return 0;
+        }
+        ++described.count;
+    }
+    *record = described;
     return 1;
 }
 

@@ -23,6 +23,8 @@ TORV_API void ReleaseLyricRecord(tagLyricObject* record);
 } // namespace torv
 
 /// A note's lyric: its syllables in order, which it owns. Texts are code page 932. Results are 1 and 0.
+/// Where memory is refused, what has a result answers 0 or null and leaves the object as it was; copying throws
+/// std::bad_alloc.
 class TORV_API CLyricObject : public CObject {
 public:
     CLyricObject();
@@ -34,7 +36,7 @@ public:
     /// The new element stays the object's. Null when memory is short.
     CLyricElement* AddNewElement();
     CLyricElement* AddNewElement(CLyricElement* model);
-    /// Takes the element over; an index out of range is the nearest end. 0 for null.
+    /// Takes the element over, unless it answers 0; an index out of range is the nearest end. 0 for null.
     int InsertElementAt(int index, CLyricElement* element);
     CLyricElement* GetElementAt(int index) const;
     int GetElementCount() const { return static_cast<int>(m_elements.size()); }
@@ -60,7 +62,7 @@ public:
     /// The default phoneme, whatever the lyric: real ones come from the transformer.
     static int LyricToPhoneme(CString& phoneme, const char* lyric, int language);
     /// Puts the first syllable of `lyric` into `syllable` and returns where the next one starts. For any other language
-    /// `lyric` comes back and the syllable is empty.
+    /// `lyric` comes back and the syllable is empty. Null for want of memory. `lyric` is no text of the syllable's own.
     static const char* SyllabicateLyric(CString& syllable, const char* lyric, int language);
     static const char* SyllabicateLyricJpn(CString& syllable, const char* lyric);
     static const char* SyllabicateLyricEng(CString& syllable, const char* lyric);
@@ -77,5 +79,6 @@ protected:
     int VerifyPhonemeEditMark() const;
 
 private:
-    std::vector<std::unique_ptr<CLyricElement>> m_elements;
+    using Elements = std::vector<std::unique_ptr<CLyricElement>>;
+    Elements m_elements;
 };

@@ -81,11 +81,11 @@ const char* CxPhoneticDic::ExtractConsonantJpn(CString& consonant, const char* s
         ++vowel;
     if (!vowel || !*vowel)
         return nullptr;
-    consonant = CString(syllable, static_cast<int>(vowel - syllable));
-    if (IsConsonantJpn(consonant))
-        return vowel;
-    consonant.Empty();
-    return nullptr;
+    Cell head = {}; // a text that fills it is longer than any consonant
+    torv::CopyText(head, std::min(sizeof head, static_cast<size_t>(vowel - syllable) + 1), syllable);
+    const bool isConsonant = IsConsonantJpn(head);
+    consonant = isConsonant ? head : "";
+    return isConsonant ? vowel : nullptr;
 }
 
 int CxPhoneticDic::IsConsonantEng(const char* phoneme, const char* next) {

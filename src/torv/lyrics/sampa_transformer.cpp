@@ -3,195 +3,25 @@
 #include "torv/icons/icon_singer.h"
 #include "torv/lyrics/converter_modules.h"
 #include "torv/lyrics/lyric_object.h"
+#include "torv/lyrics/phoneme_converter.h"
 #include "torv/platform/language.h"
 #include "torv/score/csq_event_anote.h"
 #include "torv/score/csq_event_singer.h"
 #include "torv/score/sequence_object.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cstdio>
+#include <new>
+#include <type_traits>
 
 namespace {
 
 constexpr DWORD kTicksPerBeat = 480;
-constexpr int kGotOutput = 0;
-constexpr int kNothingForNow = 1;
-constexpr int kPhonemeBytes = 256;
-/// A converter that never says "nothing for now" would hold the song for ever.
-constexpr size_t kMostOutputsAtOnce = 1000000;
-
-const char* const kCreate = "g2paCreate";
-const char* const kDelete = "g2paDelete";
-const char* const kPut = "g2paPut";
-const char* const kGet = "g2paGet";
-const char* const kVersion = "g2paGetVersionString";
-
-/// Appends a slot, which may lack its terminator, as far as there is room.
-int AppendSlot(const char* slot, char* buffer, int length, int size) {
-    const int slotLength = static_cast<int>(strnlen(slot, G2PA_SLOT_BYTES));
-    const int count = std::min(slotLength, size - 1 - length);
-    std::memcpy(buffer + length, slot, static_cast<size_t>(count));
-    return length + count;
-}
-
-int JoinSlots(const G2paOutput& output, const char* separator, char* buffer, int size) {
-    int length = 0;
-    const int count = std::min<int>(output.count, G2PA_MAX_SLOTS);
-    for (int i = 0; i < count; ++i) {
-        if (i > 0)
-            length = AppendSlot(separator, buffer, length, size);
-        length = AppendSlot(output.slots[i], buffer, length, size);
-    }
-    buffer[length] = '\0';
-    return length;
-}
-
-} // namespace
-
-CxSampaTransformer::CxSampaTransformer() : m_output() {}
-CxSampaTransformer::~CxSampaTransformer() = default;
-
-CString CxSampaTransformer::GetG2PAVersionString(int language) {
-    const HMODULE module = torv::ConverterModule(language);
-    const auto version = module ? torv::EntryPoint<G2paGetVersionStringProc>(module, kVersion) : nullptr;
-    return version ? CString(version()) : CString();
-}
-
-int CxSampaTransformer::BindFunctions(Converter& converter, HMODULE module) {
-    if (!module)
-        return 0;
-    converter.create = torv::EntryPoint<G2paCreateProc>(module, kCreate);
-    converter.release = converter.create ? torv::EntryPoint<G2paDeleteProc>(module, kDelete) : nullptr;
-    converter.put = converter.release ? torv::EntryPoint<G2paPutProc>(module, kPut) : nullptr;
-    converter.get = converter.put ? torv::EntryPoint<G2paGetProc>(module, kGet) : nullptr;
-    return converter.get != nullptr;
-}
-
-int CxSampaTransformer::LoadFunction(int language) {
-    m_converters.clear();
-    if (!torv::IsLanguage(language))
-        return 0;
-    Converter converter;
-    converter.language = language;
-    if (!BindFunctions(converter, torv::ConverterModule(language)))
-        return 0;
-    m_converters.push_back(std::move(converter));
-    return 1;
-}
-
-int CxSampaTransformer::LoadFunction() {
-    m_converters.clear();
-    for (int language = 0; language < torv::kLanguages; ++language) {
-        Converter converter;
-        converter.language = language;
-        if (!BindFunctions(converter, torv::ConverterModule(language)))
-            return 0;
-        m_converters.push_back(std::move(converter));
-    }
-    return 1;
-}
-
-int CxSampaTransformer::BeginTransform(Converter& converter, DWORD value) {
-    converter.handle = converter.create(value / kTicksPerBeat);
-    if (converter.handle >= 0)
-        return 1;
-    m_nReturnCode = converter.handle;
-    return 0;
-}
-
-int CxSampaTransformer::EndTransform(Converter& converter) {
-    const int code = converter.release(converter.handle);
-    converter.handle = -1;
-    if (code != 0)
-        m_nReturnCode = code;
-    return code == 0;
-}
-
-int CxSampaTransformer::GetJPhoneme(const G2paOutput& output, char* buffer, int size) {
-    return JoinSlots(output, "", buffer, size);
-}
-int CxSampaTransformer::GetEPhoneme(const G2paOutput& output, char* buffer, int size) {
-    return JoinSlots(output, " ", buffer, size);
-}
-
-int CxSampaTransformer::CollectOutputs(Converter& converter) {
-    for (size_t taken = 0; taken < kMostOutputsAtOnce; ++taken) {
-        m_output = {};
-        const int code = converter.get(converter.handle, &m_output);
-        if (code == kNothingForNow)
-            return 1;
-        if (code != kGotOutput) {
-            m_nReturnCode = code;
-            return 0;
-        }
-        char text[kPhonemeBytes];
-        const int length = converter.language == torv::kEnglish ? GetEPhoneme(m_output, text, sizeof text)
-                                                                : GetJPhoneme(m_output, text, sizeof text);
-        converter.results.emplace_back(length > 0 ? text : CLyricObject::GetDefaultPhoneme(converter.language));
-    }
-    return 0;
-}
-
-int CxSampaTransformer::TransformLyricObject(Converter& converter, CLyricObject* lyric, DWORD position,
-                                             DWORD noteLength) {
-    for (int i = 0; i < lyric->GetElementCount(); ++i) {
-        const CLyricElement& element = *lyric->GetElementAt(i);
-        const DWORD length = torv::ShareOf(noteLength, element.GetDeltaRate());
-        const CString text = element.GetLyricString();
-        const size_t textBytes = std::max<size_t>(static_cast<size_t>(text.GetLength()) + 1, G2PA_MIN_TEXT_BYTES);
-        m_input.assign(offsetof(G2paInput, text) + textBytes, 0);
-        std::memcpy(m_input.data() + offsetof(G2paInput, position), &position, sizeof position);
-        std::memcpy(m_input.data() + offsetof(G2paInput, length), &length, sizeof length);
-        std::memcpy(m_input.data() + offsetof(G2paInput, text), static_cast<const char*>(text),
-                    static_cast<size_t>(text.GetLength()));
-        if (const int code = converter.put(converter.handle, m_input.data())) {
-            m_nReturnCode = code;
-            return 0;
-        }
-        if (!CollectOutputs(converter))
-            return 0;
-        position += length;
-    }
-    return 1;
-}
-
-// The end of input: what the converter held back comes now.
-int CxSampaTransformer::SweepOut(Converter& converter) {
-    if (const int code = converter.put(converter.handle, nullptr)) {
-        m_nReturnCode = code;
-        return 0;
-    }
-    return CollectOutputs(converter);
-}
-
-int CxSampaTransformer::UpdateLyricObject(Converter& converter, CLyricObject* lyric) {
-    for (int i = 0; i < lyric->GetElementCount(); ++i) {
-        CString phonemes;
-        if (converter.used < converter.results.size())
-            phonemes = converter.results[converter.used];
-        else
-            AfxMessageBox("Internal Error", MB_ICONWARNING);
-        ++converter.used;
-        if (phonemes.IsEmpty())
-            phonemes = CLyricObject::GetDefaultPhoneme(converter.language);
-        CLyricElement& element = *lyric->GetElementAt(i);
-        if (!element.GetPhonemeEditMark())
-            element.SetPhonemeString(phonemes, converter.language);
-    }
-    return 1;
-}
-
-void CxSampaTransformer::TranErrorProcess() const {
-    MessageBeep(MB_ICONWARNING);
-    CString text;
-    text.Format("Sampa Transformation Error !\nG2PA.dll return code : %d", m_nReturnCode);
-    AfxMessageBox(text, MB_ICONWARNING);
-}
 
 /// Calls visit(lyric, position, length) for every note with a lyric handle, in song order, while it answers non-zero;
 /// the lyric is null when the handle names nothing.
 template <class Visit>
-int CxSampaTransformer::VisitLyrics(CSequenceObject* track, Visit visit) {
+int VisitLyrics(CSequenceObject* track, Visit visit) {
     CCsqEventAnote notes;
     if (!notes.Attach(track))
         return 0;
@@ -203,60 +33,170 @@ int CxSampaTransformer::VisitLyrics(CSequenceObject* track, Visit visit) {
     return 1;
 }
 
-CxSampaTransformer::Converter& CxSampaTransformer::ConverterAt(DWORD position, Mode mode) {
-    // Without a singer in force, or with one of another language, Japanese is spoken.
-    const int language = mode == Mode::BySinger ? GetLanguage(position) : 0;
-    return m_converters[language == torv::kEnglish ? torv::kEnglish : torv::kJapanese];
+} // namespace
+
+struct CxSampaTransformer::Change {
+    CLyricElement* element;
+    CLyricElement changed;
+};
+
+CxSampaTransformer::CxSampaTransformer() = default;
+CxSampaTransformer::~CxSampaTransformer() = default;
+
+CString CxSampaTransformer::GetG2PAVersionString(int language) {
+    const HMODULE module = torv::ConverterModule(language);
+    const auto version = module ? torv::EntryPoint<G2paGetVersionStringProc>(module, "g2paGetVersionString") : nullptr;
+    return version ? CString(version()) : CString();
 }
 
-int CxSampaTransformer::Transform(CSequenceObject* track, DWORD value, Mode mode) {
-    m_nReturnCode = 0;
-    for (size_t i = 0; i < m_converters.size(); ++i) {
-        if (BeginTransform(m_converters[i], value))
-            continue;
-        while (i-- > 0)
-            EndTransform(m_converters[i]);
-        return 0;
+int CxSampaTransformer::LoadFunction(Converters& converters, int language) {
+    return converters.emplace_back(language).Bind();
+}
+
+int CxSampaTransformer::LoadFunction(Converters& converters) {
+    return LoadFunction(converters, torv::kJapanese) && LoadFunction(converters, torv::kEnglish);
+}
+
+/// Remembers a converter's error code; whether it is none.
+int CxSampaTransformer::Keep(int code) {
+    if (code != 0)
+        m_nReturnCode = code;
+    return code == 0;
+}
+
+int CxSampaTransformer::BeginTransform(torv::PhonemeConverter& converter, DWORD value) {
+    return Keep(converter.Create(value / kTicksPerBeat));
+}
+
+int CxSampaTransformer::SweepOut(torv::PhonemeConverter& converter) { return Keep(converter.EndInput()); }
+int CxSampaTransformer::EndTransform(torv::PhonemeConverter& converter) { return Keep(converter.Delete()); }
+
+int CxSampaTransformer::GetJPhoneme(const G2paOutput& output, char* buffer, int size) {
+    return torv::JoinSymbols(output, "", buffer, size);
+}
+int CxSampaTransformer::GetEPhoneme(const G2paOutput& output, char* buffer, int size) {
+    return torv::JoinSymbols(output, " ", buffer, size);
+}
+
+int CxSampaTransformer::TransformLyricObject(torv::PhonemeConverter& converter, CLyricObject* lyric, DWORD position,
+                                             DWORD noteLength) {
+    for (int i = 0; i < lyric->GetElementCount(); ++i) {
+        const CLyricElement& element = *lyric->GetElementAt(i);
+        const DWORD length = torv::ShareOf(noteLength, element.GetDeltaRate());
+        if (!Keep(converter.Put(position, length, element.GetLyricString())))
+            return 0;
+        position += length;
     }
+    return 1;
+}
+
+int CxSampaTransformer::UpdateLyricObject(torv::PhonemeConverter& converter, CLyricObject* lyric,
+                                          std::vector<Change>& changes) {
+    int missing = 0;
+    for (int i = 0; i < lyric->GetElementCount(); ++i) {
+        CString phonemes = converter.TakeResult();
+        if (phonemes.IsEmpty()) {
+            ++missing;
+            phonemes = CLyricObject::GetDefaultPhoneme(converter.Language());
+        }
+        CLyricElement* const element = lyric->GetElementAt(i);
+        if (element->GetPhonemeEditMark())
+            continue;
+        changes.push_back({element, *element});
+        if (!changes.back().changed.SetPhonemeString(phonemes, converter.Language()))
+            throw std::bad_alloc();
+    }
+    return missing;
+}
+
+void CxSampaTransformer::TranErrorProcess(int code) {
+    MessageBeep(MB_ICONWARNING);
+    char text[80];
+    std::snprintf(text, sizeof text, "Sampa Transformation Error !\nG2PA.dll return code : %d", code);
+    AfxMessageBox(text, MB_ICONWARNING);
+}
+
+torv::PhonemeConverter& CxSampaTransformer::ConverterAt(DWORD position, Converters& converters) const {
+    // Without a singer in force, or with one of another language, it is the first one's: Japanese of both.
+    const auto isSung = [language = GetLanguage(position)](const auto& each) { return each.Language() == language; };
+    const auto found = std::find_if(converters.begin(), converters.end(), isSung);
+    return found == converters.end() ? converters.front() : *found;
+}
+
+int CxSampaTransformer::PutLyrics(CSequenceObject* track, Converters& converters, Outcome& outcome) {
     DWORD previous = 0;
-    const int converted = VisitLyrics(track, [&](CLyricObject* lyric, DWORD position, DWORD length) {
+    return VisitLyrics(track, [&](CLyricObject* lyric, DWORD position, DWORD length) {
         if (!lyric)
             return 0;
-        if (!TransformLyricObject(ConverterAt(position, mode), lyric, position - previous, length)) {
-            TranErrorProcess();
-            return 0;
-        }
+        outcome.hasFailed =
+            !TransformLyricObject(ConverterAt(position, converters), lyric, position - previous, length);
+        outcome.code = m_nReturnCode;
         previous = position;
-        return 1;
+        return outcome.hasFailed ? 0 : 1;
     });
-    for (Converter& converter : m_converters) {
-        SweepOut(converter);
-        EndTransform(converter);
-    }
-    if (!converted)
-        return 0;
-    const int updated = VisitLyrics(track, [&](CLyricObject* lyric, DWORD position, DWORD) {
-        // A lyric may be gone by now: the host runs on while a message is shown.
-        return lyric ? UpdateLyricObject(ConverterAt(position, mode), lyric) : 0;
+}
+
+/// Nothing is changed before all changes are made.
+int CxSampaTransformer::StoreResults(CSequenceObject* track, Converters& converters, Outcome& outcome) const {
+    std::vector<Change> changes;
+    const int found = VisitLyrics(track, [&](CLyricObject* lyric, DWORD position, DWORD) {
+        if (lyric)
+            outcome.missingResults += UpdateLyricObject(ConverterAt(position, converters), lyric, changes);
+        return lyric ? 1 : 0;
     });
-    if (!updated)
+    if (!found)
         return 0;
+    static_assert(std::is_nothrow_move_assignable_v<CLyricElement>);
+    for (Change& change : changes)
+        *change.element = std::move(change.changed);
     track->SetModify(1);
     return 1;
 }
 
-int CxSampaTransformer::DoTransform(CSequenceObject* track, DWORD value, int language) {
-    if (!track || !LoadFunction(language))
+CxSampaTransformer::Outcome CxSampaTransformer::Convert(CSequenceObject* track, DWORD value, Converters& converters) {
+    Outcome outcome;
+    for (torv::PhonemeConverter& converter : converters)
+        if (!BeginTransform(converter, value))
+            return outcome;
+    const int arePut = PutLyrics(track, converters, outcome);
+    for (torv::PhonemeConverter& converter : converters) {
+        SweepOut(converter);
+        EndTransform(converter);
+    }
+    outcome.result = arePut && StoreResults(track, converters, outcome);
+    return outcome;
+}
+
+template <class Load>
+int CxSampaTransformer::Transform(CSequenceObject* track, DWORD value, Load load) {
+    if (!track)
         return 0;
-    return Transform(track, value, Mode::OneLanguage);
+    Outcome outcome;
+    try {
+        Converters converters;
+        m_singers.clear();
+        if (!load(converters))
+            return 0;
+        m_nReturnCode = 0;
+        outcome = Convert(track, value, converters);
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+    // From here on nothing is touched but what stands on the stack: the host runs on while a message is shown.
+    if (outcome.hasFailed)
+        TranErrorProcess(outcome.code);
+    for (int i = 0; i < outcome.missingResults; ++i)
+        AfxMessageBox("Internal Error", MB_ICONWARNING);
+    return outcome.result;
+}
+
+int CxSampaTransformer::DoTransform(CSequenceObject* track, DWORD value, int language) {
+    return Transform(track, value, [=](Converters& converters) { return LoadFunction(converters, language); });
 }
 
 int CxSampaTransformer::DoTransform(CSequenceObject* track, DWORD value) {
-    if (!track || !LoadFunction() || !CreateSingerInfo(track))
-        return 0;
-    const int result = Transform(track, value, Mode::BySinger);
-    m_singers.clear();
-    return result;
+    return Transform(track, value,
+                     [=, this](Converters& converters) { return LoadFunction(converters) && CreateSingerInfo(track); });
 }
 
 int CxSampaTransformer::GetSingerCount(CSequenceObject* track) {

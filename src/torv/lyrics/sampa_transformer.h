@@ -2,13 +2,17 @@
 
 #include "torv/platform/platform.h"
 
-#include <array>
+#include <list>
 #include <vector>
 
-#include "g2pa_abi.h"
-
+class CLyricElement;
 class CLyricObject;
 class CSequenceObject;
+struct G2paOutput;
+
+namespace torv {
+class PhonemeConverter;
+}
 
 /// One singer change of a track.
 struct TSingerInfo {
@@ -18,52 +22,47 @@ struct TSingerInfo {
 static_assert(sizeof(TSingerInfo) == 8);
 
 /// Turns the lyrics of a track into phonemes by streaming every syllable, in song order, through the external phoneme
-/// converters that the application object has loaded. One conversion at a time; runs on the caller's thread. When it
-/// fails no lyric is changed.
+/// converters that are loaded. Runs on the caller's thread. When it fails, for want of memory too, no lyric is changed.
+/// What the user is told is shown at the very end: at a message the host may use the transformer again, change or
+/// delete the track and free the converters.
 class TORV_API CxSampaTransformer {
 public:
     CxSampaTransformer();
     virtual ~CxSampaTransformer();
 
-    /// Converts the whole track as one language (0 or 1). `value` is passed on, divided by 480. 1, or 0 when the
-    /// converter is missing or fails.
+    /// Converts the whole track as one language. `value` is passed on, divided by 480. 1, or 0 when the converter is
+    /// missing or fails.
     int DoTransform(CSequenceObject* track, DWORD value, int language);
     /// Each note in the language of the singer in force there; needs both converters.
     int DoTransform(CSequenceObject* track, DWORD value);
-    /// A converter's version text; empty for any other language or when it is not loaded.
+    /// A converter's version text; empty for any other language or when it is not loaded. Throws std::bad_alloc.
     static CString GetG2PAVersionString(int language);
 
     /// The last error code of a converter, 0 for none.
     int GetLastReturnCode() const { return m_nReturnCode; }
 
 protected:
-    /// One converter in use: its entry points, its handle, what it has delivered and how much of that is used up.
-    struct Converter {
-        int language = 0;
-        G2paCreateProc create = nullptr;
-        G2paDeleteProc release = nullptr;
-        G2paPutProc put = nullptr;
-        G2paGetProc get = nullptr;
-        int handle = -1;
-        std::vector<CString> results;
-        size_t used = 0;
-    };
+    using Converters = std::list<torv::PhonemeConverter>;
+    /// The phonemes that a syllable is to have.
+    struct Change;
 
-    int LoadFunction(int language); ///< the converter of one language
-    int LoadFunction();             ///< both
-    int BeginTransform(Converter& converter, DWORD value);
+    static int LoadFunction(Converters& converters, int language); ///< the converter of one language
+    static int LoadFunction(Converters& converters);               ///< both, Japanese first
+    int BeginTransform(torv::PhonemeConverter& converter, DWORD value);
     /// Puts every syllable of a lyric and takes what comes back. `position` is the note's, relative to the previous
     /// note with a lyric.
-    int TransformLyricObject(Converter& converter, CLyricObject* lyric, DWORD position, DWORD noteLength);
-    int SweepOut(Converter& converter);
-    int EndTransform(Converter& converter);
-    /// Gives a lyric's syllables their results; those edited by hand use theirs up and stay as they are.
-    int UpdateLyricObject(Converter& converter, CLyricObject* lyric);
+    int TransformLyricObject(torv::PhonemeConverter& converter, CLyricObject* lyric, DWORD position, DWORD noteLength);
+    int SweepOut(torv::PhonemeConverter& converter);
+    int EndTransform(torv::PhonemeConverter& converter);
+    /// Notes what a lyric's syllables become; those edited by hand use their results up and stay as they are. Answers
+    /// how many results are missing.
+    static int UpdateLyricObject(torv::PhonemeConverter& converter, CLyricObject* lyric, std::vector<Change>& changes);
     /// The phonemes of an output as one text of at most `size` - 1 bytes: joined as they are, or with a blank between
     /// them. The length; 0 and an empty text when there are none.
     static int GetJPhoneme(const G2paOutput& output, char* buffer, int size);
     static int GetEPhoneme(const G2paOutput& output, char* buffer, int size);
-    void TranErrorProcess() const;
+    /// Shows an error code of a converter.
+    static void TranErrorProcess(int code);
 
     static int GetSingerCount(CSequenceObject* track);
     int CreateSingerInfo(CSequenceObject* track);
@@ -71,19 +70,22 @@ protected:
     int GetLanguage(DWORD position) const;
 
 private:
-    enum class Mode { OneLanguage, BySinger };
+    /// How a conversion has ended, and what the user is to be told of it.
+    struct Outcome {
+        int result = 0;
+        bool hasFailed = false; ///< a converter, with `code`
+        int code = 0;
+        int missingResults = 0;
+    };
 
-    int BindFunctions(Converter& converter, HMODULE module);
-    int Transform(CSequenceObject* track, DWORD value, Mode mode);
-    Converter& ConverterAt(DWORD position, Mode mode);
-    /// Takes outputs until there are none for now; 0 after an error code.
-    int CollectOutputs(Converter& converter);
-    template <class Visit>
-    int VisitLyrics(CSequenceObject* track, Visit visit);
+    template <class Load>
+    int Transform(CSequenceObject* track, DWORD value, Load load);
+    Outcome Convert(CSequenceObject* track, DWORD value, Converters& converters);
+    int PutLyrics(CSequenceObject* track, Converters& converters, Outcome& outcome);
+    int StoreResults(CSequenceObject* track, Converters& converters, Outcome& outcome) const;
+    torv::PhonemeConverter& ConverterAt(DWORD position, Converters& converters) const;
+    int Keep(int code);
 
     int m_nReturnCode = 0;
-    std::vector<TSingerInfo> m_singers;
-    std::vector<Converter> m_converters; ///< one, or one a language
-    std::vector<BYTE> m_input;           ///< the record being put
-    G2paOutput m_output;
+    std::vector<TSingerInfo> m_singers; ///< none while one language is converted
 };

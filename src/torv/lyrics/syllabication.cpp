@@ -3,6 +3,7 @@
 #include "torv/lyrics/lyric_object.h"
 
 #include <iterator>
+#include <new>
 
 namespace {
 
@@ -32,14 +33,53 @@ unsigned int FullSize(unsigned int character) {
     return 0;
 }
 
-/// Copies bytes of one sort, at most a syllable's worth, until one that `last` names, which is copied too.
-const char* CopyRun(CString& syllable, const char* text, bool singleBytes, char last) {
-    for (int copied = 0; *text && IsSingleByte(*text) == singleBytes && copied < torv::kMaxSyllableText; ++copied) {
-        syllable += *text;
-        if (*text++ == last)
+/// A syllable, and how many bytes of the lyric it was.
+struct Cut {
+    char text[torv::kMaxSyllableText];
+    int length;
+    int taken;
+};
+
+/// Bytes of one sort, at most a syllable's worth, as far as one that `last` names, which is part of it.
+Cut CutRun(const char* lyric, bool singleBytes, char last) {
+    Cut cut = {};
+    while (lyric[cut.taken] && IsSingleByte(lyric[cut.taken]) == singleBytes && cut.taken < torv::kMaxSyllableText) {
+        const char c = lyric[cut.taken++];
+        cut.text[cut.length++] = c;
+        if (c == last)
             break;
     }
-    return text;
+    return cut;
+}
+
+Cut CutJapanese(const char* lyric) {
+    if (IsSingleByte(*lyric))
+        return CutRun(lyric, true, ' ');
+    const unsigned int first = DoubleByteAt(lyric);
+    if (first == 0)
+        return {{lyric[0]}, 1, 1}; // a lone lead byte
+    if (const unsigned int full = FullSize(first))
+        return {{static_cast<char>(full >> 8), static_cast<char>(full & 0xFF)}, 2, 2};
+    if (FullSize(DoubleByteAt(lyric + 2)))
+        return {{lyric[0], lyric[1], lyric[2], lyric[3]}, 4, 4};
+    return {{lyric[0], lyric[1]}, 2, 2};
+}
+
+Cut CutEnglish(const char* lyric) {
+    const bool singleBytes = IsSingleByte(*lyric);
+    return CutRun(lyric, singleBytes, singleBytes ? '-' : '\0');
+}
+
+const char* Append(CString& syllable, const char* lyric, Cut (*cutOff)(const char*)) {
+    if (!lyric || !*lyric)
+        return lyric;
+    const Cut cut = cutOff(lyric);
+    try {
+        syllable += CString(cut.text, cut.length);
+        return lyric + cut.taken;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 } // namespace
@@ -52,30 +92,11 @@ const char* CLyricObject::SyllabicateLyric(CString& syllable, const char* lyric,
 }
 
 const char* CLyricObject::SyllabicateLyricJpn(CString& syllable, const char* lyric) {
-    if (!lyric || !*lyric)
-        return lyric;
-    if (IsSingleByte(*lyric))
-        return CopyRun(syllable, lyric, true, ' ');
-    const unsigned int first = DoubleByteAt(lyric);
-    if (first == 0) {
-        syllable += *lyric; // a lone lead byte
-        return lyric + 1;
-    }
-    if (const unsigned int full = FullSize(first)) {
-        syllable += static_cast<char>(full >> 8);
-        syllable += static_cast<char>(full & 0xFF);
-        return lyric + 2;
-    }
-    const int bytes = FullSize(DoubleByteAt(lyric + 2)) ? 4 : 2;
-    syllable += CString(lyric, bytes);
-    return lyric + bytes;
+    return Append(syllable, lyric, CutJapanese);
 }
 
 const char* CLyricObject::SyllabicateLyricEng(CString& syllable, const char* lyric) {
-    if (!lyric || !*lyric)
-        return lyric;
-    const bool singleBytes = IsSingleByte(*lyric);
-    return CopyRun(syllable, lyric, singleBytes, singleBytes ? '-' : '\0');
+    return Append(syllable, lyric, CutEnglish);
 }
 
 int CLyricObject::IsVowel(const char* text) {

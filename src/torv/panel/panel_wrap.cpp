@@ -1,5 +1,8 @@
 #include "torv/panel/panel_wrap.h"
 
+#include <new>
+#include <utility>
+
 namespace {
 
 enum Status : int { kNotLoaded = 0, kInitialised = 1, kFailed = -1, kIncomplete = -2 };
@@ -14,14 +17,19 @@ CPanelWrap& CPanelWrap::operator=(const CPanelWrap&) = default;
 CPanelWrap::~CPanelWrap() = default;
 
 int CPanelWrap::LoadPanelWrap(int) {
-    // The new one before the old one goes: the same library loaded again stays in memory, with all it knows.
-    const HMODULE module = LoadLibraryA(m_strLibrary);
-    m_pModule.reset();
-    if (!module) {
+    std::shared_ptr<std::remove_pointer_t<HMODULE>> module;
+    try {
+        // The new one before the old one goes: the same library loaded again stays in memory, with all it knows.
+        if (const HMODULE loaded = LoadLibraryA(m_strLibrary))
+            module.reset(loaded, FreeLibrary);
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+    m_pModule = std::move(module);
+    if (!m_pModule) {
         m_nStatus = kFailed;
         return 0;
     }
-    m_pModule.reset(module, FreeLibrary);
     if (!Bind()) {
         m_nStatus = kIncomplete;
         return 0;
@@ -50,10 +58,23 @@ bool CPanelWrap::Bind() {
     return isWhole;
 }
 
+/// The library stays in memory until the call has returned, even when the host lets go of it meanwhile.
+template <class Entry, class... Arguments>
+auto CPanelWrap::Call(Entry entry, Arguments... arguments) const {
+    const auto library = m_pModule;
+    if constexpr (std::is_void_v<decltype(entry(arguments...))>) {
+        if (library && entry)
+            entry(arguments...);
+    } else {
+        return library && entry ? entry(arguments...) : kNotBound;
+    }
+}
+
 int CPanelWrap::InitPanelWrap(const char* text) {
-    const auto call = Callable(m_pfnInit);
-    const bool hasStarted = call && call(reinterpret_cast<INT_PTR>(text)) == 0;
-    m_nStatus = hasStarted ? kInitialised : kFailed;
+    const auto library = m_pModule;
+    const bool hasStarted = Call(m_pfnInit, reinterpret_cast<INT_PTR>(text)) == 0;
+    if (m_pModule == library) // else the host has let go of it while it started
+        m_nStatus = hasStarted ? kInitialised : kFailed;
     return hasStarted ? 1 : 0;
 }
 
@@ -74,52 +95,13 @@ void CPanelWrap::UnloadPanelWrap() {
     // nothing until a library is loaded again.
 }
 
-void CPanelWrap::SetParent(HWND window) {
-    if (const auto call = Callable(m_pfnSetParent))
-        call(window);
-}
-
-void CPanelWrap::SetPlay(LONG position) {
-    if (const auto call = Callable(m_pfnSetPlay))
-        call(position);
-}
-
-void CPanelWrap::SetStop() {
-    if (const auto call = Callable(m_pfnSetStop))
-        call();
-}
-
-int CPanelWrap::SendDeviceData(WAV_DATAS* data) {
-    const auto call = Callable(m_pfnSendDeviceData);
-    return call ? call(data) : kNotBound;
-}
-
-int CPanelWrap::SendPPQPos(LONG position) {
-    const auto call = Callable(m_pfnSendPPQPos);
-    return call ? call(position) : kNotBound;
-}
-
-int CPanelWrap::SendGetPPQPos() {
-    const auto call = Callable(m_pfnSendGetPPQPos);
-    return call ? call() : kNotBound;
-}
-
-int CPanelWrap::SendGetTempo() {
-    const auto call = Callable(m_pfnSendGetTempo);
-    return call ? call() : kNotBound;
-}
-
-void CPanelWrap::SetMakeData() {
-    if (const auto call = Callable(m_pfnSetMakeData))
-        call();
-}
-
-void CPanelWrap::SendAllFlash() {
-    if (const auto call = Callable(m_pfnSendAllFlash))
-        call();
-}
-
-void CPanelWrap::SendSelectTrack(DWORD track) {
-    if (const auto call = Callable(m_pfnSendSelectTrack))
-        call(track);
-}
+void CPanelWrap::SetParent(HWND window) { Call(m_pfnSetParent, window); }
+void CPanelWrap::SetPlay(LONG position) { Call(m_pfnSetPlay, position); }
+void CPanelWrap::SetStop() { Call(m_pfnSetStop); }
+int CPanelWrap::SendDeviceData(WAV_DATAS* data) { return Call(m_pfnSendDeviceData, data); }
+int CPanelWrap::SendPPQPos(LONG position) { return Call(m_pfnSendPPQPos, position); }
+int CPanelWrap::SendGetPPQPos() { return Call(m_pfnSendGetPPQPos); }
+int CPanelWrap::SendGetTempo() { return Call(m_pfnSendGetTempo); }
+void CPanelWrap::SetMakeData() { Call(m_pfnSetMakeData); }
+void CPanelWrap::SendAllFlash() { Call(m_pfnSendAllFlash); }
+void CPanelWrap::SendSelectTrack(DWORD track) { Call(m_pfnSendSelectTrack, track); }

@@ -10,8 +10,8 @@
 /// Binds the host panel's library at run time and hands on what the panel is told and asked. There need not be one:
 /// without the library, or after unloading it, the calls do nothing and the questions are answered by -1.
 ///
-/// Copies share the library, which is unloaded once none of them holds it; each has its own status. Nobody may be in a
-/// call while the same object loads or unloads.
+/// Copies share the library, which is unloaded once none of them holds it and no call is in it; each has its own
+/// status. One thread at a time.
 class TORV_API CPanelWrap {
 public:
     CPanelWrap();
@@ -19,11 +19,12 @@ public:
     CPanelWrap& operator=(const CPanelWrap&);
     ~CPanelWrap();
 
-    /// Another library than "paneldll.dll", for the next LoadPanelWrap.
+    /// Another library than "paneldll.dll", for the next LoadPanelWrap. Throws std::bad_alloc.
     void SetPanelLibrary(const CString& name) { m_strLibrary = name; }
     /// Loads and binds the library in place of the one held; the argument is reserved. Returns 1 with the status as it
     /// was, or 0: status -1 and nothing held when the library cannot be loaded, status -2 when an entry point is
     /// missing. Then the library stays, and what stands before the missing entry point in the interface can be called.
+    /// Where memory is refused it answers 0 with everything as it was.
     int LoadPanelWrap(int = 0);
     /// Starts the panel, with a text for it. Returns 1 with status 1; 0 with status -1 when the panel refuses or there
     /// is none.
@@ -49,11 +50,8 @@ public:
 
 protected:
     bool Bind();
-    /// The entry point, or null when no library is held to call into.
-    template <class Proc>
-    Proc Callable(Proc entry) const {
-        return m_pModule ? entry : nullptr;
-    }
+    template <class Entry, class... Arguments>
+    auto Call(Entry entry, Arguments... arguments) const;
 
     CString m_strLibrary;
     int m_nStatus = 0;

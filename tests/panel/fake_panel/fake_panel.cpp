@@ -14,7 +14,11 @@ namespace {
 
 FakePanelLog g_log;
 
-void Log(const char* entry, intptr_t argument = 0) { g_log = {g_log.calls + 1, entry, argument}; }
+void Log(const char* entry, intptr_t argument = 0) {
+    g_log = {g_log.calls + 1, entry, argument, g_log.during};
+    if (g_log.during)
+        g_log.during();
+}
 
 int32_t Answer(int32_t answer, const char* entry, intptr_t argument = 0) {
     Log(entry, argument);
