@@ -27,7 +27,6 @@ if(CCACHE)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${launcher})
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
-  # Out of a precompiled header GCC 12 warns of overlaps inside std::string that cannot happen (and in the tests of writes
-  # past its end: TorvTargets).
+  # Out of a precompiled header GCC 12 warns of overlaps inside std::string that cannot happen.
   add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fpch-preprocess> $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
 endif()

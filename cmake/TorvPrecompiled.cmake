@@ -9,6 +9,7 @@ function(torv_precompile target name)
     target_include_directories(${owner} PRIVATE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/companions/include)
     target_link_libraries(${owner} PRIVATE torv_host_headers)
     target_compile_definitions(${owner} PRIVATE $<TARGET_PROPERTY:${target},COMPILE_DEFINITIONS>)
+    target_compile_options(${owner} PRIVATE $<TARGET_PROPERTY:${target},COMPILE_OPTIONS>)
     get_target_property(type ${target} TYPE)
     if(type STREQUAL EXECUTABLE AND NOT WIN32) # whose code is as movable as a program's
       set_target_properties(${owner} PROPERTIES POSITION_INDEPENDENT_CODE OFF)
