@@ -5,10 +5,9 @@
 
 #include <doctest/doctest.h>
 
-/// A file in the temporary folder, with the name that it has while it is saved.
+/// A file, and its content as text.
 struct Scratch : ScratchPath {
-    explicit Scratch(const char* name, const std::string& bytes = "")
-        : ScratchPath(name), beside((std::string(name) + ".saving").c_str()) {
+    explicit Scratch(const std::string& bytes = "") {
         if (!bytes.empty())
             Put(bytes);
     }
@@ -17,7 +16,6 @@ struct Scratch : ScratchPath {
         const Bytes bytes = Content();
         return {bytes.begin(), bytes.end()};
     }
-    ScratchPath beside;
 };
 
 /// A buffer in memory.

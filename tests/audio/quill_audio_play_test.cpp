@@ -13,9 +13,6 @@ struct Player : CxQuillAudio {
     using CxQuillAudio::m_hWaveOut;
     using CxQuillAudio::m_nStatus;
     using CxQuillAudio::m_stWaveHdr;
-    using CxQuillAudio::SetAoudioError;
-    using CxQuillAudio::SetMMeError;
-    using CxQuillAudio::waveOutProc;
 
     Player() { CHECK(AudioReset() == 1); }
     ~Player() override { CHECK(AudioReset() == 1); }
@@ -103,7 +100,7 @@ TEST_CASE("quill audio play: what does not begin") {
     CHECK(CxQuillAudio::GetAudioErrorMessage() == std::string("No Error Information."));
 
     // Neither the file that is gone nor the one that is shorter than it was said to be gives a sound.
-    const Scratch file("torv_quill_audio_play_short.wav", "abcd");
+    const Scratch file("abcd");
     for (const CString& path : {CString("torv_no_such_file.wav"), file.Text()}) {
         CWaveBuffer place;
         place.SetRiffInfo(path, 44, 100);
@@ -116,12 +113,15 @@ TEST_CASE("quill audio play: what does not begin") {
     CHECK(CxQuillAudio::AudioPlay(owner.window, &odd, 0, 99, 0, 0) == 0);
     CHECK(owner.TakeNotes() == "over/-1 ");
     CHECK(*CxQuillAudio::GetAudioErrorMessage() != 0);
-    Player::SetMMeError(60000); // has no text; nobody to tell
+    CxQuillAudio::SetMMeError(60000); // has no text; nobody to tell
     CHECK(CxQuillAudio::GetAudioErrorMessage() == std::string("No Error Information."));
     for (const int error : {-1, 2}) {
-        Player::SetAoudioError(error);
+        CxQuillAudio::SetAoudioError(error);
         CHECK(CxQuillAudio::GetAudioErrorMessage() == std::string("Internal Error !\nPlease Report."));
     }
+    CxQuillAudio::ClearAudioError();
+    CHECK(CxQuillAudio::GetAudioErrorMessage() == std::string("No Error Information."));
+    CHECK(Player::m_nStatus == -1); // not free before a reset
     CHECK(CxQuillAudio::OpenAudio() == 1);
     CHECK(Player::m_nStatus == 0);
 }
@@ -138,7 +138,7 @@ TEST_CASE("quill audio play: all of the region, from memory and from a file") {
         {0, 5, "abcde", "begun/1 back0/1 back1/2 over/0 "},
         {2, 10, "cdefghij", "begun/1 back0/1 back1/2 over/0 "},
     };
-    const Scratch file("torv_quill_audio_play.wav");
+    const Scratch file;
     Held inMemory(1, 8, "abcdefghij", 4);
     CWaveBuffer inFile;
     CxQuillAudio audio;
@@ -232,14 +232,15 @@ TEST_CASE("quill audio play: who may do what to whose sound, and messages that a
     for (const LPARAM header : {Player::Header(0), Player::Header(1), Player::Header(0) + 1, LPARAM{0}, LPARAM{-1},
                                 reinterpret_cast<LPARAM>(&foreign)})
         CHECK(CxQuillAudio::OnAudioCallback(first.window, header) == 0); // both blocks are at the device
+    CHECK(CxQuillAudio::WaitReleaseCue(0) == 0);
     recorder->Finish(1);
     REQUIRE(Await([] { return (torv::HeaderFlags(Player::m_stWaveHdr[0]) & WHDR_DONE) != 0; }));
     CHECK(CxQuillAudio::OnAudioCallback(second.window, Player::Header(0)) == 0);
     CHECK(recorder->Queued() == 1);
-    CHECK(CxQuillAudio::OnAudioCallback(first.window, Player::Header(0)) == 1);
+    CHECK(CxQuillAudio::WatchWaveOut(first.window, &Player::m_stWaveHdr[0]) == 1);
     CHECK(recorder->Queued() == 2);
     CHECK(first.Pump() == 1);
-    Player::waveOutProc(nullptr, WOM_OPEN, 0, 0, 0);
+    CxQuillAudio::waveOutProc(nullptr, WOM_OPEN, 0, 0, 0);
     CHECK(first.Pump() == 0);
 
     WAVEHDR played = Player::m_stWaveHdr[0];

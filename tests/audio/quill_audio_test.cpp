@@ -1,4 +1,5 @@
 #include "audio/quill_audio_fixture.h"
+#include "platform/begun_thread.h"
 
 #include <algorithm>
 #include <cmath>
@@ -54,7 +55,7 @@ struct Loaded {
 } // namespace
 
 TEST_CASE("quill audio: any PCM wave comes back bit for bit, with all its chunks") {
-    const Scratch file("torv_quill_audio.wav");
+    const Scratch file;
     const auto roundTrips = [&](int channels, int bits, size_t size, bool pad) {
         INFO(channels, " channels, ", bits, " bits, ", size, " bytes, padded ", pad);
         const std::string data = Random(size, static_cast<unsigned>(size) + bits);
@@ -79,7 +80,7 @@ TEST_CASE("quill audio: any PCM wave comes back bit for bit, with all its chunks
             CHECK((audio.ReadProperty(&place) == 1 && audio.Save(&place) == 1));
             CHECK(file.Get() == bytes);
         }
-        CHECK_FALSE(file.beside.Exists());
+        CHECK(file.IsAlone());
     };
     for (const int channels : {1, 2, 3})
         for (const int bits : {8, 12, 16, 24, 32})
@@ -110,7 +111,7 @@ TEST_CASE("quill audio: the format chunk") {
                        {pcm.substr(0, 12) + Le(4, 2) + Le(24, 2), 0, 0, 0}, // 24 bits in frames of 4 bytes
                        {Fmt(0, 16).substr(8), 0, 0, 0},
                        {Fmt(2, 0).substr(8), 0, 0, 0}};
-    const Scratch file("torv_quill_audio_fmt.wav");
+    const Scratch file;
     for (const auto& test : cases) {
         CAPTURE(&test - cases);
         const bool isNone = test.fmt == "none";
@@ -141,7 +142,7 @@ TEST_CASE("quill audio: what an edit changes in the file") {
         return Wave(fmt + Chunk("fact", Le(frames)) + dataAndTail);
     };
     const std::string mono = Fmt(1, 8);
-    const Scratch file("torv_quill_audio_edit.wav", wave(mono, 4, Chunk("data", "abcd") + tail));
+    const Scratch file(wave(mono, 4, Chunk("data", "abcd") + tail));
     Loaded loaded(file);
     auto& [audio, buffer] = loaded;
     DWORD frames = 4;
@@ -185,8 +186,8 @@ TEST_CASE("quill audio: the kinds of saving") {
     const std::string old = Wave(Fmt(1, 16) + list + Chunk("data", "abcd"));
     const std::string edited = Wave(Fmt(1, 16) + list + Chunk("data", "abcdef"));
     const std::string bare = Wave(Fmt(1, 16) + Chunk("data", "abcdef"));
-    const Scratch first("torv_quill_audio_first.wav", old);
-    const Scratch second("torv_quill_audio_second.wav", "old");
+    const Scratch first(old);
+    const Scratch second("old");
     Loaded loaded(first);
     auto& [audio, buffer] = loaded;
     CHECK(CxQuillAudio().Save(&buffer) == 0); // stands for no file yet
@@ -218,8 +219,8 @@ TEST_CASE("quill audio: the kinds of saving") {
 
 TEST_CASE("quill audio: a save that fails leaves the old file and no other") {
     const std::string old = Wave(Fmt(1, 8) + Chunk("data", "abcd") + Chunk("LIST", "INFO" + Random(6000, 1)));
-    const Scratch file("torv_quill_audio_fail.wav", old);
-    const Scratch target("torv_quill_audio_target.wav", "stays");
+    const Scratch file(old);
+    const Scratch target("stays");
     Loaded loaded(file);
     auto& [audio, buffer] = loaded;
     buffer.AddSample("e", 1);
@@ -228,18 +229,15 @@ TEST_CASE("quill audio: a save that fails leaves the old file and no other") {
         CHECK(loaded.audio.GetFilePath() == file.Text());
         CHECK((loaded.buffer.GetModify() == 1 && Content(loaded.buffer) == "abcde"));
         CHECK(target.Get() == "stays");
-        CHECK_FALSE((target.beside.Exists() || file.beside.Exists()));
+        CHECK(target.IsAlone());
+        CHECK(file.IsAlone());
     };
     fails(audio.SaveAs(target.Text(), nullptr));
     fails(audio.SaveAs(nullptr, &buffer));
     fails(audio.SaveAs("torv_no_such_folder/x.wav", &buffer));
     CHECK(audio.GetError(1) == CFileException::badPath);
-    const auto folder = std::filesystem::temp_directory_path() / "torv_quill_audio_folder.wav";
-    std::filesystem::create_directory(folder);
-    fails(audio.SaveAs(CString(folder.string()), &buffer)); // written whole, but it has no place to go
-    CHECK(audio.GetError(1) != 0);
-    CHECK_FALSE(std::filesystem::exists(folder.string() + ".saving"));
-    std::filesystem::remove(folder);
+    fails(audio.SaveAs(CString(target.Parent().string()), &buffer)); // a folder
+    CHECK(audio.GetError(1) == CFileException::accessDenied);
 
     SUBCASE("a kept chunk is cut off in the middle") { file.Put(old.substr(0, old.size() - 1000)); }
     SUBCASE("another program wrote something else where a kept chunk was") {
@@ -254,9 +252,32 @@ TEST_CASE("quill audio: a save that fails leaves the old file and no other") {
     CHECK(target.Get() == Wave(Fmt(1, 8) + Chunk("data", "abcde")));
 }
 
+TEST_CASE("quill audio: of two saves at once each puts a whole file there") {
+    const Scratch file;
+    const std::string contents[] = {Random(50000, 1), Random(90000, 2)};
+    std::atomic<int> saves[2] = {};
+    std::atomic<bool> hasFailed = false;
+    const auto save = [&](size_t own) {
+        CxQuillAudio audio;
+        Held buffer(1, 8, contents[own]);
+        while (!hasFailed && (saves[0] < 10 || saves[1] < 10)) {
+            hasFailed = hasFailed || audio.SaveNew(file.Text(), &buffer) == 0;
+            ++saves[own];
+        }
+    };
+    {
+        const BegunThread other([&] { save(0); });
+        save(1);
+    }
+    CHECK_FALSE(hasFailed);
+    CHECK(file.IsAlone());
+    const std::string data = file.Get().substr(Wave(Fmt(1, 8) + Chunk("data", "")).size());
+    CHECK((data == contents[0] || data == contents[1])); // too long to be shown
+}
+
 TEST_CASE("quill audio: any bytes are loaded or refused") {
-    const Scratch file("torv_quill_audio_any.wav");
-    const Scratch copy("torv_quill_audio_copy.wav");
+    const Scratch file;
+    const Scratch copy;
     /// What loads must be all there, and the same after a save.
     const auto survives = [&](const std::string& bytes) {
         file.Put(bytes);
@@ -337,7 +358,7 @@ TEST_CASE("quill audio: another extension") {
 }
 
 TEST_CASE("quill audio: a mix by hand") {
-    const Scratch file("torv_quill_audio_mix.wav");
+    const Scratch file;
     const auto value = [](int left, int right) {
         return Le(static_cast<ULONGLONG>(left), 2) + Le(static_cast<ULONGLONG>(right), 2);
     };
@@ -400,8 +421,8 @@ TEST_CASE("quill audio: a mix by hand") {
 }
 
 TEST_CASE("quill audio: a mix of many blocks is the sum, from memory and from files") {
-    const Scratch source("torv_quill_audio_source.wav");
-    const Scratch target("torv_quill_audio_sum.wav");
+    const Scratch source;
+    const Scratch target;
     const size_t length = 40000; // more than two of the blocks that mixing uses
     const auto value = [](const std::string& bytes, size_t i) {
         return static_cast<signed char>(bytes[2 * i + 1]) * 256 + static_cast<BYTE>(bytes[2 * i]);

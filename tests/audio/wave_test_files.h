@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/temp_folder.h"
 #include "torv/audio/wave_file.h"
 
 #include <filesystem>
@@ -10,21 +11,19 @@
 
 using Bytes = std::vector<BYTE>;
 
-/// A path in the temporary folder that is gone with its holder.
+/// A path in a folder of its own, gone with its holder.
 class ScratchPath {
 public:
-    explicit ScratchPath(const char* name) : m_path(std::filesystem::temp_directory_path() / name) {
-        std::filesystem::remove(m_path);
-    }
-    ~ScratchPath() {
-        std::error_code ignored;
-        std::filesystem::remove(m_path, ignored);
-    }
-    ScratchPath(const ScratchPath&) = delete;
-    ScratchPath& operator=(const ScratchPath&) = delete;
+    explicit ScratchPath(const char* name = "wave.wav") : m_path(m_folder.Path(name)) {}
 
-    CString Text() const { return CString(m_path.string()); }
+    CString Text() const { return CString(m_path); }
     bool Exists() const { return std::filesystem::exists(m_path); }
+    /// Whether nothing else was left in the folder.
+    bool IsAlone() const {
+        using Iterator = std::filesystem::directory_iterator;
+        return std::distance(Iterator(Parent()), Iterator()) == (Exists() ? 1 : 0);
+    }
+    std::filesystem::path Parent() const { return std::filesystem::path(m_path).parent_path(); }
     Bytes Content() const {
         std::ifstream file(m_path, std::ios::binary);
         return Bytes(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
@@ -35,7 +34,8 @@ public:
     }
 
 private:
-    std::filesystem::path m_path;
+    TempFolder m_folder;
+    std::string m_path;
 };
 
 /// The file's header for `dataBytes` of 16-bit mono at 44100 Hz, followed by the data.

@@ -43,7 +43,7 @@ constexpr int kAudioError = -1;
 ///
 /// An object stands for one file at most: the last one that was loaded or saved. Only its chunks' places are kept; it
 /// is open during an operation only. Operations give 0 when they fail, and nothing has changed then; GetError tells
-/// the cause of a file operation, 0 when it was the content that was no good. One thread at a time.
+/// the cause of a file operation, 0 when it was the content that was no good, or memory. One thread at a time.
 ///
 /// The static half plays a CWaveBuffer on the system's choice of wave output: one for the whole process. The window
 /// that plays owns it. Its thread makes all the calls, and hands every kAudioBlockBack that it gets to OnAudioCallback,
@@ -75,9 +75,10 @@ public:
     /// Into the file this object stands for.
     ///
     /// All saves write what the buffer holds in memory, a broken frame at its end included, or, when it only knows a
-    /// file, that file's data. They write beside the file and put the new one in its place when it is whole. Kept
-    /// chunks come from the file this object stands for, in their order, with a pad byte behind odd sizes if it had
-    /// them; without pads odd chunks go to the end, where other programs need not look behind them.
+    /// file, that file's data. The new file takes the old one's place when it is whole (see torv::ReplacedFile); of
+    /// two that are saved at once the last stays. Kept chunks come from the file this object stands for, in their
+    /// order, with a pad byte behind odd sizes if it had them; without pads odd chunks go to the end, where other
+    /// programs need not look behind them.
     int Save(CWaveBuffer* buffer);
     /// Into another file, for which object and buffer then stand.
     int SaveAs(const char* path, CWaveBuffer* buffer);
@@ -133,16 +134,20 @@ public:
     /// The last device error in the system's words, else the last error of the player itself. Good until the next call.
     static const char* GetAudioErrorMessage();
 
-protected:
+    /// What the device calls, on a thread of its own: posts kAudioBlockBack to the owner.
     static void CALLBACK waveOutProc(HWAVEOUT device, UINT message, DWORD_PTR instance, DWORD_PTR header, DWORD_PTR);
+    /// As OnAudioCallback.
     static int WatchWaveOut(HWND owner, WAVEHDR* header);
-    /// Waits until no block is at the device; 0 when the time is over first.
-    static int WaitReleaseCue(DWORD milliseconds);
+    /// Waits until no block is at the device; 0 when the time (ms) is over first. Blocks that wait there last two
+    /// seconds at most.
+    static int WaitReleaseCue(DWORD milliseconds = 3000);
     static void ClearAudioError();
-    /// 1 is the internal error, and so is what has no text.
+    /// Both set kAudioError, and keep what GetAudioErrorMessage tells: 1 is the internal error, and so is what has no
+    /// text; a device error is told to the owner, too (kAudioFailed).
     static void SetAoudioError(int error);
     static void SetMMeError(UINT error);
 
+protected:
     static HWAVEOUT& m_hWaveOut;              ///< null: closed
     static torv::Shared<HWND> m_hWndCallback; ///< the owner; read on the device's thread
     static CWaveBuffer* m_pBuff;              ///< null: nothing of it is at the device
@@ -157,8 +162,8 @@ private:
 
     bool OpenToRead(CFile& file, const char* path);
     bool FindData(const CWaveBuffer& buffer, CFile& file, CHUNK_INFO& place);
-    int WriteWave(const char* path, CWaveBuffer& buffer, const torv::ChunkList& kept);
-    int StandFor(const char* path, CWaveBuffer& buffer);
+    bool WriteWave(const char* path, CWaveBuffer& buffer, const torv::ChunkList& kept);
+    int SaveTo(const char* path, CWaveBuffer* buffer, const torv::ChunkList& kept, bool standsFor);
 
     CFile m_file; ///< the base's file
     CString m_strPath;

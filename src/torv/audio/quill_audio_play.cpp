@@ -10,8 +10,6 @@ namespace {
 constexpr const char* kErrorTexts[] = {"No Error Information.", "Internal Error !\nPlease Report."};
 constexpr int kInternalError = 1;
 
-constexpr DWORD kPlayOutTime = 3000; ///< ms; two blocks last two seconds at most
-
 constinit torv::DoubleBufferedOutput g_output;
 
 } // namespace
@@ -100,7 +98,7 @@ int CxQuillAudio::WatchWaveOut(HWND owner, WAVEHDR* header) {
     }
     if (m_nStatus != torv::kAudioLastData)
         return 0;
-    WaitReleaseCue(kPlayOutTime);
+    WaitReleaseCue();
     return AudioStop(owner);
 }
 

@@ -1,10 +1,12 @@
 #include "torv/audio/quill_audio.h"
 
 #include "torv/audio/sample.h"
-#include "torv/platform/file_handle.h"
-#include "torv/platform/path.h"
+#include "torv/platform/new_file.h"
+#include "torv/platform/replaced_file.h"
 
 #include <algorithm>
+#include <new>
+#include <utility>
 
 namespace {
 
@@ -69,12 +71,8 @@ int AddKept(CxRiff& riff, CFile& file, const CHUNK_INFO& chunk) {
 
 /// A failure is kept as an error of this object.
 bool CxQuillAudio::OpenToRead(CFile& file, const char* path) {
-    constexpr UINT kFlags = CFile::modeRead | CFile::shareDenyWrite;
-    if (file.Open(path, kFlags))
-        return true;
-    if (Open(path, kFlags)) // only to learn the cause
-        Close();
-    return false;
+    CFileException error;
+    return file.Open(path, CFile::modeRead | CFile::shareDenyWrite, &error) || RecordError(error.m_cause);
 }
 
 /// Where the buffer's data are: in the file, which is open then, or, with the file closed, in memory.
@@ -119,17 +117,16 @@ int CxQuillAudio::PrepareSaveMap(const torv::ChunkList& kept, const CWaveBuffer&
     return 1;
 }
 
-int CxQuillAudio::WriteWave(const char* path, CWaveBuffer& buffer, const torv::ChunkList& kept) {
+bool CxQuillAudio::WriteWave(const char* path, CWaveBuffer& buffer, const torv::ChunkList& kept) {
     CFile keptFile;
     CFile dataFile;
     CHUNK_INFO place;
     if (!FindData(buffer, dataFile, place) || (!kept.empty() && !OpenToRead(keptFile, m_strPath)))
-        return 0;
+        return false;
     torv::ChunkList map;
     PrepareSaveMap(kept, buffer, place.size, map);
-    if (!Open(CString(path) + ".saving", CFile::modeCreate | CFile::modeReadWrite | CFile::shareExclusive))
-        return 0;
-    const CString beside = m_file.GetFilePath();
+    if (!Open(path, CFile::modeReadWrite | CFile::shareExclusive))
+        return false;
 
     const auto addContent = [&](const CHUNK_INFO& chunk) {
         if (chunk.offset)
@@ -151,35 +148,50 @@ int CxQuillAudio::WriteWave(const char* path, CWaveBuffer& buffer, const torv::C
                                                   (!pads || chunk.size % 2 == 0 || AddData("", 1));
                                        }) &&
                            CloseChunk();
-    const bool isWhole = Close() && isWritten;
-    keptFile.Abort(); // a file that is open cannot be replaced everywhere
-    dataFile.Abort();
-    // The plain rename is for its error; should it succeed, so much the better.
-    if (isWhole && (torv::RenameOver(beside, path) || Rename(beside, path)))
-        return 1;
-    torv::RemoveFile(beside);
-    return 0;
+    return Close() && isWritten;
 }
 
-int CxQuillAudio::StandFor(const char* path, CWaveBuffer& buffer) {
-    if (!Load(path) || !ReadProperty(&buffer))
+/// With `standsFor`, object and buffer stand for the new file afterwards.
+int CxQuillAudio::SaveTo(const char* path, CWaveBuffer* buffer, const torv::ChunkList& kept, bool standsFor) {
+    if (!path || !buffer)
         return 0;
-    buffer.SetModify(0);
-    return 1;
+    try {
+        torv::ReplacedFile file(torv::NewFilePath(path));
+        if (!file.IsOpen())
+            return RecordError(torv::NewFileError(file, path).m_cause);
+        if (!WriteWave(file.Path(), *buffer, kept))
+            return 0;
+        // What could be refused comes before the file takes its place.
+        CxQuillAudio made;
+        CString name(path);
+        CString bufferName(path);
+        if (standsFor && !made.Load(file.Path()))
+            return RecordError(made.GetError(0));
+        if (!file.Commit())
+            return RecordError(torv::NewFileError(file, path).m_cause);
+        if (!standsFor)
+            return 1;
+        m_strPath = std::move(name);
+        m_chunks.swap(made.m_chunks);
+        m_Format = made.m_Format;
+        m_bPadded = made.m_bPadded;
+        const CHUNK_INFO* const data = GetChunkInfo(m_chunks, kData, 0);
+        buffer->SetRiffInfo(std::move(bufferName), data->offset, data->size);
+        buffer->SetWaveInfo(m_Format.nChannels, m_Format.wBitsPerSample, m_Format.nSamplesPerSec);
+        buffer->SetModify(0);
+        return 1;
+    } catch (const std::bad_alloc&) {
+        Close();
+        return 0;
+    }
 }
 
 int CxQuillAudio::Save(CWaveBuffer* buffer) { return m_strPath.IsEmpty() ? 0 : SaveAs(m_strPath, buffer); }
 
-int CxQuillAudio::SaveAs(const char* path, CWaveBuffer* buffer) {
-    return path && buffer && WriteWave(path, *buffer, m_chunks) && StandFor(path, *buffer);
-}
+int CxQuillAudio::SaveAs(const char* path, CWaveBuffer* buffer) { return SaveTo(path, buffer, m_chunks, true); }
 
-int CxQuillAudio::SaveNew(const char* path, CWaveBuffer* buffer) {
-    return path && buffer && WriteWave(path, *buffer, {}) && StandFor(path, *buffer);
-}
+int CxQuillAudio::SaveNew(const char* path, CWaveBuffer* buffer) { return SaveTo(path, buffer, {}, true); }
 
 int CxQuillAudio::SaveCopy(const char* path, CWaveBuffer* buffer) {
-    if (path && m_strPath == path)
-        return Save(buffer);
-    return path && buffer && WriteWave(path, *buffer, m_chunks);
+    return path && m_strPath == path ? Save(buffer) : SaveTo(path, buffer, m_chunks, false);
 }

@@ -3,6 +3,7 @@
 #include "torv/audio/sample.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -159,7 +160,11 @@ DWORD CWaveBuffer::RemoveSample(DWORD count) {
 }
 
 void CWaveBuffer::SetRiffInfo(const char* path, DWORD dataOffset, DWORD dataLength) {
-    m_strPath = path;
+    SetRiffInfo(CString(path), dataOffset, dataLength);
+}
+
+void CWaveBuffer::SetRiffInfo(CString&& path, DWORD dataOffset, DWORD dataLength) noexcept {
+    m_strPath = std::move(path);
     m_dwDataOffset = dataOffset;
     m_dwDataLength = dataLength;
 }

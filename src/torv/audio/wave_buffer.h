@@ -28,7 +28,7 @@ constexpr DWORD kAllFrames = 0xFFFFFFFF; ///< for CWaveBuffer::RemoveSample
 /// `GetSampleUnitSize()` bytes, whose content is the caller's business. The base's position in bytes is the cursor.
 ///
 /// The count of frames is kept for both kinds: what the format makes of the file's data, corrected by edits. Sizes in
-/// bytes that would pass 32 bits stay at 0xFFFFFFFF. No operation throws. One thread at a time.
+/// bytes that would pass 32 bits stay at 0xFFFFFFFF. One thread at a time.
 class TORV_API CWaveBuffer : public CExtendBuffer {
 public:
     /// Empty: 1 channel, 16 bits, 44100 Hz. Edits need Create first.
@@ -81,8 +81,10 @@ public:
     int GetModify() const { return m_nModify; }
     void SetModify(int modify) { m_nModify = modify; }
 
-    /// Where the data lie in a wave file; SetWaveInfo then counts the frames.
+    /// Where the data lie in a wave file; SetWaveInfo then counts the frames. Without memory for the path
+    /// std::bad_alloc is thrown, and nothing has changed.
     void SetRiffInfo(const char* path, DWORD dataOffset, DWORD dataLength);
+    void SetRiffInfo(CString&& path, DWORD dataOffset, DWORD dataLength) noexcept;
     const CString& GetFilePath() const { return m_strPath; }
 
     /// What to play, in frames, `end` excluded and clamped to the count. Source 0 is the memory if it holds data, else

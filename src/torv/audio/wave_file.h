@@ -89,8 +89,8 @@ public:
     void SetVolume(double volume);
     void SetPanpot(double pan);
     void SetMute(int mute) { m_nMute = mute; }
-    /// Peaks of what is read for playing go to two windows; a code or an interval (frames) of 0 keeps the old one, which
-    /// at first is 50 ms of the file that is open.
+    /// Peaks of what is read for playing go to two windows; a code or an interval (frames) of 0 keeps the old one,
+    /// which at first is 50 ms of the file that is open.
     void SetLevelNotify(CWnd* left, CWnd* right, UINT message, WORD code, DWORD interval);
 
     DWORD GetTotalSamples() const { return m_dwFrames; }
