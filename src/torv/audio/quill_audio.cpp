@@ -1,10 +1,12 @@
 #include "torv/audio/quill_audio.h"
 
+#include "torv/audio/or_zero.h"
 #include "torv/audio/sample.h"
 #include "torv/platform/path.h"
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -39,21 +41,26 @@ CxQuillAudio::CxQuillAudio() : CxRiff(&m_file), m_Format(torv::PcmFormat(2, 16, 
 CxQuillAudio::~CxQuillAudio() { Close(); }
 
 int CxQuillAudio::Load(const char* path) {
-    const CString name(path);
-    if (!Open(name, kReadFlags))
-        return 0;
-    torv::ChunkList chunks;
-    bool isPadded = false;
-    WAVEFORMATEX format;
-    const bool isWave = ScanChunkInfo(chunks, isPadded) && LoadHeader(chunks, format);
-    Close();
-    if (!isWave)
-        return 0;
-    m_strPath = name;
-    m_chunks.swap(chunks);
-    m_Format = format;
-    m_bPadded = isPadded;
-    return 1;
+    const int isLoaded = torv::OrZero([&] {
+        CString name(path);
+        if (!Open(name, kReadFlags))
+            return 0;
+        torv::ChunkList chunks;
+        bool isPadded = false;
+        WAVEFORMATEX format;
+        const bool isWave = ScanChunkInfo(chunks, isPadded) && LoadHeader(chunks, format);
+        Close();
+        if (!isWave)
+            return 0;
+        m_strPath = std::move(name);
+        m_chunks.swap(chunks);
+        m_Format = format;
+        m_bPadded = isPadded;
+        return 1;
+    });
+    if (!isLoaded)
+        Close();
+    return isLoaded;
 }
 
 int CxQuillAudio::ScanChunkInfo(torv::ChunkList& chunks, bool& isPadded) {
@@ -105,9 +112,11 @@ int CxQuillAudio::ReadProperty(CWaveBuffer* buffer) const {
     const CHUNK_INFO* data = GetChunkInfo(m_chunks, kData, 0);
     if (!buffer || !data)
         return 0;
-    buffer->SetRiffInfo(m_strPath, data->offset, data->size);
-    buffer->SetWaveInfo(m_Format.nChannels, m_Format.wBitsPerSample, m_Format.nSamplesPerSec);
-    return 1;
+    return torv::OrZero([&] {
+        buffer->SetRiffInfo(m_strPath, data->offset, data->size);
+        buffer->SetWaveInfo(m_Format.nChannels, m_Format.wBitsPerSample, m_Format.nSamplesPerSec);
+        return 1;
+    });
 }
 
 int CxQuillAudio::ReadWave(CWaveBuffer* buffer, int /*reserved*/, BYTE flags) {
@@ -121,7 +130,7 @@ int CxQuillAudio::ReadWave(CWaveBuffer* buffer, int /*reserved*/, BYTE flags) {
 
 int CxQuillAudio::QuickLoad(CWaveBuffer* buffer) {
     const CHUNK_INFO* data = GetChunkInfo(m_chunks, kData, 0);
-    if (!buffer || !data || !Open(m_strPath, kReadFlags))
+    if (!buffer || !data || !torv::OrZero([&] { return Open(m_strPath, kReadFlags); }))
         return 0;
     DWORD done = 0;
     if (Seek(data->offset, CFile::begin) == data->offset)
@@ -160,8 +169,10 @@ CString CxQuillAudio::SwapFileExt(const char* path, const char* ext) {
 int CxQuillAudio::AddNewChunkInfo(torv::ChunkList& chunks, const CHUNK_INFO& info) {
     if (chunks.size() >= kMostChunks)
         return 0;
-    chunks.push_back(info);
-    return 1;
+    return torv::OrZero([&] {
+        chunks.push_back(info);
+        return 1;
+    });
 }
 
 const CHUNK_INFO* CxQuillAudio::GetChunkInfo(const torv::ChunkList& chunks, DWORD id, int index) {

@@ -104,7 +104,7 @@ public:
     /// What a save writes: `kept`, with format and data of the buffer. Chunks made anew have offset 0.
     int PrepareSaveMap(const torv::ChunkList& kept, const CWaveBuffer& buffer, DWORD dataBytes,
                        torv::ChunkList& map) const;
-    /// 0 when the list is full.
+    /// 0 when the list is full, or memory.
     static int AddNewChunkInfo(torv::ChunkList& chunks, const CHUNK_INFO& info);
     /// The index-th chunk of this identifier, or null.
     static const CHUNK_INFO* GetChunkInfo(const torv::ChunkList& chunks, DWORD id, int index);
@@ -160,6 +160,7 @@ protected:
 private:
     static int StartPlay(HWND owner, CWaveBuffer& buffer);
 
+    int MixInto(const char* path, const __tagMixDownTrack* tracks, int count);
     bool OpenToRead(CFile& file, const char* path);
     bool FindData(const CWaveBuffer& buffer, CFile& file, CHUNK_INFO& place);
     bool WriteWave(const char* path, CWaveBuffer& buffer, const torv::ChunkList& kept);

@@ -1,6 +1,7 @@
 #include "torv/audio/quill_audio.h"
 
 #include "torv/audio/gain.h"
+#include "torv/audio/or_zero.h"
 #include "torv/audio/sample.h"
 #include "torv/audio/wave_out.h"
 #include "torv/platform/arithmetic.h"
@@ -85,8 +86,10 @@ struct Track {
 } // namespace
 
 int CxQuillAudio::AudioMixDown(const char* path, __tagMixDownTrack* tracks, int count) {
-    if (!path || !tracks || count <= 0)
-        return 0;
+    return path && tracks && count > 0 ? torv::OrZero([&] { return MixInto(path, tracks, count); }) : 0;
+}
+
+int CxQuillAudio::MixInto(const char* path, const __tagMixDownTrack* tracks, int count) {
     std::vector<std::unique_ptr<Track>> mixed;
     DWORD frames = 0;
     int bits = kLeastBits;

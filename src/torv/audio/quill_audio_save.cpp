@@ -1,11 +1,11 @@
 #include "torv/audio/quill_audio.h"
 
+#include "torv/audio/or_zero.h"
 #include "torv/audio/sample.h"
 #include "torv/platform/new_file.h"
 #include "torv/platform/replaced_file.h"
 
 #include <algorithm>
-#include <new>
 #include <utility>
 
 namespace {
@@ -91,7 +91,13 @@ bool CxQuillAudio::FindData(const CWaveBuffer& buffer, CFile& file, CHUNK_INFO& 
 
 int CxQuillAudio::PrepareSaveMap(const torv::ChunkList& kept, const CWaveBuffer& buffer, DWORD dataBytes,
                                  torv::ChunkList& map) const {
-    map = kept;
+    const auto copy = [&] {
+        map = kept;
+        map.reserve(kept.size() + 2);
+        return 1;
+    };
+    if (!torv::OrZero(copy))
+        return 0;
     WAVEFORMATEX format;
     buffer.MakeWaveFormat(format);
     const auto find = [&map](DWORD id) {
@@ -124,8 +130,7 @@ bool CxQuillAudio::WriteWave(const char* path, CWaveBuffer& buffer, const torv::
     if (!FindData(buffer, dataFile, place) || (!kept.empty() && !OpenToRead(keptFile, m_strPath)))
         return false;
     torv::ChunkList map;
-    PrepareSaveMap(kept, buffer, place.size, map);
-    if (!Open(path, CFile::modeReadWrite | CFile::shareExclusive))
+    if (!PrepareSaveMap(kept, buffer, place.size, map) || !Open(path, CFile::modeReadWrite | CFile::shareExclusive))
         return false;
 
     const auto addContent = [&](const CHUNK_INFO& chunk) {
@@ -155,7 +160,7 @@ bool CxQuillAudio::WriteWave(const char* path, CWaveBuffer& buffer, const torv::
 int CxQuillAudio::SaveTo(const char* path, CWaveBuffer* buffer, const torv::ChunkList& kept, bool standsFor) {
     if (!path || !buffer)
         return 0;
-    try {
+    const int isSaved = torv::OrZero([&] {
         torv::ReplacedFile file(torv::NewFilePath(path));
         if (!file.IsOpen())
             return RecordError(torv::NewFileError(file, path).m_cause);
@@ -180,13 +185,15 @@ int CxQuillAudio::SaveTo(const char* path, CWaveBuffer* buffer, const torv::Chun
         buffer->SetWaveInfo(m_Format.nChannels, m_Format.wBitsPerSample, m_Format.nSamplesPerSec);
         buffer->SetModify(0);
         return 1;
-    } catch (const std::bad_alloc&) {
+    });
+    if (!isSaved)
         Close();
-        return 0;
-    }
+    return isSaved;
 }
 
-int CxQuillAudio::Save(CWaveBuffer* buffer) { return m_strPath.IsEmpty() ? 0 : SaveAs(m_strPath, buffer); }
+int CxQuillAudio::Save(CWaveBuffer* buffer) {
+    return m_strPath.IsEmpty() ? 0 : SaveTo(m_strPath, buffer, m_chunks, true);
+}
 
 int CxQuillAudio::SaveAs(const char* path, CWaveBuffer* buffer) { return SaveTo(path, buffer, m_chunks, true); }
 

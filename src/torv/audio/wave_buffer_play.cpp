@@ -1,5 +1,7 @@
 #include "torv/audio/wave_buffer.h"
 
+#include "torv/audio/or_zero.h"
+
 #include <algorithm>
 
 namespace {
@@ -50,7 +52,7 @@ int CWaveBuffer::InitialLoadDataBlock(WAVEHDR* headers) {
 }
 
 bool CWaveBuffer::OpenPlayFile() {
-    if (!m_file.Open(m_strPath, CFile::modeRead | CFile::shareDenyRead))
+    if (!torv::OrZero([&] { return m_file.Open(m_strPath, CFile::modeRead | CFile::shareDenyRead); }))
         return false;
     const ULONGLONG target = static_cast<ULONGLONG>(m_dwDataOffset) + m_dwPlayStart;
     try {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -45,18 +46,24 @@ CWaveFile::CWaveFile(const CString& path, DWORD bufferFrames) : CWaveFile(buffer
 CWaveFile::~CWaveFile() {
     try {
         CWaveFile::Close();
-    } catch (const CException&) {
+    } catch (...) {
         // Nobody is left to hear of it; who needs to know closes by name.
     }
 }
 
 int CWaveFile::Open(const CString& path) {
     CWaveFile::Close();
-    try {
-        OpenPath(path);
-    } catch (...) {
+    const auto giveUp = [this] {
         CFile::Abort();
         m_pBuffer.reset();
+    };
+    try {
+        OpenPath(path);
+    } catch (const std::bad_alloc&) {
+        giveUp();
+        throw CMemoryException();
+    } catch (...) {
+        giveUp();
         throw;
     }
     return 1;
@@ -70,7 +77,10 @@ BOOL CWaveFile::Open(LPCSTR path, UINT /*flags*/, CFileException* error) {
             *error = thrown;
     } catch (const CMemoryException&) {
         if (error)
-            *error = CFileException(CFileException::generic, -1, path);
+            *error = CFileException(CFileException::generic);
+    } catch (const std::bad_alloc&) {
+        if (error)
+            *error = CFileException(CFileException::generic);
     }
     return FALSE;
 }
@@ -86,7 +96,7 @@ void CWaveFile::OpenPath(const CString& path) {
     m_bHeaderStale = false;
     m_bWindowLoaded = false;
     ReadHeader(path);
-    AllocateBuffer();
+    AllocateBuffer(m_Format.nBlockAlign);
     m_dwCurrentSample = 0;
     m_dwPlayStart = 0;
     m_qwPlayPointer = 0;
@@ -142,12 +152,14 @@ void CWaveFile::UseFormat(const WAVEFORMATEX& format) {
     m_Level.SetDefaultInterval(static_cast<DWORD>(format.nSamplesPerSec * 0.05));
 }
 
-void CWaveFile::AllocateBuffer() {
-    m_dwBufferFrames = RoundUpFrames(m_dwAskedFrames);
-    const ULONGLONG bytes = static_cast<ULONGLONG>(m_dwBufferFrames) * m_Format.nBlockAlign;
-    m_pBuffer.reset(bytes <= 0x7FFFFFFF ? new (std::nothrow) BYTE[static_cast<size_t>(bytes)] : nullptr);
-    if (!m_pBuffer)
+void CWaveFile::AllocateBuffer(DWORD align) {
+    const DWORD frames = RoundUpFrames(m_dwAskedFrames);
+    const ULONGLONG bytes = static_cast<ULONGLONG>(frames) * align;
+    std::unique_ptr<BYTE[]> buffer(bytes <= 0x7FFFFFFF ? new (std::nothrow) BYTE[static_cast<size_t>(bytes)] : nullptr);
+    if (!buffer)
         throw CMemoryException();
+    m_pBuffer = std::move(buffer);
+    m_dwBufferFrames = frames;
     m_bWindowLoaded = false;
 }
 
@@ -290,10 +302,9 @@ int CWaveFile::SeekSample(LONG frame, int whence) {
 void CWaveFile::SetWaveFormat(const WAVEFORMATEX& format) {
     if (m_dwDataBytes != 0 || !torv::IsUsableFormat(format))
         return;
+    if (IsReady())
+        AllocateBuffer(format.nBlockAlign);
     UseFormat(format);
-    if (!IsReady())
-        return;
-    AllocateBuffer();
     m_bHeaderStale = true;
     Flush();
 }

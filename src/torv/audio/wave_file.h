@@ -60,7 +60,8 @@ public:
 
     void GetWaveFormat(WAVEFORMATEX& format) const { format = m_Format; }
     /// Only an empty file changes its format; its header is rewritten. A format whose block alignment does not fit its
-    /// channels and bits is refused as well.
+    /// channels and bits is refused as well. Throws CMemoryException, and nothing has changed, without room for the
+    /// buffer.
     void SetWaveFormat(const WAVEFORMATEX& format);
 
     /// Frames of silence before and after the data.
@@ -110,7 +111,7 @@ private:
     void OpenPath(const CString& path);
     void ReadHeader(const CString& path);
     void WriteHeader();
-    void AllocateBuffer();
+    void AllocateBuffer(DWORD align);
     void LoadWindow(DWORD frame);
     void LoadWindowOf(DWORD frame) {
         if (!m_bWindowLoaded || frame - m_dwWindowFrame >= m_dwBufferFrames)

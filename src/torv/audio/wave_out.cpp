@@ -4,6 +4,7 @@
 #include "torv/audio/sample.h"
 
 #include <cmath>
+#include <new>
 
 CWaveOut::CWaveOut()
     : m_WaveFormat(torv::PcmFormat(2, 16, torv::kDefaultSampleRate)), m_dwSampleRate(torv::kDefaultSampleRate) {}
@@ -13,19 +14,24 @@ double CWaveOut::Amplitude2Db(double amplitude) { return 20.0 * std::log10(ampli
 
 int CWaveOut::EnumWaveOutDevices(CStringList& names) {
     names.RemoveAll();
-    const UINT count = waveOutGetNumDevs();
-    for (UINT number = 0; number < count; ++number) {
-        WAVEOUTCAPSA capabilities{};
-        waveOutGetDevCapsA(number, &capabilities, sizeof capabilities); // one that is gone since has no name
-        names.AddTail(capabilities.szPname);
+    try {
+        const UINT count = waveOutGetNumDevs();
+        for (UINT number = 0; number < count; ++number) {
+            WAVEOUTCAPSA capabilities{};
+            waveOutGetDevCapsA(number, &capabilities, sizeof capabilities); // one that is gone since has no name
+            names.AddTail(capabilities.szPname);
+        }
+    } catch (const std::bad_alloc&) {
+        names.RemoveAll();
     }
     return names.GetCount();
 }
 
 CStringList* CWaveOut::EnumWaveOutDevices() {
-    auto names = std::make_unique<CStringList>(10);
-    EnumWaveOutDevices(*names);
-    return names.release();
+    auto* const names = new (std::nothrow) CStringList(10);
+    if (names)
+        EnumWaveOutDevices(*names);
+    return names;
 }
 
 void CWaveOut::SetPlayParameters(const CString& device, CWnd* window, UINT message, WORD positionCode, DWORD rate,

@@ -52,9 +52,10 @@ public:
     /// Decibels to a linear gain and back; 0 has no decibels and gives minus infinity.
     static double Db2Amplitude(double decibels);
     static double Amplitude2Db(double amplitude);
-    /// The product names of the output devices in their order, in place of what the list held; returns how many.
+    /// The product names of the output devices in their order, in place of what the list held; returns how many, and
+    /// none without memory for all of them.
     static int EnumWaveOutDevices(CStringList& names);
-    /// The same as a new list, which the caller deletes.
+    /// The same as a new list, which the caller deletes; null without memory.
     static CStringList* EnumWaveOutDevices();
 
     /// Puts a file into a slot, 0..16, or with a slot below 0 into the first free one of 0..15. A file stands in one
@@ -125,10 +126,12 @@ public:
 
     /// Renders the mix, with the master gains and without loop, into a new wave file: 16-bit stereo at 44100 Hz. A mix
     /// is as long as its longest track, rounded up to blocks of 1024 frames; what passes full scale wraps. Notifies
-    /// positions and levels as playing does. A file of this name is deleted first.
+    /// positions and levels as playing does. A file of this name is replaced when the mix is whole, see
+    /// torv::ReplacedFile; it may be one of the tracks where the system replaces files that are open.
     ///
     /// Sets the files' play part, gains and pointers. Returns 1; or 0 when something plays or is registered, for more
-    /// than 16 tracks, one without a file, and when a file cannot be read or written: then no file is left there.
+    /// than 16 tracks, one without a file, and when a file cannot be read or written, or memory had: then what was
+    /// there is untouched.
     int AudioMixDown(const char* path, tagMixDownTrack* tracks, int count);
     /// The same in the output's own number of channels and bits, at `rate` Hz: 0 takes the first track's. Samples are
     /// not converted to that rate.
@@ -187,7 +190,7 @@ private:
     void EndPlay();
     int MixFrames(BYTE* out, DWORD frames, torv::MixPass& pass);
     int MixIntoFile(const char* path, const WAVEFORMATEX* format, const tagMixDownTrack* tracks, int count);
-    bool RenderMix(const char* path, const WAVEFORMATEX* format);
+    int RenderMix(const char* path, const WAVEFORMATEX* format);
     void PublishPeak(const torv::MixPass& pass);
 
     torv::LevelMeter m_level;

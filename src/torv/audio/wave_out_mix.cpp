@@ -31,7 +31,7 @@ int CWaveOut::MixFrames(BYTE* out, DWORD frames, torv::MixPass& pass) {
             continue;
         try {
             result |= file->ReadFramesForPlay(left.data(), right.data(), frames, loop) > 0;
-        } catch (const CFileException&) {
+        } catch (...) { // the file cannot be read; nothing may leave the thread that plays
             pass.hasFailed = true;
             continue;
         }

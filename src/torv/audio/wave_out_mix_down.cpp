@@ -1,8 +1,10 @@
 // Rendering the mix into a wave file.
 #include "torv/audio/mix_pass.h"
+#include "torv/audio/or_zero.h"
 #include "torv/audio/sample.h"
 #include "torv/audio/wave_out.h"
-#include "torv/platform/file_handle.h"
+#include "torv/platform/new_file.h"
+#include "torv/platform/replaced_file.h"
 
 #include <algorithm>
 #include <vector>
@@ -11,15 +13,6 @@ namespace {
 
 constexpr DWORD kBlockFrames = 1024;
 constexpr DWORD kFileBufferFrames = 16384;
-
-bool RemoveOld(const char* path) {
-    try {
-        CFile::Remove(path);
-    } catch (const CFileException& error) {
-        return error.m_cause == CFileException::fileNotFound;
-    }
-    return true;
-}
 
 } // namespace
 
@@ -52,21 +45,20 @@ int CWaveOut::MixIntoFile(const char* path, const WAVEFORMATEX* format, const ta
         RegisterTrack(&file, -1);
     }
     SeekTracks(0, 0);
-    const bool isDone = RenderMix(path, format);
+    const int isDone = torv::OrZero([&] { return RenderMix(path, format); });
     for (int slot = 0; slot < torv::kMixerTracks; ++slot)
         UnregisterTrack(slot);
     return isDone;
 }
 
-bool CWaveOut::RenderMix(const char* path, const WAVEFORMATEX* format) {
-    if (!RemoveOld(path))
-        return false;
-    CWaveFile mix(kFileBufferFrames);
+int CWaveOut::RenderMix(const char* path, const WAVEFORMATEX* format) {
     try {
-        mix.Open(CString(path));
+        torv::ReplacedFile file(torv::NewFilePath(path));
+        if (!file.IsOpen())
+            return 0;
+        CWaveFile mix(CString(file.Path()), kFileBufferFrames);
         if (format)
             mix.SetWaveFormat(*format);
-        mix.SetLength(0);
         torv::MixPass pass;
         mix.GetWaveFormat(pass.format);
         pass.frames = kBlockFrames;
@@ -78,15 +70,11 @@ bool CWaveOut::RenderMix(const char* path, const WAVEFORMATEX* format) {
         while (isGood && MixOut(block.data(), pass))
             isGood = !pass.hasFailed && mix.AppendFrames(block.data(), kBlockFrames);
         PublishPeak(pass);
-        if (isGood && !pass.hasFailed) {
-            mix.Close();
-            return true;
-        }
-    } catch (const CFileException&) {
-        // the disk is full, or there is no such folder
-    } catch (const CMemoryException&) {
+        if (!isGood || pass.hasFailed)
+            return 0;
+        mix.Close();
+        return file.Commit();
+    } catch (const CException&) {
+        return 0; // the disk is full, or there is no such folder
     }
-    mix.Abort();
-    RemoveOld(path);
-    return false;
 }

@@ -1,7 +1,10 @@
 // Playing: begin, steer and end the thread that plays.
+#include "torv/audio/or_zero.h"
 #include "torv/audio/output_device.h"
 #include "torv/audio/sample.h"
 #include "torv/audio/wave_out_player.h"
+
+#include <utility>
 
 namespace {
 
@@ -26,28 +29,38 @@ int CWaveOut::Play() {
 
 int CWaveOut::StartPlay(const CString& device, HWND window, UINT message, WORD positionCode, DWORD bufferFrames,
                         int loop) {
-    const int number = torv::FindOutputDevice(device);
-    const int master = FirstTrack();
-    if (number < 0 || master < 0 || bufferFrames == 0 || bufferFrames > kMostBufferFrames)
+    torv::MixPass pass;
+    pass.format = torv::PcmFormat(m_wOutputChannels, kBits, bufferFrames * kBuffersASecond);
+    pass.frames = bufferFrames;
+    pass.isMono = pass.format.nChannels == 1;
+    pass.mayLoop = true;
+    pass.masterTrack = FirstTrack();
+    if (pass.masterTrack < 0 || bufferFrames == 0 || bufferFrames > kMostBufferFrames)
         return 0;
-    EndPlay();
-    m_WaveFormat = torv::PcmFormat(m_wOutputChannels, kBits, bufferFrames * kBuffersASecond);
+    CString name;
+    std::shared_ptr<Player> player;
+    torv::OrZero([&] {
+        name = device;
+        if (const int number = torv::FindOutputDevice(name); number >= 0) {
+            EndPlay();
+            player = Player::Begin(*this, static_cast<UINT>(number), pass);
+        }
+        return 0;
+    });
+    if (!player)
+        return 0;
+    m_WaveFormat = pass.format;
     m_dwBufferFrames = bufferFrames;
-    m_strDevice = device;
+    m_strDevice = std::move(name);
     m_nLoop = loop;
     CheckRewireOut();
     m_hScoreWnd = window;
     m_nMessage = message;
     m_wPositionCode = positionCode;
-    torv::MixPass pass;
-    pass.format = m_WaveFormat;
-    pass.frames = bufferFrames;
-    pass.isMono = m_WaveFormat.nChannels == 1;
-    pass.mayLoop = true;
-    pass.masterTrack = master;
     PublishPeak(pass);
-    Player::Begin(*this, static_cast<UINT>(number), pass).swap(m_player);
-    return m_player != nullptr;
+    player->OpenDevice();
+    m_player.swap(player);
+    return 1;
 }
 
 void CWaveOut::EndPlay() {

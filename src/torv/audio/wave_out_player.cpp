@@ -4,11 +4,9 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 
 namespace {
 
-constexpr UINT kOpenMessage = 1034;
 constexpr UINT kStopMessage = 1123;
 constexpr UINT kSeekMessage = WM_APP + 1; ///< wParam whence, lParam position
 constexpr DWORD kStopInterval = 300;      // milliseconds
@@ -31,20 +29,15 @@ private:
 
 std::shared_ptr<CWaveOut::Player> CWaveOut::Player::Begin(CWaveOut& output, UINT device, const torv::MixPass& pass) {
     auto player = std::make_shared<Player>(output, device, pass);
-    if (!player->m_buffers->bytes)
-        return nullptr;
     // The thread holds its player: it may outlive the output while it shows an error.
     player->m_thread = torv::WorkerThread::Begin([player] { player->waveOutThread(); }, THREAD_PRIORITY_TIME_CRITICAL);
-    if (!player->m_thread)
-        return nullptr;
-    player->m_thread->Post(kOpenMessage);
-    return player;
+    return player->m_thread ? player : nullptr;
 }
 
 CWaveOut::Player::Player(CWaveOut& output, UINT device, const torv::MixPass& pass)
     : m_output(output), m_number(device), m_pass(pass), m_bufferBytes(pass.frames * pass.format.nBlockAlign),
       m_buffers(std::make_unique<Buffers>()) {
-    m_buffers->bytes.reset(new (std::nothrow) BYTE[static_cast<size_t>(m_bufferBytes) * 2]());
+    m_buffers->bytes = std::make_unique<BYTE[]>(static_cast<size_t>(m_bufferBytes) * 2);
     BYTE* half = m_buffers->bytes.get();
     for (WAVEHDR& header : m_buffers->device.headers) {
         header.lpData = reinterpret_cast<char*>(half);

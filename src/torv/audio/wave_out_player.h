@@ -12,7 +12,7 @@
 /// each. Mixes until every file has ended, then lets the device play out what it has. Uses the output until it is over.
 class CWaveOut::Player : public std::enable_shared_from_this<Player> {
 public:
-    /// Null when there is no memory or no thread to be had.
+    /// A play that waits for OpenDevice. Null when no thread can be had; throws std::bad_alloc.
     static std::shared_ptr<Player> Begin(CWaveOut& output, UINT device, const torv::MixPass& pass);
 
     Player(CWaveOut& output, UINT device, const torv::MixPass& pass);
@@ -20,6 +20,7 @@ public:
     Player& operator=(const Player&) = delete;
     ~Player() = default;
 
+    void OpenDevice() const { m_thread->Post(kOpenMessage); }
     bool IsOver() const { return m_isOver; }
     /// Until the output is used no more. Not until a message box about the device has been answered.
     void End();
@@ -30,6 +31,8 @@ public:
     void AwaitBlock() const;
 
 private:
+    static constexpr UINT kOpenMessage = 1034;
+
     enum class Phase { Mixing, Draining, Drained };
 
     /// What the device reads.
