@@ -137,18 +137,11 @@ TEST_CASE("file: what a handle may not do is refused by exception") {
 #endif
 }
 
-TEST_CASE("file: paths") {
+TEST_CASE("file: its name and its absolute path") {
     const TempFolder folder;
     CFile file(folder.File("a.txt", "").c_str(), CFile::modeRead);
     CHECK(file.GetFileName() == "a.txt");
     CHECK(file.GetFilePath() == folder.Path("a.txt").c_str());
-    CHECK(torv::JoinPath("folder", "a.txt") == (CString("folder") + torv::kPathSeparator + "a.txt"));
-    CHECK(torv::JoinPath("folder/", "a.txt") == "folder/a.txt");
-    CHECK(torv::JoinPath("", "a.txt") == "a.txt");
-    CHECK(torv::JoinPath(nullptr, nullptr) == "");
-    CHECK(std::string(torv::FileNamePart("x\\y/z.aic")) == "z.aic");
-    CHECK(std::string(torv::FileNamePart("z.aic")) == "z.aic");
-    CHECK(std::string(torv::FileNamePart("x/")).empty());
 }
 
 TEST_CASE("file: removing and renaming") {

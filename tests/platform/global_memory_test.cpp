@@ -1,5 +1,7 @@
 #include "torv/platform/platform.h"
 
+#include "allocation_failure.h"
+
 #include <doctest/doctest.h>
 
 #include <algorithm>
@@ -60,6 +62,24 @@ TEST_CASE("memory: empty blocks, null and handles that name nothing") {
     CHECK(GetLastError() == ERROR_INVALID_HANDLE);
     CHECK(GlobalFree(gone) == gone);
 }
+
+#if !defined(_WIN32) // there it is the system's own
+
+TEST_CASE("memory: what cannot be had is told, and leaves no trace") {
+    FailEachAllocation([](AllocationFailure& failure) {
+        SetLastError(NO_ERROR);
+        const HGLOBAL memory = failure.During([] { return GlobalAlloc(GMEM_MOVEABLE, 100000); });
+        CHECK((memory == nullptr) == failure.HasHappened());
+        CHECK((GetLastError() == ERROR_NOT_ENOUGH_MEMORY) == failure.HasHappened());
+        GlobalFree(memory);
+    });
+    // An address that a failed call left behind would name a handle for whoever gets it next.
+    void* const address = GlobalAlloc(GMEM_FIXED, 100000);
+    CHECK(GlobalHandle(address) == address);
+    GlobalFree(address);
+}
+
+#endif
 
 TEST_CASE("memory: handles of one thread are good in every other") {
     std::vector<HGLOBAL> blocks(64);

@@ -118,3 +118,19 @@ TEST_CASE("code page 932: lead bytes, steps and searches") {
     CHECK(FindChar932("abc", '\0') == nullptr);
     CHECK(FindChar932(nullptr, 'a') == nullptr);
 }
+
+TEST_CASE("text: a field takes what fits and zeroes the rest, even out of itself") {
+    char field[9] = "????????";
+    const auto content = [&field] { return std::string(field, sizeof field); };
+    torv::CopyText(field, 5, "abcdef");
+    CHECK(content() == std::string("abcd\0???\0", 9));
+    torv::CopyText(field, 8, "abcdefg");
+    torv::CopyText(field + 2, 6, field); // onto its own rear, and back
+    CHECK(content() == std::string("ababcde\0\0", 9));
+    torv::CopyText(field, 8, field + 3);
+    CHECK(content() == std::string("bcde\0\0\0\0\0", 9));
+    torv::CopyText(field, 0, "x");
+    CHECK(field[0] == 'b');
+    torv::CopyText(field, sizeof field, nullptr);
+    CHECK(content() == std::string(9, '\0'));
+}

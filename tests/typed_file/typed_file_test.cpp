@@ -5,7 +5,9 @@
 #include <filesystem>
 #include <random>
 #include <string>
+#include <thread>
 
+#include "allocation_failure.h"
 #include "torv/platform/afx/mem_file.h"
 
 namespace {
@@ -42,10 +44,10 @@ struct TemporaryPath {
     CString path;
 };
 
-int Exists(const char* path) { return CxTypedFile::Dir(path, nullptr, 1, 1, 1, 1, 1, 1); }
-
-class FullDisk : public CMemFile {
+class BadDisk : public CMemFile {
 public:
+    BadDisk() : CMemFile("[S]", 3) {}
+    UINT Read(void*, UINT) override { throw CFileException(CFileException::hardIO); }
     void Write(const void*, UINT) override { throw CFileException(CFileException::diskFull); }
 };
 
@@ -158,9 +160,10 @@ TEST_CASE("typed file: both written forms, byte by byte") {
     CMemFile compact;
     CHECK(file.Save2(&compact));
     CHECK(compact.GetBytes() == "[S]\nA=1\nB=2\n[T]\nC=x;y\n");
-    FullDisk full;
-    CHECK(file.Save(&full) == 0);
-    CHECK(file.Save2(&full) == 0);
+    BadDisk bad;
+    CHECK(file.Save(&bad) == 0);
+    CHECK(file.Save2(&bad) == 0);
+    CHECK(file.Load(&bad) == 0);
     CHECK(file.Save(static_cast<CFile*>(nullptr)) == 0);
 }
 
@@ -171,8 +174,6 @@ TEST_CASE("typed file: on disk") {
     file.WriteAt("S", "A", "1");
     CHECK(file.SaveAs(temporary.path));
     CHECK(file.GetPathName() == temporary.path);
-    CHECK(!Exists(temporary.path + ".saving")); // only the file itself is left
-
     CxTypedFile other;
     CHECK(other.Load(static_cast<const char*>(temporary.path)));
     CHECK(other.GetPathName() == temporary.path);
@@ -203,11 +204,70 @@ TEST_CASE("typed file: on disk") {
     CHECK(file.SaveAs(missing) == 0);
     torv::RemoveFile(temporary.path);
     REQUIRE(std::filesystem::create_directory(temporary.path.GetStdString()));
-    CHECK(file.SaveAs(temporary.path) == 0); // a folder cannot be replaced, and nothing is left beside it
-    CHECK(!Exists(temporary.path + ".saving"));
+    CHECK(file.SaveAs(temporary.path) == 0); // a folder cannot be replaced
     std::filesystem::remove(temporary.path.GetStdString());
     CHECK(file.Load(static_cast<const char*>(nullptr)) == 0);
     CHECK(file.Load(static_cast<CFile*>(nullptr)) == 0);
+}
+
+TEST_CASE("typed file: two that save one path at once leave what one of them wrote, and both are told so") {
+    const TemporaryPath temporary;
+    const auto saveOften = [&temporary](const char* letter, int entries) {
+        CxTypedFile file;
+        for (int n = 0; n < entries; ++n)
+            file.WriteAt(letter, std::to_string(n).c_str(), letter);
+        int saved = 0;
+        for (int n = 0; n < 30; ++n)
+            saved += file.SaveAs(temporary.path);
+        return saved;
+    };
+    int savedThere = 0;
+    std::thread other([&] { savedThere = saveOften("a", 3000); });
+    const int savedHere = saveOften("b", 5000);
+    other.join();
+    CHECK(savedHere == 30);
+    CHECK(savedThere == 30);
+    CxTypedFile left;
+    CHECK(left.Load(static_cast<const char*>(temporary.path)));
+    CHECK(left.GetSectionCount() == 1);
+    CxEntryMap* const entries = left.GetEntryMap("a") ? left.GetEntryMap("a") : left.GetEntryMap("b");
+    REQUIRE(entries);
+    CHECK(entries->GetCount() == (left.GetEntryMap("a") ? 3000 : 5000));
+}
+
+TEST_CASE("typed file: memory that cannot be had is answered, and saving then leaves the old file") {
+    const TemporaryPath temporary;
+    CxTypedFile file;
+    file.WriteAt("S", "A", "old");
+    REQUIRE(file.SaveAs(temporary.path));
+    FailEachAllocation([&temporary](AllocationFailure& failure) {
+        CxTypedFile loading;
+        const char* const path = temporary.path;
+        const int loaded = failure.During([&] { return loading.Load(path); });
+        CHECK(loaded == !failure.HasHappened());
+        CHECK(loading.GetSectionCount() == loaded);
+    });
+    FailEachAllocation([](AllocationFailure& failure) {
+        CxTypedFile editing;
+        editing.WriteAt("S", "A", "a value that is too long for a text's own room");
+        const int written = failure.During([&] {
+            return editing.WriteAt("T", "a key that is too long for a text's own room", "B") &&
+                   editing.WriteAt("S", "A", "another one that is too long for a text's own room");
+        });
+        CHECK(written == !failure.HasHappened());
+        CHECK((editing.ReadAt("S", "A", nullptr).Find("another") == 0) == (written != 0));
+    });
+    FailEachAllocation([&](AllocationFailure& failure) {
+        CxTypedFile saving;
+        saving.WriteAt("S", "A", "new");
+        saving.SetPathName(temporary.path);
+        const int saved = failure.During([&] { return saving.Save(); });
+        CHECK(saved == !failure.HasHappened());
+        CxTypedFile left;
+        REQUIRE(left.Load(static_cast<const char*>(temporary.path)));
+        CHECK(left.ReadAt("S", "A", nullptr) == (saved ? "new" : "old"));
+        file.SaveAs(temporary.path);
+    });
 }
 
 TEST_CASE("typed file: any bytes load, and what was understood reads back the same") {

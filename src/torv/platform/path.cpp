@@ -2,17 +2,38 @@
 
 #include "torv/platform/file_handle.h"
 #include "torv/platform/library_module.h"
+#include "torv/platform/text.h"
 
 namespace torv {
 namespace {
 
 constexpr bool IsSeparator(char c) { return c == '/' || c == '\\'; }
 
+#if defined(_WIN32)
+bool IsLeadByte(char c) { return IsDBCSLeadByte(static_cast<BYTE>(c)); }
+#else
+bool IsLeadByte(char c) { return IsLeadByte932(static_cast<unsigned char>(c)); }
+#endif
+
+/// Every code page's second bytes lie behind the digits and signs: a lead byte before "/" is alone.
+bool IsDoubleByte(const char* text) { return IsLeadByte(text[0]) && static_cast<unsigned char>(text[1]) >= 0x40; }
+
+bool EndsWithSeparator(const char* path) {
+    const char* const last = FileNamePart(path);
+    return last != path && !*last && IsSeparator(last[-1]);
+}
+
 } // namespace
+
+const char* NextSeparator(const char* path) {
+    while (*path && !IsSeparator(*path))
+        path += IsDoubleByte(path) ? 2 : 1;
+    return path;
+}
 
 CString JoinPath(const char* folder, const char* file) {
     CString path(folder);
-    if (!path.IsEmpty() && !IsSeparator(path[path.GetLength() - 1]))
+    if (!path.IsEmpty() && !EndsWithSeparator(path))
         path += kPathSeparator;
     path += file;
     return path;
@@ -22,15 +43,17 @@ const char* FileNamePart(const char* path) {
     if (!path)
         return "";
     const char* name = path;
-    for (const char* at = path; *at; ++at) {
-        bool ends = IsSeparator(*at);
 #if defined(_WIN32)
-        ends = ends || (*at == ':' && at == path + 1);
+    if (path[0] && path[1] == ':')
+        name = path + 2;
 #endif
-        if (ends)
-            name = at + 1;
-    }
+    for (const char* at = NextSeparator(name); *at; at = NextSeparator(at + 1))
+        name = at + 1;
     return name;
+}
+
+CString FolderPart(const char* path) {
+    return path ? CString(path, static_cast<int>(FileNamePart(path) - path)) : CString();
 }
 
 BOOL RenameOver(const char* from, const char* to) {
@@ -45,8 +68,8 @@ CString LibraryFolder() {
     const DWORD length = GetModuleFileNameA(LibraryModule(), path, sizeof(path));
     if (length == 0 || length >= sizeof(path))
         return {};
-    const char* name = FileNamePart(path);
-    return name == path ? CString() : CString(path, static_cast<int>(name - path) - 1);
+    const CString folder = FolderPart(path);
+    return folder.Left(folder.GetLength() - 1);
 }
 
 } // namespace torv

@@ -120,9 +120,11 @@ const char* FindChar932(const char* text, char c) {
 }
 
 void CopyText(char* field, std::size_t size, const char* text) {
+    if (size == 0)
+        return;
     const std::size_t length = text ? strnlen(text, size - 1) : 0;
     if (length > 0)
-        std::memcpy(field, text, length);
+        std::memmove(field, text, length);
     std::memset(field + length, 0, size - length);
 }
 

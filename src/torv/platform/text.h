@@ -33,7 +33,7 @@ TORV_API const char* NextChar932(const char* text);
 TORV_API const char* FindChar932(const char* text, char c);
 
 /// Copies as much of a text as a field of `size` bytes can hold with its NUL, and zeroes the rest of the field. Null
-/// texts are empty.
+/// texts are empty; the text may lie in the field.
 TORV_API void CopyText(char* field, std::size_t size, const char* text);
 
 } // namespace torv

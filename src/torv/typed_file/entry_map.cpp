@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <new>
 #include <string>
 
 namespace {
@@ -21,8 +22,12 @@ CxEntryMap::CxEntryMap(const char* name) : m_name(name) {}
 CxEntryMap::~CxEntryMap() = default;
 
 int CxEntryMap::SetAt(const char* key, const char* value) {
-    Set(torv::View(key), torv::View(value));
-    return 1;
+    try {
+        Set(torv::View(key), torv::View(value));
+        return 1;
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
 }
 
 void CxEntryMap::Set(std::string_view key, std::string_view value) {
@@ -79,10 +84,19 @@ void CxEntryMap::MakeBuckets() {
 int CxEntryMap::Lookup(const char* key, CString& value) const {
     const std::string_view text = torv::View(key);
     const Entry* const found = Find(text, HashOf(text));
-    if (!found)
+    try {
+        if (found)
+            value = found->value;
+        return found != nullptr;
+    } catch (const std::bad_alloc&) {
         return 0;
-    value = found->value;
-    return 1;
+    }
+}
+
+CString CxEntryMap::ValueAt(const char* key) const {
+    const std::string_view text = torv::View(key);
+    const Entry* const found = Find(text, HashOf(text));
+    return found ? found->value : CString();
 }
 
 int CxEntryMap::RemoveEntry(const char* key) {
@@ -116,7 +130,7 @@ void CxEntryMap::GetNextAssoc(POSITION& position, CString& key, CString& value) 
     if (!position)
         return;
     const Entry* const entry = reinterpret_cast<const Entry*>(position);
-    position = reinterpret_cast<POSITION>(entry->next);
     key = entry->key;
     value = entry->value;
+    position = reinterpret_cast<POSITION>(entry->next);
 }

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <memory>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "torv/platform/platform.h"
@@ -23,17 +22,21 @@ public:
     CxEntryMap(const CxEntryMap&) = delete;
     CxEntryMap& operator=(const CxEntryMap&) = delete;
 
-    /// A key that is there keeps its place and takes the new value. Always 1.
+    /// A key that is there keeps its place and takes the new value. 0, and nothing has changed, only when memory runs
+    /// out.
     int SetAt(const char* key, const char* value);
-    /// 0, with `value` untouched, when there is no such key.
+    /// 0, with `value` untouched, when there is no such key or no memory.
     int Lookup(const char* key, CString& value) const;
+    /// Empty when there is no such key. Throws std::bad_alloc.
+    CString ValueAt(const char* key) const;
     int RemoveEntry(const char* key);
     void RemoveAll();
 
     int GetCount() const { return m_count; }
     const char* GetSectionName() const { return m_name; }
 
-    /// Null when there is no entry. GetNextAssoc yields one and moves on; after the last, `position` is null.
+    /// Null when there is no entry. GetNextAssoc yields one and moves on; after the last, `position` is null. Throws
+    /// std::bad_alloc, without having moved on.
     POSITION GetStartPosition() const { return reinterpret_cast<POSITION>(m_first); }
     void GetNextAssoc(POSITION& position, CString& key, CString& value) const;
 

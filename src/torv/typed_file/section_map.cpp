@@ -39,9 +39,12 @@ int CxSectionMap::ReadEntry(CString& value, const char* section, const char* key
     CxEntryMap* map = nullptr;
     if (!Lookup(section, map))
         return 0;
-    if (!map->Lookup(key, value))
-        value.Empty();
-    return 1;
+    try {
+        value = map->ValueAt(key);
+        return 1;
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
 }
 
 int CxSectionMap::RemoveSection(const char* name) {
@@ -71,6 +74,9 @@ void CxSectionMap::GetNextAssoc(POSITION& position, CString& name, CxEntryMap*& 
     map = nullptr;
     if (!position)
         return;
-    map = m_order.GetNext(position);
-    name = map->GetSectionName();
+    POSITION next = position;
+    CxEntryMap* const section = m_order.GetNext(next);
+    name = section->GetSectionName();
+    map = section;
+    position = next;
 }

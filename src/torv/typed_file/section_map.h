@@ -1,5 +1,7 @@
 #pragma once
 
+#include <unordered_map>
+
 #include "torv/typed_file/entry_map.h"
 
 /// The sections of a typed file by name, in the order in which they were first added. Owns them: an entry map lives
@@ -18,7 +20,7 @@ public:
     /// Makes the section when it is missing; 0 only when memory runs out.
     int WriteEntry(const char* section, const char* key, const char* value);
     /// 1 when the section exists, whether or not the key does: a missing key reads as an empty text, and that is how
-    /// readers detect it. 0, with `value` untouched, when the section is missing.
+    /// readers detect it. 0, with `value` untouched, when the section is missing or there is no memory.
     int ReadEntry(CString& value, const char* section, const char* key) const;
     int RemoveSection(const char* name);
     int RemoveEntry(const char* section, const char* key);
@@ -26,6 +28,7 @@ public:
 
     int GetCount() const { return static_cast<int>(m_order.GetCount()); }
     POSITION GetStartPosition() const { return m_order.GetHeadPosition(); }
+    /// Throws std::bad_alloc, without having moved on.
     void GetNextAssoc(POSITION& position, CString& name, CxEntryMap*& map) const;
 
 private:

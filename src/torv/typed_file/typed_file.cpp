@@ -1,14 +1,14 @@
 #include "torv/typed_file/typed_file.h"
 
 #include <array>
+#include <memory>
 #include <new>
 #include <utility>
-
-#include "torv/stream/global_buffer.h"
 
 namespace {
 
 constexpr size_t kMaxLine = 65535;
+constexpr ULONGLONG kMaxFile = 0x7FFFFFFF; // what a 32-bit process could hold at the very most
 
 bool IsBlank(char c) { return static_cast<unsigned char>(c) <= 32; }
 
@@ -86,82 +86,75 @@ int WriteSections(const CxSectionMap& sections, CFile* file, const Form& form) {
     return 1;
 }
 
+/// What a file or the memory refuses is a failure like any other.
+template <class Operation>
+int Attempt(Operation operation) {
+    try {
+        return operation();
+    } catch (const CFileException&) {
+        return 0;
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+}
+
 } // namespace
 
 CxTypedFile::~CxTypedFile() = default;
 
 int CxTypedFile::Load(const char* path) {
     RemoveAll();
-    SetPathName(path);
-    CFile file;
-    if (!path || !file.Open(path, CFile::modeRead | CFile::shareDenyWrite))
-        return 0;
-    return ReadWhole(&file);
+    return Attempt([&] {
+        SetPathName(path);
+        CFile file;
+        return path && file.Open(path, CFile::modeRead | CFile::shareDenyWrite) && ReadWhole(&file);
+    });
 }
 
 int CxTypedFile::Load(CFile* file) {
     RemoveAll();
-    if (!file)
-        return 0;
-    m_path = file->GetFilePath();
-    return ReadWhole(file);
+    return file && Attempt([&] {
+               m_path = file->GetFilePath();
+               return ReadWhole(file);
+           });
 }
 
-int CxTypedFile::Load(const unsigned char* text, DWORD length) {
-    m_sections.RemoveAll();
-    return ProfileToMap(text, text ? length : 0);
-}
+int CxTypedFile::Load(const unsigned char* text, DWORD length) { return ProfileToMap(text, text ? length : 0); }
 
 int CxTypedFile::ReadWhole(CFile* file) {
-    CxGlobalBuffer whole;
-    whole.Create(file, 1);
-    try {
-        if (!whole.GetBuffer() && file->GetLength())
-            return 0;
-    } catch (const CFileException&) {
+    const ULONGLONG length = file->GetLength();
+    if (length > kMaxFile)
         return 0;
-    }
-    return ProfileToMap(static_cast<const unsigned char*>(whole.GetBuffer()), whole.GetSize());
+    const auto text = std::make_unique_for_overwrite<unsigned char[]>(static_cast<size_t>(length));
+    file->SeekToBegin();
+    return ProfileToMap(text.get(), file->Read(text.get(), static_cast<UINT>(length)));
 }
 
 int CxTypedFile::Save() {
-    if (m_path.IsEmpty())
-        return 0;
-    CFile file;
-    if (!file.Open(m_path + ".saving", CFile::modeCreate | CFile::modeWrite | CFile::shareExclusive))
-        return 0;
-    const CString beside = file.GetFilePath();
-    try {
+    return !m_path.IsEmpty() && Attempt([&] {
+        torv::ReplacedFile whole(torv::NewFilePath(m_path));
+        CFile file;
+        if (!whole.IsOpen() || !file.Open(whole.Path(), CFile::modeWrite | CFile::shareExclusive))
+            return false;
         MapToProfile(&file);
         file.Close();
-        if (torv::RenameOver(beside, m_path))
-            return 1;
-    } catch (const CFileException&) {
-        file.Abort();
-    }
-    torv::RemoveFile(beside);
-    return 0;
+        return whole.Commit();
+    });
 }
 
 int CxTypedFile::SaveAs(const char* path) {
-    SetPathName(path);
-    return Save();
+    return Attempt([&] {
+        SetPathName(path);
+        return Save();
+    });
 }
 
 int CxTypedFile::Save(CFile* file) {
-    try {
-        return file ? MapToProfile(file) : 0;
-    } catch (const CFileException&) {
-        return 0;
-    }
+    return file && Attempt([&] { return MapToProfile(file); });
 }
 
 int CxTypedFile::Save2(CFile* file) {
-    try {
-        return file ? MapToProfile2(file) : 0;
-    } catch (const CFileException&) {
-        return 0;
-    }
+    return file && Attempt([&] { return MapToProfile2(file); });
 }
 
 int CxTypedFile::AddSection(const char* name) { return m_sections.AddNew(name) != nullptr; }
@@ -171,10 +164,8 @@ int CxTypedFile::WriteAt(const char* section, const char* key, const char* value
 }
 
 CString CxTypedFile::ReadAt(const char* section, const char* key, const char* defaultValue) const {
-    CString value;
-    if (!m_sections.ReadEntry(value, section, key))
-        value = defaultValue;
-    return value;
+    const CxEntryMap* const map = GetEntryMap(section);
+    return map ? map->ValueAt(key) : CString(defaultValue);
 }
 
 int CxTypedFile::RemoveSection(const char* name) { return m_sections.RemoveSection(name); }
@@ -197,26 +188,33 @@ void CxTypedFile::SetPathName(const char* path) { m_path = path; }
 int CxTypedFile::ProfileToMap(const unsigned char* text, DWORD length) {
     m_sections.RemoveAll();
     const std::string_view whole(reinterpret_cast<const char*>(text), length);
-    CxEntryMap* section = nullptr;
-    for (size_t position = 0; position < whole.size();) {
-        const std::string_view line = TrimRight(ReadLine(whole, position));
-        if (line.starts_with('[')) {
-            const size_t end = line.find(']');
-            if (end == std::string_view::npos)
-                continue;
+    const int parsed = Attempt([&] {
+        CxEntryMap* section = nullptr;
+        for (size_t position = 0; position < whole.size();)
+            if (!ParseLine(TrimRight(ReadLine(whole, position)), section))
+                return false;
+        return true;
+    });
+    if (!parsed)
+        m_sections.RemoveAll();
+    return parsed;
+}
+
+/// A line that makes no sense counts as parsed.
+bool CxTypedFile::ParseLine(std::string_view line, CxEntryMap*& section) {
+    if (line.starts_with('[')) {
+        const size_t end = line.find(']');
+        if (end != std::string_view::npos)
             section = m_sections.AddNew(Text(line.substr(1, end - 1)));
-            if (!section)
-                return 0;
-            continue;
-        }
-        const size_t equals = line.find('=');
-        if (line.starts_with(';') || equals == std::string_view::npos || equals == 0 || !section)
-            continue;
-        const std::string_view key = TrimRight(line.substr(0, equals));
-        const std::string_view value = line.substr(equals + 1);
-        section->Set(key, TrimRight(TrimLeft(value.substr(0, value.find(';')))));
+        return end == std::string_view::npos || section;
     }
-    return 1;
+    const size_t equals = line.find('=');
+    if (line.starts_with(';') || equals == std::string_view::npos || equals == 0 || !section)
+        return true;
+    const std::string_view key = TrimRight(line.substr(0, equals));
+    const std::string_view value = line.substr(equals + 1);
+    section->Set(key, TrimRight(TrimLeft(value.substr(0, value.find(';')))));
+    return true;
 }
 
 std::string_view CxTypedFile::ReadLine(std::string_view text, size_t& position) {

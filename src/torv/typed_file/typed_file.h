@@ -8,8 +8,9 @@
 ///     key = value ; comment
 ///
 /// Lines that make no sense are passed over, so any bytes load. Bytes above 0x7F are text. Values have no escapes: one
-/// that holds ";" or begins with a blank is written as it stands and reads back changed. Results are 1 and 0; nothing
-/// is thrown and nothing is shown.
+/// that holds ";" or begins with a blank is written as it stands and reads back changed. Results are 1 and 0, memory
+/// that cannot be had included, and nothing is shown; only what hands out or takes a text without a result throws
+/// std::bad_alloc.
 class TORV_API CxTypedFile {
 public:
     CxTypedFile() = default;
@@ -17,7 +18,7 @@ public:
     CxTypedFile(const CxTypedFile&) = delete;
     CxTypedFile& operator=(const CxTypedFile&) = delete;
 
-    /// Each discards what was held. 0 when the file cannot be read, or when memory runs out.
+    /// Each discards what was held. 0, and the object holds nothing, when the file cannot be read or memory runs out.
     int Load(const char* path);
     /// The whole file from its beginning; the path name becomes the file's.
     int Load(CFile* file);
@@ -37,7 +38,7 @@ public:
     int AddSection(const char* name);
     int WriteAt(const char* section, const char* key, const char* value);
     /// `defaultValue` (may be null) only when the section is missing; a missing key of a section that exists reads as
-    /// an empty text.
+    /// an empty text. Throws std::bad_alloc.
     CString ReadAt(const char* section, const char* key, const char* defaultValue) const;
     int RemoveSection(const char* name);
     int RemoveEntry(const char* section, const char* key);
@@ -49,6 +50,7 @@ public:
     /// Empties the path name as well.
     void RemoveAll();
 
+    /// Throws std::bad_alloc.
     void SetPathName(const char* path);
     CString GetPathName() const { return m_path; }
 
@@ -78,6 +80,7 @@ protected:
 
 private:
     int ReadWhole(CFile* file);
+    bool ParseLine(std::string_view line, CxEntryMap*& section);
 
     CString m_path;
     CxSectionMap m_sections;

@@ -9,7 +9,7 @@ BOOL CFileFind::FindFile(LPCSTR pattern, [[maybe_unused]] DWORD unused) {
     pattern = pattern ? pattern : "*.*";
     m_search = ::FindFirstFileA(pattern, &m_next);
     m_hasNext = m_search != INVALID_HANDLE_VALUE;
-    m_folder = CString(pattern, static_cast<int>(torv::FileNamePart(pattern) - pattern));
+    m_folder = torv::FolderPart(pattern);
     return m_hasNext;
 }
 

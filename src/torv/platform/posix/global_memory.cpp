@@ -2,10 +2,12 @@
 
 #include "torv/platform/posix/last_error.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <unordered_map>
 
 namespace {
@@ -24,14 +26,21 @@ struct Block {
 /// Every live block by its handle, and the handle of every moveable block by its address.
 class Table {
 public:
+    /// Null, with the table as it was, when there is no memory for the entry.
     HGLOBAL Add(Block block) {
         const std::lock_guard lock(m_mutex);
         void* address = block.bytes.get();
         const HGLOBAL handle = block.moveable ? NextHandle() : address;
-        if (block.moveable && address)
-            m_handles.emplace(address, handle);
-        m_blocks.emplace(handle, std::move(block));
-        return handle;
+        const bool hasAddress = block.moveable && address;
+        try {
+            m_blocks.emplace(handle, std::move(block));
+            if (hasAddress)
+                m_handles.emplace(address, handle);
+            return handle;
+        } catch (const std::bad_alloc&) {
+            m_blocks.erase(handle);
+            return nullptr;
+        }
     }
     bool Remove(HGLOBAL handle) {
         const std::lock_guard lock(m_mutex);
@@ -72,7 +81,8 @@ private:
 
 /// Never destroyed: a static object of a host may free its memory after ours are gone.
 Table& TheTable() {
-    static Table& table = *new Table;
+    alignas(Table) static std::byte place[sizeof(Table)];
+    static Table& table = *new (place) Table;
     return table;
 }
 
@@ -86,11 +96,11 @@ HGLOBAL GlobalAlloc(UINT flags, SIZE_T bytes) {
         const SIZE_T room = bytes > 0 ? bytes : 1; // a fixed block always has an address
         block.bytes.reset(flags & GMEM_ZEROINIT ? std::calloc(room, 1) : std::malloc(room));
     }
-    if (!block.bytes && (bytes > 0 || !block.moveable)) {
+    const bool isWhole = block.bytes || (bytes == 0 && block.moveable);
+    const HGLOBAL handle = isWhole ? TheTable().Add(std::move(block)) : nullptr;
+    if (!handle)
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        return nullptr;
-    }
-    return TheTable().Add(std::move(block));
+    return handle;
 }
 
 LPVOID GlobalLock(HGLOBAL memory) {

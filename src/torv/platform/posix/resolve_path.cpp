@@ -1,5 +1,7 @@
 #include "torv/platform/posix/resolve_path.h"
 
+#include "torv/platform/path.h"
+
 #include <algorithm>
 #include <dirent.h>
 #include <memory>
@@ -53,7 +55,9 @@ bool SameName(const std::string& a, const std::string& b) {
 }
 
 std::string WithSlashes(std::string path) {
-    std::replace(path.begin(), path.end(), '\\', '/');
+    for (std::size_t at = 0;
+         (at = static_cast<std::size_t>(NextSeparator(path.c_str() + at) - path.c_str())) < path.size();)
+        path[at++] = '/';
     return path;
 }
 
