@@ -26,13 +26,13 @@ inline double Db(double ratio) { return 20 * std::log10(ratio); }
 /// Fundamental near `about` Hz (within a few per cent): the autocorrelation over as many periods as fit, and a parabola
 /// through its peak; first over one period, then over more and more, so that no period is miscounted.
 inline double PitchOf(const std::vector<double>& sound, double about, double rate = 44100) {
+    double used = 0; // as much of the sound as says enough about a few periods
     const auto correlation = [&](int lag) {
         double product = 0, a = 0, b = 0;
-        for (size_t i = 0; i + static_cast<size_t>(lag) < sound.size(); ++i) {
-            const double x = sound[i], y = sound[i + static_cast<size_t>(lag)];
-            product += x * y;
-            a += x * x;
-            b += y * y;
+        for (const double *x = sound.data(), *end = x + static_cast<size_t>(used); x + lag < end; ++x) {
+            product += x[0] * x[lag];
+            a += x[0] * x[0];
+            b += x[lag] * x[lag];
         }
         return product / std::sqrt(a * b + 1e-30);
     };
@@ -40,6 +40,7 @@ inline double PitchOf(const std::vector<double>& sound, double about, double rat
     double hz = about;
     for (int periods = 1; periods <= std::max(1.0, most); periods *= 3) {
         const double centre = periods * rate / hz;
+        used = std::min(static_cast<double>(sound.size()), 8 * centre);
         const double reach = periods == 1 ? centre * 0.2 : rate / hz * 0.3;
         int best = static_cast<int>(centre - reach);
         double highest = -2;
@@ -58,16 +59,21 @@ inline double PitchOf(const std::vector<double>& sound, double about, double rat
 inline double Cents(double hz, double reference) { return 1200 * std::log2(hz / reference); }
 inline double HzOf(double note) { return 440 * std::pow(2, (note - 69) / 12); }
 
-/// Amplitude of one frequency, Hann window.
+/// Amplitude of one frequency, Hann window: Goertzel's recurrence, and the window's cosine by another.
 inline double Tone(const std::vector<double>& sound, double hz, double rate = 44100) {
-    double re = 0, im = 0;
     const auto n = static_cast<double>(sound.size());
-    for (size_t i = 0; i < sound.size(); ++i) {
-        const double w = 0.5 - 0.5 * std::cos(2 * std::numbers::pi * static_cast<double>(i) / n);
-        re += w * sound[i] * std::cos(2 * std::numbers::pi * hz * static_cast<double>(i) / rate);
-        im += w * sound[i] * std::sin(2 * std::numbers::pi * hz * static_cast<double>(i) / rate);
+    const double turn = 2 * std::numbers::pi * hz / rate, windowTurn = 2 * std::numbers::pi / n;
+    const double bend = 2 * std::cos(turn), windowBend = 2 * std::cos(windowTurn);
+    double last = 0, before = 0, window = 1, windowBefore = std::cos(windowTurn);
+    for (const double *x = sound.data(), *end = x + sound.size(); x != end; ++x) {
+        const double now = (0.5 - 0.5 * window) * *x + bend * last - before;
+        before = last;
+        last = now;
+        const double windowNext = windowBend * window - windowBefore;
+        windowBefore = window;
+        window = windowNext;
     }
-    return 4 * std::hypot(re, im) / n;
+    return 4 * std::hypot(last - before * std::cos(turn), before * std::sin(turn)) / n;
 }
 
 /// RMS of a band, by tones 40 Hz apart.

@@ -2,7 +2,7 @@
 /// defines the functions at the end; entry_points.cpp turns them into the library's five entry points.
 #pragma once
 
-#include <deque>
+#include <list>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -11,8 +11,11 @@ namespace g2pa {
 
 /// One element's phonemes in order: views of static tables.
 using Symbols = std::vector<std::string_view>;
+/// Of several elements in a row. A list: whole rows change hands without an allocation.
+using Outputs = std::list<Symbols>;
 
-/// One conversion. Delivers exactly one output for each element put, in order. No locks: the caller serialises.
+/// One conversion. Delivers exactly one output for each element put, in order. No locks: the caller serialises. A put
+/// or an end for which there is no memory throws std::bad_alloc and has not happened.
 class Converter {
 public:
     Converter() = default;
@@ -30,10 +33,10 @@ public:
     void DropOutput() { m_ready.pop_front(); }
 
 protected:
-    void Deliver(Symbols symbols) { m_ready.push_back(std::move(symbols)); }
+    void Deliver(Outputs&& outputs) noexcept { m_ready.splice(m_ready.end(), outputs); }
 
 private:
-    std::deque<Symbols> m_ready;
+    Outputs m_ready;
 };
 
 // What a language's library defines.

@@ -35,36 +35,68 @@ Phones PronounceJoined(const Dictionary& dictionary, const std::vector<std::stri
     return PronounceWord(dictionary, word);
 }
 
+/// Appends an element's output and those of the elements that prolong it. The consonants after the last vowel are sung
+/// where that vowel ends: in the last of them.
+void AppendProlonged(g2pa::Outputs& outputs, g2pa::Symbols symbols, size_t prolongations) {
+    if (symbols.size() > G2PA_MAX_SLOTS)
+        symbols.resize(G2PA_MAX_SLOTS);
+    if (prolongations == 0) {
+        outputs.push_back(std::move(symbols));
+        return;
+    }
+    const auto vowel = std::find_if(symbols.rbegin(), symbols.rend(), IsVowelSymbol);
+    const size_t head = vowel != symbols.rend() ? static_cast<size_t>(symbols.rend() - vowel) : symbols.size();
+    const std::string_view nucleus = head > 0 ? symbols[head - 1] : defaultVowel;
+    g2pa::Symbols last{nucleus};
+    last.insert(last.end(), symbols.begin() + static_cast<std::ptrdiff_t>(head), symbols.end());
+    symbols.resize(head);
+    outputs.push_back(std::move(symbols));
+    outputs.insert(outputs.end(), prolongations - 1, {nucleus});
+    outputs.push_back(std::move(last));
+}
+
 } // namespace
 
 void EnglishConverter::Put(std::string_view bytes) {
     LyricText lyric = ReadLyric(bytes);
     if (lyric.singsOn) {
         if (m_held.empty())
-            Deliver({defaultVowel});
+            Deliver({{defaultVowel}});
         else
             ++m_held.back().prolongations;
         return;
     }
     const bool joins = !lyric.words.empty() && !m_held.empty() && !m_held.back().words.empty() &&
                        (m_wordGoesOn || lyric.joinsPrevious);
-    if (!joins)
-        Release();
+    if (joins) {
+        m_held.push_back({std::move(lyric.words)});
+    } else {
+        std::vector<Held> held(1);
+        held[0].words = std::move(lyric.words);
+        Deliver(SingHeld());
+        m_held = std::move(held);
+    }
     m_wordGoesOn = lyric.joinsNext;
-    m_held.push_back({std::move(lyric.words), 0, {}});
 }
 
-void EnglishConverter::Release() {
-    for (size_t held = 0; held < m_held.size(); ++held)
-        for (size_t word = held == 0 ? 0 : 1; word < m_held[held].words.size(); ++word)
-            PronounceFrom(held, word);
-    for (const Held& held : m_held)
-        DeliverProlonged(held);
+void EnglishConverter::Finish() {
+    Deliver(SingHeld());
     m_held.clear();
 }
 
+g2pa::Outputs EnglishConverter::SingHeld() const {
+    std::vector<g2pa::Symbols> symbols(m_held.size());
+    for (size_t held = 0; held < m_held.size(); ++held)
+        for (size_t word = held == 0 ? 0 : 1; word < m_held[held].words.size(); ++word)
+            PronounceFrom(held, word, symbols);
+    g2pa::Outputs outputs;
+    for (size_t held = 0; held < m_held.size(); ++held)
+        AppendProlonged(outputs, std::move(symbols[held]), m_held[held].prolongations);
+    return outputs;
+}
+
 /// Pronounces a word and its continuations, and gives each element its part.
-void EnglishConverter::PronounceFrom(size_t held, size_t word) {
+void EnglishConverter::PronounceFrom(size_t held, size_t word, std::vector<g2pa::Symbols>& symbols) const {
     std::vector<std::string_view> parts{m_held[held].words[word]};
     if (word + 1 == m_held[held].words.size()) { // the last word of an element goes on while elements are single words
         for (size_t next = held + 1; next < m_held.size(); ++next) {
@@ -79,30 +111,10 @@ void EnglishConverter::PronounceFrom(size_t held, size_t word) {
         const bool alone = joined.empty() && parts.size() > 1;
         const auto syllables =
             alone ? DivideWord(PronounceWord(m_dictionary, parts[part]), {parts[part]})[0] : shares[part];
-        g2pa::Symbols& symbols = m_held[held + part].symbols;
-        for (size_t i = 0; i < syllables.size() && symbols.size() < G2PA_MAX_SLOTS; ++i)
-            AppendSymbols(symbols, syllables[i], i == 0 && (part == 0 || alone));
+        g2pa::Symbols& sung = symbols[held + part];
+        for (size_t i = 0; i < syllables.size() && sung.size() < G2PA_MAX_SLOTS; ++i)
+            AppendSymbols(sung, syllables[i], i == 0 && (part == 0 || alone));
     }
-}
-
-/// The consonants after an element's last vowel are sung where that vowel ends: in the last element that prolongs it.
-void EnglishConverter::DeliverProlonged(const Held& held) {
-    g2pa::Symbols symbols = held.symbols;
-    if (symbols.size() > G2PA_MAX_SLOTS)
-        symbols.resize(G2PA_MAX_SLOTS);
-    if (held.prolongations == 0)
-        return Deliver(std::move(symbols));
-    const auto vowel = std::find_if(symbols.rbegin(), symbols.rend(), IsVowelSymbol);
-    const size_t head = vowel != symbols.rend() ? static_cast<size_t>(symbols.rend() - vowel) : symbols.size();
-    const std::string_view nucleus = head > 0 ? symbols[head - 1] : defaultVowel;
-    const g2pa::Symbols coda(symbols.begin() + static_cast<std::ptrdiff_t>(head), symbols.end());
-    symbols.resize(head);
-    Deliver(std::move(symbols));
-    for (size_t i = 1; i < held.prolongations; ++i)
-        Deliver({nucleus});
-    g2pa::Symbols last{nucleus};
-    last.insert(last.end(), coda.begin(), coda.end());
-    Deliver(std::move(last));
 }
 
 } // namespace g2pa_eng

@@ -14,18 +14,16 @@ public:
     explicit EnglishConverter(const Dictionary& dictionary) : m_dictionary(dictionary) {}
 
     void Put(std::string_view bytes) override;
-    void Finish() override { Release(); }
+    void Finish() override;
 
 private:
     struct Held {
         std::vector<std::string> words;
         size_t prolongations = 0; // elements after it that sing its vowel on
-        g2pa::Symbols symbols;
     };
 
-    void Release();
-    void PronounceFrom(size_t held, size_t word);
-    void DeliverProlonged(const Held& held);
+    g2pa::Outputs SingHeld() const;
+    void PronounceFrom(size_t held, size_t word, std::vector<g2pa::Symbols>& symbols) const;
 
     const Dictionary& m_dictionary;
     std::vector<Held> m_held; // a run of elements in which each joins the word before

@@ -5,206 +5,325 @@
 #include <doctest/doctest.h>
 
 #include <cstring>
+#include <iterator>
 #include <limits>
+#include <sstream>
 #include <string>
 #include <vector>
 
-TEST_CASE("dictionary: symbols by index") {
-    CHECK((CxPhoneticDic::GetDicSize(0) == 42 && CxPhoneticDic::GetDicSize(1) == 54 &&
-           CxPhoneticDic::GetDicSize(2) == 54));
-    CHECK(std::string(CxPhoneticDic::GetSAMPAString(11, 0)) == "N\\"); // one backslash
-    CHECK(std::string(CxPhoneticDic::GetSAMPAString(41, 0)) == "*in");
-    CHECK(std::string(CxPhoneticDic::GetSAMPAString(53, 1)) == "Asp");
-    for (const auto& [index, language] :
-         std::vector<std::pair<unsigned, int>>{{42, 0}, {54, 1}, {0, 2}, {static_cast<unsigned>(-1), 0}})
+namespace {
+
+constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
+
+std::vector<std::string> Words(const char* text) {
+    std::istringstream stream(text);
+    return {std::istream_iterator<std::string>(stream), {}};
+}
+
+/// Everything that a lyric holds: text|phonemes|advancements|share|mark of each syllable.
+std::string Told(const CLyricObject& lyric) {
+    std::ostringstream told;
+    for (int i = 0; i < lyric.GetElementCount(); ++i) {
+        const CLyricElement& element = *lyric.GetElementAt(i);
+        told << (i ? "\n" : "") << element.GetLyricString() << '|';
+        for (int k = 0; k < element.GetPhonemeCharaCount(); ++k)
+            told << (k ? "." : "") << element.GetPhonemeChara(k);
+        told << '|';
+        for (int k = 0; k < element.GetPhonemeCharaCount(); ++k)
+            told << (k ? "," : "") << element.GetConsonantAdvancement(k);
+        told << '|' << element.GetDeltaRate() << '|' << element.GetPhonemeEditMark();
+    }
+    return told.str();
+}
+
+/// "hel-", which somebody has edited, and "lo".
+void Fill(CLyricObject& lyric) {
+    CLyricElement* const first = lyric.AddNewElement();
+    first->SetLyricString("hel-");
+    first->SetPhonemeString("h E", 1); // E is no English vowel: a consonant
+    first->SetConsonantAdvancement(1, 300);
+    first->SetDeltaRate(0.5F);
+    first->SetPhonemeEditMark(7);
+    lyric.AddNewElement()->SetLyricString("lo");
+}
+const char* const kFilled = "hel-|h.E|64,44|0.5|7\nlo|||0|0"; // 300 is 44 in a byte
+
+struct Lyric : CLyricObject {
+    using CLyricObject::VerifyPhonemeEditMark;
+};
+
+} // namespace
+
+TEST_CASE("dictionary: every symbol, and what kind each is") {
+    const auto japanese = Words(
+        "a i M e o n J m N m' N' N\\ g g' d d' b b' z Z h\\ dz dZ 4 4' j w k k' t t' p p' s S h C p\\ p\\' ts tS *in");
+    const auto english =
+        Words("@ V e I i: { O: Q U u: @r eI aI OI @U aU I@ e@ U@ O@ Q@ p t k tS f T s S h ph th kh w j b d dZ v "
+              "D z Z m n N r l g bh dh gh l0 hv Asp");
+    REQUIRE(CxPhoneticDic::GetDicSize(0) == 42);
+    REQUIRE(CxPhoneticDic::GetDicSize(1) == 54);
+    CHECK(CxPhoneticDic::GetDicSize(2) == 54);
+    for (unsigned i = 0; i < japanese.size(); ++i) {
+        CAPTURE(i);
+        const char* const symbol = CxPhoneticDic::GetSAMPAString(i, 0);
+        CHECK(std::string(symbol) == japanese[i]);
+        CHECK(CxPhoneticDic::IsVowelJpn(symbol) == (i < 5));
+        CHECK(CxPhoneticDic::IsSyllabicNasalJpn(symbol) == (i >= 5 && i < 12));
+        CHECK(CxPhoneticDic::IsConsonantJpn(symbol) == (i >= 5 && i < 41));
+        CHECK(CxPhoneticDic::IsSymbolJpn(symbol) == (i == 41 || japanese[i] == "e"));
+        CHECK(CxPhoneticDic::Verify(symbol, 0) == CxPhoneticDic::IsConsonantJpn(symbol));
+    }
+    for (unsigned i = 0; i < english.size(); ++i) {
+        CAPTURE(i);
+        const char* const symbol = CxPhoneticDic::GetSAMPAString(i, 1);
+        CHECK(std::string(symbol) == english[i]);
+        const bool isSung = i < 21 || i == 53;                            // "Asp" among them
+        const bool needsVowel = i == 42 || i == 43 || i == 44 || i == 51; // m n N l0
+        CHECK(CxPhoneticDic::IsNoEditCACharaEng(symbol) == isSung);
+        CHECK(CxPhoneticDic::IsNoEditCACharaWoVowelEng(symbol) == needsVowel);
+        CHECK(CxPhoneticDic::IsConsonantEng(symbol, "Asp") == !isSung);
+        CHECK(CxPhoneticDic::IsConsonantEng(symbol, "t") == (!isSung && !needsVowel));
+        CHECK(CxPhoneticDic::Verify(symbol, 1) == (!isSung && !needsVowel));
+        CHECK(CxPhoneticDic::IsSymbolJpn(symbol) == (i < 4)); // hosts mark those as symbols too
+        CHECK(CxPhoneticDic::IsConsonant(symbol, "@", 2) == 0);
+    }
+    for (const char* const none : {"A", "a ", "", static_cast<const char*>(nullptr)}) {
+        CHECK(CxPhoneticDic::IsVowelJpn(none) == 0);
+        CHECK(CxPhoneticDic::IsConsonantJpn(none) == 0);
+    }
+    CHECK(CxPhoneticDic::IsConsonantEng(nullptr, "@") == 0);
+    for (const auto& [index, language] : {std::pair(42U, 0), {54U, 1}, {0U, 2}, {static_cast<unsigned>(-1), 0}})
         CHECK(CxPhoneticDic::GetSAMPAString(index, language) == nullptr);
 }
 
-TEST_CASE("dictionary: kinds") {
-    struct Row {
-        const char* symbol;
-        int vowel, nasal, consonant, mark;
-    };
-    for (const Row& row : {Row{"a", 1, 0, 0, 0}, Row{"o", 1, 0, 0, 0}, Row{"n", 0, 1, 1, 0}, Row{"N\\", 0, 1, 1, 0},
-                           Row{"g", 0, 0, 1, 0}, Row{"tS", 0, 0, 1, 0}, Row{"*in", 0, 0, 0, 1}, Row{"@", 0, 0, 0, 1},
-                           Row{"e", 1, 0, 0, 1}, Row{"I", 0, 0, 0, 1}, Row{"i:", 0, 0, 0, 0}, Row{"A", 0, 0, 0, 0},
-                           Row{"a ", 0, 0, 0, 0}, Row{"", 0, 0, 0, 0}, Row{nullptr, 0, 0, 0, 0}}) {
-        CAPTURE(std::string(row.symbol ? row.symbol : "null"));
-        CHECK(CxPhoneticDic::IsVowelJpn(row.symbol) == row.vowel);
-        CHECK(CxPhoneticDic::IsSyllabicNasalJpn(row.symbol) == row.nasal);
-        CHECK(CxPhoneticDic::IsConsonantJpn(row.symbol) == row.consonant);
-        CHECK(CxPhoneticDic::IsSymbolJpn(row.symbol) == row.mark);
-    }
-    struct Pair {
-        const char* phoneme;
-        const char* next;
-        int english;
-    };
-    for (const Pair& row :
-         {Pair{"m", "@", 1}, Pair{"m", "t", 0}, Pair{"m", nullptr, 0}, Pair{"l0", "Asp", 1}, Pair{"t", nullptr, 1},
-          Pair{nullptr, "@", 0}, Pair{"Asp", "@", 0}, Pair{"Q@", nullptr, 0}, Pair{"bh", nullptr, 1}})
-        CHECK(CxPhoneticDic::IsConsonantEng(row.phoneme, row.next) == row.english);
-    CHECK((CxPhoneticDic::IsConsonant("k", nullptr, 2) == 0 && CxPhoneticDic::Verify("k", 0) == 1 &&
-           CxPhoneticDic::Verify("m", 1) == 0));
-}
-
 TEST_CASE("dictionary: a syllable's consonant") {
-    CString consonant = "old";
-    const char* const ka = "ka";
-    CHECK((CxPhoneticDic::ExtractConsonantJpn(consonant, ka) == ka + 1 && consonant == "k"));
-    CHECK((CxPhoneticDic::ExtractConsonantJpn(consonant, "kya") == nullptr && consonant.IsEmpty()));
-    consonant = "old";
-    CHECK((CxPhoneticDic::ExtractConsonantJpn(consonant, "k") == nullptr && consonant == "old"));
-    CHECK((CxPhoneticDic::ExtractConsonantJpn(consonant, "") == nullptr && consonant == "old"));
-    CHECK((CxPhoneticDic::ExtractConsonantJpn(consonant, "a") == nullptr && consonant.IsEmpty()));
+    const struct {
+        const char* syllable;
+        const char* consonant;
+        int vowelAt; // -1: none
+    } rows[] = {{"ka", "k", 1},
+                {"p\\'M", "p\\'", 3},
+                {"kya", "", -1},
+                {"k", "old", -1},
+                {"", "old", -1},
+                {"a", "", -1},
+                {"kkkkkkkkkkkkkkkkkkkka", "", -1}};
+    for (const auto& row : rows) {
+        CAPTURE(std::string(row.syllable));
+        CString consonant = "old";
+        const char* const vowel = CxPhoneticDic::ExtractConsonantJpn(consonant, row.syllable);
+        CHECK((vowel ? vowel - row.syllable : -1) == row.vowelAt);
+        CHECK(consonant == row.consonant);
+    }
 }
 
-TEST_CASE("element: rates, phonemes and who counts as a consonant") {
+TEST_CASE("element: shares of a note") {
     CLyricElement element;
-    CHECK((element.SetDeltaRate(1.0F) == 1 && element.SetDeltaRate(1.5F) == 0 && element.GetDeltaRate() == 1.0F));
-    CHECK(element.SetDeltaRate(std::numeric_limits<float>::quiet_NaN()) == 0);
-    CHECK((element.SetDeltaRate(3, 2) == 0 && element.SetDeltaRate(1, 4) == 1 && element.GetDeltaRate() == 0.25F));
-    CHECK((element.SetDeltaRate(0, 0) == 1 && element.GetDeltaRate() == 0.0F));
-    element.SetPhonemeString("  s  t   V m", 1);
-    CHECK(element.GetPhonemeString() == "s t V m");
-    const int advancements[] = {64, 64, 0, 64, 0}; // the m counts: a vowel stands beside it
-    for (int i = 0; i < 5; ++i)
-        CHECK(element.GetConsonantAdvancement(i) == advancements[i]);
-    element.SetPhonemeString("m t", 1);
-    CHECK(element.GetConsonantAdvancement(0) == 0);
-    element.SetConsonantAdvancement(0, 300);
-    CHECK(element.GetConsonantAdvancement(0) == 44); // a byte
-    CHECK(element.SetConsonantAdvancement(9, 1) == 0);
-    element.AddPhonemeChara("0123456789abcdefghij");
-    CHECK(std::string(element.GetPhonemeChara(2)) == "0123456789abcdef");
-    CHECK(std::string(element.GetPhonemeChara(-1)).empty());
-    element.SetPhonemeString(nullptr, 0);
-    CHECK(element.GetPhonemeCharaCount() == 0);
-    element.AddPhonemeChara("a b");
-    element.SetPhonemeString(element.GetPhonemeChara(0), 0); // its own text
-    CHECK(element.GetPhonemeCharaCount() == 2);
-    CHECK(torv::ShareOf(100, 1.0F / 3) == 33);
-    CHECK((torv::ShareOf(100, -1) == 0 && torv::ShareOf(100, 2) == 100 &&
-           torv::ShareOf(100, std::numeric_limits<float>::quiet_NaN()) == 0));
+    element.SetDeltaRate(0.75F);
+    for (const float refused : {1.5F, kNoNumber}) {
+        CHECK(element.SetDeltaRate(refused) == 0);
+        CHECK(element.GetDeltaRate() == 0.75F);
+    }
+    CHECK(element.SetDeltaRate(3, 2) == 0);
+    CHECK(element.GetDeltaRate() == 0.75F);
+    CHECK(element.SetDeltaRate(1.0F) == 1);
+    CHECK(element.GetDeltaRate() == 1.0F);
+    CHECK(element.SetDeltaRate(1, 4) == 1);
+    CHECK(element.GetDeltaRate() == 0.25F);
+    CHECK(element.SetDeltaRate(2, 2) == 1);
+    CHECK(element.SetDeltaRate(0, 0) == 1);
+    CHECK(element.GetDeltaRate() == 0.0F);
+    const struct {
+        float share;
+        DWORD ticks;
+    } shares[] = {{1.0F / 3, 33}, {-1, 0}, {2, 100}, {kNoNumber, 0}};
+    for (const auto& row : shares)
+        CHECK(torv::ShareOf(100, row.share) == row.ticks);
 }
 
-TEST_CASE("lyric: shares given back, marks") {
-    CLyricObject lyric;
-    for (const float rate : {0.5F, 0.25F, 0.25F})
+TEST_CASE("element: phonemes, and who counts as a consonant") {
+    const struct {
+        const char* phonemes;
+        int language;
+        const char* told;
+    } rows[] = {{"  s  t   V m", 1, "|s.t.V.m|64,64,0,64|0|0"}, // the m counts: a vowel stands beside it
+                {"m t", 1, "|m.t|0,64|0|0"},
+                {"m", 1, "|m|0|0|0"},
+                {"n a *in", 0, "|n.a.*in|64,0,0|0|0"},
+                {"k a", 2, "|k.a|0,0|0|0"},
+                {"0123456789abcdefg h", 0, "|0123456789abcdef.h|0,64|0|0"},
+                {nullptr, 0, "|||0|0"}};
+    for (const auto& row : rows) {
+        CLyricObject lyric;
+        CLyricElement& element = *lyric.AddNewElement();
+        element.AddPhonemeChara("old");
+        CHECK(element.SetPhonemeString(row.phonemes, row.language) == 1);
+        CHECK(Told(lyric) == row.told);
+    }
+    CLyricElement element;
+    element.SetPhonemeString("s a", 0);
+    CHECK(element.GetPhonemeString() == "s a");
+    for (const int index : {-1, 2}) {
+        CHECK(std::string(element.GetPhonemeChara(index)).empty());
+        CHECK(element.SetConsonantAdvancement(index, 1) == 0);
+        CHECK(element.GetConsonantAdvancement(index) == 0);
+        CHECK(element.IsConsonant(index, 0) == 0);
+    }
+    element.SetPhonemeString(nullptr, 0);
+    CHECK(element.AddPhonemeChara("0123456789abcdefg") == 1);
+    CHECK(element.AddPhonemeChara("k a") == 1);
+    CHECK(std::string(element.GetPhonemeChara(0)) == "0123456789abcdef");
+    CHECK(element.GetConsonantAdvancement(1) == 0);
+    element.SetPhonemeString(element.GetPhonemeChara(1), 0); // its own text
+    CHECK(element.GetPhonemeString() == "k a");
+}
+
+TEST_CASE("lyric: elements come, go and give their share back") {
+    Lyric lyric;
+    CHECK(lyric.GetPhonemeEditMark() == 0);
+    CHECK(lyric.VerifyPhonemeEditMark() == 1);
+    for (const float rate : {0.25F, 0.5F, 0.25F})
         lyric.AddNewElement()->SetDeltaRate(rate);
-    CHECK(lyric.RemoveElementAt(0, 1) == 1);
-    CHECK((lyric.GetElementAt(0)->GetDeltaRate() == 0.5F && lyric.GetElementAt(1)->GetDeltaRate() == 0.5F));
-    CHECK((lyric.RemoveElementAt(5, 1) == 0 && lyric.RemoveElementAt(-1, 0) == 0 && lyric.GetElementAt(2) == nullptr));
+    for (const int nowhere : {-1, 3})
+        CHECK(lyric.RemoveElementAt(nowhere, 1) == 0);
+    CHECK(lyric.RemoveElementAt(1, 1) == 1);
+    CHECK(Told(lyric) == "|||0.5|0\n|||0.5|0");
     lyric.AddNewElement()->SetDeltaRate(1.0F);
     CHECK(lyric.RemoveElementAt(2, 1) == 0); // it was the whole: the others keep theirs, it is gone
-    CHECK((lyric.GetElementCount() == 2 && lyric.GetElementAt(0)->GetDeltaRate() == 0.5F));
+    CHECK(Told(lyric) == "|||0.5|0\n|||0.5|0");
     lyric.SetPhonemeEditMark(3);
     CLyricObject copy(&lyric);
-    CHECK((copy.GetPhonemeEditMark() == 3 && copy.GetElementCount() == 2));
-    CHECK((copy.InsertElementAt(99, new CLyricElement) == 1 && copy.GetElementCount() == 3));
-    CHECK(CLyricObject().GetPhonemeEditMark() == 0);
-
-    struct Marks : CLyricObject {
-        using CLyricObject::VerifyPhonemeEditMark;
-    } marks;
-    CHECK(marks.VerifyPhonemeEditMark() == 1);
-    marks.AddNewElement()->SetPhonemeEditMark(3);
-    marks.AddNewElement()->SetPhonemeEditMark(1);
-    CHECK(marks.VerifyPhonemeEditMark() == 1); // both edited
-    marks.AddNewElement();
-    CHECK(marks.VerifyPhonemeEditMark() == 0);
+    const char* const places[] = {"last", "first", "middle"};
+    const int indexes[] = {99, -5, 1};
+    for (int i = 0; i < 3; ++i) {
+        CLyricElement* const element = new CLyricElement;
+        element->SetLyricString(places[i]);
+        CHECK(copy.InsertElementAt(indexes[i], element) == 1);
+    }
+    CHECK(copy.InsertElementAt(0, nullptr) == 0);
+    CHECK(copy.RemoveElementAt(2, 0) == 1);
+    CHECK(Told(copy) == "first|||0|0\nmiddle|||0|0\n|||0.5|3\nlast|||0|0");
+    CHECK(copy.GetPhonemeEditMark() == 0); // the first one's
+    CHECK(lyric.GetPhonemeEditMark() == 3);
+    lyric.GetElementAt(1)->SetPhonemeEditMark(1);
+    CHECK(lyric.VerifyPhonemeEditMark() == 1); // both edited
+    lyric.AddNewElement();
+    CHECK(lyric.VerifyPhonemeEditMark() == 0);
 }
 
 TEST_CASE("lyric: as a section") {
     CLyricObject lyric;
-    CLyricElement* const first = lyric.AddNewElement();
-    first->SetLyricString("hel-");
-    first->SetPhonemeString("h E", 1);
-    first->SetDeltaRate(0.5F);
-    lyric.AddNewElement()->SetLyricString("lo");
+    Fill(lyric);
     CxTypedFile file;
     CHECK(lyric.DescribeParameter(&file, "S") == 1);
-    CHECK(file.ReadAt("S", "L0", "") == "hel-,h E,0.500000,64,64"); // E is no English vowel: a consonant
+    CHECK(file.ReadAt("S", "L0", "") == "hel-,h E,0.500000,64,44");
     CHECK(file.ReadAt("S", "L1", "") == "lo,,0.000000,");
+    CHECK(lyric.DescribeParameter(nullptr, "S") == 0);
 
-    const char text[] = "[S]\nL0 = a , k  a ,0.25,7\nL1=,,1e99\nL3=x,y,1,2\n";
-    file.Load(reinterpret_cast<const unsigned char*>(text), sizeof text - 1);
+    const std::string text = "[S]\nL0 = a , k  a ,0.25,7\nL1=" + std::string(300, 'b') + ",,1e99\nL3=x,y,1,2\n";
+    file.Load(reinterpret_cast<const unsigned char*>(text.data()), static_cast<DWORD>(text.size()));
     CLyricObject read;
+    read.AddNewElement();
     CHECK(read.ConstructParameter(&file, "S") == 1);
-    REQUIRE(read.GetElementCount() == 2); // stops where "L2" is missing
-    CLyricElement& element = *read.GetElementAt(0);
-    CHECK((element.GetLyricString() == "a" && element.GetPhonemeString() == "k a" && element.GetDeltaRate() == 0.25F));
-    CHECK(
-        (element.GetConsonantAdvancement(0) == 7 && element.GetConsonantAdvancement(1) == 0)); // no defaults when read
-    CHECK(read.GetElementAt(1)->GetDeltaRate() == std::numeric_limits<float>::max());
+    // Appended up to where "L2" is missing; no consonants' defaults; a field of 256 bytes; the largest share.
+    CHECK(Told(read) == "|||0|0\na|k.a|7,0|0.25|0\n" + std::string(256, 'b') + "|||3.40282e+38|0");
+    CHECK(read.ConstructParameter(static_cast<CxTypedFile*>(nullptr), "S") == 0);
 }
 
 TEST_CASE("lyric: host records") {
     CLyricObject lyric;
-    CLyricElement* const element = lyric.AddNewElement();
-    element->SetLyricString(std::string(40, 'x').c_str());
-    element->SetPhonemeString("s a s", 0);
-    lyric.AddNewElement();
+    Fill(lyric);
+    lyric.GetElementAt(0)->AddPhonemeChara("0123456789abcdef");
     tagLyricObject record{};
     CHECK(lyric.DescribeParameter(&record) == 1);
     REQUIRE(record.count == 2);
-    CHECK(std::string(record.syllables[0].text).size() == 32);
-    CHECK(std::string(record.syllables[0].firstPhoneme.next->text) == "a");
-    CHECK((record.syllables[1].firstPhoneme.text[0] == '\0' && record.syllables[1].firstPhoneme.next == nullptr));
-    std::memset(record.syllables[1].text, 'z', sizeof record.syllables[1].text); // unterminated
+    CHECK(std::string(record.syllables[0].firstPhoneme.next->text) == "E");
     CLyricObject back;
     back.AddNewElement();
     CHECK(back.ConstructParameter(&record) == 1);
-    CHECK((back.GetElementCount() == 2 && back.GetElementAt(0)->GetPhonemeString() == "s a s"));
-    CHECK((back.GetElementAt(1)->GetPhonemeCharaCount() == 0 && back.GetElementAt(1)->GetLyricStringLength() == 32));
-    tagPhonemeCharaEx circle{};
-    circle.text[0] = 'a';
-    circle.next = &circle;
-    tagLyricSyllable endless{};
-    endless.firstPhoneme = circle;
-    endless.firstPhoneme.next = &circle;
-    CLyricElement survivor;
-    CHECK(survivor.ConstructParameter(&endless) == 1);
+    CHECK(Told(back) == Told(lyric));
+    std::memset(record.syllables[1].text, 'z', sizeof record.syllables[1].text); // unterminated
+    back.ConstructParameter(&record);
+    CHECK(back.GetElementAt(1)->GetLyricString() == std::string(32, 'z').c_str());
     torv::ReleaseLyricRecord(&record);
     CHECK(record.syllables == nullptr);
     torv::ReleaseLyricRecord(nullptr);
+    CHECK(back.ConstructParameter(static_cast<tagLyricObject*>(nullptr)) == 0);
+    CHECK(back.GetElementCount() == 0);
 
-    tagLyricSyllable empty; // every byte of an empty one is 0, whatever stood there before
-    std::memset(&empty, 0xCC, sizeof empty);
-    CHECK(CLyricElement().DescribeParameter(&empty) == 1);
-    CHECK(std::string(reinterpret_cast<const char*>(&empty), sizeof empty) == std::string(sizeof empty, '\0'));
+    tagLyricSyllable syllable; // every byte that is not named is 0, whatever stood there before
+    std::memset(&syllable, 0xCC, sizeof syllable);
+    CHECK(CLyricElement().DescribeParameter(&syllable) == 1);
+    CHECK(std::string(reinterpret_cast<const char*>(&syllable), sizeof syllable) == std::string(sizeof syllable, '\0'));
+    CLyricElement element;
+    element.SetLyricString(std::string(40, 'x').c_str());
+    element.DescribeParameter(&syllable);
+    CHECK(std::string(syllable.text) == std::string(32, 'x'));
+    tagPhonemeCharaEx circle{{}, "a", 1, &circle};
+    syllable.firstPhoneme = circle;
+    CHECK(element.ConstructParameter(&syllable) == 1); // it ends
 }
 
 TEST_CASE("syllables: Japanese, English and the rest") {
-    struct Row {
+    const std::string kya = "\x82\xAB\x82\xE1"; // ki, small ya
+    const std::string ku = "\x82\xAD";
+    const struct {
         int language;
         std::string text;
         std::string first;
         size_t taken;
-    };
-    const std::string kya = "\x82\xAB\x82\xE1"; // ki, small ya
-    const std::string ku = "\x82\xAD";
-    for (const Row& row :
-         {Row{0, kya + ku, kya, 4}, Row{0, ku, ku, 2},
-          Row{0, "\x82\x9F", "\x82\xA0", 2}, // a small a alone is full size
-          Row{0, "ka ki", "ka ", 3}, Row{0, "ka" + ku, "ka", 2}, Row{0, std::string(40, 'x'), std::string(32, 'x'), 32},
-          Row{0, ku + "\x82\xC1", ku, 2}, // the small tsu is no part of the table
-          Row{0, "\x82", "\x82", 1}, Row{0, ku + "\x82", ku, 2}, Row{1, "hel-lo", "hel-", 4},
-          Row{1, "to the", "to the", 6}, Row{1, std::string(40, 'y'), std::string(32, 'y'), 32},
-          Row{1, ku + "ab", ku, 2}, Row{0, "", "", 0}, Row{7, "abc", "", 0}}) {
+    } rows[] = {{0, kya + ku, kya, 4},
+                {0, ku, ku, 2},
+                {0, ku + "\x82\xC1", ku, 2}, // the small tsu is no part of the table
+                {0, "\x82", "\x82", 1},
+                {0, ku + "\x82", ku, 2},
+                {0, "ka ki", "ka ", 3},
+                {0, "ka" + ku, "ka", 2},
+                {0, std::string(40, 'x'), std::string(32, 'x'), 32},
+                {0, "", "", 0},
+                {1, "hel-lo", "hel-", 4},
+                {1, "to the", "to the", 6},
+                {1, std::string(40, 'y'), std::string(32, 'y'), 32},
+                {1, ku + "ab", ku, 2},
+                {7, "abc", "", 0}};
+    for (const auto& row : rows) {
         CAPTURE(row.text);
         CString first = "old";
         const char* const text = row.text.c_str();
         CHECK(CLyricObject::SyllabicateLyric(first, text, row.language) == text + row.taken);
         CHECK(std::string(first) == row.first);
     }
-    CHECK((CLyricObject::IsVowel("\x82\xA0") && CLyricObject::IsVowel("\x81\x5B") &&
-           CLyricObject::IsVowel("\x83\x93") && CLyricObject::IsVowel("\x82\xF1")));
-    CHECK_FALSE((CLyricObject::IsVowel("\x82\xA9") || CLyricObject::IsVowel("a") || CLyricObject::IsVowel("") ||
-                 CLyricObject::IsVowel("\x82")));
-    CHECK_FALSE(CLyricObject::IsKanaVowel(0x815B)); // the long mark is one of the other test's
-    CHECK(std::string(CLyricObject::GetDefaultLyric(2)) == "\x82\xA0");
-    CHECK(std::string(CLyricObject::GetDefaultPhoneme(1)) == "u:");
-    CString phoneme;
-    CHECK((CLyricObject::LyricToPhoneme(phoneme, "anything", 0) == 1 && phoneme == "a"));
+    // A small kana alone becomes the full one, which the code page has right behind it.
+    for (const char* small :
+         {"\x82\x9F", "\x82\xA1", "\x82\xA3", "\x82\xA5", "\x82\xA7", "\x82\xE1", "\x82\xE3", "\x82\xE5", "\x83\x40",
+          "\x83\x42", "\x83\x44", "\x83\x46", "\x83\x48", "\x83\x83", "\x83\x85", "\x83\x87"}) {
+        CString syllable = "-";
+        CHECK(CLyricObject::SyllabicateLyricJpn(syllable, small) == small + 2);
+        CHECK(std::string(syllable) == std::string{'-', small[0], static_cast<char>(small[1] + 1)});
+    }
+}
+
+TEST_CASE("syllables: vowels and defaults") {
+    const unsigned hiragana[] = {0x82A0, 0x82A2, 0x82A4, 0x82A6, 0x82A8, 0x82F1, 0x815B}; // a i u e o n, the long mark
+    const unsigned katakana[] = {0x8341, 0x8343, 0x8345, 0x8347, 0x8349, 0x8393};
+    int vowels = 0;
+    for (unsigned character = 0x8100; character < 0x8400; ++character) {
+        const char text[] = {static_cast<char>(character >> 8), static_cast<char>(character & 0xFF), 'x', '\0'};
+        CHECK(CLyricObject::IsVowel(text) ==
+              (CLyricObject::IsHiraVowel(character) || CLyricObject::IsKanaVowel(character)));
+        vowels += CLyricObject::IsHiraVowel(character) + CLyricObject::IsKanaVowel(character);
+    }
+    CHECK(vowels == 13);
+    for (const unsigned character : hiragana)
+        CHECK(CLyricObject::IsHiraVowel(character));
+    for (const unsigned character : katakana)
+        CHECK(CLyricObject::IsKanaVowel(character));
+    for (const char* const none : {"a", "", "\x82", static_cast<const char*>(nullptr)})
+        CHECK(CLyricObject::IsVowel(none) == 0);
+    for (const int language : {0, 1, 2}) {
+        CString phoneme;
+        CHECK(CLyricObject::LyricToPhoneme(phoneme, "anything", language) == 1);
+        CHECK(phoneme == (language == 1 ? "u:" : "a"));
+        CHECK(std::string(CLyricObject::GetDefaultLyric(language)) == (language == 1 ? "Ooh" : "\x82\xA0"));
+    }
 }

@@ -34,6 +34,7 @@ struct Stage {
     torv::BeepHandler beep = torv::SetBeepHandler([this](UINT type) { beeps.push_back(type); });
     std::unique_ptr<CSequenceObject> track{CSequence::CreateObject()};
     CCsqBuilder builder;
+    std::vector<CLyricObject*> lyrics;
     void* lastLyric = nullptr; ///< the handle of the note set last
 
     explicit Stage(const char* name = "FAKE_G2PA_GOOD.DLL") : module(LoadLibraryA(name)) {
@@ -51,8 +52,10 @@ struct Stage {
         torv::SetMessageBoxHandler(box);
         torv::SetBeepHandler(beep);
     }
+    /// A note; its lyric has "before" as phonemes, and equal shares.
     CLyricObject* Note(DWORD delta, DWORD length, const std::vector<std::string>& texts, bool withLyric = true) {
         auto* const lyric = new CLyricObject;
+        lyrics.push_back(lyric);
         for (const std::string& text : texts) {
             CLyricElement* const element = lyric->AddNewElement();
             element->SetLyricString(text.c_str());
@@ -66,6 +69,15 @@ struct Stage {
         builder.SetEvent(delta, reinterpret_cast<tagChartSeqEvent*>(note));
         return lyric;
     }
+    /// Every syllable's phonemes.
+    std::string Sung() const {
+        std::string sung;
+        for (const CLyricObject* const lyric : lyrics)
+            for (int i = 0; i < lyric->GetElementCount(); ++i)
+                sung += std::string(lyric->GetElementAt(i)->GetPhonemeString()) + "|";
+        return sung;
+    }
+    std::string Log() const { return fake->log; }
     void Singer(DWORD delta, WORD language) {
         tagSingerIconObject record{};
         record.header.iconId = 0x07010000;
@@ -78,130 +90,110 @@ struct Stage {
     }
 };
 
-std::string PhonemesOf(CLyricObject* lyric, int element = 0) {
-    return std::string(lyric->GetElementAt(element)->GetPhonemeString());
-}
-
 } // namespace
 
-TEST_CASE("transformer: each element its result, positions relative to the lyric before") {
+TEST_CASE("transformer: each syllable its result, positions relative to the lyric before") {
+    CxSampaTransformer transformer; // the same for all: nothing of a conversion is left for the next
     for (const bool holdBack : {false, true}) {
         CAPTURE(holdBack);
         Stage stage;
         stage.fake->holdBack = holdBack;
-        CLyricObject* const first = stage.Note(480, 300, {"ab", "c", "de"});
+        stage.Note(480, 300, {"ab", "c", "de"});
         stage.Note(100, 50, {"silent"}, false); // no handle: passed over
-        CLyricObject* const second = stage.Note(860, 120, {"k"});
-        CxSampaTransformer transformer;
+        stage.Note(810, 100, {});               // no syllable, but positions count from here
+        stage.Note(50, 120, {"k"});
+        stage.lyrics[0]->GetElementAt(1)->SetPhonemeEditMark(1); // a user's: it stays, and uses its result up
         CHECK(transformer.DoTransform(stage.track.get(), 1440, 1) == 1);
-        CHECK(stage.fake->beats == 3);
-        REQUIRE(stage.fake->puts == 4);
-        const unsigned positions[] = {480, 580, 680, 960}; // thirds of 300; then 1440 - 480
-        const unsigned lengths[] = {100, 100, 100, 120};
-        for (int i = 0; i < 4; ++i)
-            CHECK((stage.fake->positions[i] == positions[i] && stage.fake->lengths[i] == lengths[i]));
-        CHECK((std::string(stage.fake->texts[2]) == "de" && stage.fake->padded));
-        CHECK((PhonemesOf(first, 0) == "a b" && PhonemesOf(first, 1) == "c" && PhonemesOf(first, 2) == "d e"));
-        CHECK((PhonemesOf(second) == "k" && second->GetElementAt(0)->GetConsonantAdvancement(0) == 64));
-        CHECK((stage.track->GetModify() == 1 && stage.fake->sweeps == 1 && stage.fake->deletes == 1));
+        CHECK(stage.Log() == "0 create 3|0 480+100 ab|0 580+100 c|0 680+100 de|0 50+120 k|0 end|0 delete|");
+        CHECK(stage.fake->padded);
+        CHECK(stage.Sung() == "a b|before|d e|before|k|");
+        CHECK(stage.lyrics[3]->GetElementAt(0)->GetConsonantAdvancement(0) == 64);
+        CHECK(stage.track->GetModify() == 1);
         CHECK(stage.messages.empty());
+        stage.fake->getResult = 5;
+        CHECK(transformer.DoTransform(stage.track.get(), 480, 1) == 0);
+        stage.fake->getResult = 0;
+        CHECK(transformer.DoTransform(stage.track.get(), 479, 0) == 1);
+        CHECK(stage.Log().ends_with("|2 create 0|2 480+100 ab|2 580+100 c|2 680+100 de|2 50+120 k|2 end|2 delete|"));
+        CHECK(stage.Sung() == "ab|before|de|before|k|"); // Japanese slots are joined as they are
     }
-}
-
-TEST_CASE("transformer: Japanese slots are joined as they are") {
-    Stage stage;
-    CLyricObject* const lyric = stage.Note(0, 100, {"ka"});
-    CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 0) == 1);
-    CHECK(PhonemesOf(lyric) == "ka");
-    CHECK(lyric->GetElementAt(0)->GetPhonemeCharaCount() == 1);
 }
 
 TEST_CASE("transformer: odd outputs") {
-    struct Row {
-        const char* text;
+    const struct {
+        std::string text;
         int language;
         std::string phonemes;
-    };
-    for (const Row& row : {Row{"0", 0, "a"}, Row{"0", 1, "u:"}, Row{"1", 1, "u:"}, Row{"3", 0, "xxxxxxxxxxxxxxxx"},
-                           Row{"3", 1, "xxxxxxxx xxxxxxxx"}, Row{"4", 0, std::string(16, 'y')}}) {
+    } rows[] = {{"0", 0, "a"},
+                {"0", 1, "u:"},
+                {"1", 1, "u:"},
+                {"2", 0, "2"}, // a count beyond all room is cut
+                {"3", 0, "xxxxxxxxxxxxxxxx"},
+                {"3", 1, "xxxxxxxx xxxxxxxx"},
+                {"4", 0, std::string(16, 'y')}}; // a phoneme keeps sixteen characters
+    for (const auto& row : rows) {
         CAPTURE(row.text);
         Stage stage;
-        CLyricObject* const lyric = stage.Note(0, 100, {row.text});
+        stage.Note(0, 100, {row.text});
         CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, row.language) == 1);
-        CHECK(PhonemesOf(lyric) == row.phonemes); // a phoneme keeps sixteen characters
+        CHECK(stage.Sung() == row.phonemes + "|");
     }
     Stage stage;
-    CLyricObject* const lyric = stage.Note(0, 100, {"2"}); // a count beyond all room is cut
-    CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 0) == 1);
-    CHECK(PhonemesOf(lyric) == "2");
-    CLyricObject* const text = stage.Note(100, 100, {std::string(1000, 'b')}); // longer than the record's own room
+    stage.Note(100, 100, {std::string(1000, 'b')}); // longer than the record's own room
     CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 1) == 1);
-    CHECK(text->GetElementAt(0)->GetPhonemeCharaCount() == 128); // 255 characters: b, blank, b ... b
-}
-
-TEST_CASE("transformer: what a user edited stays, and uses its result up") {
-    Stage stage;
-    CLyricObject* const lyric = stage.Note(0, 100, {"a", "b"});
-    lyric->GetElementAt(0)->SetPhonemeEditMark(1);
-    CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 1) == 1);
-    CHECK((PhonemesOf(lyric, 0) == "before" && PhonemesOf(lyric, 1) == "b"));
+    CHECK(stage.lyrics[0]->GetElementAt(0)->GetPhonemeCharaCount() == 128); // 255 characters: b, blank, b ... b
 }
 
 TEST_CASE("transformer: failures change no lyric, say so once and still free the converter") {
-    struct Row {
+    const struct {
         const char* what;
-        void (*arrange)(FakeState&);
+        void (*arrange)(Stage&);
         int code;
-        int deletes;
+        const char* log;
+        const char* message;
+    } rows[] = {
+        {"put", [](Stage& stage) { stage.fake->putErrorAt = 1; }, -33, "0 create 1|0 0+100 a|0 end|0 delete|",
+         "Sampa Transformation Error !\nG2PA.dll return code : -33"},
+        {"get", [](Stage& stage) { stage.fake->getResult = 5; }, 5, "0 create 1|0 0+100 a|0 end|0 delete|",
+         "Sampa Transformation Error !\nG2PA.dll return code : 5"},
+        {"never done", [](Stage& stage) { stage.fake->endless = true; }, -1, "0 create 1|0 0+100 a|0 end|0 delete|",
+         "Sampa Transformation Error !\nG2PA.dll return code : -1"},
+        {"create", [](Stage& stage) { stage.fake->createError = -9; }, -9, "0 create 1|", ""},
+        {"no lyric", [](Stage& stage) { stage.track->DetachLyricObject(stage.lastLyric, 1), stage.lyrics.pop_back(); },
+         0, "0 create 1|0 0+100 a|0 end|0 delete|", ""},
     };
-    for (const Row& row : {Row{"put", [](FakeState& fake) { fake.putErrorAt = 1; }, -33, 1},
-                           Row{"get", [](FakeState& fake) { fake.getResult = 5; }, 5, 1},
-                           Row{"create", [](FakeState& fake) { fake.createError = -9; }, -9, 0}}) {
-        CAPTURE(row.what);
+    for (const auto& row : rows) {
+        CAPTURE(std::string(row.what));
         Stage stage;
-        row.arrange(*stage.fake);
-        CLyricObject* const first = stage.Note(0, 100, {"a"});
+        stage.Note(0, 100, {"a"});
         stage.Note(100, 100, {"b"});
+        row.arrange(stage);
         CxSampaTransformer transformer;
         CHECK(transformer.DoTransform(stage.track.get(), 480, 1) == 0);
-        CHECK((PhonemesOf(first) == "before" && stage.track->GetModify() == 0));
-        CHECK((transformer.GetLastReturnCode() == row.code && stage.fake->deletes == row.deletes &&
-               stage.fake->sweeps == row.deletes));
-        if (row.deletes) // a converter that cannot be made is no error of the transformation
-            CHECK(stage.messages == std::vector<std::string>{"Sampa Transformation Error !\nG2PA.dll return code : " +
-                                                             std::to_string(row.code)});
-        else
-            CHECK(stage.messages.empty());
+        CHECK(stage.Sung().starts_with("before|"));
+        CHECK(stage.track->GetModify() == 0);
+        CHECK(transformer.GetLastReturnCode() == row.code);
+        CHECK(stage.Log() == row.log);
+        CHECK(stage.messages == std::vector<std::string>(*row.message ? 1 : 0, row.message));
         CHECK(stage.beeps == std::vector<UINT>(stage.messages.size(), MB_ICONWARNING));
     }
     Stage stage; // an error of delete is only remembered
     stage.fake->deleteResult = 4;
-    CLyricObject* const lyric = stage.Note(0, 100, {"a"});
+    stage.Note(0, 100, {"a"});
     CxSampaTransformer transformer;
-    CHECK((transformer.DoTransform(stage.track.get(), 480, 1) == 1 && transformer.GetLastReturnCode() == 4));
-    CHECK(PhonemesOf(lyric) == "a");
+    CHECK(transformer.DoTransform(stage.track.get(), 480, 1) == 1);
+    CHECK(transformer.GetLastReturnCode() == 4);
+    CHECK(stage.Sung() == "a|");
 }
 
 TEST_CASE("transformer: a result that never comes is the default phoneme, with a message each") {
     Stage stage;
     stage.fake->holdBack = true;
-    stage.fake->forgetLast = 1;
-    CLyricObject* const lyric = stage.Note(0, 100, {"a", "b"});
+    stage.fake->forgetLast = 2;
+    stage.Note(0, 100, {"a", "b", "c"});
     CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 1) == 1);
-    CHECK((PhonemesOf(lyric, 0) == "a" && PhonemesOf(lyric, 1) == "u:"));
-    CHECK(stage.messages == std::vector<std::string>{"Internal Error"});
-}
-
-TEST_CASE("transformer: a lyric that is not there fails the conversion without a message") {
-    {
-        Stage stage;
-        CLyricObject* const first = stage.Note(0, 100, {"a"});
-        stage.Note(100, 100, {"b"});
-        stage.track->DetachLyricObject(stage.lastLyric, 1);
-        CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 1) == 0);
-        CHECK((PhonemesOf(first) == "before" && stage.messages.empty()));
-        CHECK((stage.fake->sweeps == 1 && stage.fake->deletes == 1));
-    }
+    CHECK(stage.Sung() == "a|u:|u:|");
+    CHECK(stage.messages == std::vector<std::string>(2, "Internal Error"));
 }
 
 TEST_CASE("transformer: at a message the host may do what it likes") {
@@ -222,7 +214,7 @@ TEST_CASE("transformer: at a message the host may do what it likes") {
         stage.builder.CloseBuffer();
         CxSampaTransformer transformer;
         stage.atMessage = [&] {
-            CHECK(stage.fake->deletes == 1);
+            CHECK(stage.Log().ends_with("|0 delete|"));
             CHECK(stage.track->GetModify() == row.result); // all is stored before anything is shown
             const std::unique_ptr<CSequenceObject> empty(CSequence::CreateObject());
             CHECK(transformer.DoTransform(empty.get(), 480, 1) == 1);
@@ -234,3 +226,53 @@ TEST_CASE("transformer: at a message the host may do what it likes") {
     }
 }
 
+TEST_CASE("transformer: languages and libraries that are not there") {
+    {
+        Stage stage;
+        stage.Note(0, 100, {"a"});
+        for (const int language : {-1, 2})
+            CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, language) == 0);
+        CHECK(CxSampaTransformer().DoTransform(nullptr, 480, 1) == 0);
+        CHECK(CxSampaTransformer().DoTransform(nullptr, 480) == 0);
+        CHECK(CxSampaTransformer::GetG2PAVersionString(1) == "fake 1.0");
+        CHECK(CxSampaTransformer::GetG2PAVersionString(2).IsEmpty());
+        torv::SetConverterModule(0, nullptr);
+        CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480) == 0); // both are needed
+        CHECK(stage.Log().empty());
+    }
+    CHECK(CxSampaTransformer::GetG2PAVersionString(0).IsEmpty());
+    Stage stage("FAKE_G2PA_NO_GET.DLL");
+    stage.Note(0, 100, {"a"});
+    CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 1) == 0);
+    CHECK(stage.Log().empty());
+    CHECK(CxSampaTransformer::GetG2PAVersionString(1).IsEmpty()); // that entry point is missing too
+}
+
+TEST_CASE("transformer: by singer, each note in the language in force there") {
+    for (const bool holdBack : {false, true}) { // held back, the two languages' results come one after the other
+        CAPTURE(holdBack);
+        Stage stage;
+        stage.fake->holdBack = holdBack;
+        stage.Note(0, 100, {"ab"}); // before any singer: Japanese
+        stage.Singer(100, 1);
+        stage.Note(0, 100, {"cd"}); // exactly at the change
+        stage.Singer(100, 0);
+        stage.Singer(0, 1); // of two at once the first counts there, the last behind
+        stage.Note(0, 100, {"ef"});
+        stage.Note(50, 100, {"gh"});
+        stage.Singer(20, 7); // a language that nobody knows: Japanese
+        stage.Note(30, 100, {"ij"});
+        CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480) == 1);
+        CHECK(stage.Sung() == "ab|c d|ef|g h|ij|");
+        CHECK(stage.Log() == "0 create 1|1 create 1|0 0+100 ab|1 100+100 cd|0 100+100 ef|1 50+100 gh|0 50+100 ij|"
+                             "0 end|0 delete|1 end|1 delete|");
+    }
+    Stage stage; // one of the two cannot be made: the other goes, unused
+    stage.fake->createErrorAt = 1;
+    stage.fake->createError = -9;
+    stage.Note(0, 100, {"ab"});
+    CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480) == 0);
+    CHECK(stage.Log() == "0 create 1|1 create 1|0 end|0 delete|");
+    CHECK(stage.Sung() == "before|");
+    CHECK(stage.messages.empty());
+}

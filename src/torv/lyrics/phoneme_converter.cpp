@@ -16,7 +16,7 @@ constexpr int kGotOutput = 0;
 constexpr int kNothingForNow = 1;
 constexpr int kPhonemeBytes = 256;
 /// A converter that never says "nothing for now" would hold the song for ever.
-constexpr int kMostOutputsAtOnce = 1000000;
+constexpr int kMostOutputsAtOnce = 100000;
 
 /// Appends a slot, which may lack its terminator, as far as there is room.
 int AppendSlot(const char* slot, char* buffer, int length, int size) {

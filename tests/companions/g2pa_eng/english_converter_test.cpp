@@ -147,14 +147,10 @@ TEST_CASE("English: longer than a word, a record, an output") {
 TEST_CASE("English: protocol") {
     CHECK(std::string(Library().version()).starts_with("G2PA_ENG 1.0"));
     CheckHandles(Library());
-    const Texts symbols =
-        Split("@ V e I i: { O: Q U u: @r eI aI OI @U aU I@ e@ U@ O@ Q@ p t k tS f T s S h ph th kh w j "
-              "b d dZ v D z Z m n N r l g bh dh gh l0 hv Asp");
-    REQUIRE(symbols.size() == 54);
     const Texts pieces{"-", "-", " ", "'", "a",   "e",  "i",  "o",  "u",    "y",    "b",  "c",  "d",
                        "f", "g", "h", "k", "l",   "m",  "n",  "p",  "q",    "r",    "s",  "t",  "v",
                        "w", "x", "z", "7", "ing", "ed", "th", "ch", "tion", "ough", "qu", "la", "\xE9"};
-    CheckRandomSongs(Library(), pieces, symbols);
+    CheckRandomSongs(Library(), pieces, 1);
     CheckThreads(Library(), {"twin-", "kle", "-", "un-", "known", "words", "in", "thread-", "ed", "songs"}, " ");
 }
 

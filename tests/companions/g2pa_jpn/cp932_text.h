@@ -30,4 +30,21 @@ inline std::string Cp932(std::u32string_view text) {
     return bytes;
 }
 
+/// Katakana as half-width ones, their voicing marks apart.
+inline std::u32string HalfWidth(std::u32string_view katakana) {
+    constexpr std::u32string_view full = U"ヲァィゥェォャュョッーアイウエオカキクケコサシスセソタチツテト"
+                                         U"ナニヌネノハヒフヘホマミムメモヤユヨラリルレロワン";
+    constexpr std::u32string_view marked = U"ガギグゲゴザジズゼゾダヂヅデドバビブベボヴパピプペポ";
+    constexpr std::u32string_view plain = U"カキクケコサシスセソタチツテトハヒフヘホウハヒフヘホ";
+    std::u32string half;
+    for (const char32_t c : katakana) {
+        const size_t mark = marked.find(c);
+        const size_t at = full.find(mark == marked.npos ? c : plain[mark]);
+        half += static_cast<char32_t>(U'ｦ' + at);
+        if (mark != marked.npos)
+            half += mark < marked.find(U'パ') ? U'ﾞ' : U'ﾟ';
+    }
+    return half;
+}
+
 } // namespace g2pa_test

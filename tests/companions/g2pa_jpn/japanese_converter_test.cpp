@@ -23,54 +23,52 @@ Texts Kana(std::initializer_list<std::u32string_view> elements) {
 
 } // namespace
 
-TEST_CASE("Japanese: the rows of the syllabary") {
+TEST_CASE("Japanese: hiragana, katakana, half-width katakana and romaji sound the same") {
     const struct {
+        const char* romaji;
         std::u32string_view kana;
         const char* symbols;
     } rows[] = {
-        {U"あいうえお", "a i M e o"},
-        {U"かきくけこ", "k a k' i k M k e k o"},
-        {U"がぎぐげご", "g a g' i g M g e g o"},
-        {U"さしすせそ", "s a S i s M s e s o"},
-        {U"ざじずぜぞ", "dz a dZ i dz M dz e dz o"},
-        {U"たちつてと", "t a tS i ts M t e t o"},
-        {U"だぢづでど", "d a dZ i dz M d e d o"},
-        {U"なにぬねの", "n a J i n M n e n o"},
-        {U"はひふへほ", "h a C i p\\ M h e h o"},
-        {U"ばびぶべぼ", "b a b' i b M b e b o"},
-        {U"ぱぴぷぺぽ", "p a p' i p M p e p o"},
-        {U"まみむめも", "m a m' i m M m e m o"},
-        {U"やゆよ", "j a j M j o"},
-        {U"らりるれろ", "4 a 4' i 4 M 4 e 4 o"},
-        {U"わゐゑを", "w a i e o"},
-        {U"きゃしゅちょにゃひゅみょりゃ", "k' a S M tS o J a C M m' o 4' a"},
-        {U"ぎゅじゃぢょびゅぴゃ", "g' M dZ a dZ o b' M p' a"},
-        {U"しぇじぇちぇいぇ", "S e dZ e tS e j e"},
-        {U"ふぁふぃふぇふぉふゅ", "p\\ a p\\' i p\\ e p\\ o p\\' M"},
-        {U"てぃでぃとぅどぅてゅでゅ", "t' i d' i t M d M t' M d' M"},
-        {U"うぃうぇうぉつぁつぉ", "w i w e w o ts a ts o"},
-        {U"くぁぐぁ", "k w a g w a"},
-        {U"かぁゃ", "k a a j a"}, // small kana that join nothing are kana
+        {"a i u e o", U"あいうえお", "a i M e o"},
+        {"ka ki ku ke ko", U"かきくけこ", "k a k' i k M k e k o"},
+        {"ga gi gu ge go", U"がぎぐげご", "g a g' i g M g e g o"},
+        {"sa shi su se so", U"さしすせそ", "s a S i s M s e s o"},
+        {"za ji zu ze zo", U"ざじずぜぞ", "dz a dZ i dz M dz e dz o"},
+        {"ta chi tsu te to", U"たちつてと", "t a tS i ts M t e t o"},
+        {"da di du de do", U"だぢづでど", "d a dZ i dz M d e d o"},
+        {"na ni nu ne no", U"なにぬねの", "n a J i n M n e n o"},
+        {"ha hi fu he ho", U"はひふへほ", "h a C i p\\ M h e h o"},
+        {"ba bi bu be bo", U"ばびぶべぼ", "b a b' i b M b e b o"},
+        {"pa pi pu pe po", U"ぱぴぷぺぽ", "p a p' i p M p e p o"},
+        {"ma mi mu me mo", U"まみむめも", "m a m' i m M m e m o"},
+        {"ya yu yo", U"やゆよ", "j a j M j o"},
+        {"ra ri ru re ro", U"らりるれろ", "4 a 4' i 4 M 4 e 4 o"},
+        {"wa wo", U"わを", "w a o"},
+        {"kya shu cho nya hyu myo rya", U"きゃしゅちょにゃひゅみょりゃ", "k' a S M tS o J a C M m' o 4' a"},
+        {"gyu ja dyo byu pya", U"ぎゅじゃぢょびゅぴゃ", "g' M dZ a dZ o b' M p' a"},
+        {"she je che ye", U"しぇじぇちぇいぇ", "S e dZ e tS e j e"},
+        {"fa fi fe fo fyu", U"ふぁふぃふぇふぉふゅ", "p\\ a p\\' i p\\ e p\\ o p\\' M"},
+        {"thi dhi twu dwu thu dhu", U"てぃでぃとぅどぅてゅでゅ", "t' i d' i t M d M t' M d' M"},
+        {"wi we tsa tso", U"うぃうぇつぁつぉ", "w i w e ts a ts o"},
+        {"kwa gwa", U"くぁぐぁ", "k w a g w a"},
+        {"vu va vi vyu", U"ゔゔぁゔぃゔゅ", "b M b a b' i b' M"},
     };
     for (const auto& row : rows) {
+        CAPTURE(std::string(row.romaji));
         std::u32string katakana(row.kana);
         for (char32_t& c : katakana)
             c += U'ア' - U'あ';
-        CHECK(Sung(row.kana) == row.symbols);
+        CHECK(Sung(Texts{row.romaji}).at(0) == row.symbols);
         CHECK(Sung(katakana) == row.symbols);
+        CHECK(Sung(HalfWidth(katakana)) == row.symbols);
+        if (row.kana[0] != U'ゔ') // which the code page lacks
+            CHECK(Sung(row.kana) == row.symbols);
     }
-    CHECK(Sung(U"ヴヴァヴィヴュ") == "b M b a b' i b' M");
-    CHECK(Sung(U"ヵヶ") == "k a k e");
+    CHECK(Sung(U"ゐゑヰヱかぁゃヵヶ") == "i e i e k a a j a k a k e"); // small kana that join nothing are kana
     // The bytes themselves, where the code page has its gap: 837E is mi, 8380 mu, 8396 the last of all.
     CHECK(Sung({"\x82\xA0", "\x83\x7E", "\x83\x80", "\x83\x7F", "\x83\x96", "\x82\xF1"}) ==
           Texts{"a", "m' i", "m M", "", "k e", "N\\"});
-}
-
-TEST_CASE("Japanese: half-width katakana and separate voicing marks") {
-    CHECK(Sung(U"ｱｲｳｴｵｶﾞｻｼﾞﾊﾟﾋﾞﾌｳﾞ") == "a i M e o g a s a dZ i p a b' i p\\ M b M");
-    CHECK(Sung(U"ｷｬｯﾄﾝｰ") == "k' a t t o N\\");
-    CHECK(Sung(U"か゛は゜") == "g a p a");
-    CHECK(Sung(U"ﾞあﾟ") == "a"); // marks with nothing to voice
+    CHECK(Sung(U"か゛は゜ﾞあﾟ") == "g a p a a"); // and marks with nothing to voice
 }
 
 TEST_CASE("Japanese: the long mark prolongs the vowel before it") {
@@ -126,40 +124,26 @@ TEST_CASE("Japanese: iteration marks repeat the kana before, across elements too
     CHECK(Sung(Kana({U"ゝ"})) == Texts{""});
 }
 
-TEST_CASE("Japanese: romaji and kana of the same words give the same phonemes") {
+TEST_CASE("Japanese: spellings of romaji") {
     const struct {
         const char* romaji;
         std::u32string_view kana;
     } words[] = {
-        {"a i u e o", U"あいうえお"},
-        {"shi si sha sya", U"しししゃしゃ"},
-        {"chi ti cha tya", U"ちちちゃちゃ"},
-        {"tsu tu zu du", U"つつずづ"},
-        {"ji zi di ja zya jya dya", U"じじぢじゃじゃじゃぢゃ"},
-        {"fu hu fa fi fyu", U"ふふふぁふぃふゅ"},
-        {"kya gyu nyo hya myu ryo", U"きゃぎゅにょひゃみゅりょ"},
-        {"bya pyu ye wi we wo", U"びゃぴゅいぇうぃうぇを"},
-        {"thi dhi twu dwu tsa", U"てぃでぃとぅどぅつぁ"},
-        {"va vi vu kwa gwa", U"ヴァヴィヴくぁぐぁ"},
-        {"she je che", U"しぇじぇちぇ"},
+        {"si sya ti tya tu hu", U"ししゃちちゃつふ"},
+        {"zi zya jya di dya la", U"じじゃじゃぢぢゃら"},
         {"KonNIchiwa", U"こんにちわ"},
         {"konna konnyaku", U"こんなこんにゃく"},
-        {"hon'ya", U"ほんや"},
-        {"honya", U"ほにゃ"},
-        {"kinyou", U"きにょう"},
-        {"shimbun", U"しんぶん"},
-        {"shinbun", U"しんぶん"},
-        {"sammyaku", U"さんみゃく"},
+        {"hon'ya honya kinyou", U"ほんやほにゃきにょう"},
+        {"shimbun sammyaku", U"しんぶんさんみゃく"},
         {"honn", U"ほん"},
-        {"matcha", U"まっちゃ"},
-        {"maccha", U"まっちゃ"},
+        {"matcha maccha", U"まっちゃまっちゃ"},
         {"kitte zasshi", U"きってざっし"},
         {"ra-men", U"らーめん"},
-        {"toukyou oosaka", U"とうきょうおおさか"},
+        {"toukyou", U"とうきょう"},
+        {"\x82\x6A\x82\x81", U"か"}, // wide
     };
     for (const auto& word : words)
         CHECK_MESSAGE(Sung(Texts{word.romaji})[0] == Sung(word.kana), word.romaji);
-    CHECK(Sung({"\x82\x6A\x82\x81"}) == Texts{"k a"});                // wide capital K, wide a
     CHECK(Sung({"sa-", "ku-", "-ra"}) == Texts{"s a", "k M", "4 a"}); // hyphens that only divide
     CHECK(Sung({"san", "po", "san", "ka"}) == Texts{"s a m", "p o", "s a N", "k a"});
     CHECK(Sung({"xk", "123", "?!", "", " "}) == Texts{"", "", "", "", ""});
@@ -182,10 +166,6 @@ TEST_CASE("Japanese: protocol") {
     Texts pieces{"-", "n", "k", "a", "'", " ", "\x81\x5B", "\xDE", "\xB0"};
     for (char32_t c = U'ぁ'; c <= U'ん'; ++c)
         pieces.push_back(Cp932(std::u32string(1, c)));
-    const Texts symbols =
-        Split("a i M e o n J m N m' N' N\\ g g' d d' b b' z Z h\\ dz dZ 4 4' j w k k' t t' p p' s S h C "
-              "p\\ p\\' ts tS *in");
-    REQUIRE(symbols.size() == 42);
-    CheckRandomSongs(Library(), pieces, symbols);
+    CheckRandomSongs(Library(), pieces, 0);
     CheckThreads(Library(), Kana({U"さん", U"ー", U"か", U"っ", U"た"}), "");
 }

@@ -3,6 +3,7 @@
 #include <doctest/doctest.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -11,8 +12,9 @@ namespace {
 double FormantNear(const std::vector<double>& sound, double f0, double expected) {
     const auto level = [&](int k) { return Db(Tone(sound, k * f0) * k + 1e-9); }; // without the source's 6 dB an octave
     double nearest = 0;
+    double l = 0, m = level(1), r = level(2);
     for (int k = 2; k * f0 < 2 * expected; ++k) {
-        const double l = level(k - 1), m = level(k), r = level(k + 1);
+        l = std::exchange(m, std::exchange(r, level(k + 1)));
         if (m < l || m < r)
             continue;
         const double hz = (k + (l - r) / (2 * (l - 2 * m + r))) * f0;

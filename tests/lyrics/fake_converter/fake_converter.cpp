@@ -2,6 +2,7 @@
 // a count beyond all room, '3' slots without a terminator, '4' more than a text can hold.
 #include "fake_converter.h"
 
+#include <cstdio>
 #include <cstring>
 #include <deque>
 #include <map>
@@ -22,6 +23,12 @@ struct Queue {
     bool ended = false;
 };
 std::map<int32_t, Queue> g_queues;
+
+template <class... Values>
+void Log(const char* format, Values... values) {
+    const size_t length = std::strlen(g_state.log);
+    std::snprintf(g_state.log + length, sizeof g_state.log - length, format, values...);
+}
 
 [[maybe_unused]] void Fill(G2paOutput& output, const std::string& text) {
     output.count = 0;
@@ -58,8 +65,8 @@ std::map<int32_t, Queue> g_queues;
 EXPORT FakeState* fakeState() { return &g_state; }
 
 EXPORT int32_t G2PA_CALL g2paCreate(uint32_t beats) {
-    g_state.beats = beats;
     const int number = g_state.creates++;
+    Log("%d create %u|", number, beats);
     if (g_state.createError && number == g_state.createErrorAt)
         return g_state.createError;
     g_queues[number] = {};
@@ -69,23 +76,18 @@ EXPORT int32_t G2PA_CALL g2paCreate(uint32_t beats) {
 EXPORT int32_t G2PA_CALL g2paPut(int32_t handle, const void* input) {
     Queue& queue = g_queues[handle];
     if (!input) {
-        ++g_state.sweeps;
+        Log("%d end|", handle);
         queue.ended = true;
         for (int i = 0; i < g_state.forgetLast && !queue.texts.empty(); ++i)
             queue.texts.pop_back();
         return 0;
     }
-    const int number = g_state.puts++;
-    if (number == g_state.putErrorAt)
+    if (g_state.puts++ == g_state.putErrorAt)
         return -33;
     uint32_t words[2];
     std::memcpy(words, input, sizeof words);
     const char* const text = static_cast<const char*>(input) + sizeof words;
-    if (number < 64) {
-        g_state.positions[number] = words[0];
-        g_state.lengths[number] = words[1];
-        std::strncpy(g_state.texts[number], text, 63);
-    }
+    Log("%d %u+%u %.8s|", handle, words[0], words[1], text);
     for (size_t i = std::strlen(text); i < G2PA_MIN_TEXT_BYTES; ++i)
         g_state.padded = g_state.padded && text[i] == '\0';
     queue.texts.push_back(text);
@@ -97,6 +99,8 @@ EXPORT int32_t G2PA_CALL g2paGet(int32_t handle, void* output) {
     Queue& queue = g_queues[handle];
     if (g_state.getResult)
         return g_state.getResult;
+    if (g_state.endless)
+        return 0;
     if (queue.texts.empty() || (g_state.holdBack && !queue.ended))
         return 1;
     Fill(*static_cast<G2paOutput*>(output), queue.texts.front());
@@ -108,7 +112,7 @@ EXPORT const char* G2PA_CALL g2paGetVersionString() { return "fake 1.0"; }
 #endif
 
 EXPORT int32_t G2PA_CALL g2paDelete(int32_t handle) {
+    Log("%d delete|", handle);
     g_queues.erase(handle);
-    ++g_state.deletes;
     return g_state.deleteResult;
 }

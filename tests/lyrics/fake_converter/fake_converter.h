@@ -12,12 +12,10 @@ struct FakeState {
     int deleteResult = 0;
     bool holdBack = false; ///< outputs only after the end of input
     int forgetLast = 0;    ///< outputs that never come
+    bool endless = false;  ///< outputs never end
     // what was seen
-    unsigned beats = 0;
-    int creates = 0, puts = 0, sweeps = 0, deletes = 0;
-    bool padded = true; ///< each text had zeroes after it up to the room that is promised
-    unsigned positions[64] = {};
-    unsigned lengths[64] = {};
-    char texts[64][64] = {};
+    int creates = 0, puts = 0;
+    bool padded = true;  ///< each text had zeroes after it up to the room that is promised
+    char log[1024] = {}; ///< every call but the gets: "0 create 3|0 480+100 ab|0 end|0 delete|", the handle first
 };
 using FakeStateProc = FakeState* (*)();
