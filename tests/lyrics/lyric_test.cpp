@@ -1,3 +1,5 @@
+#include "allocation_failure.h"
+
 #include "torv/lyrics/lyric_object.h"
 #include "torv/lyrics/phonetic_dic.h"
 #include "torv/typed_file/typed_file.h"
@@ -5,8 +7,10 @@
 #include <doctest/doctest.h>
 
 #include <cstring>
+#include <functional>
 #include <iterator>
 #include <limits>
+#include <new>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -261,7 +265,8 @@ TEST_CASE("lyric: host records") {
     CHECK(std::string(syllable.text) == std::string(32, 'x'));
     tagPhonemeCharaEx circle{{}, "a", 1, &circle};
     syllable.firstPhoneme = circle;
-    CHECK(element.ConstructParameter(&syllable) == 1); // it ends
+    CHECK(element.ConstructParameter(&syllable) == 1);
+    CHECK(element.GetPhonemeCharaCount() == 65536); // it ends
 }
 
 TEST_CASE("syllables: Japanese, English and the rest") {
@@ -326,4 +331,49 @@ TEST_CASE("syllables: vowels and defaults") {
         CHECK(phoneme == (language == 1 ? "u:" : "a"));
         CHECK(std::string(CLyricObject::GetDefaultLyric(language)) == (language == 1 ? "Ooh" : "\x82\xA0"));
     }
+}
+
+TEST_CASE("lyric: where memory is refused, the answer is 0 and nothing has changed") {
+    const std::string text = "[S]\nL0=" + std::string(40, 'a') + ",k a,0.25,7\nL1=b,c d,1,2\n";
+    CxTypedFile file;
+    file.Load(reinterpret_cast<const unsigned char*>(text.data()), static_cast<DWORD>(text.size()));
+    CLyricObject other;
+    other.ConstructParameter(&file, "S");
+    tagLyricObject record{};
+    other.DescribeParameter(&record);
+    tagLyricObject described{};
+    CString syllable;
+    const std::vector<std::function<bool(CLyricObject&)>> operations = {
+        [&](CLyricObject& lyric) { return lyric.AddNewElement(other.GetElementAt(0)) != nullptr; },
+        [](CLyricObject& lyric) {
+            auto* const element = new (std::nothrow) CLyricElement;
+            const bool isInserted = lyric.InsertElementAt(0, element) != 0;
+            if (!isInserted)
+                delete element; // it is still the host's
+            return isInserted;
+        },
+        [](CLyricObject& lyric) { return lyric.GetElementAt(0)->AddPhonemeChara("a") != 0; },
+        [](CLyricObject& lyric) { return lyric.GetElementAt(0)->SetPhonemeString("a b c", 0) != 0; },
+        [&](CLyricObject& lyric) { return lyric.ConstructParameter(&file, "S") != 0; },
+        [&](CLyricObject& lyric) { return lyric.DescribeParameter(&file, "T") != 0; },
+        [&](CLyricObject& lyric) { return lyric.ConstructParameter(&record) != 0; },
+        [&](CLyricObject& lyric) {
+            const bool isDescribed = lyric.DescribeParameter(&described) != 0 && described.syllables;
+            torv::ReleaseLyricRecord(&described);
+            return isDescribed;
+        },
+        [&](CLyricObject&) {
+            return CLyricObject::SyllabicateLyric(syllable, "a syllable that is long enough", 1) != nullptr;
+        },
+    };
+    for (const auto& operation : operations)
+        FailEachAllocation([&](AllocationFailure& failure) {
+            CLyricObject lyric;
+            Fill(lyric);
+            const bool isDone = failure.During([&] { return operation(lyric); });
+            CHECK(isDone == !failure.HasHappened());
+            if (!isDone)
+                CHECK(Told(lyric) == kFilled);
+        });
+    torv::ReleaseLyricRecord(&record);
 }

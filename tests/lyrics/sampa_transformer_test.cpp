@@ -1,3 +1,4 @@
+#include "allocation_failure.h"
 #include "lyrics/fake_converter/fake_converter.h"
 
 #include "torv/icons/icon_singer.h"
@@ -275,4 +276,20 @@ TEST_CASE("transformer: by singer, each note in the language in force there") {
     CHECK(stage.Log() == "0 create 1|1 create 1|0 end|0 delete|");
     CHECK(stage.Sung() == "before|");
     CHECK(stage.messages.empty());
+}
+
+TEST_CASE("transformer: where memory is refused no lyric is changed and no converter is left") {
+    FailEachAllocation([](AllocationFailure& failure) {
+        Stage stage;
+        stage.Singer(0, 1);
+        stage.Note(0, 100, {"ab", "cd"});
+        stage.Note(0, 100, {"ef"});
+        CxSampaTransformer transformer;
+        const int result = failure.During([&] { return transformer.DoTransform(stage.track.get(), 480); });
+        CHECK(result == !failure.HasHappened());
+        CHECK(stage.Sung() == (result ? "a b|c d|e f|" : "before|before|before|"));
+        CHECK(stage.track->GetModify() == result);
+        CHECK(stage.fake->creates == stage.fake->deletes);
+        CHECK(stage.messages.empty());
+    });
 }

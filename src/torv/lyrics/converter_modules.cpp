@@ -3,6 +3,7 @@
 #include "torv/platform/language.h"
 
 #include <cstdio>
+#include <new>
 
 namespace torv {
 namespace {
@@ -36,7 +37,13 @@ void Forget(Converter& converter) {
 
 } // namespace
 
-int LoadConverters() { return Load(g_converters[kJapanese]) && Load(g_converters[kEnglish]); }
+int LoadConverters() {
+    try {
+        return Load(g_converters[kJapanese]) && Load(g_converters[kEnglish]);
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+}
 
 void FreeConverters() {
     for (Converter& converter : g_converters)

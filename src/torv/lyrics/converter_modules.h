@@ -7,7 +7,8 @@
 namespace torv {
 
 /// Loads the Japanese converter, then the English one, each unless it is loaded already. 1 when both are there. The
-/// first that cannot be loaded is reported in a message box and ends it with 0; what was loaded stays.
+/// first that cannot be loaded is reported in a message box and ends it with 0; what was loaded stays. 0 without a
+/// message where memory is refused.
 TORV_API int LoadConverters();
 TORV_API void FreeConverters();
 

@@ -157,7 +157,7 @@ CxSampaTransformer::Outcome CxSampaTransformer::Convert(CSequenceObject* track, 
     Outcome outcome;
     for (torv::PhonemeConverter& converter : converters)
         if (!BeginTransform(converter, value))
-            return outcome;
+            return {};
     const int arePut = PutLyrics(track, converters, outcome);
     for (torv::PhonemeConverter& converter : converters) {
         SweepOut(converter);

@@ -65,12 +65,12 @@ void Log(const char* format, Values... values) {
 EXPORT FakeState* fakeState() { return &g_state; }
 
 EXPORT int32_t G2PA_CALL g2paCreate(uint32_t beats) {
-    const int number = g_state.creates++;
-    Log("%d create %u|", number, beats);
-    if (g_state.createError && number == g_state.createErrorAt)
-        return g_state.createError;
+    const int number = g_state.creates;
     g_queues[number] = {};
-    return number; // 0 is a good handle
+    ++g_state.creates;
+    Log("%d create %u|", number, beats);
+    const bool isRefused = g_state.createError && number == g_state.createErrorAt;
+    return isRefused ? g_state.createError : number; // 0 is a good handle
 }
 
 EXPORT int32_t G2PA_CALL g2paPut(int32_t handle, const void* input) {
@@ -113,6 +113,7 @@ EXPORT const char* G2PA_CALL g2paGetVersionString() { return "fake 1.0"; }
 
 EXPORT int32_t G2PA_CALL g2paDelete(int32_t handle) {
     Log("%d delete|", handle);
+    ++g_state.deletes;
     g_queues.erase(handle);
     return g_state.deleteResult;
 }

@@ -14,7 +14,7 @@ struct FakeState {
     int forgetLast = 0;    ///< outputs that never come
     bool endless = false;  ///< outputs never end
     // what was seen
-    int creates = 0, puts = 0;
+    int creates = 0, puts = 0, deletes = 0;
     bool padded = true;  ///< each text had zeroes after it up to the room that is promised
     char log[1024] = {}; ///< every call but the gets: "0 create 3|0 480+100 ab|0 end|0 delete|", the handle first
 };
