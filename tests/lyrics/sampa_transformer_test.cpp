@@ -11,6 +11,7 @@
 
 #include <doctest/doctest.h>
 
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <string>
@@ -122,22 +123,26 @@ TEST_CASE("transformer: each syllable its result, positions relative to the lyri
 
 TEST_CASE("transformer: odd outputs") {
     const struct {
-        std::string text;
-        int language;
-        std::string phonemes;
-    } rows[] = {{"0", 0, "a"},
-                {"0", 1, "u:"},
-                {"1", 1, "u:"},
-                {"2", 0, "2"}, // a count beyond all room is cut
-                {"3", 0, "xxxxxxxxxxxxxxxx"},
-                {"3", 1, "xxxxxxxx xxxxxxxx"},
-                {"4", 0, std::string(16, 'y')}}; // a phoneme keeps sixteen characters
+        int count;
+        size_t filled; // bytes of the slots without a terminator
+        const char* japanese;
+        const char* english;
+    } rows[] = {{0, 1, "a|", "u:|"},
+                {-7, 0, "a|", "u:|"},
+                {0x7FFFFFFF, 8, "yyyyyyyy|", "yyyyyyyy"}, // a count beyond all room is cut
+                {2, 16, "yyyyyyyyyyyyyyyy|", "yyyyyyyy yyyyyyyy|"},
+                {256, 2048, "yyyyyyyyyyyyyyyy|", "yyyyyyyy yyyyyyyy yyyyyyyy"}}; // a phoneme keeps sixteen characters
     for (const auto& row : rows) {
-        CAPTURE(row.text);
+        CAPTURE(row.count);
         Stage stage;
-        stage.Note(0, 100, {row.text});
-        CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, row.language) == 1);
-        CHECK(stage.Sung() == row.phonemes + "|");
+        stage.Note(0, 100, {"a"});
+        stage.fake->odd.count = row.count;
+        std::memset(stage.fake->odd.slots, 'y', row.filled);
+        CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 0) == 1);
+        CHECK(stage.Sung() == row.japanese);
+        CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 1) == 1);
+        CHECK(stage.Sung().starts_with(row.english));
+        CHECK(stage.Sung().size() <= 256);
     }
     Stage stage;
     stage.Note(100, 100, {std::string(1000, 'b')}); // longer than the record's own room

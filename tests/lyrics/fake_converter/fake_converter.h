@@ -13,6 +13,7 @@ struct FakeState {
     bool holdBack = false; ///< outputs only after the end of input
     int forgetLast = 0;    ///< outputs that never come
     bool endless = false;  ///< outputs never end
+    G2paOutput odd = {};   ///< the output in place of each, if there is anything in it
     // what was seen
     int creates = 0, puts = 0, deletes = 0;
     bool padded = true;  ///< each text had zeroes after it up to the room that is promised

@@ -1,14 +1,10 @@
 #pragma once
 
-#include <panel_abi.h>
-
-/// The fake panel's last call, and what it does while it is in one.
+/// What the fake panel has seen, and what it does while it is called.
 struct FakePanelLog {
     int calls;
-    const char* entry; ///< its name; null before the first
-    intptr_t argument; ///< 0 for a call without one
-    void (*during)();  ///< may be null
+    void (*during)(); ///< may be null
 };
 
 /// Entry point "GetFakePanelLog".
-using GetFakePanelLogProc = FakePanelLog*(PANEL_CALL*)();
+using GetFakePanelLogProc = FakePanelLog* (*)();
