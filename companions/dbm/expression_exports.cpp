@@ -22,15 +22,15 @@ void GiveBack(std::vector<std::unique_ptr<Out>>& lists, const List* list) {
 
 } // namespace
 
-DBM_EXPORT int32_t DBM_CALL DBM_AddExp(const char* file) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_AddExp(const char* file) {
     return WithSession([&](Session& session) { session.expressions.AddDatabase(TakenPath(file)); });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_DeleteExp(int32_t database) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_DeleteExp(int32_t database) {
     return WithSession([&](Session& session) { session.expressions.DeleteDatabase(database); });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_GetExpDB(const DBMExpDatabaseList** result) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_GetExpDB(const DBMExpDatabaseList** result) {
     return WithSession([&](Session& session) {
         Require(result, DBM_BAD_ARGUMENT);
         session.databases = std::make_unique<DatabasesOut>(session.expressions.All(), [](const Database& each) {
@@ -40,7 +40,7 @@ DBM_EXPORT int32_t DBM_CALL DBM_GetExpDB(const DBMExpDatabaseList** result) {
     });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_GetVirtualExpInfo(int32_t database, const DBMExpInfo** result) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_GetVirtualExpInfo(int32_t database, const DBMExpInfo** result) {
     return WithSession([&](Session& session) {
         Require(result, DBM_BAD_ARGUMENT);
         const auto& expressions = DatabaseOf(session.expressions.All(), database).expressions;
@@ -54,12 +54,12 @@ DBM_EXPORT int32_t DBM_CALL DBM_GetVirtualExpInfo(int32_t database, const DBMExp
     });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_DeleteVirtualExpInfo(const DBMExpInfo* info) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_DeleteVirtualExpInfo(const DBMExpInfo* info) {
     return WithSession([&](Session& session) { GiveBack(session.infos, info); });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_GetVirtualExpItems(int32_t database, int32_t high, int32_t low,
-                                                   const DBMExpItems** result) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_GetVirtualExpItems(int32_t database, int32_t high, int32_t low,
+                                                         const DBMExpItems** result) {
     return WithSession([&](Session& session) {
         Require(result, DBM_BAD_ARGUMENT);
         const Database& named = DatabaseOf(session.expressions.All(), database);
@@ -79,19 +79,20 @@ DBM_EXPORT int32_t DBM_CALL DBM_GetVirtualExpItems(int32_t database, int32_t hig
     });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_DeleteVirtualExpItems(const DBMExpItems* items) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_DeleteVirtualExpItems(const DBMExpItems* items) {
     return WithSession([&](Session& session) { GiveBack(session.items, items); });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_SetVirtualExpItemCaption(int32_t database, int32_t high, int32_t low, uint32_t value,
-                                                         const char* caption) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_SetVirtualExpItemCaption(int32_t database, int32_t high, int32_t low,
+                                                               uint32_t value, const char* caption) {
     return WithSession(
         [&](Session& session) { session.expressions.SetCaption(database, high, low, value, Taken(caption)); });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_CreateVirtualExpItem(int32_t database, int32_t high, int32_t low, uint32_t value,
-                                                     const char* idString, const char* fileName, const char* caption,
-                                                     const char* singerName, const char* developerName) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_CreateVirtualExpItem(int32_t database, int32_t high, int32_t low, uint32_t value,
+                                                           const char* idString, const char* fileName,
+                                                           const char* caption, const char* singerName,
+                                                           const char* developerName) {
     return WithSession([&](Session& session) {
         Require(value > 0, DBM_BAD_ARGUMENT);
         session.expressions.Create(database, Item{high, low, value, true, Taken(idString), TakenPath(fileName),
@@ -99,6 +100,7 @@ DBM_EXPORT int32_t DBM_CALL DBM_CreateVirtualExpItem(int32_t database, int32_t h
     });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_DeleteVirtualExpItem(int32_t database, int32_t high, int32_t low, uint32_t value) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_DeleteVirtualExpItem(int32_t database, int32_t high, int32_t low,
+                                                           uint32_t value) {
     return WithSession([&](Session& session) { session.expressions.Delete(database, high, low, value); });
 }

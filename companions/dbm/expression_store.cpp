@@ -42,17 +42,29 @@ Database& Named(std::vector<Database>& databases, int32_t number) {
 } // namespace
 
 ExpressionStore::ExpressionStore(const std::string& ownFolder, std::string userFolder)
-    : m_userFolder(std::move(userFolder)), m_file(Join(m_userFolder, "expressions.json")) {
-    m_databases.push_back(ReadDefinition(ReadJson(Join(ownFolder, "expressions.json")), ownFolder));
-    m_databases.front().number = kOwnDatabase;
-    if (!ReadUserExpressions(m_file.Load({"databases", "items"}), m_userFolder, m_databases))
+    : m_userFolder(std::move(userFolder)),
+      m_own(ReadDefinition(ReadJson(Join(ownFolder, "expressions.json")), ownFolder)),
+      m_file(Join(m_userFolder, "expressions.json")) {
+    m_own.number = kOwnDatabase;
+    m_databases = {m_own};
+    Read();
+}
+
+void ExpressionStore::Read() {
+    const auto file = m_file.LoadChanged({"databases", "items"});
+    if (!file)
+        return;
+    std::vector<Database> databases{m_own};
+    if (!ReadUserExpressions(*file, m_userFolder, databases))
         m_file.KeepCopy();
-    std::sort(m_databases.begin(), m_databases.end(),
+    std::sort(databases.begin(), databases.end(),
               [](const Database& left, const Database& right) { return left.number < right.number; });
+    m_databases.swap(databases);
 }
 
 template <typename Edit>
 void ExpressionStore::Change(Edit edit) {
+    Read();
     std::vector<Database> changed = m_databases;
     edit(changed);
     m_file.Save(UserExpressionsToJson(changed));
@@ -78,9 +90,10 @@ void ExpressionStore::AddDatabase(const std::string& definitionFile) {
 }
 
 void ExpressionStore::DeleteDatabase(int32_t number) {
-    const Database deleted = DatabaseOf(m_databases, number);
-    Require(deleted.user, DBM_READ_ONLY);
+    Database deleted;
     Change([&](std::vector<Database>& databases) {
+        deleted = DatabaseOf(databases, number);
+        Require(deleted.user, DBM_READ_ONLY);
         std::erase_if(databases, [&](const Database& each) { return each.number == number; });
     });
     for (const Item& item : deleted.items)

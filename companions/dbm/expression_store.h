@@ -1,4 +1,5 @@
-/// The expression databases as a host changes them. What fails leaves them as they were, in memory and on disk.
+/// The expression databases as a host changes them. A change is made to what stands on disk, which other processes may
+/// have changed since. What fails leaves all as it was.
 #pragma once
 
 #include "expressions.h"
@@ -23,10 +24,13 @@ public:
     void SetCaption(int32_t database, int32_t high, int32_t low, uint32_t value, const std::string& caption);
 
 private:
+    /// Takes over what others wrote.
+    void Read();
     template <typename Edit>
     void Change(Edit edit);
 
     std::string m_userFolder;
+    Database m_own;                    ///< as it came with the library
     std::vector<Database> m_databases; ///< by number
     UserFile m_file;
 };

@@ -1,5 +1,6 @@
 #include "folders.h"
 
+#include "environment.h"
 #include "failure.h"
 
 #include <cstdlib>
@@ -13,6 +14,8 @@
 #endif
 
 namespace dbm {
+
+using companion::Environment;
 
 namespace {
 
@@ -42,11 +45,6 @@ std::string Written(Call call) {
     }
 }
 
-// The process's own block: the C runtime of a host need not be ours.
-std::string Environment(const char* name) {
-    return Written([&](char* text, DWORD size) { return GetEnvironmentVariableA(name, text, size); });
-}
-
 std::string Absolute(const std::string& path) {
     return Written([&](char* text, DWORD size) { return GetFullPathNameA(path.c_str(), size, text, nullptr); });
 }
@@ -66,11 +64,6 @@ std::string DefaultUserFolder() {
 #else
 
 size_t LastSeparator(const std::string& path) { return path.rfind('/'); }
-
-std::string Environment(const char* name) {
-    const char* const text = std::getenv(name);
-    return text ? text : "";
-}
 
 std::string Absolute(const std::string& path) {
     if (path.starts_with('/'))

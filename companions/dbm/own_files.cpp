@@ -3,16 +3,16 @@
 #include "failure.h"
 #include "folders.h"
 
+#include "torv/platform/replaced_file.h"
+
 #include <array>
 #include <cstdio>
 #include <memory>
 
 #if defined(_WIN32)
-#include <io.h>
 #include <windows.h>
 #else
 #include <sys/stat.h>
-#include <unistd.h>
 #endif
 
 namespace dbm {
@@ -29,14 +29,10 @@ using File = std::unique_ptr<std::FILE, Close>;
 #if defined(_WIN32)
 
 bool MakeFolder(const std::string& path) { return CreateDirectoryA(path.c_str(), nullptr) != 0; }
-bool Flush(std::FILE* file) { return std::fflush(file) == 0 && _commit(_fileno(file)) == 0; }
-std::string ProcessName() { return std::to_string(GetCurrentProcessId()); }
 
 #else
 
 bool MakeFolder(const std::string& path) { return mkdir(path.c_str(), 0777) == 0; }
-bool Flush(std::FILE* file) { return std::fflush(file) == 0 && fsync(fileno(file)) == 0; }
-std::string ProcessName() { return std::to_string(getpid()); }
 
 #endif
 
@@ -47,13 +43,6 @@ void MakeFolders(const std::string& path) {
     if (parent != path && parent != "." && !parent.empty())
         MakeFolders(parent);
     MakeFolder(path); // what fails here fails again when the file is made
-}
-
-bool WriteNew(const std::string& path, const std::string& content) {
-    File file(std::fopen(path.c_str(), "wb"));
-    // On disk before it takes the old file's name: a power cut must not leave an empty one.
-    return file && std::fwrite(content.data(), 1, content.size(), file.get()) == content.size() && Flush(file.get()) &&
-           std::fclose(file.release()) == 0;
 }
 
 } // namespace
@@ -93,12 +82,8 @@ std::optional<std::string> ReadFile(const std::string& path) {
 
 void WriteFile(const std::string& path, const std::string& content) {
     MakeFolders(FolderOf(path));
-    // The process is in the name: two hosts that save at once must not write into each other's file.
-    const std::string temporary = path + "." + ProcessName();
-    if (WriteNew(temporary, content) && Rename(temporary, path))
-        return;
-    Remove(temporary);
-    Fail(DBM_FILE_ERROR);
+    torv::ReplacedFile file(path.c_str());
+    Require(file.Write(content.data(), content.size()) && file.Commit(), DBM_FILE_ERROR);
 }
 
 void Remove(const std::string& path) { std::remove(path.c_str()); }

@@ -7,16 +7,9 @@
 #include "voice_store.h"
 
 #include <memory>
-#include <new>
 #include <string>
 #include <utility>
 #include <vector>
-
-#if defined(_WIN32)
-#define DBM_EXPORT extern "C" __declspec(dllexport)
-#else
-#define DBM_EXPORT extern "C" __attribute__((visibility("default")))
-#endif
 
 namespace dbm {
 
@@ -50,19 +43,10 @@ struct Session {
 /// Null before DBM_Init and after DBM_Delete.
 Session* Current();
 
-/// The border between the library and its host: no exception passes it.
+/// The answer of an entry point.
 template <typename Work>
 int32_t Answer(Work work) noexcept {
-    try {
-        work();
-        return DBM_OK;
-    } catch (const Failure& failure) {
-        return failure.status;
-    } catch (const std::bad_alloc&) {
-        return DBM_NO_MEMORY;
-    } catch (...) {
-        return DBM_FILE_ERROR;
-    }
+    return companion::Answer(work, DBM_NO_MEMORY, DBM_FILE_ERROR);
 }
 
 template <typename Work>
@@ -72,6 +56,8 @@ int32_t WithSession(Work work) noexcept {
 }
 
 /// Writes a text into a host's buffer, cut to its size.
-void CopyText(const std::string& text, char* buffer, int32_t size);
+inline void CopyText(const std::string& text, char* buffer, int32_t size) {
+    companion::CopyText(text, buffer, size, DBM_BAD_ARGUMENT);
+}
 
 } // namespace dbm

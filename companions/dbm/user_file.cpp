@@ -7,23 +7,27 @@
 
 namespace dbm {
 
-Json UserFile::Load(std::initializer_list<const char*> lists) {
-    Json parsed = Json::object();
+std::optional<Json> UserFile::LoadChanged(std::initializer_list<const char*> lists) {
     if (!Exists(m_path))
-        return parsed;
-    const auto content = ReadFile(m_path);
+        return std::nullopt;
+    auto content = ReadFile(m_path);
     if (!content) {
         KeepCopy(); // there, but not for us: saving fails rather than replacing what nobody has seen
-        return parsed;
+        return std::nullopt;
     }
-    parsed = Json::parse(*content, nullptr, false);
+    if (content == m_known)
+        return std::nullopt;
+    Json parsed = Json::parse(*content, nullptr, false);
     if (parsed.is_object() && std::all_of(lists.begin(), lists.end(), [&](const char* list) {
             return !parsed.contains(list) || parsed[list].is_array();
-        }))
+        })) {
+        m_known = std::move(content);
+        m_keepCopy = false;
         return parsed;
+    }
     if (!Rename(m_path, FreeName()))
         KeepCopy();
-    return Json::object();
+    return std::nullopt;
 }
 
 void UserFile::Save(const Json& content) {
@@ -33,7 +37,9 @@ void UserFile::Save(const Json& content) {
         WriteFile(FreeName(), *old);
     }
     m_keepCopy = false;
-    WriteFile(m_path, content.dump(1) + "\n");
+    std::string text = content.dump(1) + "\n";
+    WriteFile(m_path, text);
+    m_known = std::move(text);
 }
 
 std::string UserFile::FreeName() const {

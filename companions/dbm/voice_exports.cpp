@@ -17,41 +17,42 @@ std::unique_ptr<ParametersOut> DescribeParameters(const std::string& name, const
 
 } // namespace
 
-DBM_EXPORT int32_t DBM_CALL DBM_AddVoice(const char* file) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_AddVoice(const char* file) {
     return WithSession([&](Session& session) { session.voices.Install(TakenPath(file)); });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_DeleteVoice(int32_t voice) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_DeleteVoice(int32_t voice) {
     return WithSession([&](Session& session) { session.voices.Uninstall(voice); });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_CreateVirtualVoice(int32_t language, int32_t voice, const char* name,
-                                                   int32_t* program) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_CreateVirtualVoice(int32_t language, int32_t voice, const char* name,
+                                                         int32_t* program) {
     return WithSession([&](Session& session) {
         Require(program, DBM_BAD_ARGUMENT);
         *program = session.voices.Create(language, voice, TakenName(name));
     });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_GetVirtualVoiceName(int32_t language, int32_t program, char* buffer, int32_t size) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_GetVirtualVoiceName(int32_t language, int32_t program, char* buffer,
+                                                          int32_t size) {
     return WithSession(
         [&](Session& session) { CopyText(session.voices.All().At(language, program).name, buffer, size); });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_DeleteVirtualVoice(int32_t language, int32_t program) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_DeleteVirtualVoice(int32_t language, int32_t program) {
     return WithSession([&](Session& session) { session.voices.Delete(language, program); });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_CopyVirtualVoice(int32_t language, int32_t program, const char* name,
-                                                 int32_t* newProgram) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_CopyVirtualVoice(int32_t language, int32_t program, const char* name,
+                                                       int32_t* newProgram) {
     return WithSession([&](Session& session) {
         Require(newProgram, DBM_BAD_ARGUMENT);
         *newProgram = session.voices.Copy(language, program, TakenName(name));
     });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_GetVirtualVoiceParameters(int32_t language, int32_t program,
-                                                          const DBMVoiceParameters** result) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_GetVirtualVoiceParameters(int32_t language, int32_t program,
+                                                                const DBMVoiceParameters** result) {
     return WithSession([&](Session& session) {
         Require(result, DBM_BAD_ARGUMENT);
         const VirtualVoice& singer = session.voices.All().At(language, program);
@@ -60,20 +61,21 @@ DBM_EXPORT int32_t DBM_CALL DBM_GetVirtualVoiceParameters(int32_t language, int3
     });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_SetVirtualVoiceParameters(int32_t language, int32_t program, const DBMTextPair* pairs) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_SetVirtualVoiceParameters(int32_t language, int32_t program,
+                                                                const DBMTextPair* pairs) {
     return WithSession([&](Session& session) { session.voices.SetParameters(language, program, pairs); });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_MoveVirtualVoice(int32_t language, int32_t program, int32_t toLanguage,
-                                                 int32_t toProgram) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_MoveVirtualVoice(int32_t language, int32_t program, int32_t toLanguage,
+                                                       int32_t toProgram) {
     return WithSession([&](Session& session) { session.voices.Move(language, program, toLanguage, toProgram); });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_SetVirtualVoiceName(int32_t language, int32_t program, const char* name) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_SetVirtualVoiceName(int32_t language, int32_t program, const char* name) {
     return WithSession([&](Session& session) { session.voices.Rename(language, program, TakenName(name)); });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_GetVoice(int32_t voice, const DBMInstalledVoice** result) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_GetVoice(int32_t voice, const DBMInstalledVoice** result) {
     return WithSession([&](Session& session) {
         Require(result, DBM_BAD_ARGUMENT);
         session.voice = std::make_unique<InstalledOut>(
@@ -85,7 +87,7 @@ DBM_EXPORT int32_t DBM_CALL DBM_GetVoice(int32_t voice, const DBMInstalledVoice*
     });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_GetVoiceParameters(int32_t voice, const DBMVoiceParameters** result) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_GetVoiceParameters(int32_t voice, const DBMVoiceParameters** result) {
     return WithSession([&](Session& session) {
         Require(result, DBM_BAD_ARGUMENT);
         const InstalledVoice& installed = session.voices.All().Installed(voice);
@@ -94,7 +96,7 @@ DBM_EXPORT int32_t DBM_CALL DBM_GetVoiceParameters(int32_t voice, const DBMVoice
     });
 }
 
-DBM_EXPORT int32_t DBM_CALL DBM_GetAllVoice(const DBMVoiceList** result) {
+COMPANION_EXPORT int32_t DBM_CALL DBM_GetAllVoice(const DBMVoiceList** result) {
     return WithSession([&](Session& session) {
         Require(result, DBM_BAD_ARGUMENT);
         session.allVoices = std::make_unique<VoicesOut>(session.voices.All().singers, [](const VirtualVoice& each) {

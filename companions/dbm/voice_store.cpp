@@ -30,12 +30,22 @@ void RemoveSinger(Voices& voices, int32_t language, int32_t program) {
 VoiceStore::VoiceStore(const std::string& ownFolder, const std::string& userFolder)
     : m_own(ReadOwnVoices(ReadJson(Join(ownFolder, "voices.json")))), m_voices(m_own),
       m_file(Join(userFolder, "voices.json")) {
-    if (!ReadUserVoices(m_file.Load({"installed", "virtual", "changed"}), m_voices))
+    Read();
+}
+
+void VoiceStore::Read() {
+    const auto file = m_file.LoadChanged({"installed", "virtual", "changed"});
+    if (!file)
+        return;
+    Voices voices = m_own;
+    if (!ReadUserVoices(*file, voices))
         m_file.KeepCopy();
+    std::swap(m_voices, voices);
 }
 
 template <typename Edit>
 void VoiceStore::Change(Edit edit) {
+    Read();
     Voices changed = m_voices;
     edit(changed);
     m_file.Save(UserVoicesToJson(changed, m_own));
@@ -58,15 +68,18 @@ void VoiceStore::Install(const std::string& definitionFile) {
 }
 
 void VoiceStore::Uninstall(int32_t voice) {
-    Require(m_voices.Installed(voice).user, DBM_READ_ONLY);
     Change([&](Voices& voices) {
+        Require(voices.Installed(voice).user, DBM_READ_ONLY);
         std::erase_if(voices.singers, [&](const VirtualVoice& each) { return each.voice == voice; });
         std::erase_if(voices.installed, [&](const InstalledVoice& each) { return each.number == voice; });
     });
 }
 
-int32_t VoiceStore::AddAnywhere(VirtualVoice singer) {
+template <typename Make>
+int32_t VoiceStore::AddAnywhere(Make make) {
+    VirtualVoice singer;
     Change([&](Voices& voices) {
+        singer = make(voices);
         singer.program = voices.FreeProgram(singer.language, voices.Installed(singer.voice).engineProgram);
         voices.Add(singer);
     });
@@ -74,12 +87,16 @@ int32_t VoiceStore::AddAnywhere(VirtualVoice singer) {
 }
 
 int32_t VoiceStore::Create(int32_t language, int32_t voice, const std::string& name) {
-    return AddAnywhere({language, 0, voice, true, name, m_voices.Installed(voice).parameters});
+    return AddAnywhere([&](const Voices& voices) {
+        return VirtualVoice{language, 0, voice, true, name, voices.Installed(voice).parameters};
+    });
 }
 
 int32_t VoiceStore::Copy(int32_t language, int32_t program, const std::string& name) {
-    const VirtualVoice& original = m_voices.At(language, program);
-    return AddAnywhere({language, 0, original.voice, true, name, original.parameters});
+    return AddAnywhere([&](const Voices& voices) {
+        const VirtualVoice& original = voices.At(language, program);
+        return VirtualVoice{language, 0, original.voice, true, name, original.parameters};
+    });
 }
 
 void VoiceStore::Delete(int32_t language, int32_t program) {

@@ -1,4 +1,5 @@
-/// The voices as a host changes them. What fails leaves them as they were, in memory and on disk.
+/// The voices as a host changes them. A change is made to what stands on disk, which other processes may have changed
+/// since. What fails leaves all as it was.
 #pragma once
 
 #include "dbm_abi.h"
@@ -27,10 +28,13 @@ public:
     void SetParameters(int32_t language, int32_t program, const DBMTextPair* pairs);
 
 private:
+    /// Takes over what others wrote.
+    void Read();
     template <typename Edit>
     void Change(Edit edit);
-    /// Adds a singer at the lowest free program, which comes back.
-    int32_t AddAnywhere(VirtualVoice singer);
+    /// Adds the singer that `make(voices)` makes at the lowest free program, which comes back.
+    template <typename Make>
+    int32_t AddAnywhere(Make make);
 
     Voices m_own;    ///< as they came with the library
     Voices m_voices; ///< with what the user made

@@ -1,8 +1,8 @@
 #include "editor.h"
 
+#include "environment.h"
 #include "failure.h"
 
-#include <array>
 #include <cstdlib>
 
 #if defined(_WIN32)
@@ -15,15 +15,11 @@
 
 namespace vedit {
 
+using companion::Environment;
+
 namespace {
 
 #if defined(_WIN32)
-
-// The process's own block: the C runtime of a host need not be ours.
-std::string Environment(const char* name) {
-    std::array<char, 32768> text{};
-    return {text.data(), GetEnvironmentVariableA(name, text.data(), static_cast<DWORD>(text.size()))};
-}
 
 bool HasTerminal() { return _isatty(0) != 0; }
 
@@ -36,11 +32,6 @@ constexpr int kNotFound = 9009;
 int ExitCode(int result) { return result == kNotFound ? -1 : result; }
 
 #else
-
-std::string Environment(const char* name) {
-    const char* const text = std::getenv(name);
-    return text ? text : "";
-}
 
 bool HasTerminal() { return isatty(STDIN_FILENO) != 0; }
 

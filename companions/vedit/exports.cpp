@@ -5,17 +5,7 @@
 #include "temporary_file.h"
 #include "voice_text.h"
 
-#include <algorithm>
-#include <cstring>
 #include <memory>
-#include <new>
-#include <string_view>
-
-#if defined(_WIN32)
-#define VEDIT_EXPORT extern "C" __declspec(dllexport)
-#else
-#define VEDIT_EXPORT extern "C" __attribute__((visibility("default")))
-#endif
 
 using namespace vedit;
 
@@ -24,19 +14,9 @@ namespace {
 std::unique_ptr<Database> g_database;
 int g_uses = 0;
 
-/// The border between the library and its host: no exception passes it.
 template <typename Work>
 int32_t Answer(Work work) noexcept {
-    try {
-        work();
-        return VEDIT_OK;
-    } catch (const Failure& failure) {
-        return failure.status;
-    } catch (const std::bad_alloc&) {
-        return VEDIT_NO_MEMORY;
-    } catch (...) {
-        return VEDIT_BAD_INPUT;
-    }
+    return companion::Answer(work, VEDIT_NO_MEMORY, VEDIT_BAD_INPUT);
 }
 
 void Edit(int32_t language, int32_t program) {
@@ -51,7 +31,7 @@ void Edit(int32_t language, int32_t program) {
 
 } // namespace
 
-VEDIT_EXPORT int32_t VEDIT_CALL VEDIT_Init(void) {
+COMPANION_EXPORT int32_t VEDIT_CALL VEDIT_Init(void) {
     return Answer([] {
         if (!g_database)
             g_database = Database::Open();
@@ -60,7 +40,7 @@ VEDIT_EXPORT int32_t VEDIT_CALL VEDIT_Init(void) {
     });
 }
 
-VEDIT_EXPORT int32_t VEDIT_CALL VEDIT_Delete(void) {
+COMPANION_EXPORT int32_t VEDIT_CALL VEDIT_Delete(void) {
     if (!g_database)
         return VEDIT_NOT_READY;
     if (--g_uses == 0)
@@ -68,7 +48,7 @@ VEDIT_EXPORT int32_t VEDIT_CALL VEDIT_Delete(void) {
     return VEDIT_OK;
 }
 
-VEDIT_EXPORT int32_t VEDIT_CALL VEDIT_OpenDialog(void*, int32_t* language, int32_t* program) {
+COMPANION_EXPORT int32_t VEDIT_CALL VEDIT_OpenDialog(void*, int32_t* language, int32_t* program) {
     return Answer([&] {
         Require(g_database != nullptr, VEDIT_NOT_READY);
         Require(language && program, VEDIT_NO_SUCH);
@@ -76,12 +56,6 @@ VEDIT_EXPORT int32_t VEDIT_CALL VEDIT_OpenDialog(void*, int32_t* language, int32
     });
 }
 
-VEDIT_EXPORT int32_t VEDIT_CALL VEDIT_GetVersionString(char* buffer, int32_t size) {
-    constexpr std::string_view version = "VEDIT reference 1.0";
-    if (!buffer || size <= 0)
-        return VEDIT_BAD_INPUT;
-    const size_t length = std::min(version.size(), static_cast<size_t>(size) - 1);
-    std::memcpy(buffer, version.data(), length);
-    buffer[length] = '\0';
-    return VEDIT_OK;
+COMPANION_EXPORT int32_t VEDIT_CALL VEDIT_GetVersionString(char* buffer, int32_t size) {
+    return Answer([&] { companion::CopyText("VEDIT reference 1.0", buffer, size, VEDIT_BAD_INPUT); });
 }

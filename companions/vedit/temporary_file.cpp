@@ -2,6 +2,8 @@
 
 #include "failure.h"
 
+#include "torv/platform/replaced_file.h"
+
 #include <array>
 #include <cstdio>
 
@@ -43,9 +45,8 @@ std::string NewFile() {
 } // namespace
 
 TemporaryFile::TemporaryFile(const std::string& content) : m_path(NewFile()) {
-    std::FILE* const file = std::fopen(m_path.c_str(), "wb");
-    const bool written = file && std::fwrite(content.data(), 1, content.size(), file) == content.size();
-    if (file && std::fclose(file) == 0 && written)
+    torv::ReplacedFile file(m_path.c_str());
+    if (file.Write(content.data(), content.size()) && file.Commit())
         return;
     std::remove(m_path.c_str());
     Fail(VEDIT_FILE_ERROR);

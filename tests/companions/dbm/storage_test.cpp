@@ -68,6 +68,44 @@ TEST_CASE("single entries that make no sense are left out, and kept in a copy wh
     CHECK(user.Files().size() == 4); // no more copies: the file is sound now
 }
 
+TEST_CASE("what another process wrote meanwhile is kept") {
+    const UserData user;
+    const DbmLibrary& library = user.library;
+    const std::string icon = user.folder.File("icon.aic", "icon");
+    int32_t program = 0;
+    const std::string theirVoice = R"({"virtual":[{"language":"ja","program":4,"voice":0,"name":"Theirs"}]})";
+    const std::string theirItem = R"({"items":[{"database":1,"high":1,"low":0,"value":5,"id":"theirs","caption":""}]})";
+    user.Write("voices.json", theirVoice);
+    user.Write("expressions.json", theirItem);
+    CHECK(library.CreateVirtualVoice(DBM_JAPANESE, 0, "Theirs", &program) == DBM_EXISTS); // seen before it is changed
+    CHECK(library.CreateVirtualVoice(DBM_JAPANESE, 0, "Ours", &program) == DBM_OK);
+    CHECK(program == 8);
+    CHECK(library.CreateVirtualExpItem(1, 1, 0, 5, "ours", icon.c_str(), "", "", "") == DBM_EXISTS);
+    CHECK(library.CreateVirtualExpItem(1, 1, 0, 6, "ours", icon.c_str(), "", "", "") == DBM_OK);
+    const auto areThere = [&](const char* theirs) {
+        CAPTURE(theirs);
+        const Texts singers = user.Singers(), items = user.Items(1, 1, 0);
+        REQUIRE(singers.size() == 9);
+        CHECK(singers[7].find(std::string("=") + theirs + ";") != std::string::npos);
+        CHECK(singers[8].find("=Ours;") != std::string::npos);
+        CHECK(items == Texts{items[0], "5 user theirs||||", "6 user ours||||icon"});
+    };
+    areThere("Theirs");
+    user.Restart();
+    areThere("Theirs");
+    // A file that is gone, or is none any more, takes nothing away from what was loaded.
+    for (const char* const name : {"First", "Second"}) {
+        for (const std::string file : {"voices.json", "expressions.json"})
+            name == std::string("First") ? std::filesystem::remove(user.Path(file)) : (user.Write(file, "{"), true);
+        CHECK(library.SetVirtualVoiceName(DBM_JAPANESE, 4, name) == DBM_OK);
+        CHECK(library.SetVirtualExpItemCaption(1, 1, 0, 5, "") == DBM_OK);
+        user.Restart();
+        areThere(name);
+    }
+    CHECK(user.Content("voices.json.broken") == "{");
+    CHECK(user.Content("expressions.json.broken") == "{");
+}
+
 TEST_CASE("a write that fails changes nothing") {
     const UserData user;
     const std::string icon = user.folder.File("icon.aic", "icon");
