@@ -181,9 +181,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     CUserDB users;
     const std::string path = folder.Write("User.def", parts[2]);
     users.LoadDatabase(path.c_str());
-    expressions.BindUserIcons(users);
-    std::unique_ptr<CIconObject> icon = std::make_unique<CIconDynamics>(5, 1, users.GetNewVariation(5, 1));
-    users.AddIcon(icon);
+    presets.TakeUserIcons(users);
+    expressions.TakeUserIcons(users);
+    expressions.BindUserItems();
+    std::unique_ptr<CIconObject> icon = std::make_unique<CIconDynamics>(5, 1, 0);
+    icon->SetIDString(parts[1].c_str());
+    presets.Register(icon);
+    users.TakeUserIcons(expressions);
+    users.TakeUserIcons(presets);
+    folder.Write("User.def", parts[3]); // by another host
     if (!users.SaveDatabase())
         std::abort();
     const std::string first = folder.Read("User.def");

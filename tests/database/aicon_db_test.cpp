@@ -131,6 +131,7 @@ TEST_CASE("preset icons: a damaged list is told a few times, not for ever") {
         names += "x" + std::to_string(i) + ",";
     set.Icon("p", "EndDyn=1");
     CHECK(set.Load("[Dynamics]\nDynaff=" + names + "p\nCrescendo=\nDecrescendo=,\n") == 1);
-    CHECK(set.boxes.texts.size() == 10);
+    CHECK(set.boxes.texts.size() == 11);
+    CHECK(set.boxes.texts.back() == "4990 more of such errors in\n\n" + set.folder.Path("Set.def"));
     CHECK(set.Names(torv::kDynaff) == "1=p ");
 }

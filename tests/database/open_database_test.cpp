@@ -58,7 +58,8 @@ TEST_CASE("database manager: what keeps it from opening") {
     }
     SUBCASE("no entry point") {
         host.registry.Set(kDatabaseKey, "PATH", "FAKE_DBM_INCOMPLETE.dll");
-        failsAfter("", {});
+        failsAfter("", {"Function error - 'DBM_DeleteVirtualExpItem'"});
+        failsAfter("", {}); // told once
     }
     SUBCASE("the library refuses") {
         host.fake->initStatus = 5;
@@ -85,15 +86,30 @@ TEST_CASE("database manager: what it opens without") {
     Boxes boxes;
     CQuillDBManager manager;
     int language = 0, program = 0;
+    Texts told;
     SUBCASE("a voice editor") {
         SUBCASE("named") { host.registry.Remove(kEditorKey); }
         SUBCASE("there") { host.registry.Set(kEditorKey, "PATH", "no_such_library.dll"); }
-        SUBCASE("whole") { host.registry.Set(kEditorKey, "PATH", "FAKE_DBM_INCOMPLETE.dll"); }
+        SUBCASE("whole") {
+            host.registry.Set(kEditorKey, "PATH", "FAKE_DBM_INCOMPLETE.dll");
+            told = {"Function error - 'VEDIT_OpenDialog'"};
+        }
         CHECK(manager.OpenDatabase() == 1);
         CHECK(manager.OpenVoiceEditDialog(&language, &program) == 0);
         manager.CloseDatabase();
         CHECK(host.TakeCalls() == "Init GetAllVoice GetExpDB Delete ");
-        CHECK(boxes.texts.empty());
+        CHECK(boxes.texts == told);
+    }
+    SUBCASE("entry points that nobody calls") {
+        host.registry.Set(kDatabaseKey, "PATH", "FAKE_DBM_LEAN.dll");
+        host.registry.Set(kEditorKey, "PATH", "FAKE_DBM_LEAN.dll");
+        for (int i = 0; i < 2; ++i) {
+            CHECK(manager.OpenDatabase() == 1);
+            CHECK(manager.OpenVoiceEditDialog(&language, &program) == 1);
+            manager.CloseDatabase();
+        }
+        CHECK(boxes.texts == Texts{"Function error - 'DBM_AddVoice, DBM_DeleteVoice'",
+                                   "Function error - 'VEDIT_GetVersionString'"}); // once
     }
     SUBCASE("a user database that can be read") {
         std::filesystem::create_directory(host.UserFile());
@@ -123,4 +139,30 @@ TEST_CASE("database manager: a failed save leaves the old file") {
     CHECK(boxes.texts == Texts{"Failed to save UserDB fle !"});
     CHECK(ContentOf(host.UserFile() + ".old") == old);
     std::filesystem::remove(host.UserFile() + ".old");
+}
+
+TEST_CASE("database manager: two in one process, closed in any order") {
+    const FakeHost host;
+    const Boxes boxes;
+    for (const bool isFirstClosedFirst : {true, false}) {
+        CQuillDBManager first, second;
+        REQUIRE(first.OpenDatabase() == 1);
+        REQUIRE(second.OpenDatabase() == 1);
+        CHECK(torv::GetVoiceCatalogue() == second.GetVoiceDB());
+        CHECK(first.RegisterIconObject(Level(torv::kDynaff, 0, "one", 1).release()) == 0x05018001);
+        CHECK(second.RegisterIconObject(Level(torv::kDynaff, 0, "two", 2).release()) == 0x05018001);
+        (isFirstClosedFirst ? first : second).CloseDatabase();
+        CHECK(torv::GetVoiceCatalogue() == (isFirstClosedFirst ? second : first).GetVoiceDB());
+        CHECK(torv::GetIconCatalogue() != nullptr);
+        CHECK(HasConverters());
+        (isFirstClosedFirst ? second : first).CloseDatabase();
+        CHECK(torv::GetVoiceCatalogue() == nullptr);
+        CHECK(torv::GetIconCatalogue() == nullptr);
+        CHECK(!HasConverters());
+        REQUIRE(first.OpenDatabase() == 1);
+        CHECK(first.GetModelIconObject(0x05018001)->GetIDString() == (isFirstClosedFirst ? "one" : "two"));
+        CHECK(first.GetModelIconObject(0x05018002)->GetIDString() == (isFirstClosedFirst ? "two" : "one"));
+        first.CloseDatabase();
+        host.RemoveUserFile();
+    }
 }

@@ -13,12 +13,9 @@ struct Users {
         return database.LoadDatabase(path.c_str());
     }
     std::string Content() const { return ContentOf(path); }
-    bool Add(std::unique_ptr<CIconObject> icon) {
-        icon->SetVariation(database.GetNewVariation(torv::StatusFromID(icon->GetIconID()),
-                                                    torv::ArticulationFromID(icon->GetIconID())));
-        return database.AddIcon(icon) != nullptr;
-    }
 };
+
+bool Add(CUserDB& database, std::unique_ptr<CIconObject> icon) { return database.Register(icon) != nullptr; }
 
 constexpr const char* kTwoIcons = "[NoteAttack]\r\n"
                                   "3 = #USER0001\r\n"
@@ -46,58 +43,104 @@ constexpr const char* kTwoIcons = "[NoteAttack]\r\n"
                                   "DynBPNum = 0\r\n"
                                   "\r\n";
 
+/// The file as two hosts have it open at once.
+struct Hosts : Users {
+    CUserDB other;
+
+    /// Both open a file with these levels, 1 from the first on.
+    explicit Hosts(const std::vector<int>& levels) {
+        for (const int level : levels)
+            CHECK(Add(other, Level(torv::kDynaff, 0, std::to_string(level).c_str(), level)));
+        Open(other);
+    }
+    void Open(CUserDB& writer) {
+        CUserDB gathered;
+        gathered.LoadDatabase(path.c_str());
+        gathered.TakeUserIcons(writer);
+        CHECK(gathered.SaveDatabase() == 1);
+        for (CUserDB* const host : {&database, &other})
+            CHECK(host->LoadDatabase(path.c_str()) == 1);
+    }
+    static void Change(CUserDB& host, int number, int level) {
+        CHECK(host.Replace(*Level(torv::kDynaff, 0x8000 + number, std::to_string(level).c_str(), level)) == 1);
+    }
+    static void Remove(CUserDB& host, int number) { CHECK(host.Unregister(0x05018000U + static_cast<DWORD>(number))); }
+    static void Register(CUserDB& host, int level) {
+        CHECK(Add(host, Level(torv::kDynaff, 0, std::to_string(level).c_str(), level)));
+    }
+    /// The other saves first, then this one. "number=level" of what is there afterwards.
+    std::string Saved() {
+        CHECK(other.SaveDatabase() == 1);
+        CHECK(database.SaveDatabase() == 1);
+        const std::string written = Content();
+        CHECK(database.SaveDatabase() == 1); // what it wrote itself is nobody else's
+        CHECK(Content() == written);
+        return Levels();
+    }
+    std::string Levels() const {
+        CUserDB read;
+        read.LoadDatabase(path.c_str());
+        std::string levels;
+        for (CIconObject* const icon : read.GetModels(torv::kStatusDynamics, torv::kDynaff))
+            levels += std::to_string(icon->GetIconID() & 0x7FFF) + "=" +
+                      std::to_string(dynamic_cast<CIconDynamics&>(*icon).GetStartDynamics()) + " ";
+        return levels;
+    }
+    std::string Taken(const char* number) const {
+        return path + "\nEntry key '" + number + "' ([Dynaff]) has already been used !\n";
+    }
+};
+
 } // namespace
 
 TEST_CASE("user icons: the file's bytes, and the same bytes again") {
     Users users;
     CHECK(users.database.LoadDatabase(users.path.c_str()) == 1); // not there yet: no icons, and no message
-    auto attack = std::make_unique<CIconNoteAttack>(torv::kStatusAttack, 1, 0x8003);
-    attack->SetIDString("mine");
-    attack->SetCaption("Mine");
-    attack->SetLength(240);
-    attack->SetDuration(10);
-    attack->SetDepth(20);
-    attack->SetOriginalVariation(2);
-    std::unique_ptr<CIconObject> icon = std::move(attack);
-    CHECK(users.database.AddIcon(icon));
-    CHECK(users.Add(Level(torv::kDynaff, 0, "low", 12)));
-    CHECK(users.database.IsModified());
-    CHECK(users.database.SaveDatabase() == 1);
-    CHECK(!users.database.IsModified());
-    CHECK(users.Content() == kTwoIcons);
-
     CHECK(users.Load(kTwoIcons) == 1);
-    CHECK(!users.database.IsModified());
     auto* const read = dynamic_cast<CIconNoteAttack*>(users.database.GetModelIconObject(0x01018003));
     REQUIRE(read);
-    CHECK((read->GetDuration() == 10 && read->GetDepth() == 20 && read->GetOriginalVariation() == 2));
+    CHECK(read->GetIDString() == "mine");
+    CHECK(read->GetDuration() == 10);
+    CHECK(read->GetOriginalVariation() == 2);
+    std::filesystem::remove(users.path);
     CHECK(users.database.SaveDatabase() == 1);
     CHECK(users.Content() == kTwoIcons);
     CHECK(users.boxes.texts.empty());
 }
 
-TEST_CASE("user icons: texts are kept such as the file gives them back") {
+TEST_CASE("user icons: every text comes back as it was, beside one that older readers can take") {
     Users users;
     users.Load("");
-    CHECK(users.Add(Level(torv::kDynaff, 0, " a;b\r\n[c]\t= \x83\x5C ", 1)));
-    const CString id = users.database.GetModelIconObject(0x05018001)->GetIDString();
-    CHECK(id == "a,b  [c] = \x83\x5C");
+    const Texts texts{" a;b\r\n[c]\t= \x83\x5C ", ";", "\x81;", std::string(4096, '\x1F'), "plain"};
+    for (const std::string& text : texts)
+        CHECK(Add(users.database, Level(torv::kDynaff, 0, text.c_str(), 1)));
     CHECK(users.database.SaveDatabase() == 1);
     const std::string saved = users.Content();
+    CHECK(saved.find("\r\nIDS = a,b  [c]\t= \x83\x5C\r\n") == std::string::npos); // a tab is a control byte too
+    CHECK(saved.find("\r\nIDS = a,b  [c] = \x83\x5C\r\n") != std::string::npos);
+    CHECK(saved.find("\r\nCaptionBytes = 3b\r\n") != std::string::npos);
+    CHECK(saved.find("StartDyn = 1\r\nEndDyn = 1\r\nDynBPNum = 0\r\n\r\n", saved.find("plain")) != std::string::npos);
     CHECK(users.database.LoadDatabase(users.path.c_str()) == 1);
-    CHECK(users.database.GetModelIconObject(0x05018001)->GetIDString() == id);
-    CHECK(users.database.SaveDatabase() == 1);
-    CHECK(users.Content() == saved);
+    for (size_t i = 0; i < texts.size(); ++i) {
+        CIconObject* const icon = users.database.GetModelIconObject(0x05018001 + static_cast<DWORD>(i));
+        CHECK(icon->GetIDString() == texts[i].c_str());
+        CHECK(icon->GetCaption() == texts[i].c_str());
+    }
+    // Where a person changed the plain text, or the bytes make no sense, the plain text holds.
+    users.Load("[Dynaff]\n1=a\n2=b\n[a]\nIconID=$05018001\nIDS=new\nIDSBytes=3b\n"
+               "[b]\nIconID=$05018002\nIDS=,\nIDSBytes=3x\n");
+    CHECK(users.database.GetModelIconObject(0x05018001)->GetIDString() == "new");
+    CHECK(users.database.GetModelIconObject(0x05018002)->GetIDString() == ",");
 }
 
 TEST_CASE("user icons: numbers are the lowest free, and end") {
     Users users;
     users.Load("");
     for (int i = 0; i < 0x7FFF; ++i)
-        CHECK(users.Add(Level(torv::kCrescendo, 0, "", 0)));
-    CHECK(users.database.GetNewVariation(5, torv::kCrescendo) == 0);
+        CHECK(Add(users.database, Level(torv::kCrescendo, 0, "", 0)));
+    CHECK(!Add(users.database, Level(torv::kCrescendo, 0, "", 0)));
     CHECK(users.database.GetNewVariation(5, torv::kDecrescendo) == 0x8001);
-    CHECK(users.database.RemoveIcon(0x05028123));
+    CHECK(users.database.Unregister(0x05028123));
     CHECK(users.database.GetNewVariation(5, torv::kCrescendo) == 0x8123);
     struct Row {
         int status, articulation;
@@ -107,7 +150,7 @@ TEST_CASE("user icons: numbers are the lowest free, and end") {
     // A preset's number, the number 0 and one that is taken are refused, and the icon stays the caller's.
     for (const int variation : {1, 0x8000, 0x8001}) {
         std::unique_ptr<CIconObject> icon = Level(torv::kCrescendo, variation, "x", 0);
-        CHECK(users.database.AddIcon(icon) == nullptr);
+        CHECK(users.database.Restore(icon) == 0);
         CHECK(icon != nullptr);
     }
 }
@@ -133,7 +176,7 @@ TEST_CASE("user icons: what cannot be read is told and kept") {
     CHECK(users.boxes.Take() == Texts{"Invalid enty key 'x' !\n", section("#USER0003"), line("4", "#USER0001"),
                                       line("5", "NoteAttack"), section("#USER0006"), section("#USER0007"),
                                       section("Odd")});
-    CHECK(users.database.CountModels(1, 1) == 2);
+    CHECK(users.database.GetModels(1, 1).size() == 2);
 
     // A save brings them along; the readable icons get names that they do not have.
     CHECK(users.database.SaveDatabase() == 1);
@@ -143,7 +186,7 @@ TEST_CASE("user icons: what cannot be read is told and kept") {
         CHECK(saved.find(kept) != std::string::npos);
     CHECK(saved.find("[NoteAttack]\r\n1 = #USER0001\r\n7 = #USER0002\r\n2 = #USER0003\r\n3 = #USER0006\r\n") == 0);
     CHECK(users.database.LoadDatabase(users.path.c_str()) == 1);
-    CHECK(users.database.CountModels(1, 1) == 2);
+    CHECK(users.database.GetModels(1, 1).size() == 2);
     CHECK(users.database.SaveDatabase() == 1);
     CHECK(users.Content() == saved);
 }
@@ -153,62 +196,106 @@ TEST_CASE("user icons: a file that was not read is not written over") {
     users.folder.Folder("User.def");
     CHECK(users.database.LoadDatabase(users.path.c_str()) == 0);
     CHECK(users.boxes.Take() == Texts{"Function error - 'CUserDB::LoadDatabase'"});
-    CHECK(users.Add(Level(torv::kDynaff, 0, "new", 1)));
+    CHECK(Add(users.database, Level(torv::kDynaff, 0, "new", 1)));
     CHECK(users.database.SaveDatabase() == 0);
     CHECK(std::filesystem::is_directory(users.path));
+    // When it can be read by then, nothing of it is lost.
+    std::filesystem::remove(users.path);
+    users.folder.File("User.def", kTwoIcons);
+    CHECK(users.database.SaveDatabase() == 1);
+    CHECK(users.database.LoadDatabase(users.path.c_str()) == 1);
+    CHECK(users.database.GetModels(1, 1).size() == 1);
+    CHECK(users.database.GetModels(5, 1).size() == 2);
 }
 
-TEST_CASE("user icons: values of any length") {
+TEST_CASE("user icons: values of any length, and a damaged file is told a few times, not for ever") {
     Users users;
-    const std::string huge(10'000'000, 'x');
-    CHECK(users.Load("[Dynaff]\n1=a\n2=" + huge + "\n[a]\nIconID=$05018001\nIDS=" + huge + "\nCaption=" + huge +
-                     "\nDynBPNum=9\nDynBPX=" + huge + "\nDynBPY=" + huge + "\n[" + huge + "]\n") == 1);
+    const std::string huge(1'000'000, 'x');
+    std::string file = "[Dynaff]\n1=a\n2=" + huge + "\n[a]\nIconID=$05018001\nIDS=" + huge +
+                       "\nDynBPNum=9\nDynBPX=" + huge + "\nDynBPY=" + huge + "\n[" + huge + "]\n";
+    for (int i = 0; i < 20000; ++i)
+        file += "[s" + std::to_string(i) + "]\n";
+    CHECK(users.Load(file) == 1);
+    CHECK(users.boxes.texts.size() == 11);
+    CHECK(users.boxes.Take().back() == "19991 more of such errors in\n\n" + users.path); // a line before the 20000
     REQUIRE(users.database.GetModelIconObject(0x05018001));
     CHECK(users.database.GetModelIconObject(0x05018001)->GetIDString().GetLength() == 4096);
     CHECK(users.database.SaveDatabase() == 1);
     const std::string saved = users.Content();
+    CHECK(saved.find("[s19999]") != std::string::npos);
     CHECK(users.database.LoadDatabase(users.path.c_str()) == 1);
     CHECK(users.database.SaveDatabase() == 1);
     CHECK(users.Content() == saved);
 }
 
-TEST_CASE("user icons: a damaged file is told a few times, not for ever") {
-    Users users;
-    std::string file;
-    for (int i = 0; i < 20000; ++i)
-        file += "[s" + std::to_string(i) + "]\n";
-    CHECK(users.Load(file) == 1);
-    CHECK(users.boxes.texts.size() == 10);
-    CHECK(users.Add(Level(torv::kDynaff, 0, "new", 1)));
-    CHECK(users.database.SaveDatabase() == 1);
-    CHECK(users.Content().find("[s19999]") != std::string::npos);
-}
-
-TEST_CASE("user icons: a curve's points do not creep from one session to the next") {
-    Users users;
-    users.Load("");
-    auto vibrato = std::make_unique<CIconVibrato>(torv::kStatusVibrato, 4, 0);
-    vibrato->SetLength(480);
-    for (LONG position = 3; position < torv::kIconUnits; position += 13) {
-        tagBreakPoint point{position, 64, 0};
-        vibrato->GetDepthBPList()->AddTail(point);
+TEST_CASE("user icons: two hosts with one file") {
+    SUBCASE("both put one in: the first keeps its number") {
+        Hosts hosts({});
+        Hosts::Register(hosts.other, 10);
+        Hosts::Register(hosts.database, 20);
+        CHECK(hosts.Saved() == "1=10 2=20 ");
+        CHECK(hosts.boxes.Take() == Texts{hosts.Taken("1")});
     }
-    const CBreakPointList given = *vibrato->GetDepthBPList();
-    CHECK(users.Add(std::move(vibrato)));
-    std::string before;
-    for (int session = 0; session < 3; ++session) {
-        CHECK(users.database.SaveDatabase() == 1);
-        if (session > 0)
-            CHECK(users.Content() == before);
-        before = users.Content();
-        CHECK(users.database.LoadDatabase(users.path.c_str()) == 1);
+    SUBCASE("each change is kept, each removal only where the other knows of it") {
+        Hosts hosts({10, 20, 30, 40, 50});
+        Hosts::Remove(hosts.other, 1);
+        Hosts::Change(hosts.other, 2, 21);
+        Hosts::Change(hosts.other, 3, 31);
+        Hosts::Register(hosts.other, 11); // in place 1
+        Hosts::Remove(hosts.database, 3); // changed by the other
+        Hosts::Remove(hosts.database, 4);
+        Hosts::Change(hosts.database, 5, 51);
+        CHECK(hosts.Saved() == "1=11 2=21 3=31 5=51 ");
+        CHECK(hosts.boxes.texts.empty());
     }
-    auto* const read = dynamic_cast<CIconVibrato*>(users.database.GetModelIconObject(0x04048001));
-    REQUIRE(read);
-    REQUIRE(read->GetDepthBPList()->GetCount() == given.GetCount());
-    LONG furthest = 0;
-    POSITION at = given.GetHeadPosition();
-    for (POSITION other = read->GetDepthBPList()->GetHeadPosition(); other;)
-        furthest = std::max(furthest, given.GetNext(at).position - read->GetDepthBPList()->GetNext(other).position);
-    CHECK(furthest <= 4);
+    SUBCASE("both change one: both are kept, and it is told") {
+        Hosts hosts({10, 20});
+        Hosts::Change(hosts.other, 1, 11);
+        Hosts::Change(hosts.database, 1, 12);
+        Hosts::Change(hosts.other, 2, 21);
+        Hosts::Change(hosts.database, 2, 21); // alike
+        CHECK(hosts.Saved() == "1=11 2=21 3=12 ");
+        CHECK(hosts.boxes.Take() == Texts{hosts.Taken("1")});
+    }
+    SUBCASE("the file is away at opening, and back at saving") {
+        Hosts hosts({10, 20, 30});
+        std::filesystem::rename(hosts.path, hosts.path + ".away");
+        CHECK(hosts.database.LoadDatabase(hosts.path.c_str()) == 1);
+        std::filesystem::rename(hosts.path + ".away", hosts.path);
+        Hosts::Register(hosts.database, 99);
+        CHECK(hosts.Saved() == "1=10 2=20 3=30 4=99 ");
+    }
+    SUBCASE("the file is away at saving") {
+        Hosts hosts({10, 20});
+        std::filesystem::remove(hosts.path);
+        Hosts::Register(hosts.database, 30);
+        CHECK(hosts.database.SaveDatabase() == 1);
+        CHECK(hosts.Levels() == "1=10 2=20 3=30 ");
+    }
+    SUBCASE("sections that cannot be read") {
+        Hosts hosts({10});
+        hosts.Load(hosts.Content() + "[Odd]\r\na = b\r\n\r\n");
+        hosts.folder.File("User.def", hosts.Content() + "[Odder]\r\nc = d\r\n\r\n");
+        hosts.boxes.Take();
+        CHECK(hosts.database.SaveDatabase() == 1);
+        for (const char* kept : {"[Odd]\r\na = b\r\n", "[Odder]\r\nc = d\r\n"}) {
+            const size_t at = hosts.Content().find(kept);
+            CHECK(at != std::string::npos);
+            CHECK(hosts.Content().find(kept, at + 1) == std::string::npos);
+        }
+        CHECK(hosts.boxes.texts.empty()); // told when the file is opened
+    }
+    SUBCASE("an expression that both know from the external library is one") {
+        Hosts hosts({});
+        for (CUserDB* const host : {&hosts.other, &hosts.database}) {
+            auto icon = std::make_unique<CIconNoteAttack>(torv::kStatusAttack, 1, 0);
+            icon->SetIDString("kept");
+            icon->SetOriginalVariation(host == &hosts.other ? 1 : 2);
+            CHECK(Add(*host, std::move(icon)));
+        }
+        hosts.Saved();
+        CHECK(hosts.boxes.texts.empty());
+        CHECK(hosts.Content().find("Original = 1") != std::string::npos);
+        CHECK(hosts.Content().find("Original = 2") == std::string::npos);
+    }
 }

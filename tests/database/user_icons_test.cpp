@@ -182,6 +182,55 @@ TEST_CASE("user icons: those in the file and those that the external library kep
     CHECK(manager.GetModelIconObject(0x01018005) == nullptr);
 }
 
+TEST_CASE("user icons: what the external library keeps has its number, whether it can be read or not") {
+    OpenHost host;
+    CQuillDBManager& manager = host.manager;
+    manager.CloseDatabase();
+    FakeDatabase::Expression& attacks = host.fake->expressions[0];
+    attacks.items[1] = {1, 1, "gone", "gone.aic", "", "", ""};
+    attacks.items[2] = {2, 1, "ours", "gone too.aic", "", "Their singer", ""};
+    attacks.itemCount = 3;
+    std::ofstream(host.UserFile(), std::ios::binary)
+        << "[NoteAttack]\n2=a\n[a]\nIconID=$01018002\nIDS=ours\nOriginal=1\nDuration=3\n";
+    REQUIRE(manager.OpenDatabase() == 1);
+    CHECK(host.boxes.Take() == Texts{"File not found !\n\ngone.aic", "File not found !\n\ngone too.aic"});
+    CHECK(manager.GetModelIconObject(0x01018001) == nullptr);
+    auto* const ours = dynamic_cast<CIconNoteAttack*>(manager.GetModelIconObject(0x01018002));
+    REQUIRE(ours);
+    CHECK(ours->GetDuration() == 3);
+    CHECK(ours->GetExpressionEntry()->itemValue == 2); // the item's, though its file is gone
+    CHECK(manager.RegisterIconObject(host.Attack("a").release()) == 0x01018003);
+
+    // Another host has put in two meanwhile: their numbers are seen when the first is refused.
+    attacks.items[3] = {4, 1, "theirs", "4.aic", "", "", ""};
+    attacks.items[4] = {5, 1, "theirs", "5.aic", "", "", ""};
+    attacks.itemCount = 5;
+    CHECK(manager.RegisterIconObject(host.Attack("b").release()) == 0x01018006);
+    CHECK(host.boxes.texts.empty());
+    auto restored = host.Attack("c");
+    attacks.items[5] = {7, 1, "theirs", "7.aic", "", "", ""};
+    attacks.itemCount = 6;
+    restored->SetVariation(0x8007);
+    CHECK(manager.RestoreUserIconObject(restored.get()) == 0); // under its own number or not at all
+    CHECK(host.boxes.Take() == Texts{"DBM_CreateVirtualExpItem returned 3"});
+}
+
+TEST_CASE("user icons: a caption is changed for good") {
+    OpenHost host;
+    CQuillDBManager& manager = host.manager;
+    const DWORD id = manager.RegisterIconObject(host.Attack("a").release());
+    host.Reopen();
+    CIconNoteAttack copy(dynamic_cast<CIconNoteAttack*>(manager.GetModelIconObject(id)));
+    CHECK(manager.GetExpressionDB()->SetUserItemCaption(copy, "New; caption") == 1);
+    CHECK(copy.GetCaption() == "New; caption");
+    host.Reopen();
+    CHECK(manager.GetModelIconObject(id)->GetCaption() == "New; caption");
+    CIconNoteAttack preset(torv::kStatusAttack, 1, 1), none(torv::kStatusAttack, 1, 0x8009);
+    for (CIconNoteAttack* const icon : {&preset, &none})
+        CHECK(manager.GetExpressionDB()->SetUserItemCaption(*icon, "x") == 0);
+    CHECK(manager.GetModelIconObject(0x01010001)->GetCaption() == "plain");
+}
+
 TEST_CASE("user icons: names of expression files") {
     CHECK(CExpressionDB::UserExpressionFileName(4, 4, "Az") == "ux44_be85");
     CHECK(CExpressionDB::UserExpressionFileName(1, 1, "") == "ux11_");

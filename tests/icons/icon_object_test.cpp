@@ -222,14 +222,23 @@ TEST_CASE("preset files: the user is told why one does not load, and the icon ke
     CHECK((icon.GetCaption() == "Soft" && icon.GetLength() == 120));
 }
 
-TEST_CASE("the open icon database is asked for an icon's place") {
+TEST_CASE("of the open databases the last one is asked, in whatever order they close") {
     struct Icons : torv::IconCatalogue {
-        int IndexOf(const CIconObject& asked) const override { return asked.GetIDString() == "soft" ? 3 : 0; }
-    } icons;
-    Base icon;
-    icon.SetIDString("soft");
+        explicit Icons(int place) : m_place(place) { torv::AddCatalogue(*this); }
+        ~Icons() override { torv::RemoveCatalogue(*this); }
+        int IndexOf(const CIconObject&) const override { return m_place; }
+        int m_place;
+    };
+    const Base icon;
     CHECK(torv::IconIndexOf(icon) == 0);
-    torv::SetIconCatalogue(&icons);
-    CHECK((torv::GetIconCatalogue() == &icons && torv::IconIndexOf(icon) == 3));
-    torv::SetIconCatalogue(nullptr);
+    auto first = std::make_unique<Icons>(1), second = std::make_unique<Icons>(2), third = std::make_unique<Icons>(3);
+    CHECK(torv::IconIndexOf(icon) == 3);
+    second.reset();
+    CHECK(torv::IconIndexOf(icon) == 3);
+    torv::AddCatalogue(*first); // again: once in the list, and in front
+    CHECK(torv::IconIndexOf(icon) == 1);
+    first.reset();
+    CHECK(torv::IconIndexOf(icon) == 3);
+    third.reset();
+    CHECK(torv::GetIconCatalogue() == nullptr);
 }

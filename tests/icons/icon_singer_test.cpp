@@ -6,8 +6,8 @@
 namespace {
 
 struct Voices : torv::VoiceCatalogue {
-    Voices() { torv::SetVoiceCatalogue(this); }
-    ~Voices() override { torv::SetVoiceCatalogue(nullptr); }
+    Voices() { torv::AddCatalogue(*this); }
+    ~Voices() override { torv::RemoveCatalogue(*this); }
     bool FindVoice(BYTE language, BYTE program, CString& name, tagVoiceChangeParam& parameters) const override {
         if (language != 1 || program != 44)
             return false;

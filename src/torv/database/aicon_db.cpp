@@ -1,6 +1,7 @@
 #include "torv/database/aicon_db.h"
 
 #include "torv/database/error_report.h"
+#include "torv/database/report_limit.h"
 #include "torv/icons/icon_dynamics.h"
 #include "torv/typed_file/typed_file.h"
 
@@ -8,8 +9,6 @@ namespace {
 
 constexpr int kArticulations[] = {torv::kDynaff, torv::kCrescendo, torv::kDecrescendo};
 constexpr int kLastVariation = 0x7FFF; // the bit above marks users' icons
-/// A damaged list must not keep the user pressing OK for ever.
-constexpr int kMostReports = 10;
 
 CString TitleOf(const char* path) {
     const CString name = torv::FileNamePart(path);
@@ -50,33 +49,35 @@ int CAiconDB::LoadDatabase(const char* path) {
     const CString folder = torv::JoinPath(torv::JoinPath(root, m_strName), section);
     if (!torv::CheckFolder(folder, true))
         return 0;
-    int reports = 0;
+    torv::ReportLimit reports;
+    int result = 1;
     for (const int articulation : kArticulations) {
         const char* const key = torv::IconArticulationName(torv::kStatusDynamics, articulation);
         CString names;
         if (!entries->Lookup(key, names)) {
             torv::ReportErrorFormat(torv::kMsgKeyNotFound, key, section, path);
-            return 0;
+            result = 0;
+            break;
         }
         LoadArticulation(articulation, names, folder, reports);
     }
-    return 1;
+    reports.TellRest(path);
+    return result;
 }
 
-void CAiconDB::LoadArticulation(int articulation, const char* names, const char* folder, int& reports) {
+void CAiconDB::LoadArticulation(int articulation, const char* names, const char* folder, torv::ReportLimit& reports) {
     char name[MAX_PATH];
     int variation = 1;
     while (*names && variation <= kLastVariation) {
         names = CxTypedFile::ExtractString(name, sizeof name, names, ',');
         if (!*name)
             continue;
-        auto icon = std::make_unique<CIconDynamics>(torv::kStatusDynamics, articulation, variation);
+        std::unique_ptr<CIconObject> icon =
+            std::make_unique<CIconDynamics>(torv::kStatusDynamics, articulation, variation);
         // Numbers stay dense: an icon that fails leaves its number to the next.
-        if (LoadPresetModelIcon(icon.get(), folder, name, reports < kMostReports)) {
-            AddModel(std::move(icon));
+        if (LoadPresetModelIcon(icon.get(), folder, name, reports)) {
+            AddModel(icon);
             ++variation;
-        } else {
-            ++reports;
         }
     }
 }

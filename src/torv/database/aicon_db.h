@@ -19,7 +19,7 @@ public:
     bool HasArticulation(int status, int articulation) const override;
 
 private:
-    void LoadArticulation(int articulation, const char* names, const char* folder, int& reports);
+    void LoadArticulation(int articulation, const char* names, const char* folder, torv::ReportLimit& reports);
 
     CString m_strPath;
     CString m_strName;

@@ -42,6 +42,14 @@ int ReportError(UINT message, const char* first, const char* second, bool ask) {
     return Show(text, ask);
 }
 
+int ReportError(UINT message, const char* first, const char* second, const char* third) {
+    CString text;
+    AfxFormatString2(text, message, OrNoInformation(first), OrNoInformation(second));
+    if (const int at = text.Find("%3"); at >= 0) // where the message begins, before anything that was filled in
+        text = text.Left(at) + OrNoInformation(third) + text.Mid(at + 2);
+    return Show(text, false);
+}
+
 int ReportErrorFormat(UINT message, const char* first, const char*, const char*, bool ask) {
     CString text;
     text.LoadString(message);

@@ -9,6 +9,7 @@ enum DatabaseMessage : UINT {
     kMsgDatabaseFailed = 10100,  ///< what, details
     kMsgInvalidLine = 10102,     ///< file, the line
     kMsgInvalidKey = 10103,      ///< key
+    kMsgKeyUsed = 10104,         ///< key, section, file
     kMsgFileNotFound = 10105,    ///< path
     kMsgSectionNotFound = 10106, ///< section, file
     kMsgFunctionError = 10107,   ///< name of the function that failed
@@ -18,10 +19,11 @@ enum DatabaseMessage : UINT {
     kMsgInvalidSection = 10111,  ///< section, file
 };
 
-/// Fills "%1" (and "%2") of the message, beeps, shows it, and returns the answer. Asking adds the question whether to
-/// go on, with Yes (IDYES: go on) and No; otherwise there is an OK to press.
+/// Fills "%1" ("%2" and "%3") of the message, beeps, shows it, and returns the answer. Asking adds the question whether
+/// to go on, with Yes (IDYES: go on) and No; otherwise there is an OK to press.
 TORV_API int ReportError(UINT message, const char* first, bool ask = false);
 TORV_API int ReportError(UINT message, const char* first, const char* second, bool ask = false);
+TORV_API int ReportError(UINT message, const char* first, const char* second, const char* third);
 /// Fills "%s" with the first argument. "%1" and "%2" stay as they are: the one message that is shown so has always been
 /// seen with them.
 TORV_API int ReportErrorFormat(UINT message, const char* first, const char* second, const char* third,

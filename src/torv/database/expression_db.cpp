@@ -2,9 +2,11 @@
 
 #include "torv/database/error_report.h"
 #include "torv/database/external_library.h"
-#include "torv/database/user_db.h"
+#include "torv/database/file_text.h"
+#include "torv/database/report_limit.h"
 #include "torv/icons/icon_expression.h"
 #include "torv/icons/icon_factory.h"
+#include "torv/icons/storable.h"
 #include "torv/typed_file/typed_file.h"
 
 #include <algorithm>
@@ -14,7 +16,6 @@ namespace {
 
 constexpr int kMostEntries = 65536; // of one list
 constexpr int kLastNumber = 0x7FFF;
-constexpr int kMostReports = 10;
 /// So many bytes of an ID string stand in a file's name: folders limit the length of names.
 constexpr int kMostIDBytes = 90;
 
@@ -67,7 +68,6 @@ bool CExpressionDB::HasArticulation(int status, int articulation) const {
 int CExpressionDB::OpenDatabase(torv::DatabaseLibrary* library) {
     CloseDatabase();
     m_library = library;
-    m_reports = 0;
     const DBMExpDatabaseList* list = nullptr;
     if (!library || !Ask(library->GetExpDB(&list)) || !list || (!list->databases && list->count > 0)) {
         CString details;
@@ -84,17 +84,26 @@ int CExpressionDB::OpenDatabase(torv::DatabaseLibrary* library) {
         const DBMExpInfo* info = nullptr;
         if (!Ask(library->GetVirtualExpInfo(database, &info)) || !info)
             continue;
-        for (int i = 0; info->expressions && i < std::min<int>(info->count, kMostEntries); ++i)
-            ReadExpression(database, info->expressions[i]);
+        for (int i = 0; info->expressions && i < std::min<int>(info->count, kMostEntries); ++i) {
+            const DBMExpression& each = info->expressions[i];
+            if (HasArticulation(each.kind, each.kind))
+                m_expressions.push_back({database, each.kind, each.high, each.low});
+        }
         library->DeleteVirtualExpInfo(info);
     }
+    torv::ReportLimit reports;
+    for (const Expression& expression : m_expressions)
+        ReadExpression(expression, reports);
+    reports.TellRest("CExpressionDB::OpenDatabase");
     return 1;
 }
 
 void CExpressionDB::CloseDatabase() {
     ReleaseItems();
     RemoveModels();
+    m_expressions.clear();
     m_userItems.clear();
+    m_itemNumbers.clear();
     m_library = nullptr;
 }
 
@@ -104,19 +113,17 @@ void CExpressionDB::ReleaseItems() {
         m_library->DeleteVirtualExpItems(items);
 }
 
-const DBMExpItems* CExpressionDB::QueryItems(int database, int high, int low) {
+const DBMExpItems* CExpressionDB::QueryItems(const Expression& expression) {
     ReleaseItems();
-    if (!Ask(m_library->GetVirtualExpItems(database, high, low, &m_items)))
+    if (!Ask(m_library->GetVirtualExpItems(expression.database, expression.high, expression.low, &m_items)))
         m_items = nullptr;
-    return m_items;
+    return m_items && m_items->items ? m_items : nullptr;
 }
 
-void CExpressionDB::ReadExpression(int database, const DBMExpression& expression) {
-    if (!HasArticulation(expression.kind, expression.kind))
-        return;
-    const DBMExpItems* const items = QueryItems(database, expression.high, expression.low);
-    for (int i = 0; items && items->items && i < std::min<int>(items->count, kMostEntries); ++i)
-        ReadItem(database, expression, items->items[i]);
+void CExpressionDB::ReadExpression(const Expression& expression, torv::ReportLimit& reports) {
+    const DBMExpItems* const items = QueryItems(expression);
+    for (int i = 0; items && i < std::min<int>(items->count, kMostEntries); ++i)
+        ReadItem(expression, items->items[i], reports);
 }
 
 int CExpressionDB::LastPreset(int status) const {
@@ -124,41 +131,41 @@ int CExpressionDB::LastPreset(int status) const {
     return models.empty() ? 0 : torv::VariationFromID(models.back()->GetIconID());
 }
 
-void CExpressionDB::ReadItem(int database, const DBMExpression& expression, const DBMExpItem& item) {
+void CExpressionDB::ReadItem(const Expression& expression, const DBMExpItem& item, torv::ReportLimit& reports) {
     // An item's own number is its icon's, so that songs find it again; one that cannot be has the next that is free.
+    const int kind = expression.kind;
     int number = static_cast<int>(item.value & kLastNumber);
-    if (!item.user && (number == 0 || Contains(torv::MakeIconID(expression.kind, expression.kind, number))))
-        number = LastPreset(expression.kind) + 1;
+    if (!item.user && (number == 0 || Contains(torv::MakeIconID(kind, kind, number))))
+        number = LastPreset(kind) + 1;
     if (number > kLastNumber)
         return;
     const int variation = item.user ? number | static_cast<int>(torv::kUserIconBit) : number;
-    std::unique_ptr<CIconObject> icon = torv::MakeIcon(expression.kind, expression.kind, variation);
-    const bool isLoaded =
-        item.user ? torv::CheckFile(item.fileName, m_reports < kMostReports) && icon->LoadPreset(item.fileName)
-                  : LoadModelIconFile(icon.get(), item.fileName ? item.fileName : "", item.idString,
-                                      m_reports < kMostReports, "CExpressionDB::LoadPresetModelIcon");
-    if (!isLoaded) {
-        ++m_reports;
-        return;
-    }
+    std::unique_ptr<CIconObject> icon = torv::MakeIcon(kind, kind, variation);
+    const char* const path = item.fileName ? item.fileName : "";
+    const CString folder(path, static_cast<int>(torv::FileNamePart(path) - path));
+    CxTypedFile file;
+    const bool isLoaded = OpenIconFile(file, path, reports, "CExpressionDB::LoadPresetModelIcon") &&
+                          (item.user ? icon->LoadPreset(path) : LoadModelIcon(icon.get(), file, folder, path));
     CIconExpression& model = AsExpression(*icon);
-    *model.GetExpressionEntry() = {database, expression.high, expression.low, item.value};
+    *model.GetExpressionEntry() = {expression.database, expression.high, expression.low, item.value};
     model.SetIDString(item.idString);
     model.SetOriginalSingerName(item.singerName);
     model.SetDevelopperName(item.developerName);
     if (item.caption && *item.caption)
         model.SetCaption(item.caption);
     if (!item.user) {
-        AddModel(std::move(icon));
+        if (isLoaded)
+            AddModel(icon);
         return;
     }
-    const std::vector<CIconObject*> presets = GetModels(expression.kind, expression.kind);
+    m_itemNumbers.insert(icon->GetIconID());
+    const std::vector<CIconObject*> presets = GetModels(kind, kind);
     const auto origin = std::find_if(presets.begin(), presets.end(), [&model](CIconObject* preset) {
         return IsSameExpression(*AsExpression(*preset).GetExpressionEntry(), *model.GetExpressionEntry());
     });
     if (origin != presets.end())
         model.SetOriginalVariation((*origin)->GetOriginalVariation());
-    m_userItems.push_back(std::move(icon));
+    m_userItems.push_back({std::move(icon), isLoaded});
 }
 
 bool CExpressionDB::CompleteEntry(CIconExpression& icon) const {
@@ -168,8 +175,8 @@ bool CExpressionDB::CompleteEntry(CIconExpression& icon) const {
     const int status = torv::StatusFromID(icon.GetIconID());
     CIconObject* origin =
         GetModelIconObject(torv::MakeIconID(status, status, static_cast<int>(icon.GetOriginalVariation())));
-    if (const std::vector<CIconObject*> presets = GetModels(status, status); !origin && !presets.empty())
-        origin = presets.front();
+    if (const std::vector<CIconObject*> models = GetModels(status, status); !origin && !models.empty())
+        origin = models.front();
     if (!origin)
         return false;
     entry = *AsExpression(*origin).GetExpressionEntry();
@@ -177,26 +184,26 @@ bool CExpressionDB::CompleteEntry(CIconExpression& icon) const {
     return true;
 }
 
-void CExpressionDB::BindUserIcons(CUserDB& users) {
-    std::multimap<std::pair<int, std::string>, std::unique_ptr<CIconObject>> items;
-    for (std::unique_ptr<CIconObject>& item : m_userItems) {
-        CUserDB::MakeStorable(*item); // as the icons' own texts are
-        const int status = torv::StatusFromID(item->GetIconID());
-        items.emplace(std::pair(status, item->GetIDString().GetStdString()), std::move(item));
+void CExpressionDB::BindUserItems() {
+    std::multimap<std::pair<int, std::string>, UserItem> items;
+    for (UserItem& item : std::exchange(m_userItems, {})) {
+        const std::pair name(torv::StatusFromID(item.icon->GetIconID()), item.icon->GetIDString().GetStdString());
+        items.emplace(name, std::move(item));
     }
-    m_userItems.clear();
     for (int status = torv::kStatusAttack; status <= torv::kStatusVibrato; ++status) {
-        for (CIconObject* const user : users.GetModels(status, status)) {
-            CIconExpression& icon = AsExpression(*user);
+        for (CIconObject* const model : GetModels(status, status)) {
+            if (!model->IsUserIcon())
+                continue;
+            CIconExpression& icon = AsExpression(*model);
             const auto [first, end] = items.equal_range({status, icon.GetIDString().GetStdString()});
             auto item = std::find_if(
-                first, end, [user](const auto& each) { return each.second->GetIconID() == user->GetIconID(); });
+                first, end, [model](const auto& each) { return each.second.icon->GetIconID() == model->GetIconID(); });
             item = item == end ? first : item;
             if (item == end) {
                 CompleteEntry(icon); // kept by nobody else, yet it must sound
                 continue;
             }
-            CIconExpression& kept = AsExpression(*item->second);
+            CIconExpression& kept = AsExpression(*item->second.icon);
             *icon.GetExpressionEntry() = *kept.GetExpressionEntry();
             icon.SetOriginalSingerName(kept.GetOriginalSingerName());
             icon.SetDevelopperName(kept.GetDevelopperName());
@@ -204,57 +211,146 @@ void CExpressionDB::BindUserIcons(CUserDB& users) {
         }
     }
     for (auto& [key, item] : items) {
-        if (users.AdoptIcon(item))
+        const DWORD id = item.icon->GetIconID();
+        const bool mayKeepNumber = (id & kLastNumber) != 0 && !Contains(id);
+        if (!item.isRead || (!mayKeepNumber && !GiveNewVariation(item.icon)))
             continue;
-        item->SetVariation(users.GetNewVariation(key.first, key.first));
-        users.AdoptIcon(item);
+        torv::MakeStorable(*item.icon);
+        AddModel(item.icon);
     }
 }
 
-int CExpressionDB::CreateUserItem(CIconExpression& icon) {
+void CExpressionDB::SeeUserItems(int kind) {
+    for (const Expression& expression : m_expressions) {
+        const DBMExpItems* const items = expression.kind == kind ? QueryItems(expression) : nullptr;
+        for (int i = 0; items && i < std::min<int>(items->count, kMostEntries); ++i)
+            if (items->items[i].user)
+                m_itemNumbers.insert(torv::MakeIconID(kind, kind, static_cast<int>(items->items[i].value)) |
+                                     torv::kUserIconBit);
+    }
+}
+
+bool CExpressionDB::HandOver(CIconExpression& icon) {
     const int status = torv::StatusFromID(icon.GetIconID());
     if (!m_library || !CompleteEntry(icon))
-        return 0;
+        return false;
     const TemporaryFile file(
         TemporaryFolder() +
         UserExpressionFileName(status, torv::ArticulationFromID(icon.GetIconID()), icon.GetIDString()) + ".aic");
     CxTypedFile expression;
-    if (!icon.DescribeUserExpression(&expression) || !expression.SaveAs(file.Path())) {
+    if (!icon.DescribeUserExpression(&expression) ||
+        !expression.WriteAt("Common", "Caption", torv::FileText(icon.GetCaption())) ||
+        !expression.SaveAs(file.Path())) {
         torv::ReportError(torv::kMsgFunctionError, "CExpressionDB::CreateUserItem");
-        return 0;
+        return false;
     }
     tagExpressionEntry& entry = *icon.GetExpressionEntry();
     const DWORD value = icon.GetIconID() & kLastNumber;
-    if (!Ask(m_library->CreateVirtualExpItem(entry.database, entry.idHigh, entry.idLow, value, icon.GetIDString(),
-                                             file.Path(), icon.GetCaption(), icon.GetOriginalSingerName(),
-                                             icon.GetDevelopperName()))) {
-        TellStatus("DBM_CreateVirtualExpItem", m_status);
-        return 0;
+    if (Ask(m_library->CreateVirtualExpItem(entry.database, entry.idHigh, entry.idLow, value, icon.GetIDString(),
+                                            file.Path(), icon.GetCaption(), icon.GetOriginalSingerName(),
+                                            icon.GetDevelopperName()))) {
+        entry.itemValue = value;
+        m_itemNumbers.insert(icon.GetIconID());
     }
-    entry.itemValue = value;
-    return 1;
+    return true;
 }
 
-int CExpressionDB::DeleteUserItem(CIconExpression& icon) {
+bool CExpressionDB::CreateUserItem(CIconExpression& icon) {
+    if (!HandOver(icon))
+        return false;
+    if (m_status != DBM_OK)
+        TellStatus("DBM_CreateVirtualExpItem", m_status);
+    return m_status == DBM_OK;
+}
+
+bool CExpressionDB::DeleteUserItem(CIconExpression& icon) {
     tagExpressionEntry& entry = *icon.GetExpressionEntry();
     if (!m_library)
-        return 0;
+        return false;
     if (entry.itemValue == 0)
-        return 1;
+        return true;
     if (!Ask(m_library->DeleteVirtualExpItem(entry.database, entry.idHigh, entry.idLow, entry.itemValue))) {
         TellStatus("DBM_DeleteVirtualExpItem", m_status);
+        return false;
+    }
+    const int status = torv::StatusFromID(icon.GetIconID());
+    m_itemNumbers.erase(torv::MakeIconID(status, status, static_cast<int>(entry.itemValue)) | torv::kUserIconBit);
+    entry.itemValue = 0;
+    return true;
+}
+
+CIconObject* CExpressionDB::Register(std::unique_ptr<CIconObject>& icon) {
+    while (GiveNewVariation(icon)) {
+        if (!MayRestore(*icon))
+            return nullptr;
+        torv::MakeStorable(*icon);
+        if (!HandOver(AsExpression(*icon)))
+            return nullptr;
+        const int status = m_status;
+        if (status == DBM_OK) {
+            SetModified();
+            return AddModel(icon);
+        }
+        // The number may be another host's by now: then the next one is tried.
+        SeeUserItems(torv::StatusFromID(icon->GetIconID()));
+        m_status = status;
+        if (!IsTaken(icon->GetIconID())) {
+            TellStatus("DBM_CreateVirtualExpItem", status);
+            return nullptr;
+        }
+    }
+    return nullptr;
+}
+
+std::unique_ptr<CIconObject> CExpressionDB::Unregister(DWORD id) {
+    CIconObject* const icon = CIconObject::IsUserIcon(id) ? GetModelIconObject(id) : nullptr;
+    return icon && DeleteUserItem(AsExpression(*icon)) ? CQuillDBIF::Unregister(id) : nullptr;
+}
+
+int CExpressionDB::Replace(const CIconObject& icon) {
+    CIconObject* const model = UserIconLike(icon);
+    const std::unique_ptr<CIconObject> copy = model ? torv::CopyIcon(&icon) : nullptr;
+    if (!copy)
+        return 0;
+    // The external library has no change of an item, so that it is dropped and made anew; when that fails the old one
+    // is made again.
+    CIconExpression& kept = AsExpression(*model);
+    CIconExpression& replacement = AsExpression(*copy);
+    torv::MakeStorable(replacement);
+    if (replacement.GetExpressionEntry()->database == 0)
+        *replacement.GetExpressionEntry() = *kept.GetExpressionEntry();
+    if (!DeleteUserItem(kept))
+        return 0;
+    if (!CreateUserItem(replacement)) {
+        CreateUserItem(kept);
         return 0;
     }
-    entry.itemValue = 0;
+    return CQuillDBIF::Replace(replacement);
+}
+
+int CExpressionDB::Restore(std::unique_ptr<CIconObject>& icon) {
+    if (!MayRestore(*icon))
+        return 0;
+    torv::MakeStorable(*icon);
+    if (!CreateUserItem(AsExpression(*icon)))
+        return 0;
+    AddModel(icon);
+    SetModified();
     return 1;
 }
 
 int CExpressionDB::SetUserItemCaption(CIconExpression& icon, const char* caption) {
-    const tagExpressionEntry& entry = *icon.GetExpressionEntry();
-    return m_library &&
-           Ask(m_library->SetVirtualExpItemCaption(entry.database, entry.idHigh, entry.idLow, entry.itemValue,
-                                                   caption)) &&
-           icon.SetCaption(caption);
+    CIconObject* const model = UserIconLike(icon);
+    if (!model || !caption)
+        return 0;
+    const tagExpressionEntry& entry = *AsExpression(*model).GetExpressionEntry();
+    if (entry.itemValue != 0 &&
+        !Ask(m_library->SetVirtualExpItemCaption(entry.database, entry.idHigh, entry.idLow, entry.itemValue, caption)))
+        return 0;
+    model->SetCaption(caption);
+    torv::MakeStorable(*model);
+    SetModified();
+    return icon.SetCaption(caption);
 }
 
 CString CExpressionDB::UserExpressionFileName(int status, int articulation, const char* idString) {

@@ -2,10 +2,10 @@
 
 #include "torv/database/quill_db_if.h"
 
+#include <set>
 #include <vector>
 
 class CIconExpression;
-class CUserDB;
 struct DBMExpItem;
 struct DBMExpItems;
 struct DBMExpression;
@@ -30,14 +30,16 @@ public:
 
     bool HasArticulation(int status, int articulation) const override;
 
-    /// Joins the users' icons with the items that the library keeps of them: an icon gets its item's identity and
+    /// Joins the user's icons with the items that the library keeps of them: an icon gets its item's identity and
     /// names, and an item that no icon stands for becomes one.
-    void BindUserIcons(CUserDB& users);
-    /// Has the library keep a user's icon, which learns its item's identity. 0, after a message, when it does not.
-    int CreateUserItem(CIconExpression& icon);
-    /// Has the library drop the item; an icon without one succeeds. 0, after a message, when it does not.
-    int DeleteUserItem(CIconExpression& icon);
-    /// Changes the caption of a user's item.
+    void BindUserItems();
+    // Each has the library keep or drop the item too. What it refuses is told, and nothing has changed then.
+    CIconObject* Register(std::unique_ptr<CIconObject>& icon) override;
+    std::unique_ptr<CIconObject> Unregister(DWORD id) override;
+    int Replace(const CIconObject& icon) override;
+    int Restore(std::unique_ptr<CIconObject>& icon) override;
+    /// Changes the caption of the user's icon of the same id, here, in the library and in the icon given; 0 when there
+    /// is none or the library refuses.
     int SetUserItemCaption(CIconExpression& icon, const char* caption);
 
     /// What the library answered last.
@@ -48,18 +50,40 @@ public:
     static CString UserExpressionFileName(int status, int articulation, const char* idString);
 
 private:
+    /// An expression of the library, by what names it there.
+    struct Expression {
+        int database;
+        int kind;
+        int high;
+        int low;
+    };
+    /// A user's item that no icon stands for yet. Its icon has no parameters when its file could not be read.
+    struct UserItem {
+        std::unique_ptr<CIconObject> icon;
+        bool isRead;
+    };
+
     bool Ask(int status);
-    void ReadExpression(int database, const DBMExpression& expression);
-    void ReadItem(int database, const DBMExpression& expression, const DBMExpItem& item);
+    void ReadExpression(const Expression& expression, torv::ReportLimit& reports);
+    void ReadItem(const Expression& expression, const DBMExpItem& item, torv::ReportLimit& reports);
     /// The items of one expression. One list is held at a time: the next query gives it back.
-    const DBMExpItems* QueryItems(int database, int high, int low);
+    const DBMExpItems* QueryItems(const Expression& expression);
     void ReleaseItems();
     int LastPreset(int status) const;
     bool CompleteEntry(CIconExpression& icon) const;
+    bool IsTaken(DWORD id) const override { return Contains(id) || m_itemNumbers.contains(id); }
+    /// Looks again at what the library keeps of a kind, as others may have added to it.
+    void SeeUserItems(int kind);
+    /// Hands the icon over. False when there is nothing to hand over or no way to, which is told; what the library
+    /// answers is in m_status.
+    bool HandOver(CIconExpression& icon);
+    bool CreateUserItem(CIconExpression& icon);
+    bool DeleteUserItem(CIconExpression& icon);
 
     torv::DatabaseLibrary* m_library = nullptr;
     const DBMExpItems* m_items = nullptr;
-    std::vector<std::unique_ptr<CIconObject>> m_userItems; ///< read, and not bound yet
+    std::vector<Expression> m_expressions;
+    std::vector<UserItem> m_userItems; ///< read, and not bound yet
+    std::set<DWORD> m_itemNumbers;     ///< as icon ids: what the library keeps under them, readable or not
     int m_status = 0;
-    int m_reports = 0;
 };

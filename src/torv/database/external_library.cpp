@@ -1,5 +1,9 @@
 #include "torv/database/external_library.h"
 
+#include "torv/database/error_report.h"
+
+#include <algorithm>
+#include <string_view>
 #include <utility>
 
 namespace torv {
@@ -7,11 +11,16 @@ namespace {
 
 constexpr const char* kDatabaseKey = "SOFTWARE\\CANTORIS\\COMMON\\DBMANAGER";
 constexpr const char* kEditorKey = "SOFTWARE\\CANTORIS\\COMMON\\VOICEEDITOR";
+/// A library of another make may do without them.
+constexpr std::string_view kNeverCalled[] = {"DBM_AddVoice",         "DBM_DeleteVoice",        "DBM_ActivateDialog",
+                                             "DBM_GetVersionString", "DBM_GetVoiceParameters", "DBM_AddExp",
+                                             "DBM_DeleteExp",        "VEDIT_GetVersionString"};
 
 } // namespace
 
 bool ExternalLibrary::LoadNamedBy(const char* key) {
     Free();
+    m_missing.clear();
     const auto path = ReadMachineString(key, "PATH");
     if (path && !path->empty())
         m_module = LoadLibraryA(path->c_str());
@@ -23,12 +32,25 @@ void ExternalLibrary::Free() {
         FreeLibrary(module);
 }
 
+bool ExternalLibrary::IsComplete() {
+    if (!m_missing.empty() && !std::exchange(m_isTold, true)) {
+        CString names;
+        for (const char* const name : m_missing)
+            names += names.IsEmpty() ? CString(name) : CString(", ") + name;
+        ReportError(kMsgFunctionError, names);
+    }
+    return std::all_of(m_missing.begin(), m_missing.end(), [](const char* name) {
+        return std::find(std::begin(kNeverCalled), std::end(kNeverCalled), name) != std::end(kNeverCalled);
+    });
+}
+
 bool DatabaseLibrary::Open() {
-    bool isComplete = LoadNamedBy(kDatabaseKey);
-#define TORV_BIND(name) isComplete = isComplete && Bind(name, "DBM_" #name);
+    if (!LoadNamedBy(kDatabaseKey))
+        return false;
+#define TORV_BIND(name) Bind(name, "DBM_" #name);
     DBM_ENTRIES(TORV_BIND)
 #undef TORV_BIND
-    if (isComplete && Init() == DBM_OK)
+    if (IsComplete() && Init() == DBM_OK)
         return true;
     Free();
     return false;
@@ -42,11 +64,12 @@ void DatabaseLibrary::Close() {
 }
 
 void VoiceEditorLibrary::Open() {
-    bool isComplete = LoadNamedBy(kEditorKey);
-#define TORV_BIND(name) isComplete = isComplete && Bind(name, "VEDIT_" #name);
+    if (!LoadNamedBy(kEditorKey))
+        return;
+#define TORV_BIND(name) Bind(name, "VEDIT_" #name);
     TORV_VEDIT_ENTRIES(TORV_BIND)
 #undef TORV_BIND
-    if (isComplete)
+    if (IsComplete())
         Init(); // whatever it answers: an editor that is not ready says so when it is asked for
     else
         Free();

@@ -5,6 +5,8 @@
 #include "dbm_abi.h"
 #include "vedit_abi.h"
 
+#include <vector>
+
 #define TORV_VEDIT_ENTRIES(ENTRY) ENTRY(Init) ENTRY(Delete) ENTRY(OpenDialog) ENTRY(GetVersionString)
 
 namespace torv {
@@ -23,17 +25,24 @@ public:
     bool IsLoaded() const { return m_module != nullptr; }
 
 protected:
+    /// Null when the library lacks the entry point.
     template <class Proc>
-    bool Bind(Proc& proc, const char* name) const {
+    void Bind(Proc& proc, const char* name) {
         proc = EntryPoint<Proc>(m_module, name);
-        return proc != nullptr;
+        if (!proc)
+            m_missing.push_back(name);
     }
+    /// Whether no entry point is missing that is ever called. What is missing is told once while the object lives.
+    bool IsComplete();
 
 private:
     HMODULE m_module = nullptr;
+    std::vector<const char*> m_missing;
+    bool m_isTold = false;
 };
 
-/// The database manager's library. Its entry points are callable from Open on until Close.
+/// The database manager's library. Its entry points are callable from Open on until Close; those that this library
+/// never calls may be null.
 class DatabaseLibrary : public ExternalLibrary {
 public:
     /// Finds, loads, binds and initialises the library; false, with nothing left loaded, when one of these fails.

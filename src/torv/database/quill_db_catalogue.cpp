@@ -43,10 +43,7 @@ DWORD CQuillDBManager::MakeDefaultIconID(int status, int articulation) const {
 
 CIconObject* CQuillDBManager::GetModelIconObject(DWORD id) const {
     const CQuillDBIF* const database = DatabaseOf(torv::StatusFromID(id));
-    if (!database)
-        return nullptr;
-    CIconObject* const preset = database->GetModelIconObject(id);
-    return preset ? preset : m_users.GetModelIconObject(id);
+    return database ? database->GetModelIconObject(id) : nullptr;
 }
 
 CIconObject* CQuillDBManager::CreateIconObject(DWORD id) const { return CreateIconObject(GetModelIconObject(id)); }
@@ -86,7 +83,7 @@ int CQuillDBManager::LookupIconOverview(DWORD id, tagQuillIconOverview* overview
     overview->iconId = id;
     overview->originalVariation = model->GetOriginalVariation();
     overview->length = model->GetLength();
-    overview->isUserIcon = CIconObject::IsUserIcon(id) && m_users.GetModelIconObject(id);
+    overview->isUserIcon = CIconObject::IsUserIcon(id) && torv::StatusFromID(id) != torv::kStatusSinger;
     overview->button = GetButtonBitmap(id);
     torv::CopyText(overview->idString, sizeof overview->idString, model->GetIDString());
     torv::CopyText(overview->caption, sizeof overview->caption, model->GetCaption());
@@ -108,7 +105,7 @@ DWORD CQuillDBManager::ConvertToDefaultIconID(int status, int articulation, int 
     if (status == torv::kStatusSinger) {
         articulation = torv::kSingerArticulation;
         variation = GetDefaultSingerVariation(variation >> 8 & 0xFF);
-    } else if (IsUserStatus(status)) {
+    } else if (status >= torv::kStatusAttack && status <= torv::kStatusDynamics) {
         variation = 1;
     } else {
         return torv::MakeIconID(status, 1, 1);
@@ -144,12 +141,11 @@ int CQuillDBManager::GetButtonBitmapSize(SIZE& size) const {
 }
 
 int CQuillDBManager::EnumIconStatus(QuillEnumStatusProc callback, LPARAM data) const {
-    if (!m_isOpen || !callback)
-        return m_isOpen;
-    for (const int status : kStatuses)
-        if (!callback(status, torv::IconStatusName(status), data))
-            return 0;
-    return 1;
+    int result = m_isOpen;
+    if (m_isOpen && callback)
+        for (auto status = std::begin(kStatuses); result && status != std::end(kStatuses); ++status)
+            result = callback(*status, torv::IconStatusName(*status), data);
+    return result;
 }
 
 int CQuillDBManager::EnumIconArticulation(int status, QuillEnumArticulationProc callback, LPARAM data) const {
@@ -157,22 +153,13 @@ int CQuillDBManager::EnumIconArticulation(int status, QuillEnumArticulationProc 
     return database ? database->EnumIconArticulation(status, callback, data) : 0;
 }
 
-std::vector<CIconObject*> CQuillDBManager::GetModels(int status, int articulation) const {
-    const CQuillDBIF* const database = DatabaseOf(status);
-    if (!database)
-        return {};
-    std::vector<CIconObject*> models = database->GetModels(status, articulation);
-    const std::vector<CIconObject*> users = m_users.GetModels(status, articulation);
-    models.insert(models.end(), users.begin(), users.end());
-    return models;
-}
-
 int CQuillDBManager::EnumIconVariation(int status, int articulation, QuillEnumVariationProc callback,
                                        LPARAM data) const {
     // Copied first: a callback may register and remove icons.
     std::vector<std::pair<int, CString>> variations;
-    for (const CIconObject* const icon : GetModels(status, articulation))
-        variations.emplace_back(torv::VariationFromID(icon->GetIconID()), icon->GetIDString());
+    if (const CQuillDBIF* const database = DatabaseOf(status))
+        for (const CIconObject* const icon : database->GetModels(status, articulation))
+            variations.emplace_back(torv::VariationFromID(icon->GetIconID()), icon->GetIDString());
     if (!callback)
         return !variations.empty();
     int result = 0;
@@ -202,13 +189,6 @@ int CQuillDBManager::GetVariationReferenceMap(int status, int articulation, CCro
 
 int CQuillDBManager::IndexOf(const CIconObject& icon) const {
     const DWORD id = icon.GetIconID();
-    const int status = torv::StatusFromID(id);
-    const int articulation = torv::ArticulationFromID(id);
-    const CQuillDBIF* const database = DatabaseOf(status);
-    if (!database)
-        return 0;
-    const CString name = icon.GetIDString();
-    const int preset = database->IndexOf(status, articulation, name);
-    const int user = preset ? 0 : m_users.IndexOf(status, articulation, name);
-    return user ? database->CountModels(status, articulation) + user : preset;
+    const CQuillDBIF* const database = DatabaseOf(torv::StatusFromID(id));
+    return database ? database->IndexOf(torv::StatusFromID(id), torv::ArticulationFromID(id), icon.GetIDString()) : 0;
 }

@@ -1,12 +1,17 @@
 #include "torv/database/quill_db_if.h"
 
 #include "torv/database/error_report.h"
+#include "torv/database/report_limit.h"
+#include "torv/icons/icon_factory.h"
+#include "torv/icons/storable.h"
 #include "torv/typed_file/typed_file.h"
 
 namespace {
 
 constexpr const char* kDefaultArticulation = "DEFAULT_ARTICURATION"; // the spelling that hosts know
 constexpr const char* kGlobalSection = "Common";
+constexpr int kLastNumber = 0x7FFF;
+constexpr DWORD kArticulationBits = 0xFFFF0000;
 
 } // namespace
 
@@ -40,8 +45,6 @@ std::vector<CIconObject*> CQuillDBIF::GetModels(int status, int articulation) co
     return models;
 }
 
-int CQuillDBIF::CountModels(int status, int articulation) const { return ShelfOf(status, articulation).count; }
-
 int CQuillDBIF::IndexOf(int status, int articulation, const char* idString) const {
     const Shelf& shelf = ShelfOf(status, articulation);
     const auto found = idString && *idString ? shelf.places.find(idString) : shelf.places.end();
@@ -49,12 +52,14 @@ int CQuillDBIF::IndexOf(int status, int articulation, const char* idString) cons
 }
 
 const CQuillDBIF::Shelf& CQuillDBIF::ShelfOf(int status, int articulation) const {
-    const auto [place, isNew] = m_shelves.try_emplace(torv::MakeIconID(status, articulation, 0));
-    Shelf& shelf = place->second;
-    if (isNew)
-        for (const CIconObject* const icon : GetModels(status, articulation))
-            shelf.places.try_emplace(icon->GetIDString().GetStdString(), ++shelf.count); // of two the first is found
-    return shelf;
+    const DWORD id = torv::MakeIconID(status, articulation, 0);
+    if (const auto known = m_shelves.find(id); known != m_shelves.end())
+        return known->second;
+    Shelf shelf;
+    int place = 0;
+    for (const CIconObject* const icon : GetModels(status, articulation))
+        shelf.places.try_emplace(icon->GetIDString().GetStdString(), ++place); // of two the first is found
+    return m_shelves.emplace(id, std::move(shelf)).first->second;
 }
 
 HBITMAP CQuillDBIF::GetButtonBitmap(DWORD id) const {
@@ -62,10 +67,96 @@ HBITMAP CQuillDBIF::GetButtonBitmap(DWORD id) const {
     return found == m_buttons.end() ? nullptr : found->second.Get();
 }
 
-CIconObject* CQuillDBIF::AddModel(std::unique_ptr<CIconObject> icon) {
-    m_shelves.clear();
+int CQuillDBIF::GetNewVariation(int status, int articulation) const {
+    if (!HasArticulation(status, articulation))
+        return 0;
+    const DWORD first = torv::MakeIconID(status, articulation, 0) | torv::kUserIconBit;
+    int& number = m_lowestFree.try_emplace(first & kArticulationBits, 1).first->second;
+    while (number <= kLastNumber && IsTaken(first + static_cast<DWORD>(number)))
+        ++number;
+    return number <= kLastNumber ? torv::VariationFromID(first + static_cast<DWORD>(number)) : 0;
+}
+
+bool CQuillDBIF::GiveNewVariation(std::unique_ptr<CIconObject>& icon) const {
     const DWORD id = icon->GetIconID();
-    return m_models.insert_or_assign(id, std::move(icon)).first->second.get();
+    const int variation = GetNewVariation(torv::StatusFromID(id), torv::ArticulationFromID(id));
+    if (variation < 1)
+        icon.reset();
+    else
+        icon->SetVariation(variation);
+    return variation >= 1;
+}
+
+CIconObject* CQuillDBIF::Register(std::unique_ptr<CIconObject>& icon) {
+    if (!GiveNewVariation(icon))
+        return nullptr;
+    CIconObject* const given = icon.get();
+    return Restore(icon) ? given : nullptr;
+}
+
+std::unique_ptr<CIconObject> CQuillDBIF::Unregister(DWORD id) {
+    if (!CIconObject::IsUserIcon(id) || !Contains(id))
+        return nullptr;
+    SetModified();
+    return TakeModel(id);
+}
+
+int CQuillDBIF::Replace(const CIconObject& icon) {
+    CIconObject* const model = UserIconLike(icon);
+    const std::unique_ptr<CIconObject> copy = model ? torv::CopyIcon(&icon) : nullptr;
+    if (!copy)
+        return 0;
+    torv::MakeStorable(*copy);
+    if (!model->ReplaceParameter(copy.get()))
+        return 0;
+    model->SetOriginalVariation(copy->GetOriginalVariation());
+    m_shelves.clear();
+    SetModified();
+    return 1;
+}
+
+int CQuillDBIF::Restore(std::unique_ptr<CIconObject>& icon) {
+    if (!MayRestore(*icon))
+        return 0;
+    torv::MakeStorable(*icon);
+    AddModel(icon);
+    SetModified();
+    return 1;
+}
+
+CIconObject* CQuillDBIF::UserIconLike(const CIconObject& icon) const {
+    CIconObject* const model = icon.IsUserIcon() ? GetModelIconObject(icon.GetIconID()) : nullptr;
+    return model && torv::IsSameClass(*model, icon) ? model : nullptr;
+}
+
+bool CQuillDBIF::MayRestore(const CIconObject& icon) const {
+    const DWORD id = icon.GetIconID();
+    if (!CIconObject::IsUserIcon(id) || (id & kLastNumber) == 0 || Contains(id) ||
+        !HasArticulation(torv::StatusFromID(id), torv::ArticulationFromID(id)))
+        return false;
+    // Only an icon of its status's class can be read again.
+    const auto example = torv::MakeIcon(torv::StatusFromID(id), torv::ArticulationFromID(id), 0);
+    return example && torv::IsSameClass(*example, icon);
+}
+
+void CQuillDBIF::TakeUserIcons(CQuillDBIF& from) {
+    for (auto at = from.m_models.begin(); at != from.m_models.end();) {
+        const auto model = at++;
+        const DWORD id = model->first;
+        if (CIconObject::IsUserIcon(id) && HasArticulation(torv::StatusFromID(id), torv::ArticulationFromID(id)))
+            m_models.insert(from.m_models.extract(model));
+    }
+    for (CQuillDBIF* const database : {this, &from}) {
+        database->m_shelves.clear();
+        database->m_lowestFree.clear();
+    }
+}
+
+CIconObject* CQuillDBIF::AddModel(std::unique_ptr<CIconObject>& icon) {
+    CIconObject* const added = icon.get();
+    m_models.emplace(added->GetIconID(), nullptr).first->second = std::move(icon);
+    m_shelves.clear();
+    return added;
 }
 
 std::unique_ptr<CIconObject> CQuillDBIF::TakeModel(DWORD id) {
@@ -73,6 +164,7 @@ std::unique_ptr<CIconObject> CQuillDBIF::TakeModel(DWORD id) {
     if (node.empty())
         return nullptr;
     m_shelves.clear();
+    m_lowestFree.erase(id & kArticulationBits);
     m_buttons.erase(id);
     return std::move(node.mapped());
 }
@@ -81,28 +173,37 @@ void CQuillDBIF::RemoveModels() {
     m_models.clear();
     m_buttons.clear();
     m_shelves.clear();
+    m_lowestFree.clear();
+    m_isModified = false;
 }
 
-int CQuillDBIF::LoadPresetModelIcon(CIconObject* icon, const char* folder, const char* name, bool report) {
-    return LoadModelIconFile(icon, torv::JoinPath(folder, name) + ".aic", name, report,
-                             "CQuillDBIF::LoadPresetModelIcon");
-}
-
-int CQuillDBIF::LoadModelIconFile(CIconObject* icon, const char* path, const char* idString, bool report,
-                                  const char* function) {
-    if (!torv::CheckFile(path, report))
-        return 0;
-    CxTypedFile file;
-    if (!file.Load(path)) {
-        if (report)
-            torv::ReportError(torv::kMsgFunctionError, function);
-        return 0;
+bool CQuillDBIF::OpenIconFile(CxTypedFile& file, const char* path, torv::ReportLimit& reports, const char* function) {
+    if (!torv::CheckFile(path, false)) {
+        if (reports.MayReport())
+            torv::ReportError(torv::kMsgFileNotFound, path);
+        return false;
     }
+    if (file.Load(path))
+        return true;
+    if (reports.MayReport())
+        torv::ReportError(torv::kMsgFunctionError, function);
+    return false;
+}
+
+int CQuillDBIF::LoadPresetModelIcon(CIconObject* icon, const char* folder, const char* name,
+                                    torv::ReportLimit& reports) {
+    const CString path = torv::JoinPath(folder, name) + ".aic";
+    CxTypedFile file;
+    if (!OpenIconFile(file, path, reports, "CQuillDBIF::LoadPresetModelIcon"))
+        return 0;
+    icon->SetIDString(name);
+    return LoadModelIcon(icon, file, folder, path);
+}
+
+int CQuillDBIF::LoadModelIcon(CIconObject* icon, const CxTypedFile& file, const char* folder, const char* path) {
     const CString button = file.ReadAt(kGlobalSection, "Button", nullptr);
-    const CString folder(path, static_cast<int>(torv::FileNamePart(path) - path));
     m_buttons[icon->GetIconID()] =
         torv::ButtonBitmap::Load(button.IsEmpty() ? CString() : torv::JoinPath(folder, button));
-    icon->SetIDString(idString);
     icon->SetOriginalVariation(static_cast<DWORD>(torv::VariationFromID(icon->GetIconID())));
     return icon->LoadPreset(path);
 }

@@ -2,8 +2,6 @@
 
 #include "torv/database/error_report.h"
 #include "torv/database/external_library.h"
-#include "torv/icons/icon_expression.h"
-#include "torv/icons/icon_factory.h"
 #include "torv/lyrics/converter_modules.h"
 
 namespace {
@@ -33,8 +31,10 @@ int CQuillDBManager::OpenDatabase() {
     // What follows is told when it fails, and leaves the rest to be used.
     m_presets.LoadDatabase(root + kPresetFile);
     m_users.LoadDatabase(root + kUserFile);
-    m_expressions.BindUserIcons(m_users);
-    torv::SetIconCatalogue(this);
+    m_presets.TakeUserIcons(m_users);
+    m_expressions.TakeUserIcons(m_users);
+    m_expressions.BindUserItems();
+    torv::AddCatalogue(*this);
     torv::LoadConverters();
     return 1;
 }
@@ -43,17 +43,20 @@ void CQuillDBManager::CloseDatabase() {
     if (!m_isOpen)
         return;
     m_isOpen = false;
-    if (torv::GetIconCatalogue() == this)
-        torv::SetIconCatalogue(nullptr);
+    torv::RemoveCatalogue(*this);
+    const bool isModified = m_expressions.IsModified() || m_presets.IsModified();
+    m_users.TakeUserIcons(m_expressions);
+    m_users.TakeUserIcons(m_presets);
     m_expressions.CloseDatabase();
     m_voices.CloseDatabase();
     m_presets.CloseDatabase();
-    if (m_users.IsModified() && !m_users.SaveDatabase())
+    if (isModified && !m_users.SaveDatabase())
         AfxMessageBox("Failed to save UserDB fle !", MB_ICONEXCLAMATION | MB_OK); // the spelling that users know
     m_users.CloseDatabase();
     m_defaultButton = {};
     FreeLibraries();
-    torv::FreeConverters();
+    if (!torv::GetIconCatalogue()) // else another manager is open, whose converters they are too
+        torv::FreeConverters();
 }
 
 int CQuillDBManager::LoadLibraryA() {
@@ -77,82 +80,51 @@ CString CQuillDBManager::GetModuleFolderPath() {
 }
 
 const CQuillDBIF* CQuillDBManager::DatabaseOf(int status) const {
+    if (m_isOpen && status == torv::kStatusSinger)
+        return &m_voices;
+    return const_cast<CQuillDBManager*>(this)->UserDatabaseOf(status);
+}
+
+CQuillDBIF* CQuillDBManager::UserDatabaseOf(int status) {
     if (!m_isOpen)
         return nullptr;
-    if (status == torv::kStatusSinger)
-        return &m_voices;
     if (status == torv::kStatusDynamics)
         return &m_presets;
-    return IsUserStatus(status) ? &m_expressions : nullptr;
+    return status >= torv::kStatusAttack && status <= torv::kStatusVibrato ? &m_expressions : nullptr;
+}
+
+CQuillDBIF* CQuillDBManager::UserDatabaseOf(const CIconObject* icon) {
+    return icon ? UserDatabaseOf(torv::StatusFromID(icon->GetIconID())) : nullptr;
 }
 
 DWORD CQuillDBManager::RegisterIconObject(CIconObject* icon) {
-    const int status = icon ? torv::StatusFromID(icon->GetIconID()) : 0;
-    if (!m_isOpen || !IsUserStatus(status))
+    CQuillDBIF* const database = UserDatabaseOf(icon);
+    if (!database)
         return 0;
     std::unique_ptr<CIconObject> owned(icon);
-    const int variation = m_users.GetNewVariation(status, torv::ArticulationFromID(icon->GetIconID()));
-    if (variation < 1)
-        return 0;
-    icon->SetVariation(variation);
-    if (const CIconObject* const added = AddUserIcon(owned))
-        return added->GetIconID();
-    static_cast<void>(owned.release()); // refused: still the caller's
-    return 0;
-}
-
-CIconObject* CQuillDBManager::AddUserIcon(std::unique_ptr<CIconObject>& icon) {
-    const std::unique_ptr<CIconObject> example =
-        torv::MakeIcon(torv::StatusFromID(icon->GetIconID()), 1, 0); // only an icon of the status's class can be read
-    if (!torv::IsSameClass(*example, *icon) || m_users.GetModelIconObject(icon->GetIconID()))
-        return nullptr;
-    CUserDB::MakeStorable(*icon);
-    auto* const expression = dynamic_cast<CIconExpression*>(icon.get());
-    return !expression || m_expressions.CreateUserItem(*expression) ? m_users.AddIcon(icon) : nullptr;
+    const CIconObject* const registered = database->Register(owned);
+    static_cast<void>(owned.release()); // refused and not destroyed: still the caller's
+    return registered ? registered->GetIconID() : 0;
 }
 
 CIconObject* CQuillDBManager::UnregisterIconObject(DWORD id) {
-    CIconObject* const icon = m_isOpen ? m_users.GetModelIconObject(id) : nullptr;
-    if (!icon)
-        return nullptr;
-    auto* const expression = dynamic_cast<CIconExpression*>(icon);
-    if (expression && !m_expressions.DeleteUserItem(*expression))
-        return nullptr;
-    return m_users.RemoveIcon(id).release();
+    CQuillDBIF* const database = UserDatabaseOf(torv::StatusFromID(id));
+    return database ? database->Unregister(id).release() : nullptr;
 }
 
 int CQuillDBManager::ReplaceIconObject(CIconObject* icon) {
-    CIconObject* const model = m_isOpen && icon ? m_users.GetModelIconObject(icon->GetIconID()) : nullptr;
-    if (!model || !torv::IsSameClass(*model, *icon))
-        return 0;
-    auto* const kept = dynamic_cast<CIconExpression*>(model);
-    if (!kept)
-        return m_users.ReplaceIcon(icon);
-    // The external library has no change of an item, so that it is dropped and made anew; when that fails the old one
-    // is made again.
-    const std::unique_ptr<CIconObject> copy = torv::CopyIcon(icon);
-    auto& replacement = static_cast<CIconExpression&>(*copy);
-    CUserDB::MakeStorable(replacement);
-    if (replacement.GetExpressionEntry()->database == 0)
-        *replacement.GetExpressionEntry() = *kept->GetExpressionEntry();
-    if (!m_expressions.DeleteUserItem(*kept))
-        return 0;
-    if (!m_expressions.CreateUserItem(replacement)) {
-        m_expressions.CreateUserItem(*kept);
-        return 0;
-    }
-    return m_users.ReplaceIcon(&replacement);
+    CQuillDBIF* const database = UserDatabaseOf(icon);
+    return database ? database->Replace(*icon) : 0;
 }
 
 int CQuillDBManager::RestoreUserIconObject(CIconObject* icon) {
-    const DWORD id = icon ? icon->GetIconID() : 0;
-    if (!m_isOpen || !IsUserStatus(torv::StatusFromID(id)) || !icon->IsUserIcon())
+    CQuillDBIF* const database = UserDatabaseOf(icon);
+    if (!database)
         return 0;
     std::unique_ptr<CIconObject> owned(icon);
-    if (m_users.HasArticulation(torv::StatusFromID(id), torv::ArticulationFromID(id)) && AddUserIcon(owned))
-        return 1;
+    const int result = database->Restore(owned);
     static_cast<void>(owned.release()); // refused: still the caller's
-    return 0;
+    return result;
 }
 
 int CQuillDBManager::OpenVoiceEditDialog(int* language, int* program) {

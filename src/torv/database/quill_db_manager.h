@@ -120,13 +120,11 @@ private:
     int LoadLibraryA();
     void FreeLibraries();
     int IndexOf(const CIconObject& icon) const override;
-    /// The database of a status's presets, or null.
+    /// The database of a status's icons, or null.
     const CQuillDBIF* DatabaseOf(int status) const;
-    /// Whether users have icons of the status.
-    bool IsUserStatus(int status) const { return status >= torv::kStatusAttack && status <= torv::kStatusDynamics; }
-    /// The presets of an articulation, then the user's icons.
-    std::vector<CIconObject*> GetModels(int status, int articulation) const;
-    CIconObject* AddUserIcon(std::unique_ptr<CIconObject>& icon);
+    /// The same, of a status that users have icons of.
+    CQuillDBIF* UserDatabaseOf(int status);
+    CQuillDBIF* UserDatabaseOf(const CIconObject* icon);
 
     std::unique_ptr<torv::DatabaseLibrary> m_database;
     std::unique_ptr<torv::VoiceEditorLibrary> m_editor;

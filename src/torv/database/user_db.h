@@ -1,14 +1,15 @@
 #pragma once
 
 #include "torv/database/quill_db_if.h"
+
 #include <unordered_set>
 #include <vector>
 
 class CxEntryMap;
 class CxTypedFile;
 
-/// The icons that the user made, of statuses 1 to 5, as "User.def" describes them. It owns them for the databases that
-/// they extend.
+/// "User.def", the file of the icons that the user made, of statuses 1 to 5. Between loading and saving the icons are
+/// with the databases that they extend (TakeUserIcons).
 ///
 /// The file has a section for each articulation that has user icons, whose entries lead from a slot's number (its
 /// variation without the user bit) to a section for the icon. Sections that cannot be read are told and kept: a save
@@ -18,29 +19,16 @@ public:
     ~CUserDB() override;
 
     /// Empties the database and reads the file; one that does not exist yet is an empty database. 0, after a message,
-    /// when it cannot be read: then it is not written either.
+    /// when it cannot be read.
     int LoadDatabase(const char* path);
-    /// Writes the file anew; it takes the old one's place when it is whole.
+    /// Writes the file anew; it takes the old one's place when it is whole. When the file is no longer what was loaded,
+    /// what others put in or changed since is read first and kept: a number that is taken twice goes to the icon of the
+    /// file, ours gets a new one, and the user is told. 0, and the file is as it was, when there is one that cannot be
+    /// read, or when it cannot be written.
     int SaveDatabase();
     void CloseDatabase();
-    /// Whether an icon came, went or changed since it was loaded or saved.
-    bool IsModified() const { return m_isModified; }
 
     bool HasArticulation(int status, int articulation) const override;
-
-    /// The lowest variation, with the user bit, that no icon of the articulation has; 0 when there is none.
-    int GetNewVariation(int status, int articulation) const;
-    /// Makes an icon such as the file gives it back: texts without ";", control bytes and blanks around them, numbers
-    /// in their ranges, and points at places that six decimals hold exactly, at most a few ten-thousandths away.
-    static void MakeStorable(CIconObject& icon);
-    /// Takes an icon under its id, a user's one that must be free, and makes it storable. Null, and the icon stays the
-    /// caller's, when it is refused.
-    CIconObject* AddIcon(std::unique_ptr<CIconObject>& icon);
-    std::unique_ptr<CIconObject> RemoveIcon(DWORD id);
-    /// Gives the icon of the same id another's parameters and original variation. 0 when there is none.
-    int ReplaceIcon(CIconObject* icon);
-    /// As AddIcon, for what an external library has kept: that alone is nothing to save.
-    CIconObject* AdoptIcon(std::unique_ptr<CIconObject>& icon);
 
 private:
     /// A section that could not be read, as it is to be written back.
@@ -51,19 +39,20 @@ private:
     };
     using SectionNames = std::unordered_set<std::string>;
 
-    int LoadUserDBFile(CxTypedFile& file);
-    void LoadArticulation(CxTypedFile& file, int status, int articulation, SectionNames& visited);
-    bool LoadUserModelIcon(CxTypedFile& file, const char* section, int status, int articulation);
+    bool Parse(const std::string& content, torv::ReportLimit& reports);
+    void LoadUserDBFile(CxTypedFile& file, torv::ReportLimit& reports);
+    void LoadArticulation(CxTypedFile& file, int status, int articulation, SectionNames& visited,
+                          torv::ReportLimit& reports);
+    bool LoadUserModelIcon(CxTypedFile& file, const char* section, int status, int articulation,
+                           torv::ReportLimit& reports);
     void KeepUnread(CxEntryMap& section, const char* articulation);
-    void WriteArticulation(CxTypedFile& file, int status, int articulation, const SectionNames& unread,
-                           int& number) const;
-    /// Whether one more message may be shown: a damaged file must not keep the user pressing OK for ever.
-    bool MayReport();
+    /// Takes in what others made of the file that was loaded.
+    bool Merge(const std::string& content);
+    void Describe(CxTypedFile& file) const;
+    void DescribeArticulation(CxTypedFile& file, int status, int articulation, const SectionNames& unread,
+                              int& number) const;
 
     CString m_strPath;
+    std::string m_loaded; ///< the file as it was loaded or saved last
     std::vector<Unread> m_unread;
-    mutable std::map<DWORD, int> m_lowestFree; ///< by articulation: every number below is taken
-    int m_reports = 0;
-    bool m_isModified = false;
-    bool m_isUnreadable = false;
 };

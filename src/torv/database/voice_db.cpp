@@ -2,6 +2,7 @@
 
 #include "torv/database/error_report.h"
 #include "torv/database/external_library.h"
+#include "torv/database/report_limit.h"
 #include "torv/icons/icon_singer.h"
 
 #include <algorithm>
@@ -68,13 +69,12 @@ int CVoiceDB::OpenDatabase(torv::DatabaseLibrary* library) {
         m_library = nullptr;
         return 0;
     }
-    torv::SetVoiceCatalogue(this);
+    torv::AddCatalogue(*this);
     return 1;
 }
 
 void CVoiceDB::CloseDatabase() {
-    if (torv::GetVoiceCatalogue() == this)
-        torv::SetVoiceCatalogue(nullptr);
+    torv::RemoveCatalogue(*this);
     RemoveModels();
     m_voices.clear();
     m_library = nullptr;
@@ -90,12 +90,14 @@ int CVoiceDB::ReloadDatabase() {
         torv::ReportError(torv::kMsgDatabaseFailed, "CVoiceDB::OpenDatabase", details);
         return 0;
     }
+    torv::ReportLimit reports;
     for (int i = 0; i < std::min<int>(list->count, kMostVoices); ++i)
-        AddVoice(list->voices[i]);
+        AddVoice(list->voices[i], reports);
+    reports.TellRest("CVoiceDB::OpenDatabase");
     return 1;
 }
 
-void CVoiceDB::AddVoice(const DBMVoice& listed) {
+void CVoiceDB::AddVoice(const DBMVoice& listed, torv::ReportLimit& reports) {
     const int language = listed.language;
     const int program = listed.program;
     if (!IsCode(language) || !IsCode(program))
@@ -105,7 +107,8 @@ void CVoiceDB::AddVoice(const DBMVoice& listed) {
     if (!m_voices.try_emplace(variation, voice).second) {
         CString details;
         details.Format("language %d, program %d", language, program);
-        torv::ReportError(torv::kMsgSingerUsed, voice.name, details);
+        if (reports.MayReport())
+            torv::ReportError(torv::kMsgSingerUsed, voice.name, details);
         return;
     }
     tagSingerIconObject record{};
@@ -113,11 +116,11 @@ void CVoiceDB::AddVoice(const DBMVoice& listed) {
     record.header.originalVariation = static_cast<DWORD>(variation);
     record.languageCode = static_cast<WORD>(language);
     record.programCode = static_cast<WORD>(program);
-    auto icon = std::make_unique<CIconSinger>();
-    icon->ConstructParameter(&record);
+    std::unique_ptr<CIconObject> icon = std::make_unique<CIconSinger>();
+    static_cast<CIconSinger&>(*icon).ConstructParameter(&record);
     icon->SetIDString(voice.name);
     icon->SetCaption(voice.name);
-    AddModel(std::move(icon));
+    AddModel(icon);
 }
 
 CVoiceDB::Voice CVoiceDB::ReadVoice(const DBMVoice& listed) {

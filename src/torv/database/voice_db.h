@@ -67,7 +67,7 @@ private:
     };
 
     bool Ask(int status);
-    void AddVoice(const DBMVoice& listed);
+    void AddVoice(const DBMVoice& listed, torv::ReportLimit& reports);
     Voice ReadVoice(const DBMVoice& listed);
 
     torv::DatabaseLibrary* m_library = nullptr;

@@ -19,6 +19,8 @@ public:
     virtual ~VoiceCatalogue() = default;
     /// Whether there is such a voice; then its name and settings.
     virtual bool FindVoice(BYTE language, BYTE program, CString& name, tagVoiceChangeParam& parameters) const = 0;
+
+    VoiceCatalogue* openedBefore = nullptr; ///< the list of the open ones
 };
 
 class IconCatalogue {
@@ -26,12 +28,18 @@ public:
     virtual ~IconCatalogue() = default;
     /// The icon's place in its database, by its ID string, counted from 1; 0 when it is not there.
     virtual int IndexOf(const CIconObject& icon) const = 0;
+
+    IconCatalogue* openedBefore = nullptr; ///< the list of the open ones
 };
 
-/// The open databases, null while there is none. They are borrowed: a database takes itself back when it closes.
-TORV_API void SetVoiceCatalogue(const VoiceCatalogue* catalogue);
+/// Of the open databases the one that was opened last is asked. They are borrowed: a database takes itself back when it
+/// closes, in whatever order they close.
+TORV_API void AddCatalogue(VoiceCatalogue& catalogue);
+TORV_API void AddCatalogue(IconCatalogue& catalogue);
+TORV_API void RemoveCatalogue(VoiceCatalogue& catalogue);
+TORV_API void RemoveCatalogue(IconCatalogue& catalogue);
+/// Null while none is open.
 TORV_API const VoiceCatalogue* GetVoiceCatalogue();
-TORV_API void SetIconCatalogue(const IconCatalogue* catalogue);
 TORV_API const IconCatalogue* GetIconCatalogue();
 
 /// The icon's place in the open database; 0 when it is not there or no database is open.

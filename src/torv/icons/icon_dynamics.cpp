@@ -40,6 +40,11 @@ int CIconDynamics::NormalizeValue(int value) const {
     return IsLevel() ? ClampLevel(value) : IsChange() ? ClampOffset(value) : value;
 }
 
+void CIconDynamics::NormalizeEnds() {
+    m_nStart = NormalizeValue(m_nStart);
+    m_nEnd = NormalizeValue(m_nEnd);
+}
+
 int CIconDynamics::SetStartDynamics(int dynamics) {
     if (IsLevel())
         return SetEndDynamics(dynamics);
@@ -75,8 +80,9 @@ int CIconDynamics::ScanThresholdIndex(int value) {
 int CIconDynamics::GetDefaultDynamics() { return kDefaultDynamics; }
 
 int CIconDynamics::ReadKeys(CxTypedFile* file, const char* section) {
-    m_nStart = NormalizeValue(torv::ParseInteger(file->ReadAt(section, "StartDyn", nullptr)));
-    m_nEnd = NormalizeValue(torv::ParseInteger(file->ReadAt(section, "EndDyn", nullptr)));
+    m_nStart = torv::ParseInteger(file->ReadAt(section, "StartDyn", nullptr));
+    m_nEnd = torv::ParseInteger(file->ReadAt(section, "EndDyn", nullptr));
+    NormalizeEnds();
     return ReadCurve(m_points, file, section, kCurveKeys);
 }
 

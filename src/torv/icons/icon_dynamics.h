@@ -52,6 +52,8 @@ public:
     int SetStartDynamics(int dynamics);
     int SetEndDynamics(int dynamics);
     int NormalizeValue(int value) const;
+    /// Brings start and end into the range that files have.
+    void NormalizeEnds();
     CBreakPointList* GetDynamicsBPList() { return &m_points; }
 
     /// Appends start, curve and end as they stand when the icon begins at `clock`, with the icon's own values; returns

@@ -7,7 +7,6 @@
 
 namespace {
 
-constexpr int kDefaultLength = 240;
 constexpr size_t kMaxIDString = sizeof(tagIconHeader::idString) - 1;
 
 void TellPresetError(const char* format, const char* path) {

@@ -38,6 +38,9 @@ const Icon& OrEmpty(const Icon* icon, const Icon& empty = Icon(0, 0, 0)) {
 /// What the user puts on notes or on the timeline: id, texts and length, which all kinds share. Results are 1 and 0.
 class TORV_API CIconObject : public CObject {
 public:
+    /// Ticks, of an icon whose file does not tell.
+    static constexpr int kDefaultLength = 240;
+
     CIconObject(int status, int articulation, int variation);
     explicit CIconObject(CIconObject* other);
     CIconObject(const CIconObject&) = default;

@@ -35,8 +35,10 @@ ENTRY FakeDatabase* DBM_CALL FakeDatabaseState() { return &g_state; }
 
 ENTRY int32_t DBM_CALL DBM_Init() { return Called("Init", g_state.initStatus); }
 ENTRY int32_t DBM_CALL DBM_Delete() { return Called("Delete"); }
+#if !defined(FAKE_DBM_LEAN)
 ENTRY int32_t DBM_CALL DBM_AddVoice(const char*) { return Called("AddVoice"); }
 ENTRY int32_t DBM_CALL DBM_DeleteVoice(int32_t) { return Called("DeleteVoice"); }
+#endif
 ENTRY int32_t DBM_CALL DBM_ActivateDialog(void*) { return Called("ActivateDialog"); }
 ENTRY int32_t DBM_CALL DBM_GetVersionString(char*, int32_t) { return Called("GetVersionString"); }
 ENTRY int32_t DBM_CALL DBM_CreateVirtualVoice(int32_t, int32_t, const char*, int32_t*) { return DBM_FULL; }
@@ -100,9 +102,15 @@ ENTRY int32_t DBM_CALL DBM_DeleteVirtualExpItems(const DBMExpItems*) {
     --g_state.listsOut;
     return Called("DeleteVirtualExpItems");
 }
-ENTRY int32_t DBM_CALL DBM_SetVirtualExpItemCaption(int32_t, int32_t, int32_t, uint32_t, const char*) { return DBM_OK; }
+ENTRY int32_t DBM_CALL DBM_SetVirtualExpItemCaption(int32_t, int32_t, int32_t, uint32_t, const char*) {
+    return Called("SetVirtualExpItemCaption");
+}
 ENTRY int32_t DBM_CALL DBM_CreateVirtualExpItem(int32_t, int32_t, int32_t, uint32_t value, const char*,
                                                 const char* fileName, const char*, const char*, const char*) {
+    for (int i = 0; i < g_state.expressionCount; ++i)
+        for (int k = 0; k < g_state.expressions[i].itemCount; ++k)
+            if (g_state.expressions[i].items[k].user && g_state.expressions[i].items[k].value == value)
+                return Called("CreateVirtualExpItem", DBM_EXISTS);
     g_state.created.value = value;
     std::snprintf(g_state.fileName, sizeof g_state.fileName, "%s", fileName);
     std::memset(g_state.handedOver, 0, sizeof g_state.handedOver);
@@ -112,7 +120,7 @@ ENTRY int32_t DBM_CALL DBM_CreateVirtualExpItem(int32_t, int32_t, int32_t, uint3
     }
     return Called("CreateVirtualExpItem", g_state.createStatus);
 }
-#if !defined(FAKE_WITHOUT_LAST_ENTRY)
+#if !defined(FAKE_DBM_INCOMPLETE)
 ENTRY int32_t DBM_CALL DBM_DeleteVirtualExpItem(int32_t, int32_t, int32_t, uint32_t value) {
     g_state.deletedValue = static_cast<int32_t>(value);
     return Called("DeleteVirtualExpItem", g_state.deleteStatus);
@@ -121,11 +129,13 @@ ENTRY int32_t DBM_CALL DBM_DeleteVirtualExpItem(int32_t, int32_t, int32_t, uint3
 
 ENTRY int32_t VEDIT_CALL VEDIT_Init() { return Called("EditorInit", VEDIT_NO_MEMORY); } // nobody is to look at it
 ENTRY int32_t VEDIT_CALL VEDIT_Delete() { return Called("EditorDelete"); }
+#if !defined(FAKE_DBM_INCOMPLETE)
 ENTRY int32_t VEDIT_CALL VEDIT_OpenDialog(void*, int32_t* language, int32_t* program) {
     *language = 1;
     *program = 3;
     return Called("OpenDialog", g_state.dialogStatus);
 }
-#if !defined(FAKE_WITHOUT_LAST_ENTRY)
+#endif
+#if !defined(FAKE_DBM_LEAN)
 ENTRY int32_t VEDIT_CALL VEDIT_GetVersionString(char*, int32_t) { return VEDIT_OK; }
 #endif

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "torv/platform/platform.h"
+
+class CxTypedFile;
+
+namespace torv {
+
+/// A text as a sectioned file gives it back, where a value ends at ";" or a control byte and has no blanks around it.
+CString FileText(const CString& text);
+
+/// Any text in a section: as FileText under its key, and when that is another one, byte for byte in hexadecimal digits
+/// under a second key, which older readers pass over. Written again, it leaves no second key that is not needed.
+void WriteText(CxTypedFile& file, const char* section, const char* key, const CString& text);
+CString ReadText(const CxTypedFile& file, const char* section, const char* key);
+
+} // namespace torv
