@@ -135,3 +135,27 @@ TEST_CASE("preset icons: a damaged list is told a few times, not for ever") {
     CHECK(set.boxes.texts.back() == "4990 more of such errors in\n\n" + set.folder.Path("Set.def"));
     CHECK(set.Names(torv::kDynaff) == "1=p ");
 }
+
+#if !defined(_WIN32) // there such names are the code page's affair
+TEST_CASE("preset icons: names whose last byte looks like a separator") {
+    // Code page 932: the second byte of these characters is a backslash.
+    const std::string surface = "\x95\x5C", skill = "\x94\x5C", so = "\x83\x5C";
+    const TempFolder folder;
+    folder.Folder(surface);
+    folder.Folder(surface + "/" + skill);
+    folder.Folder(surface + "/" + skill + "/Dynamics");
+    const std::string icons = surface + "/" + skill + "/Dynamics/";
+    folder.File(icons + so + ".aic", "[Common]\nButton=" + skill + "\n[Parameter]\nStartDyn=44\n");
+    folder.File(icons + skill, Bitmap(7, 5, 200));
+    const std::string path =
+        folder.File(surface + "/" + skill + ".def", "[Dynamics]\nDynaff=" + so + "\nCrescendo=\nDecrescendo=\n");
+    const Boxes boxes;
+    CAiconDB database;
+    CHECK(database.LoadDatabase(path.c_str()) == 1);
+    CHECK(boxes.texts.empty());
+    REQUIRE(database.GetModelIconObject(0x05010001));
+    BITMAP bitmap{};
+    REQUIRE(GetObjectA(database.GetButtonBitmap(0x05010001), sizeof bitmap, &bitmap));
+    CHECK(bitmap.bmWidth == 7);
+}
+#endif

@@ -45,8 +45,7 @@ int CAiconDB::LoadDatabase(const char* path) {
         torv::ReportError(torv::kMsgSectionNotFound, section, path);
         return 0;
     }
-    const CString root(path, static_cast<int>(torv::FileNamePart(path) - path));
-    const CString folder = torv::JoinPath(torv::JoinPath(root, m_strName), section);
+    const CString folder = torv::JoinPath(torv::JoinPath(torv::FolderPart(path), m_strName), section);
     if (!torv::CheckFolder(folder, true))
         return 0;
     torv::ReportLimit reports;

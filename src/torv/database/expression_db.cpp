@@ -142,10 +142,10 @@ void CExpressionDB::ReadItem(const Expression& expression, const DBMExpItem& ite
     const int variation = item.user ? number | static_cast<int>(torv::kUserIconBit) : number;
     std::unique_ptr<CIconObject> icon = torv::MakeIcon(kind, kind, variation);
     const char* const path = item.fileName ? item.fileName : "";
-    const CString folder(path, static_cast<int>(torv::FileNamePart(path) - path));
     CxTypedFile file;
-    const bool isLoaded = OpenIconFile(file, path, reports, "CExpressionDB::LoadPresetModelIcon") &&
-                          (item.user ? icon->LoadPreset(path) : LoadModelIcon(icon.get(), file, folder, path));
+    const bool isLoaded =
+        OpenIconFile(file, path, reports, "CExpressionDB::LoadPresetModelIcon") &&
+        (item.user ? icon->LoadPreset(path) : LoadModelIcon(icon.get(), file, torv::FolderPart(path), path));
     CIconExpression& model = AsExpression(*icon);
     *model.GetExpressionEntry() = {expression.database, expression.high, expression.low, item.value};
     model.SetIDString(item.idString);
