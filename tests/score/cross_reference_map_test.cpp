@@ -1,9 +1,14 @@
 #include "torv/score/cross_reference_map.h"
 
+#include "allocation_failure.h"
+#include "values.h"
+
 #include <doctest/doctest.h>
 
+#include <algorithm>
+#include <new>
 #include <string>
-#include <vector>
+#include <utility>
 
 namespace {
 
@@ -12,25 +17,29 @@ struct CrossReferences : CCrossReferenceMap {
     using CCrossReferenceMap::RemoveElementMap;
 };
 
-/// "id name" of every pair, in order; walked back too.
-std::vector<std::string> PairsOf(const CCrossReferenceMap& map) {
-    std::vector<std::string> pairs, back;
+/// "id name," of every pair, in order; walked back too.
+std::string PairsOf(const CCrossReferenceMap& map) {
+    std::string pairs, back;
     DWORD id = 0;
     CString name;
-    for (POSITION at = map.GetHeadPosition(); at;) {
-        REQUIRE(map.GetNext(at, id, name) == 1);
-        pairs.push_back(std::to_string(id) + ' ' + name.GetStdString());
-    }
-    for (POSITION at = map.GetTailPosition(); at;) {
-        REQUIRE(map.GetPrev(at, id, name) == 1);
-        back.insert(back.begin(), std::to_string(id) + ' ' + name.GetStdString());
-    }
+    for (POSITION at = map.GetHeadPosition(); map.GetNext(at, id, name);)
+        pairs += Values(id, name) + ',';
+    for (POSITION at = map.GetTailPosition(); map.GetPrev(at, id, name);)
+        back = Values(id, name) + ',' + back;
     CHECK(back == pairs);
-    CHECK(map.GetCount() == static_cast<int>(pairs.size()));
+    CHECK(std::count(pairs.begin(), pairs.end(), ',') == map.GetCount());
+    CHECK(map.IsEmpty() == pairs.empty());
     return pairs;
 }
 
-using Pairs = std::vector<std::string>;
+/// The pair that an id and one that a name finds, "-" for none.
+std::string Found(const CCrossReferenceMap& map, DWORD id, const char* name) {
+    CString nameOfId = "-";
+    DWORD idOfName = 99;
+    CHECK(map.Lookup(id, nameOfId) == (map.Find(id) != nullptr));
+    CHECK(map.Lookup(name, idOfName) == (map.Find(name) != nullptr));
+    return Values(nameOfId, idOfName);
+}
 
 } // namespace
 
@@ -39,26 +48,36 @@ TEST_CASE("cross references: pairs stand in order and are found from either side
     const POSITION b = map.AddTail(0x10, "b");
     const POSITION d = map.AddTail(0x120, "d"); // neighbours in a table of 17
     const POSITION a = map.AddHead(1, "A");
-    const POSITION c = map.InsertAfter(b, 2, "a");
+    map.InsertAfter(b, 2, "a");
     const POSITION z = map.InsertBefore(a, 3, nullptr);
-    CHECK(PairsOf(map) == Pairs{"3 ", "1 A", "16 b", "2 a", "288 d"});
-    CHECK((map.Find(DWORD{0x10}) == b && map.Find(DWORD{0x120}) == d && !map.Find(DWORD{0x11})));
-    CHECK((map.Find("A") == a && map.Find("a") == c && map.Find("") == z && !map.Find("B")));
+    CHECK(PairsOf(map) == "3 ,1 A,16 b,2 a,288 d,");
+    CHECK(Found(map, 0x10, "b") == "b 16");
+    CHECK(Found(map, 0x120, "d") == "d 288");
+    CHECK(Found(map, 2, "A") == "a 1"); // case counts
+    CHECK(Found(map, 0x11, "B") == "- 99");
     CHECK(map.Find(static_cast<const char*>(nullptr)) == z);
-    CHECK((map.FindIndex(4) == d && !map.FindIndex(5) && !map.FindIndex(-1)));
+    CHECK(map.Find("") == z);
+    CHECK(map.FindIndex(4) == d);
+    CHECK(map.FindIndex(5) == nullptr);
+    CHECK(map.FindIndex(-1) == nullptr);
     DWORD id = 77;
-    CString name = "kept";
-    CHECK((map.Lookup("nobody", id) == 0 && map.Lookup(DWORD{99}, name) == 0 && id == 77 && name == "kept"));
-    CHECK((map.Lookup("d", id) == 1 && id == 0x120 && map.Lookup(DWORD{2}, name) == 1 && name == "a"));
-    CHECK((map.GetHead(id, name) == 1 && id == 3 && name == "" && map.GetTail(id, name) == 1 && id == 0x120));
-    CHECK((map.GetAt(a, id, name) == 1 && id == 1 && name == "A"));
+    CString name;
+    CHECK(map.GetHead(id, name) == 1);
+    CHECK(Values(id, name) == "3 ");
+    CHECK(map.GetTail(id, name) == 1);
+    CHECK(Values(id, name) == "288 d");
+    CHECK(map.GetAt(a, id, name) == 1);
+    CHECK(Values(id, name) == "1 A");
 
-    CHECK((map.RemoveHead() == 1 && map.RemoveTail() == 1 && PairsOf(map) == Pairs{"1 A", "16 b", "2 a"}));
-    CHECK((!map.Find("") && !map.Find(DWORD{3}) && !map.Find("d") && !map.Find(DWORD{0x120})));
+    CHECK(map.RemoveHead() == 1);
+    CHECK(map.RemoveTail() == 1);
+    CHECK(PairsOf(map) == "1 A,16 b,2 a,");
+    CHECK(Found(map, 3, "d") == "- 99");
     map.RemoveAll();
-    CHECK((map.IsEmpty() && !map.Find(DWORD{0x10}) && !map.Find("b")));
+    CHECK(PairsOf(map) == "");
+    CHECK(Found(map, 0x10, "b") == "- 99");
     map.AddTail(0x10, "b again");
-    CHECK((map.Lookup("b again", id) == 1 && PairsOf(map) == Pairs{"16 b again"}));
+    CHECK(Found(map, 0x10, "b again") == "b again 16");
 }
 
 TEST_CASE("cross references: an empty map and null positions") {
@@ -66,32 +85,36 @@ TEST_CASE("cross references: an empty map and null positions") {
     DWORD id = 77;
     CString name = "kept";
     POSITION none = nullptr;
-    CHECK((map.GetHead(id, name) == 0 && map.GetTail(id, name) == 0 && map.RemoveHead() == 0 && map.RemoveTail() == 0));
+    CHECK(Values(map.GetHead(id, name), map.GetTail(id, name), map.RemoveHead(), map.RemoveTail()) == "0 0 0 0");
     map.AddTail(1, "one");
-    CHECK((map.GetNext(none, id, name) == 0 && map.GetPrev(none, id, name) == 0 && map.GetAt(none, id, name) == 0));
-    CHECK((id == 77 && name == "kept"));
-    CHECK((!map.InsertBefore(none, 2, "two") && !map.InsertAfter(none, 2, "two")));
+    CHECK(Values(map.GetNext(none, id, name), map.GetPrev(none, id, name), map.GetAt(none, id, name)) == "0 0 0");
+    CHECK(Values(id, name) == "77 kept");
+    CHECK(map.InsertBefore(none, 2, "two") == nullptr);
+    CHECK(map.InsertAfter(none, 2, "two") == nullptr);
     map.SetAt(none, 2, "two");
     map.RemoveAt(none);
     map.AddElementMap(none, 2, "two");
     map.RemoveElementMap(none);
-    CHECK((PairsOf(map) == Pairs{"1 one"} && !map.Find(DWORD{2}) && !map.Find("two")));
+    CHECK(PairsOf(map) == "1 one,");
+    CHECK(Found(map, 2, "two") == "- 99");
 }
 
 TEST_CASE("cross references: of pairs with one key the last entered is found") {
     CrossReferences map;
     const POSITION first = map.AddTail(5, "first");
     const POSITION second = map.AddHead(5, "second"); // the last entered, though it stands first
-    CHECK((map.Find(DWORD{5}) == second && map.Find("first") == first && map.GetCount() == 2));
+    CHECK(Found(map, 5, "first") == "second 5");
     SUBCASE("removing it leaves the earlier in the list, out of reach by that key") {
         map.RemoveAt(second);
-        CHECK((PairsOf(map) == Pairs{"5 first"} && !map.Find(DWORD{5}) && map.Find("first") == first));
+        CHECK(PairsOf(map) == "5 first,");
+        CHECK(Found(map, 5, "first") == "- 5");
         map.AddElementMap(first, 5, "first"); // entered anew
-        CHECK(map.Find(DWORD{5}) == first);
+        CHECK(Found(map, 5, "first") == "first 5");
     }
     SUBCASE("removing the earlier takes only the key that still finds it") {
         map.RemoveAt(first);
-        CHECK((map.Find(DWORD{5}) == second && map.Find("second") == second && !map.Find("first")));
+        CHECK(Found(map, 5, "second") == "second 5");
+        CHECK(Found(map, 5, "first") == "second 99");
     }
 }
 
@@ -101,48 +124,85 @@ TEST_CASE("cross references: an overwritten pair is found by its old keys too, u
     const POSITION position = map.AddTail(1, "one");
     map.SetAt(position, 2, "two");
     map.SetAt(position, 2, "two");
+    map.SetAt(position, 3, "three");
     map.SetAt(position, 3, "one"); // the name is an old key again
-    CHECK(PairsOf(map) == Pairs{"9 other", "3 one"});
-    DWORD id = 0;
-    CString name;
-    for (const DWORD key : {1u, 2u, 3u})
-        CHECK((map.Find(key) == position && map.Lookup(key, name) == 1 && name == "one"));
-    for (const char* const key : {"one", "two"})
-        CHECK((map.Find(key) == position && map.Lookup(key, id) == 1 && id == 3));
-
+    CHECK(PairsOf(map) == "9 other,3 one,");
+    for (const auto& [id, name] : {std::pair{1u, "one"}, {2u, "two"}, {3u, "three"}})
+        CHECK(Found(map, id, name) == "one 3");
     SUBCASE("removed") { map.RemoveAt(position); }
     SUBCASE("its keys removed") {
         map.RemoveElementMap(position);
-        CHECK(PairsOf(map) == Pairs{"9 other", "3 one"});
+        CHECK(PairsOf(map) == "9 other,3 one,");
     }
     SUBCASE("an old key entered for another") {
         map.SetAt(other, 2, "two");
         map.RemoveAt(position);
-        CHECK((map.Find(DWORD{2}) == other && map.Find("two") == other));
+        CHECK(Found(map, 2, "two") == "two 2");
         map.RemoveAt(other);
-        CHECK((map.IsEmpty() && !map.Find(DWORD{9}) && !map.Find("other")));
+        CHECK(Found(map, 9, "other") == "- 99");
     }
-    for (const DWORD key : {1u, 2u, 3u})
-        CHECK(!map.Find(key));
-    for (const char* const key : {"one", "two"})
-        CHECK(!map.Find(key));
+    for (const auto& [id, name] : {std::pair{1u, "one"}, {2u, "two"}, {3u, "three"}})
+        CHECK(Found(map, id, name) == "- 99");
 }
 
 TEST_CASE("cross references: keys outlive the growth of the tables") {
     CrossReferences map;
-    constexpr DWORD kCount = 100'000;
-    std::vector<POSITION> positions;
+    constexpr DWORD kCount = 50'000;
     for (DWORD i = 0; i < kCount; ++i)
-        positions.push_back(map.AddTail(i * 16, std::to_string(i).c_str()));
+        map.AddTail(i * 16, std::to_string(i).c_str());
     int wrong = 0;
-    for (DWORD i = 0; i < kCount; ++i)
-        wrong += map.Find(i * 16) != positions[i] || map.Find(std::to_string(i).c_str()) != positions[i];
-    CHECK(wrong == 0);
-    for (DWORD i = 0; i < kCount; i += 2)
-        map.RemoveAt(positions[i]);
-    for (DWORD i = 0; i < kCount; ++i) {
-        const POSITION expected = i % 2 ? positions[i] : nullptr;
-        wrong += map.Find(i * 16) != expected || map.Find(std::to_string(i).c_str()) != expected;
+    for (POSITION at = map.GetHeadPosition(); at;) {
+        const POSITION odd = at;
+        DWORD id = 0;
+        CString name;
+        map.GetNext(at, id, name);
+        wrong += map.Find(id) != odd || map.Find(name) != odd;
+        if (id % 32)
+            map.RemoveAt(odd);
     }
-    CHECK((wrong == 0 && map.GetCount() == static_cast<int>(kCount / 2)));
+    for (DWORD i = 0; i < kCount; ++i)
+        wrong += (map.Find(i * 16) == nullptr) != (i % 2 == 1);
+    CHECK(wrong == 0);
+    CHECK(map.GetCount() == static_cast<int>(kCount / 2));
+}
+
+TEST_CASE("cross references: memory that cannot be had changes nothing") {
+    const std::string longName(100, 'n');
+    const std::string longer(101, 'm');
+    FailEachAllocation([&](AllocationFailure& failure) {
+        CrossReferences map;
+        const POSITION first = map.AddTail(1, longName.c_str());
+        const POSITION added = failure.During([&] { return map.AddHead(1, longer.c_str()); });
+        CHECK((added == nullptr) == failure.HasHappened());
+        CHECK(map.Find(DWORD{1}) == (added ? added : first)); // the key was not taken from the pair that has it
+        CHECK(map.Find(longer.c_str()) == added);
+        CHECK(map.GetCount() == (added ? 2 : 1));
+    });
+    FailEachAllocation([&](AllocationFailure& failure) {
+        CrossReferences map;
+        const POSITION first = map.AddTail(1, longName.c_str());
+        bool hasThrown = false;
+        failure.During([&] {
+            try {
+                map.SetAt(first, 2, longer.c_str());
+            } catch (const std::bad_alloc&) {
+                hasThrown = true;
+            }
+            return 0;
+        });
+        CHECK(hasThrown == failure.HasHappened());
+        CHECK(PairsOf(map) == (hasThrown ? "1 " + longName : "2 " + longer) + ',');
+        CHECK((map.Find(DWORD{2}) == nullptr) == hasThrown);
+    });
+    FailEachAllocation([&](AllocationFailure& failure) {
+        CrossReferences map;
+        POSITION at = map.AddTail(1, longName.c_str());
+        const POSITION first = at;
+        DWORD id = 77;
+        CString name;
+        const int got = failure.During([&] { return map.GetNext(at, id, name); });
+        CHECK(got == !failure.HasHappened());
+        CHECK(id == (got ? 1 : 77));
+        CHECK(at == (got ? nullptr : first));
+    });
 }

@@ -11,42 +11,21 @@
 #include "torv/score/sequence_object.h"
 #include "torv/stream/event_pool.h"
 
+#include "allocation_failure.h"
+#include "values.h"
+
 #include <doctest/doctest.h>
 
+#include <functional>
+#include <initializer_list>
 #include <memory>
-#include <vector>
+#include <numeric>
+#include <string>
 
 namespace {
 
-/// A track, and the records it was filled with.
-struct Chart {
-    std::unique_ptr<CSequenceObject> track{CSequence::CreateObject()};
-    CCsqBuilder builder;
-    Chart() { builder.OpenBuffer(track.get()); }
-    tagCsqEventAnote* Note(DWORD delta, DWORD length, WORD number = 60) {
-        tagCsqEventAnote* const note = CCsqBuilder::CreateNoteEvent();
-        note->noteLength = length;
-        note->noteNumber = number;
-        CHECK(builder.SetEvent(delta, reinterpret_cast<tagChartSeqEvent*>(note)) == 1);
-        return note;
-    }
-    void Icon(DWORD delta, CIconObject* icon) {
-        tagCsqEventAicon* const record = CCsqBuilder::CreateIconEvent();
-        record->iconHandle = static_cast<DWORD>(reinterpret_cast<uintptr_t>(builder.RegisterIconObject(icon)));
-        CHECK(builder.SetEvent(delta, reinterpret_cast<tagChartSeqEvent*>(record)) == 1);
-    }
-    void Singer(DWORD delta, DWORD length) {
-        auto* const icon = new CIconSinger;
-        icon->SetLength(length);
-        tagCsqEventSinger* const record = CCsqBuilder::CreateSingerEvent();
-        record->iconHandle = static_cast<DWORD>(reinterpret_cast<uintptr_t>(builder.RegisterIconObject(icon)));
-        CHECK(builder.SetEvent(delta, reinterpret_cast<tagChartSeqEvent*>(record)) == 1);
-    }
-    DWORD Close() {
-        builder.CloseBuffer();
-        return track->GetLength();
-    }
-};
+using torv::HandleOf;
+using torv::PointerOf;
 
 CIconDynamics* Dynamics(int articulation, DWORD length) {
     auto* const icon = new CIconDynamics(5, articulation, 1);
@@ -54,13 +33,50 @@ CIconDynamics* Dynamics(int articulation, DWORD length) {
     return icon;
 }
 
-std::vector<int> Walk(CCsqEvent& cursor) {
-    std::vector<int> types;
-    cursor.SeekToBegin();
-    do
-        types.push_back(cursor.GetNext());
-    while (types.back() != torv::kEventEnd && types.size() < 50);
-    return types;
+/// A track that is filled through the builder.
+struct Chart {
+    std::unique_ptr<CSequenceObject> track{CSequence::CreateObject()};
+    CCsqBuilder builder;
+    Chart() { builder.OpenBuffer(track.get()); }
+    template <class Record>
+    int Set(DWORD delta, Record* record) {
+        return builder.SetEvent(delta, reinterpret_cast<tagChartSeqEvent*>(record));
+    }
+    DWORD Note(DWORD delta, DWORD length, WORD number = 60) {
+        tagCsqEventAnote* const note = CCsqBuilder::CreateNoteEvent();
+        note->noteLength = length;
+        note->noteNumber = number;
+        CHECK(Set(delta, note) == 1);
+        return torv::EventIdOf(note);
+    }
+    void Icon(DWORD delta, CIconObject* icon) {
+        tagCsqEventAicon* const record = CCsqBuilder::CreateIconEvent();
+        record->iconHandle = HandleOf(builder.RegisterIconObject(icon));
+        CHECK(Set(delta, record) == 1);
+    }
+    void Singer(DWORD delta, DWORD length) {
+        auto* const icon = new CIconSinger;
+        icon->SetLength(length);
+        tagCsqEventSinger* const record = CCsqBuilder::CreateSingerEvent();
+        record->iconHandle = HandleOf(builder.RegisterIconObject(icon));
+        CHECK(Set(delta, record) == 1);
+    }
+    DWORD Close() {
+        CHECK(builder.CloseBuffer() == 1);
+        return track->GetLength();
+    }
+};
+
+int Sum(std::initializer_list<int> results) { return std::accumulate(results.begin(), results.end(), 0); }
+
+/// "clock:type" of every event, from the top.
+std::string Walk(CSequenceObject& track) {
+    CCsqEvent cursor;
+    cursor.Attach(&track);
+    std::string text;
+    while (cursor.GetNext() != torv::kEventEnd)
+        text += Values(cursor.GetPosition()) + ':' + Values(cursor.GetStatus()) + ' ';
+    return text;
 }
 
 } // namespace
@@ -69,6 +85,7 @@ TEST_CASE("builder: the track ends with its last sound, but a singer change sets
     Chart chart;
     chart.Note(0, 1920);
     chart.Singer(480, 1);
+    CHECK(chart.builder.GetEndClock() == 480);
     CHECK(chart.Close() == 480);
     Chart sounds;
     sounds.Note(0, 2000);
@@ -79,264 +96,452 @@ TEST_CASE("builder: the track ends with its last sound, but a singer change sets
     swell.Note(0, 100);
     swell.Icon(480, Dynamics(2, 900));
     CHECK(swell.Close() == 1380);
+    CHECK(swell.builder.CloseBuffer() == 0);
+    CHECK(swell.builder.OpenBuffer(swell.track.get()) == 1); // detached by closing
+    CHECK(swell.builder.OpenBuffer(swell.track.get()) == 0);
+    CHECK(swell.Close() == 0); // the end is counted anew
 }
 
 TEST_CASE("builder: what it refuses") {
     Chart chart;
     tagCsqEventMidi midi{{torv::kEventMidi, 0x90, 4}, 60, 100, {}}; // on the stack: never looked up in the pool
-    CHECK(chart.builder.SetEvent(10, reinterpret_cast<tagChartSeqEvent*>(&midi)) == 0);
+    CHECK(chart.Set(10, &midi) == 0);
     tagCsqEventAnote stranger{};
     stranger.header.type = torv::kEventAnote;
-    CHECK(chart.builder.SetEvent(10, reinterpret_cast<tagChartSeqEvent*>(&stranger)) == 0);
+    CHECK(chart.Set(10, &stranger) == 0);
+    auto* const small = static_cast<tagCsqEventAnote*>(torv::AllocateEventRecord(39)); // a byte less than a note
+    small->header.type = torv::kEventAnote;
+    CHECK(chart.Set(10, small) == 0);
+    torv::FreeEventRecord(torv::EventIdOf(small));
+    tagCsqEventAnote* const note = CCsqBuilder::CreateNoteEvent();
+    CHECK(chart.Set(0x80000000, note) == 0); // beyond what a stream holds
+    torv::FreeEventRecord(torv::EventIdOf(note));
     CHECK(chart.track->GetEventBuffer()->GetStreamLength() == 0);
     CHECK(chart.builder.SetEvent(70, nullptr) == 1); // type 0
     CHECK(chart.Close() == 70);
-    CCsqEvent cursor;
-    cursor.Attach(chart.track.get());
-    CHECK(Walk(cursor) == std::vector<int>{0, 242});         // names nothing, and the walk goes on
-    CHECK(chart.builder.OpenBuffer(chart.track.get()) == 1); // detached by closing
-    CHECK(chart.builder.OpenBuffer(chart.track.get()) == 0);
+    CHECK(Walk(*chart.track) == "70:0 ");           // names nothing, and the walk goes on
+    CHECK(chart.builder.SetEvent(1, nullptr) == 0); // closed
+    CHECK(chart.builder.RegisterIconObject(nullptr) == nullptr);
+}
+
+TEST_CASE("records as they are made") {
+    const auto show = [](auto* record) {
+        const std::string text = Values(record->header.type, record->header.status, record->header.parameterSize);
+        torv::FreeEventRecord(torv::EventIdOf(record));
+        return text;
+    };
+    CHECK(show(CCsqBuilder::CreateNoteEvent()) == "245 0 32");
+    CHECK(show(CCsqBuilder::CreateIconEvent()) == "244 0 8");
+    CHECK(show(CCsqBuilder::CreateSingerEvent()) == "249 0 8");
+    CHECK(show(CCsqEventMidi::CreateMidiEvent()) == "243 0 4");
 }
 
 TEST_CASE("cursor: walking, moving, statuses") {
     Chart chart;
-    chart.Note(960, 480, 60);
-    chart.Note(0, 480, 62);
-    chart.Note(0, 480, 64);
+    for (const WORD number : {60, 62, 64}) // at 10, each in its place
+        chart.Note(number == 60 ? 10 : 0, 480, number);
+    chart.Note(950, 480, 65);
+    chart.Note(0, 480, 67);
     chart.Icon(480, Dynamics(2, 100));
     chart.Close();
-    CCsqEvent cursor;
+    CHECK(Walk(*chart.track) == "10:245 10:245 10:245 960:245 960:245 1440:244 ");
+    struct : CCsqEvent {
+        using CCsqEvent::CalcTotalClock;
+        using CCsqEvent::VerifyEventHeader;
+    } cursor;
     CHECK(cursor.Attach(nullptr) == 0);
     CHECK(cursor.Attach(chart.track.get()) == 1);
     CHECK(cursor.Attach(chart.track.get()) == 0); // once
     CHECK(cursor.GetStatus() == 241);
-    CHECK(Walk(cursor) == std::vector<int>{245, 245, 245, 244, 242});
-    const auto number = [&] { return cursor.GetAnoteEventParam() ? cursor.GetAnoteEventParam()->noteNumber : -1; };
-    CHECK((cursor.MoveTo(960) == 960 && number() == 60));
-    CHECK((cursor.MoveToRear() == 1 && number() == 64));
-    CHECK((cursor.MoveToFront() == 1 && number() == 60));
-    CHECK((cursor.MoveTo(1000) == 1000 && cursor.GetStatus() == 0 && number() == -1));
-    CHECK((cursor.MoveToRear() == 1 && cursor.GetStatus() == 0)); // between events: nothing
-    CHECK((cursor.MoveTo(1440) == 1440 && cursor.GetStatus() == 244));
-    CHECK(cursor.GetAnoteEventParam() == nullptr);
-    CHECK((cursor.MoveToRear() == 1 && cursor.GetStatus() == 244)); // the last event of all
-    CHECK((cursor.MoveTo(5000) == 5000 && cursor.GetStatus() == 242));
+    const auto show = [&cursor] {
+        const tagCsqEventAnote* const note = cursor.GetAnoteEventParam();
+        const bool isIcon = cursor.GetAiconEventParam() != nullptr;
+        CHECK(isIcon == (cursor.GetStatus() == 244));
+        CHECK(cursor.GetSingerEventParam() == nullptr);
+        CHECK(cursor.GetMidiEventParam() == nullptr);
+        return Values(cursor.GetStatus(), note ? note->noteNumber : -1);
+    };
+    struct Row {
+        DWORD clock;
+        const char *there, *front, *rear; // status and note number after MoveTo, and then MoveToFront or MoveToRear
+    };
+    for (const Row& row : {Row{0, "241 -1", "241 -1", "241 -1"}, Row{10, "245 60", "245 60", "245 64"},
+                           Row{960, "245 65", "245 65", "245 67"}, Row{1000, "0 -1", "0 -1", "0 -1"}, // between events
+                           Row{1440, "244 -1", "244 -1", "244 -1"}, Row{5000, "242 -1", "242 -1", "242 -1"}}) {
+        CAPTURE(row.clock);
+        CHECK(cursor.MoveTo(row.clock) == row.clock);
+        CHECK(show() == row.there);
+        tagLocateMarker marker;
+        for (int i = 0; i < 2; ++i) { // also when it stands there already
+            CHECK(cursor.MoveToRear() == 1);
+            CHECK(show() == row.rear);
+            cursor.StoreLocation(&marker);
+        }
+        for (int i = 0; i < 2; ++i) {
+            CHECK(cursor.MoveToFront() == 1);
+            CHECK(show() == row.front);
+        }
+        CCsqEvent other; // all cursors on a track share its position
+        other.Attach(chart.track.get());
+        CHECK(cursor.GetPosition() == 0);
+        other.SeekToEnd();
+        CHECK(other.GetStatus() == 242);
+        cursor.RestoreLocation(&marker, 1);
+        CHECK(show() == row.rear);
+        CHECK(cursor.GetPosition() == row.clock);
+        cursor.RestoreLocation(&marker, 0);
+        CHECK(show() == "0 -1"); // the cache is not filled again
+    }
     CHECK(cursor.GetPrev() == 244);
-    CHECK((cursor.MoveTo(0) == 0 && cursor.GetStatus() == 241));
-    CHECK(cursor.GetPrev() == 241);
+    tagClockPosition position{};
+    CHECK(cursor.GetPosition(&position) == 1);
+    CHECK(position.clock == 1440);
     cursor.MoveTo(960);
     CHECK(cursor.IsValidEvent(245, 0) == 1);
     CHECK(cursor.IsValidEvent(245, 144) == 0); // the builder gives status 0
+    for (const tagEventHeader& header : {tagEventHeader{245, 0, 32}, {244, 0, 32}, {245, 1, 32}, {245, 0, 33}})
+        CHECK(cursor.VerifyEventHeader(&header) == (header.type == 245 && header.parameterSize + header.status == 32));
+    CHECK(cursor.CalcTotalClock() == 1440);
+    cursor.SeekToBegin();
+    CHECK(show() == "241 -1");
+    CHECK(cursor.GetPrev() == 241);
+    Chart atZero;
+    atZero.Note(0, 1, 60);
+    atZero.Note(0, 1, 62);
+    atZero.builder.SeekToBegin();
+    atZero.builder.MoveToRear(); // the top is at clock 0 as well
+    CHECK(atZero.builder.GetAnoteEventParam()->noteNumber == 62);
+    Chart empty;
+    empty.builder.MoveToFront();
+    CHECK(empty.builder.GetStatus() == 241);
+    empty.builder.MoveToRear();
+    CHECK(empty.builder.GetStatus() == 242);
+}
 
-    // All cursors on a track share its position.
-    CCsqEvent other;
-    other.Attach(chart.track.get());
-    CHECK(cursor.GetPosition() == 0);
-    tagLocateMarker marker;
-    cursor.MoveTo(960);
-    cursor.GetNext();
-    cursor.StoreLocation(&marker);
-    other.SeekToEnd();
-    cursor.RestoreLocation(&marker, 1);
-    CHECK((cursor.GetStatus() == 245 && number() == 62));
-    CHECK(CCsqEvent().GetNext() == 242); // detached
+TEST_CASE("cursor: a copy attaches to the track and takes what the other has cached") {
+    Chart chart;
+    chart.Note(10, 480, 62);
+    chart.Close();
+    CCsqEventAnote cursor;
+    cursor.Attach(chart.track.get());
+    cursor.MoveTo(10);
+    CCsqEventAnote copy(cursor);
+    CCsqEventAnote assigned;
+    assigned = cursor;
+    assigned = *&assigned;
+    for (const CCsqEventAnote* const other : {&copy, &assigned}) {
+        CHECK(other->GetSequence() == chart.track.get());
+        CHECK(other->GetStatus() == 245);
+        CHECK(other->GetEventID() == cursor.GetEventID());
+        CHECK(other->GetEntry().deltaClock == 10);
+        CHECK(other->GetNoteNumber() == 62);
+    }
+    CHECK(cursor.GetPosition() == 0); // attaching rewinds
 }
 
 TEST_CASE("cursor: the measured length counts notes, placements and singers with their icons") {
-    Chart chart;
-    chart.Note(0, 480);
-    chart.Singer(960, 1);
-    chart.Close();
-    CCsqEvent cursor;
-    cursor.Attach(chart.track.get());
-    cursor.GetNext();
-    CHECK(cursor.MeasureSequenceLength() == 961);
-    CHECK((cursor.GetStatus() == 245 && cursor.GetAnoteEventParam() != nullptr &&
-           cursor.GetPosition() == 0)); // untouched
-    Chart longer;
-    longer.Note(0, 2000);
-    longer.Icon(960, Dynamics(1, 50));
-    longer.Close();
-    CCsqEvent second;
-    second.Attach(longer.track.get());
-    CHECK(second.MeasureSequenceLength() == 2000);
-    CHECK(second.SetSequenceLength(77) == 77);
-    CHECK(longer.track->GetLength() == 77);
+    const auto measure = [](Chart& chart) {
+        chart.Close();
+        CCsqEvent cursor;
+        cursor.Attach(chart.track.get());
+        cursor.GetNext();
+        const std::string before = Values(cursor.GetStatus(), cursor.GetPosition(), cursor.GetAnoteEventParam());
+        const DWORD length = cursor.MeasureSequenceLength();
+        CHECK(Values(cursor.GetStatus(), cursor.GetPosition(), cursor.GetAnoteEventParam()) == before); // untouched
+        CHECK(cursor.SetSequenceLength(length + 1) == length + 1);
+        CHECK(cursor.GetSequenceLength() == length + 1);
+        return length;
+    };
+    Chart note, singer, placement, last, none;
+    note.Note(0, 2000);
+    note.Icon(960, Dynamics(1, 50));
+    CHECK(measure(note) == 2000);
+    singer.Note(0, 480);
+    singer.Singer(960, 1);
+    CHECK(measure(singer) == 961);
+    placement.Note(0, 480);
+    placement.Icon(400, Dynamics(1, 100));
+    CHECK(measure(placement) == 500);
+    last.Note(0, 480);
+    last.builder.SetEvent(900, nullptr);
+    CHECK(measure(last) == 900);
+    CHECK(measure(none) == 0);
 }
 
-TEST_CASE("notes: inserted, changed, written, removed with what they own") {
+TEST_CASE("kinds: every field is set, written, read back by another cursor, and 0 on another kind of event") {
+    Chart chart;
+    chart.Note(10, 480, 60);
+    chart.Icon(10, Dynamics(1, 50)); // handle 1 stands where a note has its number
+    chart.Singer(10, 1);             // handle 2
+    chart.Close();
+    CSequenceObject& track = *chart.track;
+    for (int i = 0; i < 2; ++i)
+        track.AttachIconObject(new CIconNoteAttack(1, 1, 1)); // 3 and 4
+    const auto get = [](const CCsqEventAnote& notes) {
+        return Values(notes.GetNoteNumber(), notes.GetNoteDynamics(), notes.GetNoteLength(), notes.GetNoteAttribute(),
+                      notes.GetVibratoOffset(), HandleOf(notes.GetLyricHandle()),
+                      HandleOf(notes.GetNoteHeadIconHandle()), HandleOf(notes.GetNoteTailIconHandle()),
+                      HandleOf(notes.GetVibratoIconHandle()), notes.GetNoteHeadIconLength(),
+                      notes.GetNoteTailIconLength(), notes.GetChannel());
+    };
+    const auto set = [](CCsqEventAnote& notes) { // in this order
+        return Sum({notes.SetNoteNumber(1), notes.SetNoteDynamics(2), notes.SetNoteLength(0x10003),
+                    notes.SetNoteAttribute(0x12345), notes.SetVibratoOffset(-5), notes.SetLyricHandle(PointerOf(6), 0),
+                    notes.SetNoteHeadIconHandle(PointerOf(3), 0), notes.SetNoteTailIconHandle(PointerOf(4), 0),
+                    notes.SetVibratoIconHandle(PointerOf(9), 0), notes.SetNoteHeadIconLength(33),
+                    notes.SetNoteTailIconLength(44), notes.Write()});
+    };
+    CCsqEventAnote notes, reader, detached;
+    CCsqEventAicon placements;
+    CCsqEventSinger singers;
+    for (CCsqEvent* const cursor : std::initializer_list<CCsqEvent*>{&notes, &reader, &placements, &singers})
+        cursor->Attach(&track);
+    track.SetModify(0);
+    notes.MoveTo(20); // onto the placement
+    for (CCsqEventAnote* const other : {&detached, &notes}) {
+        CHECK(set(*other) == 0);
+        CHECK(get(*other) == "0 0 0 0 0 0 0 0 0 0 0 0");
+    }
+    CHECK(notes.GetAiconEventParam()->iconHandle == 1);
+    CHECK(track.GetModify() == 0);
+    notes.MoveTo(10);
+    CHECK(get(notes) == "60 0 480 0 0 0 0 0 0 0 0 0");
+    CHECK(set(notes) == 12);
+    CHECK(track.GetModify() == 1);
+    reader.MoveTo(10);
+    CHECK(get(reader) == "1 2 65539 9029 -5 6 3 4 9 33 44 0"); // of the attribute 16 bits
+    reader.GetAnoteEventParam()->header.status = 0x97;
+    CHECK(reader.GetChannel() == 7);
+    CHECK(reader.Write() == 0); // not the stored record's status
+
+    const auto place = [&] {
+        return Sum({placements.SetIconLength(9), placements.SetIconHandle(PointerOf(2), 0), placements.Write()});
+    };
+    placements.MoveTo(10);
+    singers.MoveTo(10);
+    CHECK(placements.GetIconHandle() == nullptr);
+    CHECK(place() == 0);
+    CHECK(singers.GetIconHandle() == nullptr);
+    CHECK(singers.Remove(1) == 0);
+    placements.MoveTo(20);
+    CHECK(placements.GetIconLength() == 50);
+    CHECK(place() == 3);
+    CHECK(track.LookupIconObject(PointerOf(1))->GetLength() == 9);
+    placements.MoveTo(20);
+    CHECK(HandleOf(placements.GetIconHandle()) == 2);
+}
+
+TEST_CASE("kinds: replacing a handle deletes the old object when asked, unless it is the same") {
+    Chart chart;
+    chart.Note(10, 480);
+    chart.Icon(10, Dynamics(1, 1));
+    chart.Close();
+    CSequenceObject& track = *chart.track;
+    CCsqEventAnote notes;
+    CCsqEventAicon placements;
+    notes.Attach(&track);
+    placements.Attach(&track);
+    notes.MoveTo(10);
+    placements.MoveTo(20);
+    const std::function<int(void*, int)> setters[] = {
+        [&](void* handle, int deleteOld) { return notes.SetNoteHeadIconHandle(handle, deleteOld); },
+        [&](void* handle, int deleteOld) { return notes.SetNoteTailIconHandle(handle, deleteOld); },
+        [&](void* handle, int deleteOld) { return notes.SetVibratoIconHandle(handle, deleteOld); },
+        [&](void* handle, int deleteOld) { return placements.SetIconHandle(handle, deleteOld); },
+        [&](void* handle, int deleteOld) { return notes.SetLyricHandle(handle, deleteOld); }};
+    const auto left = [&] {
+        std::string text;
+        for (const DWORD handle : {11, 12, 13})
+            text += std::string(track.LookupIconObject(PointerOf(handle)) ? "i" : "-") +
+                    (track.LookupLyricObject(PointerOf(handle)) ? "l," : "-,");
+        return text;
+    };
+    for (const auto& set : setters) {
+        for (DWORD handle = 11; handle <= 13; ++handle) {
+            track.SetIconObjectAt(PointerOf(handle), new CIconSinger);
+            track.SetLyricObjectAt(PointerOf(handle), new CLyricObject);
+        }
+        const bool isLyric = &set == std::end(setters) - 1;
+        struct Step {
+            DWORD handle;
+            int deleteOld;
+            const char *icons, *lyrics; // that are left by a setter of icons, and by one of lyrics
+        };
+        for (const Step& step : {Step{11, 0, "il,il,il,", "il,il,il,"}, Step{12, 0, "il,il,il,", "il,il,il,"},
+                                 Step{13, 1, "il,-l,il,", "il,i-,il,"}, Step{13, 1, "il,-l,il,", "il,i-,il,"},
+                                 Step{0, 1, "il,-l,-l,", "il,i-,i-,"}}) {
+            CHECK(set(PointerOf(step.handle), step.deleteOld) == 1);
+            CHECK(left() == (isLyric ? step.lyrics : step.icons));
+        }
+    }
+}
+
+TEST_CASE("kinds: inserted events, and what goes when they are removed") {
     const DWORD before = torv::LiveEventRecords();
-    {
-        Chart chart;
-        chart.Icon(0, Dynamics(1, 1));
-        chart.Close();
-        CSequenceObject& track = *chart.track;
+    for (const int deleteObjects : {0, 1}) {
+        CAPTURE(deleteObjects);
+        const auto track = std::unique_ptr<CSequenceObject>(CSequence::CreateObject());
+        for (int i = 1; i <= 5; ++i)
+            track->AttachIconObject(i < 4 ? static_cast<CIconObject*>(new CIconNoteAttack(1, 1, 1)) : Dynamics(2, 10));
+        track->AttachLyricObject(new CLyricObject);
         CCsqEventAnote notes;
-        notes.Attach(&track);
+        CCsqEventAicon placements;
+        CCsqEventSinger singers;
+        notes.Attach(track.get());
+        placements.Attach(track.get());
+        singers.Attach(track.get());
         notes.MoveTo(480);
         CHECK(notes.Insert(240, 67, 90, 1) == 1);
-        CHECK(track.GetModify() == 1);
-        CHECK((notes.GetNoteNumber() == 67 && notes.GetNoteLength() == 240 && notes.GetPosition() == 480));
-        CHECK(notes.IsValidEvent(245, 144) == 1); // a cursor's note has this status
-        notes.SetNoteAttribute(0x12345);
-        CHECK(notes.GetNoteAttribute() == 0x2345);
-        void* const lyric = track.AttachLyricObject(new CLyricObject);
-        void* const head = track.AttachIconObject(new CIconNoteAttack(1, 1, 1));
-        CHECK(notes.IsValidIcon(head) == 1);
-        CHECK(notes.IsValidIcon(reinterpret_cast<void*>(uintptr_t{1})) == 0); // the dynamics icon
-        notes.SetLyricHandle(lyric, 1);
-        notes.SetNoteHeadIconHandle(head, 1);
-        CHECK(notes.SetNoteHeadIconLength(33) == 1);
-        CHECK((notes.GetNoteHeadIconLength() == 33 && notes.GetNoteTailIconLength() == 0));
-        CHECK(notes.SetNoteTailIconLength(5) == 0);
+        CHECK(track->GetModify() == 1);
+        CHECK(Values(notes.GetNoteLength(), notes.GetNoteNumber(), notes.GetNoteDynamics(), notes.GetPosition(),
+                     notes.IsValidEvent(245, 144)) == "240 67 90 480 1"); // a cursor's note has this status
+        notes.SetNoteHeadIconHandle(PointerOf(1), 0);
+        notes.SetNoteTailIconHandle(PointerOf(2), 0);
+        notes.SetVibratoIconHandle(PointerOf(3), 0);
+        notes.SetLyricHandle(PointerOf(1), 0);
         CHECK(notes.Write() == 1);
-        notes.SetNoteHeadIconHandle(head, 1); // the same again: it must not go
-        CHECK(track.LookupIconObject(head) != nullptr);
-        void* const other = track.AttachIconObject(new CIconNoteAttack(1, 1, 2));
-        notes.SetNoteHeadIconHandle(other, 1);
-        CHECK(track.LookupIconObject(head) == nullptr);
-        CHECK(notes.Write() == 1);
+        track->SetModify(0);
+        CHECK(placements.Insert(PointerOf(4), 77, 1) == 1);
+        CHECK(track->GetModify() == 1);
+        CHECK(track->LookupIconObject(PointerOf(4))->GetLength() == 77);
+        CHECK(placements.GetAiconEventParam() == nullptr); // the cache is not refreshed
+        track->SetModify(0);
+        CHECK(singers.Insert(PointerOf(5), 0x12345, 1) == 1);
+        CHECK(track->GetModify() == 1);
+        CHECK(singers.GetSingerEventParam()->value == 0x2345);
+        CHECK(singers.GetIconHandle() == PointerOf(5));
+        CHECK(Walk(*track) == "480:245 480:244 480:249 ");
+        for (const int status : {0, 1, 2, 3, 4, 5, 6, 7, 8}) {
+            CHECK(CCsqEventAnote::IsValidIcon(status) == (status >= 1 && status <= 4));
+            CHECK(CCsqEventAicon::IsValidIcon(status) == (status == 5));
+            CHECK(CCsqEventSinger::IsValidIcon(status) == (status == 7));
+        }
+        CHECK(Values(notes.IsValidIcon(PointerOf(1)), notes.IsValidIcon(PointerOf(4)), notes.IsValidIcon(PointerOf(9)),
+                     placements.IsValidIcon(PointerOf(4)), singers.IsValidIcon(PointerOf(4))) == "1 0 0 1 0");
 
-        CCsqEventAnote again;
-        again.Attach(&track);
-        CHECK(again.GetNext() == 245); // past the placement
-        CHECK((again.GetNoteAttribute() == 0x2345 && again.GetNoteHeadIconHandle() == other));
-        CHECK(again.GetNext() == 242);
-        CHECK(again.GetPrev() == 245);
-        CHECK(again.Remove(1) == 1);
-        CHECK((track.LookupLyricObject(lyric) == nullptr && track.LookupIconObject(other) == nullptr));
-        CHECK(again.Remove(1) == 0);
-        CHECK(again.GetPrev() == 241); // only the placement is left
+        notes.SeekToEnd();
+        CHECK(notes.GetPrev() == 245); // past the others
+        CHECK(notes.GetPrev() == 241);
+        CHECK(singers.GetNext() == 249);
+        CHECK(singers.GetNext() == 242);
+        CHECK(singers.GetPrev() == 249);
+        const auto removes = [&](auto& cursor) {
+            track->SetModify(0);
+            CHECK(cursor.Remove(deleteObjects) == 1);
+            CHECK(track->GetModify() == 1);
+            CHECK(cursor.Remove(deleteObjects) == 0);
+        };
+        removes(singers);
+        CHECK(placements.GetPrev() == 244);
+        removes(placements);
+        CHECK(notes.GetPrev() == 245);
+        removes(notes);
+        for (DWORD handle = 1; handle <= 5; ++handle)
+            CHECK((track->LookupIconObject(PointerOf(handle)) == nullptr) == (deleteObjects != 0));
+        CHECK((track->LookupLyricObject(PointerOf(1)) == nullptr) == (deleteObjects != 0));
+        CHECK(Walk(*track).empty());
+        CHECK(torv::LiveEventRecords() == before);
     }
-    CHECK(torv::LiveEventRecords() == before);
 }
 
-TEST_CASE("notes: a cursor without a track, or whose track moved on, touches nothing") {
+TEST_CASE("kinds: a cursor without a track, or whose track moved on, touches nothing") {
     CCsqEventAnote detached;
-    detached.SetNoteHeadIconHandle(reinterpret_cast<void*>(uintptr_t{3}), 0);
-    detached.SetLyricHandle(reinterpret_cast<void*>(uintptr_t{3}), 0);
-    CHECK((detached.GetNoteHeadIconLength() == 0 && detached.SetNoteHeadIconLength(5) == 0));
-    CHECK((detached.Write() == 0 && detached.Insert(1, 60, 1, 1) == 0));
-
+    CHECK(detached.Insert(1, 60, 1, 1) == 0);
+    CHECK(detached.Write() == 0);
+    CHECK(CCsqEventAicon().Insert(PointerOf(1), 1, 1) == 0);
+    CHECK(CCsqEvent().GetNext() == 242);
     const DWORD before = torv::LiveEventRecords();
     Chart chart;
     chart.Note(0, 10, 60);
-    const DWORD second = torv::EventIdOf(chart.Note(100, 10, 62));
+    const DWORD second = chart.Note(100, 10, 62);
     chart.Close();
-    CCsqEventAnote notes;
-    CCsqEventAnote other;
+    CCsqEventAnote notes, other;
     notes.Attach(chart.track.get());
     other.Attach(chart.track.get());
     notes.GetNext();
     other.MoveTo(100);
-    CHECK((notes.GetNoteNumber() == 60 && notes.Remove(1) == 0)); // the track stands on the other note
-    CHECK(Walk(other) == std::vector<int>{245, 245, 242});        // both are still there
+    CHECK(notes.GetNoteNumber() == 60);
+    CHECK(notes.Remove(1) == 0); // the track stands on the other note
+    CHECK(Walk(*chart.track) == "0:245 100:245 ");
     CHECK(torv::LiveEventRecords() == before + 2);
     notes.MoveTo(0);
     notes.GetNext();
-    CHECK((notes.Remove(1) == 1 && torv::EventRecordOf(second) != nullptr));
+    CHECK(notes.Remove(1) == 1);
+    CHECK(torv::EventRecordOf(second) != nullptr);
+    notes.MoveTo(100);
+    chart.track->SetModify(0);
+    CHECK(notes.RemoveEntry() == 1); // the record stays
+    CHECK(chart.track->GetModify() == 1);
+    CHECK(notes.Insert(second, 1) == 1);
+    CHECK(notes.Insert(second + 1, 1) == 0); // names nothing
 
-    // The content went to another owner while a cursor stood in it.
-    chart.track->ReleaseObject();
-    CHECK((notes.GetNext() == 242 && notes.MoveTo(5) == 0 && notes.Insert(1, 60, 1, 1) == 0));
-    CHECK((notes.MeasureSequenceLength() == 0 && notes.RemoveEntry() == 0 && notes.GetPosition() == 0));
+    chart.track->ReleaseObject(); // the content went to another owner while a cursor stood in it
+    CHECK(notes.GetNext() == 242);
+    CHECK(Values(notes.MoveTo(5), notes.Insert(1, 60, 1, 1), notes.MeasureSequenceLength(), notes.RemoveEntry(),
+                 notes.GetPosition(), notes.MoveToFront(), notes.MoveToRear()) == "0 0 0 0 0 1 1");
     torv::FreeEventRecord(second);
     CHECK(torv::LiveEventRecords() == before);
 }
 
-TEST_CASE("notes: on another kind of event every accessor answers 0 and nothing is set") {
-    Chart chart;
-    chart.Icon(10, Dynamics(1, 50)); // its handle 1 stands where a note has its number
-    chart.Close();
-    void* const named = torv::PointerOf(1);
-    CCsqEventAnote notes;
-    notes.Attach(chart.track.get());
-    notes.MoveTo(10);
-    REQUIRE(notes.GetAiconEventParam());
-    CHECK(notes.GetNoteNumber() == 0);
-    CHECK(notes.GetNoteDynamics() == 0);
-    CHECK(notes.SetNoteNumber(7) == 0);
-    CHECK(notes.SetNoteDynamics(7) == 0);
-    CHECK(notes.SetNoteHeadIconHandle(named, 1) == 0);
-    CHECK(notes.SetLyricHandle(named, 1) == 0);
-    CHECK(notes.GetAiconEventParam()->iconHandle == 1);
-    CHECK(notes.Write() == 0);
-}
-
-TEST_CASE("placements and singers: on another kind of event there is no icon") {
-    Chart chart;
-    for (int i = 0; i < 3; ++i)
-        chart.track->AttachIconObject(new CIconSinger);
-    chart.Note(10, 480, 2); // its number stands where a placement has its handle
-    chart.Close();
-    void* const named = reinterpret_cast<void*>(uintptr_t{2});
-    CCsqEventAicon placements;
-    placements.Attach(chart.track.get());
-    placements.MoveTo(10);
-    CHECK((placements.GetStatus() == 245 && placements.GetIconHandle() == nullptr));
-    CHECK((placements.SetIconHandle(nullptr, 1) == 0 && placements.SetIconLength(9) == 0));
-    CHECK(chart.track->LookupIconObject(named) != nullptr);
-    CCsqEventSinger singers;
-    singers.Attach(chart.track.get());
-    singers.MoveTo(10);
-    CHECK((singers.GetIconHandle() == nullptr && singers.Remove(1) == 0));
-}
-
-TEST_CASE("placements and singers") {
-    Chart chart;
-    chart.Close();
-    CSequenceObject& track = *chart.track;
-    void* const icon = track.AttachIconObject(Dynamics(2, 10));
-    CCsqEventAicon placements;
-    placements.Attach(&track);
-    placements.MoveTo(100);
-    CHECK(placements.Insert(icon, 77, 1) == 1);
-    CHECK(track.LookupIconObject(icon)->GetLength() == 77);
-    CHECK(placements.GetAiconEventParam() == nullptr); // the cache is not refreshed
-    placements.SeekToBegin();
-    CHECK(placements.GetNext() == 244);
-    CHECK((placements.GetIconHandle() == icon && placements.GetIconLength() == 77));
-    CHECK(placements.Remove(0) == 1);
-    CHECK(track.LookupIconObject(icon) != nullptr);
-
-    void* const singer = track.AttachIconObject(new CIconSinger);
-    CCsqEventSinger singers;
-    singers.Attach(&track);
-    CHECK(singers.Insert(singer, 0x12345, 1) == 1);
-    CHECK((singers.GetSingerEventParam()->value == 0x2345 && singers.GetIconHandle() == singer));
-    CHECK((CCsqEventSinger::IsValidIcon(7) && !CCsqEventSinger::IsValidIcon(5) && CCsqEventAicon::IsValidIcon(5)));
-    CHECK((CCsqEventAnote::IsValidIcon(4) && !CCsqEventAnote::IsValidIcon(5) && !CCsqEventAnote::IsValidIcon(0)));
-    CHECK(singers.Remove(1) == 1);
-    CHECK(track.LookupIconObject(singer) == nullptr);
+TEST_CASE("kinds: a record for which there is no place goes, and nothing has changed") {
+    const DWORD before = torv::LiveEventRecords();
+    FailEachAllocation([&](AllocationFailure& failure) {
+        Chart chart;
+        chart.Icon(0, Dynamics(2, 10));
+        while (chart.track->GetEventBuffer()->GetSize() < 2048) // the next entry needs a block
+            chart.builder.SetEvent(0, nullptr);
+        CCsqEventAicon placements;
+        placements.Attach(chart.track.get());
+        placements.SeekToEnd();
+        const int done = failure.During([&] { return placements.Insert(PointerOf(1), 99, 1); });
+        CHECK(done == !failure.HasHappened());
+        CHECK(chart.track->GetModify() == done);
+        CHECK(chart.track->LookupIconObject(PointerOf(1))->GetLength() == (done ? 99 : 10));
+        CHECK(torv::LiveEventRecords() == before + 1 + static_cast<DWORD>(done));
+        CCsqEventAnote notes;
+        notes.Attach(chart.track.get());
+        notes.SeekToEnd();
+    });
+    CHECK(torv::LiveEventRecords() == before);
 }
 
 TEST_CASE("plain MIDI events: messages keep their status, and an inserted entry names nothing") {
     Chart chart;
     chart.Close();
-    auto* const record = static_cast<tagCsqEventMidi*>(torv::AllocateEventRecord(sizeof(tagCsqEventMidi)));
-    *record = {{torv::kEventMidi, 0x90, 4}, 60, 100, {}};
+    tagCsqEventMidi* const record = CCsqEventMidi::CreateMidiEvent();
+    record->header.status = 0x90;
+    record->data1 = 60;
+    record->data2 = 100;
     CCsqEventMidi midi;
     midi.Attach(chart.track.get());
+    tagMidiChannelMessage message{0x90, 1, 1};
+    CHECK(Values(midi.GetMidiMessage(&message), midi.SetMidiMessage(&message), midi.Insert(1), midi.Remove()) ==
+          "0 0 0 0");
     CHECK(midi.Insert(torv::EventIdOf(record), 1) == 1);
-    CHECK(midi.Insert(torv::EventIdOf(record) + 1, 1) == 0); // names nothing
-    tagMidiChannelMessage message{};
-    CHECK(
-        (midi.GetMidiMessage(&message) == 1 && message.status == 0x90 && message.data1 == 60 && message.data2 == 100));
+    const auto show = [&] {
+        CHECK(midi.GetMidiMessage(&message) == 1);
+        return Values(int{message.status}, int{message.data1}, int{message.data2});
+    };
+    CHECK(show() == "144 60 100");
     message = {0x80, 1, 2};
     CHECK(midi.SetMidiMessage(&message) == 0); // another status
     message = {0x90, 61, 99};
-    CHECK((midi.SetMidiMessage(&message) == 1 && midi.Write() == 1 && record->data1 == 61));
+    CHECK(midi.SetMidiMessage(&message) == 1);
+    CHECK(midi.Write() == 1);
+    CHECK(Values(int{record->data1}, int{record->data2}) == "61 99");
     message = {0, 5, 6};
     CHECK(midi.SetMidiMessage(&message) == 1); // 0 is not tested, and is stored...
-    CHECK(midi.Write() == 0);                  // ...so that it cannot be written
+    CHECK(show() == "0 5 6");
+    CHECK(midi.Write() == 0); // ...so that it cannot be written
     midi.SeekToBegin();
-    midi.GetNext();
+    CHECK(midi.GetNext() == 243);
+    chart.track->SetModify(0);
     CHECK(midi.Insert(1) == 1);
-    CCsqEvent cursor;
-    cursor.Attach(chart.track.get());
-    CHECK(Walk(cursor) == std::vector<int>{243, 0, 242});
-    CHECK(torv::EventRecordOf(4) == nullptr);
+    CHECK(chart.track->GetModify() == 1);
+    CHECK(Walk(*chart.track) == "0:243 0:0 ");
     midi.SeekToBegin();
-    CHECK((midi.GetNext() == 243 && midi.Remove() == 1 && midi.Remove() == 0));
+    CHECK(midi.GetNext() == 243);
+    CHECK(midi.Remove() == 1);
+    CHECK(midi.Remove() == 0);
     CHECK(CSequenceObject::QueryEventID(torv::EventIdOf(record)) == nullptr);
 }

@@ -1,8 +1,11 @@
 #include "torv/score/master_track.h"
 
+#include "allocation_failure.h"
+#include "values.h"
+
 #include <doctest/doctest.h>
 
-#include <vector>
+#include <string>
 
 namespace {
 
@@ -29,62 +32,63 @@ private:
     }
 };
 
-using Rows = std::vector<std::vector<DWORD>>;
-
-Rows TempoRows(CMasterTrack& master, bool second) {
-    CArray<tagTempoMap> map;
-    CHECK((second ? master.GetTempoMap2(map) : master.GetTempoMap(map)) == 1);
-    Rows rows;
+/// The records of a map, each its fields and a comma.
+std::string Show(const tagTempoMap& record) { return Values(record.clock, record.auxiliary, record.tempo); }
+std::string Show(const tagSequenceTimeMap& record) { return Values(record.tempo, record.clock, record.time); }
+std::string Show(const tagTimeSignatureMap& record) {
+    return Values(record.measure, int{record.signature.numerator}, int{record.signature.denominatorExponent});
+}
+template <class Record>
+std::string Rows(CMasterTrack& master, int (CMasterTrack::*build)(CArray<Record>&), int done = 1) {
+    CArray<Record> map;
+    map.Add({}); // must go
+    CHECK((master.*build)(map) == done);
+    std::string rows;
     for (int i = 0; i < map.GetSize(); ++i)
-        rows.push_back({map[i].clock, map[i].auxiliary, map[i].tempo});
+        rows += (i ? ", " : "") + Show(map[i]);
     return rows;
 }
 
-Rows TimeRows(CMasterTrack& master, bool second) {
-    CArray<tagSequenceTimeMap> map;
-    CHECK((second ? master.GetSequenceTimeMap2(map) : master.GetSequenceTimeMap(map)) == 1);
-    Rows rows;
-    for (int i = 0; i < map.GetSize(); ++i)
-        rows.push_back({map[i].tempo, map[i].clock, map[i].time});
-    return rows;
-}
-
-Rows SignatureRows(CMasterTrack& master, bool second) {
-    CArray<tagTimeSignatureMap> map;
-    CHECK((second ? master.GetTimeSignatureMap2(map) : master.GetTimeSignatureMap(map)) == 1);
-    Rows rows;
-    for (int i = 0; i < map.GetSize(); ++i)
-        rows.push_back({map[i].measure, map[i].signature.numerator, map[i].signature.denominatorExponent});
-    return rows;
-}
+constexpr auto kTempo = &CMasterTrack::GetTempoMap;
+constexpr auto kTempo2 = &CMasterTrack::GetTempoMap2;
+constexpr auto kTime = &CMasterTrack::GetSequenceTimeMap;
+constexpr auto kTime2 = &CMasterTrack::GetSequenceTimeMap2;
+constexpr auto kSignature = &CMasterTrack::GetTimeSignatureMap;
+constexpr auto kSignature2 = &CMasterTrack::GetTimeSignatureMap2;
 
 } // namespace
 
 TEST_CASE("conversions: what is rounded and what is cut") {
-    CHECK(CMasterTrack::TicksToTime(480, 500000) == 500);
-    CHECK(CMasterTrack::TicksToTime(1, 500000) == 1); // 1041.67 us
-    CHECK(CMasterTrack::TicksToTime2(1, 500000) == 1);
-    CHECK(CMasterTrack::TicksToTime(1, 479760) == 1);  // 999.5 us round to 1000
-    CHECK(CMasterTrack::TicksToTime2(1, 479760) == 0); // cut to 999
-    CHECK(CMasterTrack::TimeToTicks(1000, 500000) == 960);
-    CHECK(CMasterTrack::TimeToTicks(1, 640000) == 1); // 0.75
-    CHECK(CMasterTrack::TimeToTicks2(1, 640000) == 0);
-    CHECK(CMasterTrack::TimeToTicks(1, 0) == 0);
-    CHECK(CMasterTrack::TicksToTime(0x7FFFFFFF, 500000) == 2236962132); // beyond 32 bits on the way
+    using Master = CMasterTrack;
+    CHECK(Values(Master::TicksToTime(480, 500000), Master::TicksToTime2(480, 500000)) == "500 500");
+    CHECK(Values(Master::TicksToTime(1, 500000), Master::TicksToTime2(1, 500000)) == "1 1"); // 1041.67 us
+    CHECK(Values(Master::TicksToTime(1, 479760), Master::TicksToTime2(1, 479760)) == "1 0"); // 999.5 us
+    CHECK(Values(Master::TimeToTicks(1000, 500000), Master::TimeToTicks2(1000, 500000)) == "960 960");
+    CHECK(Values(Master::TimeToTicks(1, 640000), Master::TimeToTicks2(1, 640000)) == "1 0"); // 0.75
+    CHECK(Values(Master::TimeToTicks(1, 0), Master::TimeToTicks2(1, 0)) == "0 0");
+    CHECK(Values(Master::TimeToTicks(1, 1), Master::TimeToTicks2(1, 1)) == "480000 480000");
+    // Beyond 32 bits on the way.
+    CHECK(Values(Master::TicksToTime(0x7FFFFFFF, 500000), Master::TicksToTime2(0x7FFFFFFF, 500000)) ==
+          "2236962132 2236962132");
 }
 
-TEST_CASE("maps: an empty track has one record, or none in the second form") {
+TEST_CASE("maps: an empty track has one record, or none in the second form; without a list there is none") {
     Master master;
-    CHECK(TempoRows(master, false) == Rows{{0, 0, 500000}});
-    CHECK(TimeRows(master, false) == Rows{{500000, 0, 0}});
-    CHECK(SignatureRows(master, false) == Rows{{0, 4, 2}});
-    CHECK(TempoRows(master, true).empty());
-    CHECK(TimeRows(master, true).empty());
-    CHECK(SignatureRows(master, true).empty());
     master.SetInitialTempo(250000); // stored, and no more
-    CHECK(TempoRows(master, false) == Rows{{0, 0, 500000}});
-    CArray<tagTempoMap> map;
-    CHECK(CMasterTrack().GetTempoMap(map) == 0); // not created
+    CHECK(Rows(master, kTempo) == "0 0 500000");
+    CHECK(Rows(master, kTime) == "500000 0 0");
+    CHECK(Rows(master, kSignature) == "0 4 2");
+    CHECK(Rows(master, kTempo2) + Rows(master, kTime2) + Rows(master, kSignature2) == "");
+    CMasterTrack uncreated;
+    tagMasterEventEntry entry{};
+    uncreated.RemoveAll();
+    uncreated.SeekToBegin();
+    uncreated.RestoreLocation(nullptr);
+    uncreated.StoreLocation(nullptr);
+    CHECK(Rows(uncreated, kTempo, 0) + Rows(uncreated, kTime, 0) + Rows(uncreated, kSignature, 0) == "");
+    CHECK(Values(uncreated.AddEvent(&entry), uncreated.InsertEvent(&entry), uncreated.ReadEvent(&entry),
+                 uncreated.WriteEvent(&entry), uncreated.RemoveEvent(), uncreated.MoveTo(5), uncreated.GetLength(),
+                 uncreated.SeekNext(), uncreated.SeekPrev()) == "0 0 0 0 0 0 0 4294967294 4294967295");
 }
 
 TEST_CASE("maps: of tempos at one clock the last counts, with the first one's auxiliary word") {
@@ -94,70 +98,99 @@ TEST_CASE("maps: of tempos at one clock the last counts, with the first one's au
     master.Tempo(960, 1000000, 7);
     master.Tempo(960, 250000, 8);
     master.Tempo(1440, 400000, 9);
-    CHECK(TempoRows(master, false) == Rows{{0, 0, 600000}, {960, 7, 250000}, {1440, 9, 400000}});
-    CHECK(TempoRows(master, true) == Rows{{0, 5, 600000}, {960, 7, 1000000}, {960, 8, 250000}, {1440, 9, 400000}});
+    CHECK(Rows(master, kTempo) == "0 0 600000, 960 7 250000, 1440 9 400000");
+    CHECK(Rows(master, kTempo2) == "0 5 600000, 960 7 1000000, 960 8 250000, 1440 9 400000");
     // 960 ticks at 600000 are 1200 ms; 480 at 250000 are 250.
-    CHECK(TimeRows(master, false) == Rows{{600000, 0, 0}, {250000, 960, 1200}, {400000, 1440, 1450}});
-    CHECK(TimeRows(master, true) ==
-          Rows{{600000, 0, 0}, {1000000, 960, 1200}, {250000, 960, 1200}, {400000, 1440, 1450}});
+    CHECK(Rows(master, kTime) == "600000 0 0, 250000 960 1200, 400000 1440 1450");
+    CHECK(Rows(master, kTime2) == "600000 0 0, 1000000 960 1200, 250000 960 1200, 400000 1440 1450");
 }
 
 TEST_CASE("maps: a signature at the clock of the one before shows, but measures are counted by the old length") {
     Master atZero;
     atZero.Signature(0, 3, 2);
     atZero.Signature(2880, 4, 2);
-    CHECK(SignatureRows(atZero, false) == Rows{{0, 3, 2}, {1, 4, 2}}); // 2880 / 1920
-    CHECK(SignatureRows(atZero, true) == Rows{{0, 3, 2}, {1, 4, 2}});
+    CHECK(Rows(atZero, kSignature) == "0 3 2, 1 4 2"); // 2880 / 1920
+    CHECK(Rows(atZero, kSignature2) == "0 3 2, 1 4 2");
 
     Master initial;
     initial.SetInitialTimeSig({3, 2});
     initial.Signature(2880, 4, 2);
     initial.Signature(6720, 6, 3);
-    CHECK(SignatureRows(initial, false) == Rows{{0, 3, 2}, {2, 4, 2}, {4, 6, 3}}); // 2880 / 1440, then 3840 / 1920
+    initial.Signature(6720, 5, 3);
+    CHECK(Rows(initial, kSignature) == "0 3 2, 2 4 2, 4 5 3"); // 2880 / 1440, then 3840 / 1920
+    CHECK(Rows(initial, kSignature2) == "2 4 2, 4 6 3, 4 5 3");
 
     Master broken;
     broken.Signature(1920, 0, 2); // no length: the one in force stays
     broken.Signature(3840, 4, 9);
     broken.Signature(5760, 4, 2);
-    CHECK(SignatureRows(broken, false) == Rows{{0, 4, 2}, {1, 0, 2}, {2, 4, 9}, {3, 4, 2}});
+    CHECK(Rows(broken, kSignature) == "0 4 2, 1 0 2, 2 4 9, 3 4 2");
+}
+
+TEST_CASE("maps: memory that cannot be had ends them") {
+    Master master;
+    for (DWORD i = 1; i < 5; ++i) {
+        master.Tempo(i * 10, i);
+        master.Signature(i * 10 + 1, 3, 2);
+    }
+    const auto fail = [&](auto build, auto map) {
+        FailEachAllocation([&](AllocationFailure& failure) {
+            auto target = map;
+            const int done = failure.During([&] { return (master.*build)(target); });
+            CHECK(done == !failure.HasHappened());
+        });
+    };
+    fail(kTempo, CArray<tagTempoMap>());
+    fail(kTempo2, CArray<tagTempoMap>());
+    fail(kTime, CArray<tagSequenceTimeMap>());
+    fail(kTime2, CArray<tagSequenceTimeMap>());
+    fail(kSignature, CArray<tagTimeSignatureMap>());
+    fail(kSignature2, CArray<tagTimeSignatureMap>());
+    FailEachAllocation([&](AllocationFailure& failure) {
+        CMasterTrack other;
+        const int done = failure.During([&] { return other.Create(); });
+        CHECK(done == !failure.HasHappened());
+        CHECK(other.IsCreated() == (done == 1));
+    });
 }
 
 TEST_CASE("searches: the record at or before, from a hint that ascends") {
     Master master;
     master.Tempo(480, 1000000);
     master.Tempo(960, 250000);
-    CArray<tagSequenceTimeMap> map;
+    CArray<tagSequenceTimeMap> map, late, none;
     master.GetSequenceTimeMap(map); // 0: 500000; 480 at 500 ms: 1000000; 960 at 1500 ms: 250000
-    int index = 0;
-    std::vector<DWORD> times;
-    for (const DWORD tick : {0U, 240U, 480U, 720U, 960U, 1440U})
-        times.push_back(CMasterTrack::SearchTimePosition(tick, map, index));
-    CHECK(times == std::vector<DWORD>{0, 250, 500, 1000, 1500, 1750});
-    CHECK(index == 2);
-    CHECK(CMasterTrack::SearchTimePosition(720, map, index) == 1000); // one record back
-    CHECK(index == 1);
-    index = 0;
-    std::vector<DWORD> ticks;
-    for (const DWORD time : {0U, 499U, 500U, 1000U, 1500U, 1750U})
-        ticks.push_back(CMasterTrack::SearchTickPosition(time, map, index));
-    CHECK(ticks == std::vector<DWORD>{0, 479, 480, 720, 960, 1440});
-    index = 99;
-    CHECK(CMasterTrack::SearchTimePosition(1440, map, index) == 1750);
-    CHECK(index == 2);
-    index = -5;
-    CHECK(CMasterTrack::SearchTimePosition(240, map, index) == 250);
-    CArray<tagSequenceTimeMap> none;
-    index = 0;
-    CHECK(CMasterTrack::SearchTimePosition(480, none, index) == 500);
     master.RemoveAll();
     master.Tempo(480, 1000000);
-    master.GetSequenceTimeMap2(map); // begins at 480
-    index = 0;
-    CHECK(CMasterTrack::SearchTimePosition(240, map, index) == 250);
-    CHECK(index == 0);
+    master.GetSequenceTimeMap2(late); // begins at 480
+    struct Row {
+        DWORD tick;
+        int hint;
+        DWORD time;
+        int index;
+    };
+    const auto both = [](CArray<tagSequenceTimeMap>& searched, const Row& row) {
+        CAPTURE(row.tick);
+        CAPTURE(row.hint);
+        int index = row.hint;
+        const DWORD time = CMasterTrack::SearchTimePosition(row.tick, searched, index);
+        CHECK(Values(time, index) == Values(row.time, row.index));
+        index = row.hint;
+        const DWORD tick = CMasterTrack::SearchTickPosition(row.time, searched, index);
+        CHECK(Values(tick, index) == Values(row.tick, row.index));
+    };
+    for (const Row& row :
+         {Row{0, 0, 0, 0}, Row{240, 0, 250, 0}, Row{480, 0, 500, 1}, Row{720, 1, 1000, 1}, Row{960, 1, 1500, 2},
+          Row{1440, 2, 1750, 2}, Row{1440, 0, 1750, 2}, Row{720, 2, 1000, 1}, // one record back
+          Row{1440, 99, 1750, 2}, Row{240, -5, 250, 0}})
+        both(map, row);
+    both(none, {480, 0, 500, -1});
+    both(late, {240, 0, 250, 0}); // before the first record as without a map
+    int index = 2;                // two records too far: as if the record before began here
+    CHECK(CMasterTrack::SearchTimePosition(240, map, index) == 500);
 }
 
-TEST_CASE("cursor: types at the ends, lengths, rewriting") {
+TEST_CASE("master track: cursor, lengths, rewriting, settings") {
     Master master;
     CHECK(master.GetLength() == 0);
     CHECK(master.SeekNext() == 0xFFFFFFFE);
@@ -166,17 +199,29 @@ TEST_CASE("cursor: types at the ends, lengths, rewriting") {
     master.Signature(200, 4, 2);
     master.SeekToBegin();
     CHECK(master.SeekNext() == 247);
+    tagLocateMarker marker;
+    master.StoreLocation(&marker);
     CHECK(master.SeekNext() == 246);
+    CHECK(master.SeekPrev() == 247);
     CHECK(master.Create() == 0); // once: the events stay
     CHECK(master.GetLength() == 200);
+    master.RestoreLocation(&marker);
+    CHECK(master.GetPosition() == 100);
     tagMasterEventEntry entry{};
-    master.MoveTo(100);
-    CHECK((master.ReadEvent(&entry) == 1 && entry.value == 1));
+    CHECK(master.ReadEvent(&entry) == 1);
+    CHECK(entry.value == 1);
     entry.value = 7;
     entry.delta = 999;
     CHECK(master.WriteEvent(&entry) == 1);
-    CHECK(TempoRows(master, true) == Rows{{100, 0, 7}});
-    master.MoveTo(100);
+    CHECK(Rows(master, kTempo2) == "100 0 7");
+    CHECK(master.MoveTo(100) == 100);
     CHECK(master.RemoveEvent() == 1);
+    CHECK(Rows(master, kTempo2) == "");
     CHECK(master.GetLength() == 200);
+    CHECK(master.GetModify() == 0); // neither editing nor setting sets it
+    CHECK(Values(master.GetInitialTempo(), master.GetInitialKeySig()) == "500000 0");
+    master.SetInitialTempo(3);
+    master.SetInitialKeySig(4);
+    master.SetModify(5);
+    CHECK(Values(master.GetInitialTempo(), master.GetInitialKeySig(), master.GetModify()) == "3 4 5");
 }

@@ -1,119 +1,111 @@
-#include "torv/icons/icon_dynamics.h"
 #include "torv/icons/icon_singer.h"
 #include "torv/lyrics/lyric_object.h"
 #include "torv/score/csq_builder.h"
-#include "torv/score/master_track.h"
 #include "torv/score/sequence.h"
 #include "torv/score/sequence_object.h"
 #include "torv/stream/event_pool.h"
 
+#include "allocation_failure.h"
+#include "values.h"
+
 #include <doctest/doctest.h>
 
+#include <algorithm>
+#include <cstring>
 #include <memory>
 #include <string>
 
 namespace {
 
+using torv::PointerOf;
+
 std::unique_ptr<CSequenceObject> MakeTrack() { return std::unique_ptr<CSequenceObject>(CSequence::CreateObject()); }
-uintptr_t Attach(CSequenceObject& track) {
-    return reinterpret_cast<uintptr_t>(track.AttachIconObject(new CIconSinger));
-}
-void* Handle(uintptr_t handle) { return reinterpret_cast<void*>(handle); }
+int Attach(CSequenceObject& track) { return torv::HandleOf(track.AttachIconObject(new CIconSinger)); }
 
 } // namespace
 
-TEST_CASE("handles: freed ones come again, lowest first") {
-    const auto track = MakeTrack();
-    for (const uintptr_t expected : {1U, 2U, 3U})
-        CHECK(Attach(*track) == expected);
-    CHECK(track->DetachIconObject(Handle(2), 1) == 1);
-    CHECK(track->DetachIconObject(Handle(2), 1) == 0);
-    for (const uintptr_t expected : {2U, 4U})
-        CHECK(Attach(*track) == expected);
-    CHECK(track->LookupIconObject(Handle(5)) == nullptr);
-    CHECK(track->LookupIconObject(nullptr) == nullptr);
-}
-
-TEST_CASE("handles: after a given handle the next one follows it") {
+TEST_CASE("handles: freed ones come again, lowest first; after a given one comes the next that is free") {
     const auto track = MakeTrack();
     auto* const icon = new CIconSinger;
-    CHECK(track->SetIconObjectAt(Handle(10), icon) == 1);
-    CHECK(track->SetIconObjectAt(Handle(10), icon) == 0); // taken
-    CHECK(track->SetIconObjectAt(Handle(0), icon) == 0);
-    CHECK(track->SetIconObjectAt(Handle(0xFFFF), icon) == 0);
-    CHECK(track->SetIconObjectAt(Handle(7), nullptr) == 0);
-    CHECK(track->LookupIconObject(Handle(10)) == icon);
-    CHECK(Attach(*track) == 11); // though 1 to 9 are free
-    CHECK(track->SetIconObjectAt(Handle(3), new CIconSinger) == 1);
-    CHECK(Attach(*track) == 4);
-    CHECK(reinterpret_cast<uintptr_t>(track->AttachLyricObject(new CLyricObject)) == 1); // lyrics count for themselves
+    CHECK(track->SetIconObjectAt(PointerOf(10), icon) == 1);
+    for (const DWORD refused : {10U, 0U, 0xFFFFU}) // taken, none, never given out
+        CHECK(track->SetIconObjectAt(PointerOf(refused), icon) == 0);
+    CHECK(track->SetIconObjectAt(PointerOf(7), nullptr) == 0);
     CHECK(track->AttachIconObject(nullptr) == nullptr);
-}
-
-TEST_CASE("handles: several freed ones, and the turn at the end") {
-    const auto track = MakeTrack();
-    for (uintptr_t i = 1; i <= 200; ++i)
+    CHECK(track->LookupIconObject(PointerOf(10)) == icon);
+    CHECK(Attach(*track) == 11); // though 1 to 9 are free
+    CHECK(track->SetIconObjectAt(PointerOf(3), new CIconSinger) == 1);
+    for (const int expected : {4, 5, 6, 7, 8, 9, 12})
+        CHECK(Attach(*track) == expected);
+    for (int i = 13; i <= 200; ++i)
         REQUIRE(Attach(*track) == i);
-    for (const uintptr_t freed : {128U, 63U, 64U, 199U})
-        track->DetachIconObject(Handle(freed), 1);
-    for (const uintptr_t expected : {63U, 64U, 128U, 199U, 201U})
+    for (const DWORD freed : {128U, 63U, 64U, 199U})
+        CHECK(track->DetachIconObject(PointerOf(freed), 1) == 1);
+    CHECK(track->DetachIconObject(PointerOf(63), 1) == 0);
+    CHECK(track->LookupIconObject(PointerOf(63)) == nullptr);
+    for (const int expected : {63, 64, 128, 199, 201})
         CHECK(Attach(*track) == expected);
-    CHECK(track->SetIconObjectAt(Handle(65534), new CIconSinger) == 1);
-    track->DetachIconObject(Handle(150), 1);
-    for (const uintptr_t expected : {150U, 202U})
-        CHECK(Attach(*track) == expected);
-    const auto turning = MakeTrack();
-    CHECK(turning->SetIconObjectAt(Handle(65534), new CIconSinger) == 1);
-    CHECK(Attach(*turning) == 1); // 65535 is never given out
-}
 
-TEST_CASE("objects may take others off the track as they go") {
-    struct Greedy : CIconSinger {
-        CSequenceObject* track = nullptr;
-        void* prey = nullptr;
-        ~Greedy() override { track->DetachIconObject(prey, 1); }
-    };
-    const auto track = MakeTrack();
-    auto* const greedy = new Greedy;
-    greedy->track = track.get();
-    track->AttachIconObject(greedy);
-    greedy->prey = Handle(Attach(*track)); // the next in the walk
-    track->RemoveAllEvent();
-    CHECK(track->LookupIconObject(Handle(2)) == nullptr);
-    CHECK(Attach(*track) == 1);
+    auto* const lyric = new CLyricObject; // lyrics count for themselves
+    CHECK(track->AttachLyricObject(lyric) == PointerOf(1));
+    CHECK(track->SetLyricObjectAt(PointerOf(1), lyric) == 0);
+    CHECK(track->LookupLyricObject(PointerOf(1)) == lyric);
+    CHECK(track->DetachLyricObject(PointerOf(1), 0) == 1);
+    CHECK(track->SetLyricObjectAt(PointerOf(2), lyric) == 1);
+    CHECK(track->LookupLyricObject(PointerOf(2)) == lyric);
 }
 
 TEST_CASE("handles: 65534 of them, then none until one is freed") {
     const auto track = MakeTrack();
-    for (int i = 1; i <= 65534; ++i)
-        REQUIRE(Attach(*track) == static_cast<uintptr_t>(i));
+    CHECK(track->SetIconObjectAt(PointerOf(65534), new CIconSinger) == 1);
+    for (int i = 1; i < 65534; ++i)
+        REQUIRE(Attach(*track) == i);
     CIconSinger spare;
     CHECK(track->AttachIconObject(&spare) == nullptr);
-    CHECK(track->DetachIconObject(Handle(40000), 1) == 1);
+    CHECK(track->DetachIconObject(PointerOf(40000), 1) == 1);
     CHECK(Attach(*track) == 40000);
     track->RemoveAllEvent();
     CHECK(Attach(*track) == 1);
 }
 
+TEST_CASE("objects may take others off the track as they go") {
+    struct Greedy : CIconSinger {
+        CSequenceObject* track = nullptr;
+        ~Greedy() override { track->DetachIconObject(PointerOf(2), 1); }
+    };
+    const auto track = MakeTrack();
+    auto* const greedy = new Greedy;
+    greedy->track = track.get();
+    track->AttachIconObject(greedy);
+    CHECK(Attach(*track) == 2); // the next in the walk
+    track->RemoveAllEvent();
+    CHECK(track->LookupIconObject(PointerOf(2)) == nullptr);
+}
+
 TEST_CASE("curves: ids, and what removing leaves") {
     const auto track = MakeTrack();
-    CHECK(track->GetBreakPointList(18) == track->GetDynamicsBreakPointList());
-    CHECK(track->GetBreakPointList(19) == track->GetPitchBendSensBreakPointList());
-    CHECK(track->GetBreakPointList(20) == track->GetPitchBendBreakPointList());
-    CHECK(track->GetBreakPointList(21) == track->GetTremoloDepthBreakPointList());
-    for (const int id : {-1, 0, 5, 22})
-        CHECK(track->GetBreakPointList(id) == nullptr);
-    CBreakPointList* const list = track->CreateVoiceControlBreakPointList(4);
-    CHECK((list && track->GetBreakPointList(5) == list));
-    CHECK(track->CreateVoiceControlBreakPointList(4) == nullptr); // exists
-    CHECK(track->CreateVoiceControlBreakPointList(17) == nullptr);
-    CHECK(track->CreateVoiceControlBreakPointList(-1) == nullptr);
-    CBreakPointList* const dynamics = track->GetDynamicsBreakPointList();
+    CBreakPointList* const fixed[] = {track->GetDynamicsBreakPointList(), track->GetPitchBendSensBreakPointList(),
+                                      track->GetPitchBendBreakPointList(), track->GetTremoloDepthBreakPointList()};
+    CBreakPointList* lists[17] = {};
+    for (int index = 0; index < 17; ++index) {
+        CHECK(track->GetBreakPointList(index + 1) == nullptr);
+        lists[index] = track->CreateVoiceControlBreakPointList(index);
+        REQUIRE(lists[index]);
+    }
+    for (const int index : {-1, 0, 17}) // out of range, or there already
+        CHECK(track->CreateVoiceControlBreakPointList(index) == nullptr);
+    for (int id = -1; id <= 22; ++id) {
+        CAPTURE(id);
+        CHECK(track->GetBreakPointList(id) == (id < 1 || id > 21 ? nullptr : id < 18 ? lists[id - 1] : fixed[id - 18]));
+    }
     tagBreakPoint point{1, 2, 0};
-    dynamics->AddTail(point);
-    track->RemoveAllController();
-    CHECK(track->GetDynamicsBreakPointList() == dynamics);
-    CHECK(dynamics->IsEmpty());
+    for (CBreakPointList* const list : fixed)
+        list->AddTail(point);
+    track->Cleanup();
+    for (int i = 0; i < 4; ++i) {
+        CHECK(track->GetBreakPointList(18 + i) == fixed[i]);
+        CHECK(fixed[i]->IsEmpty());
+    }
     CHECK(track->GetBreakPointList(5) == nullptr);
 }
 
@@ -122,8 +114,9 @@ TEST_CASE("note lengths and measures") {
         int index, dotted, triplet, ticks;
     };
     for (const Row& row :
-         {Row{0, 0, 0, 1920}, Row{2, 0, 0, 480}, Row{7, 0, 0, 15}, Row{2, 1, 0, 720}, Row{2, 0, 1, 320},
-          Row{3, 1, 1, 240}, Row{2, 1, 1, 480}, Row{7, 1, 0, 22}, Row{7, 1, 1, 14}, Row{8, 0, 0, 0}, Row{-1, 1, 1, 0}})
+         {Row{0, 0, 0, 1920}, Row{1, 0, 0, 960}, Row{2, 0, 0, 480}, Row{3, 0, 0, 240}, Row{4, 0, 0, 120},
+          Row{5, 0, 0, 60}, Row{6, 0, 0, 30}, Row{7, 0, 0, 15}, Row{2, 1, 0, 720}, Row{2, 0, 1, 320}, Row{3, 1, 1, 240},
+          Row{2, 1, 1, 480}, Row{7, 1, 0, 22}, Row{7, 1, 1, 14}, Row{8, 0, 0, 0}, Row{-1, 1, 1, 0}})
         CHECK(CSequenceObject::CalcNoteLength(row.index, row.dotted, row.triplet) == row.ticks);
     CHECK(CSequenceObject::CalcMeasureClock(4, 2) == 1920);
     CHECK(CSequenceObject::CalcMeasureClock(6, 3) == 1440);
@@ -131,92 +124,101 @@ TEST_CASE("note lengths and measures") {
     CHECK(CSequenceObject::CalcMeasureClock(0x7FFFFFFF, 0) == 0); // beyond 32 bits
 }
 
-TEST_CASE("content given up stays alive for its new owner") {
+TEST_CASE("content given up stays alive for its new owner; content removed is gone") {
     const DWORD before = torv::LiveEventRecords();
     const auto track = MakeTrack();
     CIconSinger icon;
+    CLyricObject lyric;
+    const auto fill = [&] {
+        CCsqBuilder builder;
+        builder.OpenBuffer(track.get());
+        tagCsqEventAnote* const note = CCsqBuilder::CreateNoteEvent();
+        builder.SetEvent(0, reinterpret_cast<tagChartSeqEvent*>(note));
+        return torv::EventIdOf(note);
+    };
+    fill();
+    track->GetEventBuffer()->SeekToEnd(); // wherever its cursor stands
+    track->RemoveAllEvent();
+    CHECK(torv::LiveEventRecords() == before);
+    const DWORD id = fill();
     track->AttachIconObject(&icon);
-    CCsqBuilder builder;
-    builder.OpenBuffer(track.get());
-    tagCsqEventAnote* const note = CCsqBuilder::CreateNoteEvent();
-    builder.SetEvent(0, reinterpret_cast<tagChartSeqEvent*>(note));
-    builder.CloseBuffer();
+    track->AttachLyricObject(&lyric);
     CHECK(track->ReleaseObject() == 1);
     CHECK(torv::LiveEventRecords() == before + 1);
-    CHECK(CSequenceObject::QueryEventID(torv::EventIdOf(note)) == &note->header);
+    CHECK(CSequenceObject::QueryEventID(id) != nullptr);
     CHECK(track->GetEventBuffer() == nullptr);
+    CHECK(track->LookupIconObject(PointerOf(1)) == nullptr);
     track->Cleanup(); // nothing left to touch
-    torv::FreeEventRecord(torv::EventIdOf(note));
+    torv::FreeEventRecord(id);
     CHECK(torv::LiveEventRecords() == before);
 }
 
-TEST_CASE("settings travel as a record, with the modify flag") {
+TEST_CASE("settings travel as a record, with the modify flag; setters set no flag") {
     const auto track = MakeTrack();
-    CHECK((track->GetColor() == 0xC0C0C0 && track->GetModify() == 0));
-    tagSequenceObject record{};
-    record.modify = 1;
-    record.channel = 3;
-    record.transpose = -2;
-    record.dynamicsMode = 1;
-    std::fill(std::begin(record.name), std::end(record.name), 'n'); // unterminated
+    const auto show = [](const CSequenceObject& shown) {
+        tagSequenceObject record{};
+        CHECK(shown.GetParameter(&record) == 1);
+        const std::string own = Values(shown.GetModify(), shown.GetColor(), shown.GetChannel(), shown.GetTranspose(),
+                                       shown.GetInitialLanguage(), shown.GetDynamicsMode(), record.name);
+        CHECK(Values(record.modify, record.color, record.channel, record.transpose, record.initialLanguage,
+                     record.dynamicsMode, shown.GetName()) == own);
+        return own;
+    };
+    CHECK(show(*track) == "0 12632256 0 0 0 0 ");
+    tagSequenceObject record{7, "Alto", 1, 2, -3, 4, 5};
     CHECK(track->SetParameter(&record) == 1);
-    CHECK((track->GetModify() == 1 && track->GetChannel() == 3 && track->GetTranspose() == -2));
-    CHECK(track->GetName().GetLength() == 260);
-    tagSequenceObject out{};
-    CHECK(track->GetParameter(&out) == 1);
-    CHECK(std::string(out.name).size() == 259);
+    CHECK(show(*track) == "7 1 2 -3 4 5 Alto");
+    track->SetModify(0);
+    track->SetName("Bass");
+    track->SetColor(11);
+    track->SetChannel(12);
+    track->SetTranspose(13);
+    track->SetInitialLanguage(14);
+    track->SetDynamicsMode(15);
+    CHECK(show(*track) == "0 11 12 13 14 15 Bass");
+    std::fill(std::begin(record.name), std::end(record.name), 'n'); // unterminated
+    FailEachAllocation([&](AllocationFailure& failure) {
+        const auto other = MakeTrack();
+        const int done = failure.During([&] { return other->SetParameter(&record); });
+        CHECK(done == !failure.HasHappened());
+        CHECK(other->GetModify() == (done ? 7 : 0));
+        CHECK(other->GetName().GetLength() == (done ? 260 : 0));
+        tagSequenceObject out{};
+        CHECK(other->GetParameter(&out) == 1);
+        CHECK(std::strlen(out.name) == (done ? 259 : 0));
+    });
+    CHECK(track->SetParameter(nullptr) == 0);
+    CHECK(track->GetParameter(nullptr) == 0);
+    track->SetMute(1);
+    track->SetLength(99);
+    CHECK(Values(track->GetMute(), track->GetLength(), track->GetModify()) == "1 99 0");
     CHECK(track->Create() == 0); // once
 }
 
-TEST_CASE("song: tracks in order, lengths, flags and who owns the master track") {
-    CMasterTrack master;
-    master.Create();
-    {
-        CSequence song;
-        CHECK(song.GetObjectLength(nullptr) == 0); // no master track yet
-        CHECK(song.Create(&master) == 1);
-        tagMasterEventEntry entry{700, torv::kEventTempo, 0, 500000, 0};
-        master.AddEvent(&entry);
-        CHECK(song.GetObjectLength(nullptr) == 700);
-        CSequenceObject* const a = CSequence::CreateObject();
-        CSequenceObject* const b = CSequence::CreateObject();
-        CSequenceObject* const c = CSequence::CreateObject();
-        const POSITION at = song.AddObject(a);
-        song.InsertObject(at, b, 0);
-        song.InsertObject(at, c, 1);
-        CHECK((song.GetHeadObject() == b && song.GetTailObject() == c && song.GetObjectCount() == 3));
-        POSITION walk = song.GetHeadObjectPosition();
-        CHECK(
-            (song.GetNextObject(walk) == b && song.GetNextObject(walk) == a && song.GetNextObject(walk) == c && !walk));
-        c->SetLength(900);
-        c->SetModify(1);
-        CHECK(song.GetObjectLength(nullptr) == 900);
-        CHECK(song.GetObjectLength(song.FindObject(a)) == 0);
-        CHECK(song.IsObjectModified() == 1);
-        song.SetModify(1);
-        master.SetModify(1);
-        song.ClearAllModified();
-        CHECK((song.IsObjectModified() == 0 && song.GetModify() == 0 && master.GetModify() == 1));
-        song.RemoveObjectAt(song.FindObject(b), 0);
-        CHECK(song.FindObject(b) == nullptr);
-        delete b;
-        song.RemoveObjectAt(nullptr, 1);
-        song.SetName(std::string(300, 'x').c_str());
-        CHECK(std::string(song.GetName()).size() == 259);
-        song.SetInitialTimeSig(3, 6); // exponent, then numerator
-        CHECK((song.GetInitialTimeSig().numerator == 6 && song.GetInitialTimeSig().denominatorExponent == 3));
-        CHECK((song.GetTimeDivision() == 480 && song.GetInitialTempo() == 500000));
-    }
-    CHECK(master.GetLength() == 700); // survived the song
-}
-
-TEST_CASE("song: its own master track handed back to it stays, and stays its own") {
-    CSequence song;
-    REQUIRE(song.Create(nullptr) == 1);
-    CMasterTrack* const own = song.GetMasterTrack();
-    tagMasterEventEntry entry{700, torv::kEventTempo, 0, 500000, 0};
-    own->AddEvent(&entry);
-    CHECK(song.Create(own) == 1);
-    CHECK(song.GetMasterTrack() == own);
-    CHECK(own->GetLength() == 700);
+TEST_CASE("track: memory that cannot be had") {
+    FailEachAllocation([](AllocationFailure& failure) {
+        const std::unique_ptr<CSequenceObject> track(failure.During([] { return CSequence::CreateObject(); }));
+        CHECK((track != nullptr) == !failure.HasHappened());
+    });
+    FailEachAllocation([](AllocationFailure& failure) {
+        const auto track = MakeTrack();
+        CIconSinger icon;
+        const void* const handle = failure.During([&] { return track->AttachIconObject(&icon); });
+        CHECK((handle == nullptr) == failure.HasHappened());
+        CHECK((track->LookupIconObject(PointerOf(1)) == nullptr) == failure.HasHappened());
+        track->DetachIconObject(PointerOf(1), 0);
+        CHECK(Attach(*track) == 1); // the handle was not lost
+    });
+    FailEachAllocation([](AllocationFailure& failure) {
+        const auto track = MakeTrack();
+        CLyricObject lyric;
+        const int done = failure.During([&] { return track->SetLyricObjectAt(PointerOf(5), &lyric); });
+        CHECK(done == !failure.HasHappened());
+        CHECK(track->DetachLyricObject(PointerOf(5), 0) == done);
+    });
+    FailEachAllocation([](AllocationFailure& failure) {
+        const auto track = MakeTrack();
+        const bool done = failure.During([&] { return track->CreateVoiceControlBreakPointList(3) != nullptr; });
+        CHECK(done == !failure.HasHappened());
+    });
 }

@@ -2,10 +2,12 @@
 
 #include <doctest/doctest.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
 
 #include "torv/platform/afx/mem_file.h"
+#include "values.h"
 
 namespace {
 
@@ -13,9 +15,11 @@ namespace {
 class Chain : public CExtendBuffer {
 public:
     Chain(DWORD blockSize, int flags = -1) : CExtendBuffer(blockSize, flags) {}
+    using CExtendBuffer::InsertInOrder;
+    using CExtendBuffer::Overwrite;
     using CExtendBuffer::RemoveAll;
 
-    void Put(const std::string& text) { CHECK(Append(text.data(), Size(text)) == text.size()); }
+    DWORD Put(const std::string& text) { return Append(text.data(), Size(text)); }
     DWORD InsertText(const std::string& text) { return Insert(text.data(), Size(text)); }
     DWORD WriteText(const std::string& text) { return Write(text.data(), Size(text)); }
     std::string ReadText(DWORD count) {
@@ -35,9 +39,8 @@ public:
     }
 
     std::string Content() {
-        std::string text;
-        for (const CxShortBuff* block = m_pFirst; block; block = block->m_pNext)
-            text.append(reinterpret_cast<const char*>(block->m_pData), block->m_dwUsed);
+        std::string text = Blocks();
+        std::erase(text, '|');
         return text;
     }
 
@@ -77,33 +80,21 @@ private:
 
 } // namespace
 
-TEST_CASE("extend buffer: created once, with a block; block size 0 leaves it for later") {
+TEST_CASE("extend buffer: created once, with a block; before that it holds nothing") {
     Chain buffer(0);
-    CHECK(buffer.GetSize() == 0);
-    CHECK(buffer.SeekTo(7) == 0);
-    CHECK(buffer.Seek(3, 0) == 0);
-    CHECK(buffer.InsertText("a") == 0);
-    CHECK(buffer.WriteText("a") == 0);
-    CHECK(buffer.Append("a", 1) == 0);
-    CHECK(buffer.Remove(1) == 0);
-    CHECK(buffer.Create(0, -1) == 0);
+    CHECK(Values(buffer.GetSize(), buffer.SeekTo(7), buffer.Seek(3, 0), buffer.InsertText("a"), buffer.WriteText("a"),
+                 buffer.Put("a"), buffer.InsertInOrder("a", 1, 1), buffer.Overwrite("a", 1), buffer.Remove(1),
+                 buffer.ReadText(1), buffer.Create(0, -1)) == "0 0 0 0 0 0 0 0 0  0");
     CHECK(buffer.Create(4, -1) != 0);
     CHECK(buffer.Create(8, -1) == 0);
-    buffer.Put("abcde");
+    CHECK(buffer.Put("abcde") == 5);
     CHECK(buffer.Blocks() == "abcd|e"); // still blocks of four
+    CHECK(Values(buffer.Append(nullptr, 1), buffer.Insert(nullptr, 1), buffer.Write(nullptr, 1),
+                 buffer.Read(nullptr, 1), buffer.InsertInOrder(nullptr, 1, 1),
+                 buffer.Overwrite(nullptr, 1)) == "0 0 0 0 0 0");
     buffer.RemoveAll();
     CHECK(buffer.GetSize() == 0);
     CHECK(buffer.Create(8, -1) != 0);
-}
-
-TEST_CASE("extend buffer: blocks come from global memory when flags say so") {
-    for (const int flags : {0x00, 0x02, 0x40, 0x42}) {
-        Chain buffer(4, flags);
-        buffer.Put("abcdefghi");
-        buffer.SeekTo(2);
-        CHECK(buffer.Remove(4) == 4);
-        CHECK(buffer.Content() == "abghi");
-    }
 }
 
 TEST_CASE("extend buffer: seeking") {
@@ -121,10 +112,9 @@ TEST_CASE("extend buffer: seeking") {
         buffer.SeekTo(4);
         CHECK(buffer.Seek(row.offset, row.from) == row.reached);
         CHECK(buffer.GetIndex() == row.reached);
+        CHECK(buffer.IsTop() == (row.reached == 0));
+        CHECK(buffer.IsBottom() == (row.reached == 10));
     }
-    CHECK(buffer.SeekTo(0xFFFFFFFF) == 10);
-    CHECK(buffer.IsBottom());
-    CHECK(!buffer.IsTop());
 }
 
 TEST_CASE("extend buffer: a write at a block's end inserts there after a read and overwrites after a seek") {
@@ -174,24 +164,6 @@ TEST_CASE("extend buffer: an insert uses free room before it splits, and repeats
     CHECK(atEnd.Blocks() == "abcd|1234|1");
 }
 
-TEST_CASE("extend buffer: removing") {
-    Chain buffer(4);
-    buffer.Put("abcdefghij");
-    buffer.SeekTo(3);
-    CHECK(buffer.Remove(4) == 4); // d, e, f, g
-    CHECK(buffer.Blocks() == "abc|h|ij");
-    CHECK(buffer.GetIndex() == 3);
-    CHECK(buffer.Remove(100) == 3); // the count asked for is cut to the 6 that are held, 3 of them lie behind
-    CHECK(buffer.Blocks() == "abc");
-    CHECK(buffer.IsSound());
-    buffer.SeekTo(0);
-    CHECK(buffer.Remove(0xFFFFFFFF) == 3);
-    CHECK(buffer.Blocks().empty());
-    CHECK(buffer.IsSound());
-    buffer.Put("new");
-    CHECK(buffer.Content() == "new");
-}
-
 TEST_CASE("extend buffer: loading and saving") {
     const std::string bytes = "0123456789";
     CMemFile file(bytes.data(), 10);
@@ -211,82 +183,86 @@ TEST_CASE("extend buffer: loading and saving") {
         buffer.Put("abcd");
         CHECK(buffer.Load(&file, 5, nullptr) == 5);
         CHECK(buffer.Blocks() == "abcd|0123|4");
-        CHECK(buffer.IsSound());
     }
-    SUBCASE("in the middle it overwrites and never outgrows a block") {
+    SUBCASE("in the middle it overwrites and never outgrows a block; a file that ends early gives what it has") {
         buffer.Put("abcdefg");
         buffer.SeekTo(2);
         CHECK(buffer.Load(&file, 3, &error) == 3);
         CHECK(buffer.Blocks() == "ab01|2fg");
-        CHECK(buffer.IsSound());
-    }
-    SUBCASE("a file that ends early gives what it has") {
-        CHECK(buffer.Load(&file, 99, &error) == 10);
-        CHECK(error == 0);
-        CHECK(buffer.IsSound());
-    }
-    SUBCASE("nothing to load") {
-        CHECK(buffer.Load(&file, 0, &error) == 0);
-        CHECK(buffer.Load(nullptr, 5, &error) == 0);
+        CHECK(buffer.Load(&file, 99, &error) == 7);
+        CHECK(buffer.Blocks() == "ab01|2345|6789|");
+        CHECK(Values(buffer.Load(&file, 0, &error), buffer.Load(nullptr, 5, &error), error) == "0 0 0");
     }
     SUBCASE("a file error ends it and tells its cause") {
         FailingFile failing(bytes, 2);
         CHECK(buffer.Load(&failing, 10, &error) == 8);
         CHECK(error == CFileException::hardIO);
-        CHECK(buffer.Content() == "01234567");
+        CHECK(buffer.Blocks() == "0123|4567|");
         CHECK(buffer.Save(&failing, &error) == 0);
         CHECK(error == CFileException::diskFull);
     }
+    CHECK(buffer.IsSound());
 }
 
-TEST_CASE("extend buffer: agrees with a plain string through random edits") {
-    for (const DWORD blockSize : {1u, 3u, 8u, 64u}) {
-        CAPTURE(blockSize);
-        std::mt19937 random(blockSize);
+TEST_CASE("extend buffer: agrees with a plain string through random edits, whatever the blocks are") {
+    struct Shape {
+        DWORD blockSize;
+        int flags;
+    };
+    for (const Shape& shape : {Shape{1, -1}, Shape{3, 0x00}, Shape{3, 0x42}, Shape{8, -1}, Shape{64, 0x02}}) {
+        CAPTURE(shape.blockSize);
+        std::mt19937 random(shape.blockSize);
         const auto below = [&](size_t limit) { return static_cast<DWORD>(random() % limit); };
-        Chain buffer(blockSize);
+        Chain buffer(shape.blockSize, shape.flags);
         std::string model;
         DWORD position = 0;
-        for (int step = 0; step < 4000; ++step) {
+        for (int step = 0; step < 5000; ++step) {
             CAPTURE(step);
-            const std::string bytes(below(2 * blockSize) + 1, static_cast<char>('a' + step % 26));
+            std::string bytes(below(2 * shape.blockSize) + 1, static_cast<char>('a' + step % 26));
             const auto count = static_cast<DWORD>(bytes.size());
-            switch (below(model.size() > 500 ? 7 : 6)) {
+            DWORD wanted = below(3 * shape.blockSize);
+            const DWORD size = buffer.GetSize();
+            const DWORD unit = below(shape.blockSize) + 1;
+            switch (below(model.size() > 500 ? 9 : 8)) {
             case 0:
                 position = below(model.size() + 1);
                 REQUIRE(buffer.SeekTo(position) == position);
                 break;
-            case 1: {
-                const DWORD wanted = below(3 * blockSize);
+            case 1:
                 REQUIRE(buffer.ReadText(wanted) == model.substr(position, wanted));
-                position = std::min<DWORD>(position + wanted, static_cast<DWORD>(model.size()));
+                position = std::min<DWORD>(position + wanted, size);
                 break;
-            }
             case 2:
                 REQUIRE(buffer.Append(bytes.data(), count) == count);
                 model += bytes;
-                position = static_cast<DWORD>(model.size());
+                position = size + count;
                 break;
             case 3: // equal bytes, so that a spill's repetition does not show
                 REQUIRE(buffer.InsertText(bytes) == count);
                 model.insert(position, bytes);
                 position += count;
                 break;
-            case 4: { // what a write does not add to a block's end, it overwrites
-                const DWORD size = buffer.GetSize();
+            case 4: // what a write does not add to a block's end, it overwrites
                 REQUIRE(buffer.WriteText(bytes) == count);
-                const DWORD grown = buffer.GetSize() - size;
-                REQUIRE(grown <= count);
-                model.replace(position, count - grown, bytes);
+                model.replace(position, count - (buffer.GetSize() - size), bytes);
                 position += count;
                 break;
-            }
-            default: {
-                const DWORD wanted = below(model.size() > 500 ? 200 : 2 * blockSize);
-                const DWORD removed = buffer.Remove(wanted);
-                REQUIRE(removed == std::min<size_t>(wanted, model.size() - position));
-                model.erase(position, removed);
-            }
+            case 5:
+                REQUIRE(buffer.Overwrite(bytes.data(), count) == count);
+                model.replace(position, count, bytes);
+                position += count;
+                break;
+            case 6: // in order, and whole units only
+                for (DWORD i = 0; i < count; ++i)
+                    bytes[i] = static_cast<char>('A' + i % 26);
+                REQUIRE(buffer.InsertInOrder(bytes.data(), count, unit) == count / unit * unit);
+                model.insert(position, bytes, 0, count / unit * unit);
+                position += count / unit * unit;
+                break;
+            default:
+                wanted *= model.size() > 500 ? 10 : 1;
+                REQUIRE(buffer.Remove(wanted) == std::min(wanted, size - position));
+                model.erase(position, wanted);
             }
             REQUIRE(buffer.GetIndex() == position);
             REQUIRE(buffer.IsSound());
@@ -295,35 +271,13 @@ TEST_CASE("extend buffer: agrees with a plain string through random edits") {
     }
 }
 
-TEST_CASE("extend buffer: far seeks, with edits between them, land where the bytes are") {
-    // Many blocks, so that a seek looks its block up instead of walking; every kind of edit makes the last look-up old.
-    std::mt19937 random(7);
-    Chain chain(8);
-    std::string model;
-    for (int i = 0; i < 500; ++i)
-        model += static_cast<char>('a' + i % 26);
-    chain.Put(model);
-    for (int round = 0; round < 4000; ++round) {
-        const auto at = static_cast<DWORD>(random() % (model.size() + 1));
-        REQUIRE(chain.SeekTo(at) == at);
-        const std::string text(1 + random() % 20, static_cast<char>('A' + round % 26));
-        switch (random() % 8) {
-        case 0:
-            REQUIRE(chain.InsertText(text) == text.size());
-            model.insert(at, text);
-            break;
-        case 1:
-            REQUIRE(chain.Remove(7) == std::min<size_t>(7, model.size() - at));
-            model.erase(at, 7);
-            break;
-        case 2:
-            chain.Put(text);
-            model += text;
-            break;
-        default:
-            REQUIRE(chain.ReadText(9) == model.substr(at, 9));
-        }
+TEST_CASE("extend buffer: ascending insertions leave no trail of almost empty blocks") {
+    Chain buffer(64);
+    buffer.Put(std::string(8000, '.'));
+    for (DWORD i = 0; i < 4000; ++i) { // between every two of the older bytes
+        buffer.SeekTo(4 * i + 2);
+        REQUIRE(buffer.InsertInOrder("ab", 2, 2) == 2);
     }
-    chain.SeekTo(0);
-    CHECK(chain.Content() == model);
+    const std::string blocks = buffer.Blocks();
+    CHECK(std::count(blocks.begin(), blocks.end(), '|') < 2 * 16000 / 64);
 }

@@ -235,10 +235,12 @@ bool CExtendBuffer::MakeRoom(DWORD unit) {
     LeaveBlockEnd();
     if (OffsetInBlock() == 0 && m_pCurrent->m_pPrev && hasRoom(m_pCurrent->m_pPrev))
         EnterPrevBlock();
-    if (hasRoom(m_pCurrent))
-        return true;
-    const DWORD half = m_pCurrent->m_dwUsed / 2 / unit * unit;
-    return SplitCurrentBlock(std::max(half, OffsetInBlock())) && hasRoom(m_pCurrent);
+    while (!hasRoom(m_pCurrent)) { // a second time where the block holds no whole units
+        const DWORD half = m_pCurrent->m_dwUsed / 2 / unit * unit;
+        if (unit > m_dwBlockSize || !SplitCurrentBlock(std::max(half, OffsetInBlock())))
+            return false;
+    }
+    return true;
 }
 
 DWORD CExtendBuffer::Remove(DWORD count) {

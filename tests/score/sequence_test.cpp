@@ -1,0 +1,139 @@
+#include "torv/score/master_track.h"
+#include "torv/score/sequence.h"
+#include "torv/score/sequence_object.h"
+
+#include "allocation_failure.h"
+#include "values.h"
+
+#include <doctest/doctest.h>
+
+#include <memory>
+#include <string>
+
+namespace {
+
+void AddTempo(CMasterTrack& master, DWORD delta) {
+    tagMasterEventEntry entry{delta, torv::kEventTempo, 0, 500000, 0};
+    CHECK(master.AddEvent(&entry) == 1);
+}
+
+} // namespace
+
+TEST_CASE("song: tracks in order, and its length is the longest one's, wherever that stands") {
+    CSequence song;
+    CHECK(song.GetObjectLength(nullptr) == 0); // no master track yet
+    CHECK(song.Create(nullptr) == 1);
+    CSequenceObject* const a = CSequence::CreateObject();
+    CSequenceObject* const b = CSequence::CreateObject();
+    CSequenceObject* const c = CSequence::CreateObject();
+    const POSITION at = song.AddObject(a);
+    const POSITION first = song.InsertObject(at, b, 0);
+    song.InsertObject(at, c, 1);
+    POSITION forward = song.GetHeadObjectPosition();
+    POSITION back = song.GetTailObjectPosition();
+    for (CSequenceObject* const expected : {b, a, c})
+        CHECK(song.GetNextObject(forward) == expected);
+    for (CSequenceObject* const expected : {c, a, b})
+        CHECK(song.GetPrevObject(back) == expected);
+    CHECK(forward == nullptr);
+    CHECK(back == nullptr);
+    CHECK(song.GetNextObject(forward) == nullptr);
+    CHECK(song.GetPrevObject(back) == nullptr);
+    CHECK(song.GetHeadObject() == b);
+    CHECK(song.GetTailObject() == c);
+    CHECK(song.GetObjectAt(at) == a);
+    CHECK(song.GetObjectAt(nullptr) == nullptr);
+    CHECK(song.FindObject(b) == first);
+    CHECK(song.GetObjectCount() == 3);
+
+    a->SetLength(900);
+    b->SetLength(500);
+    c->SetLength(700);
+    CHECK(song.GetObjectLength(nullptr) == 900);
+    CHECK(song.GetObjectLength(at) == 900);
+    CHECK(song.GetObjectLength(first) == 500);
+    AddTempo(*song.GetMasterTrack(), 1000);
+    CHECK(song.GetObjectLength(nullptr) == 1000);
+
+    CHECK(song.IsObjectModified() == 0);
+    song.SetModify(1);
+    song.GetMasterTrack()->SetModify(1);
+    CHECK(song.IsObjectModified() == 0); // only the tracks count
+    c->SetModify(1);
+    CHECK(song.IsObjectModified() == 1);
+    song.ClearAllModified();
+    CHECK(Values(song.IsObjectModified(), song.GetModify(), song.GetMasterTrack()->GetModify()) == "0 0 1");
+
+    song.RemoveObjectAt(nullptr, 1);
+    song.RemoveObjectAt(first, 0);
+    CHECK(song.FindObject(b) == nullptr);
+    CHECK(b->GetLength() == 500); // only taken out
+    delete b;
+    song.RemoveObjectAt(at, 1);
+    CHECK(song.GetHeadObject() == c);
+    song.RemoveAllObject();
+    CHECK(song.GetHeadObject() == nullptr);
+    CHECK(song.GetTailObject() == nullptr);
+}
+
+TEST_CASE("song: settings") {
+    CSequence song;
+    const auto show = [&song] {
+        const tagTimeSignature signature = song.GetInitialTimeSig();
+        return Values(song.GetColor(), song.GetTranspose(), song.GetSequenceLength(), song.GetStartPosition(),
+                      song.GetTimeDivision(), song.GetInitialTempo(), song.GetInitialKeySig(), int{signature.numerator},
+                      int{signature.denominatorExponent}, song.GetModify(), song.GetName());
+    };
+    CHECK(show() == "0 0 0 0 480 500000 0 4 2 0 ");
+    song.SetColor(1);
+    song.SetTranspose(-2);
+    song.SetSequenceLength(3);
+    song.SetStartPosition(4);
+    song.SetTimeDivision(5);
+    song.SetInitialTempo(6);
+    song.SetInitialKeySig(7);
+    song.SetInitialTimeSig(8, 9); // exponent, then numerator
+    CHECK(song.SetName("x") == 1);
+    CHECK(show() == "1 -2 3 4 5 6 7 9 8 0 x");
+    song.SetInitialTimeSig({3, 2});
+    song.SetName(std::string(300, 'x').c_str());
+    CHECK(show() == "1 -2 3 4 5 6 7 3 2 0 " + std::string(259, 'x'));
+}
+
+TEST_CASE("song: whose the master track is") {
+    CMasterTrack master;
+    REQUIRE(master.Create() == 1);
+    AddTempo(master, 700);
+    {
+        CSequence song;
+        CHECK(song.Create(&master) == 1);
+        CHECK(song.Create(&master) == 1);
+        CHECK(song.GetMasterTrack() == &master);
+        CHECK(song.Create(nullptr) == 1); // one of its own in the place of the caller's
+        CMasterTrack* const own = song.GetMasterTrack();
+        CHECK(own->GetLength() == 0);
+        AddTempo(*own, 300);
+        CHECK(song.Create(own) == 1); // its own, handed back to it, stays and stays its own
+        CHECK(song.GetMasterTrack() == own);
+        CHECK(own->GetLength() == 300);
+        FailEachAllocation([&](AllocationFailure& failure) {
+            CMasterTrack* const held = song.GetMasterTrack();
+            const int done = failure.During([&] { return song.Create(nullptr); });
+            CHECK(done == !failure.HasHappened());
+            if (!done)
+                CHECK(song.GetMasterTrack() == held);
+        });
+        CHECK(song.Create(&master) == 1);
+    }
+    CHECK(master.GetLength() == 700); // survived the song
+}
+
+TEST_CASE("song: a track for which there is no memory stays the caller's") {
+    FailEachAllocation([](AllocationFailure& failure) {
+        CSequence song;
+        auto track = std::make_unique<CSequenceObject>();
+        if (failure.During([&] { return song.AddObject(track.get()); }))
+            track.release();
+        CHECK(song.GetObjectCount() == !failure.HasHappened());
+    });
+}
