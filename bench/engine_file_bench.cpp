@@ -90,7 +90,6 @@ public:
         }
     }
     void Write(const std::string& path) {
-        CreateWorkArea();
         Open(path.c_str(), CFile::modeCreate | CFile::modeReadWrite);
         RiffWriteMidiHeader(1, kTracks, kDivision);
         for (CQuillMidiBuffer& buffer : m_buffers) {

@@ -94,6 +94,7 @@ public:
         m_song.AddObject(m_track);
         m_builder.OpenBuffer(m_track);
     }
+    CSequence& Sequence() { return m_song; }
     CSequenceObject& Track() { return *m_track; }
 
     void Tempo(DWORD tick, DWORD tempo) {
@@ -113,6 +114,9 @@ public:
             added->SetDeltaRate(element.share);
             added->SetPhonemeString(element.phonemes, language);
         }
+        return Attach(lyric);
+    }
+    DWORD Attach(CLyricObject* lyric) {
         return static_cast<DWORD>(reinterpret_cast<uintptr_t>(m_track->AttachLyricObject(lyric)));
     }
     DWORD Icon(CIconObject* icon) {
@@ -144,10 +148,13 @@ public:
         singer->iconHandle = Icon(icon);
         Put(tick, singer);
     }
+    std::unique_ptr<tagSequenceTimeMap[]> Map() {
+        return std::unique_ptr<tagSequenceTimeMap[]>(
+            CxQuillMidiEncoder::CreateSequenceTimeMap(m_song.GetMasterTrack()));
+    }
     std::unique_ptr<CQuillMidiBuffer> Encode(CxQuillMidiEncoder& encoder) {
         m_builder.CloseBuffer();
-        const std::unique_ptr<tagSequenceTimeMap[]> map(
-            CxQuillMidiEncoder::CreateSequenceTimeMap(m_song.GetMasterTrack()));
+        const auto map = Map();
         tagQuillMidiEncodeStruct encode{m_track, map.get()};
         return std::unique_ptr<CQuillMidiBuffer>(encoder.EncodeSequenceTrack(&encode));
     }

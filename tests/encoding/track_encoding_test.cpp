@@ -162,8 +162,7 @@ TEST_CASE("a master track without events counts at the tempo that applies withou
     torv::ReleaseSequenceTimeMap(map);
     // A map of nothing but its end, as a host may make it, is not read past.
     const tagSequenceTimeMap empty[] = {{0, 0xFFFFFFFF, 0xFFFFFFFF}};
-    CHECK(torv::FindTripleByTick(960, empty, 0) == 0);
-    CHECK(torv::FindTripleByTime(960, empty, 0) == 0);
+    CHECK(CxQuillMidiEncoder::SearchTickPosition(960, empty, 7) == 0);
 }
 
 TEST_CASE("file mode: every message is an event of its own, an interval apart") {

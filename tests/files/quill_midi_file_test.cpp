@@ -1,13 +1,12 @@
 #include "torv/files/quill_midi_file.h"
 
-#include "encoding/encoding_fixture.h"
+#include "encoding/random_song.h"
 #include "platform/temp_folder.h"
 
 #include <doctest/doctest.h>
 
 #include <algorithm>
 #include <string>
-#include <tuple>
 
 #if !defined(_WIN32)
 #include <csignal>
@@ -43,38 +42,6 @@ struct Song : Chart {
         song.GetMasterTrack()->InsertEvent(&entry);
     }
 };
-
-/// Two tracks with one of everything: singers, notes with a vibrato, a level, a changing level, and curves.
-void Fill(Song& song) {
-    song.Tempo(2000, 400000);
-    song.Tempo(3001, 750000);
-    for (const int channel : {3, 12}) {
-        CSequenceObject& track = song.Track("Track", channel);
-        track.SetTranspose(channel - 10);
-        song.Singer(0, 1, 3);
-        song.Singer(2400, 1, 3);
-        for (const int articulation : {1, 2}) {
-            auto* const icon = new CIconDynamics(5, articulation, 1);
-            icon->SetStartDynamics(articulation == 1 ? 90 : 0);
-            icon->SetEndDynamics(-40);
-            icon->SetLength(200);
-            song.Place(2400 + 100U * static_cast<DWORD>(articulation), icon);
-        }
-        for (DWORD i = 0; i < 5; ++i) {
-            auto* const vibrato = new CIconVibrato(4, 4, 1);
-            vibrato->SetLength(300);
-            vibrato->SetStartDepth(20);
-            AddPoint(vibrato->GetDepthBPList(), 5000, 70);
-            tagCsqEventAnote* const note = song.Note(2700 + 480 * i, 480, 60 + static_cast<int>(i));
-            note->header.status = static_cast<WORD>(channel);
-            note->vibratoHandle = song.Icon(vibrato);
-        }
-        for (LONG i = 0; i < 200; ++i)
-            AddPoint(track.GetPitchBendBreakPointList(), 1000 + 17 * i, static_cast<SHORT>(31 * i - 3000));
-        AddPoint(track.CreateVoiceControlBreakPointList(4), 2700, 70);
-    }
-    song.Close();
-}
 
 struct Event {
     DWORD tick;
@@ -163,29 +130,33 @@ struct Inside : CxQuillMidiFile {
     using CxQuillMidiFile::WriteMetaTrackName;
 
     std::vector<CQuillMidiBuffer> buffers;
-    explicit Inside(size_t count = 1) : buffers(count) {
+    Inside() : buffers(1) {
         for (CQuillMidiBuffer& buffer : buffers)
             buffer.Create(0, 2000, 0);
         m_pBuffer = buffers.data();
     }
-    int Encode(Song& song, const tagQuillMidiQSBBuffer* qsb) {
-        CreateWorkArea();
-        return EncodeMultiTrackSequence(buffers, &song.song, qsb);
-    }
     Events Written() { return EventsOf(buffers[0]); }
 };
 
-std::string Saved(CxQuillMidiFile& file, Song& song, tagQuillMidiQSBBuffer* qsb = nullptr) {
+std::string Saved(CxQuillMidiFile& file, CSequence& song, tagQuillMidiQSBBuffer* qsb = nullptr) {
     const TempFolder folder;
-    song.Close();
-    CHECK(file.SaveAsFormat1(folder.Path("song.mid").c_str(), &song.song, qsb) == 1);
+    CHECK(file.SaveAsFormat1(folder.Path("song.mid").c_str(), &song, qsb) == 1);
     CHECK(file.GetErrorMessage() == "CFileException::none"s);
-    CHECK_FALSE(folder.Has("song.mid.saving"));
+    CHECK(file.GetOutMode() == CxQuillMidiEncoder::kFileMode);
     return folder.Content("song.mid");
 }
 std::string Saved(Song& song, tagQuillMidiQSBBuffer* qsb = nullptr) {
     CxQuillMidiFile file;
-    return Saved(file, song, qsb);
+    song.Close();
+    return Saved(file, song.song, qsb);
+}
+
+std::vector<std::string> NamesIn(const TempFolder& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.Path("")))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
 /// Control changes on one channel, at no distance from each other, from pairs of controller and value.
@@ -194,24 +165,6 @@ std::string Controls(char status, const std::string& pairs) {
     for (size_t i = 0; i < pairs.size(); i += 2)
         bytes += (i ? "\0"s : ""s) + status + pairs[i] + pairs[i + 1];
     return bytes;
-}
-
-/// Runs of messages cut into blocks, in the order of ticks and bytes: real time orders a tick's blocks by time.
-Events Blocks(const Events& runs) {
-    Events blocks;
-    for (const Event& run : runs)
-        for (size_t i = 0; i < run.bytes.size(); i += 3)
-            blocks.push_back({run.tick, run.bytes.substr(i, 3)});
-    for (size_t i = blocks.size() - 1; i > 0; --i) { // from the end: what does not open a block goes with what precedes
-        const bool opens = blocks[i].bytes[1] == 99 && blocks[i].bytes.size() > 3 && blocks[i].bytes[5] == 0;
-        if (!opens && blocks[i].tick == blocks[i - 1].tick) {
-            blocks[i - 1].bytes += blocks[i].bytes;
-            blocks.erase(blocks.begin() + static_cast<std::ptrdiff_t>(i));
-        }
-    }
-    std::sort(blocks.begin(), blocks.end(),
-              [](const Event& a, const Event& b) { return std::tie(a.tick, a.bytes) < std::tie(b.tick, b.bytes); });
-    return blocks;
 }
 
 } // namespace
@@ -250,49 +203,35 @@ TEST_CASE("engine midi file: a small song, byte for byte") {
                                   "\0\xFF\x03\0\0\xFF\x2F\0"s);
 }
 
-TEST_CASE("engine midi file: what a file holds is what was encoded") {
-    Song song;
-    Fill(song);
-    const Bytes data(300, 'x');
-    tagQuillMidiQSBBuffer qsb[] = {{data.data(), 300}, {data.data(), 119}};
-    Inside file(3);
-    REQUIRE(file.Encode(song, qsb) == 1);
-    const Reader read(Saved(file, song, qsb));
-    REQUIRE(read.tracks.size() == 3);
-    for (size_t i = 0; i < 3; ++i)
-        CHECK(read.tracks[i] == EventsOf(file.buffers[i]));
-    CHECK(read.tracks[1].back().tick == 2700 + 5 * 480); // the last note's end
-}
-
-TEST_CASE("engine midi file: the blocks are those of real time, message by message") {
-    Song song;
-    Fill(song);
-    CxQuillMidiFile file;
-    file.SetPresendTime(499); // out of range: 2000, in both
-    const Reader read(Saved(file, song));
-    CHECK(file.GetPresendTime() == 2000);
-    CHECK(file.GetOutMode() == 0);
-
-    const std::unique_ptr<tagSequenceTimeMap[]> map(CxQuillMidiFile::CreateSequenceTimeMap(song.song.GetMasterTrack()));
-    POSITION at = song.song.GetHeadObjectPosition();
-    for (size_t i = 1; i < 3; ++i) {
-        tagQuillMidiEncodeStruct encode{song.song.GetNextObject(at), map.get()};
-        const std::unique_ptr<CQuillMidiBuffer> stream(file.EncodeSequenceTrack(&encode));
-        const Events expected = Blocks(EventsOf(*stream));
-        CHECK(expected.size() == 199);
-        CHECK(Blocks({read.tracks[i].begin() + 1, read.tracks[i].end() - 1}) == expected); // without name and end
+TEST_CASE(
+    "engine midi file: a track holds what a plain encoder makes of it, message by message, and ends with its sound") {
+    const Articulations catalogue;
+    for (unsigned seed = 1; seed <= 40; ++seed) {
+        CAPTURE(seed);
+        plain::Song plainSong = Composer(seed).Song();
+        const DWORD interval = seed % 3;
+        CxQuillMidiFile file;
+        SetUp(file, plainSong);
+        file.SetEventInterval(interval);
+        if (seed % 5 == 0) {
+            file.SetPresendTime(seed % 2 ? 499 : 5001); // out of range: 2000
+            plainSong.presend = 2000;
+        }
+        const plain::Encoder plain(plainSong);
+        Written song(plainSong);
+        CSequenceObject* const other = CSequence::CreateObject();
+        other->SetName("other");
+        song.Sequence().AddObject(other);
+        const Reader read(Saved(file, song.Sequence()));
+        CHECK(file.GetPresendTime() == static_cast<DWORD>(plainSong.presend));
+        Events expected{{0, "\xFF\3\0"s}};
+        for (const plain::Placed& message : plain.Messages(interval))
+            expected.push_back({static_cast<DWORD>(message.tick), Text(message.bytes)});
+        expected.push_back({std::max(expected.back().tick, static_cast<DWORD>(plain.lastTick)), "\xFF\x2F\0"s});
+        REQUIRE(read.tracks.size() == 3);
+        CHECK(read.tracks[1] == expected);
+        CHECK(read.tracks[2] == Events{{0, "\xFF\3\5other"s}, {0, "\xFF\x2F\0"s}});
     }
-
-    Song spaced;
-    spaced.Track("");
-    spaced.Note(1920, 480);
-    file.SetEventInterval(2);
-    const Reader apart(Saved(file, spaced));
-    const Events& events = apart.tracks.at(1);
-    REQUIRE(events.size() == 36); // name, the 34 messages of a plain note, end
-    for (DWORD i = 0; i < 34; ++i)
-        CHECK(events[i + 1].tick == 2 * i);
-    CHECK(events[35].tick == 2400);
 }
 
 TEST_CASE("engine midi file: deltas as variable-length quantities, bridged where they pass one") {
@@ -415,68 +354,39 @@ TEST_CASE("engine midi file: a save that fails leaves what was there, and says w
     const TempFolder folder;
     const std::string old = folder.File("old.mid", "old");
     Song song;
-    Fill(song);
-    song.Track(""); // which still fits when the tracks before it do not
+    song.Track("Voice");
+    for (DWORD i = 0; i < 100; ++i)
+        song.Note(1920 + 480 * i, 480);
+    song.Track(""); // which still fits when the track before it does not
     song.Close();
     const Bytes data(20000, 'x');
-    tagQuillMidiQSBBuffer qsb[] = {{data.data(), 20000}, {data.data(), 20000}, {}};
+    tagQuillMidiQSBBuffer qsb[] = {{data.data(), 20000}, {}};
     CxQuillMidiFile file;
     const auto failure = [&](const std::string& path) -> std::string {
         CHECK(file.SaveAsFormat1(path.c_str(), &song.song, qsb) == 0);
         CHECK(file.IsOpen() == 0);
         return file.GetErrorMessage();
     };
-
     CHECK(failure(folder.Path("none/new.mid")) == "CFileException::badPath");
     CHECK(failure("") == "CFileException::badPath");
     folder.Folder("sub.mid");
     CHECK(failure(folder.Path("sub.mid")) == "CFileException::accessDenied");
-    CHECK_FALSE(folder.Has("sub.mid.saving"));
-#if defined(_WIN32)
-    {
-        CFile inUse(folder.File("busy.mid", "busy").c_str(), CFile::modeRead | CFile::shareExclusive);
-        const std::string text = failure(folder.Path("busy.mid"));
-        CHECK((text == "CFileException::sharingViolation SHARE.EXE" || text == "CFileException::accessDenied"));
-        CHECK_FALSE(folder.Has("busy.mid.saving"));
-        CFile saving(folder.File("old.mid.saving", "another's").c_str(), CFile::modeRead | CFile::shareExclusive);
-        CHECK(failure(old) == "CFileException::sharingViolation SHARE.EXE");
-    }
-    CHECK(folder.Content("busy.mid") == "busy");
-    CHECK(folder.Content("old.mid.saving") == "another's"); // what it did not make it does not remove
-    std::filesystem::remove(folder.Path("old.mid.saving"));
-#else
-    for (const char* const name : {"old.mid", "new.mid"}) {
-        // Full from the first byte on, in a save and in what a host writes itself.
-        for (const bool isSave : {true, false}) {
-            std::filesystem::create_symlink("/dev/full", folder.Path(name + ".saving"s));
-            if (isSave) {
-                CHECK(failure(folder.Path(name)) == "CFileException::diskFull");
-            } else {
-                CHECK(file.Open(folder.Path(name).c_str(), CFile::modeCreate | CFile::modeReadWrite) == 1);
-                CHECK(file.Write("x", 1) == 0);
-                CHECK(file.Close() == 0);
-            }
-            CHECK_FALSE(std::filesystem::is_symlink(folder.Path(name + ".saving"s)));
-        }
-        // Full in the midst of a track: the system refuses to let a file grow further, as a full disk does.
-        rlimit before{};
-        getrlimit(RLIMIT_FSIZE, &before);
-        const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-        for (const rlim_t room : {10, 20, 9000, 30000}) {
+#if !defined(_WIN32)
+    // Full in the midst of a track: the system refuses to let a file grow further, as a full disk does.
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    for (const char* const name : {"old.mid", "new.mid"})
+        for (const rlim_t room : {0, 10, 20, 9000, 30000}) {
             const rlimit limit{room, before.rlim_max};
             setrlimit(RLIMIT_FSIZE, &limit);
             const int saved = file.SaveAsFormat1(folder.Path(name).c_str(), &song.song, qsb);
             setrlimit(RLIMIT_FSIZE, &before);
             CHECK(saved == 0);
             CHECK(file.GetErrorMessage() == "CFileException::diskFull"s);
-            CHECK_FALSE(folder.Has(name + ".saving"s));
         }
-        std::signal(SIGXFSZ, handler);
-    }
+    std::signal(SIGXFSZ, handler);
 #endif
-    CHECK(folder.Content("old.mid") == "old");
-    CHECK_FALSE(folder.Has("new.mid"));
-
     CHECK(file.SaveAsFormat1(nullptr, &song.song, nullptr) == 0);
     CHECK(file.SaveAsFormat1(old.c_str(), nullptr, qsb) == 0);
     CHECK(file.GetErrorMessage() == "CFileException::none"s); // no file error, and none of the save before
@@ -485,14 +395,24 @@ TEST_CASE("engine midi file: a save that fails leaves what was there, and says w
     CMasterTrack noEvents;
     noMaster.Create(&noEvents);
     CHECK(file.SaveAsFormat1(old.c_str(), &noMaster, nullptr) == 0);
-    CHECK(file.SaveAsFormat0(old.c_str(), &song.song, qsb) == 1); // as a save that went well
-    CHECK(file.SaveAsFormat0(folder.Path("new.mid").c_str(), nullptr, nullptr) == 1);
-    CHECK_FALSE(folder.Has("new.mid"));
+    CHECK(file.SaveAsFormat0(folder.Path("new.mid").c_str(), &song.song, qsb) == 1); // as a save that went well
     CHECK(folder.Content("old.mid") == "old");
+    CHECK(NamesIn(folder) == std::vector<std::string>{"old.mid", "sub.mid"});
+}
 
-    Song bare;
-    bare.song.AddObject(new CSequenceObject); // one without a chart is an empty one
-    CHECK(file.SaveAsFormat1(old.c_str(), &bare.song, nullptr) == 1);
-    CHECK(Reader(folder.Content("old.mid")).tracks.at(2) == Events{{0, "\xFF\3\0"s}, {0, "\xFF\x2F\0"s}});
-    CHECK_FALSE(folder.Has("old.mid.saving"));
+TEST_CASE("engine midi file: two saves of one name at once are two whole files, and the last one stays") {
+    const TempFolder folder;
+    const std::string path = folder.Path("song.mid");
+    Song song;
+    song.Note(1920, 480);
+    song.Close();
+    CxQuillMidiFile first;
+    CHECK(first.Open(path.c_str(), CFile::modeCreate | CFile::modeReadWrite) == 1);
+    CHECK(first.Write("first", 5) == 1);
+    CxQuillMidiFile second;
+    CHECK(second.SaveAsFormat1(path.c_str(), &song.song, nullptr) == 1);
+    CHECK(Reader(folder.Content("song.mid")).tracks.size() == 2);
+    CHECK(first.Close() == 1);
+    CHECK(folder.Content("song.mid") == "first");
+    CHECK(NamesIn(folder) == std::vector<std::string>{"song.mid"});
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "torv/encoding/nprn_block.h"
 #include "torv/platform/platform.h"
 
 #include <cstddef>
@@ -13,7 +14,18 @@ inline constexpr int kMaxPhonemeCharacters = 16;
 /// The advancement stored at characters that start no phoneme.
 inline constexpr BYTE kNoAdvancement = 0xFF;
 
-/// One lyric element of a note as the engine is told of it, 72 bytes.
+/// An attack or release as a segment has it.
+struct tagQuillMidiSegmentShape {
+    WORD code = kNoIconCode;
+    BYTE index;
+    BYTE depth; ///< before the duration here, after it in the note's record
+    BYTE duration;
+    BYTE zero;
+};
+static_assert(sizeof(tagQuillMidiSegmentShape) == 6 && offsetof(tagQuillMidiSegmentShape, depth) == 3);
+
+/// One lyric element of a note as the engine is told of it, 72 bytes. Icons that do not begin, end or meet in the
+/// segment have no code.
 struct tagQuillMidiNoteSegment {
     DWORD startTick;
     WORD lengthTicks;
@@ -22,20 +34,12 @@ struct tagQuillMidiNoteSegment {
     WORD durationTime; ///< milliseconds
     BYTE type;         ///< bit 0: begins the sound, bit 1: ends it
     BYTE zero2;
-    WORD attackCode;
-    BYTE attackIndex;
-    BYTE attackDepth; ///< before the duration here, after it in the note's record
-    BYTE attackDuration;
-    BYTE zero3;
-    WORD releaseCode;
-    BYTE releaseIndex;
-    BYTE releaseDepth;
-    BYTE releaseDuration;
-    BYTE zero4;
-    WORD transitionCode;
+    tagQuillMidiSegmentShape attack;
+    tagQuillMidiSegmentShape release;
+    WORD transitionCode = kNoIconCode;
     BYTE transitionIndex;
     BYTE transitionDuration;
-    WORD vibratoCode;
+    WORD vibratoCode = kNoIconCode;
     BYTE vibratoIndex;
     BYTE vibratoExtent; ///< 0..127 of the segment
     BYTE vibratoStart;  ///< 0..127 of the segment
@@ -46,13 +50,23 @@ struct tagQuillMidiNoteSegment {
 };
 static_assert(sizeof(tagQuillMidiNoteSegment) == 72);
 static_assert(offsetof(tagQuillMidiNoteSegment, startTime) == 8 && offsetof(tagQuillMidiNoteSegment, type) == 14 &&
-              offsetof(tagQuillMidiNoteSegment, attackCode) == 16 &&
-              offsetof(tagQuillMidiNoteSegment, attackDepth) == 19 &&
-              offsetof(tagQuillMidiNoteSegment, releaseCode) == 22 &&
+              offsetof(tagQuillMidiNoteSegment, attack) == 16 && offsetof(tagQuillMidiNoteSegment, release) == 22 &&
               offsetof(tagQuillMidiNoteSegment, transitionCode) == 28 &&
               offsetof(tagQuillMidiNoteSegment, vibratoCode) == 32 && offsetof(tagQuillMidiNoteSegment, one) == 37 &&
               offsetof(tagQuillMidiNoteSegment, phonemes) == 38 &&
               offsetof(tagQuillMidiNoteSegment, advancements) == 55);
+
+/// A note icon as a note's record has it.
+struct tagQuillMidiOutIcon {
+    LONG code = -1; ///< 16-bit engine code, -1 when none
+    LONG index;
+    LONG length; ///< ticks
+    LONG duration;
+};
+struct tagQuillMidiOutShape {
+    tagQuillMidiOutIcon icon;
+    LONG depth;
+};
 
 /// One note with its icons resolved and its segments, made and freed by the encoder.
 struct tagQuillMidiOutNoteParam {
@@ -63,21 +77,10 @@ struct tagQuillMidiOutNoteParam {
     DWORD dynamics;   ///< velocity
     DWORD attribute;  ///< bit 0: joined to the previous note, bit 1: joined to the next
     DWORD presend;    ///< milliseconds
-    LONG attackCode;  ///< 16-bit engine code, -1 when none
-    LONG attackIndex;
-    LONG attackLength;
-    LONG attackDuration;
-    LONG attackDepth;
-    LONG releaseCode;
-    LONG releaseIndex;
-    LONG releaseLength;
-    LONG releaseDuration;
-    LONG releaseDepth;
-    LONG transitionCode;
-    LONG transitionIndex;
-    LONG transitionLength;
-    LONG transitionDuration;
-    LONG vibratoCode;
+    tagQuillMidiOutShape attack;
+    tagQuillMidiOutShape release;
+    tagQuillMidiOutIcon transition;
+    LONG vibratoCode = -1;
     LONG vibratoIndex;
     DWORD vibratoStart;    ///< tick
     DWORD vibratoEnd;      ///< tick
@@ -85,14 +88,13 @@ struct tagQuillMidiOutNoteParam {
     DWORD segmentCount;
     tagQuillMidiNoteSegment* segments; ///< owned
 };
+static_assert(offsetof(tagQuillMidiOutNoteParam, attack) == 28 && offsetof(tagQuillMidiOutNoteParam, release) == 48 &&
+              offsetof(tagQuillMidiOutNoteParam, transition) == 68 &&
+              offsetof(tagQuillMidiOutNoteParam, vibratoCode) == 84);
 
 namespace torv {
 
-/// Writes a segment's note block: LSB by LSB, absent icons leaving gaps, so that the engine can decode by LSB alone.
-/// `out` has room for kMaxNoteBlockBytes. Returns the bytes written.
-DWORD WriteNoteSegmentBlock(BYTE* out, const tagQuillMidiOutNoteParam& note, const tagQuillMidiNoteSegment& segment);
-
-/// Opening, parameters up to LSB 18, one a character, end mark; every one at its longest.
-inline constexpr DWORD kMaxNoteBlockBytes = 24 + 17 * 12 + kMaxPhonemeCharacters * 12 + 12;
+/// A segment's note block: LSB by LSB, absent icons leaving gaps, so that the engine can decode by LSB alone.
+BlockWriter NoteSegmentBlock(const tagQuillMidiOutNoteParam& note, const tagQuillMidiNoteSegment& segment);
 
 } // namespace torv

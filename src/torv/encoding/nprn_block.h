@@ -2,6 +2,9 @@
 
 #include "torv/platform/platform.h"
 
+class CQuillMidiBuffer;
+struct tagQuillMidiRealtimeInfo;
+
 // The engine's MIDI dialect: everything travels as blocks of NRPN controller messages, each message a full three-byte
 // control change (99, 98, 6 and, where there is one, 38), never with running status. (NPRN is the interface's
 // spelling.)
@@ -35,7 +38,6 @@ enum NprnBlock : BYTE {
 
 /// A data LSB that is not written: the parameter then has no CC 38.
 inline constexpr BYTE kNoDataLsb = 0xFF;
-inline constexpr DWORD kNprnOpeningBytes = 12;
 inline constexpr DWORD kNprnOpeningWithDelayBytes = 24;
 inline constexpr DWORD kNprnMaxParameterBytes = 12;
 
@@ -49,5 +51,40 @@ DWORD WriteStartNPRNEvents(BYTE* out, int channel, BYTE numberMsb, DWORD delay, 
 /// Writes the block's next parameter; a `dataLsb` of 0x80 and above means none. Nothing is masked: callers pass seven
 /// bits. Returns 12, or 9 without a data LSB.
 DWORD WriteNextNPRNEvents(BYTE* out, BYTE dataMsb, BYTE dataLsb, tagQuillNPRNBlock* block);
+
+/// Blocks that are put together on the stack, one behind the other, and then placed in a stream as one. `kMaxBytes`
+/// hold any block of the dialect at its longest.
+class BlockWriter {
+public:
+    static constexpr DWORD kMaxBytes = 480;
+
+    /// Begins a block whose content applies `delay` milliseconds after it arrives.
+    BlockWriter& Open(DWORD channel, BYTE numberMsb, DWORD delay);
+    /// The next parameter, cut to the seven bits of a data byte.
+    BlockWriter& Put(int msb) { return PutBytes(SevenBits(msb), kNoDataLsb); }
+    BlockWriter& Put(int msb, int lsb) { return PutBytes(SevenBits(msb), SevenBits(lsb)); }
+    /// The next parameter as it stands; an `lsb` of 0x80 and above is not written.
+    BlockWriter& PutBytes(BYTE msb, BYTE lsb);
+    /// Leaves parameters out: those behind them keep their numbers.
+    BlockWriter& Skip(int parameters);
+    BYTE NextParameter() const { return m_block.nextLsb; }
+    void GoToParameter(BYTE parameter) { m_block.nextLsb = parameter; }
+    /// `write` puts parameters at the place it is given, as WriteNextNPRNEvents does, and returns their bytes.
+    template <class Write>
+    BlockWriter& PutWith(Write write) {
+        m_length += write(m_bytes + m_length, &m_block);
+        return *this;
+    }
+
+    /// Into the stream, sent at `time` milliseconds: as one entry in real time, as an event a message in a file. A time
+    /// before the song's start stands at tick 0 and is kept, so that time plus delay is still when it sounds. 0 when
+    /// the stream refuses it.
+    int Place(CQuillMidiBuffer& stream, const tagQuillMidiRealtimeInfo& info, LONG time) const;
+
+private:
+    BYTE m_bytes[kMaxBytes];
+    DWORD m_length = 0;
+    tagQuillNPRNBlock m_block{};
+};
 
 } // namespace torv

@@ -2,17 +2,6 @@
 
 #include "torv/encoding/quill_midi_buffer.h"
 
-#include <new>
-
-namespace {
-
-/// An opening with delay and at most two parameters.
-constexpr DWORD kMaxValueBlockBytes = torv::kNprnOpeningWithDelayBytes + 2 * torv::kNprnMaxParameterBytes;
-constexpr DWORD kMessageBytes = 3;
-constexpr int kRealTimeMode = 1;
-
-} // namespace
-
 CxQMOutBreakPoint::~CxQMOutBreakPoint() = default;
 
 void CxQMOutBreakPoint::DetachObject() { m_points.clear(); }
@@ -24,29 +13,14 @@ DWORD CxQMOutBreakPoint::WriteNextNPRNEvents(BYTE* out, int value, tagQuillNPRNB
 }
 
 int CxQMOutBreakPoint::AttachBreakPointList(const CBreakPointList* list) {
-    DetachObject();
-    if (!list)
-        return 0;
-    try {
+    return Attach([&] {
+        if (!list)
+            return 0;
         m_points.reserve(static_cast<size_t>(list->GetCount()));
-    } catch (const std::bad_alloc&) {
-        return 0;
-    }
-    for (POSITION at = list->GetHeadPosition(); at;)
-        AttachPoint(list->GetNext(at));
-    return 1;
-}
-
-int CxQMOutBreakPoint::AttachBreakPointArray(CBreakPointArray& array) {
-    DetachObject();
-    try {
-        m_points.reserve(static_cast<size_t>(array.GetSize()));
-    } catch (const std::bad_alloc&) {
-        return 0;
-    }
-    for (int i = 0; i < array.GetSize(); ++i)
-        AttachPoint(array[i]);
-    return 1;
+        for (POSITION at = list->GetHeadPosition(); at;)
+            AttachPoint(list->GetNext(at));
+        return 1;
+    });
 }
 
 // Ticks are unsigned: a point before the start of the song counts as at it.
@@ -55,19 +29,15 @@ void CxQMOutBreakPoint::AttachPoint(const tagBreakPoint& point) {
 }
 
 int CxQMOutBreakPoint::WriteEvent(CQuillMidiBuffer* buffer, const tagQuillMidiRealtimeInfo* info, tagBreakPoint point) {
-    BYTE bytes[kMaxValueBlockBytes];
-    tagQuillNPRNBlock block;
+    if (!buffer || !info || !info->map)
+        return 0;
     const DWORD presend = buffer->GetPresendTime();
-    DWORD length = torv::WriteStartNPRNEvents(bytes, static_cast<int>(info->channel), m_nNumberMsb, presend, &block);
-    length += WriteNextNPRNEvents(bytes + length, point.value, &block);
-
-    // A closing value may be due before the presend has passed: its time is then negative, and time plus delay is still
-    // the time at which it sounds.
-    const LONG time = static_cast<LONG>(info->time) - static_cast<LONG>(presend);
-    const DWORD tick = torv::TickOfSendTime(time, info);
-    if (buffer->GetMode() == kRealTimeMode)
-        return buffer->InsertEventExAt(tick, time, bytes, length);
-    return buffer->InsertMessagesAt(tick, buffer->GetEventInterval(), bytes, length / kMessageBytes);
+    torv::BlockWriter block;
+    block.Open(info->channel, m_nNumberMsb, presend).PutWith([&](BYTE* out, tagQuillNPRNBlock* state) {
+        return WriteNextNPRNEvents(out, point.value, state);
+    });
+    // A closing value may be due before the presend has passed: it is sent before the song starts.
+    return block.Place(*buffer, *info, static_cast<LONG>(info->time) - static_cast<LONG>(presend));
 }
 
 int CxQMOutBreakPoint::OutputParam(CQuillMidiBuffer* buffer, tagQuillMidiRealtimeInfo* info) {
@@ -75,15 +45,15 @@ int CxQMOutBreakPoint::OutputParam(CQuillMidiBuffer* buffer, tagQuillMidiRealtim
         return 1;
     if (!buffer || !info || !info->map)
         return 0;
-    torv::MoveRealTimeInfo(info, 0);
+    int stored = 1;
+    torv::ResetRealTimeInfo(*info);
     for (const Point& point : m_points) {
-        if (point.tick > info->tick)
-            torv::UpdateRealTimeInfo(info, point.tick);
+        torv::UpdateRealTimeInfo(*info, point.tick); // a point out of order goes with the one before it
         if (info->time >= buffer->GetPresendTime())
-            WriteEvent(buffer, info, {static_cast<LONG>(point.tick), static_cast<SHORT>(point.value), 0});
+            stored &= WriteEvent(buffer, info, {static_cast<LONG>(point.tick), static_cast<SHORT>(point.value), 0});
     }
     buffer->RaiseLast(info->tick, info->time);
-    return 1;
+    return stored;
 }
 
 // Walks the curve every `resolution` ticks. `emit` gets a sample's kind, tick and value, and answers whether it was
@@ -121,31 +91,41 @@ void CxQMOutBreakPoint::Walk(int resolution, Emit emit) const {
 int CxQMOutBreakPoint::OutputParamLinear(CQuillMidiBuffer* buffer, tagQuillMidiRealtimeInfo* info, int resolution) {
     if (m_points.empty() || !buffer || !info || !info->map)
         return 0;
-    torv::MoveRealTimeInfo(info, m_points.front().tick);
+    int stored = 1;
+    torv::ResetRealTimeInfo(*info);
+    torv::UpdateRealTimeInfo(*info, m_points.front().tick);
     Walk(resolution, [&](Sample kind, DWORD tick, SHORT value) {
         if (kind == Sample::OnGrid) {
-            torv::UpdateRealTimeInfo(info, tick);
+            torv::UpdateRealTimeInfo(*info, tick);
             if (info->time < buffer->GetPresendTime())
                 return false;
         }
-        WriteEvent(buffer, info, {static_cast<LONG>(tick), value, 0});
+        stored &= WriteEvent(buffer, info, {static_cast<LONG>(tick), value, 0});
         return true;
     });
     buffer->RaiseLast(info->tick, info->time);
-    return 1;
+    return stored;
 }
 
 int CxQMOutBreakPoint::OutputParamLinear(CBreakPointList* list, int resolution) {
     if (m_points.empty() || !list)
         return 0;
-    SHORT previous = -1;
-    Walk(resolution, [&](Sample, DWORD tick, SHORT value) {
-        if (value != previous) {
-            tagBreakPoint point{static_cast<LONG>(tick), value, 0};
-            list->AddTail(point);
-            previous = value;
-        }
-        return true;
-    });
+    int added = 0;
+    try {
+        SHORT previous = -1;
+        Walk(resolution, [&](Sample, DWORD tick, SHORT value) {
+            if (value != previous) {
+                tagBreakPoint point{static_cast<LONG>(tick), value, 0};
+                list->AddTail(point);
+                previous = value;
+                ++added;
+            }
+            return true;
+        });
+    } catch (const std::bad_alloc&) {
+        for (; added > 0; --added)
+            list->RemoveTail();
+        return 0;
+    }
     return 1;
 }

@@ -5,6 +5,7 @@
 #include "torv/icons/break_point.h"
 #include "torv/platform/platform.h"
 
+#include <new>
 #include <vector>
 
 class CQuillMidiBuffer;
@@ -18,6 +19,7 @@ public:
     CxQMOutBreakPoint& operator=(const CxQMOutBreakPoint&) = delete;
     virtual ~CxQMOutBreakPoint();
 
+    bool IsEmpty() const { return m_points.empty(); }
     /// Forgets the points.
     virtual void DetachObject();
     /// Writes one value as the block's next parameter, or parameters; returns the bytes written.
@@ -26,19 +28,32 @@ public:
     virtual int IsTargetBP(tagBreakPoint point) const;
 
     /// Sends every point at its own time, but for those in the first presend milliseconds. `info` is the caller's copy:
-    /// it is reset and advanced. Returns 1.
+    /// it is reset and advanced. Returns 1, or 0 when the buffer refused a value.
     int OutputParam(CQuillMidiBuffer* buffer, tagQuillMidiRealtimeInfo* info);
     /// Sends samples of the linearly interpolated curve every `resolution` ticks, equal ones too, and the curve's last
-    /// value at the last sample's time when no sample reached it. Returns 0 without points, else 1.
+    /// value at the last sample's time when no sample reached it. Returns 1, or 0 without points and when the buffer
+    /// refused a value.
     int OutputParamLinear(CQuillMidiBuffer* buffer, tagQuillMidiRealtimeInfo* info, int resolution);
-    /// The same sampling into a list, without samples that repeat the one before.
+    /// The same sampling into a list, without samples that repeat the one before. 0, with the list as it was, without
+    /// points and when memory is short.
     int OutputParamLinear(CBreakPointList* list, int resolution);
 
 protected:
     /// Copies tick and value of every point, in list order. An empty list attaches nothing and succeeds; 0 when memory
     /// is short.
     int AttachBreakPointList(const CBreakPointList* list);
-    int AttachBreakPointArray(CBreakPointArray& array);
+    /// The same with a curve that `draw` puts into an array.
+    template <class Draw>
+    int AttachCurve(Draw draw) {
+        return Attach([&] {
+            CBreakPointArray array;
+            draw(array);
+            m_points.reserve(static_cast<size_t>(array.GetSize()));
+            for (int i = 0; i < array.GetSize(); ++i)
+                AttachPoint(array[i]);
+            return 1;
+        });
+    }
     /// Writes one value block at the info's time, not at the point's tick.
     int WriteEvent(CQuillMidiBuffer* buffer, const tagQuillMidiRealtimeInfo* info, tagBreakPoint point);
 
@@ -50,6 +65,16 @@ protected:
     BYTE m_nNumberMsb = 0;
 
 private:
+    template <class Take>
+    int Attach(Take take) {
+        DetachObject();
+        try {
+            return take();
+        } catch (const std::bad_alloc&) {
+            DetachObject();
+            return 0;
+        }
+    }
     void AttachPoint(const tagBreakPoint& point);
 
     enum class Sample { OnGrid, Closing };

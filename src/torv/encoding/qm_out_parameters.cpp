@@ -18,9 +18,7 @@ int CxQMOutDynamics::AttachObject(CIconDynamics* icon, DWORD tick, int currentDy
     if (!icon)
         return 0;
     m_nNumberMsb = torv::kNprnDynamics;
-    CBreakPointArray curve;
-    icon->NormalizeBreakPointArray(tick, curve, currentDynamics);
-    return AttachBreakPointArray(curve);
+    return AttachCurve([=](CBreakPointArray& curve) { icon->NormalizeBreakPointArray(tick, curve, currentDynamics); });
 }
 
 int CxQMOutDynamics::IsTargetBP(tagBreakPoint point) const { return point.value >= 0 ? 1 : 0; }
@@ -28,17 +26,14 @@ int CxQMOutDynamics::IsTargetBP(tagBreakPoint point) const { return point.value 
 int CxQMOutVibrato::AttachObject(CIconVibrato* icon, DWORD tick, int mode) {
     if (!icon)
         return 0;
-    CBreakPointArray curve;
     if (mode == 0) {
         m_nNumberMsb = torv::kNprnVibratoDepth;
-        icon->NormalizeDepthBreakPointArray(tick, curve);
-    } else if (mode == 1) {
-        m_nNumberMsb = torv::kNprnVibratoRate;
-        icon->NormalizeRateBreakPointArray(tick, curve);
-    } else {
-        return 0;
+        return AttachCurve([=](CBreakPointArray& curve) { icon->NormalizeDepthBreakPointArray(tick, curve); });
     }
-    return AttachBreakPointArray(curve);
+    if (mode != 1)
+        return 0;
+    m_nNumberMsb = torv::kNprnVibratoRate;
+    return AttachCurve([=](CBreakPointArray& curve) { icon->NormalizeRateBreakPointArray(tick, curve); });
 }
 
 int CxQMOutTremoloDepth::AttachObject(const CBreakPointList* list) {

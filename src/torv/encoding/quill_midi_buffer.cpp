@@ -24,8 +24,13 @@ CQuillMidiBuffer& CQuillMidiBuffer::operator=(const CQuillMidiBuffer&) = default
 CQuillMidiBuffer::~CQuillMidiBuffer() = default;
 
 int CQuillMidiBuffer::Create(int mode, DWORD presend, int interval) {
-    auto store = std::shared_ptr<Store>(new (std::nothrow) Store);
-    if (!store || !store->index.Create(sizeof(tagQuillMidiEntry), kGrowthStep, torv::kHeapBlocks) ||
+    std::shared_ptr<Store> store;
+    try {
+        store = std::make_shared<Store>();
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+    if (!store->index.Create(sizeof(tagQuillMidiEntry), kGrowthStep, torv::kHeapBlocks) ||
         !store->data.Create(kGrowthStep, torv::kHeapBlocks))
         return 0;
     m_pStore = std::move(store);
@@ -80,23 +85,19 @@ int CQuillMidiBuffer::InsertEventExAt(DWORD tick, LONG time, const BYTE* bytes, 
     if (!m_pStore)
         return 0;
     CStreamBuffer& index = m_pStore->index;
-    if (index.MoveTo(tick) != tick)
-        return 0;
     tagQuillMidiEntry entry;
-    tagLocateMarker last;
-    index.StoreLocation(&last);
-    // The stream lands on the first entry at the tick, but stays at the top for tick 0: there the entry is the next
-    // one.
-    bool atTick = index.ReadEntry(&entry) && index.GetPosition() == tick && last.state == torv::kCursorOnEntry;
-    if (last.state == torv::kCursorAtTop)
-        atTick = index.ReadNextEntry(&entry) && index.GetPosition() == tick;
-    while (atTick) {
-        if (entry.time > time)
+    bool isOnEntry = MoveToLastAt(tick, entry);
+    if (!isOnEntry && index.MoveTo(tick) != tick)
+        return 0;
+    while (isOnEntry && entry.time > time) {
+        tagLocateMarker here;
+        index.StoreLocation(&here);
+        isOnEntry = index.ReadPrevEntry(&entry) && index.GetPosition() == tick;
+        if (!isOnEntry) {
+            index.RestoreLocation(&here, 1);
             return InsertEvent(bytes, length, time, 0);
-        index.StoreLocation(&last);
-        atTick = index.ReadNextEntry(&entry) && index.GetPosition() == tick;
+        }
     }
-    index.RestoreLocation(&last, 1);
     return InsertEvent(bytes, length, time, 1);
 }
 
@@ -108,27 +109,20 @@ int CQuillMidiBuffer::InsertMessagesAt(DWORD tick, DWORD interval, const BYTE* b
     return 1;
 }
 
-void CQuillMidiBuffer::SkipEntriesAtTick(DWORD tick) {
+/// Onto the last of the entries at a tick, from behind: what is written at one tick comes in its order, so its place is
+/// found at once however many stand there. False, with the index anywhere, when there is none.
+bool CQuillMidiBuffer::MoveToLastAt(DWORD tick, tagQuillMidiEntry& entry) {
     CStreamBuffer& index = m_pStore->index;
-    tagQuillMidiEntry entry;
-    tagLocateMarker last;
-    do
-        index.StoreLocation(&last);
-    while (index.ReadNextEntry(&entry) && index.GetPosition() == tick);
-    index.RestoreLocation(&last, 1);
+    if (tick < index.GetStreamLength())
+        index.MoveTo(tick + 1);
+    else
+        index.SeekToEnd();
+    return index.ReadPrevEntry(&entry) && index.GetPosition() == tick;
 }
 
 int CQuillMidiBuffer::MoveTo(DWORD tick) {
-    if (!m_pStore)
-        return 0;
-    CStreamBuffer& index = m_pStore->index;
-    tagLocateMarker here;
-    index.StoreLocation(&here);
-    // Already on an entry at the tick, as when the messages of one block follow each other: no walk back to its first.
-    if (!(here.state == torv::kCursorOnEntry && here.clock == tick) && index.MoveTo(tick) != tick)
-        return 0;
-    SkipEntriesAtTick(tick);
-    return 1;
+    tagQuillMidiEntry entry;
+    return m_pStore && (MoveToLastAt(tick, entry) || m_pStore->index.MoveTo(tick) == tick);
 }
 
 int CQuillMidiBuffer::ReadEntry(tagQuillMidiEntry* entry) { return m_pStore ? m_pStore->index.ReadEntry(entry) : 0; }

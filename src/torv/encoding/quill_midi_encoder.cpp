@@ -20,13 +20,10 @@ constexpr DWORD kIntervalLimit = 256;
 constexpr int kResolutions[] = {1, 2, 4, 8, 16, 30, 60, 90, 120, 240, 480};
 constexpr int kDefaultResolutionIndex = 5;
 constexpr int kPointsOnly = -1;
-constexpr size_t kWorkBytes = 4096;
 constexpr DWORD kEovmBytes = 16;
 constexpr int kDynaffArticulation = 1;
 constexpr int kDynamicsFromIcons = 0;
 constexpr int kDynamicsFromTrack = 1;
-
-static_assert(torv::kMaxNoteBlockBytes <= kWorkBytes);
 
 template <class Icon>
 Icon* IconOf(CSequenceObject* track, DWORD handle) {
@@ -73,20 +70,41 @@ tagSequenceTimeMap* CxQuillMidiEncoder::CreateSequenceTimeMap(CMasterTrack* mast
     return torv::CreateSequenceTimeMap(master);
 }
 DWORD CxQuillMidiEncoder::SearchTickPosition(DWORD time, const tagSequenceTimeMap* map, DWORD hint) {
-    return torv::SearchTickPosition(time, map, hint);
+    return map ? torv::SearchTickPosition(time, map, torv::HintWithin(map, hint)) : 0;
 }
 DWORD CxQuillMidiEncoder::SearchTimePosition(DWORD tick, const tagSequenceTimeMap* map, DWORD hint) {
-    return torv::SearchTimePosition(tick, map, hint);
+    return map ? torv::SearchTimePosition(tick, map, torv::HintWithin(map, hint)) : 0;
 }
-void CxQuillMidiEncoder::ResetRealTimeInfo(tagQuillMidiRealtimeInfo* info) { torv::ResetRealTimeInfo(info); }
+void CxQuillMidiEncoder::ResetRealTimeInfo(tagQuillMidiRealtimeInfo* info) {
+    if (info)
+        torv::ResetRealTimeInfo(*info);
+}
 int CxQuillMidiEncoder::UpdateRealTimeInfo(tagQuillMidiRealtimeInfo* info, DWORD tick) {
-    return torv::UpdateRealTimeInfo(info, tick);
+    if (!info || !info->map || tick < info->tick)
+        return 0;
+    info->index = torv::HintWithin(info->map, info->index);
+    return torv::UpdateRealTimeInfo(*info, tick);
 }
 
 int CxQuillMidiEncoder::IntersectTime(DWORD* start, DWORD* end, DWORD a0, DWORD a1, DWORD b0, DWORD b1) {
-    *start = std::max(a0, b0);
-    *end = std::min(a1, b1);
-    return *start < *end;
+    const DWORD first = std::max(a0, b0);
+    const DWORD last = std::min(a1, b1);
+    if (start)
+        *start = first;
+    if (end)
+        *end = last;
+    return first < last;
+}
+
+DWORD CxQuillMidiEncoder::WriteStartNPRNEvents(BYTE* out, int channel, BYTE numberMsb, tagQuillNPRNBlock* block) {
+    return torv::WriteStartNPRNEvents(out, channel, numberMsb, block);
+}
+DWORD CxQuillMidiEncoder::WriteStartNPRNEvents(BYTE* out, int channel, BYTE numberMsb, DWORD delay,
+                                               tagQuillNPRNBlock* block) {
+    return torv::WriteStartNPRNEvents(out, channel, numberMsb, delay, block);
+}
+DWORD CxQuillMidiEncoder::WriteNextNPRNEvents(BYTE* out, BYTE dataMsb, BYTE dataLsb, tagQuillNPRNBlock* block) {
+    return torv::WriteNextNPRNEvents(out, dataMsb, dataLsb, block);
 }
 
 BYTE CxQuillMidiEncoder::Transpose(int note, int shift) {
@@ -103,38 +121,58 @@ void CxQuillMidiEncoder::RepairPresendTime() {
         m_dwPresend = GetDefaultPresendTime();
 }
 
-void CxQuillMidiEncoder::CreateWorkArea() { m_work.resize(kWorkBytes); }
+CxQuillMidiEncoder::TrackRun::TrackRun(CxQuillMidiEncoder& encoder, CQuillMidiBuffer& buffer,
+                                       const CSequenceObject* track)
+    : m_encoder(encoder), m_pBefore(encoder.m_pBuffer) {
+    encoder.m_pBuffer = &buffer;
+    encoder.m_nTranspose = track ? track->GetTranspose() : 0;
+}
+
+CxQuillMidiEncoder::TrackRun::~TrackRun() { m_encoder.m_pBuffer = m_pBefore; }
+
+int CxQuillMidiEncoder::Lack() {
+    m_isWhole = false;
+    return 0;
+}
+
+bool CxQuillMidiEncoder::CanWrite(const CCsqEvent* event, const tagQuillMidiRealtimeInfo* info) const {
+    return m_pBuffer && event && info && info->map;
+}
+
+int CxQuillMidiEncoder::Place(const torv::BlockWriter& block, const tagQuillMidiRealtimeInfo* info, LONG time) {
+    return block.Place(*m_pBuffer, *info, time) ? 1 : Lack();
+}
 
 CQuillMidiBuffer* CxQuillMidiEncoder::EncodeSequenceTrack(tagQuillMidiEncodeStruct* encode) {
     if (!encode || !encode->track || !encode->timeMap)
         return nullptr;
     RepairPresendTime();
-    auto buffer = std::unique_ptr<CQuillMidiBuffer>(new (std::nothrow) CQuillMidiBuffer);
     m_nOutMode = kRealTimeMode;
+    auto buffer = std::unique_ptr<CQuillMidiBuffer>(new (std::nothrow) CQuillMidiBuffer);
     if (!buffer || !buffer->Create(m_nOutMode, m_dwPresend, static_cast<int>(m_dwInterval)))
         return nullptr;
-    m_pBuffer = buffer.get();
-    CreateWorkArea();
-    m_nTranspose = encode->track->GetTranspose();
-    const int written = WriteQuillMidiTrack(encode->track, encode->timeMap);
+    const TrackRun run(*this, *buffer, encode->track);
+    if (!WriteQuillMidiTrack(encode->track, encode->timeMap))
+        return nullptr;
     buffer->SeekToEnd();
-    m_pBuffer = nullptr;
-    m_work = {};
-    return written ? buffer.release() : nullptr;
+    return buffer.release();
 }
 
 int CxQuillMidiEncoder::WriteQuillMidiTrack(CSequenceObject* track, const tagSequenceTimeMap* map) {
+    if (!m_pBuffer || !track || !map)
+        return 0;
     tagQuillMidiRealtimeInfo info{};
     info.map = map;
     info.channel = static_cast<DWORD>(track->GetChannel()) & 0x0F;
     info.dynamics = CIconDynamics::GetDefaultDynamics();
+    m_isWhole = true;
 
     CCsqEvent event;
     if (!event.Attach(track))
         return 0;
     for (int kind = event.GetNext(); kind != torv::kEventEnd; kind = event.GetNext()) {
         if (event.GetPosition() > info.tick)
-            torv::UpdateRealTimeInfo(&info, event.GetPosition());
+            torv::UpdateRealTimeInfo(info, event.GetPosition());
         if (kind == torv::kEventAicon) {
             if (track->GetDynamicsMode() == kDynamicsFromIcons)
                 WriteQsqDynamicsEvent(&event, &info);
@@ -151,11 +189,11 @@ int CxQuillMidiEncoder::WriteQuillMidiTrack(CSequenceObject* track, const tagSeq
     InsertContinuousTremoloDepth(track, &info);
     InsertContinuousPitchBend(track, &info);
     InsertContinuousPitchBendSens(track, &info);
-    return 1;
+    return m_isWhole;
 }
 
 int CxQuillMidiEncoder::WriteCsqSingerEvent(CCsqEvent* event, tagQuillMidiRealtimeInfo* info) {
-    const tagCsqEventSinger* record = event->GetSingerEventParam();
+    const tagCsqEventSinger* record = CanWrite(event, info) ? event->GetSingerEventParam() : nullptr;
     if (!record)
         return 0;
     const CIconSinger* icon = IconOf<CIconSinger>(event->GetSequence(), record->iconHandle);
@@ -163,22 +201,16 @@ int CxQuillMidiEncoder::WriteCsqSingerEvent(CCsqEvent* event, tagQuillMidiRealti
         return 1;
     // A singer named within the first presend milliseconds still arrives in time, with a delay that is shorter.
     const DWORD delay = std::min(info->time, m_dwPresend);
-    BYTE* const bytes = m_work.data();
-    DWORD length = 0;
-    const auto put = [&](BYTE number, BYTE code) {
-        tagQuillNPRNBlock block;
-        length += torv::WriteStartNPRNEvents(bytes + length, static_cast<int>(info->channel), number, delay, &block);
-        length += torv::WriteNextNPRNEvents(bytes + length, torv::SevenBits(code), torv::kNoDataLsb, &block);
-    };
-    put(torv::kNprnSingerLanguage, icon->GetLanguageCode());
-    put(torv::kNprnSingerProgram, icon->GetProgramCode());
-    const int placed = PlaceBlock(static_cast<LONG>(info->time - delay), info, bytes, length);
+    torv::BlockWriter blocks;
+    blocks.Open(info->channel, torv::kNprnSingerLanguage, delay).Put(icon->GetLanguageCode());
+    blocks.Open(info->channel, torv::kNprnSingerProgram, delay).Put(icon->GetProgramCode());
+    const int placed = Place(blocks, info, static_cast<LONG>(info->time - delay));
     m_pBuffer->RaiseLast(info->tick, info->time);
     return placed;
 }
 
 int CxQuillMidiEncoder::WriteQsqDynamicsEvent(CCsqEvent* event, tagQuillMidiRealtimeInfo* info) {
-    const tagCsqEventAicon* record = event->GetAiconEventParam();
+    const tagCsqEventAicon* record = CanWrite(event, info) ? event->GetAiconEventParam() : nullptr;
     if (!record)
         return 0;
     CIconDynamics* icon = IconOf<CIconDynamics>(event->GetSequence(), record->iconHandle);
@@ -191,41 +223,31 @@ int CxQuillMidiEncoder::WriteQsqDynamicsEvent(CCsqEvent* event, tagQuillMidiReal
         info->dynamics = CIconDynamics::CalcExportDynamics(info->dynamics, icon->GetEndDynamics());
         return written;
     }
-    tagQuillNPRNBlock block;
-    BYTE* const bytes = m_work.data();
-    DWORD length =
-        torv::WriteStartNPRNEvents(bytes, static_cast<int>(info->channel), torv::kNprnDynamics, m_dwPresend, &block);
-    length +=
-        torv::WriteNextNPRNEvents(bytes + length, torv::SevenBits(icon->GetStartDynamics()), torv::kNoDataLsb, &block);
-    const int placed = PlaceBlock(static_cast<LONG>(info->time - m_dwPresend), info, bytes, length);
+    torv::BlockWriter block;
+    block.Open(info->channel, torv::kNprnDynamics, m_dwPresend).Put(icon->GetStartDynamics());
+    const int placed = Place(block, info, static_cast<LONG>(info->time - m_dwPresend));
     info->dynamics = icon->GetStartDynamics();
     m_pBuffer->RaiseLast(info->tick, info->time);
     return placed;
 }
 
-int CxQuillMidiEncoder::PlaceBlock(LONG time, const tagQuillMidiRealtimeInfo* info, const BYTE* bytes, DWORD length) {
-    const DWORD tick = torv::TickOfSendTime(time, info);
-    return m_nOutMode == kRealTimeMode ? m_pBuffer->InsertEventExAt(tick, time, bytes, length)
-                                       : WriteQuillMidiMessage(tick, m_dwInterval, bytes, length / 3);
-}
-
 int CxQuillMidiEncoder::WriteQuillMidiMessage(DWORD tick, DWORD interval, const BYTE* bytes, DWORD count) {
-    return m_pBuffer->InsertMessagesAt(tick, interval, bytes, count);
+    return m_pBuffer && m_pBuffer->InsertMessagesAt(tick, interval, bytes, count);
 }
 
 int CxQuillMidiEncoder::WriteChMessage(BYTE status, BYTE data1) {
     const BYTE bytes[] = {status, data1};
-    return m_pBuffer->InsertEvent(bytes, sizeof bytes, 0, 1);
+    return m_pBuffer && m_pBuffer->InsertEvent(bytes, sizeof bytes, 0, 1);
 }
 
 int CxQuillMidiEncoder::WriteChMessage(BYTE status, BYTE data1, BYTE data2) {
     const BYTE bytes[] = {status, data1, data2};
-    return m_pBuffer->InsertEvent(bytes, sizeof bytes, 0, 1);
+    return m_pBuffer && m_pBuffer->InsertEvent(bytes, sizeof bytes, 0, 1);
 }
 
 int CxQuillMidiEncoder::WriteEOVM(DWORD delta, int channel, DWORD delay) {
     BYTE bytes[kEovmBytes] = {}; // the last four are filler
     tagQuillNPRNBlock block;
     torv::WriteStartNPRNEvents(bytes, channel, torv::kNprnEovm, &block);
-    return m_pBuffer->AddEvent(delta, bytes, sizeof bytes, static_cast<LONG>(delay));
+    return m_pBuffer && m_pBuffer->AddEvent(delta, bytes, sizeof bytes, static_cast<LONG>(delay));
 }

@@ -4,9 +4,8 @@
 #include "torv/encoding/nprn_block.h"
 #include "torv/encoding/quill_midi_buffer.h"
 #include "torv/encoding/realtime_info.h"
+#include "torv/icons/break_point.h"
 #include "torv/platform/platform.h"
-
-#include <vector>
 
 class CCsqEvent;
 class CIconDynamics;
@@ -14,6 +13,7 @@ class CIconObject;
 class CIconVibrato;
 class CLyricElement;
 class CSequenceObject;
+class CxQMOutBreakPoint;
 
 /// What EncodeSequenceTrack is given; both are borrowed.
 struct tagQuillMidiEncodeStruct {
@@ -37,11 +37,12 @@ public:
     enum ResolutionSlot { kDynamicsSlot = 0, kVibratoDepthSlot = 1, kVibratoRateSlot = 2, kResolutionSlots = 3 };
 
     /// Encodes in real-time mode, which the object keeps; a presend time outside its range is replaced by the default.
-    /// The caller owns the buffer. Null when it cannot be made, or without a track or map.
+    /// The caller owns the buffer. Null without a track or map, and when memory does not suffice for all of the stream.
     CQuillMidiBuffer* EncodeSequenceTrack(tagQuillMidiEncodeStruct* encode);
 
-    /// The setters store what they are given: what is out of range is caught when a run starts. The resolution of a
-    /// slot is tested at once: -1 (a curve's own points only) or an entry of the table, else 0 and nothing changes.
+    /// The setters store what they are given; a run puts a presend time right and takes an event interval as it is. The
+    /// resolution of a slot is tested at once: -1 (a curve's own points only) or an entry of the table, else 0 and
+    /// nothing changes.
     void SetPresendTime(DWORD milliseconds) { m_dwPresend = milliseconds; }
     DWORD GetPresendTime() const { return m_dwPresend; }
     void SetEventInterval(DWORD ticks) { m_dwInterval = ticks; }
@@ -61,17 +62,38 @@ public:
     /// Entry `index` of the table of sampling resolutions, in ticks; -1 outside it.
     static int GetExtractResolution(int index);
 
+    // Null, a map of nothing but its end and a hint that is not of the map are answered with 0 or taken as the nearest.
+
+    /// The master track's tempos as an array that {0, 0xFFFFFFFF, 0xFFFFFFFF} closes. The caller frees it with
+    /// delete[], or with torv::ReleaseSequenceTimeMap from another runtime. Null without a master track and when memory
+    /// is short.
     static tagSequenceTimeMap* CreateSequenceTimeMap(CMasterTrack* master);
+    /// Milliseconds to ticks and back. The walk starts at the triple `hint`.
     static DWORD SearchTickPosition(DWORD time, const tagSequenceTimeMap* map, DWORD hint);
     static DWORD SearchTimePosition(DWORD tick, const tagSequenceTimeMap* map, DWORD hint);
     /// What [a0, a1) and [b0, b1) share, into `start` and `end`; non-zero when that is not empty.
     static int IntersectTime(DWORD* start, DWORD* end, DWORD a0, DWORD a1, DWORD b0, DWORD b1);
     static void ResetRealTimeInfo(tagQuillMidiRealtimeInfo* info);
+    /// Advances to `tick`. 0, and nothing changes, for a tick before the current one.
     static int UpdateRealTimeInfo(tagQuillMidiRealtimeInfo* info, DWORD tick);
 
 protected:
+    /// While it lives, the writers write into one buffer, with one track's transposition.
+    class TORV_API TrackRun {
+    public:
+        TrackRun(CxQuillMidiEncoder& encoder, CQuillMidiBuffer& buffer, const CSequenceObject* track);
+        ~TrackRun();
+        TrackRun(const TrackRun&) = delete;
+        TrackRun& operator=(const TrackRun&) = delete;
+
+    private:
+        CxQuillMidiEncoder& m_encoder;
+        CQuillMidiBuffer* const m_pBefore;
+    };
+
     // The writers take the cursor on the event at hand and the running position; 1 on success, 0 when nothing is
-    // written. A track's walk goes on after a 0.
+    // written, also without a run. A track's walk goes on after a 0, but ends with 0 when something did not get into
+    // the buffer.
     int WriteQuillMidiTrack(CSequenceObject* track, const tagSequenceTimeMap* map);
     int WriteCsqAnoteEvent(CCsqEvent* event, tagQuillMidiRealtimeInfo* info);
     int WriteCsqSingerEvent(CCsqEvent* event, tagQuillMidiRealtimeInfo* info);
@@ -100,22 +122,32 @@ protected:
     /// Appends an end-of-voice mark `delta` ticks after the last entry; `delay` becomes the entry's time.
     int WriteEOVM(DWORD delta, int channel, DWORD delay);
 
-    /// Places a block that is sent at `time` milliseconds, in the way of the out mode.
-    int PlaceBlock(LONG time, const tagQuillMidiRealtimeInfo* info, const BYTE* bytes, DWORD length);
+    /// Opens a block at `out`, without a delay (12 bytes) and with one (24); returns the bytes.
+    static DWORD WriteStartNPRNEvents(BYTE* out, int channel, BYTE numberMsb, tagQuillNPRNBlock* block);
+    static DWORD WriteStartNPRNEvents(BYTE* out, int channel, BYTE numberMsb, DWORD delay, tagQuillNPRNBlock* block);
+    /// The block's next parameter, unmasked; a `dataLsb` of 0x80 and above is not written. Returns 12 or 9.
+    static DWORD WriteNextNPRNEvents(BYTE* out, BYTE dataMsb, BYTE dataLsb, tagQuillNPRNBlock* block);
+
     /// A presend time out of range becomes the default.
     void RepairPresendTime();
-    /// Room for the longest block; m_work is emptied when the run ends.
-    void CreateWorkArea();
 
     DWORD m_dwInterval = 0;
     DWORD m_dwPresend = 0;
     int m_nOutMode = kFileMode;
     int m_nResolutions[kResolutionSlots];
     int m_nTranspose = 0;
-    CQuillMidiBuffer* m_pBuffer = nullptr; ///< borrowed, while a track is encoded
-    std::vector<BYTE> m_work;              ///< where a block is put together, while a track is encoded
+    CQuillMidiBuffer* m_pBuffer = nullptr; ///< borrowed, of the run at hand
 
 private:
+    bool CanWrite(const CCsqEvent* event, const tagQuillMidiRealtimeInfo* info) const;
+    int Place(const torv::BlockWriter& block, const tagQuillMidiRealtimeInfo* info, LONG time);
+    int Output(int isAttached, CxQMOutBreakPoint& curve, const tagQuillMidiRealtimeInfo* info, int resolution);
+    template <class Curve>
+    int OutputTrackList(const CBreakPointList* list, const tagQuillMidiRealtimeInfo* info);
     int FillNoteIcons(tagQuillMidiOutNoteParam* note, CCsqEvent* event);
     int FillNextNoteTransition(tagQuillMidiOutNoteParam* note, CCsqEvent* event);
+    /// Remembers that the run is not whole; 0.
+    int Lack();
+
+    bool m_isWhole = true; ///< all that the run had to write is in its buffer
 };

@@ -36,43 +36,92 @@ CIconExpression* ExpressionOf(CSequenceObject* track, DWORD handle) {
     return dynamic_cast<CIconExpression*>(track->LookupIconObject(HandleOf(handle)));
 }
 
-void FillAttack(tagQuillMidiOutNoteParam* note, CIconExpression* icon) {
-    note->attackCode = icon->GetExpressionID();
-    note->attackIndex = torv::IconIndexOf(*icon);
-    note->attackLength = static_cast<LONG>(icon->GetLength());
-    note->attackDuration = icon->GetDuration();
-    note->attackDepth = icon->GetDepth();
+void Fill(tagQuillMidiOutIcon& to, const CIconExpression& icon) {
+    to = {icon.GetExpressionID(), torv::IconIndexOf(icon), static_cast<LONG>(icon.GetLength()), icon.GetDuration()};
 }
 
-void FillRelease(tagQuillMidiOutNoteParam* note, CIconExpression* icon) {
-    note->releaseCode = icon->GetExpressionID();
-    note->releaseIndex = torv::IconIndexOf(*icon);
-    note->releaseLength = static_cast<LONG>(icon->GetLength());
-    note->releaseDuration = icon->GetDuration();
-    note->releaseDepth = icon->GetDepth();
-}
-
-void FillTransition(tagQuillMidiOutNoteParam* note, CIconExpression* icon) {
-    note->transitionCode = icon->GetExpressionID();
-    note->transitionIndex = torv::IconIndexOf(*icon);
-    note->transitionLength = static_cast<LONG>(icon->GetLength());
-    note->transitionDuration = icon->GetDuration();
+void Fill(tagQuillMidiOutShape& to, const CIconExpression& icon) {
+    Fill(to.icon, icon);
+    to.depth = icon.GetDepth();
 }
 
 WORD CodeField(LONG code) { return code == kNoCode ? kNoIconCode : static_cast<WORD>(code); }
 BYTE ByteField(LONG value) { return torv::SevenBits(value); }
 
-void FillPhonemes(tagQuillMidiNoteSegment& segment, CLyricElement* element) {
+tagQuillMidiSegmentShape SegmentShape(const tagQuillMidiOutShape& shape) {
+    return {CodeField(shape.icon.code), ByteField(shape.icon.index), ByteField(shape.depth),
+            ByteField(shape.icon.duration), 0};
+}
+
+/// A segment follows the one before; all but the last take their element's share. Returns the segment's end.
+DWORD SetPlace(const tagQuillMidiOutNoteParam& note, const tagQuillMidiRealtimeInfo& info, DWORD index, float share) {
+    tagQuillMidiNoteSegment& segment = note.segments[index];
+    segment.startTick = note.position;
+    segment.startTime = info.time;
+    if (index > 0) {
+        const tagQuillMidiNoteSegment& before = note.segments[index - 1];
+        segment.startTick = before.startTick + before.lengthTicks;
+        segment.startTime = before.startTime + before.durationTime;
+    }
+    const DWORD noteEnd = note.position + note.length;
+    DWORD length = noteEnd > segment.startTick ? noteEnd - segment.startTick : 0;
+    if (index + 1 < note.segmentCount)
+        length = std::min(length, torv::ShareOf(note.length, share));
+    const DWORD end = segment.startTick + length;
+    segment.lengthTicks = static_cast<WORD>(length);
+    segment.durationTime = static_cast<WORD>(torv::SearchTimePosition(end, info.map, info.index) - segment.startTime);
+    return end;
+}
+
+/// What happens at a note's ends happens in its first and its last segment.
+void SetEnds(const tagQuillMidiOutNoteParam& note, DWORD index) {
+    tagQuillMidiNoteSegment& segment = note.segments[index];
+    if (index == 0) {
+        segment.type |= note.attribute & kJoinedToPrevious ? 0 : kBeginsSound;
+        segment.attack = SegmentShape(note.attack);
+    }
+    if (index + 1 == note.segmentCount) {
+        segment.type |= note.attribute & kJoinedToNext ? 0 : kEndsSound;
+        segment.release = SegmentShape(note.release);
+        segment.transitionCode = CodeField(note.transition.code);
+        segment.transitionIndex = ByteField(note.transition.index);
+        segment.transitionDuration = ByteField(note.transition.duration);
+    }
+}
+
+/// What of the note's vibrato lies in the segment, in units of the segment's length.
+void SetVibrato(const tagQuillMidiOutNoteParam& note, DWORD end, tagQuillMidiNoteSegment& segment) {
+    DWORD from = 0;
+    DWORD to = 0;
+    if (note.vibratoCode == kNoCode ||
+        !CxQuillMidiEncoder::IntersectTime(&from, &to, segment.startTick, end, note.vibratoStart, note.vibratoEnd))
+        return;
+    const int length = static_cast<int>(end - segment.startTick);
+    const auto units = [length](DWORD ticks) {
+        return static_cast<BYTE>(torv::MulDiv(static_cast<int>(ticks), kVibratoUnits, length));
+    };
+    segment.vibratoCode = CodeField(note.vibratoCode);
+    segment.vibratoIndex = ByteField(note.vibratoIndex);
+    segment.vibratoStart = units(from - segment.startTick);
+    segment.vibratoExtent = units(to - from);
+    const bool goesOn = note.vibratoEnd > end;
+    if (goesOn && segment.type <= kBeginsSound)
+        segment.vibratoExtent = 0;
+    else if (!goesOn && segment.vibratoExtent == 0)
+        segment.vibratoExtent = 1;
+}
+
+void FillPhonemes(tagQuillMidiNoteSegment& segment, const CLyricElement& element) {
     std::fill(std::begin(segment.advancements), std::end(segment.advancements), kNoAdvancement);
     int used = 0;
-    for (int i = 0; i < element->GetPhonemeCharaCount() && used < kMaxPhonemeCharacters; ++i) {
-        const char* const text = element->GetPhonemeChara(i);
+    for (int i = 0; i < element.GetPhonemeCharaCount() && used < kMaxPhonemeCharacters; ++i) {
+        const char* const text = element.GetPhonemeChara(i);
         const int length =
             text ? static_cast<int>(strnlen(text, static_cast<size_t>(kMaxPhonemeCharacters - used))) : 0;
         if (length == 0)
             continue;
         std::memcpy(segment.phonemes + used, text, static_cast<size_t>(length));
-        segment.advancements[used] = static_cast<BYTE>(element->GetConsonantAdvancement(i));
+        segment.advancements[used] = static_cast<BYTE>(element.GetConsonantAdvancement(i));
         used += length;
     }
 }
@@ -80,27 +129,30 @@ void FillPhonemes(tagQuillMidiNoteSegment& segment, CLyricElement* element) {
 } // namespace
 
 int CxQuillMidiEncoder::WriteCsqAnoteEvent(CCsqEvent* event, tagQuillMidiRealtimeInfo* info) {
-    if (info->time < m_dwPresend)
+    if (!CanWrite(event, info) || info->time < m_dwPresend)
         return 0;
     tagQuillMidiOutNoteParam note;
     if (!CreateQuillNoteStruct(&note, event, info))
         return 0;
+    int placed = 1;
     for (DWORD i = 0; i < note.segmentCount; ++i) {
-        const DWORD length = torv::WriteNoteSegmentBlock(m_work.data(), note, note.segments[i]);
-        PlaceBlock(static_cast<LONG>(note.segments[i].startTime - m_dwPresend), info, m_work.data(), length);
+        const tagQuillMidiNoteSegment& segment = note.segments[i];
+        placed &=
+            Place(torv::NoteSegmentBlock(note, segment), info, static_cast<LONG>(segment.startTime - m_dwPresend));
     }
     if (note.vibrato)
         InsertContinuousVibrato(note.vibratoStart, note.vibrato, info);
     const DWORD end = note.position + note.length;
     m_pBuffer->RaiseLast(end, torv::SearchTimePosition(end, info->map, info->index));
     DeleteQuillNoteStruct(&note, info);
-    return 1;
+    return placed;
 }
 
 int CxQuillMidiEncoder::CreateQuillNoteStruct(tagQuillMidiOutNoteParam* note, CCsqEvent* event,
                                               const tagQuillMidiRealtimeInfo* info) {
+    if (!note || !event || !info || !info->map)
+        return 0;
     *note = {};
-    note->attackCode = note->releaseCode = note->transitionCode = note->vibratoCode = kNoCode;
     const tagCsqEventAnote* record = event->GetAnoteEventParam();
     if (!record)
         return 0;
@@ -123,14 +175,16 @@ int CxQuillMidiEncoder::CreateQuillNoteStruct(tagQuillMidiOutNoteParam* note, CC
     note->segmentCount = static_cast<DWORD>(lyric->GetElementCount());
     note->segments = new (std::nothrow) tagQuillMidiNoteSegment[note->segmentCount]();
     if (!note->segments)
-        return 0;
+        return Lack();
     for (DWORD i = 0; i < note->segmentCount; ++i)
         SetNoteSegmentParam(note, info, i, lyric->GetElementAt(static_cast<int>(i)));
     return 1;
 }
 
 void CxQuillMidiEncoder::DeleteQuillNoteStruct(tagQuillMidiOutNoteParam* note, tagQuillMidiRealtimeInfo* info) {
-    if (note->segmentCount)
+    if (!note)
+        return;
+    if (info && note->segmentCount)
         info->lastSegmentTick = note->segments[note->segmentCount - 1].startTick;
     delete[] note->segments;
     *note = {};
@@ -143,19 +197,19 @@ int CxQuillMidiEncoder::FillNoteIcons(tagQuillMidiOutNoteParam* note, CCsqEvent*
         CIconExpression* const icon = ExpressionOf(track, record->noteHeadHandle);
         const int status = icon ? torv::StatusFromID(icon->GetIconID()) : 0;
         if (status == kStatusTransition)
-            FillTransition(note, icon);
+            Fill(note->transition, *icon);
         else if (status != kStatusAttack)
             return 0;
         else if (!(note->attribute & kJoinedToPrevious)) // a joined note has no attack
-            FillAttack(note, icon);
+            Fill(note->attack, *icon);
     }
     if (record->noteTailHandle) {
         CIconExpression* const icon = ExpressionOf(track, record->noteTailHandle);
         const int status = icon ? torv::StatusFromID(icon->GetIconID()) : 0;
         if (status == kStatusTransition)
-            FillTransition(note, icon);
+            Fill(note->transition, *icon);
         else if (status == kStatusRelease)
-            FillRelease(note, icon);
+            Fill(note->release, *icon);
         else
             return 0;
     }
@@ -185,7 +239,7 @@ int CxQuillMidiEncoder::FillNextNoteTransition(tagQuillMidiOutNoteParam* note, C
         const DWORD head = event->GetAnoteEventParam()->noteHeadHandle;
         CIconExpression* const icon = head ? ExpressionOf(event->GetSequence(), head) : nullptr;
         if (icon && torv::StatusFromID(icon->GetIconID()) == kStatusAttack)
-            FillTransition(note, icon);
+            Fill(note->transition, *icon);
     }
     event->RestoreLocation(&here, 1);
     return kind == torv::kEventAnote;
@@ -193,66 +247,12 @@ int CxQuillMidiEncoder::FillNextNoteTransition(tagQuillMidiOutNoteParam* note, C
 
 void CxQuillMidiEncoder::SetNoteSegmentParam(tagQuillMidiOutNoteParam* note, const tagQuillMidiRealtimeInfo* info,
                                              DWORD index, CLyricElement* element) {
+    if (!note || !info || !info->map || index >= note->segmentCount || !element)
+        return;
+    const DWORD end = SetPlace(*note, *info, index, element->GetDeltaRate());
     tagQuillMidiNoteSegment& segment = note->segments[index];
-    const bool first = index == 0;
-    const bool last = index + 1 == note->segmentCount;
-    const DWORD noteEnd = note->position + note->length;
-    if (first) {
-        segment.startTick = note->position;
-        segment.startTime = info->time;
-    } else {
-        const tagQuillMidiNoteSegment& before = note->segments[index - 1];
-        segment.startTick = before.startTick + before.lengthTicks;
-        segment.startTime = before.startTime + before.durationTime;
-    }
-    const DWORD left = noteEnd > segment.startTick ? noteEnd - segment.startTick : 0;
-    const DWORD length = last ? left : std::min(left, torv::ShareOf(note->length, element->GetDeltaRate()));
-    const DWORD end = segment.startTick + length;
-    segment.lengthTicks = static_cast<WORD>(length);
-    segment.durationTime = static_cast<WORD>(torv::SearchTimePosition(end, info->map, info->index) - segment.startTime);
-
-    if (first && !(note->attribute & kJoinedToPrevious))
-        segment.type |= kBeginsSound;
-    if (last && !(note->attribute & kJoinedToNext))
-        segment.type |= kEndsSound;
-
-    segment.attackCode = first ? CodeField(note->attackCode) : kNoIconCode;
-    segment.releaseCode = last ? CodeField(note->releaseCode) : kNoIconCode;
-    segment.transitionCode = last ? CodeField(note->transitionCode) : kNoIconCode;
-    if (segment.attackCode != kNoIconCode) {
-        segment.attackIndex = ByteField(note->attackIndex);
-        segment.attackDepth = ByteField(note->attackDepth);
-        segment.attackDuration = ByteField(note->attackDuration);
-    }
-    if (segment.releaseCode != kNoIconCode) {
-        segment.releaseIndex = ByteField(note->releaseIndex);
-        segment.releaseDepth = ByteField(note->releaseDepth);
-        segment.releaseDuration = ByteField(note->releaseDuration);
-    }
-    if (segment.transitionCode != kNoIconCode) {
-        segment.transitionIndex = ByteField(note->transitionIndex);
-        segment.transitionDuration = ByteField(note->transitionDuration);
-    }
-
-    segment.vibratoCode = kNoIconCode;
-    DWORD shareStart = 0;
-    DWORD shareEnd = 0;
-    if (note->vibratoCode != kNoCode &&
-        IntersectTime(&shareStart, &shareEnd, segment.startTick, end, note->vibratoStart, note->vibratoEnd)) {
-        segment.vibratoCode = CodeField(note->vibratoCode);
-        segment.vibratoIndex = ByteField(note->vibratoIndex);
-        const auto units = [length](DWORD ticks) {
-            return static_cast<BYTE>(torv::MulDiv(static_cast<int>(ticks), kVibratoUnits, static_cast<int>(length)));
-        };
-        segment.vibratoStart = units(shareStart - segment.startTick);
-        segment.vibratoExtent = units(shareEnd - shareStart);
-        const bool goesOn = note->vibratoEnd > end;
-        if (goesOn && segment.type <= kBeginsSound)
-            segment.vibratoExtent = 0;
-        else if (!goesOn && segment.vibratoExtent == 0)
-            segment.vibratoExtent = 1;
-    }
-
+    SetEnds(*note, index);
+    SetVibrato(*note, end, segment);
     segment.one = 1;
-    FillPhonemes(segment, element);
+    FillPhonemes(segment, *element);
 }

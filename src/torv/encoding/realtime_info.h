@@ -17,26 +17,27 @@ struct tagQuillMidiRealtimeInfo {
 namespace torv {
 
 /// The master track's time map as an array closed by {0, 0xFFFFFFFF, 0xFFFFFFFF}. The caller frees it with delete[], or
-/// with ReleaseSequenceTimeMap from another runtime. Null without a master track. Moves the master track's cursor.
+/// with ReleaseSequenceTimeMap from another runtime. Null without a master track and when memory is short. Moves the
+/// master track's cursor.
 TORV_API tagSequenceTimeMap* CreateSequenceTimeMap(CMasterTrack* master);
 TORV_API void ReleaseSequenceTimeMap(tagSequenceTimeMap* map);
 
-/// The last triple that starts at or before a time in milliseconds (a tick), sought from the triple `hint`.
-DWORD FindTripleByTime(DWORD time, const tagSequenceTimeMap* map, DWORD hint);
-DWORD FindTripleByTick(DWORD tick, const tagSequenceTimeMap* map, DWORD hint);
+// What follows trusts its map and its hint: a triple of the map, from which it seeks.
 
-/// Milliseconds to ticks and back through a closed map. The walk starts at the triple `hint`, so a near hint is cheap.
-TORV_API DWORD SearchTickPosition(DWORD time, const tagSequenceTimeMap* map, DWORD hint);
-TORV_API DWORD SearchTimePosition(DWORD tick, const tagSequenceTimeMap* map, DWORD hint);
+/// Milliseconds to ticks and back, through the last triple that starts at or before the target. 0 in a map of nothing
+/// but its end.
+DWORD SearchTickPosition(DWORD time, const tagSequenceTimeMap* map, DWORD hint);
+DWORD SearchTimePosition(DWORD tick, const tagSequenceTimeMap* map, DWORD hint);
 
 /// Back to the start of the track: index, tick and time 0.
-TORV_API void ResetRealTimeInfo(tagQuillMidiRealtimeInfo* info);
+void ResetRealTimeInfo(tagQuillMidiRealtimeInfo& info);
 /// Advances to `tick`. A tick before the current one is refused: returns 0 and changes nothing.
-TORV_API int UpdateRealTimeInfo(tagQuillMidiRealtimeInfo* info, DWORD tick);
-/// What ResetRealTimeInfo and then UpdateRealTimeInfo(tick) give, without walking the map from its start.
-void MoveRealTimeInfo(tagQuillMidiRealtimeInfo* info, DWORD tick);
+int UpdateRealTimeInfo(tagQuillMidiRealtimeInfo& info, DWORD tick);
 
 /// The tick at which a block sent at `time` stands. Times before the song's start stand at tick 0.
-DWORD TickOfSendTime(LONG time, const tagQuillMidiRealtimeInfo* info);
+DWORD TickOfSendTime(LONG time, const tagQuillMidiRealtimeInfo& info);
+
+/// A hint of the host's, which may be of another map: cut to this map's triples.
+DWORD HintWithin(const tagSequenceTimeMap* map, DWORD hint);
 
 } // namespace torv

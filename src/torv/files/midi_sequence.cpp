@@ -1,5 +1,7 @@
 #include "torv/files/midi_sequence.h"
 
+#include <new>
+
 namespace {
 
 constexpr DWORD kDefaultTempo = 500000;
@@ -101,26 +103,33 @@ int CxMidiSequence::Create(CxMidiSequence* other) {
         return 0;
     if (other == this)
         return 1;
-    CleanUp();
-    m_bCreated = true;
-    m_state = other->m_state;
-    m_trackList.resize(other->m_trackList.size());
-    m_state.trackList = m_trackList.data();
-    m_queue.Prepare(m_state.trackCount);
-    for (const auto& track : other->m_tracks)
-        TakeTrack(std::make_unique<CxMidiTrack>(*track));
-    m_channelPass = other->m_channelPass;
-    m_messagePass = other->m_messagePass;
-    return 1;
+    try {
+        std::vector<std::unique_ptr<CxMidiTrack>> tracks;
+        tracks.reserve(other->m_trackList.size());
+        for (const auto& track : other->m_tracks)
+            tracks.push_back(std::make_unique<CxMidiTrack>(*track));
+        PrepareTracks(other->m_state.trackCount);
+        m_bCreated = true;
+        m_state = other->m_state;
+        m_state.trackList = m_trackList.data();
+        for (auto& track : tracks)
+            TakeTrack(std::move(track));
+        m_channelPass = other->m_channelPass;
+        m_messagePass = other->m_messagePass;
+        return 1;
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
 }
 
 int CxMidiSequence::PrepareTrackList(DWORD format, DWORD count, DWORD division) {
     if (!m_bCreated || count > kMostTracks)
         return 0;
-    LeavePlayer();
-    m_tracks.clear();
-    m_trackList.assign(count, nullptr);
-    m_queue.Prepare(count);
+    try {
+        PrepareTracks(count);
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
     m_state.format = format;
     m_state.trackCount = count;
     m_state.division = division & 0xFFFF;
@@ -128,15 +137,31 @@ int CxMidiSequence::PrepareTrackList(DWORD format, DWORD count, DWORD division) 
     return 1;
 }
 
+/// Places for so many tracks in place of those there are. Throws std::bad_alloc, with the tracks as they were.
+void CxMidiSequence::PrepareTracks(DWORD count) {
+    std::vector<tagMidiTrack*> list(count, nullptr);
+    std::vector<std::unique_ptr<CxMidiTrack>> tracks;
+    tracks.reserve(count);
+    LeavePlayer();
+    m_queue.Prepare(count);
+    m_trackList.swap(list);
+    m_tracks.swap(tracks);
+}
+
 CxMidiTrack* CxMidiSequence::AddNewTrack(const BYTE* data, DWORD size) {
     if (m_tracks.size() >= m_trackList.size())
         return nullptr;
-    auto track = std::make_unique<CxMidiTrack>();
-    track->Attach(data, size);
-    const Pause pause(this);
-    return TakeTrack(std::move(track));
+    try {
+        auto track = std::make_unique<CxMidiTrack>();
+        track->Attach(data, size);
+        const Pause pause(this);
+        return TakeTrack(std::move(track));
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
+/// Into the next of the places prepared.
 CxMidiTrack* CxMidiSequence::TakeTrack(std::unique_ptr<CxMidiTrack> track) {
     m_trackList[m_tracks.size()] = track->m_pTrack.get();
     track->m_pChanged = &m_queue.Stale();

@@ -47,13 +47,15 @@ public:
 
     /// Starts afresh, without tracks, at 120 beats per minute; the two values are kept for the host. Returns 1.
     int Create(DWORD a, DWORD b);
-    /// A copy of another sequence, read as far as it is, over the same bytes. 0 for null or one never created.
+    /// A copy of another sequence, read as far as it is, over the same bytes. 0, and nothing changes, for null or one
+    /// never created and when memory is short.
     int Create(CxMidiSequence* other);
     /// The header's three numbers, with room for `count` tracks; tracks added before are dropped. The division counts
-    /// as 16 bits. Returns 0 when nothing was created or there are more tracks than a header can tell (65535).
+    /// as 16 bits. Returns 0 when nothing was created, there are more tracks than a header can tell (65535), or memory
+    /// is short.
     int PrepareTrackList(DWORD format, DWORD count, DWORD division);
-    /// A track over the event data that follows a chunk's header. Null when all prepared places are taken. The sequence
-    /// owns it.
+    /// A track over the event data that follows a chunk's header. Null when all prepared places are taken or memory
+    /// is short. The sequence owns it.
     CxMidiTrack* AddNewTrack(const BYTE* data, DWORD size);
     void CleanUp();
 
@@ -128,6 +130,7 @@ protected:
     static tagEvent m_stSeqEvent;                  ///< taken from the sequence and not sent yet
 
 private:
+    void PrepareTracks(DWORD count);
     CxMidiTrack* TakeTrack(std::unique_ptr<CxMidiTrack> track);
     int NextPassingEvent(tagEvent* event);
     bool Passes(const tagEvent& event) const;

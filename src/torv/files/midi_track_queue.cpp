@@ -8,8 +8,8 @@
 namespace torv {
 
 void MidiTrackQueue::Prepare(DWORD tracks) {
-    m_places.clear();
     m_places.reserve(tracks);
+    m_places.clear();
     m_stale = true;
 }
 

@@ -13,6 +13,7 @@ namespace torv {
 /// built anew with the next event. Nothing is allocated after `Prepare`.
 class MidiTrackQueue {
 public:
+    /// Forgets all places. Throws std::bad_alloc, with nothing changed.
     void Prepare(DWORD tracks);
     /// Set by whoever changes a track, from any thread.
     std::atomic<bool>& Stale() { return m_stale; }

@@ -1,12 +1,13 @@
 #include "torv/files/quill_midi_file.h"
 
-#include "torv/platform/file_handle.h"
-#include "torv/platform/path.h"
+#include "torv/platform/new_file.h"
+#include "torv/platform/replaced_file.h"
 #include "torv/score/sequence.h"
 
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -18,23 +19,25 @@ constexpr WORD kManyTracks = 1;
 constexpr int kMaxSongTracks = 0xFFFF - 1; // and the master track
 constexpr DWORD kMaxDelta = 0x0FFFFFFF;    // what four bytes of seven bits hold
 
-/// A file that is created beside its name and takes the name when it is closed; aborted, or when a write has failed, it
+/// A file that is created takes the place of an older one when it is closed; aborted, or when a write has failed, it
 /// goes and leaves no trace.
 class ReplacingFile : public CFile {
 public:
     ReplacingFile() = default;
     ReplacingFile(const ReplacingFile&) = delete;
     ReplacingFile& operator=(const ReplacingFile&) = delete;
-    ~ReplacingFile() override { Discard(); }
+    ~ReplacingFile() override { CFile::Abort(); } // before what it is written into goes
 
     BOOL Open(LPCSTR path, UINT flags, CFileException* error) override {
-        Discard();
-        const bool isNew = (flags & modeCreate) && path && *path;
-        if (!CFile::Open(isNew ? CString(path) + ".saving" : CString(path), flags, error))
-            return FALSE;
-        if (isNew)
-            m_target = path;
-        return TRUE;
+        Abort();
+        if (!(flags & modeCreate))
+            return CFile::Open(path, flags, error);
+        m_replaced.emplace(torv::NewFilePath(path));
+        if (m_replaced->IsOpen())
+            return CFile::Open(m_replaced->Path(), flags & ~static_cast<UINT>(modeCreate), error);
+        if (error)
+            *error = torv::NewFileError(*m_replaced, path);
+        return FALSE;
     }
 
     void Write(const void* buffer, UINT bytes) override {
@@ -48,36 +51,27 @@ public:
 
     void Close() override {
         if (const int failure = m_failure) {
-            Discard();
+            Abort();
             throw CFileException(failure);
         }
-        const CString beside = GetFilePath();
-        const CString target = std::exchange(m_target, CString());
-        try {
-            CFile::Close();
-            if (!target.IsEmpty() && !torv::RenameOver(beside, target)) {
-                const LONG error = static_cast<LONG>(GetLastError());
-                throw CFileException(CFileException::OsErrorToException(error), error, target);
-            }
-        } catch (const CFileException&) {
-            if (!target.IsEmpty())
-                torv::RemoveFile(beside);
-            throw;
-        }
+        CFile::Close();
+        if (!m_replaced)
+            return;
+        const bool isPut = m_replaced->Commit();
+        const CFileException failure = torv::NewFileError(*m_replaced, nullptr);
+        m_replaced.reset();
+        if (!isPut)
+            throw failure;
     }
 
-    void Abort() override { Discard(); }
-
-private:
-    void Discard() {
-        const CString beside = GetFilePath();
+    void Abort() override {
         CFile::Abort();
         m_failure = CFileException::none;
-        if (!std::exchange(m_target, CString()).IsEmpty())
-            torv::RemoveFile(beside);
+        m_replaced.reset();
     }
 
-    CString m_target; ///< empty when what is open is no new file
+private:
+    std::optional<torv::ReplacedFile> m_replaced; ///< while what is open is a new file
     int m_failure = CFileException::none;
 };
 
@@ -94,17 +88,13 @@ int CxQuillMidiFile::SaveAsFormat1(const char* path, CSequence* song, tagQuillMi
     GetError(1);
     RepairPresendTime();
     m_nOutMode = kFileMode;
-    int saved = 0;
     try {
-        saved = SaveSong(path, song, qsb);
+        return SaveSong(path, song, qsb);
     } catch (const std::bad_alloc&) {
         m_pFile->Abort();
         Close();
+        return 0;
     }
-    m_pBuffer = nullptr;
-    m_work = {};
-    m_dwGathered = 0;
-    return saved;
 }
 
 // A host may offer this format in its menu; it relies on getting the answer of a save that went well.
@@ -119,7 +109,6 @@ int CxQuillMidiFile::SaveSong(const char* path, CSequence* song, const tagQuillM
     for (CQuillMidiBuffer& buffer : buffers)
         if (!buffer.Create(kFileMode, m_dwPresend, static_cast<int>(m_dwInterval)))
             return 0;
-    CreateWorkArea();
     return EncodeMultiTrackSequence(buffers, song, qsb) && WriteFile(path, buffers);
 }
 
@@ -128,7 +117,7 @@ int CxQuillMidiFile::WriteFile(const char* path, std::span<CQuillMidiBuffer> buf
         return 0;
     int written = RiffWriteMidiHeader(kManyTracks, static_cast<WORD>(buffers.size()), torv::kTicksPerQuarter);
     for (CQuillMidiBuffer& buffer : buffers) {
-        m_pBuffer = &buffer;
+        const TrackRun run(*this, buffer, nullptr);
         written &= RiffWriteMidiTrack();
     }
     if (!written)
@@ -201,18 +190,16 @@ int CxQuillMidiFile::RiffWriteDummyEvent() {
     return RiffGather(kEmptyText, sizeof kEmptyText);
 }
 
-/// Events are a few bytes each and the file has no buffer of its own, so they go to it by the work area.
+/// Events are a few bytes each and the file has no buffer of its own, so they go to it some thousand bytes at a time.
 int CxQuillMidiFile::RiffGather(const void* bytes, DWORD count) {
-    if (count > m_work.size() - m_dwGathered && !RiffFlush())
+    if (count > m_gathered.size() - m_dwGathered && !RiffFlush())
         return 0;
-    if (count > m_work.size())
-        return AddData(bytes, count);
-    std::memcpy(m_work.data() + m_dwGathered, bytes, count);
+    std::memcpy(m_gathered.data() + m_dwGathered, bytes, count);
     m_dwGathered += count;
     return 1;
 }
 
 int CxQuillMidiFile::RiffFlush() {
     const DWORD count = std::exchange(m_dwGathered, 0);
-    return !count || AddData(m_work.data(), count);
+    return !count || AddData(m_gathered.data(), count);
 }

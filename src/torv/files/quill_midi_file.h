@@ -4,6 +4,7 @@
 #include "torv/files/riff.h"
 #include "torv/score/time_signature.h"
 
+#include <array>
 #include <memory>
 #include <span>
 
@@ -20,9 +21,8 @@ static_assert(sizeof(void*) != 4 || (offsetof(tagQuillMidiQSBBuffer, size) == 4 
 /// block is a control change of its own. Encoding has its settings from CxQuillMidiEncoder, the file its errors from
 /// CxRiff.
 ///
-/// A file that is created through this object, by a save or by Open, is written beside its name, with ".saving" behind
-/// it, and takes the name when it is closed, unless a write has failed: whoever reads the name sees the old file or the
-/// new one.
+/// A file that is created through this object, by a save or by Open, takes the place of an older one when it is closed,
+/// as torv::ReplacedFile does, unless a write has failed: whoever reads the name sees the old file or the new one.
 class TORV_API CxQuillMidiFile : public CxRiff, public CxQuillMidiEncoder {
 public:
     CxQuillMidiFile();
@@ -45,8 +45,8 @@ public:
     int CloseChunk() override;
 
 protected:
-    /// Encodes into one buffer for the master track and one for each song track, all created in file mode. The work
-    /// area must be there. 0 when something that belongs to the song does not get in.
+    /// Encodes into one buffer for the master track and one for each song track, all created in file mode. 0 when
+    /// something that belongs to the song does not get in.
     int EncodeMultiTrackSequence(std::span<CQuillMidiBuffer> buffers, CSequence* song,
                                  const tagQuillMidiQSBBuffer* qsb);
     /// The tempo and time-signature changes, into the current buffer. A signature's tick is counted in measures, so a
@@ -67,7 +67,7 @@ protected:
     /// follows 9999). The number of events written.
     int WriteMetaQSBEvent(const tagQuillMidiQSBBuffer* qsb, DWORD firstNumber);
 
-    // The file's parts. Between them and CloseChunk, bytes are gathered in the work area while there is one.
+    // The file's parts. What they write is gathered, and in the file when the chunk is closed.
 
     int RiffWriteMidiHeader(WORD format, WORD tracks, WORD division);
     /// A track chunk of the current buffer's entries.
@@ -90,5 +90,6 @@ private:
     int RiffFlush();
 
     std::unique_ptr<CFile> m_pFile; ///< what CxRiff works on
-    DWORD m_dwGathered = 0;         ///< bytes in the work area that wait for the file
+    std::array<BYTE, 4096> m_gathered;
+    DWORD m_dwGathered = 0; ///< bytes that wait for the file
 };

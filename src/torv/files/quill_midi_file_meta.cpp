@@ -32,15 +32,17 @@ int CxQuillMidiFile::EncodeMultiTrackSequence(std::span<CQuillMidiBuffer> buffer
     if (!song || buffers.size() <= static_cast<size_t>(song->GetObjectCount()))
         return 0;
     auto buffer = buffers.begin();
-    m_pBuffer = &*buffer;
-    if (!WriteMetaTrackName("Master Track") || !WriteMasterTrack(song) || !WriteMetaEOT(0))
-        return 0;
+    {
+        const TrackRun run(*this, *buffer, nullptr);
+        if (!WriteMetaTrackName("Master Track") || !WriteMasterTrack(song) || !WriteMetaEOT(0))
+            return 0;
+    }
     const std::unique_ptr<tagSequenceTimeMap[]> map(CreateSequenceTimeMap(song->GetMasterTrack()));
     if (!map)
         return 0;
     for (POSITION at = song->GetHeadObjectPosition(); at;) {
         CSequenceObject* const track = song->GetNextObject(at);
-        m_pBuffer = &*++buffer;
+        const TrackRun run(*this, *++buffer, track);
         if (!EncodeTrack(track, map.get(), qsb))
             return 0;
         if (qsb)
@@ -52,7 +54,6 @@ int CxQuillMidiFile::EncodeMultiTrackSequence(std::span<CQuillMidiBuffer> buffer
 int CxQuillMidiFile::EncodeTrack(CSequenceObject* track, const tagSequenceTimeMap* map,
                                  const tagQuillMidiQSBBuffer* qsb) {
     m_pBuffer->SetLast(0, 0);
-    m_nTranspose = track ? track->GetTranspose() : 0;
     if (!WriteMetaTrackName(track ? track->GetName() : CString()))
         return 0;
     if (qsb) {
@@ -60,8 +61,9 @@ int CxQuillMidiFile::EncodeTrack(CSequenceObject* track, const tagSequenceTimeMa
         if (static_cast<DWORD>(WriteMetaQSBEvent(qsb, 0)) != pieces)
             return 0;
     }
-    if (track)
-        WriteQuillMidiTrack(track, map); // a track that has given its content up is an empty one
+    // A track that has given its content up is an empty one.
+    if (track && track->GetEventBuffer() && !WriteQuillMidiTrack(track, map))
+        return 0;
     // The last insertion was anywhere; the end of track follows what stands last.
     m_pBuffer->SeekToEnd();
     const DWORD end = m_pBuffer->GetPosition();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 
 namespace {
 
@@ -61,14 +62,14 @@ bool CxRiff::Attempt(Operation operation) {
         operation();
         return true;
     } catch (const CFileException& exception) {
-        RecordError(exception.m_cause);
-        return false;
+        return RecordError(exception.m_cause);
+    } catch (const std::bad_alloc&) {
+        return RecordError(CFileException::generic);
     }
 }
 
 int CxRiff::RecordError(int cause) {
     m_nError = cause ? cause : CFileException::generic;
-    m_strError = torv::FileErrorText(m_nError);
     return 0;
 }
 
@@ -80,17 +81,16 @@ int CxRiff::Open(const char* name, UINT flags) {
 int CxRiff::OpenFile(const char* name, UINT flags) {
     m_path.clear();
     m_qwSearchLimit = m_qwWritten = 0;
-    if (!m_pFile) {
-        m_pOwnFile = std::make_unique<CFile>();
-        m_pFile = m_pOwnFile.get();
-    }
-    CFileException error;
-    if (!m_pFile->Open(name, flags, &error)) {
-        RecordError(error.m_cause);
-        return 0;
-    }
-    m_nOpened = 1;
-    return 1;
+    m_nOpened = Attempt([&] {
+        if (!m_pFile) {
+            m_pOwnFile = std::make_unique<CFile>();
+            m_pFile = m_pOwnFile.get();
+        }
+        CFileException error;
+        if (!m_pFile->Open(name, flags, &error))
+            throw error;
+    });
+    return m_nOpened;
 }
 
 int CxRiff::Close() {
@@ -212,8 +212,13 @@ int CxRiff::FindNextChunk(CHUNK_INFO& info) {
     return ReadHeader(static_cast<ULONGLONG>(info.offset) + info.size, info);
 }
 
+/// Room in the path for one chunk more.
+bool CxRiff::CanGoDeeper() {
+    return m_path.size() < kDeepest && Attempt([&] { m_path.reserve(m_path.size() + 1); });
+}
+
 int CxRiff::Descend(CHUNK_INFO& info, DWORD id, DWORD form) {
-    if (m_path.size() >= kDeepest)
+    if (!CanGoDeeper())
         return 0;
     CHUNK_INFO found;
     for (int has = FindFirstChunk(found); has; has = FindNextChunk(found)) {
@@ -257,7 +262,7 @@ void CxRiff::GrowPath(DWORD count) {
 }
 
 int CxRiff::CreateChunk(DWORD id, DWORD form) {
-    if (m_path.size() >= kDeepest)
+    if (!CanGoDeeper())
         return 0;
     const ULONGLONG start = m_path.empty() ? m_qwWritten : m_path.back().end;
     const DWORD headerBytes = kHeaderBytes + (form ? kFormBytes : 0);
@@ -365,10 +370,8 @@ int CxRiff::CloseChunk(bool bigEndian) {
 
 int CxRiff::GetError(int reset) {
     const int error = m_nError;
-    if (reset) {
+    if (reset)
         m_nError = 0;
-        m_strError.Empty();
-    }
     return error;
 }
 
@@ -376,9 +379,9 @@ void CxRiff::ErrorMessageBox(CWnd* parent) {
     if (!m_nError)
         return;
     CString text = "'Riff' error !";
-    if (!m_strError.IsEmpty()) {
+    if (const char* const told = GetErrorText(); *told) {
         text += " : ";
-        text += m_strError;
+        text += told;
     }
     if (parent)
         parent->MessageBox(text, nullptr, MB_ICONEXCLAMATION);

@@ -37,8 +37,9 @@ TORV_API const char* FileErrorText(int cause);
 /// CreateChunk and CloseChunk. Chunks that lie about their size, running past the chunk or file around them, end the
 /// search for chunks there.
 ///
-/// No exception leaves: a file operation that fails gives 0, and its cause is kept until it is asked for. A chunk
-/// that would pass 32 bits of size or position is refused as a full disk. One thread at a time.
+/// A file operation that fails, or for which there is no memory, gives 0, and its cause is kept until it is asked for:
+/// for memory, the generic one. A chunk that would pass 32 bits of size or position is refused as a full disk. One
+/// thread at a time.
 class TORV_API CxRiff {
 public:
     /// Opens the file for reading and writing; null opens nothing.
@@ -97,8 +98,9 @@ public:
 
     /// The cause of the last failure (CFileException's), 0 for none; non-zero `reset` forgets it.
     int GetError(int reset);
-    const CString& GetErrorText() const { return m_strError; }
-    /// Tells the user of a failure, if there was one, and forgets it. A null parent is the application's window.
+    const char* GetErrorText() const { return torv::FileErrorText(m_nError); }
+    /// Tells the user of a failure, if there was one, and forgets it. A null parent is the application's window. Throws
+    /// std::bad_alloc.
     void ErrorMessageBox(CWnd* parent);
 
 protected:
@@ -124,6 +126,7 @@ private:
     bool Attempt(Operation operation);
     bool ReadHeader(ULONGLONG position, CHUNK_INFO& info);
     bool EnterLevel(ULONGLONG& position);
+    bool CanGoDeeper();
     bool HasRoom(DWORD count);
     void GrowPath(DWORD count);
 
@@ -134,5 +137,4 @@ private:
     ULONGLONG m_qwSearchLimit = 0;
     ULONGLONG m_qwWritten = 0; ///< end of what this object has written
     int m_nError = 0;
-    CString m_strError;
 };

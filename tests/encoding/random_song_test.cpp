@@ -1,0 +1,53 @@
+#include "random_song.h"
+
+#include <doctest/doctest.h>
+
+// The library's encoder against a plain one, over random songs: every block, its place and its bytes, in both modes.
+
+namespace {
+
+/// Up to the first place where the stream is another.
+void CheckSame(CQuillMidiBuffer& stream, const std::vector<plain::Placed>& expected) {
+    const auto entries = EntriesOf(stream);
+    CHECK(entries.size() == expected.size());
+    for (size_t i = 0; i < std::min(entries.size(), expected.size()); ++i) {
+        CAPTURE(i);
+        REQUIRE(static_cast<long>(entries[i].tick) == expected[i].tick);
+        REQUIRE(entries[i].time == expected[i].time);
+        REQUIRE(entries[i].bytes == expected[i].bytes);
+    }
+}
+
+} // namespace
+
+TEST_CASE("encoder: random songs become what a plain encoder makes of them") {
+    struct FileEncoder : CxQuillMidiEncoder {
+        int Write(CQuillMidiBuffer& buffer, CSequenceObject& track, const tagSequenceTimeMap* map) {
+            const TrackRun run(*this, buffer, &track);
+            return WriteQuillMidiTrack(&track, map);
+        }
+    };
+    const Articulations catalogue;
+    size_t blocks = 0;
+    for (unsigned seed = 1; seed <= 400; ++seed) {
+        CAPTURE(seed);
+        const plain::Song song = Composer(seed).Song();
+        const plain::Encoder plain(song);
+        Written written(song);
+        FileEncoder encoder;
+        SetUp(encoder, song);
+        const auto stream = written.Encode(encoder);
+        REQUIRE(stream);
+        CheckSame(*stream, plain.placed);
+        CHECK(stream->GetLastTick() == plain.lastTick);
+        CHECK(stream->GetLastTime() == plain.lastTime);
+        blocks += plain.placed.size();
+
+        const DWORD interval = seed % 3;
+        CQuillMidiBuffer buffer;
+        buffer.Create(CxQuillMidiEncoder::kFileMode, encoder.GetPresendTime(), static_cast<int>(interval));
+        REQUIRE(encoder.Write(buffer, written.Track(), written.Map().get()) == 1);
+        CheckSame(buffer, plain.Messages(interval));
+    }
+    CHECK(blocks > 15000);
+}
