@@ -40,7 +40,7 @@ struct Rings : CRtSynthesis {
             std::memset(RTS_GetOutBuffer(i)->samples, i + 1, kBlockBytes * torv::kRingBlocks);
         }
     }
-    void Empty() { m_ring.read = m_ring.write.Get(); }
+    void Empty() { Ring()->Restart(); }
 
     bool isReady = false;
 };

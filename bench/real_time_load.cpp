@@ -49,8 +49,11 @@ struct Driver : CRtSynthesis {
         m_pLibrary->DoStepSynthesis = &TimedStep;
         return true;
     }
-    bool IsAhead() const { return m_nSynthesizing && m_nOutputStarted; }
-    DWORD Buffered() const { return m_ring.Buffered(); }
+    bool IsAhead() const { return m_state.IsSynthesizing() && m_state.HasOutputStarted(); }
+    DWORD Buffered() const {
+        const auto ring = Ring();
+        return ring ? ring->Buffered() : 0;
+    }
 };
 
 double ProcessorSeconds() {

@@ -32,7 +32,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     stream.SetLoopEndState(position);
     torv::IsTellingAhead(stream, position);
     torv::ChaseTable table;
-    torv::ChaseEvents(stream, position, data[1] * 100U, table);
+    const DWORD preroll = data[1] * 100U;
+    torv::ChaseEvents(stream, position + preroll, {preroll, true}, table);
     Check(table.Events());
     torv::MoveToTime(stream, position);
     torv::StepFeeder feeder;

@@ -1,7 +1,5 @@
 #include "synthesis/driver.h"
 
-#include <doctest/doctest.h>
-
 #include <initializer_list>
 #include <vector>
 
@@ -11,136 +9,129 @@ using Bytes = std::vector<BYTE>;
 
 /// A block as the encoder writes it: an opening, a delay of 300 ms (2, 44), then parameters from number 2 on.
 Bytes Block(BYTE number, std::initializer_list<BYTE> values) {
-    Bytes bytes;
-    const auto add = [&bytes](BYTE controller, BYTE value) { bytes.insert(bytes.end(), {0xB3, controller, value}); };
-    add(99, number);
-    add(98, 0);
-    add(6, 0);
-    add(38, 0);
-    add(99, number);
-    add(98, 1);
-    add(6, 2);
-    add(38, 44);
+    Bytes bytes{0xB3, 99, number, 0xB3, 98, 0, 0xB3, 6, 0, 0xB3, 38, 0,
+                0xB3, 99, number, 0xB3, 98, 1, 0xB3, 6, 2, 0xB3, 38, 44};
     BYTE parameter = 2;
-    for (const BYTE value : values) {
-        add(99, number);
-        add(98, parameter++);
-        add(6, value);
-    }
+    for (const BYTE value : values)
+        bytes.insert(bytes.end(), {0xB3, 99, number, 0xB3, 98, parameter++, 0xB3, 6, value});
     return bytes;
 }
 
-Bytes Joined(const Bytes& a, const Bytes& b) {
-    Bytes both(a);
-    both.insert(both.end(), b.begin(), b.end());
-    return both;
-}
-
-/// The value of parameter 2 in every chased group, with the group's number: (number, value)...
-std::vector<int> Groups(const std::vector<RVEEvent>& events) {
-    std::vector<int> groups;
-    for (size_t i = 0; i + 10 < events.size(); ++i)
-        if (events[i].data1 == 99 && events[i + 1].data1 == 98 && events[i + 1].data2 == 0) {
-            groups.push_back(events[i].data2);
-            groups.push_back(events[i + 10].data2);
-        }
-    return groups;
-}
-
 struct Chase {
-    explicit Chase(DWORD preroll = 500, int isOn = 1) {
-        REQUIRE(driver.OpenSynthesizer() == 1);
-        driver.RTS_SetSynthesisParam(1, 1, 0, 44100, preroll, isOn);
-        REQUIRE(stream.Create(1, 0, 0) == 1);
-        driver.RTS_SetQuillMidiBuffer(0, &stream);
-        REQUIRE(driver.RTS_CreateRVE() == 1);
-    }
+    Chase() { REQUIRE(stream.Create(1, 0, 0) == 1); }
     void Add(LONG time, const Bytes& bytes) {
         REQUIRE(stream.AddEvent(1, bytes.data(), static_cast<DWORD>(bytes.size()), time) == 1);
     }
-    std::vector<RVEEvent> At(DWORD position) {
-        const int count = driver.RTS_ChaseEvent(0, position);
-        const auto* events = driver.RTS_GetChaseEvents(0);
-        REQUIRE(events != nullptr);
-        CHECK(events->size() == static_cast<size_t>(count));
-        return *events;
+    const std::vector<RVEEvent>& At(DWORD position, torv::Preroll preroll = {500, true}) {
+        torv::ChaseEvents(stream, position, preroll, table);
+        return table.Events();
+    }
+    /// The number and the value of parameter 2 of every group.
+    std::vector<int> Groups(DWORD position) {
+        std::vector<int> groups;
+        const auto& events = At(position);
+        for (size_t i = 0; i + 10 < events.size(); ++i)
+            if (events[i].data1 == 99 && events[i + 1].data1 == 98 && events[i + 1].data2 == 0)
+                groups.insert(groups.end(), {events[i].data2, events[i + 10].data2});
+        return groups;
     }
 
-    const FakeEngine engine;
     CQuillMidiBuffer stream;
-    Driver driver;
+    torv::ChaseTable table;
 };
 
 } // namespace
 
 TEST_CASE("chase: the latest group of every parameter before the preroll, newest first, with the preroll as delay") {
     Chase chase;
-    chase.Add(0, Block(0x60, {1}));
+    chase.Add(-5, Block(0x60, {1}));
     chase.Add(0, Block(0x53, {7}));
     chase.Add(100, Block(0x63, {50}));
     chase.Add(150, Block(0x50, {60})); // a note is no state
     chase.Add(200, Block(0x55, {0x30, 90}));
     chase.Add(250, Block(0x55, {0x31, 91}));
     chase.Add(300, Block(0x55, {0x30, 92})); // the same control again
-    chase.Add(400, Joined(Block(0x63, {51}), Block(0x63, {52})));
+    Bytes two = Block(0x63, {51});
+    const Bytes second = Block(0x63, {52});
+    two.insert(two.end(), second.begin(), second.end());
+    chase.Add(400, two);
     chase.Add(500, Block(0x63, {99})); // at the seek point: told as it comes
-    chase.Add(600, Block(0x64, {98}));
 
-    const auto events = chase.At(1000);
-    CHECK(Groups(events) == std::vector<int>{0x63, 52, 0x55, 0x30, 0x55, 0x31, 0x53, 7, 0x60, 1});
+    CHECK(chase.Groups(1000) == std::vector<int>{0x63, 52, 0x55, 0x30, 0x55, 0x31, 0x53, 7, 0x60, 1});
+    CHECK(chase.Groups(1001)[1] == 99); // now it stands before
+    CHECK(chase.Groups(100000).size() == 10);
+    const auto& events = chase.At(1000);
     REQUIRE(events.size() == 11 + 14 + 14 + 11 + 11);
     CHECK(events[0].status == 0xB3);
     CHECK(events[0].delta == 0);
     CHECK(events[6].data2 == 500 / 128); // the delay's two halves
     CHECK(events[7].data2 == 500 % 128);
     CHECK(events[13 + 11].data2 == 92);
-
-    CHECK(chase.At(1001).size() == events.size()); // now it stands before
-    CHECK(Groups(chase.At(1001))[1] == 99);
     CHECK(chase.At(500).empty()); // nothing is chased from before 0
-    CHECK(chase.At(0).empty());
-    CHECK(Groups(chase.At(100000)).size() == 12); // behind the last entry
+    CHECK(chase.At(1000, {500, false}).empty());
+    CHECK(chase.At(30000, {20000, true})[6].data2 == 0x7F); // delays have 14 bits
+    CHECK(chase.At(30000, {20000, true})[7].data2 == 0x7F);
 }
 
-TEST_CASE("chase: not when it is off; delays have 14 bits; short and foreign entries are passed over") {
-    {
-        Chase chase(500, 0);
-        chase.Add(0, Block(0x53, {7}));
-        CHECK(chase.At(1000).empty());
-    }
-    {
-        Chase chase(20000);
-        chase.Add(0, Block(0x53, {7}));
-        const auto events = chase.At(30000);
-        REQUIRE(events.size() == 11);
-        CHECK(events[6].data2 == 0x7F);
-        CHECK(events[7].data2 == 0x7F);
-    }
+TEST_CASE("chase: short and foreign entries are passed over") {
     Chase chase;
     chase.Add(0, {0xB0, 99, 0x53});           // no second message
     chase.Add(0, {0xB0, 99, 0x53, 0xB0, 98}); // cut
     chase.Add(0, {});
     chase.Add(0, {0xB0, 99, 0x64, 0xB0, 98, 0, 0xB0, 6, 5, 1}); // too short for a delay: as it is
-    const auto events = chase.At(1000);
-    REQUIRE(events.size() == 3);
-    CHECK(events[2].data2 == 5);
+    REQUIRE(chase.At(1000).size() == 3);
+    CHECK(chase.At(1000)[2].data2 == 5);
 }
 
-TEST_CASE("chase: the stream is placed before the first entry at or after the time") {
+TEST_CASE("chase: what is sent before a time and takes effect at it or later") {
     Chase chase;
-    for (const LONG time : {-5, 10, 20, 20, 40})
+    chase.Add(10, {0x90, 60, 1}); // without a delay
+    CHECK_FALSE(torv::IsTellingAhead(chase.stream, 20));
+    chase.Add(100, Block(0x63, {50})); // at 400
+    CHECK_FALSE(torv::IsTellingAhead(chase.stream, 100));
+    CHECK(torv::IsTellingAhead(chase.stream, 101));
+    CHECK(torv::IsTellingAhead(chase.stream, 400));
+    CHECK_FALSE(torv::IsTellingAhead(chase.stream, 401));
+}
+
+TEST_CASE("chase: what a host reaches of it") {
+    const FakeEngine engine;
+    Chase chase;
+    const Bytes kept = Block(0x55, {0x30, 90});
+    chase.Add(0, kept);
+    for (const LONG time : {10, 20, 20, 40})
         chase.Add(time, {0x90, 60, 1});
-    const auto next = [&] {
-        tagQuillMidiEntry entry{};
-        return chase.stream.ReadNextEntry(&entry) ? entry.time : -1;
+    Driver driver;
+    REQUIRE(driver.OpenSynthesizer() == 1);
+    driver.RTS_SetSynthesisParam(1, 1, 0, 44100, 500, 1);
+    driver.RTS_SetQuillMidiBuffer(0, &chase.stream);
+    CHECK(driver.RTS_ChaseEvent(0, 1000) == 0); // no instances yet
+    REQUIRE(driver.RTS_CreateRVE() == 1);
+    CHECK(driver.RTS_ChaseEvent(0, 1000) == 14);
+    CHECK(driver.RTS_GetChaseEvents(0)->size() == 14);
+    const auto exists = [&](int track, const Bytes& group) {
+        return driver.RTS_ChaseEventExist(track, group.data(), static_cast<DWORD>(group.size()));
     };
-    const LONG rows[][2] = {{0, -5}, {1, 10}, {10, 10}, {11, 20}, {40, 40}};
+    CHECK(exists(0, kept) == 1);
+    CHECK(exists(0, Block(0x55, {0x31, 90})) == 0);
+    CHECK(exists(0, Block(0x53, {0x30})) == 0);
+    CHECK(exists(1, kept) == 0);
+    CHECK(exists(0, {}) == 0);
+    const Bytes two = Block(0x63, {51, 52});
+    CHECK(CRtSynthesis::RTS_GetEventLength(two.data(), 42) == 42);
+    Bytes next = two;
+    next.insert(next.end(), two.begin(), two.end());
+    CHECK(CRtSynthesis::RTS_GetEventLength(next.data(), 84) == 42); // up to the next opening
+    CHECK(CRtSynthesis::RTS_GetEventLength(next.data(), 44) == 42); // whole messages
+    CHECK(CRtSynthesis::RTS_GetEventLength(nullptr, 42) == 0);
+
+    const LONG rows[][2] = {{0, 0}, {1, 10}, {10, 10}, {11, 20}, {40, 40}, {41, -1}};
     for (const auto& row : rows) {
         CAPTURE(row[0]);
-        CHECK(chase.driver.RTS_MoveTo(0, static_cast<DWORD>(row[0])) == 1);
-        CHECK(next() == row[1]);
+        CHECK(driver.RTS_MoveTo(0, static_cast<DWORD>(row[0])) == (row[1] >= 0));
+        tagQuillMidiEntry entry{};
+        CHECK((chase.stream.ReadNextEntry(&entry) ? entry.time : -1) == row[1]);
     }
-    CHECK(chase.driver.RTS_MoveTo(0, 41) == 0);
-    CHECK(next() == -1);
-    CHECK(chase.driver.RTS_MoveTo(1, 0) == 0); // no such track
+    CHECK(driver.RTS_MoveTo(1, 0) == 0); // no such track
+    CHECK(driver.RTS_GetChaseEvents(1) == nullptr);
 }

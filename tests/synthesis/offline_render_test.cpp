@@ -1,8 +1,5 @@
 #include "audio/wave_test_files.h"
-#include "synthesis/fake_engine_library.h"
-#include "torv/synthesis/rt_synthesis.h"
-
-#include <doctest/doctest.h>
+#include "synthesis/driver.h"
 
 #include <algorithm>
 
@@ -12,21 +9,26 @@ using Samples = std::vector<short>;
 
 struct Session {
     Session() : path("torv_render.wav"), file(path.Text()) {
-        synthesis.SetEngineLibrary(FakeEngine::kName);
-        synthesis.SetMasterOutputChannels(1);
-        REQUIRE(synthesis.OpenSynthesizer() == 1);
+        driver.SetMasterOutputChannels(1);
+        REQUIRE(driver.OpenSynthesizer() == 1);
         REQUIRE(stream.Create(1, 0, 0) == 1);
         previousBox = torv::SetMessageBoxHandler([this](HWND, const char*, const char*, UINT) { return ++boxes; });
     }
-    ~Session() { torv::SetMessageBoxHandler(previousBox); }
+    ~Session() {
+        torv::SetMessageBoxHandler(previousBox);
+        CHECK(boxes == 0);             // whatever goes wrong is quiet,
+        CHECK(engine.Log().live == 0); // and leaves no instance
+        CHECK(engine.Log().starts == engine.Log().stops);
+    }
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    void Add(LONG time, BYTE status, BYTE note, BYTE velocity) {
-        const BYTE bytes[]{status, note, velocity};
+    void Add(LONG time, BYTE status, BYTE velocity) {
+        const BYTE bytes[]{status, 60, velocity};
         REQUIRE(stream.AddEvent(1, bytes, 3, time) == 1);
+        stream.SetLast(1, static_cast<DWORD>(time));
     }
-    int Render(DWORD rate = 44100) { return synthesis.DoSynthesis(&stream, &file, rate); }
+    int Render(DWORD rate = 44100) { return driver.DoSynthesis(&stream, &file, rate); }
     Samples Rendered() {
         Samples samples;
         DWORD left = 0;
@@ -42,7 +44,7 @@ struct Session {
     FakeEngine engine;
     ScratchPath path;
     CWaveFile file;
-    CRtSynthesis synthesis;
+    Driver driver;
     CQuillMidiBuffer stream;
     int boxes = 0;
     torv::MessageBoxHandler previousBox;
@@ -52,88 +54,85 @@ struct Session {
 
 TEST_CASE("offline: a note sounds from its very sample to its release's end, and one silent step closes") {
     Session session;
-    session.Add(10, 0x90, 60, 100); // sample 441
-    session.Add(20, 0x80, 60, 0);   // sample 882, and 512 of release
-    session.stream.SetLast(1, 20);
+    session.Add(10, 0x90, 100); // sample 441
+    session.Add(20, 0x80, 0);   // sample 882, and 512 of release
     SUBCASE("mono") {}
-    SUBCASE("stereo") { session.synthesis.SetMasterOutputChannels(2); }
+    SUBCASE("stereo") { session.driver.SetMasterOutputChannels(2); }
     REQUIRE(session.Render() == 1);
-    const Samples samples = session.Rendered();
-    REQUIRE(samples.size() == 1792); // 882 + 512 = 1394 ends in the sixth step of 256; the seventh is silent
-    Samples expected(1792, 0);
+    Samples expected(1792, 0); // 882 + 512 = 1394 ends in the sixth step of 256; the seventh is silent
     std::fill(expected.begin() + 441, expected.begin() + 882, short{10000});
     std::fill(expected.begin() + 882, expected.begin() + 1394, short{7});
-    CHECK(samples == expected);
+    CHECK(session.Rendered() == expected);
     CHECK(session.engine.Log().starts == 1);
-    CHECK(session.engine.Log().stops == 1);
-    CHECK(session.engine.Log().live == 0);
 }
 
-TEST_CASE("offline: rendering goes on to the stream's last time, and a second at most beyond it") {
-    Session session;
-    session.Add(0, 0x90, 60, 0);
-    SUBCASE("silent to the end") {
-        session.stream.SetLast(1, 100);
-        REQUIRE(session.Render() == 1);
-        CHECK(session.Rendered() == Samples(4608, 0)); // 4410 samples are 18 steps
-    }
-    SUBCASE("an engine that is never silent") {
-        session.synthesis.SetEngineOption("endless");
-        REQUIRE(session.Render() == 1);
-        CHECK(session.Rendered() == Samples(44032, 5)); // 172 steps
-    }
-    SUBCASE("an engine that answers no samples, at another rate") {
-        session.synthesis.SetEngineOption("none");
-        session.stream.SetLast(1, 100);
-        REQUIRE(session.Render(48000) == 1);
-        CHECK(session.Rendered() == Samples(5015, 0)); // 4608 x 48000 / 44100 = 5015.5
+TEST_CASE("offline: how long, with engines that answer what they like") {
+    struct Row {
+        const char* option;
+        DWORD lastTime;
+        DWORD rate;
+        size_t samples;
+        short level;
+    };
+    const Row rows[] = {{"", 100, 44100, 4608, 0},       // 4410 samples are 18 steps
+                        {"endless", 0, 44100, 44032, 5}, // a second at most beyond the last time: 172 steps
+                        {"none", 100, 48000, 5015, 0},   // 4608 x 48000 / 44100 = 5015.5, in silence
+                        {"flood", 10, 44100, 512, 0}};   // claims more than fits: a frame a step
+    for (const Row& row : rows) {
+        CAPTURE(row.option);
+        Session session;
+        session.driver.SetEngineOption(row.option);
+        session.Add(0, 0x90, 0);
+        session.stream.SetLast(1, row.lastTime);
+        REQUIRE(session.Render(row.rate) == 1);
+        CHECK(session.Rendered() == Samples(row.samples, row.level));
         WAVEFORMATEX format;
         session.file.GetWaveFormat(format);
-        CHECK(+format.nSamplesPerSec == 48000);
-        CHECK(session.engine.Log().setting.sampleRate == 48000);
+        CHECK(+format.nSamplesPerSec == row.rate);
+        const RVEStaticSetting& setting = session.engine.Log().setting;
+        CHECK(setting.sampleRate == row.rate);
+        CHECK(setting.frameSize == 256); // at every rate
+        CHECK(setting.one == 1);
+        CHECK(setting.reserved == 0);
+        CHECK(std::string(session.engine.Log().option) == row.option);
     }
-    SUBCASE("an engine that claims more than fits") {
-        session.synthesis.SetEngineOption("flood");
-        session.stream.SetLast(1, 10);
-        REQUIRE(session.Render() == 1);
-        CHECK(session.Rendered() == Samples(512, 0)); // a frame a step
-    }
 }
 
-TEST_CASE("offline: an empty stream makes an empty file") {
+TEST_CASE("offline: a listener hears how far it is, and may cancel") {
     Session session;
-    REQUIRE(session.Render() == 1);
-    CHECK(session.Rendered().empty());
-    CHECK(session.engine.Log().live == 0);
-}
-
-TEST_CASE("offline: the static setting always says 256 and carries the option") {
-    Session session;
-    session.synthesis.SetEngineOption("voice=A");
-    REQUIRE(session.Render(96000) == 1);
-    const FakeLog& log = session.engine.Log();
-    CHECK(log.setting.sampleRate == 96000);
-    CHECK(log.setting.frameSize == 256);
-    CHECK(log.setting.one == 1);
-    CHECK(log.setting.reserved == 0);
-    CHECK(std::string(log.option) == "voice=A");
-}
-
-TEST_CASE("offline: what goes wrong gives 0, quietly, and leaves no instance") {
-    Session session;
-    session.Add(0, 0x90, 60, 100);
+    session.Add(0, 0x90, 0);
     session.stream.SetLast(1, 100);
+    std::vector<DWORD> heard;
+    bool isCancelled = false;
+    session.driver.SetProgressHandler([&](DWORD rendered, DWORD total) {
+        heard.push_back(rendered);
+        return total == 100 && !isCancelled;
+    });
+    SUBCASE("to the end") {
+        CHECK(session.Render() == 1);
+        CHECK(heard == std::vector<DWORD>{92, 100}); // 16 steps of 256 samples
+    }
+    SUBCASE("cancelled") {
+        isCancelled = true;
+        CHECK(session.Render() == 0);
+        CHECK(heard == std::vector<DWORD>{92});
+    }
+}
+
+TEST_CASE("offline: what goes wrong gives 0") {
+    Session session;
+    CHECK(session.Render() == 1); // an empty stream makes an empty file
+    CHECK(session.Rendered().empty());
+    session.Add(100, 0x90, 100);
     SUBCASE("the engine fails in a step") {
-        session.synthesis.SetEngineOption("error 3");
+        session.driver.SetEngineOption("error 3");
         CHECK(session.Render() == 0);
         CHECK(session.engine.Log().steps == 4);
-        CHECK(session.engine.Log().stops == 1);
     }
     SUBCASE("the engine refuses its setting") {
-        session.synthesis.SetEngineOption("refuse");
+        session.driver.SetEngineOption("refuse");
         CHECK(session.Render() == 0);
-        CHECK(session.synthesis.OpenSynthesizer() == 0);
-        CHECK(session.engine.Log().starts == 0);
+        CHECK(session.driver.OpenSynthesizer() == 0);
     }
     SUBCASE("the file has data of another format") {
         session.file.SetWaveFormat(Format(1, 8));
@@ -146,37 +145,11 @@ TEST_CASE("offline: what goes wrong gives 0, quietly, and leaves no instance") {
         CHECK(session.Render() == 0);
     }
     SUBCASE("nothing to render, nothing to render into, no rate, no library") {
-        CHECK(session.synthesis.DoSynthesis(nullptr) == 0);
-        CHECK(session.synthesis.DoSynthesis(nullptr, &session.file, 44100) == 0);
-        CHECK(session.synthesis.DoSynthesis(&session.stream, nullptr, 44100) == 0);
+        CHECK(session.driver.DoSynthesis(nullptr) == 0);
+        CHECK(session.driver.DoSynthesis(nullptr, &session.file, 44100) == 0);
+        CHECK(session.driver.DoSynthesis(&session.stream, nullptr, 44100) == 0);
         CHECK(session.Render(0) == 0);
-        CHECK(session.synthesis.CloseSynthesizer() == 0);
+        CHECK(session.driver.CloseSynthesizer() == 0);
         CHECK(session.Render() == 0);
-        CHECK(session.synthesis.CreateRVE() == -2);
     }
-    SUBCASE("the listener cancels") {
-        int asked = 0;
-        session.synthesis.SetProgressHandler([&asked](DWORD rendered, DWORD total) {
-            CHECK(rendered == 92); // 16 steps of 256 samples
-            CHECK(total == 100);
-            return ++asked < 1;
-        });
-        CHECK(session.Render() == 0);
-        CHECK(asked == 1);
-    }
-    CHECK(session.engine.Log().live == 0);
-    CHECK(session.boxes == 0);
-}
-
-TEST_CASE("offline: a listener hears of the end") {
-    Session session;
-    session.stream.SetLast(1, 50);
-    session.Add(0, 0x90, 60, 0);
-    std::vector<DWORD> heard;
-    session.synthesis.SetProgressHandler([&heard](DWORD rendered, DWORD total) {
-        heard.push_back(rendered);
-        return total == 50;
-    });
-    CHECK(session.Render() == 1);
-    CHECK(heard == std::vector<DWORD>{50});
 }

@@ -4,8 +4,6 @@
 #include "synthesis/driver.h"
 #include "wave_recorder.h"
 
-#include <doctest/doctest.h>
-
 #include <algorithm>
 #include <array>
 #include <functional>
@@ -14,6 +12,11 @@
 #include <vector>
 
 using Samples = std::vector<short>;
+
+/// From sample `from` on.
+inline Samples From(const Samples& samples, size_t from) {
+    return {samples.begin() + static_cast<std::ptrdiff_t>(std::min(from, samples.size())), samples.end()};
+}
 
 /// A play with a device, a host's window and message boxes in the test's hand. The test's thread is the host's.
 struct Play {
@@ -30,10 +33,11 @@ struct Play {
     explicit Play(int tracks = 1, DWORD rate = 44100)
         : trackCount(tracks), sampleRate(rate),
           window(CreateWindowExA(0, "STATIC", "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr)) {
-        REQUIRE(window.m_hWnd != nullptr);
         previousBox = torv::SetMessageBoxHandler([this](HWND owner, const char* text, const char*, UINT type) {
             const std::lock_guard lock(boxMutex);
             boxes.push_back(owner == nullptr && type == (MB_OK | MB_ICONSTOP) ? text : "wrong kind of box");
+            if (atBox)
+                atBox();
             return IDOK;
         });
         REQUIRE(driver.OpenSynthesizer() == 1);
@@ -41,10 +45,15 @@ struct Play {
             REQUIRE(streams[static_cast<size_t>(i)].Create(1, 0, 0) == 1);
         SetUp();
     }
+    /// Whatever a play met, it leaves neither an instance nor an open device.
     ~Play() {
         driver.RTS_StopSynthesis();
         torv::SetMessageBoxHandler(previousBox);
         DestroyWindow(window.m_hWnd);
+        driver.RTS_DeleteRVE(); // of a play that was never heard
+        CHECK(engine.Log().live == 0);
+        CHECK(engine.Log().starts == engine.Log().stops);
+        CHECK(device->opened == device->closed);
     }
     Play(const Play&) = delete;
     Play& operator=(const Play&) = delete;
@@ -72,21 +81,23 @@ struct Play {
         REQUIRE(driver.RTS_Play() == 1);
     }
 
+    /// Hears what the window was told; what the host does when it hears something is done at once.
     void Pump() {
         MSG message;
-        while (PeekMessageA(&message, window.m_hWnd, kMessage, kMessage, PM_REMOVE))
+        while (PeekMessageA(&message, window.m_hWnd, kMessage, kMessage, PM_REMOVE)) {
             told.push_back({message.wParam, message.lParam});
+            if (atNotification)
+                atNotification(told.back());
+        }
     }
-    /// Until it is so, twenty seconds at most; meanwhile the device plays as fast as it is given something, if asked
-    /// to.
+    /// Until it is so; meanwhile the device plays as fast as it is given something, if asked to.
     bool Await(const std::function<bool()>& isSo, bool devicePlays = true) {
-        for (int i = 0; i < 20000; ++i) {
+        for (const DWORD begin = timeGetTime(); timeGetTime() - begin < 20000; Sleep(0)) {
             Pump();
             if (isSo())
                 return true;
             if (devicePlays)
                 device->Finish(1);
-            Sleep(1);
         }
         return false;
     }
@@ -139,6 +150,8 @@ struct Play {
     CWnd window;
     std::array<CQuillMidiBuffer, 4> streams;
     std::vector<Told> told;
+    std::function<void(const Told&)> atNotification;
+    std::function<void()> atBox; ///< on the thread that shows it
     std::mutex boxMutex;
     std::vector<std::string> boxes;
     torv::MessageBoxHandler previousBox;
@@ -149,7 +162,16 @@ struct Play {
 inline bool AreSameSound(const Samples& a, const Samples& b) {
     const Samples& longer = a.size() > b.size() ? a : b;
     const size_t common = std::min(a.size(), b.size());
-    return std::equal(a.begin(), a.begin() + static_cast<std::ptrdiff_t>(common), b.begin()) &&
-           std::all_of(longer.begin() + static_cast<std::ptrdiff_t>(common), longer.end(),
-                       [](short sample) { return sample == 0; });
+    const Samples rest = From(longer, common);
+    return std::equal(rest.begin(), rest.end(), Samples(rest.size(), 0).begin()) &&
+           std::equal(longer.begin(), longer.begin() + static_cast<std::ptrdiff_t>(common),
+                      (&longer == &a ? b : a).begin());
+}
+
+/// Whether `wanted` follows what the device had of an old place: two buffers of 17 blocks at the most.
+inline bool FollowsSoon(const Samples& heard, const Samples& wanted) {
+    for (size_t at = 0; at <= 2 * 4352 && at < heard.size(); at += 256)
+        if (AreSameSound(From(heard, at), wanted))
+            return true;
+    return false;
 }

@@ -68,20 +68,3 @@ TEST_CASE("play: from the middle the reference engine sings as if it had sung al
     CHECK(farthest(middle, 4000) == 0);
     CHECK(farthest(unchased, 4000) > 3000); // another voice, softer, on another note
 }
-
-TEST_CASE("play: every pass of a loop of the reference engine is the same") {
-    ReferencePlay play;
-    play.SetUp(kPresend, 1);
-    play.Begin(2500, 3900, 2500, 1); // steps 430 up to 672; the note behind the end was told ahead
-    constexpr size_t kPass = 242 * 256;
-    REQUIRE(play.Await([&] { return play.Heard().size() > 3 * kPass; }));
-    play.driver.RTS_StopSynthesis();
-    const Samples heard = play.Heard();
-    const auto pass = [&heard](size_t turn) {
-        const auto begin = heard.begin() + static_cast<std::ptrdiff_t>(turn * kPass);
-        return Samples(begin, begin + kPass);
-    };
-    CHECK(*std::max_element(heard.begin(), heard.end()) > 3000);
-    CHECK(pass(0) == pass(1));
-    CHECK(pass(1) == pass(2));
-}

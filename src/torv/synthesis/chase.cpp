@@ -38,13 +38,13 @@ void KeepGroups(const BYTE* bytes, DWORD length, DWORD delay, ChaseTable& table)
     for (DWORD at = length - length % kMessageBytes; at >= kMessageBytes;) {
         at -= kMessageBytes;
         if (IsOpening(bytes + at, length - at) && bytes[at + 2] != kNprnNoteSegment) // a note is no state
-            table.Keep(bytes + at, RTS_GetEventLength(bytes + at, length - at), delay);
+            table.Keep(bytes + at, GroupLength(bytes + at, length - at), delay);
     }
 }
 
 } // namespace
 
-DWORD RTS_GetEventLength(const BYTE* bytes, DWORD length) {
+DWORD GroupLength(const BYTE* bytes, DWORD length) {
     DWORD at = kMessageBytes;
     while (at + kMessageBytes <= length && !IsOpening(bytes + at, length - at))
         at += kMessageBytes;
@@ -56,12 +56,12 @@ void ChaseTable::Clear() {
     m_events.clear();
 }
 
-int ChaseTable::RTS_ChaseEventExist(const BYTE* group, DWORD length) const {
+bool ChaseTable::Has(const BYTE* group, DWORD length) const {
     return std::find(m_keys.begin(), m_keys.end(), KeyOf(group, length)) != m_keys.end();
 }
 
 void ChaseTable::Keep(const BYTE* group, DWORD length, DWORD delay) {
-    if (RTS_ChaseEventExist(group, length))
+    if (Has(group, length))
         return;
     m_keys.push_back(KeyOf(group, length));
     m_group.assign(group, group + length);
@@ -103,18 +103,18 @@ bool IsTellingAhead(CQuillMidiBuffer& stream, DWORD time) {
     return false;
 }
 
-void ChaseEvents(CQuillMidiBuffer& stream, DWORD seekPoint, DWORD delay, ChaseTable& table) {
+void ChaseEvents(CQuillMidiBuffer& stream, DWORD position, const Preroll& preroll, ChaseTable& table) {
     table.Clear();
-    if (seekPoint == 0)
+    if (!preroll.isChased || position <= preroll.milliseconds)
         return;
-    MoveToTime(stream, seekPoint);
+    MoveToTime(stream, position - preroll.milliseconds);
     BYTE bytes[kMostBlockBytes];
     tagQuillMidiEntry entry;
     // After MoveToTime the stream stands on the last entry that is to be chased, or behind the last of all.
     for (bool more = stream.ReadEntry(&entry) || stream.ReadPrevEntry(&entry); more;
          more = stream.ReadPrevEntry(&entry)) {
         const DWORD length = stream.ReadEvent(entry.offset, bytes, std::min(entry.length, kMostBlockBytes));
-        KeepGroups(bytes, length, delay, table);
+        KeepGroups(bytes, length, preroll.milliseconds, table);
     }
 }
 

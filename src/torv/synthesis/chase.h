@@ -14,7 +14,7 @@ namespace torv {
 /// with 0) to the next.
 
 /// Bytes of the group at `bytes`, three a message, up to the next opening or the end.
-DWORD RTS_GetEventLength(const BYTE* bytes, DWORD length);
+DWORD GroupLength(const BYTE* bytes, DWORD length);
 
 /// The kept groups, each with another key: the block's number, and for voice controls the control that is set.
 class ChaseTable {
@@ -22,7 +22,7 @@ public:
     /// Forgets all groups; memory is kept.
     void Clear();
     /// Whether a group with this one's key was kept.
-    int RTS_ChaseEventExist(const BYTE* group, DWORD length) const;
+    bool Has(const BYTE* group, DWORD length) const;
     /// Keeps a group unless its key was kept already; one that carries a delay gets this one (milliseconds).
     void Keep(const BYTE* group, DWORD length, DWORD delay);
     /// The messages of all groups in the order in which they were kept, with delta 0.
@@ -41,8 +41,16 @@ int MoveToTime(CQuillMidiBuffer& stream, DWORD time);
 /// Whether a block that is sent before `time` takes effect at it or later (milliseconds). Leaves the stream anywhere.
 bool IsTellingAhead(CQuillMidiBuffer& stream, DWORD time);
 
-/// Fills the table with the latest groups that stand before `seekPoint` (milliseconds), to take effect `delay` (ms, 14
-/// bits at the most) after they are told. Leaves the stream anywhere.
-void ChaseEvents(CQuillMidiBuffer& stream, DWORD seekPoint, DWORD delay, ChaseTable& table);
+/// How far ahead an engine must be told of what it sings (milliseconds), and whether it is also told of what was set
+/// before that.
+struct Preroll {
+    DWORD milliseconds = 0;
+    bool isChased = false;
+};
+
+/// Fills the table with the latest groups that stand before the preroll of a play from `position` (milliseconds), to
+/// take effect the preroll (14 bits at the most) after they are told; with none when it is not chased, and when the
+/// preroll begins before the song. Leaves the stream anywhere.
+void ChaseEvents(CQuillMidiBuffer& stream, DWORD position, const Preroll& preroll, ChaseTable& table);
 
 } // namespace torv

@@ -5,14 +5,15 @@
 namespace torv {
 
 std::shared_ptr<EngineLibrary> EngineLibrary::Load(const char* name) {
-    const HMODULE module = LoadLibraryA(name);
-    if (!module)
-        return nullptr;
-    std::shared_ptr<EngineLibrary> library(new EngineLibrary(module));
-    return library->Bind() ? library : nullptr;
+    std::shared_ptr<EngineLibrary> library(new EngineLibrary);
+    library->m_module = LoadLibraryA(name);
+    return library->m_module && library->Bind() ? library : nullptr;
 }
 
-EngineLibrary::~EngineLibrary() { FreeLibrary(m_module); }
+EngineLibrary::~EngineLibrary() {
+    if (m_module)
+        FreeLibrary(m_module);
+}
 
 bool EngineLibrary::Bind() {
     Create = EntryPoint<RVECreateProc>(m_module, "RVECreate");

@@ -11,7 +11,7 @@ namespace torv {
 /// The engine library, loaded and bound: all eight entry points or nothing. Whoever holds it keeps it loaded.
 class EngineLibrary {
 public:
-    /// Null when there is no such library or one of its entry points is missing.
+    /// Null when there is no such library or one of its entry points is missing. Throws std::bad_alloc.
     static std::shared_ptr<EngineLibrary> Load(const char* name);
     ~EngineLibrary();
     EngineLibrary(const EngineLibrary&) = delete;
@@ -27,10 +27,10 @@ public:
     RVEResetProc Reset = nullptr;
 
 private:
-    explicit EngineLibrary(HMODULE module) : m_module(module) {}
+    EngineLibrary() = default;
     bool Bind();
 
-    HMODULE m_module;
+    HMODULE m_module = nullptr;
 };
 
 constexpr int kNoEngine = -2;

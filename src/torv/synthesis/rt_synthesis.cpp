@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 
 namespace {
 
@@ -44,8 +45,12 @@ void CRtSynthesis::SetRate(DWORD rate) {
 
 int CRtSynthesis::OpenSynthesizer() {
     SetRate(torv::kDefaultSampleRate);
-    if (!m_pLibrary)
-        m_pLibrary = torv::EngineLibrary::Load(m_strLibrary);
+    try {
+        if (!m_pLibrary)
+            m_pLibrary = torv::EngineLibrary::Load(m_strLibrary);
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
     const int handle = CreateRVE();
     if (handle == torv::kNoEngine)
         return 0;
@@ -88,6 +93,8 @@ int CRtSynthesis::DoSynthesis(tagQuillSynthOut* out) {
             return 0;
         out->file->Flush();
     } catch (const CException&) {
+        return 0;
+    } catch (const std::bad_alloc&) {
         return 0;
     }
     return 1;

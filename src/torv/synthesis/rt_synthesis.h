@@ -5,18 +5,13 @@
 #include "torv/audio/wave_out.h"
 #include "torv/encoding/quill_midi_buffer.h"
 #include "torv/synthesis/offline_render.h"
-#include "torv/synthesis/synth_track.h"
+#include "torv/synthesis/play_state.h"
+#include "torv/synthesis/synth_ring.h"
 
 #include <array>
 #include <memory>
 #include <mutex>
 #include <vector>
-
-namespace torv {
-struct MixGains;
-class SynthesisThread;
-class WaveOutThread;
-} // namespace torv
 
 /// What to render, and into what. Neither is owned.
 struct tagQuillSynthOut {
@@ -38,7 +33,8 @@ struct tagQuillSynthOut {
 /// synthesis thread alone. The engine library, the instances and the rings are shared by copies and go with the last of
 /// them; threads belong to the object that began them and end with it. The host's thread calls everything here;
 /// volumes, pans, mutes and the changes of position, region and loop may come at any time, other settings only while
-/// nothing plays.
+/// nothing plays. Where memory is refused a function answers its failure, and a play ends with HasSynthesisFailed; what
+/// only takes a text or a handler throws std::bad_alloc, as copying does.
 class TORV_API CRtSynthesis : public CWaveOut {
 public:
     CRtSynthesis();
@@ -107,10 +103,13 @@ public:
     /// Ends the play, deletes instances and rings, tells the window the end and forgets it. What a play does at its own
     /// end; harmless when there is none.
     void RTS_TerminateSynthesis();
-    /// 1 from RTS_Play to the end of the play.
-    int IsPlaying() const { return m_nPlaying; }
-    /// 1 when the engine failed since synthesis was begun.
-    int HasSynthesisFailed() const { return m_nSynthesisError; }
+    /// 1 from RTS_Play until the play's end has run and was told. Also of a mixer's play that RTS_Play began.
+    int IsPlaying() const;
+    /// 1 when the engine failed, or memory was refused to a thread, since synthesis was begun.
+    int HasSynthesisFailed() const { return m_state.HasFailed(); }
+    /// What the two threads run; called otherwise they run here, and return when the play is over.
+    void RTS_SynthesisThread_2();
+    void RTS_WaveOutThread_2();
 
     /// Makes and configures an instance and a ring for every track, when the threads of an earlier play have ended. 1,
     /// or 0 with everything undone, streams included.
@@ -142,11 +141,11 @@ public:
     void RTS_SetMasterPlayParam();
 
     /// Writes engine samples into the track's ring: one sample for all of a frame's channels, each taking its share of
-    /// the frame low byte first. Waits, in turns of 50 ms, while the ring is full. `silent` with a count of 1 writes a
-    /// block of zeros instead, with any other count nothing. 1; or 0 for no samples, a format of other than one or two
-    /// channels, no such track, and when a stop or a new start cut the waiting short.
+    /// the frame low byte first. Waits, in turns of 50 ms, while the ring is full. `silent` with a count of 1 closes
+    /// the block with zeros instead, with any other count nothing. 1; or 0 for no samples, a format of other than one
+    /// or two channels, no such track, and when a stop or a new start cut the waiting short.
     int RTS_AppendSample(int track, const short* samples, int count, int silent);
-    /// Closes the block being filled; the rest of it is silent. (The name is the interface's.)
+    /// Closes the block being filled; the rest of it is silent. Waits for room. (The name is the interface's.)
     void RTS_UpdaatWriteIndex(int track);
     /// A pass of the loop ends here: what was begun of a block is dropped. With the last track the mark is set for the
     /// reader, as soon as it has taken the one before.
@@ -162,8 +161,9 @@ public:
     char* RTS_MixOut(char* out, float left, float right) const;
     /// Adds `bytes` of the track's ring from byte `offset` on to the output, unless it is muted.
     void RTS_WaveDataTrackMix(int track, BYTE* out, DWORD bytes, DWORD offset);
-    /// Mixes the next blocks, `maxBlocks` at most, into staging buffer `which` (1 or 2), and steps over them. 1: the
-    /// buffer, its bytes and blocks; `endFlag` 1 when a pass of the loop ends with it. 2: not enough yet. 0: no more.
+    /// Mixes the next blocks, `maxBlocks` and a ring's 3000 at most, into staging buffer `which` (1 or 2), and steps
+    /// over them. 1: the buffer, its bytes and blocks. 2: not enough yet. 0: no more. `endFlag` 1: a pass of the loop
+    /// ends with these blocks or, when there are none, with those before.
     int RTS_GetWaveOutData_2(DWORD& bytes, BYTE*& buffer, DWORD maxBlocks, int which, DWORD& blocks, int& endFlag);
     /// The same with silence.
     int RTS_GetWaveOutSilentData(DWORD& bytes, BYTE*& buffer, DWORD maxBlocks, int which, DWORD& blocks);
@@ -171,6 +171,10 @@ public:
     /// Collects the latest value of every parameter that the track's stream sets before a play from `position`, to take
     /// effect there. How many messages; 0 also at position 0, before the preroll, and when chasing is off.
     int RTS_ChaseEvent(int track, DWORD position);
+    /// 1 when RTS_ChaseEvent kept a group with this one's key: its number, and for voice controls the control.
+    int RTS_ChaseEventExist(int track, const BYTE* group, DWORD length) const;
+    /// Bytes of the parameter group that opens at `bytes`, three a message, up to the next one or the end.
+    static DWORD RTS_GetEventLength(const BYTE* bytes, DWORD length);
     /// The messages that RTS_ChaseEvent found, null for a track out of range.
     const std::vector<RVEEvent>* RTS_GetChaseEvents(int track) const;
     /// Places the track's stream before its first entry at or after `time`. 0 when there is none.
@@ -186,16 +190,8 @@ public:
 protected:
     /// Also the wave output's rate.
     void SetRate(DWORD rate);
-    /// Null for a track out of range; what is found lives as long as its holder.
-    std::shared_ptr<torv::SynthTrack> FindTrack(int track) const;
-    std::shared_ptr<torv::TrackSet> Tracks() const;
-    void PlacePosition(DWORD position);
-    void StartAtRegion();
-    /// The region's end; without a region there is none.
-    DWORD OpenRegionEnd() const;
-
-    void RTS_SynthesisThread_2();
-    void RTS_WaveOutThread_2();
+    /// Null without instances; what is in it lives as long as its holder.
+    std::shared_ptr<torv::SynthRing> Ring() const;
 
     CString m_strLibrary;
     CString m_strOption;
@@ -203,42 +199,27 @@ protected:
     torv::ProgressHandler m_progress;
     torv::Shared<DWORD> m_dwRate = 0;
 
-    torv::Shared<int> m_nStopRequest = 1;
-    torv::Shared<int> m_nOutputStarted = 0;
-    torv::Shared<int> m_nPlaying = 0;
-    torv::Shared<int> m_nSynthesisError = 0;
-    torv::Shared<int> m_nSynthesizing = 0;
-    torv::Shared<int> m_nSynthesisOver = 1; ///< its thread makes nothing any more
-    torv::Shared<int> m_nPositionChanged = 0;
-    torv::Shared<DWORD> m_dwRestartsAsked = 0; ///< of the synthesis thread, which the ring belongs to until it has
-    torv::Shared<DWORD> m_dwRestartsDone = 0;  ///< begun anew as often
-
     int m_nSynthesisMode = 0;
     int m_nTrackCount = 0;
     DWORD m_dwStartDelay = 0;
-    DWORD m_dwPreroll = 0;
-    int m_nChase = 0;
-    torv::Shared<DWORD> m_dwCurrentPosition = 0; ///< where synthesis starts, or starts again
-    torv::Shared<DWORD> m_dwSongPosition = 0;    ///< as the host asked for it
-    torv::Shared<DWORD> m_dwRegionStart = 0;     ///< equal to the end: no region
-    torv::Shared<DWORD> m_dwRegionEnd = 0;
-    torv::Shared<int> m_nRegionLoop = 0;
-    torv::Shared<DWORD> m_dwEndPosition = 0xFFFFFFFF;
-
-    torv::RingIndexes m_ring;
-    DWORD m_dwRingCapacity = 0; ///< sample frames
-
-    torv::Shared<double> m_dMixMasterGainL = 0.0;
-    torv::Shared<double> m_dMixMasterGainR = 0.0;
-    torv::Shared<double> m_dMixMasterPan = 0.0;
-    torv::Shared<int> m_nMixMasterMute = 0;
+    int m_nDevicePatience = 5000; ///< turns, of a millisecond at least, that a device may give nothing back
+    torv::Preroll m_preroll;
+    torv::PlayState m_state;
+    int m_nMixerPlaying = 0;
+    torv::MixGains m_master{1.0, 1.0, 0.0, 0.0}; ///< the wave output's, as they were taken over last
 
 private:
-    friend class torv::SynthesisThread;
-    friend class torv::WaveOutThread;
+    class Host;
+    struct FoundTrack {
+        explicit operator bool() const { return ring != nullptr; }
+        torv::SynthTrack& operator*() const { return ring->Tracks()[index]; }
+        torv::SynthTrack* operator->() const { return &**this; }
 
+        std::shared_ptr<torv::SynthRing> ring;
+        std::size_t index;
+    };
     struct Workers {
-        /// Until both are over; a thread does not wait for itself.
+        /// Until both are over.
         void Wait() const;
 
         std::shared_ptr<torv::WorkerThread> synthesis;
@@ -253,34 +234,23 @@ private:
     };
 
     int PostTo(HWND window, WORD code, LONGLONG sample) const;
-    bool MakeTracks();
-    bool ForgetTracks();
+    /// Empty for a track out of range.
+    FoundTrack FindTrack(int track) const;
+    std::shared_ptr<torv::SynthRing> MakeRing() const;
+    bool ForgetRing();
+    std::vector<CQuillMidiBuffer*> Streams(std::size_t count) const;
     Workers TheWorkers() const;
     void EndWorkers();
     template <class Change>
     void ChangeWhileStopped(Change change, bool isOutputFirst);
     void AskForRestart();
-    bool IsRestartDue() const { return m_dwRestartsAsked != m_dwRestartsDone; }
-    /// Nothing more comes into the rings.
-    bool HasSynthesisStopped() const { return m_nSynthesisOver || (!m_nSynthesizing && !IsRestartDue()); }
-
-    bool AwaitRoom();
-    void NextWriteBlock(torv::TrackSet& set, size_t track);
-    int AppendSamples(torv::TrackSet& set, size_t track, const short* samples, DWORD count);
-    void SilenceRest(torv::TrackSet& set, size_t track);
-    void CloseBlock(torv::TrackSet& set, size_t track);
-    void MarkBlock(torv::TrackSet& set, size_t track);
-    int ChaseTrack(torv::SynthTrack& track, CQuillMidiBuffer& stream, DWORD position) const;
-
-    torv::MixGains MasterGains() const;
-    void MixTrack(const torv::TrackSet& set, const torv::SynthTrack& track, BYTE* out, DWORD bytes, DWORD offset);
+    torv::MixGains CurrentMaster() const;
     BYTE* Stage(int which, DWORD bytes);
-    int MixBlocks(const torv::TrackSet& set, DWORD maxBlocks, int which, BYTE*& buffer, DWORD& blocks, int& endFlag);
 
     mutable torv::PerObject<std::mutex> m_mutex; // guards what follows
     std::vector<CQuillMidiBuffer*> m_streams;
-    std::shared_ptr<torv::TrackSet> m_pTracks;
+    std::shared_ptr<torv::SynthRing> m_pRing;
     torv::PerObject<Workers> m_workers;
 
-    torv::PerObject<StagingBuffers> m_staging; // the wave-output thread's
+    torv::PerObject<StagingBuffers> m_staging;
 };

@@ -4,22 +4,18 @@
 
 namespace torv {
 
-void RingIndexes::Clear() {
-    read = 0;
-    write = 0;
-    partial = 0;
-    TakeMark();
+void SynthTrack::SetVolume(double value) {
+    m_volume = ValidVolume(value);
+    UpdateGains();
 }
 
-DWORD RingIndexes::Distance(SHORT to) const {
-    const int distance = to - read;
-    return static_cast<DWORD>(distance < 0 ? distance + count : distance);
+void SynthTrack::SetPan(double value) {
+    m_pan = ValidPan(value);
+    UpdateGains();
 }
-
-bool RingIndexes::IsFull() const { return count != 0 && Buffered() + 1 == count; }
 
 void SynthTrack::UpdateGains() {
-    const auto gain = GainsAt(volumeL, volumeR, pan);
+    const auto gain = GainsAt(m_volume, m_volume, m_pan);
     gainL = gain.left;
     gainR = gain.right;
 }

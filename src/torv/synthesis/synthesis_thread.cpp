@@ -14,33 +14,27 @@ LONGLONG StepBefore(LONGLONG sample) { return sample - sample % kStepSamples; }
 
 } // namespace
 
-SynthesisThread::SynthesisThread(CRtSynthesis& driver)
-    : m_driver(driver), m_set(driver.Tracks()), m_rate(driver.m_dwRate) {
-    if (!m_set)
-        return;
-    const size_t count = m_set->tracks.size();
-    for (size_t i = 0; i < count; ++i)
-        m_streams.push_back(driver.RTS_GetQuillMidiBuffer(static_cast<int>(i)));
-    m_feeders.resize(count);
+SynthesisThread::SynthesisThread(std::shared_ptr<SynthRing> ring, std::vector<CQuillMidiBuffer*> streams,
+                                 PlayState& state, const Preroll& preroll)
+    : m_ring(std::move(ring)), m_streams(std::move(streams)), m_state(state), m_preroll(preroll),
+      m_rate(m_ring->Format().nSamplesPerSec), m_writer(*m_ring, state), m_feeders(m_streams.size()) {
     const auto longestStep = static_cast<DWORD>(AtOutputRate(kStepSamples, m_rate) + 1);
-    m_samples.resize(std::max(m_set->frameSize, longestStep) + kGuardSamples);
+    m_samples.resize(std::max(m_ring->FrameSize(), longestStep) + kGuardSamples);
     m_silence.resize(longestStep);
 }
 
 void SynthesisThread::Run() {
-    if (!m_set)
-        return;
-    for (SynthTrack& track : m_set->tracks)
+    for (SynthTrack& track : m_ring->Tracks())
         track.engine.Start();
-    BeginPass(m_driver.m_dwCurrentPosition);
+    BeginPass(m_state.FirstPassBegin());
     while (DoNext())
         Sleep(m_finished ? kWait : 0);
-    for (SynthTrack& track : m_set->tracks)
+    for (SynthTrack& track : m_ring->Tracks())
         track.engine.Stop();
 }
 
 SynthesisThread::Order SynthesisThread::NextOrder() const {
-    if (m_driver.m_nStopRequest)
+    if (m_state.IsStopAsked())
         return Order::Leave;
     MSG message;
     while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
@@ -48,7 +42,7 @@ SynthesisThread::Order SynthesisThread::NextOrder() const {
             return Order::Leave;
         // One that was obeyed already, together with the one before, is passed over.
         const bool isRestart = message.message == kOutputRestarted || message.message == kPositionChanged;
-        if (isRestart && m_driver.IsRestartDue())
+        if (isRestart && m_state.IsRestartDue())
             return Order::Restart;
     }
     return Order::None;
@@ -65,7 +59,7 @@ bool SynthesisThread::DoNext() {
         break;
     }
     // While a new start is on its way here, nothing more goes into the rings.
-    if (m_finished || m_driver.IsRestartDue())
+    if (m_finished || m_state.IsRestartDue())
         return true;
     return m_clock >= m_regionEnd ? AtRegionEnd() : Step();
 }
@@ -73,24 +67,18 @@ bool SynthesisThread::DoNext() {
 bool SynthesisThread::Restart() {
     if (!ResetEngines(false))
         return false;
-    const DWORD asked = m_driver.m_dwRestartsAsked;
-    for (SynthTrack& track : m_set->tracks)
-        track.info = {0, 0, kRingBlocks, 0, kNoMark, track.info.samples};
-    m_driver.m_ring.Clear();
-    const bool isSought = m_driver.m_nPositionChanged != 0;
-    m_driver.m_nPositionChanged = 0;
-    BeginPass(isSought ? m_driver.m_dwSongPosition : m_driver.m_dwCurrentPosition);
-    m_driver.m_nSynthesizing = 1;
-    m_driver.m_dwRestartsDone = asked; // from here on the output goes by the rings again
+    const DWORD asked = m_state.RestartsAsked();
+    m_ring->Restart();
+    BeginPass(m_state.FirstPassBegin());
+    m_state.RestartsDone(asked); // from here on the output goes by the rings again
     return true;
 }
 
 void SynthesisThread::BeginPass(DWORD position) {
-    const DWORD preroll = m_driver.m_dwPreroll;
-    const DWORD start = position > preroll ? position - preroll : 0;
+    const DWORD start = position > m_preroll.milliseconds ? position - m_preroll.milliseconds : 0;
     m_clock = m_passBegin = StepBefore(MsToSample(start, kEngineTimeBase));
     m_heardFrom = StepBefore(MsToSample(position, kEngineTimeBase));
-    m_regionEnd = MsToSample(m_driver.OpenRegionEnd(), kEngineTimeBase);
+    m_regionEnd = MsToSample(m_state.RegionEnd(), kEngineTimeBase);
     m_finished = false;
     for (size_t i = 0; i < m_feeders.size(); ++i) {
         CQuillMidiBuffer* const stream = m_streams[i];
@@ -98,33 +86,38 @@ void SynthesisThread::BeginPass(DWORD position) {
             m_feeders[i].Begin(nullptr, m_clock);
             continue;
         }
-        SynthTrack& track = m_set->tracks[i];
-        m_driver.ChaseTrack(track, *stream, position);
+        ChaseTable& chased = m_ring->Tracks()[i].chased;
+        ChaseEvents(*stream, position, m_preroll, chased);
         MoveToTime(*stream, start);
         m_feeders[i].Begin(stream, m_clock);
-        m_feeders[i].Add(track.chased.Events().data(), track.chased.Events().size());
+        m_feeders[i].Add(chased.Events().data(), chased.Events().size());
     }
 }
 
 bool SynthesisThread::AtRegionEnd() {
     const bool isAnythingHeard = m_heardFrom < m_regionEnd;
-    if (!m_driver.m_nRegionLoop || !isAnythingHeard) {
-        Finish();
-        return true;
-    }
-    for (size_t i = 0; i < m_set->tracks.size(); ++i)
-        m_driver.MarkBlock(*m_set, i);
-    // Tracks whose engine made a sample more or less than the others' go on together with them.
-    for (SynthTrack& track : m_set->tracks)
-        track.info.writeBlock = static_cast<WORD>(m_driver.m_ring.write);
-    while (m_driver.m_nPlaying && !m_driver.m_nOutputStarted) {
-        if (m_driver.m_nStopRequest || m_driver.IsRestartDue())
-            return true;
-        Sleep(kWait);
-    }
+    if (!m_state.IsLooping() || !isAnythingHeard)
+        return Finish();
+    if (!EndPass())
+        return true; // to what interrupted it
     if (!ResetEngines(true))
         return false;
-    BeginPass(m_driver.m_dwRegionStart);
+    BeginPass(m_state.RegionStart());
+    return true;
+}
+
+/// Marks it for the output, which must have begun. False when that was interrupted.
+bool SynthesisThread::EndPass() {
+    // A pass that is shorter than a block is one all the same: else nothing of the loop would ever be heard.
+    if (m_ring->IsPassEmpty() && !CloseBlocks())
+        return false;
+    for (size_t i = 0; i < m_ring->Tracks().size(); ++i)
+        if (!m_writer.Mark(i))
+            return false;
+    m_ring->Align();
+    for (; m_state.IsPlaying() && !m_state.HasOutputStarted(); Sleep(kWait))
+        if (m_state.IsInterrupted())
+            return false;
     return true;
 }
 
@@ -133,44 +126,48 @@ bool SynthesisThread::AtRegionEnd() {
 bool SynthesisThread::IsResetDue(CQuillMidiBuffer* stream) const {
     if (!stream)
         return false;
-    stream->SetLoopEndState(m_driver.m_dwRegionEnd);
-    return stream->GetLoopEndState() || IsTellingAhead(*stream, m_driver.m_dwRegionEnd);
+    stream->SetLoopEndState(m_state.RegionEnd());
+    return stream->GetLoopEndState() || IsTellingAhead(*stream, m_state.RegionEnd());
 }
 
 bool SynthesisThread::ResetEngines(bool onlyWhereNeeded) {
-    for (size_t i = 0; i < m_set->tracks.size(); ++i) {
+    for (size_t i = 0; i < m_streams.size(); ++i) {
         if (onlyWhereNeeded && !IsResetDue(m_streams[i]))
             continue;
-        if (const int code = m_set->tracks[i].engine.Reset(); code != 0)
+        if (const int code = m_ring->Tracks()[i].engine.Reset(); code != 0)
             return Fail("RVEReset Failed! (%d)", code);
     }
     return true;
 }
 
-void SynthesisThread::Finish() {
-    const bool isBlockBegun =
-        std::any_of(m_set->tracks.begin(), m_set->tracks.end(), [](const SynthTrack& t) { return t.info.blockFill; });
-    for (size_t i = 0; i < m_set->tracks.size() && isBlockBegun; ++i)
-        m_driver.CloseBlock(*m_set, i);
-    m_finished = true;
-    m_driver.m_nSynthesizing = 0;
+bool SynthesisThread::CloseBlocks() {
+    const size_t count = m_ring->IsBlockBegun() ? m_ring->Tracks().size() : 0;
+    for (size_t i = 0; i < count; ++i)
+        if (!m_writer.Close(i))
+            return false;
+    return true;
+}
+
+bool SynthesisThread::Finish() {
+    m_finished = CloseBlocks();
+    if (m_finished)
+        m_state.FinishSynthesis();
+    return true;
 }
 
 bool SynthesisThread::Step() {
     const LONGLONG end = m_clock + kStepSamples;
     const auto stepSamples =
         static_cast<DWORD>(AtOutputRate(end - m_passBegin, m_rate) - AtOutputRate(m_clock - m_passBegin, m_rate));
-    for (size_t i = 0; i < m_set->tracks.size(); ++i)
+    for (size_t i = 0; i < m_streams.size(); ++i)
         if (!StepTrack(i, stepSamples))
             return false;
     m_clock = end;
     const bool areAllOver =
         std::all_of(m_feeders.begin(), m_feeders.end(), [](const StepFeeder& feeder) { return feeder.Finished(); });
     // A loop goes on to its region's end.
-    const bool isTurnAhead = m_driver.m_nRegionLoop && m_driver.OpenRegionEnd() != kOpenRegionEnd;
-    if (areAllOver && !isTurnAhead)
-        Finish();
-    return true;
+    const bool isTurnAhead = m_state.IsLooping() && m_state.RegionEnd() != kOpenRegionEnd;
+    return areAllOver && !isTurnAhead ? Finish() : true;
 }
 
 bool SynthesisThread::StepTrack(size_t index, DWORD stepSamples) {
@@ -179,11 +176,11 @@ bool SynthesisThread::StepTrack(size_t index, DWORD stepSamples) {
     DWORD count = stepSamples;
     if (!feeder.Finished()) {
         const auto& events = feeder.NextStep();
-        RVEStepOutput output{m_set->frameSize, m_samples.data()};
-        const int code = m_set->tracks[index].engine.Step(static_cast<int>(events.size()), events.data(), output);
+        RVEStepOutput output{m_ring->FrameSize(), m_samples.data()};
+        const int code = m_ring->Tracks()[index].engine.Step(static_cast<int>(events.size()), events.data(), output);
         if (code != 0)
             return Fail("Cannot synthesize the track(s)! (%d)", code);
-        const DWORD made = std::min<DWORD>(output.count, m_set->frameSize);
+        const DWORD made = std::min<DWORD>(output.count, m_ring->FrameSize());
         feeder.StepProduced(m_samples.data(), made);
         if (made > 0) { // else the clock goes on, so the sound must
             samples = m_samples.data();
@@ -191,14 +188,13 @@ bool SynthesisThread::StepTrack(size_t index, DWORD stepSamples) {
         }
     }
     if (m_clock >= m_heardFrom && m_clock < m_regionEnd)
-        m_driver.AppendSamples(*m_set, index, samples, count);
+        m_writer.Append(index, samples, count);
     return true;
 }
 
 /// The flags come first: the output ends while the user still reads.
 bool SynthesisThread::Fail(const char* text, int code) {
-    m_driver.m_nSynthesisError = 1;
-    m_driver.m_nStopRequest = 1;
+    m_state.Fail();
     CString message;
     message.Format(text, code);
     const AtRest rest;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "torv/synthesis/rt_synthesis.h"
+#include "torv/synthesis/ring_writer.h"
 #include "torv/synthesis/step_feeder.h"
 
 #include <memory>
@@ -17,9 +17,11 @@ namespace torv {
 /// its region. It begins, and is heard from, at a whole step.
 class SynthesisThread {
 public:
-    explicit SynthesisThread(CRtSynthesis& driver);
+    /// A stream for each of the ring's tracks, null for none. Throws std::bad_alloc.
+    SynthesisThread(std::shared_ptr<SynthRing> ring, std::vector<CQuillMidiBuffer*> streams, PlayState& state,
+                    const Preroll& preroll);
 
-    /// Returns when the output has ended, a stop is asked for, or an engine has failed.
+    /// Returns when the output has ended, a stop is asked for, or an engine has failed. Throws std::bad_alloc.
     void Run();
 
 private:
@@ -30,17 +32,21 @@ private:
     bool Restart();
     void BeginPass(DWORD position);
     bool AtRegionEnd();
+    bool EndPass();
     bool IsResetDue(CQuillMidiBuffer* stream) const;
     bool ResetEngines(bool onlyWhereNeeded);
-    void Finish();
+    bool CloseBlocks();
+    bool Finish();
     bool Step();
     bool StepTrack(size_t index, DWORD stepSamples);
     bool Fail(const char* text, int code);
 
-    CRtSynthesis& m_driver;
-    const std::shared_ptr<TrackSet> m_set;
+    const std::shared_ptr<SynthRing> m_ring;
+    const std::vector<CQuillMidiBuffer*> m_streams;
+    PlayState& m_state;
+    const Preroll m_preroll;
     const DWORD m_rate;
-    std::vector<CQuillMidiBuffer*> m_streams;
+    RingWriter m_writer;
     std::vector<StepFeeder> m_feeders;
     std::vector<short> m_samples; ///< of one step, with room for an engine that writes past its capacity
     std::vector<short> m_silence;

@@ -1,9 +1,11 @@
 #include "torv/synthesis/wave_out_thread.h"
 
 #include "torv/audio/output_device.h"
+#include "torv/synthesis/step_feeder.h"
 #include "torv/synthesis/thread_messages.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace torv {
 namespace {
@@ -13,35 +15,37 @@ constexpr double kBufferSeconds = 0.1;
 constexpr DWORD kBuffersToBegin = 2;
 constexpr DWORD kWait = 1; // milliseconds, as is the next one
 constexpr DWORD kDelayWait = 5;
-constexpr int kPatience = 5000; ///< turns, of a millisecond at least, that a device may give nothing back
 
-DWORD BufferBlocks(DWORD rate, DWORD frameSize) {
-    return std::max<DWORD>(static_cast<DWORD>(rate * kBufferSeconds) / frameSize, 1);
+DWORD BufferBlocks(const SynthRing& ring) {
+    return std::max<DWORD>(static_cast<DWORD>(ring.Format().nSamplesPerSec * kBufferSeconds) / ring.FrameSize(), 1);
 }
 
 } // namespace
 
-WaveOutThread::WaveOutThread(CRtSynthesis& driver) : m_driver(driver), m_set(driver.Tracks()) {
-    if (m_set)
-        m_bufferBlocks = BufferBlocks(m_set->format.nSamplesPerSec, m_set->frameSize);
+WaveOutThread::WaveOutThread(std::shared_ptr<SynthRing> ring, PlayState& state, PlayHost& host, OutputSettings settings)
+    : m_ring(std::move(ring)), m_state(state), m_host(host), m_settings(std::move(settings)),
+      m_bufferBlocks(BufferBlocks(*m_ring)), m_output(std::make_unique<Output>(m_bufferBlocks * m_ring->BlockBytes())) {
 }
 
 void WaveOutThread::Run() {
     AwaitStart();
-    while (m_set && !m_driver.m_nStopRequest && PlayFromHere() == Outcome::Restart)
-        m_driver.AskForRestart();
-    End();
+    while (!m_state.IsStopAsked() && PlayFromHere() == Outcome::Restart)
+        m_host.RestartSynthesis();
+    CloseDevice();
+    if (!m_state.IsStopAsked() && !m_hasDeviceFailed)
+        PostPosition(SampleAt(m_state.RegionEnd()));
 }
 
 void WaveOutThread::AwaitStart() const {
     const DWORD begin = timeGetTime();
-    while (timeGetTime() - begin < m_driver.m_dwStartDelay && !m_driver.m_nStopRequest)
+    while (timeGetTime() - begin < m_settings.delay && !m_state.IsStopAsked())
         Sleep(kDelayWait);
 }
 
 WaveOutThread::Outcome WaveOutThread::PlayFromHere() {
     m_isReseeking = false;
     m_isFinished = false;
+    m_buffers = {};
     if (!OpenDevice() || !AwaitData())
         return Outcome::Ended;
     Prime();
@@ -49,14 +53,13 @@ WaveOutThread::Outcome WaveOutThread::PlayFromHere() {
 }
 
 bool WaveOutThread::OpenDevice() {
-    const int device = FindOutputDevice(m_driver.m_strDevice);
+    const int device = FindOutputDevice(m_settings.device);
     if (device < 0)
         return false;
     const MMRESULT error =
-        waveOutOpen(&m_device, static_cast<UINT>(device), &m_set->format, GetCurrentThreadId(), 0, CALLBACK_THREAD);
+        m_output->Open(static_cast<UINT>(device), m_ring->Format(), GetCurrentThreadId(), CALLBACK_THREAD);
     if (error == MMSYSERR_NOERROR)
         return true;
-    m_device = nullptr;
     m_hasDeviceFailed = true;
     ShowOutputError(error);
     return false;
@@ -65,41 +68,38 @@ bool WaveOutThread::OpenDevice() {
 /// Two buffers' worth, or all there is: the rest of the song, or a loop that is shorter. False when a stop is asked
 /// for.
 bool WaveOutThread::AwaitData() {
-    m_position = SampleAt(m_driver.m_dwCurrentPosition);
-    m_driver.PostMessageToMsgDestination(m_driver.m_nMessage, kPlayBegins, m_position);
-    PostPosition(m_position);
-    for (;;) {
-        if (m_driver.m_nStopRequest)
+    const LONGLONG position = SampleAt(m_state.Position());
+    m_host.Notify(kPlayBegins, position);
+    PostPosition(position);
+    m_position = SampleAt(m_state.FirstPassBegin());
+    for (;; Sleep(kWait)) {
+        if (m_state.IsStopAsked())
             return false;
         MSG message;
         while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE))
             if (message.message == kPositionChanged) {
-                m_driver.AskForRestart();
-                m_position = SampleAt(m_driver.m_dwCurrentPosition);
+                m_host.RestartSynthesis();
+                m_position = SampleAt(m_state.FirstPassBegin());
             }
-        if (!m_driver.IsRestartDue() &&
-            (m_driver.RTS_IsBlkOk(kBuffersToBegin * m_bufferBlocks) || m_driver.m_ring.HasMark()))
+        const bool isEnough = m_ring->Buffered() >= kBuffersToBegin * m_bufferBlocks || m_ring->HasMark();
+        if (m_state.HasSynthesisStopped() || (isEnough && !m_state.IsRestartDue()))
             return true;
-        if (m_driver.HasSynthesisStopped())
-            return true;
-        Sleep(kWait);
     }
 }
 
 void WaveOutThread::Prime() {
-    for (Buffer& buffer : *m_buffers) {
-        buffer.place = Place::Here;
-        if (Fill(buffer) == Content::None)
-            FillWithSilence(buffer);
-        Queue(buffer);
+    for (int i = 0; i < Output::kHeaders; ++i) {
+        if (Fill(i) == SynthRing::Content::None)
+            FillWithSilence(i);
+        Queue(i);
     }
-    waveOutRestart(m_device);
-    m_driver.m_nOutputStarted = 1;
+    waveOutRestart(m_output->device);
+    m_state.SetOutputStarted(true);
 }
 
 WaveOutThread::Outcome WaveOutThread::Feed() {
     for (m_idleTurns = 0;; Sleep(kWait)) {
-        if (m_driver.m_nStopRequest || !TakeMessages())
+        if (m_state.IsStopAsked() || !TakeMessages())
             return Outcome::Ended;
         if (m_isReseeking && AreBothBack()) {
             CloseDevice();
@@ -107,7 +107,7 @@ WaveOutThread::Outcome WaveOutThread::Feed() {
         }
         if (!m_isReseeking && !Refill())
             return Outcome::Ended;
-        if (!AreBothBack() && ++m_idleTurns > kPatience) {
+        if (!AreBothBack() && ++m_idleTurns > m_settings.patience) {
             m_hasDeviceFailed = true;
             ShowOutputError(m_deviceError);
             return Outcome::Ended;
@@ -121,7 +121,7 @@ bool WaveOutThread::TakeMessages() {
     while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
         if (message.message == kPositionChanged && !m_isReseeking) {
             m_isReseeking = true;
-            waveOutReset(m_device);
+            m_output->Reset();
         }
         if (message.message == MM_WOM_DONE && !TakeBack(reinterpret_cast<const WAVEHDR*>(message.lParam)))
             return false;
@@ -131,73 +131,84 @@ bool WaveOutThread::TakeMessages() {
 
 /// False when the play is over, as it is when the device gives back what it was not given.
 bool WaveOutThread::TakeBack(const WAVEHDR* header) {
-    const auto found = std::find_if(m_buffers->begin(), m_buffers->end(),
-                                    [header](const Buffer& buffer) { return &buffer.header == header; });
-    if (found == m_buffers->end())
+    const int index = m_output->IndexOf(header);
+    if (index < 0)
         return false;
-    waveOutUnprepareHeader(m_device, &found->header, sizeof found->header);
-    found->place = Place::Here;
+    if (!m_output->TakeBack(index))
+        return true;
+    Buffer& buffer = m_buffers[static_cast<size_t>(index)];
+    buffer.place = Place::Here;
     m_idleTurns = 0;
     if (m_isReseeking)
         return true;
-    m_position += static_cast<LONGLONG>(found->blocks) * m_set->frameSize;
-    const LONGLONG end = SampleAt(m_driver.OpenRegionEnd());
-    if (m_position >= end && !m_driver.m_nRegionLoop) {
+    m_position += static_cast<LONGLONG>(buffer.blocks) * m_ring->FrameSize();
+    const LONGLONG end = SampleAt(m_state.RegionEnd());
+    if (m_position >= end && !m_state.IsLooping()) {
         PostPosition(end);
         return false;
     }
-    m_position = found->endFlag ? SampleAt(m_driver.m_dwRegionStart) : std::min(m_position, end);
+    m_position = buffer.endsPass ? SampleAt(m_state.RegionStart()) : std::min(m_position, end);
     PostPosition(m_position);
     return true;
 }
 
 /// False when the play is over: nothing more comes, and the device has given back all there was.
 bool WaveOutThread::Refill() {
-    for (Buffer& buffer : *m_buffers) {
-        if (buffer.place == Place::Here && !m_isFinished && Fill(buffer) == Content::None) {
-            m_isFinished = EndsWithSong();
+    for (int i = 0; i < Output::kHeaders; ++i) {
+        const bool isFree = m_buffers[static_cast<size_t>(i)].place == Place::Here;
+        if (isFree && !m_isFinished && Fill(i) == SynthRing::Content::None) {
+            m_isFinished = m_state.EndsWithSong();
             if (!m_isFinished)
-                FillWithSilence(buffer);
+                FillWithSilence(i);
         }
-        Queue(buffer);
+        Queue(i);
     }
     return !m_isFinished || !AreBothBack();
 }
 
-WaveOutThread::Content WaveOutThread::Fill(Buffer& buffer) {
-    BYTE* bytes = nullptr;
-    const auto content = static_cast<Content>(
-        m_driver.MixBlocks(*m_set, m_bufferBlocks, Number(buffer), bytes, buffer.blocks, buffer.endFlag));
-    if (content != Content::Data)
-        return content;
+SynthRing::Content WaveOutThread::Fill(int index) {
+    const SynthRing::Portion portion = m_ring->Next(m_bufferBlocks, !m_state.HasSynthesisStopped());
+    if (portion.content == SynthRing::Content::Data) {
+        SetContent(index, portion.blocks, portion.endsPass);
+        m_ring->Read(m_output->Bytes(index), portion.blocks, m_host.MasterGains());
+    } else if (portion.endsPass) {
+        EndPass();
+    }
     // The next pass follows at once, so that nothing is missing at a loop's turn, and may go on to be made.
-    if (buffer.endFlag)
-        m_driver.m_ring.TakeMark();
-    SetContent(buffer, bytes);
-    return content;
+    if (portion.endsPass)
+        m_ring->TakeMark();
+    return portion.content;
 }
 
-void WaveOutThread::FillWithSilence(Buffer& buffer) {
-    BYTE* const bytes = m_driver.Stage(Number(buffer), m_bufferBlocks * m_set->BlockBytes());
-    buffer.blocks = bytes ? m_bufferBlocks : 0;
-    buffer.endFlag = 0;
-    SetContent(buffer, bytes);
+/// The pass was over with the blocks that were read last, before its mark was set.
+void WaveOutThread::EndPass() {
+    Buffer& last = m_buffers[m_lastFilled];
+    if (last.place == Place::Here)
+        m_position = SampleAt(m_state.RegionStart());
+    else
+        last.endsPass = true;
 }
 
-void WaveOutThread::SetContent(Buffer& buffer, BYTE* bytes) const {
-    buffer.header = {};
-    buffer.header.lpData = reinterpret_cast<char*>(bytes);
-    buffer.header.dwBufferLength = buffer.blocks * m_set->BlockBytes();
-    buffer.place = Place::Filled;
+void WaveOutThread::FillWithSilence(int index) {
+    SetContent(index, m_bufferBlocks, false);
+    std::memset(m_output->Bytes(index), 0, m_output->bufferBytes);
+}
+
+void WaveOutThread::SetContent(int index, DWORD blocks, bool endsPass) {
+    m_lastFilled = static_cast<size_t>(index);
+    m_buffers[m_lastFilled] = {Place::Filled, blocks, endsPass};
+    WAVEHDR& header = m_output->headers[index];
+    header = {};
+    header.lpData = reinterpret_cast<char*>(m_output->Bytes(index));
+    header.dwBufferLength = blocks * m_ring->BlockBytes();
 }
 
 /// A buffer that the device does not take is offered again on the next turn.
-void WaveOutThread::Queue(Buffer& buffer) {
+void WaveOutThread::Queue(int index) {
+    Buffer& buffer = m_buffers[static_cast<size_t>(index)];
     if (buffer.place != Place::Filled)
         return;
-    waveOutPrepareHeader(m_device, &buffer.header, sizeof buffer.header);
-    const MMRESULT error = waveOutWrite(m_device, &buffer.header, sizeof buffer.header);
-    if (error != MMSYSERR_NOERROR) {
+    if (const MMRESULT error = m_output->Queue(index); error != MMSYSERR_NOERROR) {
         m_deviceError = error;
         return;
     }
@@ -205,56 +216,21 @@ void WaveOutThread::Queue(Buffer& buffer) {
     m_idleTurns = 0;
 }
 
-int WaveOutThread::Number(const Buffer& buffer) const { return &buffer == &m_buffers->front() ? 1 : 2; }
-
+/// Nothing is at the device, nor waits to go there.
 bool WaveOutThread::AreBothBack() const {
-    return std::none_of(m_buffers->begin(), m_buffers->end(), [this](const Buffer& buffer) {
+    return std::none_of(m_buffers.begin(), m_buffers.end(), [this](const Buffer& buffer) {
         return buffer.place == Place::Queued || (buffer.place == Place::Filled && !m_isReseeking);
     });
 }
 
-bool WaveOutThread::EndsWithSong() const {
-    const DWORD end = m_driver.OpenRegionEnd();
-    return end == kOpenRegionEnd || end <= m_driver.m_dwEndPosition;
-}
-
-LONGLONG WaveOutThread::SampleAt(DWORD position) const {
-    return m_driver.RTS_MsToSample(position, m_set ? m_set->format.nSamplesPerSec : m_driver.m_dwRate.Get());
-}
-
-void WaveOutThread::PostPosition(LONGLONG sample) const {
-    m_driver.PostMessageToMsgDestination(m_driver.m_nMessage, m_driver.m_wPositionCode, sample);
-}
+LONGLONG WaveOutThread::SampleAt(DWORD position) const { return MsToSample(position, m_ring->Format().nSamplesPerSec); }
 
 /// What a device will not let go of stays in its hands: memory that it may still read is not freed.
 void WaveOutThread::CloseDevice() {
-    waveOutReset(m_device);
-    for (Buffer& buffer : *m_buffers)
-        waveOutUnprepareHeader(m_device, &buffer.header, sizeof buffer.header);
-    if (waveOutClose(m_device) != MMSYSERR_NOERROR) {
-        static_cast<void>(m_buffers.release());
-        m_buffers = std::make_unique<Buffers>();
-        for (auto& staging : m_driver.m_staging.buffers) {
-            static_cast<void>(staging.bytes.release());
-            staging.size = 0;
-        }
-    }
-    m_device = nullptr;
-}
-
-void WaveOutThread::End() {
-    if (m_device)
-        CloseDevice();
-    if (!m_driver.m_nStopRequest && !m_hasDeviceFailed)
-        PostPosition(SampleAt(m_driver.OpenRegionEnd()));
-    m_set.reset(); // the instances go with the driver's
-    m_driver.m_staging.buffers = {};
-    m_driver.m_ring.Clear();
-    m_driver.m_nOutputStarted = 0;
-    m_driver.m_nPlaying = 0;
-    if (const auto synthesis = m_driver.TheWorkers().synthesis)
-        synthesis->Post(kOutputEnded);
-    m_driver.RTS_TerminateSynthesis();
+    if (m_output->Close())
+        return;
+    static_cast<void>(m_output.release());
+    m_output = std::make_unique<Output>(m_bufferBlocks * m_ring->BlockBytes());
 }
 
 } // namespace torv

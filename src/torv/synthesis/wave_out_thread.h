@@ -1,33 +1,64 @@
 #pragma once
 
-#include "torv/synthesis/rt_synthesis.h"
+#include "torv/audio/double_buffered_output.h"
+#include "torv/synthesis/play_state.h"
+#include "torv/synthesis/synth_ring.h"
 
 #include <array>
 #include <memory>
 
 namespace torv {
 
+/// Who plays, as far as the output must know.
+class PlayHost {
+public:
+    /// Tells the window a code, with the milliseconds of a sample.
+    virtual void Notify(WORD code, LONGLONG sample) = 0;
+    /// Asked before every mix.
+    virtual MixGains MasterGains() = 0;
+    /// Has the synthesis begin anew.
+    virtual void RestartSynthesis() = 0;
+
+protected:
+    ~PlayHost() = default;
+};
+
+struct OutputSettings {
+    CString device;        ///< product name
+    WORD positionCode = 0; ///< the host's notification of positions
+    DWORD delay = 0;       ///< milliseconds before the device is opened
+    int patience = 0;      ///< turns, of a millisecond at least, that the device may give nothing back
+};
+
 /// What the wave-output thread does: opens the device, waits until enough is buffered, keeps two buffers of 100 ms at
-/// the device and tells the host's window how far they have been heard. Sent elsewhere it gives the device up, lets the
-/// synthesis begin anew and opens it again. At its end it ends the play.
+/// the device and tells the host how far they have been heard. Sent elsewhere it gives the device up, lets the
+/// synthesis begin anew and opens it again.
 class WaveOutThread {
 public:
-    explicit WaveOutThread(CRtSynthesis& driver);
+    /// Throws std::bad_alloc.
+    WaveOutThread(std::shared_ptr<SynthRing> ring, PlayState& state, PlayHost& host, OutputSettings settings);
 
+    /// Returns when all was heard, a stop is asked for, or the device fails.
     void Run();
 
 private:
     enum class Outcome { Restart, Ended };
-    enum class Content { None, Data, NotYet }; // as RTS_GetWaveOutData_2 answers
     enum class Place { Here, Filled, Queued }; // of a buffer: free, waiting to be taken by the device, there
 
     struct Buffer {
-        WAVEHDR header{};
         Place place = Place::Here;
         DWORD blocks = 0;
-        int endFlag = 0; ///< a pass of the loop ends with it
+        bool endsPass = false; ///< of the loop
     };
-    using Buffers = std::array<Buffer, 2>;
+    /// What the device reads.
+    struct Output : DoubleBufferedOutput {
+        explicit Output(DWORD size) : bytes(std::make_unique<BYTE[]>(size_t{size} * kHeaders)), bufferBytes(size) {}
+
+        BYTE* Bytes(int index) const { return bytes.get() + static_cast<size_t>(index) * bufferBytes; }
+
+        const std::unique_ptr<BYTE[]> bytes;
+        const DWORD bufferBytes;
+    };
 
     void AwaitStart() const;
     Outcome PlayFromHere();
@@ -39,23 +70,24 @@ private:
     bool TakeMessages();
     bool TakeBack(const WAVEHDR* header);
     bool Refill();
-    Content Fill(Buffer& buffer);
-    void FillWithSilence(Buffer& buffer);
-    void SetContent(Buffer& buffer, BYTE* bytes) const;
-    void Queue(Buffer& buffer);
-    void End();
+    SynthRing::Content Fill(int index);
+    void FillWithSilence(int index);
+    void EndPass();
+    void SetContent(int index, DWORD blocks, bool endsPass);
+    void Queue(int index);
 
-    int Number(const Buffer& buffer) const;
     bool AreBothBack() const;
-    bool EndsWithSong() const;
     LONGLONG SampleAt(DWORD position) const;
-    void PostPosition(LONGLONG sample) const;
+    void PostPosition(LONGLONG sample) const { m_host.Notify(m_settings.positionCode, sample); }
 
-    CRtSynthesis& m_driver;
-    std::shared_ptr<TrackSet> m_set;
-    DWORD m_bufferBlocks = 0;
-    HWAVEOUT m_device = nullptr;
-    std::unique_ptr<Buffers> m_buffers = std::make_unique<Buffers>();
+    const std::shared_ptr<SynthRing> m_ring;
+    PlayState& m_state;
+    PlayHost& m_host;
+    const OutputSettings m_settings;
+    const DWORD m_bufferBlocks;
+    std::unique_ptr<Output> m_output;
+    std::array<Buffer, DoubleBufferedOutput::kHeaders> m_buffers;
+    size_t m_lastFilled = 0;
     LONGLONG m_position = 0; ///< heard so far, in samples at the output rate
     bool m_isReseeking = false;
     bool m_isFinished = false; ///< nothing more comes: over when both buffers are back
