@@ -303,6 +303,7 @@ TEST_CASE("quill audio play: devices that fail") {
     CHECK(CxQuillAudio::GetAudioErrorMessage() == std::string("Internal Error !\nPlease Report."));
     CHECK(CxQuillAudio::AudioPlay(other.window, &buffer, 0, 99, 0, 0) == 0);
     recorder->Finish(1);
+    CHECK(CxQuillAudio::WaitReleaseCue() == 1);
     CHECK(Played(recorder) == "abcdefgh");
     CHECK(CxQuillAudio::AudioReset() == 1); // all are back: one that does not close is let go
     CHECK(waveOutClose(device) == MMSYSERR_NOERROR);

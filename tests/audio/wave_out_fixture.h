@@ -4,7 +4,6 @@
 
 #include "torv/audio/wave_out.h"
 
-#include <functional>
 #include <utility>
 
 constexpr UINT kHostMessage = WM_USER + 11;
@@ -20,7 +19,7 @@ struct HostWindow : CWnd {
     HostWindow& operator=(const HostWindow&) = delete;
     ~HostWindow() override { DestroyWindow(m_hWnd); }
 
-    Posted Take() {
+    Posted Take() const {
         Posted posted;
         MSG message;
         while (PeekMessageA(&message, m_hWnd, kHostMessage, kHostMessage, PM_REMOVE))
@@ -31,7 +30,7 @@ struct HostWindow : CWnd {
 
 /// A 16-bit mono file at 44100 Hz, open, and gone at the end.
 struct MonoWave {
-    MonoWave(const char* name, const std::vector<SHORT>& samples) : path(name), file(path.Text()) {
+    explicit MonoWave(const std::vector<SHORT>& samples) : file(path.Text()) {
         file.SetWaveFormat(Format(1, 16));
         for (const SHORT sample : samples)
             file.AppendSample(static_cast<WORD>(sample));
@@ -44,8 +43,8 @@ struct MonoWave {
 
 inline std::vector<SHORT> Ramp(int count, int step) {
     std::vector<SHORT> samples;
-    for (int i = 0; i < count; ++i)
-        samples.push_back(static_cast<SHORT>((i + 1) * step));
+    for (int i = 1; i <= count; ++i)
+        samples.push_back(static_cast<SHORT>(i * step));
     return samples;
 }
 

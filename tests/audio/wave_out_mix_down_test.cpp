@@ -18,29 +18,35 @@ WAVEFORMATEX FormatOf(const ScratchPath& path) {
 } // namespace
 
 TEST_CASE("mix down: parts of files with volume and pan, master gains, and blocks of 1024 frames") {
-    MonoWave first("torv_mix_1.wav", {1000, 2000, 3000, 4000});
-    MonoWave second("torv_mix_2.wav", {-101, 301});
-    const ScratchPath path("torv_mix_out.wav");
+    MonoWave first({1000, 2000, 3000, 4000});
+    MonoWave second({-101, 301});
+    const ScratchPath path;
     path.Write({'o', 'l', 'd'});
     tagMixDownTrack tracks[] = {{1, 3, 0, 0, &first.file}, {0, torv::kWholeFile, kHalf, -1, &second.file}};
     CWaveOut output;
     output.SetMasterVolume(0.5);
     CHECK(output.AudioMixDown(path.Text(), tracks, 2) == 1);
     CHECK(output.GetRegisteredTrackCount() == 0);
+    CHECK(path.IsAlone());
     const auto mixed = Samples(path.Content(), 44);
     REQUIRE(mixed.size() == 1024 * 2);
     // 2000 and 3000 in the middle; -101 and 301 on the left at half x 2; all at half, cut toward zero.
     CHECK(std::vector<SHORT>(mixed.begin(), mixed.begin() + 6) == std::vector<SHORT>{949, 1000, 1650, 1500, 0, 0});
-    const WAVEFORMATEX format = FormatOf(path);
-    CHECK((format.nChannels == 2 && format.nSamplesPerSec == 44100 && format.wBitsPerSample == 16));
+    CHECK(FormatOf(path).nChannels == 2);
+    CHECK(FormatOf(path).nSamplesPerSec == 44100);
     CHECK(output.GetPeakLevel() == doctest::Approx(1650.5 / 32768));
 
-    SUBCASE("1024 frames are one block, 1025 are two") {
+    SUBCASE("1024 frames are one block, 1025 are two; the window is told where the first track is") {
         for (const int frames : {1024, 1025}) {
-            MonoWave wave("torv_mix_3.wav", Ramp(frames, 1));
+            MonoWave wave(Ramp(frames, 1));
+            HostWindow window;
+            output.SetPlayParameters("", &window, kHostMessage, kPositionCode, 44100, 0);
             tagMixDownTrack track{0, 0, 0, 0, &wave.file};
             CHECK(output.AudioMixDown(path.Text(), &track, 1) == 1);
             CHECK(path.Content().size() == 44u + 4 * 1024 * (frames > 1024 ? 2 : 1));
+            const auto posted = window.Take(); // as two buffers would be heard; 1024 frames are 23 ms
+            CHECK(posted.size() == (frames > 1024 ? 3 : 2));
+            CHECK(posted.back() == std::pair<WPARAM, LPARAM>(5, frames > 1024 ? 23 : 0));
         }
     }
     SUBCASE("no track makes an empty wave, and what is no number is the default") {
@@ -57,7 +63,8 @@ TEST_CASE("mix down: parts of files with volume and pan, master gains, and block
         for (const int rate : {0, 48000}) {
             CHECK(output.AudioMixDown(path.Text(), tracks, 2, rate) == 1);
             CHECK(Samples(path.Content(), 44)[0] == 974); // (2000 - 101 + 2000) / 2 x 0.5 = 974.75
-            CHECK((FormatOf(path).nChannels == 1 && FormatOf(path).nSamplesPerSec == (rate ? 48000u : 44100u)));
+            CHECK(FormatOf(path).nChannels == 1);
+            CHECK(FormatOf(path).nSamplesPerSec == (rate ? 48000u : 44100u));
         }
     }
     SUBCASE("past full scale it wraps, and says so") {
@@ -67,37 +74,27 @@ TEST_CASE("mix down: parts of files with volume and pan, master gains, and block
         CHECK(output.GetWrappedFrames() == 4);
         CHECK(Samples(path.Content(), 44)[0] == -1536); // 64000 - 65536
     }
-    SUBCASE("the window is told where the first track is") {
-        MonoWave wave("torv_mix_3.wav", Ramp(1500, 1));
-        HostWindow window;
-        output.SetPlayParameters("", &window, kHostMessage, kPositionCode, 44100, 0);
-        tagMixDownTrack track{0, 0, 0, 0, &wave.file};
-        CHECK(output.AudioMixDown(path.Text(), &track, 1) == 1);
-        CHECK(window.Take() == HostWindow::Posted{{5, 0}, {5, 0}, {5, 23}}); // as two buffers would be heard; 1024
-    }
 }
 
 TEST_CASE("mix down: what is refused leaves no file, or the old one") {
-    MonoWave wave("torv_mix_1.wav", {1000});
-    const ScratchPath path("torv_mix_out.wav");
-    const CString nowhere = path.Text() + ".none/out.wav";
-    tagMixDownTrack tracks[17];
-    for (auto& track : tracks)
-        track = {0, 0, 0, 0, &wave.file};
+    MonoWave wave({1000});
+    const ScratchPath path;
+    std::vector<tagMixDownTrack> tracks(17, {0, 0, 0, 0, &wave.file});
     CWaveOut output;
-    CHECK(output.AudioMixDown(nowhere, tracks, 1) == 0);
+    CHECK(output.AudioMixDown(path.Text() + ".none/out.wav", tracks.data(), 1) == 0);
     CHECK(output.GetRegisteredTrackCount() == 0);
     path.Write({'o', 'l', 'd'});
-    CHECK(output.AudioMixDown(path.Text(), tracks, 17) == 0);
-    CHECK(output.AudioMixDown(path.Text(), tracks, -1) == 0);
+    for (const int count : {17, -1})
+        CHECK(output.AudioMixDown(path.Text(), tracks.data(), count) == 0);
     CHECK(output.AudioMixDown(path.Text(), nullptr, 1) == 0);
-    CHECK(output.AudioMixDown(nullptr, tracks, 1) == 0);
+    CHECK(output.AudioMixDown(nullptr, tracks.data(), 1) == 0);
     tracks[1].file = nullptr;
-    CHECK(output.AudioMixDown(path.Text(), tracks, 2) == 0);
+    CHECK(output.AudioMixDown(path.Text(), tracks.data(), 2) == 0);
     output.RegisterTrack(&wave.file, 9);
-    CHECK(output.AudioMixDown(path.Text(), tracks, 1) == 0);
-    CHECK(path.Content().size() == 3);
+    CHECK(output.AudioMixDown(path.Text(), tracks.data(), 1) == 0);
     output.UnregisterTrack(9);
+    CHECK(path.Content().size() == 3);
+    CHECK(path.IsAlone());
     output.RegisterTrack(&wave.file, 16); // counts for nothing
-    CHECK(output.AudioMixDown(path.Text(), tracks, 1) == 1);
+    CHECK(output.AudioMixDown(path.Text(), tracks.data(), 1) == 1);
 }

@@ -8,10 +8,8 @@
 namespace {
 
 struct Output : CWaveOut {
-    double Left() const { return m_dMasterGainL; }
-    double Right() const { return m_dMasterGainR; }
-    double Pan() const { return m_dMasterPan; }
-    WORD Channels() const { return m_wOutputChannels; }
+    using CWaveOut::m_dMasterGainL;
+    using CWaveOut::m_dMasterGainR;
 };
 
 } // namespace
@@ -19,70 +17,69 @@ struct Output : CWaveOut {
 TEST_CASE("wave output: decibels") {
     CHECK(CWaveOut::Db2Amplitude(-6.0206) == doctest::Approx(0.5).epsilon(1e-5));
     CHECK(CWaveOut::Db2Amplitude(20.0) == doctest::Approx(10.0));
-    CHECK(CWaveOut::Amplitude2Db(1.0) == 0.0);
+    CHECK(CWaveOut::Amplitude2Db(10.0) == doctest::Approx(20.0));
     CHECK(CWaveOut::Amplitude2Db(0.0) == -std::numeric_limits<double>::infinity());
 }
 
-TEST_CASE("wave output: master gains follow volume and pan") {
+TEST_CASE("wave output: volume and pan make the master gains; one channel knows no pan") {
+    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    const struct {
+        WORD channels;
+        double volume, pan, left, right;
+    } rows[] = {{2, 0.5, 0.5, 0.25, 0.75}, // q = 0.75
+                {2, 1, -2, 1, 1},          // back to the centre, not to the nearer end
+                {2, 1, kNaN, 1, 1},  {2, kNaN, -1, 2, 0}, {2, -kInfinity, 1, 0, 2},
+                {1, 0.5, -1, 0.5, 0.5}, {3, 0.5, -1, 0.5, 0.5}}; // there are not three: still one
     Output output;
-    output.SetMasterVolume(0.5, 0.5); // q = 0.75
-    CHECK(output.Left() == 0.25);
-    CHECK(output.Right() == 0.75);
-    output.SetMasterVolume(1.0); // the pan stays
-    CHECK(output.Left() == 0.5);
-    CHECK(output.Right() == 1.5);
-    for (const double pan : {-2.0, 1.5, std::nan("")}) { // back to the centre, not to the nearer end
-        output.SetMasterPanpot(0.5);
-        output.SetMasterPanpot(pan);
-        CHECK(output.Pan() == 0.0);
-        CHECK(output.Left() == 1.0);
+    for (const auto& row : rows) {
+        CAPTURE(row.volume);
+        CAPTURE(row.pan);
+        CHECK(output.SetMasterOutputChannels(row.channels) == 1);
+        output.SetMasterVolume(row.volume, row.pan);
+        output.SetMasterVolume(row.volume); // the pan stays
+        output.SetMasterPanpot(row.pan);    // and the volume
+        CHECK(output.m_dMasterGainL == row.left);
+        CHECK(output.m_dMasterGainR == row.right);
     }
-    output.SetMasterVolume(std::nan(""), -1.0);
-    CHECK(output.Left() == 2.0);
-    CHECK(output.Right() == 0.0);
-}
-
-TEST_CASE("wave output: one channel knows no pan, and other counts than 1 and 2 are passed over") {
-    Output output;
-    CHECK(output.SetMasterOutputChannels(1) == 1);
-    output.SetMasterVolume(0.5, -1.0);
-    CHECK(output.Left() == 0.5);
-    CHECK(output.Right() == 0.5);
-    CHECK(output.SetMasterOutputChannels(3) == 1);
-    CHECK(output.Channels() == 1);
-
-    output.SetMasterOutputChannels(2);
-    Output copy = output;
-    copy.SetMasterPanpot(1.0);
-    CHECK(copy.Right() == 1.0);
-    CHECK(output.Right() == 0.5);
 }
 
 TEST_CASE("wave output: sixteen slots, and a place behind them that is not played") {
-    MonoWave wave("torv_out_slots.wav", {1});
+    MonoWave wave({1});
     CWaveOut output;
-    CHECK(output.RegisterTrack(&wave.file, 3) == 3);
-    CHECK(output.RegisterTrack(&wave.file, -1) == 0);
-    CHECK(output.RegisterTrack(&wave.file, 16) == 16);
-    CHECK(output.RegisterTrack(&wave.file, 17) == -1);
+    CHECK(output.CheckRewireOut() == 0); // nothing to play
+    const struct {
+        int asked, slot, count;
+    } rows[] = {{3, 3, 1}, {-1, 0, 2}, {16, 16, 2}, {17, -1, 2}, {-1, 1, 3}};
+    for (const auto& row : rows) {
+        CHECK(output.RegisterTrack(&wave.file, row.asked) == row.slot);
+        CHECK(output.GetRegisteredTrackCount() == row.count);
+    }
     CHECK(output.RegisterTrack(nullptr, 2) == -1);
-    CHECK(output.GetRegisteredTrackCount() == 2); // without the last place
-    CHECK((output.GetTrack(16) == &wave.file && !output.GetTrack(1) && !output.GetTrack(17) && !output.GetTrack(-1)));
-    for (int i = 2; i < 16; ++i)
-        output.RegisterTrack(&wave.file, -1);
+    CHECK(output.GetTrack(16) == &wave.file);
+    for (const int slot : {-1, 2, 17})
+        CHECK(output.GetTrack(slot) == nullptr);
+    while (output.RegisterTrack(&wave.file, -1) >= 0) {
+    }
     CHECK(output.GetRegisteredTrackCount() == 16);
-    CHECK(output.RegisterTrack(&wave.file, -1) == -1);
-    output.UnregisterTrack(-1);
-    output.UnregisterTrack(17);
-    output.UnregisterTrack(5);
+    for (const int slot : {-1, 5, 17})
+        output.UnregisterTrack(slot);
     CHECK(output.RegisterTrack(&wave.file, -1) == 5);
     output.UnregisterTrackAll();
-    CHECK((output.GetRegisteredTrackCount() == 0 && !output.GetTrack(16)));
+    CHECK(output.GetTrack(16) == nullptr);
+
+    output.RegisterTrack(&wave.file, 2); // whether the device is needed
+    CHECK(output.CheckRewireOut() == 1);
+    output.SetRouting(2, torv::kReWireRoute);
+    CHECK(output.CheckRewireOut() == 0);
+    output.SetRouting(2, torv::kDeviceRoute);
+    output.SetOutputDeviseType(torv::kSilentDevice);
+    CHECK(output.CheckRewireOut() == 0);
 }
 
 TEST_CASE("wave output: a seek moves every file, and answers and-ed from the whence value") {
-    MonoWave first("torv_out_seek1.wav", Ramp(9, 1));
-    MonoWave second("torv_out_seek2.wav", Ramp(9, 1));
+    MonoWave first(Ramp(9, 1));
+    MonoWave second(Ramp(9, 1));
     CWaveOut output;
     CHECK(output.SeekPlayPointer(4, 3) == 3); // nobody to ask
     output.RegisterTrack(&first.file, 0);
@@ -90,21 +87,8 @@ TEST_CASE("wave output: a seek moves every file, and answers and-ed from the whe
     CHECK(output.SeekPlayPointer(4, 0) == 0);
     CHECK(output.SeekPlayPointer(2, 1) == 1);
     CHECK(output.SeekPlayPointer(2, 3) == 0); // refused by the files
-    CHECK((first.file.GetCurrentPlayPointer() == 6 && second.file.GetCurrentPlayPointer() == 6));
-}
-
-TEST_CASE("wave output: whether the device is needed") {
-    MonoWave wave("torv_out_route.wav", {1});
-    CWaveOut output;
-    CHECK(output.CheckRewireOut() == 0); // nothing to play
-    output.RegisterTrack(&wave.file, 2);
-    CHECK(output.CheckRewireOut() == 1);
-    output.SetRouting(2, torv::kReWireRoute);
-    output.SetRouting(16, torv::kReWireRoute);
-    CHECK(output.CheckRewireOut() == 0);
-    output.SetRouting(2, torv::kDeviceRoute);
-    output.SetOutputDeviseType(torv::kSilentDevice);
-    CHECK(output.CheckRewireOut() == 0);
+    CHECK(first.file.GetCurrentPlayPointer() == 6);
+    CHECK(second.file.GetCurrentPlayPointer() == 6);
 }
 
 TEST_CASE("wave output: positions go to the window in milliseconds, or wait; in ReWire mode they are the host's") {

@@ -4,10 +4,8 @@
 #include "torv/audio/or_zero.h"
 #include "torv/audio/sample.h"
 #include "torv/audio/wave_out.h"
-#include "torv/platform/arithmetic.h"
 
 #include <algorithm>
-#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -17,12 +15,6 @@ constexpr DWORD kBlockFrames = 16384;
 constexpr DWORD kMixBlockBytes = 0x100000;
 constexpr int kLeastBits = 16;
 constexpr DWORD kMostWidth = 4;
-
-DWORD SampleOf(double value, int bits) {
-    const double scale = std::ldexp(1.0, bits - 1);
-    const auto limit = static_cast<long long>(scale);
-    return static_cast<DWORD>(std::clamp(torv::TruncateToInt64(value * scale), -limit, limit - 1));
-}
 
 /// A track while it is mixed. Leaves the buffer's cursor where it was.
 struct Track {
@@ -128,7 +120,8 @@ int CxQuillAudio::MixInto(const char* path, const __tagMixDownTrack* tracks, int
             return 0;
         block.resize(sums.size() * unit);
         for (size_t i = 0; i < sums.size(); ++i)
-            torv::StoreFrame(&block[i * unit], 2, unit, {SampleOf(sums[i].left, bits), SampleOf(sums[i].right, bits)});
+            torv::StoreFrame(&block[i * unit], 2, unit,
+                             {torv::SampleOf(sums[i].left, bits), torv::SampleOf(sums[i].right, bits)});
         if (mix.AddSample(block.data(), static_cast<DWORD>(sums.size())) != sums.size())
             return 0;
     }

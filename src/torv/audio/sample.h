@@ -1,7 +1,9 @@
 #pragma once
 
+#include "torv/audio/gain.h"
 #include "torv/platform/platform.h"
 
+#include <algorithm>
 #include <bit>
 
 /// Sample values as they lie in files, rings and device buffers: little-endian, held in the low bits of a DWORD.
@@ -80,14 +82,36 @@ constexpr double FullScale(int bits) {
     }
 }
 
-/// -1.0..+1.0 of a whole value of 1 to 4 bytes, those of one byte unsigned; one that does not fill its bytes is at
-/// their upper end.
-inline double SampleAt(const BYTE* bytes, DWORD width) {
-    const DWORD value = LoadValue(bytes, width);
-    if (width < 2)
-        return (static_cast<double>(value) - 128.0) / 128.0;
-    return static_cast<LONG>(value << (32 - 8 * width)) / 2147483648.0;
+/// A stored value of 8 to 32 bits as a whole number: 8 bits are unsigned around 128, others signed.
+inline LONG WholeValue(DWORD value, int bits) {
+    return bits == 8 ? static_cast<LONG>(value) - 128 : static_cast<LONG>(value << (32 - bits)) >> (32 - bits);
 }
+
+/// The reverse; of a number that the bits cannot hold the low ones are kept.
+inline DWORD StoredValue(long long whole, int bits) { return static_cast<DWORD>(bits == 8 ? whole + 128 : whole); }
+
+/// The nearest whole number that so many bits hold.
+inline long long HeldValue(long long whole, int bits) {
+    const long long limit = 1LL << (bits - 1);
+    return std::clamp(whole, -limit, limit - 1);
+}
+
+/// -1.0..+1.0 of a whole value of 1 to 4 bytes; one that does not fill its bytes is at their upper end.
+inline double SampleAt(const BYTE* bytes, DWORD width) {
+    const int bits = static_cast<int>(8 * width);
+    return static_cast<double>(WholeValue(LoadValue(bytes, width), bits)) / static_cast<double>(1LL << (bits - 1));
+}
+
+/// The reverse, cut toward zero; what lies outside stays at the ends.
+inline DWORD SampleOf(double sample, int bits) {
+    return StoredValue(HeldValue(TruncateToInt64(sample * static_cast<double>(1LL << (bits - 1))), bits), bits);
+}
+
+/// A stored value scaled within its own width, cut toward zero; what passes the width stays at its ends or wraps.
+DWORD ScaledWithin(DWORD value, int bits, double gain, bool stays);
+
+/// What ScaleValue makes of 16-bit mono frames for the two sides, several at once.
+void ScaleShorts(const BYTE* frames, DWORD count, const StereoGain& gain, float* left, float* right);
 
 /// Whether frames of such a format can be cut into values.
 inline bool IsUsableFormat(const WAVEFORMATEX& format) {

@@ -23,19 +23,6 @@ DWORD RoundUpFrames(DWORD frames) {
 
 bool HasTag(const BYTE* at, const char* tag) { return std::memcmp(at, tag, 4) == 0; }
 
-/// One value scaled within its own width; what does not fit stays at the range's ends or wraps.
-DWORD ScaledValue(DWORD value, int bits, double gain, bool clip) {
-    if (bits == 32)
-        return std::bit_cast<DWORD>(static_cast<float>(std::bit_cast<float>(value) * gain));
-    const int shift = 32 - bits;
-    const LONG sample = bits == 8 ? static_cast<LONG>(value) - 128 : static_cast<LONG>(value << shift) >> shift;
-    long long scaled = torv::TruncateToInt64(sample * gain);
-    const long long limit = 1LL << (bits - 1);
-    if (clip)
-        scaled = std::clamp(scaled, -limit, limit - 1);
-    return static_cast<DWORD>(bits == 8 ? scaled + 128 : scaled);
-}
-
 } // namespace
 
 CWaveFile::CWaveFile(DWORD bufferFrames)
@@ -328,7 +315,7 @@ int CWaveFile::AddVolumeToWaveData(const BYTE* in, BYTE* out, DWORD bytes, int c
         // A mono frame is one side of the picture: the left gain, as when it is played.
         const double gain = channel == 0 ? m_dGainL : m_dGainR;
         const DWORD value = torv::LoadValue(out + at, width);
-        torv::StoreValue(out + at, width, ScaledValue(value, m_Format.wBitsPerSample, gain, clip != 0));
+        torv::StoreValue(out + at, width, torv::ScaledWithin(value, m_Format.wBitsPerSample, gain, clip != 0));
     }
     return 1;
 }

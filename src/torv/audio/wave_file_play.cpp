@@ -3,26 +3,6 @@
 #include "torv/audio/sample.h"
 
 #include <algorithm>
-#include <cstring>
-
-namespace {
-
-static_assert(std::endian::native == std::endian::little, "samples are read as they lie in memory");
-
-/// What ScaleValue makes of 16-bit mono frames, several at once: its factor is a power of two, which may as well be in
-/// the gain.
-void ScaleShorts(const BYTE* bytes, DWORD count, const torv::StereoGain& gain, float* left, float* right) {
-    const double gainLeft = gain.left * 3.0517578125e-05;
-    const double gainRight = gain.right * 3.0517578125e-05;
-    for (DWORD i = 0; i < count; ++i) {
-        SHORT value;
-        std::memcpy(&value, bytes + i * sizeof value, sizeof value);
-        left[i] = static_cast<float>(value * gainLeft);
-        right[i] = static_cast<float>(value * gainRight);
-    }
-}
-
-} // namespace
 
 void CWaveFile::UpdateGains() {
     const auto gain = torv::GainsAt(m_dVolumeL, m_dVolumeR, m_dPan);
@@ -125,7 +105,7 @@ void CWaveFile::ReadData(DWORD frame, float* left, float* right, DWORD count) {
         const DWORD piece = std::min({count, m_dwFrames - frame, m_dwWindowFrame + m_dwBufferFrames - frame});
         const BYTE* at = m_pBuffer.get() + static_cast<size_t>(frame - m_dwWindowFrame) * align;
         if (bits == 16 && m_Format.nChannels == 1) {
-            ScaleShorts(at, piece, gain, left, right);
+            torv::ScaleShorts(at, piece, gain, left, right);
         } else {
             for (DWORD i = 0; i < piece; ++i, at += align) {
                 const auto values = torv::LoadFrame(at, m_Format.nChannels, align);
