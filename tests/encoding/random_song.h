@@ -9,8 +9,8 @@
 
 /// What an icon's number in its database is: here, the articulation that it was made with.
 struct Articulations : torv::IconCatalogue {
-    Articulations() { torv::SetIconCatalogue(this); }
-    ~Articulations() override { torv::SetIconCatalogue(nullptr); }
+    Articulations() { torv::AddCatalogue(*this); }
+    ~Articulations() override { torv::RemoveCatalogue(*this); }
     int IndexOf(const CIconObject& icon) const override { return torv::ArticulationFromID(icon.GetIconID()); }
 };
 
