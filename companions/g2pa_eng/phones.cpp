@@ -29,6 +29,4 @@ void AppendPhones(Phones& phones, std::string_view text) {
     }
 }
 
-std::string_view NameOf(Sound sound) { return names[static_cast<size_t>(sound)]; }
-
 } // namespace g2pa_eng

@@ -20,7 +20,6 @@ struct Phone {
     bool stressed = false; ///< meaningful on vowels
 
     bool IsVowel() const { return sound <= Sound::uw; }
-    bool operator==(const Phone&) const = default;
 };
 
 using Phones = std::vector<Phone>;
@@ -28,8 +27,5 @@ using Phones = std::vector<Phone>;
 /// Appends the phones of a text such as "hh ax l ow1": names with blanks between them, 1 after a stressed vowel. Other
 /// digits say nothing; a name that is none is passed over.
 void AppendPhones(Phones& phones, std::string_view text);
-
-/// For reading and tests: the same notation back.
-std::string_view NameOf(Sound sound);
 
 } // namespace g2pa_eng

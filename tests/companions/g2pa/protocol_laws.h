@@ -1,26 +1,21 @@
 /// What holds of every converter library, whatever its language.
 #pragma once
 
+#include "allocation_failure.h"
 #include "companions/g2pa/converter_library.h"
 #include "torv/lyrics/phonetic_dic.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <random>
 #include <thread>
 
 namespace g2pa_test {
 
 /// The same row of numbers on every system.
-class Random {
-public:
-    explicit Random(uint32_t seed) : m_state(seed) {}
-    uint32_t Below(uint32_t limit) {
-        m_state = m_state * 1664525u + 1013904223u;
-        return (m_state >> 8) % limit;
-    }
-
-private:
-    uint32_t m_state;
+struct Random {
+    uint32_t Below(uint32_t limit) { return static_cast<uint32_t>(numbers()) % limit; }
+    std::mt19937 numbers{20};
 };
 
 /// Whether the library knows it.
@@ -77,7 +72,7 @@ inline void CheckHandles(const ConverterLibrary& library) {
 
 /// One output for each element, of known symbols only; and when the host takes them changes nothing.
 inline void CheckRandomSongs(const ConverterLibrary& library, const Texts& words, int language) {
-    Random random(20);
+    Random random;
     for (int round = 0; round < 400; ++round) {
         const Texts song = RandomSong(random, words);
         const Texts eager = Convert(library, song, " ");
@@ -90,6 +85,25 @@ inline void CheckRandomSongs(const ConverterLibrary& library, const Texts& words
                     unknown += symbol + " ";
         CHECK(unknown == "");
     }
+}
+
+/// What there is no memory for is refused and has not happened: put again, the song comes out the same.
+inline void CheckRefusedMemory(const ConverterLibrary& library, const Texts& song) {
+    const Texts whole = Convert(library, song, " ");
+    FailEachAllocation([&](AllocationFailure& failure) {
+        const int32_t handle = library.create(1);
+        for (size_t i = 0; i <= song.size(); ++i) {
+            G2paInput record{};
+            if (i < song.size())
+                song[i].copy(record.text, sizeof record.text);
+            const auto put = [&] { return library.put(handle, i < song.size() ? &record : nullptr); };
+            const int32_t code = failure.During(put);
+            const bool isTakenInTheEnd = code == G2PA_OK || (code == G2PA_NO_MEMORY && put() == G2PA_OK);
+            CHECK(isTakenInTheEnd);
+        }
+        CHECK(library.Take(handle, " ") == whole);
+        library.remove(handle);
+    });
 }
 
 /// Converters in four threads at once give what one alone gives.

@@ -167,5 +167,6 @@ TEST_CASE("Japanese: protocol") {
     for (char32_t c = U'ぁ'; c <= U'ん'; ++c)
         pieces.push_back(Cp932(std::u32string(1, c)));
     CheckRandomSongs(Library(), pieces, 0);
+    CheckRefusedMemory(Library(), Kana({U"か", U"ゝ", U"ゞん", U"ー", U"かっ", U"ん", U"ー"}));
     CheckThreads(Library(), Kana({U"さん", U"ー", U"か", U"っ", U"た"}), "");
 }
