@@ -97,7 +97,8 @@ TEST_CASE("wave output: primers, blocks while there are data, two silent ones, t
 TEST_CASE("wave output: what is not played, and what a rate becomes") {
     Playing play;
     CStringList devices;
-    CHECK(CWaveOut::EnumWaveOutDevices(devices) == devices.GetCount());
+    const int count = CWaveOut::EnumWaveOutDevices(devices);
+    CHECK(count == devices.GetCount());
     CHECK(devices.GetHead().CompareNoCase(Playing::kDevice) == 0);
     MonoWave wave(Ramp(25, 100));
     CHECK(play.output->Play() == 0); // no file
