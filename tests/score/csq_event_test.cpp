@@ -19,7 +19,6 @@
 #include <functional>
 #include <initializer_list>
 #include <memory>
-#include <numeric>
 #include <string>
 
 namespace {
@@ -49,15 +48,14 @@ struct Chart {
         CHECK(Set(delta, note) == 1);
         return torv::EventIdOf(note);
     }
-    void Icon(DWORD delta, CIconObject* icon) {
-        tagCsqEventAicon* const record = CCsqBuilder::CreateIconEvent();
-        record->iconHandle = HandleOf(builder.RegisterIconObject(icon));
-        CHECK(Set(delta, record) == 1);
-    }
+    void Icon(DWORD delta, CIconObject* icon) { Place(delta, CCsqBuilder::CreateIconEvent(), icon); }
     void Singer(DWORD delta, DWORD length) {
         auto* const icon = new CIconSinger;
         icon->SetLength(length);
-        tagCsqEventSinger* const record = CCsqBuilder::CreateSingerEvent();
+        Place(delta, CCsqBuilder::CreateSingerEvent(), icon);
+    }
+    template <class Record>
+    void Place(DWORD delta, Record* record, CIconObject* icon) {
         record->iconHandle = HandleOf(builder.RegisterIconObject(icon));
         CHECK(Set(delta, record) == 1);
     }
@@ -66,8 +64,6 @@ struct Chart {
         return track->GetLength();
     }
 };
-
-int Sum(std::initializer_list<int> results) { return std::accumulate(results.begin(), results.end(), 0); }
 
 /// "clock:type" of every event, from the top.
 std::string Walk(CSequenceObject& track) {
@@ -96,10 +92,8 @@ TEST_CASE("builder: the track ends with its last sound, but a singer change sets
     swell.Note(0, 100);
     swell.Icon(480, Dynamics(2, 900));
     CHECK(swell.Close() == 1380);
-    CHECK(swell.builder.CloseBuffer() == 0);
-    CHECK(swell.builder.OpenBuffer(swell.track.get()) == 1); // detached by closing
-    CHECK(swell.builder.OpenBuffer(swell.track.get()) == 0);
-    CHECK(swell.Close() == 0); // the end is counted anew
+    CHECK(Values{swell.builder.CloseBuffer(), swell.builder.OpenBuffer(swell.track.get()),  // detached by closing
+                 swell.builder.OpenBuffer(swell.track.get()), swell.Close()} == "0 1 0 0"); // the end is counted anew
 }
 
 TEST_CASE("builder: what it refuses") {
@@ -149,16 +143,12 @@ TEST_CASE("cursor: walking, moving, statuses") {
         using CCsqEvent::CalcTotalClock;
         using CCsqEvent::VerifyEventHeader;
     } cursor;
-    CHECK(cursor.Attach(nullptr) == 0);
-    CHECK(cursor.Attach(chart.track.get()) == 1);
-    CHECK(cursor.Attach(chart.track.get()) == 0); // once
-    CHECK(cursor.GetStatus() == 241);
+    CHECK(Values{cursor.Attach(nullptr), cursor.Attach(chart.track.get()), cursor.Attach(chart.track.get()), // once
+                 cursor.GetStatus()} == "0 1 0 241");
     const auto show = [&cursor] {
         const tagCsqEventAnote* const note = cursor.GetAnoteEventParam();
-        const bool isIcon = cursor.GetAiconEventParam() != nullptr;
-        CHECK(isIcon == (cursor.GetStatus() == 244));
-        CHECK(cursor.GetSingerEventParam() == nullptr);
-        CHECK(cursor.GetMidiEventParam() == nullptr);
+        CHECK(Values(cursor.GetAiconEventParam() != nullptr, cursor.GetSingerEventParam(),
+                     cursor.GetMidiEventParam()) == Values(cursor.GetStatus() == 244, 0, 0));
         return Values(cursor.GetStatus(), note ? note->noteNumber : -1);
     };
     struct Row {
@@ -169,42 +159,33 @@ TEST_CASE("cursor: walking, moving, statuses") {
                            Row{960, "245 65", "245 65", "245 67"}, Row{1000, "0 -1", "0 -1", "0 -1"}, // between events
                            Row{1440, "244 -1", "244 -1", "244 -1"}, Row{5000, "242 -1", "242 -1", "242 -1"}}) {
         CAPTURE(row.clock);
-        CHECK(cursor.MoveTo(row.clock) == row.clock);
-        CHECK(show() == row.there);
+        CHECK(Values{cursor.MoveTo(row.clock), show()} == Values(row.clock, row.there));
         tagLocateMarker marker;
         for (int i = 0; i < 2; ++i) { // also when it stands there already
-            CHECK(cursor.MoveToRear() == 1);
-            CHECK(show() == row.rear);
+            CHECK(Values{cursor.MoveToRear(), show()} == Values(1, row.rear));
             cursor.StoreLocation(&marker);
         }
-        for (int i = 0; i < 2; ++i) {
-            CHECK(cursor.MoveToFront() == 1);
-            CHECK(show() == row.front);
-        }
+        for (int i = 0; i < 2; ++i)
+            CHECK(Values{cursor.MoveToFront(), show()} == Values(1, row.front));
         CCsqEvent other; // all cursors on a track share its position
         other.Attach(chart.track.get());
         CHECK(cursor.GetPosition() == 0);
         other.SeekToEnd();
         CHECK(other.GetStatus() == 242);
         cursor.RestoreLocation(&marker, 1);
-        CHECK(show() == row.rear);
-        CHECK(cursor.GetPosition() == row.clock);
+        CHECK(Values{show(), cursor.GetPosition()} == Values(row.rear, row.clock));
         cursor.RestoreLocation(&marker, 0);
         CHECK(show() == "0 -1"); // the cache is not filled again
     }
-    CHECK(cursor.GetPrev() == 244);
     tagClockPosition position{};
-    CHECK(cursor.GetPosition(&position) == 1);
-    CHECK(position.clock == 1440);
+    CHECK(Values{cursor.GetPrev(), cursor.GetPosition(&position), position.clock} == "244 1 1440");
     cursor.MoveTo(960);
-    CHECK(cursor.IsValidEvent(245, 0) == 1);
-    CHECK(cursor.IsValidEvent(245, 144) == 0); // the builder gives status 0
+    CHECK(Values(cursor.IsValidEvent(245, 0), cursor.IsValidEvent(245, 144)) == "1 0"); // the builder gives status 0
     for (const tagEventHeader& header : {tagEventHeader{245, 0, 32}, {244, 0, 32}, {245, 1, 32}, {245, 0, 33}})
         CHECK(cursor.VerifyEventHeader(&header) == (header.type == 245 && header.parameterSize + header.status == 32));
     CHECK(cursor.CalcTotalClock() == 1440);
     cursor.SeekToBegin();
-    CHECK(show() == "241 -1");
-    CHECK(cursor.GetPrev() == 241);
+    CHECK(Values{show(), cursor.GetPrev()} == "241 -1 241");
     Chart atZero;
     atZero.Note(0, 1, 60);
     atZero.Note(0, 1, 62);
@@ -212,10 +193,8 @@ TEST_CASE("cursor: walking, moving, statuses") {
     atZero.builder.MoveToRear(); // the top is at clock 0 as well
     CHECK(atZero.builder.GetAnoteEventParam()->noteNumber == 62);
     Chart empty;
-    empty.builder.MoveToFront();
-    CHECK(empty.builder.GetStatus() == 241);
-    empty.builder.MoveToRear();
-    CHECK(empty.builder.GetStatus() == 242);
+    CHECK(Values{empty.builder.MoveToFront(), empty.builder.GetStatus(), empty.builder.MoveToRear(),
+                 empty.builder.GetStatus()} == "1 241 1 242");
 }
 
 TEST_CASE("cursor: a copy attaches to the track and takes what the other has cached") {
@@ -230,11 +209,8 @@ TEST_CASE("cursor: a copy attaches to the track and takes what the other has cac
     assigned = cursor;
     assigned = *&assigned;
     for (const CCsqEventAnote* const other : {&copy, &assigned}) {
-        CHECK(other->GetSequence() == chart.track.get());
-        CHECK(other->GetStatus() == 245);
-        CHECK(other->GetEventID() == cursor.GetEventID());
-        CHECK(other->GetEntry().deltaClock == 10);
-        CHECK(other->GetNoteNumber() == 62);
+        CHECK(Values(other->GetSequence(), other->GetStatus(), other->GetEventID(), other->GetEntry().deltaClock,
+                     other->GetNoteNumber()) == Values(chart.track.get(), 245, cursor.GetEventID(), 10, 62));
     }
     CHECK(cursor.GetPosition() == 0); // attaching rewinds
 }
@@ -284,12 +260,19 @@ TEST_CASE("kinds: every field is set, written, read back by another cursor, and 
                       HandleOf(notes.GetVibratoIconHandle()), notes.GetNoteHeadIconLength(),
                       notes.GetNoteTailIconLength(), notes.GetChannel());
     };
-    const auto set = [](CCsqEventAnote& notes) { // in this order
-        return Sum({notes.SetNoteNumber(1), notes.SetNoteDynamics(2), notes.SetNoteLength(0x10003),
-                    notes.SetNoteAttribute(0x12345), notes.SetVibratoOffset(-5), notes.SetLyricHandle(PointerOf(6), 0),
-                    notes.SetNoteHeadIconHandle(PointerOf(3), 0), notes.SetNoteTailIconHandle(PointerOf(4), 0),
-                    notes.SetVibratoIconHandle(PointerOf(9), 0), notes.SetNoteHeadIconLength(33),
-                    notes.SetNoteTailIconLength(44), notes.Write()});
+    const auto set = [](CCsqEventAnote& notes) {
+        return Values{notes.SetNoteNumber(1),
+                      notes.SetNoteDynamics(2),
+                      notes.SetNoteLength(0x10003),
+                      notes.SetNoteAttribute(0x12345),
+                      notes.SetVibratoOffset(-5),
+                      notes.SetLyricHandle(PointerOf(6), 0),
+                      notes.SetNoteHeadIconHandle(PointerOf(3), 0),
+                      notes.SetNoteTailIconHandle(PointerOf(4), 0),
+                      notes.SetVibratoIconHandle(PointerOf(9), 0),
+                      notes.SetNoteHeadIconLength(33),
+                      notes.SetNoteTailIconLength(44),
+                      notes.Write()};
     };
     CCsqEventAnote notes, reader, detached;
     CCsqEventAicon placements;
@@ -299,14 +282,14 @@ TEST_CASE("kinds: every field is set, written, read back by another cursor, and 
     track.SetModify(0);
     notes.MoveTo(20); // onto the placement
     for (CCsqEventAnote* const other : {&detached, &notes}) {
-        CHECK(set(*other) == 0);
+        CHECK(set(*other) == "0 0 0 0 0 0 0 0 0 0 0 0");
         CHECK(get(*other) == "0 0 0 0 0 0 0 0 0 0 0 0");
     }
     CHECK(notes.GetAiconEventParam()->iconHandle == 1);
     CHECK(track.GetModify() == 0);
     notes.MoveTo(10);
     CHECK(get(notes) == "60 0 480 0 0 0 0 0 0 0 0 0");
-    CHECK(set(notes) == 12);
+    CHECK(set(notes) == "1 1 1 1 1 1 1 1 1 1 1 1");
     CHECK(track.GetModify() == 1);
     reader.MoveTo(10);
     CHECK(get(reader) == "1 2 65539 9029 -5 6 3 4 9 33 44 0"); // of the attribute 16 bits
@@ -315,17 +298,15 @@ TEST_CASE("kinds: every field is set, written, read back by another cursor, and 
     CHECK(reader.Write() == 0); // not the stored record's status
 
     const auto place = [&] {
-        return Sum({placements.SetIconLength(9), placements.SetIconHandle(PointerOf(2), 0), placements.Write()});
+        return Values{HandleOf(placements.GetIconHandle()), placements.GetIconLength(), placements.SetIconLength(9),
+                      placements.SetIconHandle(PointerOf(2), 0), placements.Write()};
     };
     placements.MoveTo(10);
     singers.MoveTo(10);
-    CHECK(placements.GetIconHandle() == nullptr);
-    CHECK(place() == 0);
-    CHECK(singers.GetIconHandle() == nullptr);
-    CHECK(singers.Remove(1) == 0);
+    CHECK(place() == "0 0 0 0 0");
+    CHECK(Values(singers.GetIconHandle(), singers.Remove(1)) == "0 0");
     placements.MoveTo(20);
-    CHECK(placements.GetIconLength() == 50);
-    CHECK(place() == 3);
+    CHECK(place() == "1 50 1 1 1");
     CHECK(track.LookupIconObject(PointerOf(1))->GetLength() == 9);
     placements.MoveTo(20);
     CHECK(HandleOf(placements.GetIconHandle()) == 2);
@@ -391,51 +372,39 @@ TEST_CASE("kinds: inserted events, and what goes when they are removed") {
         placements.Attach(track.get());
         singers.Attach(track.get());
         notes.MoveTo(480);
-        CHECK(notes.Insert(240, 67, 90, 1) == 1);
-        CHECK(track->GetModify() == 1);
+        CHECK(Values{notes.Insert(240, 67, 90, 1), track->GetModify()} == "1 1");
         CHECK(Values(notes.GetNoteLength(), notes.GetNoteNumber(), notes.GetNoteDynamics(), notes.GetPosition(),
                      notes.IsValidEvent(245, 144)) == "240 67 90 480 1"); // a cursor's note has this status
-        notes.SetNoteHeadIconHandle(PointerOf(1), 0);
-        notes.SetNoteTailIconHandle(PointerOf(2), 0);
-        notes.SetVibratoIconHandle(PointerOf(3), 0);
-        notes.SetLyricHandle(PointerOf(1), 0);
-        CHECK(notes.Write() == 1);
+        CHECK(Values{notes.SetNoteHeadIconHandle(PointerOf(1), 0), notes.SetNoteTailIconHandle(PointerOf(2), 0),
+                     notes.SetVibratoIconHandle(PointerOf(3), 0), notes.SetLyricHandle(PointerOf(1), 0),
+                     notes.Write()} == "1 1 1 1 1");
         track->SetModify(0);
-        CHECK(placements.Insert(PointerOf(4), 77, 1) == 1);
-        CHECK(track->GetModify() == 1);
+        CHECK(Values{placements.Insert(PointerOf(4), 77, 1), track->GetModify(), placements.GetAiconEventParam()} ==
+              "1 1 0"); // the cache is not refreshed
         CHECK(track->LookupIconObject(PointerOf(4))->GetLength() == 77);
-        CHECK(placements.GetAiconEventParam() == nullptr); // the cache is not refreshed
         track->SetModify(0);
-        CHECK(singers.Insert(PointerOf(5), 0x12345, 1) == 1);
-        CHECK(track->GetModify() == 1);
-        CHECK(singers.GetSingerEventParam()->value == 0x2345);
-        CHECK(singers.GetIconHandle() == PointerOf(5));
+        CHECK(Values{singers.Insert(PointerOf(5), 0x12345, 1), track->GetModify(), singers.GetSingerEventParam()->value,
+                     HandleOf(singers.GetIconHandle())} == "1 1 9029 5");
         CHECK(Walk(*track) == "480:245 480:244 480:249 ");
-        for (const int status : {0, 1, 2, 3, 4, 5, 6, 7, 8}) {
-            CHECK(CCsqEventAnote::IsValidIcon(status) == (status >= 1 && status <= 4));
-            CHECK(CCsqEventAicon::IsValidIcon(status) == (status == 5));
-            CHECK(CCsqEventSinger::IsValidIcon(status) == (status == 7));
-        }
+        for (int status = 0; status < 9; ++status)
+            CHECK(Values(CCsqEventAnote::IsValidIcon(status), CCsqEventAicon::IsValidIcon(status),
+                         CCsqEventSinger::IsValidIcon(status), CCsqEventMidi::IsValidIcon(status)) ==
+                  Values(status >= 1 && status <= 4, status == 5, status == 7, 0));
         CHECK(Values(notes.IsValidIcon(PointerOf(1)), notes.IsValidIcon(PointerOf(4)), notes.IsValidIcon(PointerOf(9)),
                      placements.IsValidIcon(PointerOf(4)), singers.IsValidIcon(PointerOf(4))) == "1 0 0 1 0");
 
-        notes.SeekToEnd();
-        CHECK(notes.GetPrev() == 245); // past the others
-        CHECK(notes.GetPrev() == 241);
-        CHECK(singers.GetNext() == 249);
-        CHECK(singers.GetNext() == 242);
-        CHECK(singers.GetPrev() == 249);
-        const auto removes = [&](auto& cursor) {
+        const auto remove = [&](auto& cursor) {
             track->SetModify(0);
-            CHECK(cursor.Remove(deleteObjects) == 1);
-            CHECK(track->GetModify() == 1);
-            CHECK(cursor.Remove(deleteObjects) == 0);
+            return Values{cursor.Remove(deleteObjects), track->GetModify(), cursor.Remove(deleteObjects)};
         };
-        removes(singers);
+        notes.SeekToEnd();
+        CHECK(Values{notes.GetPrev(), notes.GetPrev(), singers.GetNext(), singers.GetNext(), singers.GetPrev()} ==
+              "245 241 249 242 249"); // past the others
+        CHECK(remove(singers) == "1 1 0");
         CHECK(placements.GetPrev() == 244);
-        removes(placements);
+        CHECK(remove(placements) == "1 1 0");
         CHECK(notes.GetPrev() == 245);
-        removes(notes);
+        CHECK(remove(notes) == "1 1 0");
         for (DWORD handle = 1; handle <= 5; ++handle)
             CHECK((track->LookupIconObject(PointerOf(handle)) == nullptr) == (deleteObjects != 0));
         CHECK((track->LookupLyricObject(PointerOf(1)) == nullptr) == (deleteObjects != 0));
@@ -445,11 +414,9 @@ TEST_CASE("kinds: inserted events, and what goes when they are removed") {
 }
 
 TEST_CASE("kinds: a cursor without a track, or whose track moved on, touches nothing") {
-    CCsqEventAnote detached;
-    CHECK(detached.Insert(1, 60, 1, 1) == 0);
-    CHECK(detached.Write() == 0);
-    CHECK(CCsqEventAicon().Insert(PointerOf(1), 1, 1) == 0);
-    CHECK(CCsqEvent().GetNext() == 242);
+    CHECK(Values(CCsqEventAnote().Insert(1, 60, 1, 1), CCsqEventAnote().Write(), CCsqEvent().GetNext(),
+                 CCsqEventAicon().Insert(PointerOf(1), 1, 1), CCsqEvent().MeasureSequenceLength(),
+                 CCsqEvent().GetSequenceLength(), CCsqEvent().SetSequenceLength(1)) == "0 0 242 0 0 0 0");
     const DWORD before = torv::LiveEventRecords();
     Chart chart;
     chart.Note(0, 10, 60);
@@ -460,25 +427,20 @@ TEST_CASE("kinds: a cursor without a track, or whose track moved on, touches not
     other.Attach(chart.track.get());
     notes.GetNext();
     other.MoveTo(100);
-    CHECK(notes.GetNoteNumber() == 60);
-    CHECK(notes.Remove(1) == 0); // the track stands on the other note
+    CHECK(Values(notes.GetNoteNumber(), notes.Remove(1)) == "60 0"); // the track stands on the other note
     CHECK(Walk(*chart.track) == "0:245 100:245 ");
     CHECK(torv::LiveEventRecords() == before + 2);
     notes.MoveTo(0);
-    notes.GetNext();
-    CHECK(notes.Remove(1) == 1);
-    CHECK(torv::EventRecordOf(second) != nullptr);
+    CHECK(Values{notes.GetNext(), notes.Remove(1)} == "245 1");
     notes.MoveTo(100);
     chart.track->SetModify(0);
-    CHECK(notes.RemoveEntry() == 1); // the record stays
-    CHECK(chart.track->GetModify() == 1);
-    CHECK(notes.Insert(second, 1) == 1);
-    CHECK(notes.Insert(second + 1, 1) == 0); // names nothing
+    CHECK(Values{notes.RemoveEntry(), chart.track->GetModify(), notes.Insert(second, 1), // the record stayed
+                 notes.Insert(second + 1, 1)} == "1 1 1 0");                             // names nothing
 
     chart.track->ReleaseObject(); // the content went to another owner while a cursor stood in it
-    CHECK(notes.GetNext() == 242);
-    CHECK(Values(notes.MoveTo(5), notes.Insert(1, 60, 1, 1), notes.MeasureSequenceLength(), notes.RemoveEntry(),
-                 notes.GetPosition(), notes.MoveToFront(), notes.MoveToRear()) == "0 0 0 0 0 1 1");
+    CHECK(Values(notes.GetNext(), notes.MoveTo(5), notes.Insert(1, 60, 1, 1), notes.MeasureSequenceLength(),
+                 notes.RemoveEntry(), notes.GetPosition(), notes.MoveToFront(),
+                 notes.MoveToRear()) == "242 0 0 0 0 0 1 1");
     torv::FreeEventRecord(second);
     CHECK(torv::LiveEventRecords() == before);
 }
@@ -498,9 +460,6 @@ TEST_CASE("kinds: a record for which there is no place goes, and nothing has cha
         CHECK(chart.track->GetModify() == done);
         CHECK(chart.track->LookupIconObject(PointerOf(1))->GetLength() == (done ? 99 : 10));
         CHECK(torv::LiveEventRecords() == before + 1 + static_cast<DWORD>(done));
-        CCsqEventAnote notes;
-        notes.Attach(chart.track.get());
-        notes.SeekToEnd();
     });
     CHECK(torv::LiveEventRecords() == before);
 }
@@ -526,22 +485,13 @@ TEST_CASE("plain MIDI events: messages keep their status, and an inserted entry 
     message = {0x80, 1, 2};
     CHECK(midi.SetMidiMessage(&message) == 0); // another status
     message = {0x90, 61, 99};
-    CHECK(midi.SetMidiMessage(&message) == 1);
-    CHECK(midi.Write() == 1);
-    CHECK(Values(int{record->data1}, int{record->data2}) == "61 99");
+    CHECK(Values{midi.SetMidiMessage(&message), midi.Write(), int{record->data1}, int{record->data2}} == "1 1 61 99");
     message = {0, 5, 6};
-    CHECK(midi.SetMidiMessage(&message) == 1); // 0 is not tested, and is stored...
-    CHECK(show() == "0 5 6");
-    CHECK(midi.Write() == 0); // ...so that it cannot be written
+    CHECK(Values{midi.SetMidiMessage(&message), show(), midi.Write()} == "1 0 5 6 0"); // not tested, not written
     midi.SeekToBegin();
-    CHECK(midi.GetNext() == 243);
     chart.track->SetModify(0);
-    CHECK(midi.Insert(1) == 1);
-    CHECK(chart.track->GetModify() == 1);
-    CHECK(Walk(*chart.track) == "0:243 0:0 ");
+    CHECK(Values{midi.GetNext(), midi.Insert(1), chart.track->GetModify(), Walk(*chart.track)} == "243 1 1 0:243 0:0 ");
     midi.SeekToBegin();
-    CHECK(midi.GetNext() == 243);
-    CHECK(midi.Remove() == 1);
-    CHECK(midi.Remove() == 0);
+    CHECK(Values{midi.GetNext(), midi.Remove(), midi.Remove()} == "243 1 0");
     CHECK(CSequenceObject::QueryEventID(torv::EventIdOf(record)) == nullptr);
 }

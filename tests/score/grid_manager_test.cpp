@@ -113,9 +113,8 @@ TEST_CASE("grid: the resolutions, the song's signatures, null pointers") {
     CHECK(grid.Create(&master, &resolution, 15) == 1);
     const std::string changed = "200 30 15 3/4 | 200 120 3 60 4 25 25 | 6 30 8 12 | 0 10 0 10 0";
     CHECK(show(grid) == changed);
-    CHECK(grid.Create(nullptr, &resolution, 1) == 0);
-    CHECK(grid.Create(&master, nullptr, 1) == 0);
-    CHECK(grid.Update(nullptr) == 0);
+    CHECK(Values(grid.Create(nullptr, &resolution, 1), grid.Create(&master, nullptr, 1), grid.Update(nullptr)) ==
+          "0 0 0");
     grid.SetGridResolution(nullptr);
     grid.GetGridResolution(nullptr);
     CHECK(show(grid) == changed);
@@ -123,9 +122,7 @@ TEST_CASE("grid: the resolutions, the song's signatures, null pointers") {
     grid.SetGridResolution(&standard);
     grid.SetQuantizeResolution(60);
     master.Change(1440, 4, 2); // not seen before Update
-    CHECK(SignatureAt(grid, 3) == "3/4");
-    CHECK(grid.Update(&master) == 1);
-    CHECK(show(grid) == plain);
+    CHECK(Values{SignatureAt(grid, 3), grid.Update(&master), show(grid)} == "3/4 1 " + plain);
     FailEachAllocation([&](AllocationFailure& failure) {
         Grid other;
         master.SetInitialTimeSig({5, 2});
@@ -134,9 +131,7 @@ TEST_CASE("grid: the resolutions, the song's signatures, null pointers") {
         CHECK(SignatureAt(other, 0) == (done ? "5/4" : "4/4"));
         CHECK(other.GetQuantizeResolution() == (done ? 15 : 60));
     });
-    CHECK(grid.Create(&master, &resolution, 15) == 1);
-    CHECK(grid.Create() == 1);
-    CHECK(show(grid) == plain);
+    CHECK(Values{grid.Create(&master, &resolution, 15), grid.Create(), show(grid)} == "1 1 " + plain);
     CMasterTrack uncreated;
     CHECK(grid.Update(&uncreated) == 0);
     CHECK(grid.GetTimeSignatureMap()->IsEmpty()); // which is 4/4 throughout

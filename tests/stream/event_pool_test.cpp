@@ -3,10 +3,12 @@
 #include <doctest/doctest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <set>
 #include <vector>
 
+#include "allocation_failure.h"
 #include "torv/stream/stream_buffer.h"
 
 using namespace torv;
@@ -61,4 +63,24 @@ TEST_CASE("event pool: any id and any pointer may be asked about") {
     FreeEventRecord(id);
     CHECK(AllocateEventRecord(0) == nullptr);
     CHECK(AllocateEventRecord(kMaxEventRecord + 1) == nullptr);
+}
+
+TEST_CASE("event pool: without memory for more there is no record, and later there is") {
+    std::set<DWORD> ids;
+    FailEachAllocation([&](AllocationFailure& failure) {
+        std::array<void*, 1100> records{}; // more than memory is had for at a time
+        failure.During([&] {
+            for (void*& record : records)
+                record = AllocateEventRecord(8);
+            return 0;
+        });
+        CHECK((std::count(records.begin(), records.end(), nullptr) != 0) == failure.HasHappened());
+        const size_t before = ids.size();
+        for (void* const record : records)
+            ids.insert(EventIdOf(record ? record : AllocateEventRecord(8)));
+        CHECK(ids.size() == before + records.size());
+        CHECK(ids.count(0) == 0);
+    });
+    for (const DWORD id : ids)
+        FreeEventRecord(id);
 }
