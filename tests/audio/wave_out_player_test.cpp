@@ -164,10 +164,8 @@ TEST_CASE("wave output: a device that refuses is told in a box, and does not hol
 TEST_CASE("wave output: whatever a host does at a notification, the next play is whole") {
     MonoWave wave(Ramp(25, 100));
     const std::function<void(Playing&)> deeds[] = {
-        [](Playing& play) { play.output->SeekPlayPointer(5, 0); },
-        [](Playing& play) { play.output->Stop(); },
-        [](Playing& play) { play.output->Play(); },
-        [](Playing& play) { play.output->UnregisterTrack(0); },
+        [](Playing& play) { play.output->SeekPlayPointer(5, 0); }, [](Playing& play) { play.output->Stop(); },
+        [](Playing& play) { play.output->Play(); }, [](Playing& play) { play.output->UnregisterTrack(0); },
         [](Playing& play) { play.output = std::make_unique<CWaveOut>(*play.output); }};
     for (const auto& deed : deeds)
         for (size_t last = 1; last <= 8; ++last) { // the eighth is the end

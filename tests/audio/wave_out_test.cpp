@@ -29,8 +29,8 @@ TEST_CASE("wave output: volume and pan make the master gains; one channel knows 
         double volume, pan, left, right;
     } rows[] = {{2, 0.5, 0.5, 0.25, 0.75}, // q = 0.75
                 {2, 1, -2, 1, 1},          // back to the centre, not to the nearer end
-                {2, 1, kNaN, 1, 1},  {2, kNaN, -1, 2, 0}, {2, -kInfinity, 1, 0, 2},
-                {1, 0.5, -1, 0.5, 0.5}, {3, 0.5, -1, 0.5, 0.5}}; // there are not three: still one
+                {2, 1, kNaN, 1, 1},        {2, kNaN, -1, 2, 0},   {2, -kInfinity, 1, 0, 2},
+                {1, 0.5, -1, 0.5, 0.5},    {3, 0.5, -1, 0.5, 0.5}}; // there are not three: still one
     Output output;
     for (const auto& row : rows) {
         CAPTURE(row.volume);
@@ -48,9 +48,7 @@ TEST_CASE("wave output: sixteen slots, and a place behind them that is not playe
     MonoWave wave({1});
     CWaveOut output;
     CHECK(output.CheckRewireOut() == 0); // nothing to play
-    const struct {
-        int asked, slot, count;
-    } rows[] = {{3, 3, 1}, {-1, 0, 2}, {16, 16, 2}, {17, -1, 2}, {-1, 1, 3}};
+    const struct { int asked, slot, count; } rows[] = {{3, 3, 1}, {-1, 0, 2}, {16, 16, 2}, {17, -1, 2}, {-1, 1, 3}};
     for (const auto& row : rows) {
         CHECK(output.RegisterTrack(&wave.file, row.asked) == row.slot);
         CHECK(output.GetRegisteredTrackCount() == row.count);
