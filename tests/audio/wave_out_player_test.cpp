@@ -1,5 +1,6 @@
 // Playing through a device of the test's own, whose blocks come back when the test says so.
 #include "allocation_counter.h"
+#include "allocation_failure.h"
 #include "audio/wave_out_fixture.h"
 #include "platform/begun_thread.h"
 #include "wave_recorder.h"
@@ -353,6 +354,34 @@ TEST_CASE("wave output: what is played is what is mixed down, block by block wit
     REQUIRE(mixed.size() >= 44 + 8500 * 4);
     REQUIRE(played.size() >= 8 + 8500 * 4);
     CHECK(std::equal(mixed.begin() + 44, mixed.begin() + 44 + 8500 * 4, played.begin() + 8));
+}
+
+TEST_CASE("wave output: without memory a play does not begin, and a mix leaves what was there") {
+    MonoWave wave(Ramp(25, 100));
+    FailEachAllocation([&](AllocationFailure& failure) {
+        Playing play;
+        CWaveOut& output = *play.output;
+        output.RegisterTrack(&wave.file, 0);
+        const CString device(Playing::kDevice);
+        const int plays = failure.During([&] { return output.Play(device, nullptr, 0, 0, 20, 0); });
+        CHECK(plays != failure.HasHappened());
+        CHECK(output.IsWaveOutStopped() == !plays);
+        output.Stop();
+        CHECK(play.Begin());
+        CHECK(play.recorder->Format().nSamplesPerSec == (plays ? 200 : 100)); // as it was set
+    });
+    FailEachAllocation([&](AllocationFailure& failure) {
+        const ScratchPath path;
+        path.Write({'o', 'l', 'd'});
+        const CString name = path.Text();
+        CWaveOut output;
+        tagMixDownTrack track{0, 0, 0, 0, &wave.file};
+        const int isMixed = failure.During([&] { return output.AudioMixDown(name, &track, 1); });
+        CHECK(isMixed != failure.HasHappened());
+        CHECK(path.Content().size() == (isMixed ? 44 + 4096 : 3));
+        CHECK(path.IsAlone());
+        CHECK(output.GetRegisteredTrackCount() == 0);
+    });
 }
 
 TEST_CASE("wave output: the host turns every knob while it plays") {
