@@ -1,5 +1,6 @@
 #include "encoding_fixture.h"
 
+#include "allocation_failure.h"
 #include "torv/encoding/qm_out_parameters.h"
 
 #include <doctest/doctest.h>
@@ -12,103 +13,102 @@ struct Curve : CxQMOutBreakPoint {
         CBreakPointList list;
         for (const auto& [position, value] : points)
             AddPoint(&list, position, value);
-        m_nNumberMsb = 0x63;
         AttachBreakPointList(&list);
+        m_nNumberMsb = 0x63;
     }
+    using CxQMOutBreakPoint::WriteEvent;
 };
 
+using Rows = std::vector<std::pair<long, int>>;
 const tagSequenceTimeMap kMap[] = {{500000, 0, 0}, {0, 0xFFFFFFFF, 0xFFFFFFFF}};
 
 /// Sounding time and value of each block, for a presend given in milliseconds.
-std::vector<std::vector<long>> Sampled(Curve& curve, int resolution, DWORD presend = 0) {
+Rows Sampled(std::initializer_list<std::pair<LONG, SHORT>> points, int resolution, DWORD presend = 0) {
+    Curve curve(points);
     CQuillMidiBuffer buffer;
     buffer.Create(1, presend, 0);
-    tagQuillMidiRealtimeInfo info{};
-    info.map = kMap;
+    tagQuillMidiRealtimeInfo info{77, kMap, 100000, 7, 0, 0, 0}; // wherever it stood, it begins anew
     CHECK(curve.OutputParamLinear(&buffer, &info, resolution) == 1);
-    std::vector<std::vector<long>> rows;
+    Rows rows;
     for (const StreamEntry& entry : EntriesOf(buffer))
-        rows.push_back({entry.time + entry.Block().Delay(), entry.Block().At(2)});
+        rows.emplace_back(entry.time + static_cast<long>(presend), entry.bytes.at(32));
+    return rows;
+}
+
+Rows Listed(const CBreakPointList& list) {
+    Rows rows;
+    for (POSITION at = list.GetHeadPosition(); at;) {
+        const tagBreakPoint& point = list.GetNext(at);
+        rows.emplace_back(point.position, point.value);
+    }
     return rows;
 }
 
 } // namespace
 
-using Rows = std::vector<std::vector<long>>;
-
-TEST_CASE("sampled output: a ramp is rounded to nearest, equal samples are sent too") {
-    Curve ramp({{0, 0}, {480, 127}});
-    // 120 ticks are 125 ms; 127 x 1/4 = 31.75, 2/4 = 63.5, 3/4 = 95.25.
-    CHECK(Sampled(ramp, 120) == Rows{{0, 0}, {125, 32}, {250, 64}, {375, 95}, {500, 127}});
-    Curve flat({{0, 5}, {240, 5}});
-    CHECK(Sampled(flat, 120) == Rows{{0, 5}, {125, 5}, {250, 5}});
-    Curve falling({{0, 10}, {480, -1}});                                 // -1 sent in seven bits
-    CHECK(Sampled(falling, 240) == Rows{{0, 10}, {250, 4}, {500, 127}}); // 10 - 5.5, halves away from zero: 10 - 6
-}
-
-TEST_CASE("sampled output: the last value is owed when no sample reached it, at the last sample's time") {
-    Curve ramp({{0, 0}, {480, 127}});
-    const auto rows = Sampled(ramp, 7);
-    REQUIRE(rows.size() == 70);                     // 0, 7 .. 476, and the closing value
-    CHECK(rows[68] == std::vector<long>{495, 126}); // 476 ticks are 495.8 ms; 125.94
-    CHECK(rows[69] == std::vector<long>{495, 127});
-}
-
 TEST_CASE("sampled output: a single point is its closing value, whatever the presend") {
-    Curve later({{480, 64}});
-    CHECK(Sampled(later, 30) == Rows{{500, 64}});
-    Curve early({{10, 64}});
-    CHECK(Sampled(early, 30, 2000) == Rows{{10, 64}}); // sent before the song: its time is -1990
-    Curve minusOne({{0, -1}});                         // equals what counts as sent at first
-    CHECK(Sampled(minusOne, 30).empty());
+    CHECK(Sampled({{480, 64}}, 30) == Rows{{500, 64}});
+    CHECK(Sampled({{10, 64}}, 30, 2000) == Rows{{10, 64}}); // sent before the song: its time is -1990
+    CHECK(Sampled({{-5, 64}}, 30) == Rows{{0, 64}});        // no tick lies before the first
+    CHECK(Sampled({{0, -1}}, 30).empty());                  // equals what counts as sent at first
+    CHECK(Sampled({{0, 0}, {3, 3}}, 0) == Rows{{0, 0}, {1, 1}, {2, 2}, {3, 3}}); // no resolution: every tick
 }
 
-TEST_CASE("sampled output: of two points at one tick the second starts anew, and early samples are not sent") {
-    Curve step({{0, 10}, {240, 10}, {240, 90}, {480, 90}});
-    CHECK(Sampled(step, 120) == Rows{{0, 10}, {125, 10}, {250, 10}, {375, 90}, {500, 90}});
-    Curve ramp({{0, 0}, {480, 100}});
-    CHECK(Sampled(ramp, 240, 250) == Rows{{250, 50}, {500, 100}});
-    Curve before({{0, 0}, {480, 100}, {960, 100}});
-    const auto dropped = Sampled(before, 480, 2000);
-    CHECK(dropped == Rows{}); // the last sample stands at the last point: nothing is owed
+TEST_CASE("list output: the samples without repeats, or the list as it was") {
+    FailEachAllocation([](AllocationFailure& failure) {
+        Curve curve({{0, 5}, {240, 5}, {480, 9}, {490, 11}});
+        CBreakPointList list;
+        AddPoint(&list, -1, 1);
+        const int done = failure.During([&] { return curve.OutputParamLinear(&list, 120); });
+        CHECK(done == !failure.HasHappened());
+        // 5 + 4 x 120/240; the last value is owed at its own tick.
+        CHECK(Listed(list) == (done ? Rows{{-1, 1}, {0, 5}, {360, 7}, {480, 9}, {490, 11}} : Rows{{-1, 1}}));
+    });
 }
 
-TEST_CASE("stepwise output: every point at its own time, but for the presend's") {
+TEST_CASE("outputs: nothing to write, nowhere to write it, and nothing to attach") {
     CQuillMidiBuffer buffer;
-    buffer.Create(1, 250, 0);
     tagQuillMidiRealtimeInfo info{};
     info.map = kMap;
-    Curve curve({{0, 1}, {240, 2}, {480, 3}, {480, 4}});
-    CHECK(curve.OutputParam(&buffer, &info) == 1);
-    std::vector<std::vector<long>> rows;
-    for (const StreamEntry& entry : EntriesOf(buffer))
-        rows.push_back({static_cast<long>(entry.tick), entry.time, entry.Block().At(2)});
-    CHECK(rows == Rows{{0, 0, 2}, {240, 250, 3}, {240, 250, 4}});
-    CHECK((buffer.GetLastTick() == 480 && buffer.GetLastTime() == 500));
+    CBreakPointList list;
     Curve none({});
     CHECK(none.OutputParam(&buffer, &info) == 1);
     CHECK(none.OutputParamLinear(&buffer, &info, 30) == 0);
-}
+    CHECK(none.OutputParamLinear(&list, 30) == 0);
+    Curve some({{480, 9}});
+    CHECK(some.OutputParam(&buffer, &info) == 0); // not created
+    CHECK(some.OutputParamLinear(&buffer, &info, 30) == 0);
+    CHECK(some.OutputParam(nullptr, &info) == 0);
+    CHECK(some.OutputParam(&buffer, nullptr) == 0);
+    CHECK(some.WriteEvent(nullptr, &info, {}) == 0);
+    CHECK(some.OutputParamLinear(nullptr, 30) == 0);
+    some.DetachObject();
+    CHECK(some.IsEmpty());
 
-TEST_CASE("list output: the same samples without repeats") {
-    Curve curve({{0, 5}, {240, 5}, {480, 9}});
-    CBreakPointList list;
-    CHECK(curve.OutputParamLinear(&list, 120) == 1);
-    std::vector<std::vector<long>> rows;
-    for (POSITION at = list.GetHeadPosition(); at;) {
-        const tagBreakPoint& point = list.GetNext(at);
-        rows.push_back({point.position, point.value});
-    }
-    CHECK(rows == Rows{{0, 5}, {360, 7}, {480, 9}});
-}
-
-TEST_CASE("filters: only dynamics asks for values that are not negative") {
+    CIconVibrato icon(4, 4, 1);
+    CxQMOutVibrato vibrato;
+    CHECK(vibrato.AttachObject(nullptr, 0, 0) == 0);
+    CHECK(vibrato.AttachObject(&icon, 0, 2) == 0);
     CxQMOutDynamics dynamics;
-    CxQMOutTremoloDepth tremolo;
+    CHECK(dynamics.AttachObject(static_cast<const CBreakPointList*>(nullptr)) == 0);
     CHECK(dynamics.IsTargetBP({0, -1, 0}) == 0);
     CHECK(dynamics.IsTargetBP({0, 0, 0}) == 1);
-    CHECK(tremolo.IsTargetBP({0, -1, 0}) == 1);
-    CHECK(CxQMOutVibrato().AttachObject(nullptr, 0, 0) == 0);
+    CHECK(some.IsTargetBP({0, -1, 0}) == 1);
+}
+
+TEST_CASE("outputs: what cannot be copied is not attached") {
     CIconVibrato icon(4, 4, 1);
-    CHECK(CxQMOutVibrato().AttachObject(&icon, 0, 2) == 0);
+    CIconDynamics swell(5, 2, 1);
+    CBreakPointList list;
+    AddPoint(&list, 0, 1);
+    FailEachAllocation([&](AllocationFailure& failure) {
+        CxQMOutDynamics dynamics;
+        CxQMOutVibrato vibrato;
+        CxQMOutTremoloDepth tremolo;
+        const bool attached = failure.During([&] {
+            return dynamics.AttachObject(&swell, 0, 72) && vibrato.AttachObject(&icon, 0, 1) &&
+                   tremolo.AttachObject(&list);
+        });
+        CHECK(attached == !failure.HasHappened());
+    });
 }

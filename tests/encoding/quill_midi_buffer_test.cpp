@@ -2,25 +2,15 @@
 
 #include <doctest/doctest.h>
 
+#include <algorithm>
+#include <random>
+
 namespace {
 
-const BYTE kOne[] = {1};
-
-void Put(CQuillMidiBuffer& buffer, DWORD tick, LONG time, BYTE mark) {
-    CHECK(buffer.InsertEventExAt(tick, time, &mark, 1) == 1);
-}
-
-std::vector<int> MarksOf(CQuillMidiBuffer& buffer) {
-    std::vector<int> marks;
-    for (const StreamEntry& entry : EntriesOf(buffer))
-        marks.push_back(entry.bytes.at(0));
-    return marks;
-}
-
-/// A note segment block as far as its duration, sounding `delay` after it is sent.
-Bytes NoteBlock(int delay, int duration) {
+/// A note segment block as far as its duration, or another block, sounding `delay` after it is sent.
+Bytes Block(int number, int delay, int duration) {
     Bytes bytes(60, 0);
-    bytes[2] = 0x50;
+    bytes[2] = static_cast<BYTE>(number);
     bytes[20] = static_cast<BYTE>(delay / 128);
     bytes[23] = static_cast<BYTE>(delay % 128);
     bytes[50] = static_cast<BYTE>(duration / 128);
@@ -30,105 +20,120 @@ Bytes NoteBlock(int delay, int duration) {
 
 } // namespace
 
-TEST_CASE("buffer: entries of one tick ascend by time, equal times by insertion") {
-    for (const DWORD tick : {0U, 100U}) {
-        CAPTURE(tick);
+TEST_CASE("buffer: whatever is stored, wherever it is put, stands by tick and there by its rule") {
+    for (unsigned seed = 1; seed <= 60; ++seed) {
+        CAPTURE(seed);
+        std::mt19937 random(seed);
         CQuillMidiBuffer buffer;
-        buffer.Create(1, 2000, 0);
-        Put(buffer, tick + 50, 99, 9);
-        Put(buffer, tick, 10, 1);
-        Put(buffer, tick, 5, 2);
-        Put(buffer, tick, 10, 3);
-        Put(buffer, tick, 7, 4);
-        Put(buffer, tick, -3, 5);
-        CHECK(MarksOf(buffer) == std::vector<int>{5, 2, 4, 1, 3, 9});
+        buffer.Create(1, 2000, 3);
+        std::vector<StreamEntry> expected;
+        for (int i = 0; i < 300; ++i) {
+            const StreamEntry entry{static_cast<DWORD>(random() % 8 * 100),
+                                    static_cast<LONG>(random() % 5) - 2,
+                                    {static_cast<BYTE>(i), static_cast<BYTE>(seed)}};
+            const auto behind = [](const StreamEntry& one, const StreamEntry& other) { return one.tick < other.tick; };
+            auto at = std::upper_bound(expected.begin(), expected.end(), entry, behind);
+            if (seed % 2) { // by time within the tick, equal times as they came
+                at = std::upper_bound(expected.begin(), expected.end(), entry, [](const auto& one, const auto& other) {
+                    return one.tick != other.tick ? one.tick < other.tick : one.time < other.time;
+                });
+                REQUIRE(buffer.InsertEventExAt(entry.tick, entry.time, entry.bytes.data(), 2) == 1);
+            } else {
+                REQUIRE(buffer.InsertEventAt(entry.tick, entry.bytes.data(), 2, entry.time, 1) == 1);
+            }
+            expected.insert(at, entry);
+        }
+        CHECK(EntriesOf(buffer) == expected);
+        const BYTE more[] = {1, 2, 3};
+        CHECK(buffer.AddEvent(5, more, 2, more + 2, 1, 9) == 1); // two runs, behind all
+        expected.push_back({expected.back().tick + 5, 9, {1, 2, 3}});
+        CHECK(buffer.MoveTo(expected.back().tick + 10) == 1);
+        CHECK(buffer.InsertEvent(more, 1, more, 3, -1, 1) == 1);
+        expected.push_back({expected.back().tick + 10, -1, {1, 1, 2, 3}});
+        CHECK(EntriesOf(buffer) == expected);
     }
 }
 
-TEST_CASE("buffer: MoveTo stands after every entry at its tick, at tick 0 too") {
+TEST_CASE("buffer: what it refuses leaves it as it was") {
     CQuillMidiBuffer buffer;
-    buffer.Create(0, 2000, 0);
-    for (const DWORD tick : {0U, 100U, 0U, 100U, 50U, 200U, 0U}) {
-        const BYTE mark = static_cast<BYTE>(MarksOf(buffer).size());
-        CHECK(buffer.InsertEventAt(tick, &mark, 1, 0, 1) == 1);
-    }
-    CHECK(MarksOf(buffer) == std::vector<int>{0, 2, 6, 4, 1, 3, 5});
-    CHECK(buffer.MoveTo(0x80000000) == 0); // no stream reaches so far
-}
-
-TEST_CASE("buffer: AddEvent counts from the last entry, and two runs are one event") {
-    CQuillMidiBuffer buffer;
-    buffer.Create(0, 2000, 0);
-    const BYTE a[] = {1, 2};
-    const BYTE b[] = {3};
-    CHECK(buffer.AddEvent(10, a, 2, b, 1, 4) == 1);
-    CHECK(buffer.AddEvent(10, nullptr, 0, b, 1, 5) == 1);
+    const BYTE byte = 1;
+    BYTE read = 0;
+    CHECK(buffer.AddEvent(0, &byte, 1, 0) == 0); // not created
+    CHECK(buffer.InsertEventExAt(0, 0, &byte, 1) == 0);
+    CHECK(buffer.MoveTo(0) == 0);
+    CHECK(buffer.SeekToTimePosition(10) == 0);
+    buffer.Create(1, 2000, 0);
+    CHECK(buffer.SeekToTimePosition(10) == 0); // empty
     CHECK(buffer.AddEvent(1, nullptr, 3, 0) == 0);
-    const auto entries = EntriesOf(buffer);
-    REQUIRE(entries.size() == 2);
-    CHECK((entries[0].tick == 10 && entries[0].time == 4 && entries[0].bytes == Bytes{1, 2, 3}));
-    CHECK((entries[1].tick == 20 && entries[1].bytes == Bytes{3}));
-    BYTE byte;
-    CHECK(buffer.ReadEvent(4, &byte, 1) == 0);
+    CHECK(buffer.AddEvent(1, &byte, 1, nullptr, 1, 0) == 0);
+    CHECK(buffer.InsertEventExAt(0x80000000, 0, &byte, 1) == 0); // no stream reaches so far
+    CHECK(buffer.InsertEventAt(0x80000000, &byte, 1, 0, 1) == 0);
+    CHECK(buffer.AddEvent(0x80000000, &byte, 1, 0) == 0);
+    CHECK(EntriesOf(buffer).empty());
+    CHECK(buffer.InsertEventAt(0x7FFFFFFF, &byte, 1, 0, 1) == 1);
+    CHECK(buffer.ReadEvent(buffer.GetDataSize(), &read, 1) == 0);
+    CHECK(buffer.ReadEvent(0, nullptr, 1) == 0);
 }
 
 TEST_CASE("buffer: copies share what is stored, and the last one frees it") {
     auto first = std::make_unique<CQuillMidiBuffer>();
-    first->Create(1, 2000, 0);
+    first->Create(0, 1500, 7);
     CQuillMidiBuffer second(*first);
-    Put(second, 5, 0, 7);
-    CHECK(MarksOf(*first) == std::vector<int>{7});
+    const BYTE byte = 7;
+    CHECK(second.InsertEventAt(5, &byte, 1, 0, 1) == 1);
+    CHECK(EntriesOf(*first) == std::vector<StreamEntry>{{5, 0, {7}}});
     first.reset();
-    CHECK(MarksOf(second) == std::vector<int>{7});
+    CHECK(EntriesOf(second) == std::vector<StreamEntry>{{5, 0, {7}}});
+    CHECK(second.GetMode() == 0);
+    CHECK(second.GetPresendTime() == 1500);
+    CHECK(second.GetEventInterval() == 7);
+    second.RaiseLast(10, 20);
+    second.RaiseLast(9, 99);
+    CHECK(second.GetLastTick() == 10);
+    CHECK(second.GetLastTime() == 20);
 }
 
-TEST_CASE("buffer: seeking goes by sounding times") {
-    CQuillMidiBuffer buffer;
-    CHECK(buffer.SeekToTimePosition(10) == 0); // not created
-    buffer.Create(1, 2000, 0);
-    CHECK(buffer.SeekToTimePosition(10) == 0); // empty
-    for (const LONG time : {0, 1000, 3000}) {
-        const Bytes block = NoteBlock(2000, 500);
-        buffer.AddEvent(100, block.data(), static_cast<DWORD>(block.size()), time);
-    }
-    buffer.AddEvent(0, kOne, 1, 5000); // too short for a delay: it sounds nowhere
-    CHECK(buffer.SeekToTimePosition(1999) == 0);
-    CHECK(buffer.SeekToTimePosition(2000) == 2000);
-    CHECK(buffer.GetPosition() == 100);
-    CHECK(buffer.SeekToTimePosition(4999) == 3000);
-    CHECK(buffer.GetPosition() == 200);
-    CHECK(buffer.SeekToTimePosition(9000) == 5000);
-}
-
-TEST_CASE("buffer: the loop-end state tells whether a segment sounds then") {
+TEST_CASE("buffer: sounding times are sought, and a segment that sounds then is told") {
     CQuillMidiBuffer buffer;
     buffer.Create(1, 2000, 0);
-    for (const LONG time : {0, 1000}) { // sounding 2000..2500 and 3000..3500
-        const Bytes block = NoteBlock(2000, 500);
-        buffer.AddEvent(100, block.data(), static_cast<DWORD>(block.size()), time);
-    }
-    const auto stateAt = [&](DWORD time) {
-        CHECK(buffer.SetLoopEndState(time) == 1);
-        return buffer.GetLoopEndState();
+    struct Row {
+        int number;
+        LONG time;
+        int delay, duration;
     };
-    CHECK(stateAt(1000) == 0);
-    CHECK(stateAt(2000) == 1);
-    CHECK(stateAt(2499) == 1);
-    CHECK(stateAt(2500) == 0);
-    CHECK(stateAt(2700) == 0);
-    CHECK(stateAt(3100) == 1);
-    CHECK(stateAt(9999) == 0);
-}
-
-TEST_CASE("buffer: delays, durations and the chase table") {
+    const Row rows[] = {
+        {0x50, -500, 2000, 500}, {0x63, 0, 1700, 900}, {0x50, 1000, 2000, 500}, {0x50, 1000, 2000, 700}};
+    for (const Row& row : rows) {
+        const Bytes block = Block(row.number, row.delay, row.duration);
+        buffer.AddEvent(100, block.data(), 60, row.time);
+    }
+    const Bytes shorter = Block(0x50, 0, 9000);
+    buffer.AddEvent(100, shorter.data(), 53, 5000); // too short for a duration
+    buffer.AddEvent(100, shorter.data(), 23, 0);    // and for a delay: it sounds nowhere
+    struct Sought {
+        DWORD time, found, tick;
+        int sounds;
+    };
+    // Segments sound at 1500..2000, 3000..3500 and 3000..3700; a level from 1700 on, and something from 5000.
+    for (const Sought& sought : {Sought{1499, 0, 0, 0}, Sought{1500, 1500, 100, 1}, Sought{1699, 1500, 100, 1},
+                                 Sought{1800, 1700, 200, 0}, // seen from the level on
+                                 Sought{2999, 1700, 200, 0}, Sought{3000, 3000, 300, 1}, Sought{3699, 3000, 400, 1},
+                                 Sought{3700, 3000, 400, 0}, Sought{9000, 5000, 600, 0}}) {
+        CAPTURE(sought.time);
+        CHECK(buffer.SeekToTimePosition(sought.time) == sought.found);
+        CHECK(buffer.GetPosition() == sought.tick);
+        CHECK(buffer.SetLoopEndState(sought.time) == 1);
+        CHECK(buffer.GetLoopEndState() == sought.sounds);
+    }
     tagQuillMidiMessageHead head{};
-    head.bytes[20] = 0x0F;
-    head.bytes[23] = 0x50;
-    CHECK(CQuillMidiBuffer::GetDelay(&head) == 2000);
     CQuillMidiBuffer::SetDelay(&head, 0x3FFF + 2); // 14 bits
-    CHECK((head.bytes[20] == 0 && head.bytes[23] == 1));
-    CQuillMidiBuffer buffer;
-    buffer.Create(1, 2000, 0);
+    CHECK(CQuillMidiBuffer::GetDelay(&head) == 1);
+    CQuillMidiBuffer::SetDelay(&head, 2000);
+    CHECK(head.bytes[20] == 0x0F);
+    CHECK(head.bytes[23] == 0x50);
+    CQuillMidiBuffer::SetDelay(nullptr, 1);
+    CHECK(CQuillMidiBuffer::GetDelay(nullptr) == 0);
+    CHECK(CQuillMidiBuffer::GetNoteDuration(nullptr) == 0);
     CPtrArray table;
     table.SetSize(3);
     CHECK(buffer.CreateChaseTable(table, 100) == 0);

@@ -101,7 +101,7 @@ private:
 
 inline void Add(CBreakPointList* list, const plain::Points& points) {
     for (const plain::Point& point : points)
-        AddPoint(list, point.at, static_cast<SHORT>(point.value));
+        AddPoint(list, point.at, point.value);
 }
 
 template <class Icon>
@@ -129,7 +129,7 @@ struct Written : Chart {
             Add(track.CreateVoiceControlBreakPointList(index), points);
         for (const auto& event : song.events)
             std::visit([this](const auto& record) { Write(record); }, event);
-        m_builder.CloseBuffer();
+        Close();
     }
 
 private:

@@ -2,13 +2,11 @@
 
 #include "allocation_counter.h"
 #include "midi_recorder.h"
+#include "torv/files/midi_player.h"
 
 #include <doctest/doctest.h>
 
-#include <algorithm>
-#include <filesystem>
 #include <functional>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -30,6 +28,8 @@ void Add(Bytes& track, DWORD delta, const Bytes& event) {
 
 const Bytes kEnd{0xFF, 0x2F, 0x00};
 
+torv::MidiPlayer& ThePlayer() { return torv::MidiPlayer::TheOne(); }
+
 struct SongBytes {
     std::vector<Bytes> tracks;
 };
@@ -43,11 +43,6 @@ struct Player : SongBytes, CxMidiSequence {
         for (const auto& track : tracks)
             AddNewTrack(track.data(), static_cast<DWORD>(track.size()));
     }
-
-    static MMRESULT Result() { return m_MMResult; }
-    static HMIDIOUT Device() { return m_hMidiOut; }
-    static UINT Timer() { return m_nTimerID; }
-    static UINT ChangeInterval(UINT interval) { return std::exchange(m_nWndCallbackInterval, interval); }
 };
 
 /// Notes 0, 1, 2 ... 127, 0 ... one every `delta` ticks, the first at once.
@@ -65,7 +60,7 @@ TEST_CASE("midi player: a device that is not there") {
     Player song({Notes(3, 24)});
     CxMidiSequence::ChangeMidiDeviseID(midiOutGetNumDevs());
     CHECK(song.StartPlay(nullptr) == 0);
-    CHECK(Player::Result() != MMSYSERR_NOERROR);
+    CHECK(ThePlayer().Result() != MMSYSERR_NOERROR);
     CHECK(song.IsPlaying() == 0);
     CHECK(CxMidiSequence::OutMidiMessage(0x403C90, nullptr) == 0);
     CHECK(CxMidiSequence::OutAllNoteOff() == 0);
@@ -82,38 +77,60 @@ TEST_CASE("midi player: a device that is not there") {
 #if !defined(_WIN32)
 namespace {
 
-using Told = std::vector<std::pair<WPARAM, DWORD>>; // {code, number} of each message
+/// Time in the test's hand: it goes by a timer's period at a time, on the test's own thread.
+class HandClock : public torv::MidiClock {
+public:
+    HandClock() : m_before(ThePlayer().ChangeClock(this)) {}
+    ~HandClock() override { ThePlayer().ChangeClock(m_before); }
+    DWORD Now() override { return m_now; }
+    UINT Start(UINT& period, LPTIMECALLBACK callback, DWORD_PTR user) override {
+        if (refuses)
+            return 0;
+        m_callback = callback;
+        m_period = period;
+        m_user = user;
+        return 7;
+    }
+    MMRESULT Stop(UINT timer) override {
+        m_callback = nullptr;
+        return timer == 7 ? TIMERR_NOERROR : TIMERR_NOCANDO;
+    }
+    void Advance(DWORD milliseconds) {
+        for (; milliseconds >= m_period; milliseconds -= m_period) {
+            m_now += m_period;
+            if (m_callback)
+                m_callback(7, 0, m_user, 0, 0);
+        }
+    }
+
+    bool refuses = false;
+
+private:
+    torv::MidiClock* const m_before;
+    LPTIMECALLBACK m_callback = nullptr;
+    DWORD_PTR m_user = 0;
+    DWORD m_period = 10;
+    DWORD m_now = 0xFFFFFF80; // soon it wraps
+};
+
+/// {code, number} of each message that a window has been told.
+using Told = std::vector<std::pair<WPARAM, DWORD>>;
 
 class Window {
 public:
     ~Window() { DestroyWindow(m_window); }
     operator HWND() const { return m_window; }
-
-    /// Appends what has arrived.
-    void Take(Told& messages) const {
+    Told Take() const {
+        Told messages;
         MSG message{};
         while (PeekMessageA(&message, m_window, torv::kMidiPlayMessage, torv::kMidiPlayMessage, PM_REMOVE))
             messages.emplace_back(message.wParam, static_cast<DWORD>(message.lParam));
-    }
-    /// All messages up to the end message, five seconds at most.
-    Told UntilEnd() const {
-        Told messages;
-        for (int i = 0; i < 5000; ++i) {
-            Take(messages);
-            if (!messages.empty() && messages.back().first == torv::kMidiPlayEnd)
-                break;
-            Sleep(1);
-        }
         return messages;
     }
 
 private:
     const HWND m_window = CreateWindowExA(0, "STATIC", "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
 };
-
-double Milliseconds(MidiRecorder::Clock::duration time) {
-    return std::chrono::duration<double, std::milli>(time).count();
-}
 
 /// Takes the sixteen all-notes-off messages, in order, from the end.
 bool TakeSilence(std::vector<MidiRecorder::Message>& messages) {
@@ -123,108 +140,96 @@ bool TakeSilence(std::vector<MidiRecorder::Message>& messages) {
     return true;
 }
 
-size_t Threads() {
-    const std::filesystem::directory_iterator tasks("/proc/self/task");
-    return static_cast<size_t>(std::distance(begin(tasks), end(tasks)));
+void AwaitDevice() {
+    while (ThePlayer().IsSendingLongMessage())
+        Sleep(0);
 }
 
 } // namespace
 
-TEST_CASE("midi player: events in order and near their times, and the window is told") {
+TEST_CASE("midi player: events at their times, and the window is told") {
     const RecorderInList recorder;
     const Window window;
+    HandClock clock;
     Bytes conductor;
     Add(conductor, 0, {0xFF, 0x58, 0x04, 0x06, 0x03, 0x24, 0x08});
     Add(conductor, 480, {0xFF, 0x51, 0x03, 0x03, 0xD0, 0x90}); // 250000: twice as fast from 500 ms on
     Add(conductor, 0, kEnd);
     Player song({conductor, Notes(60, 24), Notes(60, 24)});
-    // Two and a half ticks: positions come after two and after three of them.
-    CHECK(Player::ChangeInterval(25) == 100);
-    const auto start = MidiRecorder::Clock::now();
+    clock.refuses = true;
+    CHECK(song.StartPlay(window) == 0);
+    CHECK(ThePlayer().Result() == TIMERR_NOCANDO);
+    CHECK(recorder->opened == recorder->closed);
+    clock.refuses = false;
     REQUIRE(song.StartPlay(window) == 1);
     CHECK(song.StartPlay(window) == 0);
     CHECK(Player().StartPlay(nullptr) == 0); // nor any other
-    CHECK(song.IsPlaying() == 1);
-    const auto told = window.UntilEnd();
-
-    Player::ChangeInterval(100);
-    CHECK(song.IsPlaying() == 1); // until it is stopped
-    CHECK(Player::Timer() == 0);
-    CHECK(recorder->closed == 0);
-    CHECK(song.GetTimePosition() == 989); // 500, and 40 steps as below
-    CHECK(song.GetSequenceTime() >= 989);
+    size_t step = 0;
+    for (DWORD time = 10; time <= 1200; time += 10) {
+        clock.Advance(10);
+        // 250 x 24 = 6000 = 12 ms and 240 over, a thousand of which make one more.
+        const auto due = [](size_t s) { return s <= 20 ? 25 * s : 500 + 12 * (s - 20) + 240 * (s - 20) / 1000; };
+        while (step < 60 && due(step) <= time)
+            ++step;
+        REQUIRE(recorder->Messages().size() == 2 * step);
+    }
+    CHECK(window.Take() == Told{{4, 0x08240306},
+                                {2, 100},
+                                {2, 200},
+                                {2, 300},
+                                {2, 400},
+                                {3, 250000},
+                                {2, 500},
+                                {2, 600},
+                                {2, 700},
+                                {2, 800},
+                                {2, 900},
+                                {1, 990}}); // at 989, and no position with it
+    CHECK(song.IsPlaying() == 1);           // until it is stopped
+    CHECK(song.GetSequenceTime() == 990);
+    CHECK(ThePlayer().Timer() == 0);
+    CHECK(recorder->closed == recorder->opened - 1);
     song.StopPlay();
     CHECK(song.IsPlaying() == 0);
-    CHECK(recorder->closed == 1);
+    CHECK(recorder->closed == recorder->opened);
     auto messages = recorder->Messages();
     CHECK(TakeSilence(messages));
-    REQUIRE(messages.size() == 120);
-    std::vector<double> late;
-    for (size_t i = 0; i < messages.size(); ++i) {
-        const size_t step = i / 2;
-        CHECK(messages[i].bytes == (0x400090 | step << 8));
-        // 250 x 24 = 6000 = 12 ms and 240 over, a thousand of which make one more.
-        const size_t due = step <= 20 ? 25 * step : 500 + 12 * (step - 20) + 240 * (step - 20) / 1000;
-        late.push_back(Milliseconds(messages[i].time - start) - static_cast<double>(due));
-    }
-    std::sort(late.begin(), late.end());
-    CHECK(late.front() > -2);          // the clock counts whole ones
-    CHECK(late[late.size() / 2] < 40); // 15 on a machine with nothing else to do
-
-    std::vector<DWORD> positions;
-    Told others;
-    for (const auto& [code, number] : told)
-        if (code == 2)
-            positions.push_back(number);
-        else
-            others.emplace_back(code, number);
-    REQUIRE(others.size() == 3);
-    CHECK(others[0] == std::pair<WPARAM, DWORD>(4, 0x08240306));
-    CHECK(others[1] == std::pair<WPARAM, DWORD>(3, 250000));
-    CHECK(others[2].first == 1);
-    CHECK(others[2].second >= 989);
-    CHECK(others[2].second < 3000);
-    CHECK(told.back().first == 1);
-    CHECK(positions.size() <= 39); // one for every 25 of 989 ms, none with the end
-    CHECK(positions.size() >= 35); // what is late is made up for
-    for (size_t i = 0; i < positions.size(); ++i)
-        CHECK(positions[i] >= (i + 1) * 25);
+    for (size_t i = 0; i < messages.size(); ++i)
+        CHECK(messages[i].bytes == (0x400090 | (i / 2) << 8));
 }
 
-TEST_CASE("midi player: filters and mutes hold while it plays") {
+TEST_CASE("midi player: filters, mutes and a rewind hold while it plays") {
     const RecorderInList recorder;
+    HandClock clock;
     Bytes other;
     for (int i = 0; i < 200; ++i)
-        Add(other, 5, {0x95, 0x11, 0x40});
+        Add(other, 24, {0x95, 0x11, 0x40});
     Add(other, 0, kEnd);
-    Player song({Notes(200, 5), other, Notes(200, 5)}); // 5 ms a note
+    Player song({Notes(200, 24), other});
     REQUIRE(song.StartPlay(nullptr) == 1);
-    REQUIRE(recorder->Await(10));
+    const auto playedIn100 = [&] {
+        recorder->Clear();
+        clock.Advance(100);
+        return recorder->Messages().size();
+    };
+    CHECK(playedIn100() == 9); // 0, 25 .. 100 of the one, 25 .. 100 of the other
     song.SetMute(0, 1);
-    song.SetMute(2, 1);
-    for (int i = 0; i < 20; ++i) { // what the timer looks at meanwhile
-        song.SetMessageFilter(0x80, i % 2);
-        song.SetChannelFilter(static_cast<WORD>(0xFFFE | i % 2));
-        Sleep(1);
-    }
-    recorder->Clear();
-    CHECK(song.GetTimePosition() >= 10);
-    CHECK(song.GetSequenceTempo() == 500000);
-    REQUIRE(recorder->Await(10));
-    const DWORD before = song.GetSequenceTime();
+    CHECK(playedIn100() == 5); // the other's, and the one's that was due next
+    song.SetChannelFilter(0xFFDF);
+    CHECK(playedIn100() == 1);
+    CHECK(playedIn100() == 0);
+    song.SetChannelFilter(0xFFFF);
+    song.SetMute(0, 0);
     song.SeekToBegin();
-    CHECK(song.GetSequenceTime() < before); // it plays from the beginning
+    CHECK(song.GetSequenceTime() == 0);
+    CHECK(playedIn100() == 9);
+    CHECK(recorder->Messages()[0].bytes == 0x400090);
     song.StopPlay();
-    auto messages = recorder->Messages();
-    CHECK(TakeSilence(messages));
-    CHECK(messages.size() >= 10);
-    for (const auto& message : messages)
-        CHECK(message.bytes == 0x401195);
 }
 
 TEST_CASE("midi player: long messages go out in pieces, and nothing between them") {
     const RecorderInList recorder;
-    const Window window;
+    HandClock clock;
     Bytes track;
     Bytes expected{0xF0};
     AddVariableLength(track, 0);
@@ -240,21 +245,24 @@ TEST_CASE("midi player: long messages go out in pieces, and nothing between them
     Add(track, 0, {0xF0, 0x00});
     expected.push_back(0xF0);
     Add(track, 0, {0x80, 0x3C, 0x40});
-    Add(track, 0, kEnd);
+    Add(track, 480, kEnd);
     Player song({track});
 
     recorder->hold = true;
-    REQUIRE(song.StartPlay(window) == 1);
+    REQUIRE(song.StartPlay(nullptr) == 1);
+    clock.Advance(50);
     REQUIRE(recorder->Await(1));
-    Sleep(50);
     CHECK(recorder->Messages().size() == 1); // the device has not done with it
-    const DWORD waiting = song.GetSequenceTime();
+    CHECK(song.GetSequenceTime() == 10);
     recorder->hold = false;
-    const auto told = window.UntilEnd();
-    REQUIRE(!told.empty());
-    CHECK(told.back().second >= waiting + 30); // the time that it waited was made up for
+    AwaitDevice();
+    clock.Advance(10);
+    CHECK(song.GetSequenceTime() == 60); // the time that it waited is made up for
+    for (int i = 0; i < 10; ++i) {
+        AwaitDevice();
+        clock.Advance(10);
+    }
     song.StopPlay();
-
     auto messages = recorder->Messages();
     CHECK(TakeSilence(messages));
     const std::pair<bool, DWORD> order[] = {
@@ -266,84 +274,48 @@ TEST_CASE("midi player: long messages go out in pieces, and nothing between them
     }
     CHECK(recorder->LongBytes() == expected);
 
-    SUBCASE("stopped within, its rest is dropped") {
-        recorder->Clear();
-        recorder->hold = true;
-        song.SeekToBegin();
-        REQUIRE(song.StartPlay(window) == 1);
-        REQUIRE(recorder->Await(1));
-        std::thread release([&] {
-            while (Player::Timer())
-                Sleep(1);
-            Sleep(20); // by now the stop waits for the device
-            recorder->hold = false;
-        });
-        song.StopPlay();
-        release.join();
-        CHECK(recorder->Messages()[0].isLong);
-        recorder->Clear();
-        REQUIRE(song.StartPlay(window) == 1);
-        REQUIRE(recorder->Await(1));
-        CHECK(recorder->Messages()[0].bytes == 0x403C90);
-        song.StopPlay();
-        CHECK(recorder->opened == recorder->closed);
-    }
+    // Stopped within, its rest is dropped.
+    song.SeekToBegin();
+    REQUIRE(song.StartPlay(nullptr) == 1);
+    clock.Advance(10);
+    AwaitDevice();
+    song.StopPlay();
+    recorder->Clear();
+    REQUIRE(song.StartPlay(nullptr) == 1);
+    clock.Advance(10);
+    CHECK(recorder->Messages()[0].bytes == 0x403C90);
+    song.StopPlay();
+    CHECK(recorder->opened == recorder->closed);
 }
 
 TEST_CASE("midi player: stopping leaves no note sounding, and playing on loses none") {
     const RecorderInList recorder;
-    Player song({Notes(2000, 1)}, 5000); // 0.1 ms a note
+    HandClock clock;
+    Player song({Notes(300, 3)}); // 3.1 ms a note
     std::vector<DWORD> keys;
-    for (DWORD run = 0; run < 200 && keys.size() < 2000; ++run) {
+    for (DWORD run = 0; keys.size() < 300 && run < 1000; ++run) {
         recorder->Clear();
         REQUIRE(song.StartPlay(nullptr) == 1);
-        Sleep(run % 30);
+        clock.Advance(run % 4 * 10);
         song.StopPlay();
+        clock.Advance(20);
         auto messages = recorder->Messages();
-        Sleep(run % 5 * 5);
-        CHECK(recorder->Messages().size() == messages.size()); // it has ended for good
         CHECK(TakeSilence(messages));
         for (const auto& message : messages)
             keys.push_back(message.bytes >> 8 & 0x7F);
     }
-    REQUIRE(keys.size() == 2000);
+    REQUIRE(keys.size() == 300);
     for (size_t i = 0; i < keys.size(); ++i)
         REQUIRE(keys[i] == (i & 0x7F));
     recorder->Clear();
     song.StopPlay(); // once more: it just silences the device
-    auto messages = recorder->Messages();
-    CHECK(TakeSilence(messages));
-    CHECK(messages.empty());
+    CHECK(recorder->Messages().size() == 16);
     CHECK(recorder->opened == recorder->closed);
-}
-
-TEST_CASE("midi player: a thousand starts leave nothing behind") {
-    const RecorderInList recorder;
-    Player first({Notes(50, 1)});
-    Player second({Notes(50, 1), Notes(3, 7)});
-    const size_t threads = Threads();
-    for (int i = 0; i < 1000; ++i) {
-        Player& song = i % 2 ? first : second;
-        song.SeekToBegin();
-        REQUIRE(song.StartPlay(nullptr) == 1);
-        if (i % 100 == 0)
-            Sleep(15);
-        if (i % 7 == 0)
-            song.SeekToBegin(); // while it plays
-        (i % 3 ? song : first).StopPlay();
-        REQUIRE(song.IsPlaying() == 0);
-    }
-    CHECK(recorder->opened == 1000);
-    CHECK(recorder->closed == 1000);
-    CHECK(Player::Device() == nullptr);
-    CHECK(Player::Timer() == 0);
-    for (int i = 0; i < 1000 && Threads() > threads; ++i)
-        Sleep(1); // the system's own ending of a thread
-    CHECK(Threads() == threads);
 }
 
 TEST_CASE("midi player: what drops the tracks of a playing sequence stops it first") {
     const RecorderInList recorder;
+    HandClock clock;
     const std::function<void(Player&)> drops[] = {
         [](Player&) {}, // its end
         [](Player& song) { song.CleanUp(); },
@@ -354,11 +326,12 @@ TEST_CASE("midi player: what drops the tracks of a playing sequence stops it fir
         auto song = std::make_unique<Player>(std::vector<Bytes>{Notes(500, 1)});
         recorder->Clear();
         REQUIRE(song->StartPlay(nullptr) == 1);
-        REQUIRE(recorder->Await(5));
+        clock.Advance(10);
         Player().CleanUp(); // another one's end is nothing to it
         CHECK(song->IsPlaying() == 1);
         drop(*song);
         song.reset();
+        clock.Advance(10);
         CHECK(Player().IsPlaying() == 0);
         auto messages = recorder->Messages();
         CHECK(TakeSilence(messages));
@@ -369,6 +342,7 @@ TEST_CASE("midi player: what drops the tracks of a playing sequence stops it fir
 TEST_CASE("midi player: nothing to play, a malformed track and a time that stands still") {
     const RecorderInList recorder;
     const Window window;
+    HandClock clock;
     Player empty;
     Player broken({{0x00, 0x90, 0x3C, 0x40, 0x00, 0xF4, 0x00, 0x00}});
     Player still({Notes(300, 100)}, 0);
@@ -376,9 +350,8 @@ TEST_CASE("midi player: nothing to play, a malformed track and a time that stand
     for (const auto& [song, notes] : table) {
         recorder->Clear();
         REQUIRE(song->StartPlay(window) == 1);
-        const auto told = window.UntilEnd();
-        REQUIRE(told.size() == 1);
-        CHECK(told[0].first == 1);
+        clock.Advance(10);
+        CHECK(window.Take() == Told{{1, 10}});
         song->StopPlay();
         CHECK(recorder->Messages().size() == notes + 16);
     }
@@ -386,13 +359,38 @@ TEST_CASE("midi player: nothing to play, a malformed track and a time that stand
 
 TEST_CASE("midi player: the timer's callback does not allocate") {
     const RecorderInList recorder;
+    HandClock clock;
     Player song({Notes(400, 1), Notes(400, 1)});
     recorder->shortHook = [] { allocation_counter::WatchThisThread(); };
     REQUIRE(song.StartPlay(nullptr) == 1);
-    REQUIRE(recorder->Await(100));
-    song.SetMute(1, 1); // and when the order is made anew
-    REQUIRE(recorder->Await(300));
-    song.StopPlay();
+    clock.Advance(100);
+    song.SetMute(1, 1); // the order is made anew
+    clock.Advance(100);
     CHECK(allocation_counter::Take() == 0);
+    song.StopPlay();
+}
+
+TEST_CASE("midi player: on the system's own timer, while the host does what it may") {
+    const RecorderInList recorder;
+    Player song({Notes(2000, 1), Notes(2000, 1)}, 5000); // 0.1 ms a note
+    for (int i = 0; i < 20; ++i) {
+        recorder->Clear();
+        REQUIRE(song.StartPlay(nullptr) == 1);
+        song.SetMute(1, i % 2);
+        song.SetMessageFilter(0x80, i % 3);
+        song.SetChannelFilter(static_cast<WORD>(0xFFFE | i % 2));
+        song.SetChannelFilter(0xFFFF);
+        if (i % 5 == 0)
+            song.SeekToBegin();
+        if (i % 10 == 0)
+            CHECK(recorder->Await(1));
+        song.StopPlay();
+        auto messages = recorder->Messages();
+        CHECK(TakeSilence(messages));
+        CHECK(song.IsPlaying() == 0);
+    }
+    CHECK(recorder->opened == recorder->closed);
+    CHECK(ThePlayer().Device() == nullptr);
+    CHECK(ThePlayer().Timer() == 0);
 }
 #endif

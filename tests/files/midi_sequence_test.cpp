@@ -1,5 +1,7 @@
 #include "torv/files/midi_sequence.h"
 
+#include "allocation_failure.h"
+
 #include <doctest/doctest.h>
 
 #include <array>
@@ -273,4 +275,27 @@ TEST_CASE("midi sequence: bytes of a channel message") {
     const int lengths[] = {0, 0, 0, 0, 0, 0, 0, 0, 3, 3, 3, 3, 2, 2, 3, 0};
     for (int nibble = 0; nibble < 16; ++nibble)
         CHECK(CxMidiSequence::GetMidiEventLength(nibble << 4 | 5) == lengths[nibble]);
+}
+
+TEST_CASE("midi sequence: what memory does not suffice for leaves the tracks as they were") {
+    Song other;
+    other.Load({kTwoTracks[0]});
+    FailEachAllocation([&](AllocationFailure& failure) {
+        CxMidiSequence sequence;
+        sequence.Create(1, 2);
+        const bool made = failure.During([&] {
+            return sequence.PrepareTrackList(1, 2, 480) && sequence.AddNewTrack(kTwoTracks[0].data(), 12) &&
+                   sequence.AddNewTrack(kTwoTracks[1].data(), 12);
+        });
+        CHECK(made == !failure.HasHappened());
+        if (made)
+            CHECK(Read(sequence).size() == 6);
+    });
+    FailEachAllocation([&](AllocationFailure& failure) {
+        Song sequence;
+        sequence.Load(kTwoTracks);
+        const int copied = failure.During([&] { return sequence.Create(&other); });
+        CHECK(copied == !failure.HasHappened());
+        CHECK(Read(sequence).size() == (copied ? 3 : 6));
+    });
 }

@@ -1,5 +1,6 @@
 #include "torv/files/quill_midi_file.h"
 
+#include "allocation_failure.h"
 #include "encoding/random_song.h"
 #include "platform/temp_folder.h"
 
@@ -35,7 +36,6 @@ struct Song : Chart {
         m_tick = 0;
         return *m_track;
     }
-    void Close() { m_builder.CloseBuffer(); }
     void Signature(DWORD at, DWORD numerator, DWORD exponent) {
         tagMasterEventEntry entry{0, torv::kEventTimeSignature, 0, numerator | exponent << 8, 0};
         song.GetMasterTrack()->MoveTo(at);
@@ -398,6 +398,26 @@ TEST_CASE("engine midi file: a save that fails leaves what was there, and says w
     CHECK(file.SaveAsFormat0(folder.Path("new.mid").c_str(), &song.song, qsb) == 1); // as a save that went well
     CHECK(folder.Content("old.mid") == "old");
     CHECK(NamesIn(folder) == std::vector<std::string>{"old.mid", "sub.mid"});
+}
+
+TEST_CASE("engine midi file: a song for which memory does not suffice leaves the old file") {
+    const TempFolder folder;
+    Song song;
+    song.Tempo(960, 600000);
+    song.Note(1920, 480);
+    for (int i = 0; i < 100; ++i)
+        AddPoint(song.Chart::Track().GetPitchBendBreakPointList(), 2000 + i, i);
+    song.Close();
+    const std::string whole = Saved(song);
+    const std::string path = folder.File("song.mid", "old");
+    CxQuillMidiFile file;
+    FailEachAllocation([&](AllocationFailure& failure) {
+        const int saved = failure.During([&] { return file.SaveAsFormat1(path.c_str(), &song.song, nullptr); });
+        CHECK(saved == !failure.HasHappened());
+        CHECK(folder.Content("song.mid") == (saved ? whole : "old"));
+        CHECK(NamesIn(folder).size() == 1);
+        folder.File("song.mid", "old");
+    });
 }
 
 TEST_CASE("engine midi file: two saves of one name at once are two whole files, and the last one stays") {

@@ -2,6 +2,9 @@
 
 #include "torv/platform/afx/mem_file.h"
 
+#include "allocation_failure.h"
+#include "platform/temp_folder.h"
+
 #include <doctest/doctest.h>
 
 #include <filesystem>
@@ -374,4 +377,20 @@ TEST_CASE("riff: an error is kept, told and forgotten") {
     CHECK(torv::FileErrorText(14) == "CFileException::endOfFile"s);
     CHECK(torv::FileErrorText(15) == ""s);
     CHECK(torv::FileErrorText(-1) == ""s);
+}
+
+TEST_CASE("riff: what memory does not suffice for has not happened") {
+    const TempFolder folder;
+    const std::string path = folder.Path("some.riff");
+    FailEachAllocation([&](AllocationFailure& failure) {
+        CxRiff riff;
+        CHUNK_INFO info;
+        const bool done = failure.During([&] {
+            return riff.Open(path.c_str(), CFile::modeCreate | CFile::modeReadWrite) &&
+                   riff.CreateChunk(kRiff, kWave) && riff.AddData("1234", 4) && riff.CloseChunk() &&
+                   riff.Descend(info, kRiff, kWave) && riff.Close();
+        });
+        CHECK(done == !failure.HasHappened());
+        CHECK((riff.GetError(0) != 0) == failure.HasHappened());
+    });
 }

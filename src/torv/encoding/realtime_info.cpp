@@ -28,8 +28,10 @@ tagSequenceTimeMap* CreateSequenceTimeMap(CMasterTrack* master) {
         return nullptr;
     try {
         CArray<tagSequenceTimeMap> records;
-        if (!master->GetSequenceTimeMap(records) || records.IsEmpty())
+        if (!master->IsCreated())
             records.Add({torv::kDefaultTempo, 0, 0}); // no events: the tempo that applies without any
+        else if (!master->GetSequenceTimeMap(records))
+            return nullptr;
         const int count = records.GetSize();
         auto* const map = new tagSequenceTimeMap[static_cast<size_t>(count) + 1];
         for (int i = 0; i < count; ++i)

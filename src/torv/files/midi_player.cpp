@@ -1,41 +1,25 @@
-// The playing half of CxMidiSequence: a periodic timer takes events from the sequence as they fall due and hands them
-// to the device. The timer's callback allocates nothing.
 #include "torv/files/midi_player.h"
 
 #include "torv/files/midi_sequence.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
+
+namespace torv {
 
 namespace {
 
 constexpr DWORD kAllNotesOff = 0x7BB0; // controller 123, value 0
 constexpr DWORD kChannels = 16;
 
-std::array<char, torv::kLongestMidiPiece> g_longMessage;
-
 } // namespace
 
-std::atomic<DWORD> CxMidiSequence::m_dwSeqStatus = 0;
-HWND CxMidiSequence::m_hWndOwner = nullptr;
-std::atomic<HMIDIOUT> CxMidiSequence::m_hMidiOut = nullptr;
-std::atomic<UINT> CxMidiSequence::m_nTimerID = 0;
-UINT CxMidiSequence::m_nTimerInterval = 10;
-UINT CxMidiSequence::m_nWndCallbackInterval = 100;
-std::atomic<UINT> CxMidiSequence::m_nMidiDeviceID = MIDI_MAPPER;
-std::atomic<MMRESULT> CxMidiSequence::m_MMResult = MMSYSERR_NOERROR;
-MIDIHDR CxMidiSequence::m_stMidiHdr = {};
-std::atomic<int> CxMidiSequence::m_bSendingLongMessage = 0;
-std::atomic<DWORD> CxMidiSequence::m_dwSequenceTime = 0;
-DWORD CxMidiSequence::m_dwStartSysTime = 0;
-DWORD CxMidiSequence::m_dwWndCallbackTime = 0;
-tagEvent CxMidiSequence::m_stSeqEvent = {};
-std::atomic<CxMidiSequence*> CxMidiSequence::m_pSequence = nullptr;
-bool CxMidiSequence::m_bLongMessageBegun = false;
-torv::TimerGate CxMidiSequence::m_gate;
+MidiPlayer& MidiPlayer::TheOne() {
+    static MidiPlayer player;
+    return player;
+}
 
-int CxMidiSequence::StartPlay(HWND window) {
+int MidiPlayer::Start(CxMidiSequence* sequence, HWND window) {
     DWORD idle = 0;
     if (!m_dwSeqStatus.compare_exchange_strong(idle, 1))
         return 0;
@@ -44,21 +28,22 @@ int CxMidiSequence::StartPlay(HWND window) {
         return 0;
     }
     // A sequence that was stopped goes on with the event that was due next; another one's event is nobody's now.
-    if (m_pSequence.exchange(this) != this)
+    if (m_pSequence.exchange(sequence) != sequence)
         m_stSeqEvent = {};
     m_hWndOwner = window;
     m_dwWndCallbackTime = 0;
-    m_dwSequenceTime = GetTimePosition();
-    m_dwStartSysTime = timeGetTime();
+    m_dwSequenceTime = sequence->GetTimePosition();
+    m_dwStartSysTime = m_clock->Now();
     if (!StartTimer()) {
         CloseDevice();
+        m_MMResult = TIMERR_NOCANDO;
         m_dwSeqStatus = 0;
         return 0;
     }
     return 1;
 }
 
-void CxMidiSequence::StopPlay() {
+void MidiPlayer::Stop() {
     // The timer first: an event that it sends after the notes were ended would go on sounding.
     StopTimer();
     if (m_bSendingLongMessage) {
@@ -74,7 +59,7 @@ void CxMidiSequence::StopPlay() {
     m_dwSeqStatus = 0;
 }
 
-int CxMidiSequence::OutMidiMessage(DWORD message, HMIDIOUT device) {
+int MidiPlayer::OutMessage(DWORD message, HMIDIOUT device) {
     if (device)
         return Succeeded(midiOutShortMsg(device, message));
     HMIDIOUT opened = nullptr;
@@ -85,41 +70,39 @@ int CxMidiSequence::OutMidiMessage(DWORD message, HMIDIOUT device) {
     return sent;
 }
 
-int CxMidiSequence::OutAllNoteOff() {
+int MidiPlayer::OutAllNoteOff() {
     const HMIDIOUT playing = m_hMidiOut;
     HMIDIOUT device = playing;
     if (!device && !OpenDevice(device, 0))
         return 0;
     bool sent = true;
     for (DWORD channel = 0; sent && channel < kChannels; ++channel)
-        sent = OutMidiMessage(kAllNotesOff | channel, device) != 0;
+        sent = OutMessage(kAllNotesOff | channel, device) != 0;
     if (!playing)
         midiOutClose(device);
     return sent;
 }
 
-void CxMidiSequence::ChangeMidiDeviseID(UINT id) { m_nMidiDeviceID = id; }
-
-CxMidiSequence::Pause::Pause(const CxMidiSequence* sequence) : m_bHolds(m_pSequence == sequence) {
+MidiPlayer::Pause::Pause(const CxMidiSequence* sequence) : m_bHolds(TheOne().m_pSequence == sequence) {
     if (m_bHolds)
-        m_gate.Hold();
+        TheOne().m_gate.Hold();
 }
 
-CxMidiSequence::Pause::~Pause() {
+MidiPlayer::Pause::~Pause() {
     if (m_bHolds)
-        m_gate.Release();
+        TheOne().m_gate.Release();
 }
 
-/// The player's hold on this sequence, its tracks and their bytes ends.
-void CxMidiSequence::LeavePlayer() {
-    if (m_pSequence == this && m_dwSeqStatus)
-        StopPlay();
-    CxMidiSequence* leaving = this;
-    m_pSequence.compare_exchange_strong(leaving, nullptr); // whoever starts next drops the pending event
+void MidiPlayer::Leave(const CxMidiSequence* sequence) {
+    if (m_pSequence != sequence)
+        return;
+    if (m_dwSeqStatus)
+        Stop();
+    m_pSequence = nullptr; // whoever starts next drops the pending event
 }
 
-void CxMidiSequence::RewindPlayer() {
-    if (m_pSequence != this)
+void MidiPlayer::Rewind(const CxMidiSequence* sequence) {
+    if (m_pSequence != sequence)
         return;
     m_stSeqEvent = {};
     m_bLongMessageBegun = false;
@@ -127,21 +110,17 @@ void CxMidiSequence::RewindPlayer() {
         m_dwSequenceTime = 0;
 }
 
-bool CxMidiSequence::Succeeded(MMRESULT result) {
+bool MidiPlayer::Succeeded(MMRESULT result) {
     m_MMResult = result;
     return result == MMSYSERR_NOERROR;
 }
 
-bool CxMidiSequence::OpenDevice(HMIDIOUT& device, DWORD_PTR callback) {
+bool MidiPlayer::OpenDevice(HMIDIOUT& device, DWORD_PTR callback) {
     return Succeeded(midiOutOpen(&device, m_nMidiDeviceID, callback, 0, callback ? CALLBACK_FUNCTION : CALLBACK_NULL));
 }
 
-/// Timer period, device and header, ready to play.
-bool CxMidiSequence::PrepareDevice() {
-    TIMECAPS timer{};
-    if (!Succeeded(timeGetDevCaps(&timer, sizeof(timer))))
-        return false;
-    m_nTimerInterval = std::min(std::max(m_nTimerInterval, timer.wPeriodMin), timer.wPeriodMax);
+/// Device and header, ready to play.
+bool MidiPlayer::PrepareDevice() {
     MIDIOUTCAPSA capabilities{};
     if (!Succeeded(midiOutGetDevCapsA(m_nMidiDeviceID, &capabilities, sizeof(capabilities))))
         return false;
@@ -153,32 +132,28 @@ bool CxMidiSequence::PrepareDevice() {
     }
     m_bSendingLongMessage = 0;
     m_stMidiHdr = {};
-    m_stMidiHdr.lpData = g_longMessage.data();
-    m_stMidiHdr.dwBufferLength = torv::kLongestMidiPiece;
+    m_stMidiHdr.lpData = m_longMessage;
+    m_stMidiHdr.dwBufferLength = kLongestMidiPiece;
     if (Succeeded(midiOutPrepareHeader(m_hMidiOut, &m_stMidiHdr, sizeof(m_stMidiHdr))))
         return true;
     CloseDevice();
     return false;
 }
 
-void CxMidiSequence::CloseDevice() {
+void MidiPlayer::CloseDevice() {
     const HMIDIOUT device = m_hMidiOut.exchange(nullptr);
     if (!device)
         return;
-    m_stMidiHdr.dwBufferLength = torv::kLongestMidiPiece;
+    m_stMidiHdr.dwBufferLength = kLongestMidiPiece;
     midiOutUnprepareHeader(device, &m_stMidiHdr, sizeof(m_stMidiHdr));
     Succeeded(midiOutClose(device));
 }
 
-bool CxMidiSequence::StartTimer() {
-    // Raised and never lowered: the next start, often an instant away, finds the resolution as it was.
-    timeBeginPeriod(m_nTimerInterval);
+bool MidiPlayer::StartTimer() {
     const DWORD turn = m_gate.Open();
-    const UINT timer =
-        timeSetEvent(m_nTimerInterval, m_nTimerInterval, &OnTimer, turn, TIME_PERIODIC | TIME_CALLBACK_FUNCTION);
+    const UINT timer = m_clock->Start(m_nTimerInterval, &OnTimer, turn);
     if (timer == 0) {
         m_gate.Close();
-        m_MMResult = TIMERR_NOCANDO;
         return false;
     }
     m_nTimerID = timer;
@@ -187,82 +162,84 @@ bool CxMidiSequence::StartTimer() {
     return true;
 }
 
-void CxMidiSequence::StopTimer() {
+void MidiPlayer::StopTimer() {
     m_gate.Close();
     if (const UINT timer = m_nTimerID.exchange(0))
-        Succeeded(timeKillEvent(timer));
+        Succeeded(m_clock->Stop(timer));
     m_gate.Hold(); // not every system's kill waits for the callback that is running
     m_gate.Release();
 }
 
-void CALLBACK CxMidiSequence::OnTimer(UINT id, UINT, DWORD_PTR turn, DWORD_PTR, DWORD_PTR) {
+void CALLBACK MidiPlayer::OnTimer(UINT id, UINT, DWORD_PTR turn, DWORD_PTR, DWORD_PTR) {
+    MidiPlayer& player = TheOne();
     const auto number = static_cast<DWORD>(turn);
-    if (!m_gate.Enter(number))
+    if (!player.m_gate.Enter(number))
         return;
-    m_pSequence.load()->Tick(id, number);
-    m_gate.Release();
+    player.Tick(id, number);
+    player.m_gate.Release();
 }
 
-void CALLBACK CxMidiSequence::OnDevice(HMIDIOUT, UINT message, DWORD_PTR, DWORD_PTR, DWORD_PTR) {
+void CALLBACK MidiPlayer::OnDevice(HMIDIOUT, UINT message, DWORD_PTR, DWORD_PTR, DWORD_PTR) {
     if (message == MOM_DONE)
-        m_bSendingLongMessage = 0;
+        TheOne().m_bSendingLongMessage = 0;
 }
 
-void CxMidiSequence::Tick(UINT timer, DWORD turn) {
+void MidiPlayer::Tick(UINT timer, DWORD turn) {
+    CxMidiSequence& sequence = *m_pSequence;
     if (m_bSendingLongMessage)
         return; // its time is made up for afterwards
-    const DWORD now = timeGetTime();
+    const DWORD now = m_clock->Now();
     const DWORD elapsed = now - m_dwStartSysTime;
     m_dwStartSysTime = now;
     m_dwSequenceTime += elapsed;
     m_dwWndCallbackTime += elapsed;
     while (m_gate.IsOpen(turn)) {
-        if (m_stSeqEvent.status == 0 && !NextPassingEvent(&m_stSeqEvent)) {
+        if (m_stSeqEvent.status == 0 && !sequence.NextPassingEvent(&m_stSeqEvent)) {
             m_stSeqEvent = {};
             EndPlay(timer);
             return;
         }
-        if (GetTimePosition() > m_dwSequenceTime || SendPending())
+        if (sequence.GetTimePosition() > m_dwSequenceTime || SendPending())
             break;
     }
     if (m_dwWndCallbackTime >= m_nWndCallbackInterval) {
-        Post(torv::kMidiPlayPosition, m_dwSequenceTime);
+        Post(kMidiPlayPosition, m_dwSequenceTime);
         m_dwWndCallbackTime -= m_nWndCallbackInterval;
     }
 }
 
 /// The device stays open: releasing it may take its time, and that is the host's thread's to spend.
-void CxMidiSequence::EndPlay(UINT timer) {
+void MidiPlayer::EndPlay(UINT timer) {
     m_gate.Close();
-    timeKillEvent(timer);
+    m_clock->Stop(timer);
     m_nTimerID = 0;
-    Post(torv::kMidiPlayEnd, m_dwSequenceTime);
+    Post(kMidiPlayEnd, m_dwSequenceTime);
 }
 
 /// Uses the pending event up. True when a long message is on its way, after which nothing may be sent for now.
-bool CxMidiSequence::SendPending() {
+bool MidiPlayer::SendPending() {
     const tagEvent& event = m_stSeqEvent;
     if (event.status == 0xF0 || event.status == 0xF7)
         return SendLongMessage();
     if (event.status < 0xF0)
-        OutMidiMessage(static_cast<DWORD>(event.status | event.data1 << 8 | event.data2 << 16), m_hMidiOut);
-    else if (event.data1 == torv::kMetaTempo)
-        Post(torv::kMidiPlayTempo, GetSequenceTempo());
-    else if (event.data1 == torv::kMetaTimeSignature)
-        Post(torv::kMidiPlayTimeSignature, GetTimeSig());
+        OutMessage(static_cast<DWORD>(event.status | event.data1 << 8 | event.data2 << 16), m_hMidiOut);
+    else if (event.data1 == kMetaTempo)
+        Post(kMidiPlayTempo, m_pSequence.load()->GetSequenceTempo());
+    else if (event.data1 == kMetaTimeSignature)
+        Post(kMidiPlayTimeSignature, m_pSequence.load()->GetTimeSig());
     m_stSeqEvent = {};
     return false;
 }
 
 /// Sends as much as the buffer holds and leaves the rest pending, as a continuation.
-bool CxMidiSequence::SendLongMessage() {
+bool MidiPlayer::SendLongMessage() {
     tagEvent& event = m_stSeqEvent;
     DWORD count = 0;
     if (event.status == 0xF0)
-        g_longMessage[count++] = static_cast<char>(0xF0);
-    const DWORD data = std::min(event.length, torv::kLongestMidiPiece - count);
+        m_longMessage[count++] = static_cast<char>(0xF0);
+    const DWORD data = std::min(event.length, kLongestMidiPiece - count);
     if (data > 0)
-        std::memcpy(g_longMessage.data() + count, event.bytes, data);
+        std::memcpy(m_longMessage + count, event.bytes, data);
     count += data;
     event.bytes += data;
     event.length -= data;
@@ -281,7 +258,9 @@ bool CxMidiSequence::SendLongMessage() {
     return true;
 }
 
-void CxMidiSequence::Post(WPARAM code, DWORD number) {
+void MidiPlayer::Post(WPARAM code, DWORD number) {
     if (m_hWndOwner)
-        PostMessageA(m_hWndOwner, torv::kMidiPlayMessage, code, static_cast<LPARAM>(number));
+        PostMessageA(m_hWndOwner, kMidiPlayMessage, code, static_cast<LPARAM>(number));
 }
+
+} // namespace torv

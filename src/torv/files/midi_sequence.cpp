@@ -1,6 +1,10 @@
 #include "torv/files/midi_sequence.h"
 
+#include "torv/files/midi_player.h"
+
 #include <new>
+
+using torv::MidiPlayer;
 
 namespace {
 
@@ -78,10 +82,10 @@ CxMidiSequence::CxMidiSequence() {
     m_messagePass.fill(1);
 }
 
-CxMidiSequence::~CxMidiSequence() { LeavePlayer(); }
+CxMidiSequence::~CxMidiSequence() { MidiPlayer::TheOne().Leave(this); }
 
 void CxMidiSequence::CleanUp() {
-    LeavePlayer();
+    MidiPlayer::TheOne().Leave(this);
     m_bCreated = false;
     m_state = {};
     m_tracks.clear();
@@ -142,7 +146,7 @@ void CxMidiSequence::PrepareTracks(DWORD count) {
     std::vector<tagMidiTrack*> list(count, nullptr);
     std::vector<std::unique_ptr<CxMidiTrack>> tracks;
     tracks.reserve(count);
-    LeavePlayer();
+    MidiPlayer::TheOne().Leave(this);
     m_queue.Prepare(count);
     m_trackList.swap(list);
     m_tracks.swap(tracks);
@@ -154,7 +158,7 @@ CxMidiTrack* CxMidiSequence::AddNewTrack(const BYTE* data, DWORD size) {
     try {
         auto track = std::make_unique<CxMidiTrack>();
         track->Attach(data, size);
-        const Pause pause(this);
+        const MidiPlayer::Pause pause(this);
         return TakeTrack(std::move(track));
     } catch (const std::bad_alloc&) {
         return nullptr;
@@ -170,7 +174,7 @@ CxMidiTrack* CxMidiSequence::TakeTrack(std::unique_ptr<CxMidiTrack> track) {
 }
 
 void CxMidiSequence::SeekToBegin() {
-    const Pause pause(this);
+    const MidiPlayer::Pause pause(this);
     for (const auto& track : m_tracks)
         track->SeekToBegin();
     // The tempo stays as it was read last: a host that plays a region again keeps the tempo it was in until the next
@@ -182,13 +186,13 @@ void CxMidiSequence::SeekToBegin() {
     m_state.ticksSinceTempo = 0;
     m_state.remainder = 0;
     m_state.end = 0;
-    RewindPlayer();
+    MidiPlayer::TheOne().Rewind(this);
 }
 
 int CxMidiSequence::GetEvent(tagEvent* event) {
     if (!event)
         return 0;
-    const Pause pause(this);
+    const MidiPlayer::Pause pause(this);
     return NextPassingEvent(event);
 }
 
@@ -253,3 +257,13 @@ void CxMidiSequence::SetMuteAll(int mute) {
     for (const auto& track : m_tracks)
         track->SetMute(mute);
 }
+
+int CxMidiSequence::StartPlay(HWND window) { return MidiPlayer::TheOne().Start(this, window); }
+void CxMidiSequence::StopPlay() { MidiPlayer::TheOne().Stop(); }
+int CxMidiSequence::IsPlaying() const { return MidiPlayer::TheOne().IsPlaying(); }
+DWORD CxMidiSequence::GetSequenceTime() const { return MidiPlayer::TheOne().GetSequenceTime(); }
+int CxMidiSequence::OutMidiMessage(DWORD message, HMIDIOUT device) {
+    return MidiPlayer::TheOne().OutMessage(message, device);
+}
+int CxMidiSequence::OutAllNoteOff() { return MidiPlayer::TheOne().OutAllNoteOff(); }
+void CxMidiSequence::ChangeMidiDeviseID(UINT id) { MidiPlayer::TheOne().ChangeDevice(id); }

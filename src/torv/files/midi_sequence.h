@@ -1,12 +1,23 @@
 #pragma once
 
-#include "torv/files/midi_player.h"
 #include "torv/files/midi_track.h"
 #include "torv/files/midi_track_queue.h"
 #include "torv/files/shared_field.h"
-#include "torv/files/timer_gate.h"
 
 #include <vector>
+
+namespace torv {
+
+class MidiPlayer;
+
+/// Posted to the window of a playing sequence: wParam is one of the codes, lParam the number that it comes with.
+constexpr UINT kMidiPlayMessage = 1234;
+constexpr WPARAM kMidiPlayEnd = 1;           ///< the play time in ms
+constexpr WPARAM kMidiPlayPosition = 2;      ///< the play time in ms
+constexpr WPARAM kMidiPlayTempo = 3;         ///< microseconds per quarter note
+constexpr WPARAM kMidiPlayTimeSignature = 4; ///< the meta event's four bytes, the first one lowest
+
+} // namespace torv
 
 /// How far a sequence has been read. Tempo is microseconds per quarter note, time milliseconds.
 struct tagMidiSequence {
@@ -99,9 +110,9 @@ public:
     /// silences the device. Not from the device's own calls.
     void StopPlay();
     /// Whether any sequence plays.
-    int IsPlaying() const { return m_dwSeqStatus != 0; }
+    int IsPlaying() const;
     /// The play time in ms, of whatever plays or played last.
-    DWORD GetSequenceTime() const { return m_dwSequenceTime; }
+    DWORD GetSequenceTime() const;
 
     /// Sends one short message, status lowest, to the device, or with null to the chosen one, opened just for it. 1
     /// when it was sent.
@@ -112,60 +123,12 @@ public:
     /// The device that is opened from now on; (UINT)-1, as at first, is the system's choice.
     static void ChangeMidiDeviseID(UINT id);
 
-protected:
-    /// What plays, one for the process. The timer's and the device's threads share it with the host's.
-    static std::atomic<DWORD> m_dwSeqStatus; ///< 1 while playing
-    static HWND m_hWndOwner;
-    static std::atomic<HMIDIOUT> m_hMidiOut; ///< null when closed
-    static std::atomic<UINT> m_nTimerID;     ///< 0 when none
-    static UINT m_nTimerInterval;            ///< ms
-    static UINT m_nWndCallbackInterval;      ///< ms between position messages
-    static std::atomic<UINT> m_nMidiDeviceID;
-    static std::atomic<MMRESULT> m_MMResult; ///< of the device or timer call made last
-    static MIDIHDR m_stMidiHdr;
-    static std::atomic<int> m_bSendingLongMessage; ///< the header is with the device
-    static std::atomic<DWORD> m_dwSequenceTime;    ///< ms
-    static DWORD m_dwStartSysTime;                 ///< timeGetTime of the tick before
-    static DWORD m_dwWndCallbackTime;              ///< ms since the last position message
-    static tagEvent m_stSeqEvent;                  ///< taken from the sequence and not sent yet
-
 private:
+    friend class torv::MidiPlayer;
     void PrepareTracks(DWORD count);
     CxMidiTrack* TakeTrack(std::unique_ptr<CxMidiTrack> track);
     int NextPassingEvent(tagEvent* event);
     bool Passes(const tagEvent& event) const;
-
-    /// Keeps the timer out of this sequence for a while.
-    class Pause {
-    public:
-        explicit Pause(const CxMidiSequence* sequence);
-        ~Pause();
-        Pause(const Pause&) = delete;
-        Pause& operator=(const Pause&) = delete;
-
-    private:
-        const bool m_bHolds;
-    };
-    void LeavePlayer();
-    void RewindPlayer();
-
-    static bool Succeeded(MMRESULT result);
-    static bool OpenDevice(HMIDIOUT& device, DWORD_PTR callback);
-    static void CloseDevice();
-    static bool PrepareDevice();
-    static bool StartTimer();
-    static void StopTimer();
-    static void CALLBACK OnTimer(UINT id, UINT message, DWORD_PTR turn, DWORD_PTR, DWORD_PTR);
-    static void CALLBACK OnDevice(HMIDIOUT device, UINT message, DWORD_PTR instance, DWORD_PTR, DWORD_PTR);
-    void Tick(UINT timer, DWORD turn);
-    void EndPlay(UINT timer);
-    bool SendPending();
-    bool SendLongMessage();
-    static void Post(WPARAM code, DWORD number);
-
-    static std::atomic<CxMidiSequence*> m_pSequence; ///< the one started last, while it lives
-    static bool m_bLongMessageBegun;                 ///< the pending event is the rest of a longer message
-    static torv::TimerGate m_gate;
 
     bool m_bCreated = false;
     tagMidiSequence m_state{};

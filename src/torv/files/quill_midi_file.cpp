@@ -32,11 +32,17 @@ public:
         Abort();
         if (!(flags & modeCreate))
             return CFile::Open(path, flags, error);
-        m_replaced.emplace(torv::NewFilePath(path));
-        if (m_replaced->IsOpen())
-            return CFile::Open(m_replaced->Path(), flags & ~static_cast<UINT>(modeCreate), error);
-        if (error)
-            *error = torv::NewFileError(*m_replaced, path);
+        try {
+            m_replaced.emplace(torv::NewFilePath(path));
+            if (m_replaced->IsOpen() && CFile::Open(m_replaced->Path(), flags & ~static_cast<UINT>(modeCreate), error))
+                return TRUE;
+            if (error && !m_replaced->IsOpen())
+                *error = torv::NewFileError(*m_replaced, path);
+        } catch (const std::bad_alloc&) {
+            Abort();
+            throw;
+        }
+        Abort();
         return FALSE;
     }
 
@@ -45,6 +51,9 @@ public:
             CFile::Write(buffer, bytes);
         } catch (const CFileException& failure) {
             m_failure = failure.m_cause;
+            throw;
+        } catch (const std::bad_alloc&) {
+            m_failure = CFileException::generic;
             throw;
         }
     }
@@ -57,11 +66,9 @@ public:
         CFile::Close();
         if (!m_replaced)
             return;
-        const bool isPut = m_replaced->Commit();
-        const CFileException failure = torv::NewFileError(*m_replaced, nullptr);
+        if (!m_replaced->Commit())
+            throw torv::NewFileError(*m_replaced, nullptr);
         m_replaced.reset();
-        if (!isPut)
-            throw failure;
     }
 
     void Abort() override {

@@ -1,0 +1,290 @@
+#include "encoding_fixture.h"
+
+#include "allocation_failure.h"
+#include "torv/encoding/qm_out_parameters.h"
+
+#include <doctest/doctest.h>
+
+#include <algorithm>
+#include <ctime>
+
+// 120 beats a minute unless a test says otherwise: 480 ticks are 500 ms, 1920 ticks are the presend of 2000 ms.
+
+namespace {
+
+/// The class from within, as those who derive from it have it.
+struct Inside : CxQuillMidiEncoder {
+    using CxQuillMidiEncoder::CreateQuillNoteStruct;
+    using CxQuillMidiEncoder::DeleteQuillNoteStruct;
+    using CxQuillMidiEncoder::InsertContinuousDynamics;
+    using CxQuillMidiEncoder::InsertContinuousPitchBend;
+    using CxQuillMidiEncoder::InsertContinuousVibrato;
+    using CxQuillMidiEncoder::InsertContinuousVoiceControl;
+    using CxQuillMidiEncoder::SetNoteSegmentParam;
+    using CxQuillMidiEncoder::TrackRun;
+    using CxQuillMidiEncoder::WriteChMessage;
+    using CxQuillMidiEncoder::WriteCsqAnoteEvent;
+    using CxQuillMidiEncoder::WriteCsqSingerEvent;
+    using CxQuillMidiEncoder::WriteEOVM;
+    using CxQuillMidiEncoder::WriteNextNPRNEvents;
+    using CxQuillMidiEncoder::WriteQsqDynamicsEvent;
+    using CxQuillMidiEncoder::WriteQuillMidiMessage;
+    using CxQuillMidiEncoder::WriteQuillMidiTrack;
+    using CxQuillMidiEncoder::WriteStartNPRNEvents;
+};
+
+const tagSequenceTimeMap kMap[] = {{500000, 0, 0}, {1000000, 1920, 2000}, {0, 0xFFFFFFFF, 0xFFFFFFFF}};
+const tagSequenceTimeMap kEmpty[] = {{0, 0xFFFFFFFF, 0xFFFFFFFF}};
+
+/// One of everything that needs memory.
+void Fill(Chart& chart) {
+    chart.Tempo(2000, 400000);
+    chart.Singer(0, 1, 3);
+    auto* const swell = new CIconDynamics(5, 2, 1);
+    swell->SetLength(200);
+    chart.Place(2400, swell);
+    auto* const vibrato = new CIconVibrato(4, 4, 1);
+    vibrato->SetLength(300);
+    AddPoint(vibrato->GetDepthBPList(), 5000, 70);
+    chart.Note(2700, 480)->vibratoHandle = chart.Icon(vibrato);
+    for (int i = 0; i < 300; ++i)
+        AddPoint(chart.Track().GetPitchBendBreakPointList(), 2000 + 10 * i, i);
+    AddPoint(chart.Track().CreateVoiceControlBreakPointList(4), 2700, 70);
+}
+
+} // namespace
+
+TEST_CASE("encoder: a plain note, byte for byte") {
+    Chart chart;
+    chart.Note(1920, 480, 60);
+    CxQuillMidiEncoder encoder;
+    const auto stream = chart.Encode(encoder);
+    CHECK(EntriesOf(*stream) ==
+          std::vector<StreamEntry>{
+              {0,
+               0,                                                           // 2000 ms - 2000 ms
+               {0xB0, 99, 0x50, 0xB0, 98, 0,   0xB0, 6, 0,   0xB0, 38, 0,   // opening
+                0xB0, 99, 0x50, 0xB0, 98, 1,   0xB0, 6, 15,  0xB0, 38, 80,  // delay 2000 = 15 x 128 + 80
+                0xB0, 99, 0x50, 0xB0, 98, 2,   0xB0, 6, 60,                 // note
+                0xB0, 99, 0x50, 0xB0, 98, 3,   0xB0, 6, 100,                // velocity
+                0xB0, 99, 0x50, 0xB0, 98, 4,   0xB0, 6, 3,   0xB0, 38, 116, // 500 ms = 3 x 128 + 116
+                0xB0, 99, 0x50, 0xB0, 98, 5,   0xB0, 6, 3,                  // begins and ends the sound
+                0xB0, 99, 0x50, 0xB0, 98, 17,  0xB0, 6, 1,   0xB0, 99, 0x50, 0xB0, 98, 18, 0xB0, 6, 1, // one character
+                0xB0, 99, 0x50, 0xB0, 98, 19,  0xB0, 6, 'a', 0xB0, 38, 0, // a vowel: advancement 0
+                0xB0, 99, 0x50, 0xB0, 98, 127, 0xB0, 6, 127}}});
+    CHECK(stream->GetLastTick() == 2400);
+    CHECK(stream->GetLastTime() == 2500);
+    CHECK(encoder.GetOutMode() == CxQuillMidiEncoder::kRealTimeMode);
+}
+
+TEST_CASE("encoder: what is valid, what is not") {
+    using E = CxQuillMidiEncoder;
+    for (const DWORD presend : {0U, 499U, 500U, 5000U, 5001U}) {
+        CAPTURE(presend);
+        const bool isValid = presend == 500 || presend == 5000;
+        CHECK(E::IsValidPresendTime(presend) == isValid);
+        E encoder;
+        encoder.SetPresendTime(presend);
+        Chart chart;
+        CHECK(chart.Encode(encoder)->GetPresendTime() == (isValid ? presend : 2000));
+        CHECK(encoder.GetPresendTime() == (isValid ? presend : 2000));
+    }
+    CHECK(E::IsValidEventInterval(255));
+    CHECK_FALSE(E::IsValidEventInterval(256));
+    CHECK(E::IsValidOutMode(0));
+    CHECK(E::IsValidOutMode(1));
+    CHECK_FALSE(E::IsValidOutMode(-1));
+    CHECK_FALSE(E::IsValidOutMode(2));
+    const int resolutions[] = {-1, 1, 2, 4, 8, 16, 30, 60, 90, 120, 240, 480, -1};
+    E encoder;
+    for (int i = -1; i < 12; ++i) {
+        CHECK(E::GetExtractResolution(i) == resolutions[i + 1]);
+        CHECK(encoder.SetExtractResolutionAt(2, resolutions[i + 1]) == 1);
+        CHECK(encoder.GetExtractResolutionAt(2) == resolutions[i + 1]);
+    }
+    CHECK(encoder.SetExtractResolutionAt(0, 31) == 0);
+    CHECK(encoder.SetExtractResolutionAt(3, 30) == 0);
+    CHECK(encoder.SetExtractResolutionAt(-1, 30) == 0);
+    CHECK(encoder.GetExtractResolutionAt(0) == 30);
+    CHECK(encoder.GetExtractResolutionAt(3) == -1);
+    CHECK(encoder.GetEventInterval() == 0);
+    CHECK(encoder.GetOutMode() == 0);
+}
+
+TEST_CASE("encoder: a note whose handles name nothing, or another kind, sings nothing; the others do") {
+    Chart chart;
+    const DWORD level = chart.Icon(new CIconDynamics(5, 1, 1));
+    chart.Note(1920, 480)->noteHeadHandle = 999;
+    chart.Note(2400, 480)->noteTailHandle = level;
+    chart.Note(2880, 480)->vibratoHandle = level;
+    chart.Note(3360, 480)->lyricHandle = 500;
+    chart.Note(3840, 480)->lyricHandle = 0;
+    chart.Note(4320, 480, 71);
+    CxQuillMidiEncoder encoder;
+    const auto entries = EntriesOf(*chart.Encode(encoder));
+    REQUIRE(entries.size() == 1);
+    CHECK(entries[0].bytes[32] == 71);
+    tagQuillMidiEncodeStruct none{nullptr, nullptr};
+    CHECK(encoder.EncodeSequenceTrack(&none) == nullptr);
+    none.track = &chart.Track();
+    CHECK(encoder.EncodeSequenceTrack(&none) == nullptr);
+    CHECK(encoder.EncodeSequenceTrack(nullptr) == nullptr);
+}
+
+TEST_CASE("encoder: places in a map, from any hint, in no map and in one of nothing but its end") {
+    using E = CxQuillMidiEncoder;
+    for (const DWORD hint : {0U, 1U, 2U, 3U, 1000000U, 0xFFFFFFFFU}) {
+        CAPTURE(hint);
+        CHECK(E::SearchTimePosition(1919, kMap, hint) == 1998); // 1998.96
+        CHECK(E::SearchTimePosition(2400, kMap, hint) == 3000);
+        CHECK(E::SearchTickPosition(1999, kMap, hint) == 1919);
+        CHECK(E::SearchTickPosition(2000, kMap, hint) == 1920); // the change's own tick
+        for (const tagSequenceTimeMap* const map : {kEmpty, static_cast<const tagSequenceTimeMap*>(nullptr)}) {
+            CHECK(E::SearchTimePosition(2400, map, hint) == 0);
+            CHECK(E::SearchTickPosition(2400, map, hint) == 0);
+        }
+        tagQuillMidiRealtimeInfo info{hint, kMap, 100, 7, 1, 2, 3};
+        CHECK(E::UpdateRealTimeInfo(&info, 99) == 0);
+        CHECK(info.time == 7);
+        CHECK(E::UpdateRealTimeInfo(&info, 2400) == 1);
+        CHECK(info.index == 1);
+        CHECK(info.tick == 2400);
+        CHECK(info.time == 3000);
+        E::ResetRealTimeInfo(&info);
+        CHECK(info.index == 0);
+        CHECK(info.tick == 0);
+        CHECK(info.time == 0);
+        CHECK(info.channel == 2);
+        info.map = nullptr;
+        CHECK(E::UpdateRealTimeInfo(&info, 2400) == 0);
+    }
+    E::ResetRealTimeInfo(nullptr);
+    CHECK(E::UpdateRealTimeInfo(nullptr, 0) == 0);
+    CHECK(E::CreateSequenceTimeMap(nullptr) == nullptr);
+    CMasterTrack uncreated;
+    tagSequenceTimeMap* const map = E::CreateSequenceTimeMap(&uncreated);
+    CHECK(E::SearchTimePosition(960, map, 0) == 1000); // the tempo that applies without any
+    torv::ReleaseSequenceTimeMap(map);
+    DWORD start = 0;
+    DWORD end = 0;
+    CHECK(E::IntersectTime(&start, &end, 10, 20, 15, 30) == 1);
+    CHECK(start == 15);
+    CHECK(end == 20);
+    CHECK(E::IntersectTime(nullptr, nullptr, 10, 20, 20, 30) == 0); // touching
+}
+
+TEST_CASE("encoder: the writers of who derives from it") {
+    Inside encoder;
+    Chart chart;
+    Fill(chart);
+    chart.Close();
+    CCsqEvent event;
+    event.Attach(&chart.Track());
+    CSequenceObject* const track = &chart.Track();
+    tagQuillMidiRealtimeInfo info{0, kMap, 2880, 4000, 0, 0, 72};
+    CIconVibrato vibrato(4, 4, 1);
+    CIconDynamics swell(5, 2, 1);
+    const BYTE bytes[] = {0xB2, 1, 2, 0xB2, 3, 4};
+    const auto results = [&] {
+        std::vector<int> all;
+        for (const int kind : {249, 244, 245}) {
+            REQUIRE(event.GetNext() == kind);
+            all.insert(all.end(),
+                       {encoder.WriteCsqSingerEvent(&event, &info), encoder.WriteQsqDynamicsEvent(&event, &info),
+                        encoder.WriteCsqAnoteEvent(&event, &info)});
+        }
+        all.insert(all.end(),
+                   {encoder.InsertContinuousVibrato(3000, &vibrato, &info),
+                    encoder.InsertContinuousDynamics(3000, &swell, &info),
+                    encoder.InsertContinuousDynamics(track, &info), encoder.InsertContinuousPitchBend(track, &info),
+                    encoder.InsertContinuousVoiceControl(track, &info), encoder.WriteChMessage(0xC2, 1),
+                    encoder.WriteChMessage(0xB2, 7, 8), encoder.WriteQuillMidiMessage(5, 2, bytes, 2),
+                    encoder.WriteEOVM(480, 2, 7)});
+        event.SeekToBegin();
+        return all;
+    };
+    const auto isNone = [](int result) { return result == 0; };
+    auto without = results(); // no buffer
+    CHECK(std::all_of(without.begin(), without.end(), isNone));
+    CQuillMidiBuffer buffer;
+    buffer.Create(1, 2000, 0);
+    {
+        const Inside::TrackRun run(encoder, buffer, track);
+        CHECK(results() == std::vector<int>{1, 0, 0, 0, 1, 0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1});
+        event.GetNext();
+        CHECK(encoder.WriteCsqSingerEvent(&event, nullptr) == 0);
+        CHECK(encoder.WriteCsqAnoteEvent(nullptr, &info) == 0);
+        CHECK(encoder.WriteQsqDynamicsEvent(nullptr, nullptr) == 0);
+        CHECK(encoder.WriteQuillMidiTrack(nullptr, kMap) == 0);
+        CHECK(encoder.InsertContinuousVibrato(0, nullptr, &info) == 0);
+        CHECK(encoder.InsertContinuousPitchBend(nullptr, &info) == 0);
+        CHECK(encoder.InsertContinuousDynamics(track, nullptr) == 0);
+    }
+    event.SeekToBegin();
+    without = results();
+    CHECK(std::all_of(without.begin(), without.end(), isNone)); // after the run too
+
+    const auto entries = EntriesOf(buffer);
+    const auto has = [&](const StreamEntry& entry) { return std::count(entries.begin(), entries.end(), entry) == 1; };
+    CHECK(has({5, 0, {0xB2, 1, 2}}));
+    CHECK(has({7, 0, {0xB2, 3, 4}}));
+    CHECK(entries.back().time == 7);
+    CHECK(entries.back().bytes == Bytes{0xB2, 99, 0x52, 0xB2, 98, 0, 0xB2, 6, 0, 0xB2, 38, 0, 0, 0, 0, 0});
+
+    Bytes out(48);
+    tagQuillNPRNBlock block;
+    CHECK(Inside::WriteStartNPRNEvents(out.data(), 0x12, 0x63, &block) == 12);
+    CHECK(block.nextLsb == 1);
+    CHECK(Inside::WriteStartNPRNEvents(out.data(), 0x12, 0x63, 0x4000 + 130, &block) == 24);
+    CHECK(Inside::WriteNextNPRNEvents(out.data() + 24, 5, 0x80, &block) == 9);
+    CHECK(Inside::WriteNextNPRNEvents(out.data() + 33, 200, 0x7F, &block) == 12);
+    CHECK(block.nextLsb == 4);
+    CHECK(block.dataMsb == 200);
+    CHECK(block.dataLsb == 0x7F);
+    CHECK(out == Bytes{0xB2, 99,   0x63, 0xB2, 98,   0,    0xB2, 6,    0,    0xB2, 38,   0,    0xB2, 99, 0x63, 0xB2,
+                       98,   1,    0xB2, 6,    1,    0xB2, 38,   2,    0xB2, 99,   0x63, 0xB2, 98,   2,  0xB2, 6,
+                       5,    0xB2, 99,   0x63, 0xB2, 98,   3,    0xB2, 6,    200,  0xB2, 38,   0x7F, 0,  0,    0});
+
+    tagQuillMidiOutNoteParam note{};
+    for (int kind = 0; kind != 245;)
+        kind = event.GetNext();
+    REQUIRE(encoder.CreateQuillNoteStruct(&note, &event, &info) == 1);
+    encoder.SetNoteSegmentParam(&note, &info, 1, nullptr); // there is one segment
+    encoder.SetNoteSegmentParam(nullptr, &info, 0, nullptr);
+    encoder.DeleteQuillNoteStruct(&note, &info);
+    CHECK(note.segments == nullptr);
+    CHECK(info.lastSegmentTick == 2700);
+    CHECK(encoder.CreateQuillNoteStruct(&note, nullptr, &info) == 0);
+}
+
+TEST_CASE("encoder: a stream for which memory does not suffice is no stream") {
+    Chart chart;
+    Fill(chart);
+    chart.Close();
+    CxQuillMidiEncoder whole;
+    const auto expected = EntriesOf(*chart.Encode(whole));
+    FailEachAllocation([&](AllocationFailure& failure) {
+        CxQuillMidiEncoder encoder;
+        const auto stream = failure.During([&] { return chart.Encode(encoder); });
+        CHECK((stream == nullptr) == failure.HasHappened());
+        if (stream)
+            CHECK(EntriesOf(*stream) == expected);
+    });
+}
+
+TEST_CASE("encoder: ten times the values at one tick take ten times as long, not a hundred times") {
+    for (const int mode : {0, 1}) {
+        CQuillMidiBuffer buffer;
+        buffer.Create(mode, 2000, 0);
+        CBreakPointList list;
+        for (int i = 0; i < 100000; ++i)
+            AddPoint(&list, 1920, i & 127);
+        CxQMOutTremoloDepth curve;
+        curve.AttachObject(&list);
+        tagQuillMidiRealtimeInfo info{};
+        info.map = kMap;
+        const std::clock_t start = std::clock();
+        CHECK(curve.OutputParam(&buffer, &info) == 1);
+        CHECK((std::clock() - start) / CLOCKS_PER_SEC < 5); // of processor time: half a second, or half a minute
+    }
+}
