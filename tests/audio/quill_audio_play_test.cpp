@@ -171,18 +171,14 @@ TEST_CASE("quill audio play: a loop goes on until it is stopped, and again at on
     {
         Held buffer(1, 8, "abcde", 4);
         CHECK(CxQuillAudio::AudioPlay(owner.window, &buffer, 1, 4, 1, 0) == 1);
-        std::atomic<bool> end = false;
-        BegunThread plays([&] {
-            while (!end)
-                recorder->Finish(1);
-        });
-        owner.Await(1000);
-        end = true;
-        CHECK(plays.End());
+        for (int i = 0; i < 200; ++i) {
+            REQUIRE(recorder->Finish(1) == 1);
+            owner.Await(1);
+        }
         while (expected.size() < Played(recorder).size())
             expected += "bcd";
         expected.resize(Played(recorder).size());
-        CHECK(expected.size() >= 4000);
+        CHECK(expected.size() == 800);
         CHECK(Played(recorder) == expected);
         owner.TakeNotes();
         owner.whenOver = [&] { CHECK(CxQuillAudio::AudioPlay(owner.window, &buffer, 0, 5, 0, 0) == 1); };

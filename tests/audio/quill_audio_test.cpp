@@ -79,20 +79,17 @@ TEST_CASE("quill audio: any PCM wave comes back bit for bit, with all its chunks
             CHECK(buffer.GetModify() == 0);
             CHECK(buffer.IsTop());
             CHECK(Content(buffer) == data);
-            CHECK(audio.Save(&buffer) == 1);
-            CHECK(file.Get() == bytes);
             CWaveBuffer place; // known by its file only
             CHECK(audio.ReadProperty(&place) == 1);
-            CHECK(audio.Save(&place) == 1);
+            CHECK(audio.Save(flags ? &place : &buffer) == 1);
             CHECK(file.Get() == bytes);
         }
         CHECK(file.IsAlone());
     };
-    for (const int channels : {1, 3})
-        for (const int bits : {8, 12, 24})
-            for (const size_t size : {0u, 7u, 96u, 70001u}) // broken frames too
-                for (const bool pad : {true, false})
-                    roundTrips(channels, bits, size, pad);
+    for (const auto& [channels, bits] : {std::pair(1, 8), {3, 12}, {2, 24}})
+        for (const size_t size : {0u, 7u, 70001u}) // broken frames too
+            for (const bool pad : {true, false})
+                roundTrips(channels, bits, size, pad);
 }
 
 TEST_CASE("quill audio: the format chunk") {
@@ -457,7 +454,7 @@ TEST_CASE("quill audio: a mix of many blocks is the sum, from memory and from fi
     REQUIRE(audio.ReadProperty(&place) == 1);
     __tagMixDownTrack tracks[] = {{0, 0, 0, 0, &mono}, {start, 0, 0, 0, &stereo}};
     // Last, the mix replaces a file that it is made of.
-    for (const Scratch* const file : {&target, &target, &source}) {
+    for (const Scratch* const file : {&target, &source}) {
         CHECK(audio.AudioMixDown(file->Text(), tracks, 2) == 1);
         CHECK((file->Get() == Wave(Fmt(2, 16) + Chunk("data", sum)))); // too long to be shown
         tracks[1].buffer = &place;
@@ -480,7 +477,6 @@ TEST_CASE("quill audio: without memory a load, a save and a mix answer 0, and no
         for (const CString& name : {audio.GetFilePath(), buffer.GetFilePath()})
             CHECK(name == (saved ? target : file).Text());
         CHECK(buffer.GetModify() == !saved);
-        CHECK(audio.Save(&buffer) == 1);
     });
     const Scratch file(Wave(Fmt(1, 16) + list + Chunk("data", "abcd")));
     const CString path = file.Text();

@@ -7,7 +7,7 @@
 #include <atomic>
 
 TEST_CASE("seek gate: however late a seek comes, it is done once, and never by two threads at a time") {
-    for (int round = 0; round < 50; ++round) {
+    for (int round = 0; round < 20; ++round) {
         torv::SeekGate gate;
         std::atomic<int> posted = 0; // the queue
         std::atomic<bool> isPlaying = true;
