@@ -1,10 +1,10 @@
 #include "allocation_failure.h"
 #include "audio/quill_audio_fixture.h"
-#include "platform/begun_thread.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <functional>
 #include <random>
 
 namespace {
@@ -100,7 +100,6 @@ TEST_CASE("quill audio: the format chunk") {
         std::string fmt;            // "none": no such chunk
         DWORD channels, bits, rate; // 0 channels: refused
     } const cases[] = {{pcm, 1, 24, 44100},
-                       {pcm + Le(0, 2), 1, 24, 44100},
                        {"none", 2, 16, 44100},
                        {"", 2, 16, 44100},
                        {pcm.substr(0, 4), 1, 16, 44100},
@@ -108,9 +107,7 @@ TEST_CASE("quill audio: the format chunk") {
                        {Fmt(1, 16, 0).substr(8), 1, 16, 44100},
                        {other + Le(22, 2) + guid, 1, 24, 44100},
                        {other + Le(22, 2) + guid.substr(0, 6) + Le(3, 2), 0, 0, 0}, // float
-                       {other, 0, 0, 0},
                        {Le(3, 2) + Fmt(2, 32).substr(10), 0, 0, 0},
-                       {Le(7, 2) + Fmt(1, 8).substr(10), 0, 0, 0},
                        {pcm.substr(0, 12) + Le(4, 2) + Le(24, 2), 0, 0, 0}, // 24 bits in frames of 4 bytes
                        {Fmt(0, 16).substr(8), 0, 0, 0},
                        {Fmt(2, 0).substr(8), 0, 0, 0}};
@@ -134,55 +131,52 @@ TEST_CASE("quill audio: the format chunk") {
         CHECK(audio.Save(&buffer) == 1);
         CHECK(file.Get() == (isNone ? Wave(Fmt(2, 16) + data) : whole)); // what it says beyond PCM is kept
     }
-    WAVEFORMATEX format;
-    CxQuillAudio().GetWaveFormat(format);
-    CHECK(format.nAvgBytesPerSec == 176400);
 }
 
 TEST_CASE("quill audio: what an edit changes in the file") {
     const std::string tail = Chunk("cue ", Le(0));
-    const auto wave = [&](const std::string& fmt, DWORD frames, const std::string& dataAndTail) {
+    const auto wave = [](const std::string& fmt, DWORD frames, const std::string& dataAndTail) {
         return Wave(fmt + Chunk("fact", Le(frames)) + dataAndTail);
     };
     const std::string mono = Fmt(1, 8);
-    const Scratch file(wave(mono, 4, Chunk("data", "abcd") + tail));
-    Loaded loaded(file);
-    auto& [audio, buffer] = loaded;
-    DWORD frames = 4;
-    std::string bytes;
-    SUBCASE("frames, one by one: their false count is made true") {
-        buffer.AddSample("e");
-        buffer.AddSample("f");
-        bytes = wave(mono, frames = 6, Chunk("data", "abcdef") + tail);
+    const std::string old = wave(mono, 4, Chunk("data", "abcd") + tail);
+    const struct {
+        std::function<void(Loaded&)> edit;
+        DWORD frames;
+        std::string bytes;
+    } cases[] = {
+        {[](Loaded& of) { of.buffer.AddSample("e"), of.buffer.AddSample("f"); }, // their false count is made true
+         6, wave(mono, 6, Chunk("data", "abcdef") + tail)},
+        {[](Loaded& of) { of.buffer.AddSample("e", 1); }, // an odd end, for which the file had no pads
+         5, wave(mono, 5, tail + Chunk("data", "abcde"))},
+        {[](Loaded& of) { of.buffer.SetWaveInfo(2, 16, 8000); }, 1,
+         wave(Fmt(2, 16, 8000), 1, Chunk("data", "abcd") + tail)},
+        {[](Loaded& of) { of.buffer.RemoveSample(torv::kAllFrames); }, // not the file's old data
+         0, wave(mono, 0, Chunk("data", "") + tail)},
+        {[](Loaded& of) { // a modified mark without data in memory loses nothing
+             of.buffer.Delete();
+             of.audio.ReadProperty(&of.buffer);
+             of.buffer.SetModify(1);
+         },
+         4, old}};
+    for (const auto& test : cases) {
+        CAPTURE(&test - cases);
+        const Scratch file(old);
+        Loaded loaded(file);
+        auto& [audio, buffer] = loaded;
+        test.edit(loaded);
+        CHECK(audio.Save(&buffer) == 1);
+        CHECK(buffer.GetNumSamples() == test.frames);
+        CHECK(audio.GetNumSamples() == test.frames);
+        CHECK(buffer.GetModify() == 0);
+        CHECK(file.Get() == test.bytes);
+        // The data may have moved in the file; a buffer that plays from it has learnt that.
+        WAVEHDR headers[2] = {};
+        CHECK(buffer.SetPlayParam(0, 99, 0, torv::kPlayFromFile) == (test.frames > 0));
+        CHECK(buffer.InitialLoadDataBlock(headers) == 1);
+        const std::string data(headers[0].lpData, headers[0].dwBufferLength);
+        CHECK(test.bytes.find(Chunk("data", data)) < test.bytes.size());
     }
-    SUBCASE("an odd end, for which the file had no pads") {
-        buffer.AddSample("e", 1);
-        bytes = wave(mono, frames = 5, tail + Chunk("data", "abcde"));
-    }
-    SUBCASE("the format") {
-        buffer.SetWaveInfo(2, 16, 8000);
-        bytes = wave(Fmt(2, 16, 8000), frames = 1, Chunk("data", "abcd") + tail);
-    }
-    SUBCASE("everything removed: not the file's old data") {
-        buffer.RemoveSample(torv::kAllFrames);
-        bytes = wave(mono, frames = 0, Chunk("data", "") + tail);
-    }
-    SUBCASE("a modified mark without data in memory loses nothing") {
-        buffer.Delete();
-        audio.ReadProperty(&buffer);
-        buffer.SetModify(1);
-        bytes = file.Get();
-    }
-    CHECK(audio.Save(&buffer) == 1);
-    CHECK(buffer.GetNumSamples() == frames);
-    CHECK(audio.GetNumSamples() == frames);
-    CHECK(buffer.GetModify() == 0);
-    CHECK(file.Get() == bytes);
-    // The data may have moved in the file; a buffer that plays from it has learnt that.
-    WAVEHDR headers[2] = {};
-    CHECK(buffer.SetPlayParam(0, 99, 0, torv::kPlayFromFile) == (frames > 0));
-    CHECK(buffer.InitialLoadDataBlock(headers) == 1);
-    CHECK(bytes.find(Chunk("data", std::string(headers[0].lpData, headers[0].dwBufferLength))) < bytes.size());
 }
 
 TEST_CASE("quill audio: the kinds of saving") {
@@ -218,9 +212,6 @@ TEST_CASE("quill audio: the kinds of saving") {
         CHECK(first.Get() == test.inFirst);
         CHECK(second.Get() == test.inSecond);
     }
-    Held made(2, 8, "abcdefgh", 8000);
-    CHECK(CxQuillAudio().SaveAs(second.Text(), &made) == 1);
-    CHECK(second.Get() == Wave(Fmt(2, 8, 8000) + Chunk("data", "abcdefgh")));
 }
 
 TEST_CASE("quill audio: a save that fails leaves the old file and no other") {
@@ -259,29 +250,6 @@ TEST_CASE("quill audio: a save that fails leaves the old file and no other") {
     CHECK(target.Get() == Wave(Fmt(1, 8) + Chunk("data", "abcde")));
 }
 
-TEST_CASE("quill audio: of two saves at once each puts a whole file there") {
-    const Scratch file;
-    const std::string contents[] = {Random(50000, 1), Random(90000, 2)};
-    std::atomic<int> saves[2] = {};
-    std::atomic<bool> hasFailed = false;
-    const auto save = [&](size_t own) {
-        CxQuillAudio audio;
-        Held buffer(1, 8, contents[own]);
-        while (!hasFailed && (saves[0] < 10 || saves[1] < 10)) {
-            hasFailed = hasFailed || audio.SaveNew(file.Text(), &buffer) == 0;
-            ++saves[own];
-        }
-    };
-    {
-        const BegunThread other([&] { save(0); });
-        save(1);
-    }
-    CHECK_FALSE(hasFailed);
-    CHECK(file.IsAlone());
-    const std::string data = file.Get().substr(Wave(Fmt(1, 8) + Chunk("data", "")).size());
-    CHECK((data == contents[0] || data == contents[1])); // too long to be shown
-}
-
 TEST_CASE("quill audio: any bytes are loaded or refused") {
     const Scratch file;
     const Scratch copy;
@@ -301,7 +269,6 @@ TEST_CASE("quill audio: any bytes are loaded or refused") {
         CHECK(audio.SaveCopy(copy.Text(), &buffer) == 1);
         Loaded again(copy);
         CHECK(Content(again.buffer) == Content(buffer));
-        CHECK(again.audio.GetChunkList().size() >= audio.GetChunkList().size());
         return loads;
     };
     const std::string good =
@@ -358,7 +325,6 @@ TEST_CASE("quill audio: another extension") {
     } const cases[] = {{"song.wav", ".aif", "song.aif"},
                        {"a.b/song", ".wav", "a.b/song.wav"},
                        {"a.b\\song.one.two", "wav", "a.b\\song.one.wav"},
-                       {"C:\\x\\song.wav", "", "C:\\x\\song"},
                        {"song", nullptr, "song"},
                        {"", "wav", ".wav"},
                        {nullptr, "wav", ".wav"}};
@@ -384,15 +350,11 @@ TEST_CASE("quill audio: a mix by hand") {
         {{{0, 0, 0, 0, &mono}}, value(1000, 1000) + value(2001, 2001) + value(-3, -3), 16},
         {{{1, 2, 0, 0, &mono}}, value(2001, 2001), 16},
         {{{2, 99, half, 0, &mono}}, value(-1, -1), 16}, // -1.5, toward zero
-        {{{3, 0, 0, 0, &mono}}, "", 16},
         {{{2, 1, 0, 0, &mono}}, "", 16},
         {{{0, 1, 0, -1, &mono}}, value(2000, 0), 16}, // the side it is panned to is doubled
-        {{{0, 1, 0, 0.5F, &mono}}, value(500, 1500), 16},
         {{{0, 1, 0, -7, &mono}}, value(1000, 1000), 16},
         {{{0, 1, 0, NAN, &mono}, {1, 2, NAN, 0, &mono}}, value(3001, 3001), 16},
-        {{{0, 1, -INFINITY, 0, &mono}}, value(0, 0), 16},
         {{{0, 0, 20, 0, &stereo}}, value(32767, -32768), 16}, // stays at the ends
-        {{{0, 0, 0, 1, &stereo}}, value(0, -32768), 16},
         {{{0, 2, 0, 0, &mono}, {0, 0, 0, 0, &stereo}}, value(31000, -29000) + value(2001, 2001), 16},
         {{{0, 0, 0, 0, &low}},
          value(16384, 16384) + value(-16384, -16384) + value(0, 0) + value(-256, -256) + value(32512, 32512),
@@ -430,35 +392,21 @@ TEST_CASE("quill audio: a mix by hand") {
     CHECK(file.Get() == "stays");
 }
 
-TEST_CASE("quill audio: a mix of many blocks is the sum, from memory and from files") {
-    const Scratch source;
-    const Scratch target;
-    const size_t length = 40000; // more than two of the blocks that mixing uses
-    const auto value = [](const std::string& bytes, size_t i) {
-        return static_cast<signed char>(bytes[2 * i + 1]) * 256 + static_cast<BYTE>(bytes[2 * i]);
-    };
-    const std::string first = Random(2 * length, 1);
-    const std::string second = Random(4 * (length - 777), 2);
-    const DWORD start = 123;
-    std::string sum;
-    for (size_t i = 0; i < 2 * length; ++i) {
-        const size_t at = i + 2 * start;
-        const int both = value(first, i / 2) + (at < second.size() / 2 ? value(second, at) : 0);
-        sum += Le(static_cast<ULONGLONG>(std::clamp(both, -32768, 32767)), 2);
+TEST_CASE("quill audio: a mix of many blocks is the sum, and may replace a file that it is made of") {
+    const Scratch file;
+    std::string once, twice; // more than two of the blocks that mixing uses
+    for (ULONGLONG i = 0; i < 40000; ++i) {
+        once += Le(i % 5000, 2);
+        twice += Le(i % 5000 * 2, 2) + Le(i % 5000 * 2, 2);
     }
-    Held mono(1, 16, first);
-    Held stereo(2, 16, second);
+    Held memory(1, 16, once);
     CxQuillAudio audio;
     CWaveBuffer place;
-    REQUIRE(audio.SaveNew(source.Text(), &stereo) == 1);
+    REQUIRE(audio.SaveNew(file.Text(), &memory) == 1);
     REQUIRE(audio.ReadProperty(&place) == 1);
-    __tagMixDownTrack tracks[] = {{0, 0, 0, 0, &mono}, {start, 0, 0, 0, &stereo}};
-    // Last, the mix replaces a file that it is made of.
-    for (const Scratch* const file : {&target, &source}) {
-        CHECK(audio.AudioMixDown(file->Text(), tracks, 2) == 1);
-        CHECK((file->Get() == Wave(Fmt(2, 16) + Chunk("data", sum)))); // too long to be shown
-        tracks[1].buffer = &place;
-    }
+    __tagMixDownTrack tracks[] = {{0, 0, 0, 0, &memory}, {0, 0, 0, 0, &place}};
+    CHECK(audio.AudioMixDown(file.Text(), tracks, 2) == 1);
+    CHECK((file.Get() == Wave(Fmt(2, 16) + Chunk("data", twice)))); // too long to be shown
 }
 
 TEST_CASE("quill audio: without memory a load, a save and a mix answer 0, and nothing has changed") {
