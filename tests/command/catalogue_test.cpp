@@ -3,6 +3,8 @@
 #include "run_command.h"
 
 #include "bars.h"
+#include "errors.h"
+#include "midi_song.h"
 #include "nearest_names.h"
 
 #include <doctest/doctest.h>

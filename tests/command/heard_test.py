@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/ usr / bin / env python3
 """What `torv play` sends to the sound server is what `torv sing` writes: a sink of a private PulseAudio is recorded while
 the example song plays into it. Usage: heard_test.py SONG COMMAND...  Exits with 77 where there is no PulseAudio."""
 
@@ -95,7 +95,7 @@ def main():
         run(command + ["sing", song, "-o", os.path.join(folder, "sung.wav"), "--quiet"])
         sung = mono_wave(os.path.join(folder, "sung.wav"))
         server = SoundServer(folder)
-        # Wine keeps its own folder.
+#Wine keeps its own folder.
         environment = dict(server.environment, HOME=os.environ.get("HOME", folder), SDL_AUDIODRIVER="pulseaudio")
         try:
             for _ in range(TRIES):

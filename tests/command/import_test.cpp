@@ -1,11 +1,14 @@
 #include "midi_bytes.h"
 
+#include "errors.h"
 #include "lyric_line.h"
 #include "midi_song.h"
+#include "syllables.h"
 #include "tempo_trail.h"
 #include "text_encoding.h"
 #include "voice_line.h"
 
+#include "torv/platform/language.h"
 #include "torv/score/master_track.h"
 
 #include <doctest/doctest.h>
@@ -67,6 +70,14 @@ TEST_CASE("MIDI files: running status, zero velocity, overlaps of one key, notes
     CHECK(rows ==
           std::vector<std::vector<uint32_t>>{{0, 20, 60}, {10, 125, 62}, {20, 10, 64}, {25, 10, 64}, {35, 100, 70}});
     CHECK(song.tracks[0].name == "Conductor");
+
+    TrackBytes odd; // four bytes of tempo, with a zero before or behind; a velocity of eight bits
+    odd.Meta(0, 0x51, std::string("\0\x07\xA1\x20", 4)).Meta(480, 0x51, std::string("\x07\xA1\x20\0", 4));
+    odd.Event(0, {0x90, 60, 200}).Off(480, 60);
+    const MidiSong read = Read(MidiFile(0, 480, {odd}));
+    CHECK(read.tempos.at(0).microsecondsPerQuarter == 500000);
+    CHECK(read.tempos.at(1).microsecondsPerQuarter == 500000);
+    CHECK(read.tracks.at(0).notes.at(0).velocity == 127);
 }
 
 TEST_CASE("MIDI files: one that is cut anywhere is an error with a place, never more") {
@@ -85,6 +96,8 @@ TEST_CASE("MIDI files: one that is cut anywhere is an error with a place, never 
     FileBytes broken = whole;
     broken[broken.size() - 12] = 0xF4; // a status that is none
     CHECK(ErrorOf(broken).find("track 2 is broken") != std::string::npos);
+    CHECK(ErrorOf(MidiFile(1, 480, {TrackBytes().On(0, 60).Off(7, 188)})).find("the key 188 at tick 7") !=
+          std::string::npos);
     CHECK(ErrorOf(MidiFile(1, 480, {TrackBytes()})).find("no notes") != std::string::npos);
     CHECK(ErrorOf(MidiFile(1, 0, {track})).find("division is 0") != std::string::npos);
 }
@@ -113,6 +126,8 @@ TEST_CASE("lyrics: encodings told apart, and what the library's code page makes 
     CHECK(ToUtf8("\x82\xB3", TextEncoding::ShiftJis) == "\xE3\x81\x95");
     CHECK(ToUtf8("a\xFF", TextEncoding::Utf8) == "a\xEF\xBF\xBD");
     CHECK(Utf8ToCodePage932("caf\xC3\xA9 \xE2\x80\x99tis \xE3\x81\x95\xF0\x9F\x8E\xB5") == "cafe 'tis \x82\xB3");
+    CHECK(Utf8ToCodePage932("T\xC5\x8Dky\xC5\x8D \xC5\x92uvre \xC5\xBEivot o\xCC\x84 \xC4\xB2\xC5\xBF \xC3\x97") ==
+          "Tokyo OEuvre zivot o IJs x");
     CHECK((HasKana("\xEF\xBD\xB1") && !HasKana("abc") && HasKanji("\xE6\xA1\x9C") && !HasKanji("\xE3\x81\x95")));
     const auto looksJapanese = [](const Texts& texts) {
         LyricLine line;
@@ -123,6 +138,33 @@ TEST_CASE("lyrics: encodings told apart, and what the library's code page makes 
     CHECK(looksJapanese({"sa", "ku", "ra", "shi", "n", "kyo", "tte"}));
     CHECK_FALSE(looksJapanese({"no", "me", "to"})); // too short to tell
     CHECK_FALSE(looksJapanese({"sa", "ku", "ra", "ra", "ra", "ra", "with"}));
+}
+
+TEST_CASE("lyrics: no character is cut") {
+    // Trail bytes may be letters and signs: so, no, the wide HELLO, hyphens in plain text only.
+    const struct {
+        std::string text;
+        int language;
+        Texts syllables;
+    } rows[] = {
+        {"la-la le", torv::kEnglish, {"la-", "la le"}},
+        {"\x83\x5C\x94\x5C x", torv::kEnglish, {"\x83\x5C\x94\x5C", "x"}},
+        {"a\x82\x67\x82\x64-b", torv::kEnglish, {"a", "\x82\x67\x82\x64", "-", "b"}},
+        {std::string(31, 'a') + "\x83\x5C", torv::kEnglish, {std::string(31, 'a'), "\x83\x5C"}},
+        {std::string(33, 'a'), torv::kEnglish, {std::string(32, 'a'), "a"}},
+        {"\xB6\xDE\x82\xB3\xB7\xAC\xB0n a", torv::kJapanese, {"\xB6\xDE", "\x82\xB3", "\xB7\xAC\xB0", "n", "a"}},
+        {"\x82\xAB\x82\xE1\x83\x5C", torv::kJapanese, {"\x82\xAB\x82\xE1", "\x83\x5C"}},
+        {"", torv::kJapanese, {""}},
+        {"la", 7, {"la"}},
+    };
+    for (const auto& row : rows) {
+        CAPTURE(row.text);
+        CHECK(CutIntoSyllables(row.text, row.language) == row.syllables);
+    }
+    CHECK(CutAtCharacter("caf\xC3\xA9", 4) == "caf");
+    CHECK(CutAtCharacter("caf\xC3\xA9", 5) == "caf\xC3\xA9");
+    CHECK(CutAtCharacter("\x83\x5C\x82\xB3\x82\xB3", 5) == "\x83\x5C\x82\xB3");
+    CHECK(CutAtCharacter("caf\xE9 \xE9t\xE9", 7) == "caf\xE9 \xE9t");
 }
 
 TEST_CASE("voice: one note at a time, joined where they meet, syllables where they fall") {

@@ -1,27 +1,25 @@
 // What torv info tells of files.
 #include "describe.h"
+#include "errors.h"
 #include "run_command.h"
-
-#include "midi_song.h"
+#include "wave_bytes.h"
 
 #include <doctest/doctest.h>
 
 #include <algorithm>
+#include <sstream>
 
 namespace {
 
-/// A stereo PCM wave of three frames with an odd chunk before its data, padded or not.
+Json AboutWave(const FileBytes& bytes) {
+    std::istringstream file(std::string(bytes.begin(), bytes.end()));
+    return DescribeWave("w", file);
+}
+
+/// A stereo wave of three frames with an odd chunk before its data, padded or not.
 FileBytes WaveWithOddChunk(bool isPadded) {
-    FileBytes bytes{'R', 'I', 'F', 'F', 0,   0,   0,   0,   'W',  'A',  'V', 'E', 'f',  'm',  't', ' ',
-                    16,  0,   0,   0,   1,   0,   2,   0,   0x44, 0xAC, 0,   0,   0x10, 0xB1, 2,   0,
-                    4,   0,   16,  0,   'o', 'd', 'd', ' ', 3,    0,    0,   0,   1,    2,    3};
-    if (isPadded)
-        bytes.push_back(0);
-    for (const unsigned char byte : {'d', 'a', 't', 'a'})
-        bytes.push_back(byte);
-    for (const unsigned char byte : {12, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12})
-        bytes.push_back(byte);
-    return bytes;
+    return RiffOf(FormatChunk(1, 2, 16, 44100) + WaveChunkOf("odd ", {1, 2, 3}) + FileBytes(isPadded ? 1 : 0, 0) +
+                  WaveChunkOf("data", {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
 }
 
 } // namespace
@@ -29,20 +27,62 @@ FileBytes WaveWithOddChunk(bool isPadded) {
 TEST_CASE("info: waves, with odd chunks and cut short anywhere") {
     for (const bool isPadded : {false, true}) {
         const FileBytes whole = WaveWithOddChunk(isPadded);
-        const Json about = DescribeWave("w", whole);
-        CHECK((about["channels"] == 2 && about["bits"] == 16 && about["rate"] == 44100 && about["frames"] == 3));
+        const Json about = AboutWave(whole);
+        CHECK(about["channels"] == 2);
+        CHECK(about["bits"] == 16);
+        CHECK(about["rate"] == 44100);
+        CHECK(about["frames"] == 3);
         CHECK(about["chunks"].size() == 3);
-        CHECK(about["chunks"][2]["id"] == "data");
+        CHECK(about["chunks"][2] == Json{{"id", "data"}, {"offset", isPadded ? 56 : 55}, {"bytes", 12}});
         for (size_t size = 12; size < whole.size(); ++size) {
             try {
-                const Json cut = DescribeWave("w", FileBytes(whole.begin(), whole.begin() + static_cast<long>(size)));
-                CHECK(cut["frames"].get<int>() < 3);
+                const Json cut = AboutWave({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)});
+                CHECK(cut["frames"].get<size_t>() == (size < 56 ? 0 : (size - (isPadded ? 56 : 55)) / 4));
             } catch (const InputError& error) {
                 CHECK(size < 36); // before the end of the format
                 CHECK(error.message.find("no format chunk") != std::string::npos);
             }
         }
     }
+}
+
+TEST_CASE("info: how long waves of every kind are") {
+    const FileBytes data(1000, 'x');
+    const FileBytes second = WaveChunkOf("data", FileBytes(8, 'y'));
+    // IMA ADPCM: blocks of 512 bytes; 8000 Hz of 16-bit frames would be 16000 bytes a second.
+    const FileBytes adpcm = FormatChunk(0x11, 1, 16, 8000);
+    FileBytes extensible = FormatChunk(0xFFFE, 2, 32, 8000);
+    extensible[4] = 40;
+    Append(extensible, Little(22, 2) + Little(32, 2) + Little(3, 4) + Little(3, 2) + FileBytes(14, 0));
+    const struct {
+        FileBytes wave;
+        const char* encoding;
+        double seconds;
+        size_t missing;
+    } rows[] = {
+        {RiffOf(FormatChunk(3, 1, 32, 1000) + WaveChunkOf("data", data) + second), "float", 0.25, 0},
+        {RiffOf(FormatChunk(6, 1, 8, 8000) + FormatChunk(1, 1, 8, 1) + WaveChunkOf("data", data)), "A-law", 0.125, 0},
+        {RiffOf(adpcm + WaveChunkOf("fact", Little(4000, 4)) + WaveChunkOf("data", data)), "IMA ADPCM", 0.5, 0},
+        {RiffOf(adpcm + WaveChunkOf("data", data)), "IMA ADPCM", 0.0625, 0},
+        {RiffOf(FormatChunk(0x1234, 1, 8, 1000) + WaveChunkOf("data", data)), "format 4660", 1.0, 0},
+        {RiffOf(extensible + WaveChunkOf("data", data)), "float", 0.015625, 0}, // 125 frames
+        {RiffOf(FormatChunk(1, 1, 8, 1000) + WaveChunkOf("data", data, 0xFFFFFFFF)), "PCM", 1.0, 0xFFFFFFFF - 1000},
+        {RiffOf(FormatChunk(1, 1, 8, 1000) + WaveChunkOf("data", data, 0), 0), "PCM", 1.0, 0},
+        {RiffOf(FormatChunk(1, 1, 8, 1000) + WaveChunkOf("data", {}) + second), "PCM", 0.0, 0}, // empty indeed
+    };
+    for (const auto& row : rows) {
+        const Json about = AboutWave(row.wave);
+        CAPTURE(about.dump());
+        CHECK(about["encoding"] == row.encoding);
+        CHECK(about["seconds"] == row.seconds);
+        size_t missing = 0;
+        for (const Json& chunk : about["chunks"])
+            missing += chunk.value("missing", size_t{0});
+        CHECK(missing == row.missing);
+    }
+    CHECK_FALSE(AboutWave(RiffOf(FormatChunk(1, 1, 8, 0) + second)).contains("seconds"));
+    CHECK(ClockText(59.96) == "1:00.0");
+    CHECK(ClockText(3599.94) == "59:59.9");
 }
 
 TEST_CASE("info: a song's tracks, tempos and lyrics; an engine's stream by its blocks") {
@@ -52,9 +92,17 @@ TEST_CASE("info: a song's tracks, tempos and lyrics; an engine's stream by its b
     FileBytes bytes = MidiFile(1, 480, {conductor, voice});
     Json about = DescribeMidi("m", bytes);
     CHECK(about["seconds"].get<double>() == doctest::Approx(1.0 + 1.0)); // two beats at 120, one at 60
-    CHECK(about["tempos"][1]["beatsPerMinute"] == 60);
+    CHECK(about["beats"] == 3);
+    CHECK(about["tempos"][1] == Json{{"beat", 3.0}, {"seconds", 1.0}, {"beatsPerMinute", 60.0}}); // beats count from 1
     CHECK(about["tracks"][1]["lyrics"] == "Twinkle");
-    CHECK((about["tracks"][1]["lowestKey"] == 60 && about["tracks"][1]["highestKey"] == 67));
+    CHECK(about["tracks"][1]["lowestKey"] == 60);
+    CHECK(about["tracks"][1]["highestKey"] == 67);
+
+    bytes = MidiFile(1, 0xE350, {voice}); // 29.97 frames of 80 ticks
+    about = DescribeMidi("m", bytes);
+    CHECK(about["division"] == Json{{"framesPerSecond", 29.97}, {"ticksPerFrame", 80}});
+    CHECK(about["tempos"].empty());
+    CHECK_FALSE(about.contains("beats"));
 
     TrackBytes engine;
     const int controllers[][2] = {{99, 0x50}, {98, 0}, {6, 1},     {98, 1}, {98, 0},
@@ -76,8 +124,11 @@ TEST_CASE("info: what is no such file is told in one line") {
     }
     CHECK(folder.Torv("info").status == 2);
     const std::string wave = folder.File("odd.wav", WaveWithOddChunk(true));
-    const Run run = folder.Torv("info " + wave);
-    CHECK((run.status == 0 && run.said.find("rate: 44100") != std::string::npos));
+    CHECK(folder.Torv("info " + wave).said.find("rate: 44100\nbits: 16\nframes: 3\nseconds: 0\n") != std::string::npos);
+    TrackBytes conductor; // 130 beats a minute are 461538.46 microseconds
+    conductor.Meta(0, 0x51, "\x07\x0A\xE2");
+    const std::string song = folder.File("song.mid", MidiFile(1, 480, {conductor}));
+    CHECK(folder.Torv("info " + song).said.find("beat 1, seconds 0, beatsPerMinute 130\n") != std::string::npos);
 }
 
 TEST_CASE("encode: an engine's file with the song's name, notes and tempos, or the old file") {
@@ -98,6 +149,16 @@ TEST_CASE("encode: an engine's file with the song's name, notes and tempos, or t
     CHECK(about["tracks"][1]["name"] == "Voice");
     CHECK(about["tracks"][1]["engineBlocks"]["note"] == 5);
     CHECK(about["tempos"].back()["beatsPerMinute"] == 100);
+
+    // The note block's parameter 7 is the attack's index with its depth: the index that the icon has in the databases.
+    const auto attackIndex = [&](const char* name) {
+        folder.Torv("encode " + song + " -o command_test_files/engine.mid --attack " + name);
+        const std::string content = folder.Content("engine.mid");
+        const std::string parameter("\xB0\x63\x50\0\xB0\x62\x07\0\xB0\x06", 10);
+        return static_cast<int>(content.at(content.find(parameter) + parameter.size()));
+    };
+    CHECK(attackIndex("normal") == 1);
+    CHECK(attackIndex("sharp") == 5);
 
     const std::string old = folder.File("old.mid", {'o', 'l', 'd'});
     run = folder.Torv("encode nowhere.mid -o " + old);

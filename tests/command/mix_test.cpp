@@ -1,51 +1,13 @@
 // torv mix: what it makes of waves, and what it says.
 #include "mix_input.h"
 #include "run_command.h"
+#include "wave_bytes.h"
 
 #include <doctest/doctest.h>
 
 #include <algorithm>
 
 namespace {
-
-void Put(FileBytes& bytes, uint32_t value, int count) {
-    for (int i = 0; i < count; ++i, value >>= 8)
-        bytes.push_back(static_cast<unsigned char>(value));
-}
-
-void PutText(FileBytes& bytes, const char* text) {
-    for (; *text; ++text)
-        bytes.push_back(static_cast<unsigned char>(*text));
-}
-
-/// A PCM wave; one with a text has it in an odd chunk before its data.
-FileBytes PcmWave(uint32_t channels, uint32_t bits, uint32_t rate, const std::vector<int>& values,
-                  const char* text = nullptr) {
-    FileBytes data;
-    for (const int value : values)
-        Put(data, static_cast<uint32_t>(value), static_cast<int>(bits / 8));
-    FileBytes chunks;
-    PutText(chunks, "WAVEfmt ");
-    Put(chunks, 16, 4);
-    Put(chunks, 1 | channels << 16, 4);
-    Put(chunks, rate, 4);
-    Put(chunks, rate * channels * bits / 8, 4);
-    Put(chunks, channels * bits / 8 | bits << 16, 4);
-    if (text) {
-        PutText(chunks, "note");
-        Put(chunks, 3, 4);
-        PutText(chunks, text);
-        chunks.push_back(0);
-    }
-    PutText(chunks, "data");
-    Put(chunks, static_cast<uint32_t>(data.size()), 4);
-    chunks.insert(chunks.end(), data.begin(), data.end());
-    FileBytes file;
-    PutText(file, "RIFF");
-    Put(file, static_cast<uint32_t>(chunks.size()), 4);
-    file.insert(file.end(), chunks.begin(), chunks.end());
-    return file;
-}
 
 std::vector<int> Values(const Folder& folder, const char* name) {
     std::vector<int> values;
@@ -101,17 +63,41 @@ TEST_CASE("mix: waves of every kind, as long as the longest, beside nothing else
           std::string::npos);
     CHECK(folder.Count() == 3);
 
-    const std::string deep = folder.File("deep.wav", PcmWave(1, 24, 48000, {0x400000, -0x200000}, "abc"));
+    const std::string deep =
+        folder.File("deep.wav", RiffOf(FormatChunk(1, 1, 24, 48000) + WaveChunkOf("note", {'a', 'b', 'c', 0}, 3) +
+                                       WaveChunkOf("data", Samples(24, {0x400000, -0x200000}))));
     const std::string old = folder.File("old.wav", PcmWave(1, 8, 48000, {192, 64}));
     run = folder.Torv("mix " + deep + ":-6.0206 " + old + ":-12.0412 --quiet" + kOut);
     CHECK((run.status == 0 && run.said.empty()));
     CHECK(Values(folder, "mix.wav") == std::vector<int>{12288, 12288, -8192, -8192}); // 8192 + 4096; -4096 - 4096
 
-    run = folder.Torv("mix " + stereo + ":0:0.5 -o " + stereo); // over its own input
-    CHECK(Values(folder, "stereo.wav") == std::vector<int>{50, 10, -16384, 32767 * 3 / 2 - 65536});
+    run = folder.Torv("mix " + stereo + ":0:0.5" + kOut);
+    CHECK(Values(folder, "mix.wav") == std::vector<int>{50, 10, -16384, 32767 * 3 / 2 - 65536});
     CHECK(folder.Count() == 5);
     run = folder.Torv("info command_test_files/mix.wav");
     CHECK(run.said.find("rate: 48000") != std::string::npos);
+}
+
+TEST_CASE("mix: a wave streamed into a pipe is read to its end; of many chunks the first ones count") {
+    const Folder folder;
+    const FileBytes samples = Samples(16, {1000, -2000, 3000});
+    const std::vector<int> mixed{1000, 1000, -2000, -2000, 3000, 3000};
+    const auto mix = [&](const FileBytes& wave) {
+        const Run run = folder.Torv("mix " + folder.File("in.wav", wave) + kOut);
+        CHECK_MESSAGE(run.status == 0, run.said);
+        CHECK(Values(folder, "mix.wav") == mixed);
+        return run.said.find("read to the file's end") != std::string::npos;
+    };
+    const FileBytes format = FormatChunk(1, 1, 16, 44100);
+    for (const uint32_t size : {0U, 0xFFFFFFFFU, 7U, 0x7FFFF000U})
+        CHECK(mix(RiffOf(format + WaveChunkOf("data", samples, size), size)));
+    CHECK(mix(RiffOf(format + WaveChunkOf("data", samples, 0), 36))); // the header was never completed
+
+    FileBytes chunks;
+    for (int i = 0; i < 5000; ++i)
+        Append(chunks, WaveChunkOf("note", {}));
+    CHECK_FALSE(mix(RiffOf(chunks + format + FormatChunk(1, 2, 8, 8000) + WaveChunkOf("data", samples) +
+                           WaveChunkOf("data", Samples(16, {7})))));
 }
 
 TEST_CASE("mix: what cannot be mixed is told in one line, and nothing is changed") {
@@ -120,6 +106,10 @@ TEST_CASE("mix: what cannot be mixed is told in one line, and nothing is changed
     const std::string fast = folder.File("fast.wav", PcmWave(1, 16, 48000, {1}));
     const std::string stereo = folder.File("stereo.wav", PcmWave(2, 16, 44100, {1, 2}));
     const std::string wide = folder.File("wide.wav", PcmWave(6, 16, 44100, {1, 2, 3, 4, 5, 6}));
+    const std::string still = folder.File("still.wav", PcmWave(1, 16, 0, {1}));
+    const std::string bare =
+        folder.File("bare.wav", RiffOf(WaveChunkOf("fmt ", {1, 0, 1, 0}) + WaveChunkOf("data", {1})));
+    const std::string law = folder.File("law.wav", RiffOf(FormatChunk(7, 1, 8, 44100) + WaveChunkOf("data", {1})));
     const std::string tiny = folder.File("tiny.wav", {'n', 'o'});
     folder.File("mix.wav", {'o', 'l', 'd'});
     std::string many;
@@ -129,7 +119,10 @@ TEST_CASE("mix: what cannot be mixed is told in one line, and nothing is changed
         {wave + " " + fast, "fast.wav: has 48000 samples a second, but command_test_files/a.wav has 44100; convert it"},
         {many, "18 tracks (a stereo file counts as two), and 16 is the most"},
         {wide, "has 6 channels"},
-        {tiny, "no PCM wave"},
+        {still, "its format makes no sense (1 channels of 16 bits, 0 samples a second)"},
+        {bare, "has no whole format chunk"},
+        {law, "is mu-law, and PCM can be mixed; convert it with: sox"},
+        {tiny, "no wave file"},
         {"command_test_files/none.wav", "cannot be opened"},
         {"command_test_files", "is a folder"},
         {wave + ":loud", "no level and pan"},
@@ -146,5 +139,5 @@ TEST_CASE("mix: what cannot be mixed is told in one line, and nothing is changed
     CHECK(folder.Torv("mix " + wave).status == 2);
     CHECK(fs::file_size(folder.path / "mix.wav") == 3);
     CHECK(fs::file_size(folder.path / "tiny.wav") == 2);
-    CHECK(folder.Count() == 6);
+    CHECK(folder.Count() == 9);
 }

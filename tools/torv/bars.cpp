@@ -1,5 +1,7 @@
 #include "bars.h"
 
+#include "errors.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>

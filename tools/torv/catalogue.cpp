@@ -1,7 +1,7 @@
 #include "catalogue.h"
 
 #include "databases.h"
-#include "midi_song.h"
+#include "errors.h"
 #include "nearest_names.h"
 #include "text_encoding.h"
 

@@ -1,7 +1,7 @@
 #include "databases.h"
 
 #include "default_registry.h"
-#include "midi_song.h"
+#include "errors.h"
 #include "nearest_names.h"
 #include "text_encoding.h"
 
@@ -58,5 +58,5 @@ std::string Databases::NameOf(DWORD id) const {
 int LanguageOfSinger(DWORD id) { return torv::VariationFromID(id) >> 8; }
 
 const char* LanguageName(int language) {
-    return language == 0 ? "Japanese" : language == 1 ? "English" : "of another language";
+    return language == torv::kJapanese ? "Japanese" : language == torv::kEnglish ? "English" : "of another language";
 }

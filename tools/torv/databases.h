@@ -49,6 +49,5 @@ private:
     CQuillDBManager m_manager;
 };
 
-/// 0 Japanese, 1 English.
 int LanguageOfSinger(DWORD id);
 const char* LanguageName(int language);

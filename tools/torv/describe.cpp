@@ -1,18 +1,28 @@
 #include "describe.h"
 
+#include "errors.h"
 #include "input_file.h"
-#include "midi_song.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
+#include <cstring>
+#include <istream>
+#include <iterator>
 
 namespace {
 
-bool BeginsWith(const std::vector<unsigned char>& bytes, const char* id) {
-    return bytes.size() >= 4 && std::equal(id, id + 4, bytes.begin());
-}
-
+/// Numbers for people: a thousandth is enough.
 std::string TextOf(const Json& value) {
+    if (value.is_number_float()) {
+        char text[64];
+        std::snprintf(text, sizeof text, "%.3f", value.get<double>());
+        std::string number = text;
+        number.erase(number.find_last_not_of('0') + 1);
+        if (number.back() == '.')
+            number.pop_back();
+        return number;
+    }
     return value.is_string() ? value.get<std::string>() : value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
@@ -53,20 +63,27 @@ void Print(const Json& json, int depth) {
 
 std::string ClockText(double seconds) {
     char text[32];
-    const int minutes = static_cast<int>(seconds / 60);
-    std::snprintf(text, sizeof text, "%d:%04.1f", minutes, seconds - 60.0 * minutes);
+    const double tenths = std::round(seconds * 10); // before it is parted: no minute has 60.0 seconds
+    const double minutes = std::floor(tenths / 600);
+    std::snprintf(text, sizeof text, "%.0f:%04.1f", minutes, (tenths - minutes * 600) / 10);
     return text;
 }
 
 void Describe(const std::string& path, bool json) {
-    std::vector<unsigned char> bytes = ReadInputFile(path);
+    const std::unique_ptr<std::istream> file = OpenInputFile(path);
+    char id[4] = "";
+    file->read(id, sizeof id);
+    file->clear();
+    file->seekg(0);
     Json about;
-    if (BeginsWith(bytes, "RIFF"))
-        about = DescribeWave(path, bytes);
-    else if (BeginsWith(bytes, "MThd"))
+    if (std::memcmp(id, "RIFF", sizeof id) == 0) {
+        about = DescribeWave(path, *file);
+    } else if (std::memcmp(id, "MThd", sizeof id) == 0) {
+        std::vector<unsigned char> bytes{std::istreambuf_iterator<char>(*file), std::istreambuf_iterator<char>()};
         about = DescribeMidi(path, bytes);
-    else
+    } else {
         throw InputError{path + ": neither a standard MIDI file nor a wave file"};
+    }
     if (json)
         std::printf("%s\n", about.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
     else

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -11,10 +12,11 @@ using Json = nlohmann::ordered_json;
 void Describe(const std::string& path, bool json);
 
 /// What a MIDI file holds: format, division, length, tempos, signatures, tracks with notes, lyrics and engine blocks.
+/// Beats are quarters, counted from 1; a file in SMPTE frames has none.
 Json DescribeMidi(const std::string& path, std::vector<unsigned char>& bytes);
 
-/// What a wave file holds: format, length and chunks, of a damaged one what is there.
-Json DescribeWave(const std::string& path, const std::vector<unsigned char>& bytes);
+/// What a wave file holds: format, length and chunks, of a damaged one what is there. Only its headers are read.
+Json DescribeWave(const std::string& path, std::istream& file);
 
 /// "0:31.4".
 std::string ClockText(double seconds);

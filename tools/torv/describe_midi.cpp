@@ -9,6 +9,7 @@
 
 namespace {
 
+constexpr double kTicksPerBeat = 480;
 constexpr size_t kLongestLyrics = 60; // characters, roughly
 
 struct BlockName {
@@ -42,6 +43,14 @@ std::string LyricsOf(const LyricLine& line) {
     return text;
 }
 
+/// Ticks a quarter, or frames a second and their ticks.
+Json DescribeDivision(const MidiSong& song) {
+    if (!song.IsSmpte())
+        return song.division;
+    const int frames = 0x100 - (song.division >> 8);
+    return {{"framesPerSecond", frames == 29 ? Json(29.97) : Json(frames)}, {"ticksPerFrame", song.division & 0xFF}};
+}
+
 Json DescribeTrack(const MidiSongTrack& track) {
     Json about;
     about["name"] = ToUtf8(track.name, DetectEncoding(track.name));
@@ -73,20 +82,27 @@ Json DescribeMidi(const std::string& path, std::vector<unsigned char>& bytes) {
     about["file"] = path;
     about["kind"] = "standard MIDI file";
     about["format"] = song.format;
-    about["division"] = song.division;
+    about["division"] = DescribeDivision(song);
     about["seconds"] = seconds(song.end);
     about["length"] = ClockText(seconds(song.end));
-    about["beats"] = song.end / 480.0;
+    const auto place = [&](uint32_t tick) {
+        return song.IsSmpte() ? Json{{"seconds", seconds(tick)}}
+                              : Json{{"beat", 1 + tick / kTicksPerBeat}, {"seconds", seconds(tick)}};
+    };
     about["tempos"] = Json::array();
-    for (const MidiTempo& tempo : song.tempos)
-        about["tempos"].push_back({{"beat", tempo.tick / 480.0},
-                                   {"seconds", seconds(tempo.tick)},
-                                   {"beatsPerMinute", 60e6 / tempo.microsecondsPerQuarter}});
+    if (!song.IsSmpte()) {
+        about["beats"] = song.end / kTicksPerBeat;
+        for (const MidiTempo& tempo : song.tempos) {
+            about["tempos"].push_back(place(tempo.tick));
+            about["tempos"].back()["beatsPerMinute"] = 60e6 / tempo.microsecondsPerQuarter;
+        }
+    }
     about["signatures"] = Json::array();
-    for (const MidiSignature& signature : song.signatures)
-        about["signatures"].push_back({{"beat", signature.tick / 480.0},
-                                       {"signature", std::to_string(signature.numerator) + "/" +
-                                                         std::to_string(1 << signature.denominatorExponent)}});
+    for (const MidiSignature& signature : song.signatures) {
+        about["signatures"].push_back(place(signature.tick));
+        about["signatures"].back()["signature"] =
+            std::to_string(signature.numerator) + "/" + std::to_string(1 << signature.denominatorExponent);
+    }
     about["tracks"] = Json::array();
     for (const MidiSongTrack& track : song.tracks)
         about["tracks"].push_back(DescribeTrack(track));

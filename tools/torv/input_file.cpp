@@ -1,17 +1,28 @@
 #include "input_file.h"
 
-#include "midi_song.h"
+#include "errors.h"
 
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
-std::vector<unsigned char> ReadInputFile(const std::string& path) {
+std::unique_ptr<std::istream> OpenInputFile(const std::string& path) {
     std::error_code ignored;
     if (std::filesystem::is_directory(path, ignored))
         throw InputError{path + ": is a folder; name a file"};
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
+    auto file = std::make_unique<std::ifstream>(path, std::ios::binary);
+    if (!*file)
         throw InputError{path + ": cannot be opened; check the name and whether you may read it"};
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    if (std::filesystem::is_regular_file(path, ignored))
+        return file;
+    auto content = std::make_unique<std::stringstream>(std::ios::in | std::ios::out | std::ios::binary);
+    *content << file->rdbuf();
+    content->clear(); // nothing came
+    return content;
+}
+
+std::vector<unsigned char> ReadInputFile(const std::string& path) {
+    const std::unique_ptr<std::istream> file = OpenInputFile(path);
+    return {std::istreambuf_iterator<char>(*file), std::istreambuf_iterator<char>()};
 }

@@ -2,14 +2,17 @@
 #include "describe.h"
 #include "devices.h"
 #include "encode.h"
-#include "midi_song.h"
+#include "errors.h"
+#include "interruption.h"
 #include "mix.h"
 #include "play.h"
 #include "sing.h"
 
 #include <CLI/CLI.hpp>
 
+#include <cerrno>
 #include <cstdio>
+#include <iostream>
 #include <new>
 
 namespace {
@@ -148,9 +151,21 @@ CLI::App* AddMix(CLI::App& app, MixOptions& options) {
     return mix;
 }
 
+/// What was kept back until now is written at last, or it is told that it cannot be.
+int WithOutputWritten(int status) {
+    errno = 0;
+    const bool isWritten = std::fflush(stdout) == 0 && !std::ferror(stdout) && std::cout.flush();
+    if (isWritten)
+        return status;
+    std::fprintf(stderr, "torv: standard output cannot be written%s\n",
+                 errno == ENOSPC ? ": the disk is full; make room and try again" : "; see where it goes");
+    return kBadInput;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
+    LeaveNothingWhenInterrupted();
     CLI::App app("torv: sings scores", "torv");
     app.require_subcommand(1);
     app.allow_windows_style_options(false); // a path may begin with a slash everywhere
@@ -172,7 +187,7 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : kWrongUse;
+        return WithOutputWritten(app.exit(error) == 0 ? 0 : kWrongUse);
     }
     try {
         if (*voices)
@@ -191,9 +206,12 @@ int main(int argc, char** argv) {
             Play(play);
         else if (*singing)
             Sing(sing);
-        return 0;
+        return WithOutputWritten(0);
     } catch (const InputError& error) {
         std::fprintf(stderr, "torv: %s\n", error.message.c_str());
+    } catch (const WrongUse& error) {
+        std::fprintf(stderr, "torv: %s\n", error.message.c_str());
+        return kWrongUse;
     } catch (const std::bad_alloc&) {
         std::fprintf(stderr, "torv: there is not enough memory for this\n");
     }

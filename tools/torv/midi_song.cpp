@@ -1,5 +1,7 @@
 #include "midi_song.h"
 
+#include "errors.h"
+
 #include <torv/files/midi_track.h>
 
 #include <algorithm>
@@ -11,7 +13,9 @@ namespace {
 
 constexpr uint32_t kTicksPerQuarter = 480;
 constexpr uint32_t kMillisecondTempo = 480000; ///< makes a tick a millisecond
-constexpr uint64_t kLastTick = 0x3FFFFFFF;     ///< far beyond any song, well inside the library's clocks
+constexpr int kHighestKey = 127;
+constexpr int kMostVelocity = 127;
+constexpr uint64_t kLastTick = 0x3FFFFFFF; ///< far beyond any song, well inside the library's clocks
 
 [[noreturn]] void Fail(const std::string& path, const std::string& what) { throw InputError{path + ": " + what}; }
 
@@ -97,6 +101,15 @@ struct BlockCounter {
     }
 };
 
+/// Three bytes, big-endian. Some programs write four, with a zero first.
+uint32_t TempoOf(const std::string& bytes) {
+    const bool hasFour = bytes.size() == 4 && bytes[0] == 0;
+    uint32_t tempo = 0;
+    for (size_t i = 0; i < 3; ++i)
+        tempo = tempo << 8 | static_cast<unsigned char>(bytes[i + (hasFour ? 1 : 0)]);
+    return tempo;
+}
+
 void Reader::ReadTrack(size_t number, unsigned char* data, size_t size) {
     std::array<ChannelNotes, 16> channels;
     MidiSongTrack track;
@@ -114,10 +127,15 @@ void Reader::ReadTrack(size_t number, unsigned char* data, size_t size) {
         const int channel = event.status & 0x0F;
         const std::string text(reinterpret_cast<const char*>(event.bytes), event.bytes ? event.length : 0);
         const auto byte = [&](size_t i) { return static_cast<unsigned char>(text[i]); };
-        if ((event.status & 0xF0) == 0x90 && event.data2 > 0) {
-            channels[static_cast<size_t>(channel)].Start(tick, event.data1 & 0x7F, event.data2 & 0x7F);
-        } else if ((event.status & 0xE0) == 0x80) {
-            channels[static_cast<size_t>(channel)].End(tick, event.data1 & 0x7F);
+        const bool isNote = (event.status & 0xE0) == 0x80;
+        if (isNote && event.data1 > kHighestKey)
+            Fail(path, "track " + std::to_string(number) + " has a note with the key " + std::to_string(event.data1) +
+                           " at tick " + std::to_string(clock) +
+                           ", and 127 is the highest: the file is damaged; export it again");
+        if (isNote && (event.status & 0x10) && event.data2 > 0) {
+            channels[static_cast<size_t>(channel)].Start(tick, event.data1, std::min<int>(event.data2, kMostVelocity));
+        } else if (isNote) {
+            channels[static_cast<size_t>(channel)].End(tick, event.data1);
         } else if ((event.status & 0xF0) == 0xB0) {
             blocks.Hear(channel, event.data1, event.data2, track.engineBlocks);
         } else if (event.status == 0xFF) {
@@ -127,7 +145,7 @@ void Reader::ReadTrack(size_t number, unsigned char* data, size_t size) {
             else if (event.data1 == 0x03 && track.name.empty())
                 track.name = text;
             else if (event.data1 == 0x51 && text.size() >= 3 && !scale.IsSmpte())
-                tempos[tick] = static_cast<uint32_t>(byte(0) << 16 | byte(1) << 8 | byte(2));
+                tempos[tick] = TempoOf(text);
             else if (event.data1 == 0x58 && text.size() >= 2 && byte(0) > 0 && byte(1) <= 7)
                 signatures[tick] = {tick, byte(0), byte(1)};
         }

@@ -5,11 +5,6 @@
 #include <string>
 #include <vector>
 
-/// What is wrong with an input file: one line for the user (what, where, what to do).
-struct InputError {
-    std::string message;
-};
-
 struct MidiNote {
     uint32_t tick;
     uint32_t length; ///< ticks, 1 or more
@@ -51,6 +46,8 @@ struct MidiSong {
     uint32_t end = 0; ///< tick of the last event
     int format = 0;
     int division = 0; ///< as the header has it; ticks to a quarter note, or above 0x8000 SMPTE frames
+
+    bool IsSmpte() const { return (division & 0x8000) != 0; }
 };
 
 /// Reads a file's bytes; throws InputError for a file that is not MIDI, is cut short or holds what no reader could

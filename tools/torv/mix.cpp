@@ -1,10 +1,12 @@
 #include "mix.h"
 
 #include "describe.h"
+#include "errors.h"
+#include "file_identity.h"
 #include "messages.h"
-#include "midi_song.h"
 #include "mix_input.h"
 #include "mix_source.h"
+#include "output_file.h"
 
 #include <torv/torv.h>
 
@@ -12,21 +14,37 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <deque>
+#include <filesystem>
 
 namespace {
 
+constexpr uint64_t kStereoFrameBytes = 4;
+
 std::string Text(size_t number) { return std::to_string(number); }
 
-std::vector<MixSource> OpenSources(const MixOptions& options) {
-    std::vector<MixSource> sources;
+std::vector<MixInput> ParseInputs(const MixOptions& options) {
+    std::vector<MixInput> inputs;
+    std::vector<std::string> paths;
+    for (const std::string& argument : options.inputs)
+        paths.push_back(inputs.emplace_back(ParseMixInput(argument)).path);
+    RefuseOverwriting(paths, {{"--output", options.output}});
+    return inputs;
+}
+
+std::deque<MixSource> OpenSources(const std::vector<MixInput>& inputs, const MixOptions& options) {
+    std::deque<MixSource> sources;
     size_t tracks = 0;
-    for (const std::string& argument : options.inputs) {
-        const MixSource& source = sources.emplace_back(ParseMixInput(argument));
+    for (const MixInput& input : inputs) {
+        const MixSource& source = sources.emplace_back(input, options.output);
         const MixSource& first = sources.front();
         if (source.Rate() != first.Rate())
             throw InputError{source.Path() + ": has " + Text(source.Rate()) + " samples a second, but " + first.Path() +
                              " has " + Text(first.Rate()) + "; convert it with: sox " + source.Path() + " -r " +
                              Text(first.Rate()) + " converted.wav"};
+        if (source.IsStreamed())
+            Remark(options.quiet,
+                   source.Path() + ": its header does not tell how long it is; it is read to the file's end");
         tracks += source.Tracks();
     }
     if (tracks > static_cast<size_t>(torv::kMixerTracks))
@@ -37,12 +55,19 @@ std::vector<MixSource> OpenSources(const MixOptions& options) {
 }
 
 /// The mixer writes whole blocks: what is behind the longest track is cut off.
-void CutTo(const std::string& path, DWORD frames) {
-    CWaveFile wave(path.c_str());
+void CutTo(const char* path, DWORD frames) {
+    CWaveFile wave(path);
     WAVEFORMATEX format{};
     wave.GetWaveFormat(format);
     wave.SetLength(static_cast<ULONGLONG>(frames) * format.nBlockAlign);
     wave.Close();
+}
+
+/// The mixer does not tell why it failed.
+bool HasRoomFor(const char* path, DWORD frames) {
+    std::error_code error;
+    const auto space = std::filesystem::space(std::filesystem::path(path).parent_path(), error);
+    return error || space.available > kStereoFrameBytes * frames;
 }
 
 void WarnOfWrapping(const CWaveOut& mixer) {
@@ -60,34 +85,31 @@ void WarnOfWrapping(const CWaveOut& mixer) {
 
 void Mix(const MixOptions& options) {
     const auto begin = std::chrono::steady_clock::now();
-    std::vector<MixSource> sources = OpenSources(options);
+    const std::vector<MixInput> inputs = ParseInputs(options);
+    std::deque<MixSource> sources = OpenSources(inputs, options);
     const DWORD rate = sources.front().Rate();
-    const ScratchFile mixed(options.output + ".part");
+    OutputFile mixed(options.output);
     DWORD frames = 0;
     CWaveOut mixer;
     try {
         std::vector<tagMixDownTrack> tracks;
         for (MixSource& source : sources) {
-            source.AddTracks(tracks, options.output);
+            source.AddTracks(tracks);
             frames = std::max(frames, source.Frames());
         }
-        if (!mixer.AudioMixDown(mixed.Path().c_str(), tracks.data(), static_cast<int>(tracks.size()),
+        if (!mixer.AudioMixDown(mixed.GrowingPath(), tracks.data(), static_cast<int>(tracks.size()),
                                 static_cast<int>(rate)))
-            throw InputError{options.output + ": cannot be written; check the folder and the free space"};
-        sources.clear(); // the output may be one of them
-        CutTo(mixed.Path(), frames);
+            FailToWrite(options.output, !HasRoomFor(mixed.GrowingPath(), frames), {});
+        CutTo(mixed.GrowingPath(), frames);
     } catch (const CFileException& error) {
-        char reason[256] = "";
-        error.GetErrorMessage(reason, sizeof reason);
-        throw InputError{options.output + ": cannot be written (" + reason + "); check the folder and the free space"};
+        mixed.Fail(error);
     }
-    if (!torv::RenameOver(mixed.Path().c_str(), options.output.c_str()))
-        throw InputError{options.output + ": cannot be replaced; is it open in another program?"};
+    mixed.Commit();
     WarnOfWrapping(mixer);
     if (options.quiet)
         return;
     const double seconds = rate ? static_cast<double>(frames) / rate : 0;
     const double elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    std::printf("%zu files, %s, %.0f x real time: %s\n", options.inputs.size(), ClockText(seconds).c_str(),
-                elapsed > 0 ? seconds / elapsed : 0.0, options.output.c_str());
+    std::fprintf(SummaryStream(options.output), "%zu files, %s, %.0f x real time: %s\n", options.inputs.size(),
+                 ClockText(seconds).c_str(), elapsed > 0 ? seconds / elapsed : 0.0, options.output.c_str());
 }

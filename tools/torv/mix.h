@@ -10,7 +10,6 @@ struct MixOptions {
     bool quiet = false;
 };
 
-/// Mixes PCM waves of one rate into a 16-bit stereo wave as long as the longest of them, and prints a summary. The wave
-/// is written beside the output and takes its name when it is whole. Throws InputError; then the output file is as it
-/// was.
+/// Mixes PCM waves of one rate into a 16-bit stereo wave as long as the longest of them, and prints a summary. Throws
+/// InputError; then the output file is as it was.
 void Mix(const MixOptions& options);

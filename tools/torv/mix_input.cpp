@@ -1,6 +1,6 @@
 #include "mix_input.h"
 
-#include "midi_song.h"
+#include "errors.h"
 
 #include <charconv>
 #include <cmath>

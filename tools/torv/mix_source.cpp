@@ -1,33 +1,41 @@
 #include "mix_source.h"
 
-#include "midi_song.h"
+#include "errors.h"
+#include "input_file.h"
 
 #include <torv/audio/sample.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
+#include <istream>
 
 namespace {
 
 constexpr DWORD kBufferFrames = 16384;
-constexpr DWORD kFormatOffset = 20;
-constexpr DWORD kFormatBytes = 16;
-constexpr DWORD kDataOffset = 44;
-constexpr DWORD kMostWidth = 4;
-constexpr DWORD kMostFrames = 0x3FFFF000; ///< of four bytes each
+constexpr uint64_t kPlainDataOffset = 44; ///< nothing but format and data before it
+constexpr unsigned kMostChannels = 2;
+constexpr unsigned kMostWidth = 4;
+constexpr uint64_t kMostFrames = 0x3FFFF000; ///< of four bytes each
 
-void Load(CxQuillAudio& audio, const std::string& path) {
-    std::error_code ignored;
-    if (std::filesystem::is_directory(path, ignored))
-        throw InputError{path + ": is a folder; name a wave file"};
-    if (!std::ifstream(path, std::ios::binary))
-        throw InputError{path + ": cannot be opened; check the name and whether you may read it"};
-    if (!audio.Load(path.c_str()) || !CxQuillAudio::GetChunkInfo(audio.GetChunkList(), torv::ChunkId("data"), 0))
-        throw InputError{path + ": is no PCM wave file; convert it with: sox " + path +
-                         " -b 16 -e signed-integer converted.wav"};
+unsigned WidthOf(const WaveFormat& format) { return (format.bits + 7) / 8; }
+
+[[noreturn]] void Refuse(const std::string& path, const std::string& what, const char* soxOptions) {
+    throw InputError{path + ": " + what + "; convert it with: sox " + path + soxOptions + " converted.wav"};
+}
+
+void CheckFormat(const std::string& path, const WaveFormat& format) {
+    if (format.tag != kPcmTag)
+        Refuse(path, "is " + NameOfWaveTag(format.tag) + ", and PCM can be mixed", " -b 16 -e signed-integer");
+    if (format.channels == 0 || format.bits == 0 || format.rate == 0 ||
+        format.blockBytes != format.channels * WidthOf(format))
+        throw InputError{path + ": its format makes no sense (" + std::to_string(format.channels) + " channels of " +
+                         std::to_string(format.bits) + " bits, " + std::to_string(format.rate) +
+                         " samples a second): export it again"};
+    if (format.channels > kMostChannels || WidthOf(format) > kMostWidth)
+        Refuse(path,
+               "has " + std::to_string(format.channels) + " channels of " + std::to_string(format.bits) +
+                   " bits, and two of 32 are the most",
+               " -b 16 -c 2");
 }
 
 tagMixDownTrack Track(CWaveFile& file, double gain, double level, double pan) {
@@ -37,26 +45,25 @@ tagMixDownTrack Track(CWaveFile& file, double gain, double level, double pan) {
 
 } // namespace
 
-MixSource::MixSource(const MixInput& input) : m_input(input) {
-    CxQuillAudio audio;
-    Load(audio, input.path);
-    audio.GetWaveFormat(m_format);
-    const auto& chunks = audio.GetChunkList();
-    m_data = *CxQuillAudio::GetChunkInfo(chunks, torv::ChunkId("data"), 0);
-    m_frames = audio.GetNumSamples();
-    m_isBare = chunks.size() == 2 && chunks[0].id == torv::ChunkId("fmt ") && chunks[0].offset == kFormatOffset &&
-               chunks[0].size == kFormatBytes && m_data.offset == kDataOffset;
-    if (m_format.nChannels > 2 || (m_format.wBitsPerSample + 7) / 8 > static_cast<int>(kMostWidth))
-        throw InputError{input.path + ": has " + std::to_string(m_format.nChannels) + " channels of " +
-                         std::to_string(m_format.wBitsPerSample) +
-                         " bits, and two of 32 are the most; convert it with: sox " + input.path +
-                         " -b 16 -c 2 converted.wav"};
-    if (m_frames > kMostFrames)
+MixSource::MixSource(const MixInput& input, const std::string& output) : m_input(input), m_output(output) {
+    const std::unique_ptr<std::istream> file = OpenInputFile(input.path);
+    const WaveLayout layout = ReadWaveLayout(input.path, *file);
+    if (!layout.format || !layout.data)
+        throw InputError{input.path + ": has no whole " + (layout.format ? "data" : "format") +
+                         " chunk: it is damaged or cut short; export it again"};
+    m_format = *layout.format;
+    CheckFormat(input.path, m_format);
+    m_dataOffset = layout.data->offset;
+    const uint64_t frames = layout.data->bytes / m_format.blockBytes;
+    if (frames > kMostFrames)
         throw InputError{input.path + ": is so long that its mix would not fit into a wave file; cut it into pieces"};
+    m_frames = static_cast<DWORD>(frames);
+    m_isStreamed = layout.isStreamed;
+    m_isBare = layout.chunks.size() == 2 && m_dataOffset == kPlainDataOffset && !m_isStreamed;
 }
 
 bool MixSource::IsPlain() const {
-    return m_isBare && m_format.nChannels == 1 && (m_format.wBitsPerSample == 8 || m_format.wBitsPerSample == 16);
+    return m_isBare && m_format.channels == 1 && (m_format.bits == 8 || m_format.bits == 16);
 }
 
 /// False when the mixer will not have the file; it is opened for writing, though nothing is written.
@@ -69,37 +76,36 @@ bool MixSource::OpenPlain() {
     }
 }
 
-void MixSource::CopyChannels(const std::string& output, size_t firstTrack) {
-    const DWORD channels = m_format.nChannels;
-    for (DWORD channel = 0; channel < channels; ++channel) {
-        m_copies.emplace_back(output + ".track" + std::to_string(firstTrack + channel + 1) + ".part");
-        m_files.push_back(std::make_unique<CWaveFile>(CString(m_copies.back().Path().c_str()), kBufferFrames));
+void MixSource::CopyChannels() {
+    const unsigned channels = m_format.channels;
+    for (unsigned channel = 0; channel < channels; ++channel) {
+        m_files.push_back(
+            std::make_unique<CWaveFile>(CString(m_copies.emplace_back(m_output).GrowingPath()), kBufferFrames));
         m_files.back()->SetWaveFormat(torv::PcmFormat(1, 32, Rate()));
     }
-    CFile file(m_input.path.c_str(), CFile::modeRead | CFile::shareDenyWrite);
-    file.Seek(m_data.offset, CFile::begin);
-    const DWORD width = (m_format.wBitsPerSample + 7U) / 8;
-    const DWORD unit = width * channels;
-    std::vector<BYTE> block(static_cast<size_t>(kBufferFrames) * unit);
+    const std::unique_ptr<std::istream> file = OpenInputFile(m_input.path);
+    file->seekg(static_cast<std::streamoff>(m_dataOffset));
+    const unsigned width = WidthOf(m_format);
+    const size_t unit = m_format.blockBytes;
+    std::vector<BYTE> block(kBufferFrames * unit);
     std::vector<float> values(kBufferFrames);
     for (DWORD done = 0; done < m_frames;) {
         const DWORD frames = std::min(m_frames - done, kBufferFrames);
-        if (file.Read(block.data(), frames * unit) < frames * unit)
+        if (!file->read(reinterpret_cast<char*>(block.data()), static_cast<std::streamsize>(frames * unit)))
             throw InputError{m_input.path + ": cannot be read to its end"};
-        for (DWORD channel = 0; channel < channels; ++channel) {
+        for (unsigned channel = 0; channel < channels; ++channel) {
             for (DWORD i = 0; i < frames; ++i)
-                values[i] =
-                    static_cast<float>(torv::SampleAt(&block[static_cast<size_t>(i) * unit + channel * width], width));
+                values[i] = static_cast<float>(torv::SampleAt(&block[i * unit + channel * width], width));
             m_files[channel]->AppendFrames(reinterpret_cast<const BYTE*>(values.data()), frames);
         }
         done += frames;
     }
 }
 
-void MixSource::AddTracks(std::vector<tagMixDownTrack>& tracks, const std::string& output) {
+void MixSource::AddTracks(std::vector<tagMixDownTrack>& tracks) {
     if (!IsPlain() || !OpenPlain())
-        CopyChannels(output, tracks.size());
-    if (m_format.nChannels == 1) {
+        CopyChannels();
+    if (m_format.channels == 1) {
         tracks.push_back(Track(*m_files[0], 1.0, m_input.level, m_input.pan));
         return;
     }

@@ -2,6 +2,7 @@
 
 #include "describe.h"
 #include "engine_stream.h"
+#include "errors.h"
 #include "messages.h"
 #include "nearest_names.h"
 #include "play_place.h"
@@ -132,7 +133,7 @@ void Play(const PlayOptions& options) {
         throw InputError{"--to " + options.to + ": lies before the beginning; choose a later bar or time"};
     settings.device = ChooseDevice(options);
 
-    const MessageCatcher messages;
+    song.messages->Take(); // what comes from here on is about the play
     double volume = options.volume;
     Display display(options, lead, std::min(settings.end, songEnd));
     PlaySession session(*stream, settings);
@@ -147,8 +148,8 @@ void Play(const PlayOptions& options) {
         Sleep(kTurn);
     }
     display.Wipe();
-    if (!messages.Last().empty())
-        throw InputError{messages.Last() + ": see torv devices for what there is to play on"};
+    if (!song.messages->Last().empty())
+        throw InputError{song.messages->Last() + ": see torv devices for what there is to play on"};
     if (!options.song.quiet)
         std::printf("played to %s of %s on %s\n", display.Clock(std::min(session.Position(), songEnd)).c_str(),
                     options.song.input.c_str(), settings.device.c_str());

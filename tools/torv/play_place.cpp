@@ -2,6 +2,7 @@
 
 #include "bars.h"
 #include "engine_stream.h"
+#include "errors.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,6 +1,6 @@
 #include "play_session.h"
 
-#include "midi_song.h"
+#include "errors.h"
 
 #include <algorithm>
 

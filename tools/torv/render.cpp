@@ -1,7 +1,8 @@
 #include "render.h"
 
 #include "engine_stream.h"
-#include "scratch_file.h"
+#include "errors.h"
+#include "output_file.h"
 
 #include <torv/torv.h>
 
@@ -29,8 +30,10 @@ void Synthesize(CQuillMidiBuffer& stream, CWaveFile& wave, DWORD rate,
     });
     const int sung = synthesis.DoSynthesis(&stream, &wave, rate);
     synthesis.CloseSynthesizer();
-    if (!sung)
-        throw InputError{"the voice engine RVE gave up while singing: it may be damaged or not fit this program"};
+    if (sung)
+        return;
+    wave.Flush(); // which tells when it was the disk
+    throw InputError{"the voice engine RVE gave up while singing: it may be damaged or not fit this program"};
 }
 
 DWORD Sample16(float value, size_t& clipped) {
@@ -42,9 +45,8 @@ DWORD Sample16(float value, size_t& clipped) {
 }
 
 /// Copies what was sung from the file's time 0 on, with volume and pan.
-void Finish(CWaveFile& sung, const std::string& path, DWORD leadFrames, const RenderOptions& options,
-            RenderResult& result) {
-    CWaveFile wave(path.c_str());
+void Finish(CWaveFile& sung, const char* path, DWORD leadFrames, const RenderOptions& options, RenderResult& result) {
+    CWaveFile wave(path);
     WAVEFORMATEX format{};
     sung.GetWaveFormat(format);
     format.nChannels = options.stereo ? 2 : 1;
@@ -72,22 +74,19 @@ void Finish(CWaveFile& sung, const std::string& path, DWORD leadFrames, const Re
 RenderResult Render(Score& score, const std::string& path, const RenderOptions& options,
                     const std::function<void(double done, double total)>& progress) {
     const std::unique_ptr<CQuillMidiBuffer> stream = MakeEngineStream(score, options.presend);
-    const ScratchFile sungFile(path + ".sung.part");
-    const ScratchFile finished(path + ".part");
+    const OutputFile sungFile(path); // never committed
+    OutputFile finished(path);
     RenderResult result;
     try {
-        CWaveFile sung(sungFile.Path().c_str());
+        CWaveFile sung(sungFile.GrowingPath());
         Synthesize(*stream, sung, options.rate, progress);
         const DWORD leadFrames =
             static_cast<DWORD>(static_cast<uint64_t>(score.leadMilliseconds) * options.rate / 1000);
-        Finish(sung, finished.Path(), leadFrames, options, result);
+        Finish(sung, finished.GrowingPath(), leadFrames, options, result);
         sung.Close();
     } catch (const CFileException& error) {
-        char reason[256] = "";
-        error.GetErrorMessage(reason, sizeof reason);
-        throw InputError{path + ": cannot be written (" + reason + "); check the folder and the free space"};
+        finished.Fail(error);
     }
-    if (!torv::RenameOver(finished.Path().c_str(), path.c_str()))
-        throw InputError{path + ": cannot be replaced; is it open in another program?"};
+    finished.Commit();
     return result;
 }

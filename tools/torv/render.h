@@ -19,6 +19,6 @@ struct RenderResult {
 };
 
 /// Encodes the score's track, has the engine sing it and writes the wave without the score's lead, so that its time 0
-/// is the file's. The wave is written beside `path` and takes its name when it is whole. Throws InputError.
+/// is the file's. Throws InputError; then `path` is as it was.
 RenderResult Render(Score& score, const std::string& path, const RenderOptions& options,
                     const std::function<void(double done, double total)>& progress);

@@ -1,11 +1,9 @@
 #include "report.h"
 
+#include "output_file.h"
 #include "text_encoding.h"
 
 #include <nlohmann/json.hpp>
-
-#include <cstdio>
-#include <fstream>
 
 namespace {
 
@@ -60,21 +58,7 @@ void WriteReport(const std::string& path, const Score& score, const ReportFacts&
     const Json report = {{"input", facts.input},     {"output", facts.output},   {"voice", facts.voice},
                          {"rate", facts.rate},       {"seconds", facts.seconds}, {"transpose", facts.transpose},
                          {"notes", std::move(notes)}};
-    const std::string beside = path + ".part";
-    {
-        std::ofstream file(beside, std::ios::binary);
-        file << report.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
-        file.close();
-        if (!file) {
-            std::remove(beside.c_str());
-            throw InputError{path + ": the report cannot be written there; check the folder and the free space"};
-        }
-    }
-#ifdef _WIN32
-    std::remove(path.c_str());
-#endif
-    if (std::rename(beside.c_str(), path.c_str()) != 0) {
-        std::remove(beside.c_str());
-        throw InputError{path + ": the report cannot be written there; check the folder and its permissions"};
-    }
+    OutputFile file(path);
+    file.Write(report.dump(2, ' ', false, Json::error_handler_t::replace) + '\n');
+    file.Commit();
 }

@@ -1,5 +1,7 @@
 #include "score_builder.h"
 
+#include "errors.h"
+#include "syllables.h"
 #include "tempo_trail.h"
 #include "text_encoding.h"
 #include "voice_parameters.h"
@@ -14,6 +16,7 @@ constexpr DWORD kJoinedToNext = 2;
 /// The engine hears of a note's duration in 14 bits of milliseconds: longer notes become pieces that are joined.
 constexpr DWORD kLongestPieceMilliseconds = 8000;
 constexpr DWORD kLongestPieceTicks = 0x7FFF;
+constexpr int kHighestKey = 127;
 constexpr size_t kMostHandles = 65534;
 constexpr size_t kLongestName = 127;               // what every reader of the engine's MIDI file takes
 constexpr double kLongestSong = 3 * 3600 * 1000.0; // milliseconds: a stereo wave at 96 kHz can still hold it
@@ -70,35 +73,26 @@ private:
     DWORD m_tick = 0;
 };
 
-/// The library's syllables of one text of the file, which share its time. Kana are cut by its rules; a Western text is
-/// cut at the hyphens inside it.
-void AddElements(CLyricObject& lyric, const std::string& utf8, int language) {
-    const std::string bytes = Utf8ToCodePage932(utf8);
-    const char* rest = bytes.c_str();
-    do {
-        CString syllable;
-        const char* const after = CLyricObject::SyllabicateLyric(syllable, rest, language);
-        if (after == rest)
-            syllable = rest;
-        syllable.TrimRight();
-        if (CLyricElement* const element = lyric.AddNewElement())
-            element->SetLyricString(syllable);
-        if (after == rest)
-            break;
-        rest = after;
-        while (*rest == ' ')
-            ++rest;
-    } while (*rest);
-}
-
 CLyricObject* MakeLyric(const std::vector<std::string>& syllables, int language) {
     auto* const lyric = new CLyricObject;
     for (const std::string& syllable : syllables)
-        AddElements(*lyric, syllable, language);
+        for (const std::string& text : CutIntoSyllables(Utf8ToCodePage932(syllable), language))
+            if (CLyricElement* const element = lyric->AddNewElement())
+                element->SetLyricString(text.c_str());
     const int count = lyric->GetElementCount();
     for (int i = 0; i < count; ++i)
         lyric->GetElementAt(i)->SetDeltaRate(1, static_cast<DWORD>(count));
     return lyric;
+}
+
+/// The engine's stream has room for seven bits: a key beyond them would be sung as another one.
+void CheckKeys(const std::string& path, const std::vector<SungNote>& notes, int transpose) {
+    const auto [lowest, highest] = std::minmax_element(
+        notes.begin(), notes.end(), [](const SungNote& a, const SungNote& b) { return a.key < b.key; });
+    if (lowest->key + transpose < 0 || highest->key + transpose > kHighestKey)
+        throw InputError{path + ": its notes are from " + std::to_string(lowest->key) + " to " +
+                         std::to_string(highest->key) + ", and 0 to 127 can be sung: --transpose goes from " +
+                         std::to_string(-lowest->key) + " to " + std::to_string(kHighestKey - highest->key)};
 }
 
 std::vector<SungNote> CutLongNotes(const std::vector<SungNote>& notes, CArray<tagSequenceTimeMap>& map,
@@ -182,6 +176,7 @@ Score BuildScore(const std::string& path, const MidiSong& file, const VoiceLine&
     const SungNote& last = voice.notes.back();
     if (MillisecondsAt(file.tempos, last.tick + last.length) > kLongestSong)
         throw InputError{path + ": lasts longer than three hours, more than one wave can hold; sing it in parts"};
+    CheckKeys(path, voice.notes, options.transpose);
     Score score;
     score.song = std::make_unique<CSequence>();
     score.song->Create(nullptr);
@@ -197,7 +192,7 @@ Score BuildScore(const std::string& path, const MidiSong& file, const VoiceLine&
 
     score.track = CSequence::CreateObject();
     score.song->AddObject(score.track);
-    score.track->SetName(file.tracks[voice.noteTrack].name.substr(0, kLongestName).c_str());
+    score.track->SetName(CutAtCharacter(file.tracks[voice.noteTrack].name, kLongestName).c_str());
     score.track->SetTranspose(options.transpose);
     score.track->SetInitialLanguage(LanguageOfSinger(options.voices.front().id));
 

@@ -1,7 +1,9 @@
 #include "sing.h"
 
 #include "describe.h"
+#include "file_identity.h"
 #include "messages.h"
+#include "output_file.h"
 #include "progress.h"
 #include "render.h"
 #include "report.h"
@@ -12,6 +14,10 @@
 void Sing(const SingOptions& options) {
     const auto begin = std::chrono::steady_clock::now();
     const bool isQuiet = options.song.quiet;
+    std::vector<std::pair<const char*, std::string>> outputs{{"--output", options.output}};
+    if (!options.report.empty())
+        outputs.emplace_back("--report", options.report);
+    RefuseOverwriting({options.song.input}, outputs);
     SongScore song = MakeSongScore(options.song);
     RenderOptions renderOptions;
     renderOptions.rate = options.rate;
@@ -33,7 +39,8 @@ void Sing(const SingOptions& options) {
         Remark(isQuiet, std::to_string(result.clippedFrames) + " samples are cut at full scale: lower --volume");
     if (!isQuiet) {
         const double elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-        std::printf("%zu notes, %s, %.0f x real time: %s\n", song.score.notes.size(), ClockText(result.seconds).c_str(),
-                    elapsed > 0 ? result.seconds / elapsed : 0.0, options.output.c_str());
+        std::fprintf(SummaryStream(options.output), "%zu notes, %s, %.0f x real time: %s\n", song.score.notes.size(),
+                     ClockText(result.seconds).c_str(), elapsed > 0 ? result.seconds / elapsed : 0.0,
+                     options.output.c_str());
     }
 }

@@ -2,6 +2,7 @@
 
 #include "bars.h"
 #include "databases.h"
+#include "errors.h"
 #include "input_file.h"
 #include "messages.h"
 #include "voice_line.h"
@@ -10,8 +11,6 @@
 
 namespace {
 
-constexpr int kJapanese = 0;
-constexpr int kEnglish = 1;
 constexpr DWORD kConverterValue = 480; // the converters' own value, one beat
 
 void ConvertLyrics(Score& score, const MessageCatcher& messages) {
@@ -39,15 +38,15 @@ void RemarkOnVoice(const SongOptions& options, const VoiceLine& voice) {
 /// What the user asked for, or what the lyrics look like.
 std::optional<int> LanguageAskedFor(const SongOptions& options) {
     if (options.language == "ja")
-        return kJapanese;
-    return options.language == "en" ? std::optional(kEnglish) : std::nullopt;
+        return torv::kJapanese;
+    return options.language == "en" ? std::optional(torv::kEnglish) : std::nullopt;
 }
 
 /// Who sings from where: the voice named first, else the first one of the language, then those named for later bars.
 std::vector<ScoreMark> FindVoices(const SongOptions& options, const MidiSong& song, const VoiceLine& line,
                                   const Databases& databases) {
     const std::optional<int> asked = LanguageAskedFor(options);
-    const int language = asked.value_or(line.japanese ? kJapanese : kEnglish);
+    const int language = asked.value_or(line.japanese ? torv::kJapanese : torv::kEnglish);
     std::vector<ScoreMark> marks;
     if (options.voice.empty())
         marks.push_back({0, torv::MakeIconID(torv::kStatusSinger, torv::kSingerArticulation,
@@ -97,19 +96,19 @@ SongScore MakeSongScore(const SongOptions& options) {
     const VoiceLine voice = MakeVoiceLine(options.input, song, track, encoding);
     RemarkOnVoice(options, voice);
 
-    const MessageCatcher messages;
-    const Databases databases(messages);
-    for (const std::string& message : messages.Take())
+    auto messages = std::make_unique<MessageCatcher>();
+    auto databases = std::make_unique<Databases>(*messages);
+    for (const std::string& message : messages->Take())
         Remark(options.quiet, message);
     ScoreOptions scoreOptions;
-    scoreOptions.voices = FindVoices(options, song, voice, databases);
-    scoreOptions.dynamics = FindDynamics(options, song, databases);
+    scoreOptions.voices = FindVoices(options, song, voice, *databases);
+    scoreOptions.dynamics = FindDynamics(options, song, *databases);
     if (!options.plain)
-        scoreOptions.expressions = FindExpressions(databases, options.expressions);
+        scoreOptions.expressions = FindExpressions(*databases, options.expressions);
     scoreOptions.transpose = options.transpose;
-    Score score = BuildScore(options.input, song, voice, scoreOptions, databases);
-    SongScore made{std::move(score), std::move(song), databases.NameOf(scoreOptions.voices.front().id),
-                   scoreOptions.presend};
-    ConvertLyrics(made.score, messages);
-    return made;
+    Score score = BuildScore(options.input, song, voice, scoreOptions, *databases);
+    ConvertLyrics(score, *messages);
+    std::string first = databases->NameOf(scoreOptions.voices.front().id);
+    return {std::move(messages), std::move(databases), std::move(score),
+            std::move(song),     std::move(first),     scoreOptions.presend};
 }

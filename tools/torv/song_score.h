@@ -1,5 +1,6 @@
 #pragma once
 
+#include "messages.h"
 #include "score_builder.h"
 
 #include <optional>
@@ -21,7 +22,10 @@ struct SongOptions {
     bool quiet = false;
 };
 
+/// The databases are open while it lives: an icon is encoded by the number that it has there.
 struct SongScore {
+    std::unique_ptr<MessageCatcher> messages; ///< what the library would have shown
+    std::unique_ptr<Databases> databases;
     Score score;
     MidiSong midi;     ///< the file
     std::string voice; ///< who begins

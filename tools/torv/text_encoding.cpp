@@ -1,5 +1,7 @@
 #include "text_encoding.h"
 
+#include <torv/platform/text.h>
+
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
@@ -125,11 +127,33 @@ void AppendCodePage932(std::string& out, const std::string& character) {
 
 #endif
 
-/// Letters that code page 932 lacks, by the plain letters they are sung as. U+00C0..U+00FF.
+/// Letters that code page 932 lacks, by the plain letters they are sung as: U+00C0..U+00FF, and U+0100..U+017F below.
 constexpr const char* kPlainLatin[64] = {
     "A", "A", "A", "A", "A", "A", "AE", "C", "E",  "E",  "E", "E", "I", "I", "I", "I", "D",  "N", "O",  "O", "O", "O",
     "O", "x", "O", "U", "U", "U", "U",  "Y", "Th", "ss", "a", "a", "a", "a", "a", "a", "ae", "c", "e",  "e", "e", "e",
     "i", "i", "i", "i", "d", "n", "o",  "o", "o",  "o",  "o", "",  "o", "u", "u", "u", "u",  "y", "th", "y"};
+
+constexpr const char* kExtendedLatin = "AaAaAaCcCcCcCcDdDdEeEeEeEeEeGgGgGgGgHhHhIiIiIiIiIi??"
+                                       "JjKkkLlLlLlLlLlNnNnNnnNnOoOoOo??RrRrRrSsSsSsSsTtTtTtUuUuUuUuUuUu"
+                                       "WwYyYZzZzZzs";
+static_assert(std::char_traits<char>::length(kExtendedLatin) == 0x80);
+
+/// Empty for what is no Latin letter.
+std::string PlainLatin(char32_t c) {
+    switch (c) {
+    case 0x132:
+    case 0x133:
+        return c == 0x132 ? "IJ" : "ij";
+    case 0x152:
+    case 0x153:
+        return c == 0x152 ? "OE" : "oe";
+    default:
+        break;
+    }
+    if (c >= 0xC0 && c <= 0xFF)
+        return kPlainLatin[c - 0xC0];
+    return c >= 0x100 && c <= 0x17F ? std::string(1, kExtendedLatin[c - 0x100]) : std::string();
+}
 
 } // namespace
 
@@ -199,8 +223,8 @@ std::string Utf8ToCodePage932(std::string_view utf8) {
         const char32_t c = TakeCharacter(rest);
         if (c < 0x80) {
             out += static_cast<char>(c);
-        } else if (c >= 0xC0 && c <= 0xFF) {
-            out += kPlainLatin[c - 0xC0];
+        } else if (const std::string plain = PlainLatin(c); !plain.empty()) {
+            out += plain;
         } else if (c == 0x2018 || c == 0x2019) {
             out += '\'';
         } else if (c == 0x2010 || c == 0x2011 || c == 0x2013) {
@@ -212,6 +236,25 @@ std::string Utf8ToCodePage932(std::string_view utf8) {
         }
     }
     return out;
+}
+
+std::string CutAtCharacter(std::string_view bytes, size_t most) {
+    if (bytes.size() <= most)
+        return std::string(bytes);
+    const TextEncoding encoding = DetectEncoding(bytes);
+    size_t end = 0;
+    for (std::string_view rest = bytes; !rest.empty(); end = bytes.size() - rest.size()) {
+        if (encoding == TextEncoding::Utf8)
+            TakeCharacter(rest);
+        else
+            rest.remove_prefix(encoding == TextEncoding::ShiftJis &&
+                                       torv::IsLeadByte932(static_cast<unsigned char>(rest[0])) && rest.size() > 1
+                                   ? 2
+                                   : 1);
+        if (bytes.size() - rest.size() > most)
+            break;
+    }
+    return std::string(bytes.substr(0, end));
 }
 
 bool HasKana(std::string_view utf8) {

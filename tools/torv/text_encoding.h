@@ -18,9 +18,12 @@ TextEncoding DetectEncoding(std::string_view bytes);
 /// Undecodable bytes become U+FFFD.
 std::string ToUtf8(std::string_view bytes, TextEncoding encoding);
 
-/// The library's lyrics are code page 932. Accented Latin letters lose their accent, typographic apostrophes and dashes
-/// become plain ones; a character that the code page lacks is left out.
+/// The library's lyrics are code page 932. Latin letters with accents and macrons lose them, typographic apostrophes
+/// and dashes become plain ones; any other character that the code page lacks is left out.
 std::string Utf8ToCodePage932(std::string_view utf8);
+
+/// The whole characters that the first `most` bytes of a text have, whose encoding is looked at.
+std::string CutAtCharacter(std::string_view bytes, size_t most);
 
 /// Whether a UTF-8 text holds kana (full or half width).
 bool HasKana(std::string_view utf8);

@@ -1,5 +1,7 @@
 #include "voice_line.h"
 
+#include "errors.h"
+
 #include <algorithm>
 
 namespace {

@@ -140,6 +140,7 @@ private:
 
 bool Begin() {
     SDL_SetHintWithPriority(SDL_HINT_AUDIO_DEVICE_APP_NAME, "TORV", SDL_HINT_DEFAULT); // unless the host has a name
+    SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1"); // Ctrl+C and the end of the process are the host's
     return SDL_InitSubSystem(SDL_INIT_AUDIO) == 0;
 }
 

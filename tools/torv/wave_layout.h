@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <vector>
+
+struct WaveChunk {
+    std::string id;      ///< four printable characters
+    uint64_t offset = 0; ///< of its data in the file
+    uint32_t stated = 0; ///< bytes, as its header says
+    uint64_t bytes = 0;  ///< that are there
+};
+
+struct WaveFormat {
+    unsigned tag; ///< of an extensible format the one that it stands for
+    unsigned channels;
+    uint32_t rate; ///< Hz
+    uint32_t bytesPerSecond;
+    unsigned blockBytes; ///< of uncompressed samples a frame
+    unsigned bits;
+};
+constexpr unsigned kPcmTag = 1;
+
+/// What a wave file is made of, as its headers tell it. Of several chunks of a kind the first one counts.
+struct WaveLayout {
+    std::vector<WaveChunk> chunks;
+    std::optional<WaveFormat> format; ///< none: there is no whole format chunk
+    std::optional<WaveChunk> data;
+    std::optional<uint32_t> statedFrames; ///< a compressed wave's "fact"
+    bool isStreamed = false; ///< its writer could not tell the data's size: they are taken to reach to the file's end
+};
+
+/// Reads the headers of a wave file and passes over what they head, from the stream's beginning on. Chunks that lie
+/// about their size end at the file's end. Throws InputError, which names `path`, for what is no wave file.
+WaveLayout ReadWaveLayout(const std::string& path, std::istream& file);
+
+/// The usual name of a format's tag, or its number.
+std::string NameOfWaveTag(unsigned tag);
