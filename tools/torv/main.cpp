@@ -8,6 +8,8 @@
 #include "play.h"
 #include "sing.h"
 
+#include <torv/platform/afx/exception.h>
+
 #include <CLI/CLI.hpp>
 
 #include <cerrno>
@@ -213,6 +215,8 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "torv: %s\n", error.message.c_str());
         return kWrongUse;
     } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "torv: there is not enough memory for this\n");
+    } catch (const CMemoryException&) {
         std::fprintf(stderr, "torv: there is not enough memory for this\n");
     }
     return kBadInput;

@@ -13,7 +13,9 @@ DWORD Result(BOOL done) { return done ? NO_ERROR : GetLastError(); }
 
 DWORD OpenFileHandle(const char* path, UINT flags, FileHandle& handle, std::string& fullPath) {
     static constexpr DWORD kAccess[] = {GENERIC_READ, GENERIC_WRITE, GENERIC_READ | GENERIC_WRITE, GENERIC_READ};
-    static constexpr DWORD kShare[] = {0, 0, FILE_SHARE_READ, FILE_SHARE_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE};
+    // With nothing denied an unfinished file can be removed while it is open.
+    static constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    static constexpr DWORD kShare[] = {0, 0, FILE_SHARE_READ, FILE_SHARE_WRITE, kShareAll};
     const UINT share = (flags & 0x70) >> 4;
     const DWORD disposition = !(flags & CFile::modeCreate)    ? OPEN_EXISTING
                               : flags & CFile::modeNoTruncate ? OPEN_ALWAYS
