@@ -191,34 +191,40 @@ TEST_CASE("pitch: loading counts what it loaded, in whole frames") {
     CHECK(buffer.GetModify() == 0);
 }
 
-TEST_CASE("events: tags, order, and the ends") {
-    CKelEventBuffer buffer;
-    tagKelEventEntry entry{0, 7, nullptr};
+TEST_CASE_TEMPLATE("events and controllers: tags, order, and the ends", Buffer, CKelEventBuffer, CKelControllerBuffer) {
+    Buffer buffer;
+    std::conditional_t<std::is_same_v<Buffer, CKelEventBuffer>, tagKelEventEntry, tagKelControllerEntry> entry{};
     for (const bool isCreated : {false, true}) {
         CHECK(buffer.SeekNext() == 242);
         CHECK(buffer.SeekPrev() == 241);
         CHECK(buffer.RemoveEvent() == 0);
         buffer.RemoveAll();
-        if (!isCreated) {
-            CHECK(buffer.AddEvent(&entry) == 0);
-            CHECK(buffer.Create() == 1);
-        }
+        CHECK(buffer.AddEvent(&entry) == isCreated);
+        CHECK(buffer.Create() == !isCreated);
+        buffer.RemoveAll();
     }
-    CHECK(buffer.Create() == 0);
-    DWORD host = 0;
     for (const DWORD clock : {500U, 100U, 100U, 300U}) {
-        entry = {clock, clock + host, &host};
+        entry.tag = clock + buffer.GetSize() / 8; // of none of the kinds
         buffer.MoveTo(clock);
         CHECK(buffer.InsertEvent(&entry) == 1);
-        ++host;
     }
-    CHECK(TagsOf(buffer) == std::vector<DWORD>{101, 102, 303, 500, 242});
-    CHECK(buffer.SeekPrev() == 500);
-    CHECK(buffer.SeekPrev() == 303);
+    const auto tags = TagsOf(buffer);
+    REQUIRE(tags.size() == 5);
+    CHECK(std::is_sorted(tags.begin(), tags.end() - 1));
+    CHECK(buffer.SeekPrev() == tags[3]);
+    CHECK(buffer.SeekPrev() == tags[2]);
     CHECK(buffer.ReadEvent(&entry) == 1);
-    CHECK(entry.record == &host);
-    CHECK(buffer.RemoveEvent() == 1); // a tag of none of the kinds frees nothing
+    CHECK(entry.delta == 200);
+    entry.tag = 7;
+    CHECK(buffer.WriteEvent(&entry) == 1);
+    CHECK(TagsOf(buffer) == std::vector<DWORD>{tags[0], tags[1], 7, tags[3], 242});
+    buffer.MoveTo(300);
+    CHECK(buffer.RemoveEvent() == 1);
+    CHECK(buffer.RemoveEvent() == 0);
+    CHECK(TagsOf(buffer) == std::vector<DWORD>{tags[0], tags[1], tags[3], 242});
     CHECK(buffer.GetStreamLength() == 500);
+    buffer.RemoveAll();
+    CHECK(TagsOf(buffer) == std::vector<DWORD>{242});
 }
 
 TEST_CASE("events: records go with their entries, however filled; what leaves otherwise stays the caller's") {
@@ -251,31 +257,4 @@ TEST_CASE("events: records go with their entries, however filled; what leaves ot
     Fill(buffer); // for the destructor
     CHECK(TagsOf(buffer) == all);
     torv::ReleaseKelRecord(torv::kEventAnote, nullptr);
-}
-
-TEST_CASE("controllers: values are the host's, whatever their tag") {
-    CKelControllerBuffer buffer;
-    CHECK(buffer.SeekNext() == 242);
-    CHECK(buffer.Create() == 1);
-    CHECK(buffer.Create() == 0);
-    CHECK(buffer.SeekPrev() == 241);
-    tagKelControllerEntry entry{10, torv::kEventAnote, 0xDEADBEEF};
-    CHECK(buffer.AddEvent(&entry) == 1);
-    CHECK(buffer.AddEvent(&entry) == 1);
-    buffer.MoveTo(15);
-    entry = {0, 3, 1};
-    CHECK(buffer.InsertEvent(&entry) == 1);
-    entry.value = 2;
-    CHECK(buffer.WriteEvent(&entry) == 1);
-    entry = {};
-    CHECK(buffer.ReadEvent(&entry) == 1);
-    CHECK(entry.delta == 5);
-    CHECK(entry.value == 2);
-    CHECK(TagsOf(buffer) == std::vector<DWORD>{245, 3, 245, 242});
-    CHECK(buffer.SeekPrev() == 245);
-    CHECK(buffer.RemoveEvent() == 1);
-    CHECK(buffer.RemoveEvent() == 0);
-    CHECK(TagsOf(buffer) == std::vector<DWORD>{245, 3, 242});
-    buffer.RemoveAll();
-    CHECK(TagsOf(buffer) == std::vector<DWORD>{242});
 }

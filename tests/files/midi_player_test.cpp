@@ -339,21 +339,20 @@ TEST_CASE("midi player: what drops the tracks of a playing sequence stops it fir
     }
 }
 
-TEST_CASE("midi player: nothing to play, a malformed track and a time that stands still") {
+TEST_CASE("midi player: nothing to play, a malformed track and a time that stands still end at once") {
     const RecorderInList recorder;
     const Window window;
     HandClock clock;
-    Player empty;
-    Player broken({{0x00, 0x90, 0x3C, 0x40, 0x00, 0xF4, 0x00, 0x00}});
-    Player still({Notes(300, 100)}, 0);
-    const std::pair<Player*, size_t> table[] = {{&empty, 0}, {&broken, 1}, {&still, 300}};
-    for (const auto& [song, notes] : table) {
-        recorder->Clear();
-        REQUIRE(song->StartPlay(window) == 1);
+    Player songs[] = {Player(), Player({{0x00, 0x90, 0x3C, 0x40, 0x00, 0xF4, 0x00, 0x00}}),
+                      Player({Notes(300, 100)}, 0)};
+    size_t sent = 0;
+    for (size_t i = 0; i < 3; ++i) {
+        REQUIRE(songs[i].StartPlay(window) == 1);
         clock.Advance(10);
         CHECK(window.Take() == Told{{1, 10}});
-        song->StopPlay();
-        CHECK(recorder->Messages().size() == notes + 16);
+        songs[i].StopPlay();
+        sent += (i == 0 ? 0 : i == 1 ? 1 : 300) + 16;
+        CHECK(recorder->Messages().size() == sent);
     }
 }
 
