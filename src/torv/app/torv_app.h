@@ -16,7 +16,7 @@ public:
     int ExitInstance() override;
     const AFX_MSGMAP* GetMessageMap() const override;
 
-    /// String resource 10000.
+    /// String resource 10000. Throws std::bad_alloc.
     static CString GetVersionString();
 
     /// The phoneme converters, `torv::LoadConverters` and `torv::FreeConverters`.
