@@ -119,15 +119,14 @@ TEST_CASE("builder: what it refuses") {
 }
 
 TEST_CASE("records as they are made") {
-    const auto show = [](auto* record) {
-        const std::string text = Values(record->header.type, record->header.status, record->header.parameterSize);
-        torv::FreeEventRecord(torv::EventIdOf(record));
-        return text;
+    const auto show = [](auto* made) {
+        const std::unique_ptr<tagEventHeader, void (*)(tagEventHeader*)> header(
+            &made->header, [](tagEventHeader* record) { torv::FreeEventRecord(torv::EventIdOf(record)); });
+        return Values(header->type, header->status, header->parameterSize);
     };
-    CHECK(show(CCsqBuilder::CreateNoteEvent()) == "245 0 32");
-    CHECK(show(CCsqBuilder::CreateIconEvent()) == "244 0 8");
-    CHECK(show(CCsqBuilder::CreateSingerEvent()) == "249 0 8");
-    CHECK(show(CCsqEventMidi::CreateMidiEvent()) == "243 0 4");
+    CHECK(Values(show(CCsqBuilder::CreateNoteEvent()), show(CCsqBuilder::CreateIconEvent()),
+                 show(CCsqBuilder::CreateSingerEvent()),
+                 show(CCsqEventMidi::CreateMidiEvent())) == "245 0 32 244 0 8 249 0 8 243 0 4");
 }
 
 TEST_CASE("cursor: walking, moving, statuses") {
@@ -228,20 +227,15 @@ TEST_CASE("cursor: the measured length counts notes, placements and singers with
         CHECK(cursor.GetSequenceLength() == length + 1);
         return length;
     };
-    Chart note, singer, placement, last, none;
-    note.Note(0, 2000);
-    note.Icon(960, Dynamics(1, 50));
-    CHECK(measure(note) == 2000);
-    singer.Note(0, 480);
-    singer.Singer(960, 1);
-    CHECK(measure(singer) == 961);
-    placement.Note(0, 480);
-    placement.Icon(400, Dynamics(1, 100));
-    CHECK(measure(placement) == 500);
-    last.Note(0, 480);
-    last.builder.SetEvent(900, nullptr);
-    CHECK(measure(last) == 900);
-    CHECK(measure(none) == 0);
+    Chart charts[5];
+    for (int i = 0; i < 4; ++i)
+        charts[i].Note(0, i ? 480 : 2000);
+    charts[0].Icon(960, Dynamics(1, 50));
+    charts[1].Singer(960, 1);
+    charts[2].Icon(400, Dynamics(1, 100));
+    charts[3].builder.SetEvent(900, nullptr);
+    CHECK(Values(measure(charts[0]), measure(charts[1]), measure(charts[2]), measure(charts[3]), measure(charts[4])) ==
+          "2000 961 500 900 0");
 }
 
 TEST_CASE("kinds: every field is set, written, read back by another cursor, and 0 on another kind of event") {
@@ -261,18 +255,12 @@ TEST_CASE("kinds: every field is set, written, read back by another cursor, and 
                       notes.GetNoteTailIconLength(), notes.GetChannel());
     };
     const auto set = [](CCsqEventAnote& notes) {
-        return Values{notes.SetNoteNumber(1),
-                      notes.SetNoteDynamics(2),
-                      notes.SetNoteLength(0x10003),
-                      notes.SetNoteAttribute(0x12345),
-                      notes.SetVibratoOffset(-5),
-                      notes.SetLyricHandle(PointerOf(6), 0),
-                      notes.SetNoteHeadIconHandle(PointerOf(3), 0),
-                      notes.SetNoteTailIconHandle(PointerOf(4), 0),
-                      notes.SetVibratoIconHandle(PointerOf(9), 0),
-                      notes.SetNoteHeadIconLength(33),
-                      notes.SetNoteTailIconLength(44),
-                      notes.Write()};
+        const Values fields(notes.SetNoteNumber(1), notes.SetNoteDynamics(2), notes.SetNoteLength(0x10003),
+                            notes.SetNoteAttribute(0x12345), notes.SetVibratoOffset(-5));
+        const Values handles(notes.SetLyricHandle(PointerOf(6), 0), notes.SetNoteHeadIconHandle(PointerOf(3), 0),
+                             notes.SetNoteTailIconHandle(PointerOf(4), 0), notes.SetVibratoIconHandle(PointerOf(9), 0));
+        const Values lengths(notes.SetNoteHeadIconLength(33), notes.SetNoteTailIconLength(44));
+        return Values(fields, handles, lengths, notes.Write());
     };
     CCsqEventAnote notes, reader, detached;
     CCsqEventAicon placements;
@@ -339,6 +327,8 @@ TEST_CASE("kinds: replacing a handle deletes the old object when asked, unless i
     };
     for (const auto& set : setters) {
         for (DWORD handle = 11; handle <= 13; ++handle) {
+            track.DetachIconObject(PointerOf(handle), 1);
+            track.DetachLyricObject(PointerOf(handle), 1);
             track.SetIconObjectAt(PointerOf(handle), new CIconSinger);
             track.SetLyricObjectAt(PointerOf(handle), new CLyricObject);
         }

@@ -47,50 +47,33 @@ std::string SignatureAt(const CGridManager& grid, int measure) {
     return std::to_string(signature.numerator) + '/' + std::to_string(1 << signature.denominatorExponent);
 }
 
-/// What a way with a rest gives, and its rest.
-template <class Way, class... Argument>
-std::string WithRest(Way way, Argument... arguments) {
-    int rest = 77;
-    const auto result = way(arguments..., &rest);
-    return Values(result, rest);
-}
-
 using Grid = CGridManager;
 
 } // namespace
 
 TEST_CASE("grid: clocks, points, grid lines and units, worked by hand") {
-    using TwoArguments = LONG (*)(LONG, WORD, int*);
-    using Points = LONG (*)(LONG, WORD, WORD, int*);
-    using Units = DWORD (*)(DWORD, WORD, int*);
-    using UnitPoints = DWORD (*)(DWORD, WORD, WORD, int*);
-    struct Row {
-        LONG from;
-        WORD points;
-        const char* to;
-    };
-    for (const Row& row : {Row{480, 96, "96"}, Row{100, 96, "20"}, Row{-61, 96, "-12"}, Row{100, 0, "0"},
-                           Row{kMax, 96, "429496729"}, Row{kMax, 65535, "2147483647"}, Row{kMin, 65535, "-2147483648"}})
-        CHECK(Values(Grid::ClockToScreen(row.from, row.points)) == row.to);
-    for (const Row& row : {Row{97, 96, "485 0"}, Row{-97, 96, "-485 0"}, Row{7, 1000, "3 1"}, Row{-7, 1000, "-3 -1"},
-                           Row{97, 0, "0 0"}, Row{kMax, 1, "2147483647 0"}, Row{kMin, 1, "-2147483648 0"}})
-        CHECK(WithRest(TwoArguments{Grid::ScreenToClock}, row.from, row.points) == row.to);
-    for (const Row& row : {Row{-61, 60, "-1 -1"}, Row{119, 60, "1 59"}, Row{100, 0, "0 0"}})
-        CHECK(WithRest(TwoArguments{Grid::ClockToGrid}, row.from, row.points) == row.to);
-    for (const Row& row : {Row{30, 96, "2 6"}, // tick 150: 30 ticks, which are 6 points, after line 2
-                           Row{257, 1000, "2 7"}, Row{-257, 1000, "-2 -7"}, Row{101, 0, "0 0"}}) {
-        CHECK(WithRest(Points{Grid::ScreenToGrid}, row.from, row.points, WORD{60}) == row.to);
-        if (row.from >= 0)
-            CHECK(WithRest(UnitPoints{Grid::PointsToUnits}, static_cast<DWORD>(row.from), row.points, WORD{60}) ==
-                  row.to);
-    }
-    CHECK(WithRest(Points{Grid::ScreenToGrid}, 101, WORD{96}, WORD{0}) == "0 0");
-    CHECK(WithRest(UnitPoints{Grid::PointsToUnits}, 0xFFFFFFF0, WORD{96}, WORD{60}) == "0 0");
-    CHECK(WithRest(Units{Grid::ClocksToUnits}, 0xFFFFFFFF, WORD{60}) == "71582788 15"); // clocks of units are unsigned
-    CHECK(WithRest(Units{Grid::ClocksToUnits}, 100u, WORD{0}) == "0 0");
+    int a = 7, b = 7, c = 7; // rests
+    CHECK(Values(Grid::ClockToScreen(480, 96), Grid::ClockToScreen(100, 96), Grid::ClockToScreen(-61, 96),
+                 Grid::ClockToScreen(100, 0)) == "96 20 -12 0");
+    CHECK(Values(Grid::ClockToScreen(kMax, 96), Grid::ClockToScreen(kMax, 65535), Grid::ClockToScreen(kMin, 65535)) ==
+          "429496729 2147483647 -2147483648");
+    CHECK(Values{Grid::ScreenToClock(97, 96, &a), a, Grid::ScreenToClock(-97, 96, &b), b} == "485 0 -485 0");
+    CHECK(Values{Grid::ScreenToClock(7, 1000, &a), a, Grid::ScreenToClock(-7, 1000, &b), b} == "3 1 -3 -1");
+    CHECK(Values(Grid::ScreenToClock(kMax, 1, nullptr), Grid::ScreenToClock(kMin, 1, nullptr)) ==
+          "2147483647 -2147483648");
+    CHECK(Values{Grid::ClockToGrid(-61, 60, &a), a, Grid::ClockToGrid(119, 60, &b), b} == "-1 -1 1 59");
+    CHECK(Values{Grid::ScreenToGrid(30, 96, 60, &a), a, Grid::ScreenToGrid(257, 1000, 60, &b), b,
+                 Grid::ScreenToGrid(-257, 1000, 60, &c), c} == "2 6 2 7 -2 -7"); // 30: tick 150, 30 ticks after line 2
+    CHECK(Values{Grid::PointsToUnits(30, 96, 60, &a), a, Grid::PointsToUnits(0xFFFFFFF0, 96, 60, &b), b} == "2 6 0 0");
+    CHECK(Values{Grid::ClocksToUnits(0xFFFFFFFF, 60, &a), a} == "71582788 15"); // clocks of units are unsigned
     CHECK(Values(Grid::GridToScreen(2, 1000, 60), Grid::GridToClock(kMax, 60), Grid::GridToClock(kMin, 60)) ==
           "250 2147483647 -2147483648");
     CHECK(Values(Grid::UnitsToClocks(~0U, 60), Grid::UnitsToPoints(~0U, 96, 60)) == "4294967295 429496729");
+    int rests[] = {7, 7, 7, 7, 7, 7}; // without a resolution there is neither result nor rest
+    CHECK(Values{Grid::ScreenToClock(97, 0, &rests[0]), Grid::ClockToGrid(100, 0, &rests[1]),
+                 Grid::ScreenToGrid(101, 0, 60, &rests[2]), Grid::ScreenToGrid(101, 96, 0, &rests[3]),
+                 Grid::ClocksToUnits(100, 0, &rests[4]), Grid::PointsToUnits(101, 96, 0, &rests[5]), rests[0], rests[1],
+                 rests[2], rests[3], rests[4], rests[5]} == "0 0 0 0 0 0 0 0 0 0 0 0");
 }
 
 TEST_CASE("grid: the resolutions, the song's signatures, null pointers") {
@@ -151,15 +134,13 @@ TEST_CASE("grid: song positions, worked by hand") {
     CHECK(Values(plain.SongPositionToScreen(position), plain.SongPositionToScreen(1, 1, 100)) == "500 500");
     plain.ScreenToSongPosition(static_cast<DWORD>(-500), position);
     CHECK(Values(position.measure, position.beat, position.tick) == "0 0 0");
-    const auto inMeasure = [](const Grid& grid, DWORD points) {
-        return WithRest([&grid](DWORD at, int* offset) { return grid.PointInMeasure(at, offset); }, points);
-    };
-    CHECK(Values(inMeasure(plain, 500), inMeasure(plain, 0x80000000), plain.PointInMeasure(500, nullptr)) ==
-          "1 116 0 0 1");
+    int a = 7, b = 7; // points from the measure's start
+    CHECK(Values{plain.PointInMeasure(500, &a), a, plain.PointInMeasure(0x80000000, &b), b,
+                 plain.PointInMeasure(500, nullptr)} == "1 116 0 0 1");
     Grid flat;
     const tagGridResolution none{0, 60};
     flat.SetGridResolution(&none);
-    CHECK(inMeasure(flat, 101) == "0 0");
+    CHECK(Values{flat.PointInMeasure(101, &a), a} == "0 0");
 
     struct Change {
         DWORD delta, numerator, exponent;

@@ -17,7 +17,7 @@ using namespace torv;
 
 namespace {
 
-using Bytes = std::vector<int>;
+using Words = std::vector<DWORD>;
 
 /// A stream of 12-byte entries {delta, tag, value}, opened to the tests.
 class Stream : public CStreamBuffer {
@@ -32,22 +32,23 @@ struct Entry {
     DWORD value;
 };
 
-Bytes BytesOf(CStreamBuffer& stream) {
+/// The stored bytes, as little-endian words.
+Words WordsOf(CStreamBuffer& stream) {
     CMemFile file;
     stream.Save(&file, nullptr);
-    Bytes bytes;
-    for (const char c : file.GetBytes())
-        bytes.push_back(static_cast<unsigned char>(c));
-    return bytes;
+    const auto& bytes = file.GetBytes();
+    Words words((bytes.size() + 3) / 4);
+    for (size_t i = 0; i < bytes.size(); ++i)
+        words[i / 4] |= DWORD{static_cast<unsigned char>(bytes[i])} << i % 4 * 8;
+    return words;
 }
 
-/// The bytes are whole entries, whose distances and the end mark's add up.
-void CheckWhole(const Bytes& bytes, DWORD entrySize) {
-    REQUIRE(bytes.size() % entrySize == 8 % entrySize);
+/// They are whole entries, whose distances and the end mark's add up.
+void CheckWhole(const Words& words, DWORD entrySize) {
+    REQUIRE(words.size() * 4 % entrySize == 8 % entrySize);
     DWORD sum = 0;
-    for (size_t at = 0; at < bytes.size(); at += entrySize)
-        for (size_t i = 0; i < 4; ++i)
-            sum += static_cast<DWORD>(bytes[at + i]) << 8 * i;
+    for (size_t at = 0; at < words.size(); at += entrySize / 4)
+        sum += words[at];
     REQUIRE(sum == kMaxClock);
 }
 
@@ -87,36 +88,26 @@ std::string PlaceOf(Stream& stream) {
 TEST_CASE("stream: the stored bytes") {
     Stream stream;
     REQUIRE(stream.Create(12, 2048, -1));
-    // Only the end mark: 7FFFFFFF, FFFFFFFE.
-    const Bytes empty = {0xFF, 0xFF, 0xFF, 0x7F, 0xFE, 0xFF, 0xFF, 0xFF};
-    CHECK(BytesOf(stream) == empty);
-
+    const Words empty = {0x7FFFFFFF, 0xFFFFFFFE}; // only the end mark
+    CHECK(WordsOf(stream) == empty);
     Entry entry = {480, 0xF5, 0x01020304};
-    CHECK(stream.AddEntry(&entry));
+    CHECK(stream.AddEntry(&entry) == 1);
     entry = {0x100, 0xF4, 7};
-    CHECK(stream.AddEntry(&entry));
+    CHECK(stream.AddEntry(&entry) == 1);
     // 480 = 1E0; 7FFFFFFF - 1E0 - 100 = 7FFFFD1F.
-    const Bytes two = {0xE0, 0x01, 0x00, 0x00, 0xF5, 0x00, 0x00, 0x00, 0x04, 0x03, 0x02, 0x01, //
-                       0x00, 0x01, 0x00, 0x00, 0xF4, 0x00, 0x00, 0x00, 0x07, 0x00, 0x00, 0x00, //
-                       0x1F, 0xFD, 0xFF, 0x7F, 0xFE, 0xFF, 0xFF, 0xFF};
-    CHECK(BytesOf(stream) == two);
+    const Words two = {0x1E0, 0xF5, 0x01020304, 0x100, 0xF4, 7, 0x7FFFFD1F, 0xFFFFFFFE};
+    CHECK(WordsOf(stream) == two);
     CHECK(stream.GetStreamLength() == 736);
-
     stream.MoveTo(500);
     entry = {99999, 0xF9, 1};
-    CHECK(stream.InsertEntry(&entry, 1));
+    CHECK(stream.InsertEntry(&entry, 1) == 1);
     CHECK(entry.delta == 20); // what was stored; 256 - 20 = EC is left for the one behind
-    CHECK(BytesOf(stream) == Bytes{0xE0, 0x01, 0x00, 0x00, 0xF5, 0x00, 0x00, 0x00, 0x04, 0x03, 0x02, 0x01, //
-                                   0x14, 0x00, 0x00, 0x00, 0xF9, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, //
-                                   0xEC, 0x00, 0x00, 0x00, 0xF4, 0x00, 0x00, 0x00, 0x07, 0x00, 0x00, 0x00, //
-                                   0x1F, 0xFD, 0xFF, 0x7F, 0xFE, 0xFF, 0xFF, 0xFF});
-    CHECK(stream.RemoveEntry());
-    CHECK(BytesOf(stream) == two);
+    CHECK(WordsOf(stream) == Words{0x1E0, 0xF5, 0x01020304, 20, 0xF9, 1, 0xEC, 0xF4, 7, 0x7FFFFD1F, 0xFFFFFFFE});
+    CHECK(stream.RemoveEntry() == 1);
+    CHECK(WordsOf(stream) == two);
     stream.Empty();
-    CHECK(BytesOf(stream) == empty);
-    CHECK(stream.InsertTime(5) == 1);
-    CHECK(stream.RemoveTime(5) == 1);
-    CHECK(BytesOf(stream) == empty);
+    CHECK(Values(stream.InsertTime(5), stream.RemoveTime(5)) == "1 1");
+    CHECK(WordsOf(stream) == empty);
 }
 
 TEST_CASE("stream: creation, and a stream that was not created") {
@@ -261,7 +252,7 @@ TEST_CASE("stream: writing changes payload and tag, never the time") {
 TEST_CASE("stream: refuses what would break it, and changes nothing") {
     Stream stream;
     Fill(stream, {100, 0x7FFFFF00});
-    const Bytes before = BytesOf(stream);
+    const Words before = WordsOf(stream);
     for (const DWORD clock : {0u, 100u, 150u, 0x7FFFFF10u}) {
         stream.MoveTo(clock);
         const std::string place = PlaceOf(stream);
@@ -274,7 +265,7 @@ TEST_CASE("stream: refuses what would break it, and changes nothing") {
         CHECK(stream.AddEntry(&late) == 0);
         CHECK(PlaceOf(stream) == place);
     }
-    CHECK(BytesOf(stream) == before);
+    CHECK(WordsOf(stream) == before);
     const Entry last = {0xFF, 5, 0};
     CHECK(Values{stream.AddEntry(&last), stream.GetStreamLength()} == "1 2147483647");
 }
@@ -305,11 +296,11 @@ TEST_CASE("stream: block size changes nothing, and what is inserted and removed 
                 } else if (choice < 4) {
                     stream.MoveTo(target);
                 } else if (choice < 7) {
-                    const Bytes before = step % 16 ? Bytes{} : BytesOf(stream);
+                    const Words before = step % 16 ? Words{} : WordsOf(stream);
                     result = stream.InsertEntry(entry.data(), static_cast<int>(operand));
                     if (result && step % 16 == 0) {
                         stream.RemoveEntry();
-                        REQUIRE(BytesOf(stream) == before);
+                        REQUIRE(WordsOf(stream) == before);
                     }
                 } else if (choice == 7) {
                     result = operand ? stream.ReadNextEntry(entry.data()) : stream.ReadPrevEntry(entry.data());
@@ -326,10 +317,10 @@ TEST_CASE("stream: block size changes nothing, and what is inserted and removed 
                 REQUIRE(now == first);
             }
         }
-        const Bytes bytes = BytesOf(streams[0]);
-        CheckWhole(bytes, entrySize);
-        CHECK(BytesOf(streams[1]) == bytes);
-        CHECK(BytesOf(streams[2]) == bytes);
+        const Words words = WordsOf(streams[0]);
+        CheckWhole(words, entrySize);
+        CHECK(WordsOf(streams[1]) == words);
+        CHECK(WordsOf(streams[2]) == words);
     }
 }
 
@@ -349,7 +340,7 @@ TEST_CASE("stream: a location that no longer fits leads nowhere dangerous") {
             stream.MoveTo(below(400));
         stream.WriteEntry(&entry);
         stream.InsertEntry(&entry, step % 5 < 3);
-        CheckWhole(BytesOf(stream), sizeof(Entry));
+        CheckWhole(WordsOf(stream), sizeof(Entry));
     }
 }
 
@@ -361,12 +352,12 @@ TEST_CASE("stream: memory that cannot be had leaves it as it was") {
         for (int i = 0; i < 4; ++i)
             stream.AddEntry(&entry);
         stream.MoveTo(20);
-        const Bytes before = BytesOf(stream);
+        const Words before = WordsOf(stream);
         const std::string place = PlaceOf(stream);
         const int inserted = failure.During([&] { return stream.InsertEntry(&entry, 0); });
         CHECK(inserted == !failure.HasHappened());
         if (!inserted) {
-            CHECK(BytesOf(stream) == before);
+            CHECK(WordsOf(stream) == before);
             CHECK(PlaceOf(stream) == place);
             CHECK(entry.delta == 10);
         }
