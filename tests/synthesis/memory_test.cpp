@@ -15,6 +15,7 @@ TEST_CASE("memory: where it is refused a call answers 0 and the next one succeed
     };
     const auto nothing = [](Driver&) {};
     const auto open = [&](Driver& driver) {
+        driver.SetMasterOutputChannels(1);
         driver.OpenSynthesizer();
         driver.RTS_SetSynthesisParam(1, 1, 0, 44100, 100, 1);
         driver.RTS_SetPlayParam(0, 10, 0, 0);

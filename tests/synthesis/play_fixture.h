@@ -92,12 +92,12 @@ struct Play {
     }
     /// Until it is so; meanwhile the device plays as fast as it is given something, if asked to.
     bool Await(const std::function<bool()>& isSo, bool devicePlays = true) {
-        for (const DWORD begin = timeGetTime(); timeGetTime() - begin < 20000; Sleep(0)) {
+        for (const DWORD begin = timeGetTime(); timeGetTime() - begin < 60000;) {
             Pump();
             if (isSo())
                 return true;
-            if (devicePlays)
-                device->Finish(1);
+            if (!devicePlays || device->Finish(1) == 0)
+                Sleep(1);
         }
         return false;
     }

@@ -133,24 +133,21 @@ TEST_CASE("ring: what is to be read next") {
 }
 
 TEST_CASE("ring: an engine sample fills the frame's channels, low byte first, its sign in the bytes beyond") {
-    struct Row {
-        WORD channels;
-        WORD bits;
-        Bytes frame;
-    };
-    const Row rows[] = {{1, 8, {0xFE}},
-                        {1, 16, {0xFE, 0xFF}},
-                        {1, 24, {0xFE, 0xFF, 0xFF}},
-                        {2, 16, {0xFE, 0xFF, 0xFE, 0xFF}},
-                        {2, 24, {0xFE, 0xFF, 0xFF, 0xFE, 0xFF, 0xFF}}};
-    for (const Row& row : rows) {
-        CAPTURE(row.bits);
-        torv::SynthRing ring(torv::PcmFormat(row.channels, row.bits, 44100), 256, std::vector<torv::EngineInstance>(1));
-        const short sample = -2; // FE FF
-        REQUIRE(ring.Append(0, &sample, 1) == 1);
-        const BYTE* const at = ring.Tracks()[0].info.samples;
-        CHECK(Bytes(at, at + row.frame.size()) == row.frame);
-    }
+    for (const WORD channels : {1, 2})
+        for (const WORD bytes : {1, 2, 3}) {
+            CAPTURE(bytes);
+            torv::SynthRing ring(torv::PcmFormat(channels, bytes * 8, 44100), 256,
+                                 std::vector<torv::EngineInstance>(1));
+            const short sample = -2;
+            REQUIRE(ring.Append(0, &sample, 1) == 1);
+            Bytes frame;
+            for (int channel = 0; channel < channels; ++channel)
+                for (int byte = 0; byte < bytes; ++byte)
+                    frame.push_back(byte == 0 ? 0xFE : 0xFF);
+            const BYTE* const at = ring.Tracks()[0].info.samples;
+            CHECK(Bytes(at, at + frame.size()) == frame);
+            CHECK(at[frame.size()] == 0);
+        }
 }
 
 TEST_CASE("ring: one track of the mix, across the ring's end, unless it is muted") {

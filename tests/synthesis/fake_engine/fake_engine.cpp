@@ -1,14 +1,12 @@
 #include "fake_engine.h"
 
-#include <chrono>
 #include <cstdlib>
 #include <cstring>
-#include <thread>
 
 /// An engine whose every sample can be told beforehand: a note-on sounds at 100 x its velocity from its very sample on,
 /// a note-off leaves a release of 512 samples at 7. The option text asks for trouble:
 /// "refuse" the static setting, "error N" in step N, "bad reset", "none": no samples, "flood": 500 more than fit,
-/// "endless": never silent, "slow N": N milliseconds a step.
+/// "endless": never silent.
 
 #if defined(_WIN32)
 #define ENTRY extern "C" __declspec(dllexport)
@@ -108,8 +106,6 @@ ENTRY int32_t RVE_CALL RVEDoStepSynthesis(int32_t handle, int32_t count, const R
     ++g_log.steps;
     if (g_log.stepHook)
         g_log.stepHook();
-    if (const int wait = Number(instance, "slow "))
-        std::this_thread::sleep_for(std::chrono::milliseconds(wait));
     for (int i = 0; i < count && g_log.eventCount < 4096; ++i)
         g_log.events[g_log.eventCount++] = {step, events[i]};
     if (step > 0 && Number(instance, "error ") == step)
