@@ -81,7 +81,9 @@ TEST_CASE("instances are independent and deterministic, and a reset starts over"
         StepOnce(engine, b, i ? nullptr : &other);
     }
     CHECK(engine.reset(a) == 0);
+    CHECK(engine.reset(b) == 0);
     for (int i = 0; i < 60; ++i) {
+        CHECK(StepOnce(engine, b, i ? nullptr : &one) == first[static_cast<size_t>(i)]);
         CHECK(StepOnce(engine, c, i ? nullptr : &one) == first[static_cast<size_t>(i)]);
         CHECK(StepOnce(engine, a, i ? nullptr : &one) == first[static_cast<size_t>(i)]);
     }

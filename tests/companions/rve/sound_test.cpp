@@ -212,6 +212,10 @@ TEST_CASE("voices and voice controls: each changes what it is said to change") {
     }
     CHECK((centres[2] > centres[0] && centres[0] > centres[1] && centres[1] > centres[3])); // child, woman, man, bass
 
+    Stream plain; // the first voice sings where none is named
+    plain.Note({.note = 45, .phonemes = "a"});
+    CHECK(Part(Sing(plain), 300, 600) == Steady("a", 0, 0, 45));
+
     const auto with = [](int control, int value) {
         Stream stream;
         stream.Value(0x53, 1).VoiceControl(control, value).Note({.note = 33, .phonemes = "a"});
@@ -268,6 +272,9 @@ TEST_CASE("no clicks: joins, steps and controllers that jump are as smooth as th
     Stream louder = steady;
     louder.Value(0x63, 127, 500).Value(0x63, 0, 600);
     check("dynamics", louder, 5.5); // 11 dB louder and brighter
+    Stream loudest;
+    loudest.Value(0x63, 127).Note({.note = 57, .startMs = 0, .lengthMs = 900, .velocity = 127});
+    check("as loud as can be", loudest, 13); // 16 dB louder, brighter and bent
     Stream voice = steady;
     voice.Value(0x53, 3, 500).Bend(8191, 550);
     check("program and bend", voice, 1.6);
