@@ -42,6 +42,10 @@ TEST_CASE("time: a vowel begins within a step of its time, its consonants ahead 
     hiss.Note({.startMs = 250, .phonemes = "s a"});
     CHECK(std::abs(OnsetOf(Sing(hiss), 0.004) - (250 - 66.7)) < 5.8);
 
+    Stream together; // two sounds with one start share its advancement
+    together.Note({.startMs = 250, .phonemes = "sS a"});
+    CHECK(std::abs(OnsetOf(Sing(together), 0.004) - (250 - 66.7)) < 5.8);
+
     Stream cluster;
     cluster.Value(0x60, 1).Note({.startMs = 250, .phonemes = "s t r eI", .advancement = 48}); // 3 x 50 ms
     CHECK(std::abs(OnsetOf(Sing(cluster), 0.004) - 100) < 5.8);
