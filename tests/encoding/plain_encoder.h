@@ -138,14 +138,14 @@ private:
         }
     };
 
-    static long long Scale(long long a, long long b, long long c) { // to nearest, halves away from zero
+    static long Scale(long long a, long long b, long long c) { // to nearest, halves away from zero
         const long long product = a * b;
-        return product >= 0 ? (2 * product + c) / (2 * c) : -((-2 * product + c) / (2 * c));
+        return static_cast<long>(product >= 0 ? (2 * product + c) / (2 * c) : -((-2 * product + c) / (2 * c)));
     }
 
     struct Tempo {
         long tempo, tick, time;
-        long Time(long at) const { return time + static_cast<long>(((at - tick) * tempo + 240LL) / 480 / 1000); }
+        long Time(long at) const { return time + static_cast<long>((1LL * (at - tick) * tempo + 240) / 480 / 1000); }
         long Tick(long at) const {
             return tick + static_cast<long>(((at - time) * 480000LL + tempo / 2) / tempo); // to the nearest
         }

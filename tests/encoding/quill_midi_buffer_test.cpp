@@ -61,6 +61,11 @@ TEST_CASE("buffer: what it refuses leaves it as it was") {
     CHECK(buffer.AddEvent(0, &byte, 1, 0) == 0); // not created
     CHECK(buffer.InsertEventExAt(0, 0, &byte, 1) == 0);
     CHECK(buffer.MoveTo(0) == 0);
+    CHECK(buffer.GetDataSize() == 0);
+    tagQuillMidiEntry entry;
+    CHECK(buffer.ReadEntry(&entry) == 0);
+    CHECK(buffer.ReadNextEntry(&entry) == 0);
+    CHECK(buffer.ReadPrevEntry(&entry) == 0);
     CHECK(buffer.SeekToTimePosition(10) == 0);
     buffer.Create(1, 2000, 0);
     CHECK(buffer.SeekToTimePosition(10) == 0); // empty
@@ -122,6 +127,7 @@ TEST_CASE("buffer: sounding times are sought, and a segment that sounds then is 
         CAPTURE(sought.time);
         CHECK(buffer.SeekToTimePosition(sought.time) == sought.found);
         CHECK(buffer.GetPosition() == sought.tick);
+        buffer.SeekToBegin();
         CHECK(buffer.SetLoopEndState(sought.time) == 1);
         CHECK(buffer.GetLoopEndState() == sought.sounds);
     }
