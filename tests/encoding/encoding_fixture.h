@@ -56,12 +56,8 @@ public:
         m_song.GetMasterTrack()->MoveTo(tick);
         m_song.GetMasterTrack()->InsertEvent(&entry);
     }
-    DWORD Attach(CLyricObject* lyric) {
-        return static_cast<DWORD>(reinterpret_cast<uintptr_t>(m_track->AttachLyricObject(lyric)));
-    }
-    DWORD Icon(CIconObject* icon) {
-        return static_cast<DWORD>(reinterpret_cast<uintptr_t>(m_builder.RegisterIconObject(icon)));
-    }
+    DWORD Attach(CLyricObject* lyric) { return torv::HandleOf(m_track->AttachLyricObject(lyric)); }
+    DWORD Icon(CIconObject* icon) { return torv::HandleOf(m_builder.RegisterIconObject(icon)); }
     /// A note with a one-vowel lyric unless `lyric` names another; the record can be changed until the encoding.
     tagCsqEventAnote* Note(DWORD tick, DWORD length, int number = 60, DWORD lyric = 0) {
         if (!lyric) {

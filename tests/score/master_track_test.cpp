@@ -115,10 +115,10 @@ TEST_CASE("maps: a signature at the clock of the one before shows, but measures 
     Master initial;
     initial.SetInitialTimeSig({3, 2});
     initial.Signature(2880, 4, 2);
-    initial.Signature(6720, 6, 3);
-    initial.Signature(6720, 5, 3);
-    CHECK(Rows(initial, kSignature) == "0 3 2, 2 4 2, 4 5 3"); // 2880 / 1440, then 3840 / 1920
-    CHECK(Rows(initial, kSignature2) == "2 4 2, 4 6 3, 4 5 3");
+    initial.Signature(8640, 6, 3);
+    initial.Signature(8640, 5, 3);
+    CHECK(Rows(initial, kSignature) == "0 3 2, 2 4 2, 5 5 3"); // 2880 / 1440, then 5760 / 1920
+    CHECK(Rows(initial, kSignature2) == "2 4 2, 5 6 3, 5 5 3");
 
     Master broken;
     broken.Signature(1920, 0, 2); // no length: the one in force stays

@@ -15,8 +15,6 @@ DWORD Find(const Databases& databases, const IconKind& kind, const std::string& 
     return all.empty() ? 0 : all.front().id;
 }
 
-DWORD NumberOf(void* handle) { return static_cast<DWORD>(reinterpret_cast<uintptr_t>(handle)); }
-
 } // namespace
 
 Expressions FindExpressions(const Databases& databases, const ExpressionNames& names) {
@@ -30,7 +28,7 @@ NoteIcons::NoteIcons(const Databases& databases, const Expressions& expressions,
 
 DWORD NoteIcons::Attach(DWORD id) {
     CIconObject* const icon = id ? m_databases.Manager().CreateIconObject(id) : nullptr;
-    return icon ? NumberOf(m_builder.RegisterIconObject(icon)) : 0;
+    return icon ? torv::HandleOf(m_builder.RegisterIconObject(icon)) : 0;
 }
 
 DWORD NoteIcons::Vibrato(DWORD ticks, DWORD milliseconds, DWORD& offset) {
@@ -42,5 +40,5 @@ DWORD NoteIcons::Vibrato(DWORD ticks, DWORD milliseconds, DWORD& offset) {
     if (!icon)
         return 0;
     icon->SetLength(ticks - offset);
-    return NumberOf(m_builder.RegisterIconObject(icon));
+    return torv::HandleOf(m_builder.RegisterIconObject(icon));
 }

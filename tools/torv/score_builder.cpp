@@ -64,7 +64,7 @@ public:
     /// A new icon of the databases, attached to the track.
     DWORD Attach(const Databases& databases, DWORD id) {
         CIconObject* const icon = databases.Manager().CreateIconObject(id);
-        return icon ? static_cast<DWORD>(reinterpret_cast<uintptr_t>(m_builder.RegisterIconObject(icon))) : 0;
+        return icon ? torv::HandleOf(m_builder.RegisterIconObject(icon)) : 0;
     }
     void Close() { m_builder.CloseBuffer(); }
 
@@ -220,7 +220,7 @@ Score BuildScore(const std::string& path, const MidiSong& file, const VoiceLine&
         record->noteNumber = static_cast<WORD>(note.key);
         record->noteDynamics = static_cast<WORD>(note.velocity);
         record->noteAttribute = (note.joined ? kJoinedToPrevious : 0) | (joinsNext ? kJoinedToNext : 0);
-        record->lyricHandle = static_cast<DWORD>(reinterpret_cast<uintptr_t>(score.track->AttachLyricObject(lyric)));
+        record->lyricHandle = torv::HandleOf(score.track->AttachLyricObject(lyric));
         record->noteHeadHandle = note.joined ? 0 : icons.Attack();
         record->noteTailHandle = joinsNext ? icons.Transition() : icons.Release();
         DWORD offset = 0;

@@ -27,7 +27,7 @@ constexpr int kDynamicsFromTrack = 1;
 
 template <class Icon>
 Icon* IconOf(CSequenceObject* track, DWORD handle) {
-    return dynamic_cast<Icon*>(track->LookupIconObject(reinterpret_cast<void*>(static_cast<uintptr_t>(handle))));
+    return dynamic_cast<Icon*>(track->LookupIconObject(torv::PointerOf(handle)));
 }
 
 } // namespace

@@ -29,11 +29,9 @@ constexpr int kStatusAttack = 1;
 constexpr int kStatusTransition = 2;
 constexpr int kStatusRelease = 3;
 
-void* HandleOf(DWORD handle) { return reinterpret_cast<void*>(static_cast<uintptr_t>(handle)); }
-
 /// The note or vibrato icon under a handle; null when there is none or it is of another kind.
 CIconExpression* ExpressionOf(CSequenceObject* track, DWORD handle) {
-    return dynamic_cast<CIconExpression*>(track->LookupIconObject(HandleOf(handle)));
+    return dynamic_cast<CIconExpression*>(track->LookupIconObject(torv::PointerOf(handle)));
 }
 
 void Fill(tagQuillMidiOutIcon& to, const CIconExpression& icon) {
@@ -169,7 +167,7 @@ int CxQuillMidiEncoder::CreateQuillNoteStruct(tagQuillMidiOutNoteParam* note, CC
     if ((note->attribute & kJoinedToNext) && !FillNextNoteTransition(note, event))
         return 0;
 
-    CLyricObject* lyric = lyricHandle ? event->GetSequence()->LookupLyricObject(HandleOf(lyricHandle)) : nullptr;
+    CLyricObject* lyric = lyricHandle ? event->GetSequence()->LookupLyricObject(torv::PointerOf(lyricHandle)) : nullptr;
     if (!lyric || lyric->GetElementCount() < 1)
         return 0;
     note->segmentCount = static_cast<DWORD>(lyric->GetElementCount());
@@ -214,7 +212,7 @@ int CxQuillMidiEncoder::FillNoteIcons(tagQuillMidiOutNoteParam* note, CCsqEvent*
             return 0;
     }
     if (record->vibratoHandle) {
-        auto* const icon = dynamic_cast<CIconVibrato*>(track->LookupIconObject(HandleOf(record->vibratoHandle)));
+        auto* const icon = dynamic_cast<CIconVibrato*>(track->LookupIconObject(torv::PointerOf(record->vibratoHandle)));
         if (!icon)
             return 0;
         note->vibratoCode = icon->GetExpressionID();
