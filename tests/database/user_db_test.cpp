@@ -1,3 +1,4 @@
+#include "allocation_failure.h"
 #include "database/database_fixture.h"
 
 namespace {
@@ -298,4 +299,34 @@ TEST_CASE("user icons: two hosts with one file") {
         CHECK(hosts.Content().find("Original = 1") != std::string::npos);
         CHECK(hosts.Content().find("Original = 2") == std::string::npos);
     }
+}
+
+TEST_CASE("user icons: memory that is refused loses nothing") {
+    Users users;
+    users.Load(std::string(kTwoIcons) + "[Odd]\r\nkey = value\r\n\r\n");
+    users.boxes.Take();
+    const std::string theirs = users.Content() + "[Odder]\r\n\r\n";
+    std::string whole;
+    FailEachAllocation([&](AllocationFailure& failure) {
+        CUserDB database;
+        database.LoadDatabase(users.path.c_str());
+        users.folder.File("User.def", theirs); // to be merged
+        const int saved = failure.During([&] { return database.SaveDatabase(); });
+        CHECK(saved == !failure.HasHappened());
+        if (saved)
+            whole = users.Content();
+        else
+            CHECK(users.Content() == theirs);
+        users.folder.File("User.def", std::string(kTwoIcons) + "[Odd]\r\nkey = value\r\n\r\n");
+    });
+    CHECK(whole.find("[Odder]") != std::string::npos);
+    CHECK(whole.find("StartDyn = 12") != std::string::npos);
+    users.folder.File("User.def", whole);
+    FailEachAllocation([&](AllocationFailure& failure) {
+        CUserDB database;
+        const int loaded = failure.During([&] { return database.LoadDatabase(users.path.c_str()); });
+        CHECK(loaded == !failure.HasHappened());
+        database.SaveDatabase(); // whether it was loaded or not
+        CHECK(users.Content() == whole);
+    });
 }

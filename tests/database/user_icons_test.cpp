@@ -1,5 +1,8 @@
 // Users' icons through the manager: registered, replaced, taken out and restored, and there again after a restart.
+#include "allocation_failure.h"
 #include "database/database_fixture.h"
+
+#include "torv/score/cross_reference_map.h"
 
 namespace {
 
@@ -213,6 +216,35 @@ TEST_CASE("user icons: what the external library keeps has its number, whether i
     restored->SetVariation(0x8007);
     CHECK(manager.RestoreUserIconObject(restored.get()) == 0); // under its own number or not at all
     CHECK(host.boxes.Take() == Texts{"DBM_CreateVirtualExpItem returned 3"});
+}
+
+TEST_CASE("user icons: memory that is refused leaves database and library as they were") {
+    OpenHost host;
+    CQuillDBManager& manager = host.manager;
+    FailEachAllocation([&](AllocationFailure& failure) {
+        host.TakeCalls();
+        std::unique_ptr<CIconObject> icon = host.Attack("an ID string of more than fifteen bytes");
+        const DWORD id = failure.During([&] { return manager.RegisterIconObject(icon.get()); });
+        CHECK((id == 0x01018001) == !failure.HasHappened());
+        CHECK(manager.VerifyIconID(0x01018001) == !failure.HasHappened());
+        const std::string calls = host.TakeCalls();
+        if (id) {
+            static_cast<void>(icon.release());
+            icon.reset(manager.UnregisterIconObject(id));
+            CHECK(icon != nullptr);
+        } else {
+            CHECK((calls.empty() || calls == "CreateVirtualExpItem DeleteVirtualExpItem "));
+        }
+    });
+    tagQuillIconOverview overview{};
+    FailEachAllocation([&](AllocationFailure& failure) {
+        CCrossReferenceMap map;
+        const int found = failure.During([&] {
+            return manager.LookupIconOverview(0x01010001, &overview) && manager.GetVariationReferenceMap(1, 1, map) &&
+                   manager.GetStatusReferenceMap(map);
+        });
+        CHECK(found == !failure.HasHappened());
+    });
 }
 
 TEST_CASE("user icons: a caption is changed for good") {

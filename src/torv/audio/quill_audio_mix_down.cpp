@@ -1,7 +1,7 @@
 #include "torv/audio/quill_audio.h"
 
 #include "torv/audio/gain.h"
-#include "torv/audio/or_zero.h"
+#include "torv/platform/or_zero.h"
 #include "torv/audio/sample.h"
 #include "torv/audio/wave_out.h"
 

@@ -1,6 +1,6 @@
 #include "torv/audio/wave_buffer.h"
 
-#include "torv/audio/or_zero.h"
+#include "torv/platform/or_zero.h"
 
 #include <algorithm>
 

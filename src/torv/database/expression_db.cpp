@@ -36,7 +36,12 @@ void TellStatus(const char* entryPoint, int status) {
 class TemporaryFile {
 public:
     explicit TemporaryFile(const CString& path) : m_path(path) {}
-    ~TemporaryFile() { torv::RemoveFile(m_path); }
+    ~TemporaryFile() {
+        torv::OrZero([this] {
+            torv::RemoveFile(m_path);
+            return 1;
+        });
+    }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
     const CString& Path() const { return m_path; }
@@ -141,6 +146,7 @@ void CExpressionDB::ReadItem(const Expression& expression, const DBMExpItem& ite
         return;
     const int variation = item.user ? number | static_cast<int>(torv::kUserIconBit) : number;
     std::unique_ptr<CIconObject> icon = torv::MakeIcon(kind, kind, variation);
+    torv::OrBadAlloc(icon);
     const char* const path = item.fileName ? item.fileName : "";
     CxTypedFile file;
     const bool isLoaded =
@@ -148,11 +154,11 @@ void CExpressionDB::ReadItem(const Expression& expression, const DBMExpItem& ite
         (item.user ? icon->LoadPreset(path) : LoadModelIcon(icon.get(), file, torv::FolderPart(path), path));
     CIconExpression& model = AsExpression(*icon);
     *model.GetExpressionEntry() = {expression.database, expression.high, expression.low, item.value};
-    model.SetIDString(item.idString);
+    torv::OrBadAlloc(model.SetIDString(item.idString));
     model.SetOriginalSingerName(item.singerName);
     model.SetDevelopperName(item.developerName);
     if (item.caption && *item.caption)
-        model.SetCaption(item.caption);
+        torv::OrBadAlloc(model.SetCaption(item.caption));
     if (!item.user) {
         if (isLoaded)
             AddModel(icon);
@@ -246,11 +252,16 @@ bool CExpressionDB::HandOver(CIconExpression& icon) {
     }
     tagExpressionEntry& entry = *icon.GetExpressionEntry();
     const DWORD value = icon.GetIconID() & kLastNumber;
-    if (Ask(m_library->CreateVirtualExpItem(entry.database, entry.idHigh, entry.idLow, value, icon.GetIDString(),
-                                            file.Path(), icon.GetCaption(), icon.GetOriginalSingerName(),
-                                            icon.GetDevelopperName()))) {
+    const CString id = icon.GetIDString(); // all that needs memory, before the library is asked
+    const CString caption = icon.GetCaption();
+    const CString singer = icon.GetOriginalSingerName();
+    const CString developer = icon.GetDevelopperName();
+    const bool isNew = m_itemNumbers.insert(icon.GetIconID()).second;
+    if (Ask(m_library->CreateVirtualExpItem(entry.database, entry.idHigh, entry.idLow, value, id, file.Path(), caption,
+                                            singer, developer))) {
         entry.itemValue = value;
-        m_itemNumbers.insert(icon.GetIconID());
+    } else if (isNew) {
+        m_itemNumbers.erase(icon.GetIconID());
     }
     return true;
 }
@@ -279,6 +290,17 @@ bool CExpressionDB::DeleteUserItem(CIconExpression& icon) {
     return true;
 }
 
+CIconObject* CExpressionDB::AddKept(std::unique_ptr<CIconObject>& icon) {
+    try {
+        CIconObject* const added = AddModel(icon);
+        SetModified();
+        return added;
+    } catch (const std::bad_alloc&) {
+        DeleteUserItem(AsExpression(*icon));
+        return nullptr;
+    }
+}
+
 CIconObject* CExpressionDB::Register(std::unique_ptr<CIconObject>& icon) {
     while (GiveNewVariation(icon)) {
         if (!MayRestore(*icon))
@@ -287,10 +309,8 @@ CIconObject* CExpressionDB::Register(std::unique_ptr<CIconObject>& icon) {
         if (!HandOver(AsExpression(*icon)))
             return nullptr;
         const int status = m_status;
-        if (status == DBM_OK) {
-            SetModified();
-            return AddModel(icon);
-        }
+        if (status == DBM_OK)
+            return AddKept(icon);
         // The number may be another host's by now: then the next one is tried.
         SeeUserItems(torv::StatusFromID(icon->GetIconID()));
         m_status = status;
@@ -325,18 +345,18 @@ int CExpressionDB::Replace(const CIconObject& icon) {
         CreateUserItem(kept);
         return 0;
     }
-    return CQuillDBIF::Replace(replacement);
+    if (torv::OrZero([&] { return CQuillDBIF::Replace(replacement); }))
+        return 1;
+    DeleteUserItem(replacement);
+    CreateUserItem(kept);
+    return 0;
 }
 
 int CExpressionDB::Restore(std::unique_ptr<CIconObject>& icon) {
     if (!MayRestore(*icon))
         return 0;
     torv::MakeStorable(*icon);
-    if (!CreateUserItem(AsExpression(*icon)))
-        return 0;
-    AddModel(icon);
-    SetModified();
-    return 1;
+    return CreateUserItem(AsExpression(*icon)) && AddKept(icon);
 }
 
 int CExpressionDB::SetUserItemCaption(CIconExpression& icon, const char* caption) {

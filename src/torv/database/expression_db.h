@@ -79,6 +79,8 @@ private:
     bool HandOver(CIconExpression& icon);
     bool CreateUserItem(CIconExpression& icon);
     bool DeleteUserItem(CIconExpression& icon);
+    /// Takes an icon whose item the library keeps; null, and the item is dropped again, when memory is refused.
+    CIconObject* AddKept(std::unique_ptr<CIconObject>& icon);
 
     torv::DatabaseLibrary* m_library = nullptr;
     const DBMExpItems* m_items = nullptr;

@@ -1,5 +1,6 @@
 #include "torv/database/file_text.h"
 
+#include "torv/platform/or_zero.h"
 #include "torv/typed_file/typed_file.h"
 
 #include <algorithm>
@@ -27,9 +28,13 @@ CString FileText(const CString& text) {
     return storable;
 }
 
+void WriteEntry(CxTypedFile& file, const char* section, const char* key, const char* value) {
+    OrBadAlloc(file.WriteAt(section, key, value));
+}
+
 void WriteText(CxTypedFile& file, const char* section, const char* key, const CString& text) {
     const CString storable = FileText(text);
-    file.WriteAt(section, key, storable);
+    WriteEntry(file, section, key, storable);
     if (storable == text)
         return;
     CString digits;
@@ -38,7 +43,7 @@ void WriteText(CxTypedFile& file, const char* section, const char* key, const CS
         two.Format("%02x", byte);
         digits += two;
     }
-    file.WriteAt(section, CString(key) + kExact, digits);
+    WriteEntry(file, section, CString(key) + kExact, digits);
 }
 
 CString ReadText(const CxTypedFile& file, const char* section, const char* key) {

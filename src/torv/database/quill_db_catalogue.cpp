@@ -15,8 +15,7 @@ constexpr int kStatuses[] = {torv::kStatusAttack,  torv::kStatusRelease,  torv::
 CCrossReferenceMap& MapOf(LPARAM data) { return *reinterpret_cast<CCrossReferenceMap*>(data); }
 
 int AddNumber(LPARAM data, int number, const char* name) {
-    MapOf(data).AddTail(static_cast<DWORD>(number), name);
-    return 1;
+    return MapOf(data).AddTail(static_cast<DWORD>(number), name) != nullptr;
 }
 
 int CALLBACK AddStatus(int status, const char* name, LPARAM data) { return AddNumber(data, status, name); }
@@ -157,9 +156,13 @@ int CQuillDBManager::EnumIconVariation(int status, int articulation, QuillEnumVa
                                        LPARAM data) const {
     // Copied first: a callback may register and remove icons.
     std::vector<std::pair<int, CString>> variations;
-    if (const CQuillDBIF* const database = DatabaseOf(status))
-        for (const CIconObject* const icon : database->GetModels(status, articulation))
-            variations.emplace_back(torv::VariationFromID(icon->GetIconID()), icon->GetIDString());
+    const CQuillDBIF* const database = DatabaseOf(status);
+    if (!database || !torv::OrZero([&] {
+            for (const CIconObject* const icon : database->GetModels(status, articulation))
+                variations.emplace_back(torv::VariationFromID(icon->GetIconID()), icon->GetIDString());
+            return 1;
+        }))
+        return 0;
     if (!callback)
         return !variations.empty();
     int result = 0;
@@ -174,21 +177,25 @@ int CQuillDBManager::EnumIconVariation(int status, int articulation, QuillEnumVa
 
 int CQuillDBManager::GetStatusReferenceMap(CCrossReferenceMap& map) const {
     map.RemoveAll();
-    return EnumIconStatus(AddStatus, reinterpret_cast<LPARAM>(&map));
+    return torv::OrZero([&] { return EnumIconStatus(AddStatus, reinterpret_cast<LPARAM>(&map)); });
 }
 
 int CQuillDBManager::GetArticulationReferenceMap(int status, CCrossReferenceMap& map) const {
     map.RemoveAll();
-    return EnumIconArticulation(status, AddArticulation, reinterpret_cast<LPARAM>(&map));
+    return torv::OrZero([&] { return EnumIconArticulation(status, AddArticulation, reinterpret_cast<LPARAM>(&map)); });
 }
 
 int CQuillDBManager::GetVariationReferenceMap(int status, int articulation, CCrossReferenceMap& map) const {
     map.RemoveAll();
-    return EnumIconVariation(status, articulation, AddVariation, reinterpret_cast<LPARAM>(&map));
+    return torv::OrZero(
+        [&] { return EnumIconVariation(status, articulation, AddVariation, reinterpret_cast<LPARAM>(&map)); });
 }
 
 int CQuillDBManager::IndexOf(const CIconObject& icon) const {
     const DWORD id = icon.GetIconID();
     const CQuillDBIF* const database = DatabaseOf(torv::StatusFromID(id));
-    return database ? database->IndexOf(torv::StatusFromID(id), torv::ArticulationFromID(id), icon.GetIDString()) : 0;
+    return database ? torv::OrZero([&] {
+        return database->IndexOf(torv::StatusFromID(id), torv::ArticulationFromID(id), icon.GetIDString());
+    })
+                    : 0;
 }

@@ -136,7 +136,8 @@ bool CQuillDBIF::MayRestore(const CIconObject& icon) const {
         return false;
     // Only an icon of its status's class can be read again.
     const auto example = torv::MakeIcon(torv::StatusFromID(id), torv::ArticulationFromID(id), 0);
-    return example && torv::IsSameClass(*example, icon);
+    torv::OrBadAlloc(example);
+    return torv::IsSameClass(*example, icon);
 }
 
 void CQuillDBIF::TakeUserIcons(CQuillDBIF& from) {
@@ -154,7 +155,7 @@ void CQuillDBIF::TakeUserIcons(CQuillDBIF& from) {
 
 CIconObject* CQuillDBIF::AddModel(std::unique_ptr<CIconObject>& icon) {
     CIconObject* const added = icon.get();
-    m_models.emplace(added->GetIconID(), nullptr).first->second = std::move(icon);
+    m_models.try_emplace(added->GetIconID()).first->second = std::move(icon);
     m_shelves.clear();
     return added;
 }
@@ -196,7 +197,7 @@ int CQuillDBIF::LoadPresetModelIcon(CIconObject* icon, const char* folder, const
     CxTypedFile file;
     if (!OpenIconFile(file, path, reports, "CQuillDBIF::LoadPresetModelIcon"))
         return 0;
-    icon->SetIDString(name);
+    torv::OrBadAlloc(icon->SetIDString(name));
     return LoadModelIcon(icon, file, folder, path);
 }
 

@@ -18,14 +18,21 @@ CQuillDBManager::CQuillDBManager()
 CQuillDBManager::~CQuillDBManager() { CloseDatabase(); }
 
 int CQuillDBManager::OpenDatabase() {
-    if (m_isOpen || !LoadLibraryA())
+    if (m_isOpen)
         return 0;
-    if (!m_voices.OpenDatabase(m_database.get()) || !m_expressions.OpenDatabase(m_database.get())) {
-        m_voices.CloseDatabase();
-        FreeLibraries();
+    m_isOpen = torv::OrZero([this] { return OpenDatabases(); });
+    if (!m_isOpen) {
+        CloseDatabases();
         return 0;
     }
-    m_isOpen = true;
+    torv::AddCatalogue(*this);
+    torv::LoadConverters();
+    return 1;
+}
+
+int CQuillDBManager::OpenDatabases() {
+    if (!LoadLibraryA() || !m_voices.OpenDatabase(m_database.get()) || !m_expressions.OpenDatabase(m_database.get()))
+        return 0;
     m_defaultButton = torv::ButtonBitmap::Load(nullptr);
     const CString root = GetModuleFolderPath();
     // What follows is told when it fails, and leaves the rest to be used.
@@ -34,9 +41,16 @@ int CQuillDBManager::OpenDatabase() {
     m_presets.TakeUserIcons(m_users);
     m_expressions.TakeUserIcons(m_users);
     m_expressions.BindUserItems();
-    torv::AddCatalogue(*this);
-    torv::LoadConverters();
     return 1;
+}
+
+void CQuillDBManager::CloseDatabases() {
+    m_expressions.CloseDatabase();
+    m_voices.CloseDatabase();
+    m_presets.CloseDatabase();
+    m_users.CloseDatabase();
+    m_defaultButton = {};
+    FreeLibraries();
 }
 
 void CQuillDBManager::CloseDatabase() {
@@ -52,9 +66,7 @@ void CQuillDBManager::CloseDatabase() {
     m_presets.CloseDatabase();
     if (isModified && !m_users.SaveDatabase())
         AfxMessageBox("Failed to save UserDB fle !", MB_ICONEXCLAMATION | MB_OK); // the spelling that users know
-    m_users.CloseDatabase();
-    m_defaultButton = {};
-    FreeLibraries();
+    CloseDatabases();
     if (!torv::GetIconCatalogue()) // else another manager is open, whose converters they are too
         torv::FreeConverters();
 }
@@ -102,19 +114,19 @@ DWORD CQuillDBManager::RegisterIconObject(CIconObject* icon) {
     if (!database)
         return 0;
     std::unique_ptr<CIconObject> owned(icon);
-    const CIconObject* const registered = database->Register(owned);
+    const CIconObject* const registered = torv::OrZero([&] { return database->Register(owned); });
     static_cast<void>(owned.release()); // refused and not destroyed: still the caller's
     return registered ? registered->GetIconID() : 0;
 }
 
 CIconObject* CQuillDBManager::UnregisterIconObject(DWORD id) {
     CQuillDBIF* const database = UserDatabaseOf(torv::StatusFromID(id));
-    return database ? database->Unregister(id).release() : nullptr;
+    return database ? torv::OrZero([&] { return database->Unregister(id); }).release() : nullptr;
 }
 
 int CQuillDBManager::ReplaceIconObject(CIconObject* icon) {
     CQuillDBIF* const database = UserDatabaseOf(icon);
-    return database ? database->Replace(*icon) : 0;
+    return database ? torv::OrZero([&] { return database->Replace(*icon); }) : 0;
 }
 
 int CQuillDBManager::RestoreUserIconObject(CIconObject* icon) {
@@ -122,7 +134,7 @@ int CQuillDBManager::RestoreUserIconObject(CIconObject* icon) {
     if (!database)
         return 0;
     std::unique_ptr<CIconObject> owned(icon);
-    const int result = database->Restore(owned);
+    const int result = torv::OrZero([&] { return database->Restore(owned); });
     static_cast<void>(owned.release()); // refused: still the caller's
     return result;
 }

@@ -31,7 +31,7 @@ struct tagQuillIconOverview {
 };
 
 /// The catalogue of every icon and voice that a song can use: preset dynamics, expressions, the user's icons, and the
-/// singers. One thread at a time. Before it is opened everything answers 0 or null.
+/// singers. One thread at a time. Before it is opened everything answers 0 or null; so does what memory is refused for.
 class TORV_API CQuillDBManager : public CObject, private torv::IconCatalogue {
 public:
     CQuillDBManager();
@@ -117,6 +117,9 @@ public:
     static CString GetModuleFolderPath();
 
 private:
+    int OpenDatabases();
+    /// Whatever is open of them.
+    void CloseDatabases();
     int LoadLibraryA();
     void FreeLibraries();
     int IndexOf(const CIconObject& icon) const override;

@@ -42,16 +42,16 @@ int NumberOf(DWORD id) { return static_cast<int>(id & ~torv::kUserIconBit & 0xFF
 void DescribeIcon(CxTypedFile& file, const char* section, CIconObject& icon) {
     CString id;
     id.Format("%c%08x", '$', static_cast<unsigned>(icon.GetIconID()));
-    file.WriteAt(section, "IconID", id);
+    torv::WriteEntry(file, section, "IconID", id);
     torv::WriteText(file, section, "IDS", icon.GetIDString());
-    file.WriteAt(section, "Original", Number(static_cast<int>(icon.GetOriginalVariation())));
-    icon.DescribeParameter(&file, section);
+    torv::WriteEntry(file, section, "Original", Number(static_cast<int>(icon.GetOriginalVariation())));
+    torv::OrBadAlloc(icon.DescribeParameter(&file, section));
     torv::WriteText(file, section, "Caption", icon.GetCaption());
 }
 
 std::string Bytes(CxTypedFile& file) {
     CMemFile text;
-    file.Save(&text);
+    torv::OrBadAlloc(file.Save(&text));
     return text.GetBytes();
 }
 
@@ -104,17 +104,21 @@ void CUserDB::CloseDatabase() {
 
 int CUserDB::LoadDatabase(const char* path) {
     CloseDatabase();
-    m_strPath = path;
-    std::string content;
-    torv::ReportLimit reports;
-    if (!ReadContent(path, content) || !Parse(content, reports)) {
-        torv::ReportError(torv::kMsgFunctionError,
-                          torv::CheckFolder(path, false) ? "CUserDB::LoadDatabase" : "CUserDB::LoadUserDBFile");
-        return 0;
-    }
-    m_loaded = std::move(content);
-    reports.TellRest(m_strPath);
-    return 1;
+    return torv::OrZero([&] {
+        m_strPath = path;
+        std::string content;
+        torv::ReportLimit reports;
+        if (!torv::OrZero([&] { return ReadContent(path, content) && Parse(content, reports); })) {
+            RemoveModels(); // what is there is still there when it is saved
+            m_unread.clear();
+            torv::ReportError(torv::kMsgFunctionError,
+                              torv::CheckFolder(path, false) ? "CUserDB::LoadDatabase" : "CUserDB::LoadUserDBFile");
+            return 0;
+        }
+        m_loaded = std::move(content);
+        reports.TellRest(m_strPath);
+        return 1;
+    });
 }
 
 bool CUserDB::Parse(const std::string& content, torv::ReportLimit& reports) {
@@ -160,7 +164,7 @@ void CUserDB::LoadArticulation(CxTypedFile& file, int status, int articulation, 
         // The icon tells its number itself, so that it is not lost for a bad key.
         if (torv::ParseInteger(key) < 1 && reports.MayReport())
             torv::ReportError(torv::kMsgInvalidKey, key);
-        if (!LoadUserModelIcon(file, value, status, articulation, reports)) {
+        if (!LoadUserModelIcon(file, value, status, articulation)) {
             if (reports.MayReport())
                 torv::ReportError(torv::kMsgInvalidSection, value, m_strPath);
             KeepUnread(*section, name);
@@ -168,21 +172,17 @@ void CUserDB::LoadArticulation(CxTypedFile& file, int status, int articulation, 
     }
 }
 
-bool CUserDB::LoadUserModelIcon(CxTypedFile& file, const char* section, int status, int articulation,
-                                torv::ReportLimit& reports) {
+bool CUserDB::LoadUserModelIcon(CxTypedFile& file, const char* section, int status, int articulation) {
     const CString text = file.ReadAt(section, "IconID", nullptr);
     const auto id = static_cast<DWORD>(CxTypedFile::ahextol(text));
     if (text[0] != '$' || torv::StatusFromID(id) != status || torv::ArticulationFromID(id) != articulation)
         return false;
     std::unique_ptr<CIconObject> icon = torv::MakeIcon(status, articulation, torv::VariationFromID(id));
-    if (!icon->ConstructParameter(&file, section)) {
-        if (reports.MayReport())
-            torv::ReportError(torv::kMsgFunctionError, "CQuillDBIF::LoadUserModelIcon");
-        return false;
-    }
-    icon->SetIDString(torv::ReadText(file, section, "IDS"));
+    torv::OrBadAlloc(icon);
+    torv::OrBadAlloc(icon->ConstructParameter(&file, section));
+    torv::OrBadAlloc(icon->SetIDString(torv::ReadText(file, section, "IDS")));
     if (const CString caption = torv::ReadText(file, section, "Caption"); !caption.IsEmpty())
-        icon->SetCaption(caption);
+        torv::OrBadAlloc(icon->SetCaption(caption));
     icon->SetOriginalVariation(static_cast<DWORD>(torv::ParseInteger(file.ReadAt(section, "Original", nullptr))));
     if (!MayRestore(*icon))
         return false;
@@ -201,15 +201,18 @@ void CUserDB::KeepUnread(CxEntryMap& section, const char* articulation) {
 }
 
 int CUserDB::SaveDatabase() {
-    std::string content;
-    if (m_strPath.IsEmpty() || !ReadContent(m_strPath, content) || (content != m_loaded && !Merge(content)))
-        return 0;
-    CxTypedFile file;
-    Describe(file);
-    if (!file.SaveAs(m_strPath))
-        return 0;
-    m_loaded = Bytes(file);
-    return 1;
+    return torv::OrZero([this] {
+        std::string content;
+        if (m_strPath.IsEmpty() || !ReadContent(m_strPath, content) || (content != m_loaded && !Merge(content)))
+            return 0;
+        CxTypedFile file;
+        Describe(file);
+        std::string saved = Bytes(file);
+        if (!file.SaveAs(m_strPath))
+            return 0;
+        m_loaded = std::move(saved);
+        return 1;
+    });
 }
 
 bool CUserDB::Merge(const std::string& content) {
@@ -261,9 +264,9 @@ void CUserDB::Describe(CxTypedFile& file) const {
     for (const auto& known : kArticulations)
         DescribeArticulation(file, known.status, known.articulation, unread, number);
     for (const Unread& section : m_unread) {
-        file.AddSection(section.section);
+        torv::OrBadAlloc(file.AddSection(section.section));
         for (const auto& [key, value] : section.entries)
-            file.WriteAt(section.section, key, value);
+            torv::WriteEntry(file, section.section, key, value);
     }
 }
 
@@ -279,7 +282,7 @@ void CUserDB::DescribeArticulation(CxTypedFile& file, int status, int articulati
         while (unread.contains(section.GetStdString()));
         const int key = NumberOf(icon->GetIconID());
         keys.insert(key);
-        file.WriteAt(name, Number(key), section);
+        torv::WriteEntry(file, name, Number(key), section);
         sections.emplace_back(section, icon);
     }
     int key = 1;
@@ -288,7 +291,7 @@ void CUserDB::DescribeArticulation(CxTypedFile& file, int status, int articulati
             continue;
         while (!keys.insert(key).second)
             ++key;
-        file.WriteAt(name, Number(key), section.section);
+        torv::WriteEntry(file, name, Number(key), section.section);
     }
     for (const auto& [section, icon] : sections)
         DescribeIcon(file, section, *icon);

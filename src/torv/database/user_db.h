@@ -43,8 +43,7 @@ private:
     void LoadUserDBFile(CxTypedFile& file, torv::ReportLimit& reports);
     void LoadArticulation(CxTypedFile& file, int status, int articulation, SectionNames& visited,
                           torv::ReportLimit& reports);
-    bool LoadUserModelIcon(CxTypedFile& file, const char* section, int status, int articulation,
-                           torv::ReportLimit& reports);
+    bool LoadUserModelIcon(CxTypedFile& file, const char* section, int status, int articulation);
     void KeepUnread(CxEntryMap& section, const char* articulation);
     /// Takes in what others made of the file that was loaded.
     bool Merge(const std::string& content);

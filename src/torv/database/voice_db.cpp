@@ -118,8 +118,8 @@ void CVoiceDB::AddVoice(const DBMVoice& listed, torv::ReportLimit& reports) {
     record.programCode = static_cast<WORD>(program);
     std::unique_ptr<CIconObject> icon = std::make_unique<CIconSinger>();
     static_cast<CIconSinger&>(*icon).ConstructParameter(&record);
-    icon->SetIDString(voice.name);
-    icon->SetCaption(voice.name);
+    torv::OrBadAlloc(icon->SetIDString(voice.name));
+    torv::OrBadAlloc(icon->SetCaption(voice.name));
     AddModel(icon);
 }
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 
 namespace {
 
@@ -86,120 +87,143 @@ int CIconDynamics::ReadKeys(CxTypedFile* file, const char* section) {
     return ReadCurve(m_points, file, section, kCurveKeys);
 }
 
+void CIconDynamics::TakeAll(CIconDynamics& from) {
+    torv::PointsToTake points(m_points, from.m_points);
+    CIconObject::TakeAll(from);
+    points.Take();
+    m_nStart = from.m_nStart;
+    m_nEnd = from.m_nEnd;
+}
+
 int CIconDynamics::LoadPreset(const char* path) {
     CxTypedFile file;
-    if (!LoadPresetFile(file, path))
-        return 0;
-    if (IsLevel())
-        m_dwLength = 1;
-    if (ReadKeys(&file, kParameterSection) == 0)
-        return 1;
-    for (POSITION at = m_points.GetHeadPosition(); at;) {
-        tagBreakPoint& point = m_points.GetNext(at);
-        point.value = static_cast<SHORT>(NormalizeValue(point.value));
-    }
-    return 1;
+    return OpenPresetFile(file, path) && ChangeWhole(*this, [&file](CIconDynamics& icon) {
+               icon.ReadPreset(file);
+               if (icon.IsLevel())
+                   icon.m_dwLength = 1;
+               if (icon.ReadKeys(&file, kParameterSection) == 0)
+                   return 1;
+               for (POSITION at = icon.m_points.GetHeadPosition(); at;) {
+                   tagBreakPoint& point = icon.m_points.GetNext(at);
+                   point.value = static_cast<SHORT>(icon.NormalizeValue(point.value));
+               }
+               return 1;
+           });
 }
 
 int CIconDynamics::ConstructParameter(CxTypedFile* file, const char* section) {
-    if (!CIconObject::ConstructParameter(file, section))
-        return 0;
-    m_points.RemoveAll();
-    ReadKeys(file, section);
-    return 1;
+    return ChangeWhole(*this, [&](CIconDynamics& icon) {
+        if (!icon.ReadSection(file, section))
+            return 0;
+        icon.m_points.RemoveAll();
+        icon.ReadKeys(file, section);
+        return 1;
+    });
 }
 
 int CIconDynamics::DescribeParameter(CxTypedFile* file, const char* section) {
-    if (!CIconObject::DescribeParameter(file, section))
-        return 0;
-    WriteNumber(file, section, "StartDyn", m_nStart);
-    WriteNumber(file, section, "EndDyn", m_nEnd);
-    WriteCurve(m_points, file, section, kCurveKeys);
-    return 1;
+    return torv::OrZero([&] {
+        return WriteSection(file, section) && WriteNumber(file, section, "StartDyn", m_nStart) &&
+               WriteNumber(file, section, "EndDyn", m_nEnd) && WriteCurve(m_points, file, section, kCurveKeys);
+    });
 }
 
 int CIconDynamics::ReplaceParameter(CIconObject* other) {
-    if (!CIconObject::ReplaceParameter(other))
-        return 0;
-    if (const auto* const dynamics = dynamic_cast<CIconDynamics*>(other)) {
-        m_nStart = dynamics->m_nStart;
-        m_nEnd = dynamics->m_nEnd;
-        m_points = dynamics->m_points;
-    }
-    return 1;
+    return ChangeWhole(*this, [other](CIconDynamics& icon) {
+        if (!icon.CIconObject::ReplaceParameter(other))
+            return 0;
+        if (const auto* const dynamics = dynamic_cast<CIconDynamics*>(other)) {
+            icon.m_nStart = dynamics->m_nStart;
+            icon.m_nEnd = dynamics->m_nEnd;
+            icon.m_points = dynamics->m_points;
+        }
+        return 1;
+    });
 }
 
 int CIconDynamics::ConstructParameter(const tagDynamicsIconObject* record) {
-    if (!record || !CIconObject::ConstructParameter(&record->header))
-        return 0;
-    m_dwLength = record->length;
-    m_nStart = record->startDynamics;
-    m_nEnd = record->endDynamics;
-    torv::TakePointArray(m_points, record->points, record->pointCount);
-    return 1;
+    return record && ChangeWhole(*this, [record](CIconDynamics& icon) {
+               icon.ReadRecord(&record->header);
+               icon.m_dwLength = record->length;
+               icon.m_nStart = record->startDynamics;
+               icon.m_nEnd = record->endDynamics;
+               torv::TakePointArray(icon.m_points, record->points, record->pointCount);
+               return 1;
+           });
 }
 
 int CIconDynamics::DescribeParameter(tagDynamicsIconObject* record) const {
-    if (!record || !CIconObject::DescribeParameter(&record->header))
-        return 0;
-    record->length = m_dwLength;
-    record->startDynamics = static_cast<SHORT>(m_nStart);
-    record->endDynamics = static_cast<SHORT>(m_nEnd);
-    record->points = torv::NewPointArray(m_points, record->pointCount);
-    return 1;
+    return torv::OrZero([&] {
+        WORD count = 0;
+        std::unique_ptr<tagBreakPoint[]> points(torv::NewPointArray(m_points, count));
+        if (!record || !CIconObject::DescribeParameter(&record->header))
+            return 0;
+        record->length = m_dwLength;
+        record->startDynamics = static_cast<SHORT>(m_nStart);
+        record->endDynamics = static_cast<SHORT>(m_nEnd);
+        record->pointCount = count;
+        record->points = points.release();
+        return 1;
+    });
 }
 
 int CIconDynamics::ExportBreakPoint(CBreakPointList* list, DWORD clock) {
-    if (!list)
-        return 0;
-    int left = m_points.GetCount(); // counted first: a host may pass the icon's own list
-    tagBreakPoint point{static_cast<LONG>(clock), static_cast<SHORT>(m_nStart), torv::kBreakPointEdge};
-    list->AddTail(point);
-    for (POSITION at = m_points.GetHeadPosition(); left > 0; --left) {
-        point = torv::ExportPoint(m_points.GetNext(at), clock, m_dwLength);
-        list->AddTail(point);
-    }
-    point = {static_cast<LONG>(clock + m_dwLength), static_cast<SHORT>(m_nEnd), torv::kBreakPointEdge};
-    list->AddTail(point);
-    return list->GetCount();
+    return torv::AppendPoints(list, [&](CBreakPointList& exported) {
+        tagBreakPoint point{static_cast<LONG>(clock), static_cast<SHORT>(m_nStart), torv::kBreakPointEdge};
+        exported.AddTail(point);
+        for (POSITION at = m_points.GetHeadPosition(); at;) {
+            point = torv::ExportPoint(m_points.GetNext(at), clock, m_dwLength);
+            exported.AddTail(point);
+        }
+        point = {static_cast<LONG>(clock + m_dwLength), static_cast<SHORT>(m_nEnd), torv::kBreakPointEdge};
+        exported.AddTail(point);
+    });
 }
 
 int CIconDynamics::NormalizeBreakPointArray(DWORD clock, CBreakPointArray& array, int base) {
-    if (m_points.IsEmpty() || m_points.GetHead().position >= 1) {
-        const WORD flags = m_points.IsEmpty() ? WORD{0} : m_points.GetHead().flags;
-        tagBreakPoint head{static_cast<LONG>(clock), static_cast<SHORT>(base), flags};
-        array.Add(head);
-    }
-    for (POSITION at = m_points.GetHeadPosition(); at;) {
-        tagBreakPoint point = torv::ExportPoint(m_points.GetNext(at), clock, m_dwLength);
-        point.value = static_cast<SHORT>(CalcExportDynamics(base, point.value));
-        array.Add(point);
-    }
-    tagBreakPoint end{static_cast<LONG>(clock + m_dwLength), static_cast<SHORT>(CalcExportDynamics(base, m_nEnd)),
-                      torv::kBreakPointEdge};
-    array.Add(end);
-    return array.GetSize();
+    return torv::OrZero([&] {
+        const bool hasHead = m_points.IsEmpty() || m_points.GetHead().position >= 1;
+        int at = array.GetSize();
+        array.SetSize(at + m_points.GetCount() + (hasHead ? 2 : 1)); // all that may fail
+        if (hasHead) {
+            const WORD flags = m_points.IsEmpty() ? WORD{0} : m_points.GetHead().flags;
+            array[at++] = {static_cast<LONG>(clock), static_cast<SHORT>(base), flags};
+        }
+        for (POSITION point = m_points.GetHeadPosition(); point; ++at) {
+            array[at] = torv::ExportPoint(m_points.GetNext(point), clock, m_dwLength);
+            array[at].value = static_cast<SHORT>(CalcExportDynamics(base, array[at].value));
+        }
+        array[at] = {static_cast<LONG>(clock + m_dwLength), static_cast<SHORT>(CalcExportDynamics(base, m_nEnd)),
+                     torv::kBreakPointEdge};
+        return array.GetSize();
+    });
 }
 
 int CIconDynamics::TrimIconHead(DWORD clock) {
-    CBreakPointList working;
-    ExportBreakPoint(&working, 0);
-    TrimBreakPointListHead(working, torv::SignedTicks(clock));
-    working.RemoveHead();
-    working.RemoveTail();
-    m_dwLength = m_dwLength > clock ? m_dwLength - clock : 0;
-    torv::StoreExported(m_points, working, m_dwLength);
-    return 1;
+    return ChangeWhole(*this, [clock](CIconDynamics& icon) {
+        CBreakPointList working;
+        if (!icon.ExportBreakPoint(&working, 0))
+            return 0;
+        TrimBreakPointListHead(working, torv::SignedTicks(clock));
+        working.RemoveHead();
+        working.RemoveTail();
+        icon.m_dwLength = icon.m_dwLength > clock ? icon.m_dwLength - clock : 0;
+        torv::StoreExported(icon.m_points, working, icon.m_dwLength);
+        return 1;
+    });
 }
 
 int CIconDynamics::TrimIconTail(DWORD clock) {
-    CBreakPointList working;
-    ExportBreakPoint(&working, 0);
-    TrimBreakPointListTail(working, torv::SignedTicks(clock));
-    m_nEnd = working.IsEmpty() ? m_nStart : working.GetTail().value;
-    working.RemoveHead();
-    working.RemoveTail();
-    torv::StoreExported(m_points, working, clock);
-    m_dwLength = clock;
-    return 1;
+    return ChangeWhole(*this, [clock](CIconDynamics& icon) {
+        CBreakPointList working;
+        if (!icon.ExportBreakPoint(&working, 0))
+            return 0;
+        TrimBreakPointListTail(working, torv::SignedTicks(clock));
+        icon.m_nEnd = working.IsEmpty() ? icon.m_nStart : working.GetTail().value;
+        working.RemoveHead();
+        working.RemoveTail();
+        torv::StoreExported(icon.m_points, working, clock);
+        icon.m_dwLength = clock;
+        return 1;
+    });
 }

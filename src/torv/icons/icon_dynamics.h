@@ -79,8 +79,11 @@ private:
 
     bool IsLevel() const { return m_nArticulation == torv::kDynaff; }
     bool IsChange() const { return m_nArticulation == torv::kCrescendo || m_nArticulation == torv::kDecrescendo; }
+    friend class CIconObject; // for ChangeWhole
     /// Appends the points; the number of them that the file states.
     int ReadKeys(CxTypedFile* file, const char* section);
+    /// Throws std::bad_alloc before anything changes.
+    void TakeAll(CIconDynamics& from);
 
     int m_nStart = 0;
     int m_nEnd = 0;

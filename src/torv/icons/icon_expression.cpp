@@ -1,6 +1,10 @@
 #include "torv/icons/icon_expression.h"
 
+#include "torv/icons/icon_factory.h"
 #include "torv/typed_file/typed_file.h"
+
+#include <memory>
+#include <utility>
 
 namespace torv {
 
@@ -24,7 +28,48 @@ int CIconExpression::LoadPreset(const char*) { return 0; }
 int CIconExpression::GetDuration() const { return torv::kDefaultShape; }
 int CIconExpression::GetDepth() const { return torv::kDefaultShape; }
 
+int CIconExpression::ReadKeys(CxTypedFile*, const char*) { return 1; }
+int CIconExpression::WriteKeys(CxTypedFile*, const char*) const { return 1; }
+
+void CIconExpression::TakeAll(CIconExpression& from) {
+    CIconObject::TakeAll(from);
+    m_entry = from.m_entry;
+    m_strSinger = std::move(from.m_strSinger);
+    m_strDeveloper = std::move(from.m_strDeveloper);
+}
+
+int CIconExpression::Change(const std::function<int(CIconExpression& copy)>& work) {
+    return torv::OrZero([&] {
+        const std::unique_ptr<CIconObject> copy = torv::CopyIcon(this);
+        auto* const changed = dynamic_cast<CIconExpression*>(copy.get());
+        if (!changed || !work(*changed))
+            return 0;
+        TakeAll(*changed);
+        return 1;
+    });
+}
+
+int CIconExpression::LoadExpression(const char* path) {
+    CxTypedFile file;
+    return OpenPresetFile(file, path) && Change([&file](CIconExpression& icon) {
+               return icon.ReadPreset(file) && icon.ReadKeys(&file, kParameterSection);
+           });
+}
+
+int CIconExpression::ConstructParameter(CxTypedFile* file, const char* section) {
+    return Change(
+        [&](CIconExpression& icon) { return icon.ReadSection(file, section) && icon.ReadKeys(file, section); });
+}
+
+int CIconExpression::DescribeParameter(CxTypedFile* file, const char* section) {
+    return torv::OrZero([&] { return WriteSection(file, section) && WriteKeys(file, section); });
+}
+
 int CIconExpression::ReplaceParameter(CIconObject* other) {
+    return Change([other](CIconExpression& icon) { return icon.ReplaceExpression(other); });
+}
+
+int CIconExpression::ReplaceExpression(CIconObject* other) {
     if (!CIconObject::ReplaceParameter(other))
         return 0;
     if (const auto* const expression = dynamic_cast<CIconExpression*>(other)) {
@@ -36,14 +81,20 @@ int CIconExpression::ReplaceParameter(CIconObject* other) {
 }
 
 int CIconExpression::DescribeUserExpression(CxTypedFile* file) {
-    if (!file)
-        return 0;
-    file->WriteAt(kGlobalSection, "Articulation", torv::IconArticulationName(m_nStatus, m_nArticulation));
-    return WriteGlobalSection(file, kGlobalSection) && WriteParameterSection(file, kParameterSection);
+    return torv::OrZero([&] {
+        return file &&
+               file->WriteAt(kGlobalSection, "Articulation", torv::IconArticulationName(m_nStatus, m_nArticulation)) &&
+               WriteGlobalSection(file, kGlobalSection) && WriteParameterSection(file, kParameterSection) &&
+               WriteKeys(file, kParameterSection);
+    });
 }
 
 int CIconExpression::ConstructParameter(const tagNoteIconObject* record) {
-    if (!record || !CIconObject::ConstructParameter(&record->header))
+    return Change([record](CIconExpression& icon) { return icon.ReadRecord(record); });
+}
+
+int CIconExpression::ReadRecord(const tagNoteIconObject* record) {
+    if (!record || !CIconObject::ReadRecord(&record->header))
         return 0;
     m_entry = {static_cast<int>(record->database), static_cast<int>(record->idHigh), static_cast<int>(record->idLow),
                record->itemValue};
@@ -55,14 +106,16 @@ int CIconExpression::ConstructParameter(const tagNoteIconObject* record) {
 }
 
 int CIconExpression::DescribeParameter(tagNoteIconObject* record) const {
-    if (!record || !CIconObject::DescribeParameter(&record->header))
+    std::unique_ptr<char[]> singer(torv::OrZero([&] { return torv::NewText(m_strSinger); }));
+    std::unique_ptr<char[]> developer(torv::OrZero([&] { return torv::NewText(m_strDeveloper); }));
+    if (!singer || !developer || !record || !CIconObject::DescribeParameter(&record->header))
         return 0;
     record->database = static_cast<DWORD>(m_entry.database);
     record->idHigh = static_cast<DWORD>(m_entry.idHigh);
     record->idLow = static_cast<DWORD>(m_entry.idLow);
     record->itemValue = m_entry.itemValue;
-    record->originalSingerName = torv::NewText(m_strSinger);
-    record->developerName = torv::NewText(m_strDeveloper);
+    record->originalSingerName = singer.release();
+    record->developerName = developer.release();
     return 1;
 }
 

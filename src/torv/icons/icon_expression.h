@@ -2,6 +2,8 @@
 
 #include "torv/icons/icon_object.h"
 
+#include <functional>
+
 /// The identity of an expression item in the database it comes from.
 struct tagExpressionEntry {
     int database; ///< number of the expression database
@@ -46,6 +48,8 @@ public:
 
     /// Expressions of no kind have no preset files: 0.
     int LoadPreset(const char* path) override;
+    int ConstructParameter(CxTypedFile* file, const char* section) override;
+    int DescribeParameter(CxTypedFile* file, const char* section) override;
     int ReplaceParameter(CIconObject* other) override;
     /// Writes the icon as a user's expression file: its articulation's name and its caption into "Common", its numbers
     /// into "Parameter".
@@ -68,6 +72,18 @@ public:
     void SetDevelopperName(const char* name) { m_strDeveloper = name; }
 
 protected:
+    /// The keys that a kind has beside those of all icons, in a section that exists.
+    virtual int ReadKeys(CxTypedFile* file, const char* section);
+    virtual int WriteKeys(CxTypedFile* file, const char* section) const;
+    /// Takes everything from an icon of the same kind that is given up. Throws std::bad_alloc before anything changes.
+    virtual void TakeAll(CIconExpression& from);
+
+    /// The change of CIconObject::ChangeWhole, made to a copy of the icon's own kind.
+    int Change(const std::function<int(CIconExpression& copy)>& work);
+    /// Loads an icon file with the kind's own keys.
+    int LoadExpression(const char* path);
+    int ReplaceExpression(CIconObject* other);
+    int ReadRecord(const tagNoteIconObject* record);
     /// One shape number: the default when the key is missing or empty, 0 when its value is no number.
     static int ReadShape(CxTypedFile* file, const char* section, const char* key);
 

@@ -6,21 +6,13 @@ namespace torv {
 
 NoteShape::NoteShape(int status, int articulation, int variation) : CIconExpression(status, articulation, variation) {}
 
-int NoteShape::LoadPreset(const char* path) {
-    CxTypedFile file;
-    return LoadPresetFile(file, path) && ReadKeys(&file, kParameterSection);
-}
+int NoteShape::LoadPreset(const char* path) { return LoadExpression(path); }
 
-int NoteShape::ConstructParameter(CxTypedFile* file, const char* section) {
-    return CIconObject::ConstructParameter(file, section) && ReadKeys(file, section);
-}
-
-int NoteShape::DescribeParameter(CxTypedFile* file, const char* section) {
-    return CIconObject::DescribeParameter(file, section) && WriteKeys(file, section);
-}
-
-int NoteShape::DescribeUserExpression(CxTypedFile* file) {
-    return CIconExpression::DescribeUserExpression(file) && WriteKeys(file, kParameterSection);
+void NoteShape::TakeAll(CIconExpression& from) {
+    const auto& shape = static_cast<NoteShape&>(from);
+    CIconExpression::TakeAll(from);
+    m_nDuration = shape.m_nDuration;
+    m_nDepth = shape.m_nDepth;
 }
 
 int NoteShape::ReadKeys(CxTypedFile* file, const char* section) {
@@ -30,9 +22,7 @@ int NoteShape::ReadKeys(CxTypedFile* file, const char* section) {
 }
 
 int NoteShape::WriteKeys(CxTypedFile* file, const char* section) const {
-    WriteNumber(file, section, "Duration", m_nDuration);
-    WriteNumber(file, section, "Depth", m_nDepth);
-    return 1;
+    return WriteNumber(file, section, "Duration", m_nDuration) && WriteNumber(file, section, "Depth", m_nDepth);
 }
 
 int NoteShape::ConstructParameter(const tagNoteIconObject* record) {
@@ -62,14 +52,17 @@ int NoteShape::SetDepth(int depth) {
 }
 
 int NoteShape::ReplaceShape(CIconObject* other, NoteShape* shape) {
-    if (!CIconExpression::ReplaceParameter(other))
-        return 0;
-    if (shape) {
-        m_nVariation = shape->m_nVariation;
-        m_nDuration = shape->m_nDuration;
-        m_nDepth = shape->m_nDepth;
-    }
-    return 1;
+    return Change([&](CIconExpression& copy) {
+        auto& icon = static_cast<NoteShape&>(copy);
+        if (!icon.ReplaceExpression(other))
+            return 0;
+        if (shape) {
+            icon.m_nVariation = shape->m_nVariation;
+            icon.m_nDuration = shape->m_nDuration;
+            icon.m_nDepth = shape->m_nDepth;
+        }
+        return 1;
+    });
 }
 
 } // namespace torv

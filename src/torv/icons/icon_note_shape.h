@@ -11,9 +11,6 @@ public:
     NoteShape(const NoteShape&) = default;
 
     int LoadPreset(const char* path) override;
-    int ConstructParameter(CxTypedFile* file, const char* section) override;
-    int DescribeParameter(CxTypedFile* file, const char* section) override;
-    int DescribeUserExpression(CxTypedFile* file) override;
     using CIconExpression::ConstructParameter;
     using CIconExpression::DescribeParameter;
     int ConstructParameter(const tagNoteIconObject* record);
@@ -26,14 +23,14 @@ public:
     int SetDepth(int depth);
 
 protected:
+    int ReadKeys(CxTypedFile* file, const char* section) override;
+    int WriteKeys(CxTypedFile* file, const char* section) const override;
+    void TakeAll(CIconExpression& from) override;
     /// Unlike other icons, a note icon takes over the other's variation too. `shape` is `other` when it is of the same
     /// kind, else null: then only what all expressions share is taken.
     int ReplaceShape(CIconObject* other, NoteShape* shape);
 
 private:
-    int ReadKeys(CxTypedFile* file, const char* section);
-    int WriteKeys(CxTypedFile* file, const char* section) const;
-
     int m_nDuration = kDefaultShape;
     int m_nDepth = kDefaultShape;
 };

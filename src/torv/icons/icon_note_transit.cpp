@@ -7,21 +7,11 @@ CIconNoteTransit::CIconNoteTransit(int status, int articulation, int variation)
 
 CIconNoteTransit::CIconNoteTransit(CIconNoteTransit* other) : CIconNoteTransit(torv::OrEmpty(other)) {}
 
-int CIconNoteTransit::LoadPreset(const char* path) {
-    CxTypedFile file;
-    return LoadPresetFile(file, path) && ReadKeys(&file, kParameterSection);
-}
+int CIconNoteTransit::LoadPreset(const char* path) { return LoadExpression(path); }
 
-int CIconNoteTransit::ConstructParameter(CxTypedFile* file, const char* section) {
-    return CIconObject::ConstructParameter(file, section) && ReadKeys(file, section);
-}
-
-int CIconNoteTransit::DescribeParameter(CxTypedFile* file, const char* section) {
-    return CIconObject::DescribeParameter(file, section) && WriteKeys(file, section);
-}
-
-int CIconNoteTransit::DescribeUserExpression(CxTypedFile* file) {
-    return CIconExpression::DescribeUserExpression(file) && WriteKeys(file, kParameterSection);
+void CIconNoteTransit::TakeAll(CIconExpression& from) {
+    CIconExpression::TakeAll(from);
+    m_nDuration = static_cast<CIconNoteTransit&>(from).m_nDuration;
 }
 
 int CIconNoteTransit::ReadKeys(CxTypedFile* file, const char* section) {
@@ -30,8 +20,7 @@ int CIconNoteTransit::ReadKeys(CxTypedFile* file, const char* section) {
 }
 
 int CIconNoteTransit::WriteKeys(CxTypedFile* file, const char* section) const {
-    WriteNumber(file, section, "Duration", m_nDuration);
-    return 1;
+    return WriteNumber(file, section, "Duration", m_nDuration);
 }
 
 int CIconNoteTransit::ConstructParameter(const tagNoteIconObject* record) {
@@ -55,11 +44,14 @@ int CIconNoteTransit::SetDuration(int duration) {
 }
 
 int CIconNoteTransit::ReplaceParameter(CIconObject* other) {
-    if (!CIconExpression::ReplaceParameter(other))
-        return 0;
-    if (const auto* const transit = dynamic_cast<CIconNoteTransit*>(other)) {
-        m_nVariation = transit->m_nVariation;
-        m_nDuration = transit->m_nDuration;
-    }
-    return 1;
+    return Change([other](CIconExpression& copy) {
+        auto& icon = static_cast<CIconNoteTransit&>(copy);
+        if (!icon.ReplaceExpression(other))
+            return 0;
+        if (const auto* const transit = dynamic_cast<CIconNoteTransit*>(other)) {
+            icon.m_nVariation = transit->m_nVariation;
+            icon.m_nDuration = transit->m_nDuration;
+        }
+        return 1;
+    });
 }

@@ -9,11 +9,8 @@ public:
     explicit CIconNoteTransit(CIconNoteTransit* other);
 
     int LoadPreset(const char* path) override;
-    int ConstructParameter(CxTypedFile* file, const char* section) override;
-    int DescribeParameter(CxTypedFile* file, const char* section) override;
     /// Takes over the other transition's variation too.
     int ReplaceParameter(CIconObject* other) override;
-    int DescribeUserExpression(CxTypedFile* file) override;
     using CIconExpression::ConstructParameter;
     using CIconExpression::DescribeParameter;
     int ConstructParameter(const tagNoteIconObject* record);
@@ -23,9 +20,11 @@ public:
     /// Any value is stored and answered with 1.
     int SetDuration(int duration);
 
-private:
-    int ReadKeys(CxTypedFile* file, const char* section);
-    int WriteKeys(CxTypedFile* file, const char* section) const;
+protected:
+    int ReadKeys(CxTypedFile* file, const char* section) override;
+    int WriteKeys(CxTypedFile* file, const char* section) const override;
+    void TakeAll(CIconExpression& from) override;
 
+private:
     int m_nDuration = torv::kDefaultShape;
 };

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -49,32 +50,57 @@ int CIconObject::TrimIconTail(DWORD) { return 0; }
 
 int CIconObject::LoadPreset(const char* path) {
     CxTypedFile file;
-    return LoadPresetFile(file, path);
+    return OpenPresetFile(file, path) &&
+           ChangeWhole(*this, [&file](CIconObject& icon) { return icon.ReadPreset(file); });
 }
 
-int CIconObject::LoadPresetFile(CxTypedFile& file, const char* path) {
-    return OpenPresetFile(file, path) && ReadGlobalSection(&file, kGlobalSection) &&
-           ReadParameterSection(&file, kParameterSection);
+int CIconObject::ReadPreset(CxTypedFile& file) {
+    return ReadGlobalSection(&file, kGlobalSection) && ReadParameterSection(&file, kParameterSection);
 }
 
-int CIconObject::ConstructParameter(CxTypedFile* file, const char* section) {
+int CIconObject::ReadSection(CxTypedFile* file, const char* section) {
     return file && ReadGlobalSection(file, section) && ReadParameterSection(file, section);
 }
 
-int CIconObject::DescribeParameter(CxTypedFile* file, const char* section) {
+int CIconObject::WriteSection(CxTypedFile* file, const char* section) const {
     return file && WriteGlobalSection(file, section) && WriteParameterSection(file, section);
+}
+
+int CIconObject::ConstructParameter(CxTypedFile* file, const char* section) {
+    return ChangeWhole(*this, [&](CIconObject& icon) { return icon.ReadSection(file, section); });
+}
+
+int CIconObject::DescribeParameter(CxTypedFile* file, const char* section) {
+    return torv::OrZero([&] { return WriteSection(file, section); });
+}
+
+void CIconObject::TakeAll(CIconObject& from) noexcept {
+    m_nStatus = from.m_nStatus;
+    m_nArticulation = from.m_nArticulation;
+    m_nVariation = from.m_nVariation;
+    m_strID = std::move(from.m_strID);
+    m_dwOriginalVariation = from.m_dwOriginalVariation;
+    m_strCaption = std::move(from.m_strCaption);
+    m_dwLength = from.m_dwLength;
 }
 
 int CIconObject::ReplaceParameter(CIconObject* other) {
     if (!other)
         return 0;
-    m_strID = other->m_strID;
-    m_strCaption = other->m_strCaption;
-    m_dwLength = other->m_dwLength;
-    return 1;
+    return torv::OrZero([&] {
+        CString id = other->m_strID;
+        m_strCaption = CString(other->m_strCaption);
+        m_strID = std::move(id);
+        m_dwLength = other->m_dwLength;
+        return 1;
+    });
 }
 
 int CIconObject::ConstructParameter(const tagIconHeader* record) {
+    return ChangeWhole(*this, [record](CIconObject& icon) { return icon.ReadRecord(record); });
+}
+
+int CIconObject::ReadRecord(const tagIconHeader* record) {
     if (!record)
         return 0;
     m_nStatus = torv::StatusFromID(record->iconId);
@@ -87,25 +113,30 @@ int CIconObject::ConstructParameter(const tagIconHeader* record) {
 }
 
 int CIconObject::DescribeParameter(tagIconHeader* record) const {
-    if (!record)
+    char* const caption = record ? torv::OrZero([&] { return torv::NewText(m_strCaption); }) : nullptr;
+    if (!caption)
         return 0;
     record->iconId = GetIconID();
     record->originalVariation = m_dwOriginalVariation;
     const size_t length = std::min<size_t>(static_cast<size_t>(m_strID.GetLength()), kMaxIDString);
     std::memcpy(record->idString, static_cast<const char*>(m_strID), length);
     record->idString[length] = '\0';
-    record->caption = torv::NewText(m_strCaption);
+    record->caption = caption;
     return 1;
 }
 
 int CIconObject::SetIDString(const char* text) {
-    m_strID = text;
-    return 1;
+    return torv::OrZero([&] {
+        m_strID = text;
+        return 1;
+    });
 }
 
 int CIconObject::SetCaption(const char* text) {
-    m_strCaption = text;
-    return 1;
+    return torv::OrZero([&] {
+        m_strCaption = text;
+        return 1;
+    });
 }
 
 int CIconObject::SetLength(DWORD length) {
@@ -120,16 +151,18 @@ int CIconObject::IsUserIcon(DWORD id) { return (id & torv::kUserIconBit) != 0; }
 
 int CIconObject::OpenPresetFile(CxTypedFile& file, const char* path) {
     path = path ? path : "";
-    CFileFind search;
-    if (!search.FindFile(path) || (search.FindNextFile(), search.IsDirectory())) {
-        TellPresetError("Cannot find Icon File \"%s\" ! ", path);
-        return 0;
-    }
-    if (!file.Load(path)) {
-        TellPresetError("Cannot read Icon File \"%s\" ! ", path);
-        return 0;
-    }
-    return 1;
+    return torv::OrZero([&] {
+        CFileFind search;
+        if (!search.FindFile(path) || (search.FindNextFile(), search.IsDirectory())) {
+            TellPresetError("Cannot find Icon File \"%s\" ! ", path);
+            return 0;
+        }
+        if (!file.Load(path)) {
+            TellPresetError("Cannot read Icon File \"%s\" ! ", path);
+            return 0;
+        }
+        return 1;
+    });
 }
 
 int CIconObject::ReadGlobalSection(CxTypedFile* file, const char* section) {
@@ -150,12 +183,11 @@ int CIconObject::ReadParameterSection(CxTypedFile* file, const char* section) {
 }
 
 int CIconObject::WriteParameterSection(CxTypedFile* file, const char* section) const {
-    WriteNumber(file, section, "Length", static_cast<int>(m_dwLength));
-    return 1;
+    return WriteNumber(file, section, "Length", static_cast<int>(m_dwLength));
 }
 
-void CIconObject::WriteNumber(CxTypedFile* file, const char* section, const char* key, int value) {
+int CIconObject::WriteNumber(CxTypedFile* file, const char* section, const char* key, int value) {
     CString text;
     text.Format("%d", value);
-    file->WriteAt(section, key, text);
+    return file->WriteAt(section, key, text);
 }

@@ -2,6 +2,7 @@
 
 #include "torv/icons/break_point.h"
 #include "torv/icons/icon_id.h"
+#include "torv/platform/or_zero.h"
 #include "torv/platform/platform.h"
 
 class CxTypedFile;
@@ -64,6 +65,8 @@ public:
     virtual int TrimIconHead(DWORD clock);
     virtual int TrimIconTail(DWORD clock);
 
+    // Memory that is refused is answered with 0, and then the icon is as it was.
+
     int ConstructParameter(const tagIconHeader* record);
     int DescribeParameter(tagIconHeader* record) const;
 
@@ -90,13 +93,30 @@ protected:
 
     /// Finds and loads an icon file, with the two messages when it cannot.
     static int OpenPresetFile(CxTypedFile& file, const char* path);
-    /// Opens an icon file and reads what all kinds share; the kind's own keys are then the caller's to read.
-    int LoadPresetFile(CxTypedFile& file, const char* path);
+    /// What all kinds share, of an icon file and of one section.
+    int ReadPreset(CxTypedFile& file);
+    int ReadSection(CxTypedFile* file, const char* section);
+    int WriteSection(CxTypedFile* file, const char* section) const;
+    int ReadRecord(const tagIconHeader* record);
+    /// Takes everything from an icon that is given up.
+    void TakeAll(CIconObject& from) noexcept;
+    /// Makes a change to a copy, which is taken over when `work(copy)` answers non-zero. 0 when it does not, and when
+    /// memory is refused.
+    template <class Icon, class Work>
+    static int ChangeWhole(Icon& icon, Work work) {
+        return torv::OrZero([&] {
+            Icon changed(icon);
+            if (!work(changed))
+                return 0;
+            icon.TakeAll(changed);
+            return 1;
+        });
+    }
     int ReadGlobalSection(CxTypedFile* file, const char* section);
     int WriteGlobalSection(CxTypedFile* file, const char* section) const;
     int ReadParameterSection(CxTypedFile* file, const char* section);
     int WriteParameterSection(CxTypedFile* file, const char* section) const;
-    static void WriteNumber(CxTypedFile* file, const char* section, const char* key, int value);
+    static int WriteNumber(CxTypedFile* file, const char* section, const char* key, int value);
 
     /// The keys of a curve in a file, where positions are fractions of the icon's length.
     struct CurveKeys {
@@ -108,7 +128,7 @@ protected:
     /// points are not looked at.
     static int ReadCurve(CBreakPointList& list, CxTypedFile* file, const char* section, const CurveKeys& keys);
     /// Positions and values are written only when there are points.
-    static void WriteCurve(const CBreakPointList& list, CxTypedFile* file, const char* section, const CurveKeys& keys);
+    static int WriteCurve(const CBreakPointList& list, CxTypedFile* file, const char* section, const CurveKeys& keys);
 
     /// Appends the points to two texts: positions as fractions of `length`, and values.
     static void FormatBreakPoint(const CBreakPointList& list, DWORD length, CString& positions, CString& values);

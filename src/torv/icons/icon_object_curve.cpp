@@ -79,16 +79,16 @@ int CIconObject::ReadCurve(CBreakPointList& list, CxTypedFile* file, const char*
     return count;
 }
 
-void CIconObject::WriteCurve(const CBreakPointList& list, CxTypedFile* file, const char* section,
-                             const CurveKeys& keys) {
-    WriteNumber(file, section, keys.count, list.GetCount());
+int CIconObject::WriteCurve(const CBreakPointList& list, CxTypedFile* file, const char* section,
+                            const CurveKeys& keys) {
+    if (!WriteNumber(file, section, keys.count, list.GetCount()))
+        return 0;
     if (list.IsEmpty())
-        return;
+        return 1;
     CString positions;
     CString values;
     FormatBreakPoint(list, torv::kIconUnits, positions, values);
-    file->WriteAt(section, keys.positions, positions);
-    file->WriteAt(section, keys.values, values);
+    return file->WriteAt(section, keys.positions, positions) && file->WriteAt(section, keys.values, values);
 }
 
 int CIconObject::TrimBreakPointListHead(CBreakPointList& list, LONG t) {

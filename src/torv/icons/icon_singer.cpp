@@ -48,13 +48,15 @@ CString CIconSinger::GetSingerName() {
 }
 
 int CIconSinger::GetVoiceChangeParam(tagVoiceChangeParam* parameters) const {
-    CString name;
-    tagVoiceChangeParam found{};
-    const torv::VoiceCatalogue* const voices = torv::GetVoiceCatalogue();
-    if (!parameters || !voices || !voices->FindVoice(m_nLanguage, m_nProgram, name, found))
-        return 0;
-    *parameters = found;
-    return 1;
+    return torv::OrZero([&] {
+        CString name;
+        tagVoiceChangeParam found{};
+        const torv::VoiceCatalogue* const voices = torv::GetVoiceCatalogue();
+        if (!parameters || !voices || !voices->FindVoice(m_nLanguage, m_nProgram, name, found))
+            return 0;
+        *parameters = found;
+        return 1;
+    });
 }
 
 int CIconSinger::ReplaceParameter(CIconObject* other) {
@@ -71,19 +73,26 @@ int CIconSinger::ReplaceParameter(CIconObject* other) {
 
 // The codes are no preset parameters, so they are read here and not with the parameter section.
 int CIconSinger::ConstructParameter(CxTypedFile* file, const char* section) {
-    if (!CIconObject::ConstructParameter(file, section))
-        return 0;
-    ReadCode(file, section, "Language", m_nLanguage);
-    ReadCode(file, section, "Program", m_nProgram);
-    return 1;
+    return torv::OrZero([&] {
+        BYTE language = m_nLanguage;
+        BYTE program = m_nProgram;
+        if (file) {
+            ReadCode(file, section, "Language", language);
+            ReadCode(file, section, "Program", program);
+        }
+        if (!CIconObject::ConstructParameter(file, section))
+            return 0;
+        m_nLanguage = language;
+        m_nProgram = program;
+        return 1;
+    });
 }
 
 int CIconSinger::DescribeParameter(CxTypedFile* file, const char* section) {
-    if (!CIconObject::DescribeParameter(file, section))
-        return 0;
-    WriteNumber(file, section, "Language", m_nLanguage);
-    WriteNumber(file, section, "Program", m_nProgram);
-    return 1;
+    return torv::OrZero([&] {
+        return WriteSection(file, section) && WriteNumber(file, section, "Language", m_nLanguage) &&
+               WriteNumber(file, section, "Program", m_nProgram);
+    });
 }
 
 int CIconSinger::ConstructParameter(const tagSingerIconObject* record) {

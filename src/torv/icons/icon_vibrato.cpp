@@ -4,6 +4,8 @@
 #include "torv/typed_file/typed_file.h"
 
 #include <algorithm>
+#include <memory>
+#include <new>
 
 namespace {
 
@@ -53,21 +55,24 @@ int CIconVibrato::NormalizeRate(int rate) { return Clamp(rate); }
 int CIconVibrato::SetStartDepth(int depth) { return SetInRange(m_nStartDepth, depth); }
 int CIconVibrato::SetStartRate(int rate) { return SetInRange(m_nStartRate, rate); }
 
-int CIconVibrato::LoadPreset(const char* path) {
-    CxTypedFile file;
-    return LoadPresetFile(file, path) && ReadKeys(&file, kParameterSection);
+int CIconVibrato::LoadPreset(const char* path) { return LoadExpression(path); }
+
+void CIconVibrato::TakeAll(CIconExpression& from) {
+    auto& vibrato = static_cast<CIconVibrato&>(from);
+    torv::PointsToTake depth(m_depth, vibrato.m_depth);
+    torv::PointsToTake rate(m_rate, vibrato.m_rate);
+    CIconExpression::TakeAll(from);
+    depth.Take();
+    rate.Take();
+    m_nStartDepth = vibrato.m_nStartDepth;
+    m_nEndDepth = vibrato.m_nEndDepth;
+    m_nStartRate = vibrato.m_nStartRate;
+    m_nEndRate = vibrato.m_nEndRate;
 }
 
-int CIconVibrato::ConstructParameter(CxTypedFile* file, const char* section) {
-    return CIconObject::ConstructParameter(file, section) && ReadKeys(file, section);
-}
-
-int CIconVibrato::DescribeParameter(CxTypedFile* file, const char* section) {
-    return CIconObject::DescribeParameter(file, section) && WriteKeys(file, section);
-}
-
-int CIconVibrato::DescribeUserExpression(CxTypedFile* file) {
-    return CIconExpression::DescribeUserExpression(file) && WriteKeys(file, kParameterSection);
+template <class Work>
+int CIconVibrato::ChangeVibrato(Work work) {
+    return Change([&work](CIconExpression& copy) { return work(static_cast<CIconVibrato&>(copy)); });
 }
 
 int CIconVibrato::ReadKeys(CxTypedFile* file, const char* section) {
@@ -81,91 +86,102 @@ int CIconVibrato::ReadKeys(CxTypedFile* file, const char* section) {
 }
 
 int CIconVibrato::WriteKeys(CxTypedFile* file, const char* section) const {
-    WriteNumber(file, section, kStartDepth, m_nStartDepth);
-    WriteCurve(m_depth, file, section, kDepthKeys);
-    WriteNumber(file, section, kStartRate, m_nStartRate);
-    WriteCurve(m_rate, file, section, kRateKeys);
-    return 1;
+    return WriteNumber(file, section, kStartDepth, m_nStartDepth) && WriteCurve(m_depth, file, section, kDepthKeys) &&
+           WriteNumber(file, section, kStartRate, m_nStartRate) && WriteCurve(m_rate, file, section, kRateKeys);
 }
 
 int CIconVibrato::ReplaceParameter(CIconObject* other) {
-    if (!CIconExpression::ReplaceParameter(other))
-        return 0;
-    if (const auto* const vibrato = dynamic_cast<CIconVibrato*>(other)) {
-        m_nStartDepth = vibrato->m_nStartDepth;
-        m_nEndDepth = vibrato->m_nEndDepth;
-        m_nStartRate = vibrato->m_nStartRate;
-        m_nEndRate = vibrato->m_nEndRate;
-        m_depth = vibrato->m_depth;
-        m_rate = vibrato->m_rate;
-    }
-    return 1;
+    return ChangeVibrato([other](CIconVibrato& icon) {
+        if (!icon.ReplaceExpression(other))
+            return 0;
+        if (const auto* const vibrato = dynamic_cast<CIconVibrato*>(other)) {
+            icon.m_nStartDepth = vibrato->m_nStartDepth;
+            icon.m_nEndDepth = vibrato->m_nEndDepth;
+            icon.m_nStartRate = vibrato->m_nStartRate;
+            icon.m_nEndRate = vibrato->m_nEndRate;
+            icon.m_depth = vibrato->m_depth;
+            icon.m_rate = vibrato->m_rate;
+        }
+        return 1;
+    });
 }
 
 int CIconVibrato::ConstructParameter(const tagVibratoIconObject* record) {
     if (!record)
         return 0;
-    tagNoteIconObject common{};
-    common.header = record->header;
-    common.database = record->database;
-    common.idHigh = record->idHigh;
-    common.idLow = record->idLow;
-    common.itemValue = record->itemValue;
-    common.originalSingerName = record->originalSingerName;
-    common.developerName = record->developerName;
-    CIconExpression::ConstructParameter(&common);
-    m_dwLength = record->length;
-    m_nStartDepth = record->startDepth;
-    m_nEndDepth = record->endDepth;
-    m_nStartRate = record->startRate;
-    m_nEndRate = record->endRate;
-    torv::TakePointArray(m_depth, record->depthPoints, record->depthPointCount);
-    torv::TakePointArray(m_rate, record->ratePoints, record->ratePointCount);
-    return 1;
+    return ChangeVibrato([record](CIconVibrato& icon) {
+        tagNoteIconObject common{};
+        common.header = record->header;
+        common.database = record->database;
+        common.idHigh = record->idHigh;
+        common.idLow = record->idLow;
+        common.itemValue = record->itemValue;
+        common.originalSingerName = record->originalSingerName;
+        common.developerName = record->developerName;
+        icon.ReadRecord(&common);
+        icon.m_dwLength = record->length;
+        icon.m_nStartDepth = record->startDepth;
+        icon.m_nEndDepth = record->endDepth;
+        icon.m_nStartRate = record->startRate;
+        icon.m_nEndRate = record->endRate;
+        torv::TakePointArray(icon.m_depth, record->depthPoints, record->depthPointCount);
+        torv::TakePointArray(icon.m_rate, record->ratePoints, record->ratePointCount);
+        return 1;
+    });
 }
 
 int CIconVibrato::DescribeParameter(tagVibratoIconObject* record) const {
-    tagNoteIconObject common{};
-    if (!record || !CIconExpression::DescribeParameter(&common))
+    if (!record)
         return 0;
-    common.header.reserved = record->header.reserved; // the host's own stays
-    record->header = common.header;
-    record->database = common.database;
-    record->idHigh = common.idHigh;
-    record->idLow = common.idLow;
-    record->itemValue = common.itemValue;
-    record->originalSingerName = common.originalSingerName;
-    record->developerName = common.developerName;
-    record->length = m_dwLength;
-    record->startDepth = static_cast<WORD>(m_nStartDepth);
-    record->endDepth = static_cast<WORD>(m_nEndDepth);
-    record->startRate = static_cast<WORD>(m_nStartRate);
-    record->endRate = static_cast<WORD>(m_nEndRate);
-    record->depthPoints = torv::NewPointArray(m_depth, record->depthPointCount);
-    record->ratePoints = torv::NewPointArray(m_rate, record->ratePointCount);
-    return 1;
+    return torv::OrZero([&] {
+        WORD depthCount = 0;
+        WORD rateCount = 0;
+        std::unique_ptr<tagBreakPoint[]> depth(torv::NewPointArray(m_depth, depthCount));
+        std::unique_ptr<tagBreakPoint[]> rate(torv::NewPointArray(m_rate, rateCount));
+        tagNoteIconObject common{};
+        if (!CIconExpression::DescribeParameter(&common))
+            return 0;
+        common.header.reserved = record->header.reserved; // the host's own stays
+        record->header = common.header;
+        record->database = common.database;
+        record->idHigh = common.idHigh;
+        record->idLow = common.idLow;
+        record->itemValue = common.itemValue;
+        record->originalSingerName = common.originalSingerName;
+        record->developerName = common.developerName;
+        record->length = m_dwLength;
+        record->startDepth = static_cast<WORD>(m_nStartDepth);
+        record->endDepth = static_cast<WORD>(m_nEndDepth);
+        record->startRate = static_cast<WORD>(m_nStartRate);
+        record->endRate = static_cast<WORD>(m_nEndRate);
+        record->depthPointCount = depthCount;
+        record->depthPoints = depth.release();
+        record->ratePointCount = rateCount;
+        record->ratePoints = rate.release();
+        return 1;
+    });
 }
 
 int CIconVibrato::ExportCurve(const CBreakPointList& curve, int start, DWORD clock, CBreakPointList* list) const {
-    if (!list)
-        return 0;
-    int left = curve.GetCount(); // counted first: a host may pass the icon's own list
-    tagBreakPoint point = HeadPoint(start, clock);
-    list->AddTail(point);
-    for (POSITION at = curve.GetHeadPosition(); left > 0; --left) {
-        point = torv::ExportPoint(curve.GetNext(at), clock, m_dwLength);
-        list->AddTail(point);
-    }
-    return list->GetCount();
+    return torv::AppendPoints(list, [&](CBreakPointList& exported) {
+        tagBreakPoint point = HeadPoint(start, clock);
+        exported.AddTail(point);
+        for (POSITION at = curve.GetHeadPosition(); at;) {
+            point = torv::ExportPoint(curve.GetNext(at), clock, m_dwLength);
+            exported.AddTail(point);
+        }
+    });
 }
 
 int CIconVibrato::NormalizeCurve(const CBreakPointList& curve, int start, DWORD clock, CBreakPointArray& array) const {
-    array.SetSize(curve.GetCount() + 1);
-    array[0] = HeadPoint(start, clock);
-    int i = 1;
-    for (POSITION at = curve.GetHeadPosition(); at; ++i)
-        array[i] = torv::ExportPoint(curve.GetNext(at), clock, m_dwLength);
-    return array.GetSize();
+    return torv::OrZero([&] {
+        array.SetSize(curve.GetCount() + 1);
+        array[0] = HeadPoint(start, clock);
+        int i = 1;
+        for (POSITION at = curve.GetHeadPosition(); at; ++i)
+            array[i] = torv::ExportPoint(curve.GetNext(at), clock, m_dwLength);
+        return array.GetSize();
+    });
 }
 
 int CIconVibrato::ExportDepthBreakPoint(CBreakPointList* list, DWORD clock) {
@@ -183,15 +199,18 @@ int CIconVibrato::NormalizeRateBreakPointArray(DWORD clock, CBreakPointArray& ar
 
 void CIconVibrato::TrimCurveTail(CBreakPointList& curve, int start, DWORD clock) {
     CBreakPointList working;
-    ExportCurve(curve, start, 0, &working);
+    if (!ExportCurve(curve, start, 0, &working))
+        throw std::bad_alloc();
     TrimBreakPointListTail(working, torv::SignedTicks(clock));
     working.RemoveHead();
     torv::StoreExported(curve, working, clock);
 }
 
 int CIconVibrato::TrimIconTail(DWORD clock) {
-    TrimCurveTail(m_depth, m_nStartDepth, clock);
-    TrimCurveTail(m_rate, m_nStartRate, clock);
-    m_dwLength = clock;
-    return 1;
+    return ChangeVibrato([clock](CIconVibrato& icon) {
+        icon.TrimCurveTail(icon.m_depth, icon.m_nStartDepth, clock);
+        icon.TrimCurveTail(icon.m_rate, icon.m_nStartRate, clock);
+        icon.m_dwLength = clock;
+        return 1;
+    });
 }

@@ -42,10 +42,7 @@ public:
 
     int IsContinuance() override; ///< 1: a vibrato goes on into the next note
     int LoadPreset(const char* path) override;
-    int ConstructParameter(CxTypedFile* file, const char* section) override;
-    int DescribeParameter(CxTypedFile* file, const char* section) override;
     int ReplaceParameter(CIconObject* other) override;
-    int DescribeUserExpression(CxTypedFile* file) override;
     /// Points keep their ticks; one at the cut itself becomes 10000. 1.
     int TrimIconTail(DWORD clock) override;
     using CIconExpression::ConstructParameter;
@@ -80,8 +77,12 @@ private:
     static constexpr CurveKeys kDepthKeys{"DepthBPNum", "DepthBPX", "DepthBPY"};
     static constexpr CurveKeys kRateKeys{"RateBPNum", "RateBPX", "RateBPY"};
 
-    int ReadKeys(CxTypedFile* file, const char* section);
-    int WriteKeys(CxTypedFile* file, const char* section) const;
+    int ReadKeys(CxTypedFile* file, const char* section) override;
+    int WriteKeys(CxTypedFile* file, const char* section) const override;
+    void TakeAll(CIconExpression& from) override;
+    /// Makes a change of curves and numbers as CIconExpression::Change does.
+    template <class Work>
+    int ChangeVibrato(Work work);
     int ExportCurve(const CBreakPointList& curve, int start, DWORD clock, CBreakPointList* list) const;
     int NormalizeCurve(const CBreakPointList& curve, int start, DWORD clock, CBreakPointArray& array) const;
     void TrimCurveTail(CBreakPointList& curve, int start, DWORD clock);

@@ -37,8 +37,8 @@ void MakeStorable(CBreakPointList& curve) {
 } // namespace
 
 void MakeStorable(CIconObject& icon) {
-    icon.SetIDString(icon.GetIDString().Left(kLongestText));
-    icon.SetCaption(icon.GetCaption().Left(kLongestText));
+    OrBadAlloc(icon.SetIDString(icon.GetIDString().Left(kLongestText)));
+    OrBadAlloc(icon.SetCaption(icon.GetCaption().Left(kLongestText)));
     if (icon.GetLength() == 0 || icon.GetLength() > 0x7FFFFFFF)
         icon.SetLength(CIconObject::kDefaultLength);
     if (auto* const vibrato = dynamic_cast<CIconVibrato*>(&icon)) {

@@ -6,7 +6,8 @@ namespace torv {
 
 /// Makes an icon such as a section of a file gives it back: texts of at most 4096 bytes, lengths, numbers and curves in
 /// the ranges that reading brings them into, and points at places that are read as they were written, at most a few
-/// ten-thousandths before where they were. Without it a curve would creep from one session to the next.
+/// ten-thousandths before where they were. Throws std::bad_alloc. Without it a curve would creep from one session to
+/// the next.
 TORV_API void MakeStorable(CIconObject& icon);
 
 } // namespace torv
