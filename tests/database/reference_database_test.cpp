@@ -53,7 +53,7 @@ std::vector<CIconObject*> ModelsOf(const CQuillDBManager& manager, int status, i
 
 } // namespace
 
-TEST_CASE("shipped databases: levels rise, changes change, every icon has its picture") {
+TEST_CASE("shipped databases: levels rise, and every icon has its picture") {
     const Shipped shipped;
     const CQuillDBManager& manager = shipped.manager;
     int last = -1;
@@ -63,16 +63,6 @@ TEST_CASE("shipped databases: levels rise, changes change, every icon has its pi
         last = level;
     }
     CHECK(last > 112);
-    for (const int articulation : {torv::kCrescendo, torv::kDecrescendo}) {
-        bool hasCurve = false, hasLine = false;
-        for (CIconObject* icon : ModelsOf(manager, 5, articulation)) {
-            auto& change = dynamic_cast<CIconDynamics&>(*icon);
-            CHECK((change.GetEndDynamics() > 0) == (articulation == torv::kCrescendo));
-            CHECK(change.GetLength() >= 480);
-            (change.GetDynamicsBPList()->IsEmpty() ? hasLine : hasCurve) = true;
-        }
-        CHECK((hasCurve && hasLine));
-    }
     struct Kind {
         int status, articulation;
         size_t count;

@@ -19,28 +19,11 @@ int32_t Create(const UserData& user, uint32_t value, const char* id, const std::
     return user.library.CreateVirtualExpItem(1, 1, 0, value, id, icon.c_str(), "\x83\x5C", "Hana", "me");
 }
 
-/// Numbers of a comma list, -1 for anything else.
-std::vector<double> Numbers(const std::string& list) {
-    std::vector<double> numbers;
-    for (size_t at = 0; at <= list.size(); at = std::min(list.find(',', at), list.size()) + 1)
-        numbers.push_back(std::isdigit(static_cast<unsigned char>(list[at])) ? std::stod(list.substr(at)) : -1);
-    return numbers;
-}
-
 /// The value of a key in an icon file, empty without one.
 std::string Value(const std::string& item, const std::string& key) {
     const size_t at = item.find("\n" + key + " = ");
     return at == std::string::npos ? ""
                                    : item.substr(at + key.size() + 4, item.find('\n', at + 1) - at - key.size() - 4);
-}
-
-void CheckCurve(const std::string& item, const std::string& name) {
-    CHECK(Numbers(Value(item, "Start" + name)).front() >= 0);
-    const auto places = Numbers(Value(item, name + "BPX")), values = Numbers(Value(item, name + "BPY"));
-    CHECK(places.size() == static_cast<size_t>(std::stoi(Value(item, name + "BPNum"))));
-    CHECK(values.size() == places.size());
-    CHECK((std::is_sorted(places.begin(), places.end()) && places.front() > 0 && places.back() < 1));
-    CHECK(std::all_of(values.begin(), values.end(), [](double value) { return value >= 0 && value <= 127; }));
 }
 
 } // namespace
@@ -61,13 +44,8 @@ TEST_CASE("the expressions that come with the library can be sung") {
             CHECK(ids.insert(item.substr(item.find("own ") + 4, item.find('|') - item.find("own ") - 4)).second);
             CHECK(item.find("|" + Value(item, "Caption") + "|") != std::string::npos);
             CHECK(std::stoi(Value(item, "Length")) >= 480);
-            if (each.kind == DBM_VIBRATO) {
-                CheckCurve(item, "Depth");
-                CheckCurve(item, "Rate");
-            } else {
-                CHECK(Numbers(Value(item, "Duration")).front() > 0);
-                CHECK(Value(item, "Depth").empty() == (each.kind == DBM_RELEASE));
-            }
+            CHECK(Value(item, each.kind == DBM_VIBRATO ? "DepthBPY" : "Duration") != "");
+            CHECK(Value(item, "Depth").empty() == (each.kind == DBM_RELEASE || each.kind == DBM_VIBRATO));
         }
     }
     CHECK(counts == std::vector<int>{0, 5, 3, 4, 5});
