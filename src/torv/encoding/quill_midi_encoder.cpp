@@ -69,11 +69,11 @@ int CxQuillMidiEncoder::GetExtractResolutionAt(int slot) const {
 tagSequenceTimeMap* CxQuillMidiEncoder::CreateSequenceTimeMap(CMasterTrack* master) {
     return torv::CreateSequenceTimeMap(master);
 }
-DWORD CxQuillMidiEncoder::SearchTickPosition(DWORD time, const tagSequenceTimeMap* map, DWORD hint) {
-    return map ? torv::SearchTickPosition(time, map, torv::HintWithin(map, hint)) : 0;
+DWORD CxQuillMidiEncoder::SearchTickPosition(DWORD time, const tagSequenceTimeMap* map, DWORD /*hint*/) {
+    return map ? torv::SearchTickPosition(time, map, 0) : 0;
 }
-DWORD CxQuillMidiEncoder::SearchTimePosition(DWORD tick, const tagSequenceTimeMap* map, DWORD hint) {
-    return map ? torv::SearchTimePosition(tick, map, torv::HintWithin(map, hint)) : 0;
+DWORD CxQuillMidiEncoder::SearchTimePosition(DWORD tick, const tagSequenceTimeMap* map, DWORD /*hint*/) {
+    return map ? torv::SearchTimePosition(tick, map, 0) : 0;
 }
 void CxQuillMidiEncoder::ResetRealTimeInfo(tagQuillMidiRealtimeInfo* info) {
     if (info)
@@ -82,7 +82,7 @@ void CxQuillMidiEncoder::ResetRealTimeInfo(tagQuillMidiRealtimeInfo* info) {
 int CxQuillMidiEncoder::UpdateRealTimeInfo(tagQuillMidiRealtimeInfo* info, DWORD tick) {
     if (!info || !info->map || tick < info->tick)
         return 0;
-    info->index = torv::HintWithin(info->map, info->index);
+    info->index = 0;
     return torv::UpdateRealTimeInfo(*info, tick);
 }
 

@@ -62,13 +62,14 @@ public:
     /// Entry `index` of the table of sampling resolutions, in ticks; -1 outside it.
     static int GetExtractResolution(int index);
 
-    // Null, a map of nothing but its end and a hint that is not of the map are answered with 0 or taken as the nearest.
+    // Null and a map of nothing but its end give 0. A hint may be of another map, which nobody can tell from a map
+    // without a length, so the walk starts at the map's beginning whatever it says.
 
     /// The master track's tempos as an array that {0, 0xFFFFFFFF, 0xFFFFFFFF} closes. The caller frees it with
     /// delete[], or with torv::ReleaseSequenceTimeMap from another runtime. Null without a master track and when memory
     /// is short.
     static tagSequenceTimeMap* CreateSequenceTimeMap(CMasterTrack* master);
-    /// Milliseconds to ticks and back. The walk starts at the triple `hint`.
+    /// Milliseconds to ticks and back.
     static DWORD SearchTickPosition(DWORD time, const tagSequenceTimeMap* map, DWORD hint);
     static DWORD SearchTimePosition(DWORD tick, const tagSequenceTimeMap* map, DWORD hint);
     /// What [a0, a1) and [b0, b1) share, into `start` and `end`; non-zero when that is not empty.

@@ -69,11 +69,4 @@ DWORD TickOfSendTime(LONG time, const tagQuillMidiRealtimeInfo& info) {
     return time <= 0 ? 0 : SearchTickPosition(static_cast<DWORD>(time), info.map, info.index);
 }
 
-DWORD HintWithin(const tagSequenceTimeMap* map, DWORD hint) {
-    DWORD last = 0;
-    while (last < hint && map[last].clock != kTerminator && map[last + 1].clock != kTerminator)
-        ++last;
-    return last;
-}
-
 } // namespace torv

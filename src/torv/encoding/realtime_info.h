@@ -37,7 +37,4 @@ int UpdateRealTimeInfo(tagQuillMidiRealtimeInfo& info, DWORD tick);
 /// The tick at which a block sent at `time` stands. Times before the song's start stand at tick 0.
 DWORD TickOfSendTime(LONG time, const tagQuillMidiRealtimeInfo& info);
 
-/// A hint of the host's, which may be of another map: cut to this map's triples.
-DWORD HintWithin(const tagSequenceTimeMap* map, DWORD hint);
-
 } // namespace torv
