@@ -6,7 +6,9 @@
 TEST_CASE("wave file: a new path becomes a header, and every frame appended is in the bytes") {
     const ScratchPath path;
     CWaveFile file(path.Text());
+    file.Close();
     CHECK(path.Content().size() == 44);
+    file.Open(path.Text());
     file.AppendSample(0x0102, 0xFFFE);
     file.AppendSample(0x0304);
     file.Close();
@@ -46,6 +48,7 @@ TEST_CASE("wave file: the buffer's size changes no byte") {
     for (const DWORD frames : {1u, 256u, 300u, 5000u}) { // 1 counts as 256, 300 as 512
         CAPTURE(frames);
         const ScratchPath path;
+        CWaveFile(path.Text()).Close(); // what is opened, not made, can be read by others meanwhile
         CWaveFile file(path.Text(), frames);
         DWORD left = 0;
         DWORD right = 0;

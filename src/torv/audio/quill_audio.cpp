@@ -58,8 +58,10 @@ int CxQuillAudio::Load(const char* path) {
         m_bPadded = isPadded;
         return 1;
     });
-    if (!isLoaded)
+    if (!isLoaded) {
         Close();
+        m_file.Abort(); // open, though its opening was cut off
+    }
     return isLoaded;
 }
 

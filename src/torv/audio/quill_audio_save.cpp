@@ -6,6 +6,7 @@
 #include "torv/platform/replaced_file.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -160,8 +161,9 @@ bool CxQuillAudio::WriteWave(const char* path, CWaveBuffer& buffer, const torv::
 int CxQuillAudio::SaveTo(const char* path, CWaveBuffer* buffer, const torv::ChunkList& kept, bool standsFor) {
     if (!path || !buffer)
         return 0;
+    std::optional<torv::ReplacedFile> target; // goes when nothing has it open any more
     const int isSaved = torv::OrZero([&] {
-        torv::ReplacedFile file(torv::NewFilePath(path));
+        torv::ReplacedFile& file = target.emplace(torv::NewFilePath(path));
         if (!file.IsOpen())
             return RecordError(torv::NewFileError(file, path).m_cause);
         if (!WriteWave(file.Path(), *buffer, kept))
@@ -186,8 +188,10 @@ int CxQuillAudio::SaveTo(const char* path, CWaveBuffer* buffer, const torv::Chun
         buffer->SetModify(0);
         return 1;
     });
-    if (!isSaved)
+    if (!isSaved) {
         Close();
+        m_file.Abort(); // open, though its opening was cut off
+    }
     return isSaved;
 }
 
