@@ -97,4 +97,5 @@ TEST_CASE("mix down: what is refused leaves no file, or the old one") {
     CHECK(path.IsAlone());
     output.RegisterTrack(&wave.file, 16); // counts for nothing
     CHECK(output.AudioMixDown(path.Text(), tracks.data(), 1) == 1);
+    CHECK(output.GetTrack(16) == &wave.file); // and stays
 }
