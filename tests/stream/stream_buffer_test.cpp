@@ -172,6 +172,9 @@ TEST_CASE("stream: moving to a time, and stepping from there") {
             CHECK(PlaceOf(stream) == row.previous);
         }
     }
+    stream.MoveTo(900);
+    stream.SeekToEnd();
+    CHECK(PlaceOf(stream) == "-2 300 0 0"); // without a rest
     Stream late;
     Fill(late, {100});
     CHECK(late.MoveTo(40) == 40); // between the top and the first entry
