@@ -1,6 +1,7 @@
 #include "torv/platform/message_box.h"
 
 #include "torv/platform/afx/win_app.h"
+#include "torv/platform/immortal.h"
 #include "torv/platform/safe_point.h"
 #include "torv/platform/system_default.h"
 
@@ -17,10 +18,7 @@ struct Handlers {
     BeepHandler beep;
 };
 
-Handlers& TheHandlers() {
-    static Handlers& handlers = *new Handlers; // never destroyed: the last box may come late
-    return handlers;
-}
+Handlers& TheHandlers() { return Immortal<Handlers>(); }
 
 template <class Handler>
 Handler Exchange(Handler Handlers::*member, Handler handler) {

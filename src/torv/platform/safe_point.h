@@ -18,6 +18,8 @@ public:
 
 #else
 
+class ThreadState;
+
 /// Where a suspended thread stops, besides the platform's own waits (Sleep, GetMessageA, PeekMessageA, SendMessageA,
 /// WaitForSingleObject, SuspendThread) and wave-out calls. Long work calls it now and then, holding no lock; it costs
 /// one load while nobody suspends.
@@ -31,6 +33,9 @@ public:
     AtRest(const AtRest&) = delete;
     AtRest& operator=(const AtRest&) = delete;
     ~AtRest();
+
+private:
+    ThreadState& m_thread;
 };
 
 #endif

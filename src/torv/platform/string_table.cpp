@@ -1,5 +1,6 @@
 #include "torv/platform/string_table.h"
 
+#include "torv/platform/immortal.h"
 #include "torv/platform/system_default.h"
 
 #include <mutex>
@@ -7,17 +8,13 @@
 namespace torv {
 namespace {
 
-/// The tables that live, latest first. They are static objects of any source file, so this is made when first asked for
-/// and never destroyed.
+/// The tables that live, latest first. They are static objects of any source file.
 struct Registry {
     std::mutex mutex;
     StringTable* first = nullptr;
 };
 
-Registry& TheRegistry() {
-    static Registry& registry = *new Registry;
-    return registry;
-}
+Registry& TheRegistry() { return Immortal<Registry>(); }
 
 } // namespace
 

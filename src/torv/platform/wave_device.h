@@ -32,7 +32,7 @@ public:
 class TORV_API WaveOutStream {
 public:
     virtual ~WaveOutStream() = default;
-    /// Queues a block. Playing begins with the first one.
+    /// Queues a block, or throws std::bad_alloc and has not heard of it. Playing begins with the first one.
     virtual void Write(const WaveBlock& block) = 0;
     /// Stops where it is; blocks are still queued.
     virtual void Pause() = 0;
@@ -49,7 +49,7 @@ public:
     virtual const char* Name() const = 0;
     /// Asked only of PCM and float formats of 8, 16, 24 or 32 bits, whole bytes and 1 to 8 channels.
     virtual bool Plays(const WAVEFORMATEX& format) const = 0;
-    /// Null when it refuses. The listener outlives the stream.
+    /// Null when it refuses; may throw std::bad_alloc and std::system_error. The listener outlives the stream.
     virtual std::unique_ptr<WaveOutStream> Open(const WAVEFORMATEX& format, WaveOutListener& listener) = 0;
 };
 

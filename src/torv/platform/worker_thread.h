@@ -13,7 +13,7 @@ namespace torv {
 class TORV_API WorkerThread {
 public:
     /// Begins a thread; its message queue is there when this returns, so that no message to it is lost. Null when no
-    /// thread can be had.
+    /// thread or no memory can be had.
     static std::shared_ptr<WorkerThread> Begin(std::function<void()> work, int priority = THREAD_PRIORITY_NORMAL);
     ~WorkerThread();
     WorkerThread(const WorkerThread&) = delete;
@@ -29,10 +29,10 @@ public:
     bool Wait(DWORD milliseconds = INFINITE) const;
 
 private:
-    WorkerThread(HANDLE thread, DWORD id) : m_thread(thread), m_id(id) {}
+    WorkerThread() = default;
 
-    const HANDLE m_thread; // of its own: the thread's object goes with the thread
-    const DWORD m_id;      // not given to another thread while the handle is held
+    HANDLE m_thread = nullptr; // of its own: the thread's object goes with the thread
+    DWORD m_id = 0;            // not given to another thread while the handle is held
 };
 
 } // namespace torv

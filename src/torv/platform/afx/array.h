@@ -7,7 +7,7 @@
 #include <vector>
 
 /// A growing array. An index out of range reads an empty element and writes nothing. Copying copies the elements.
-/// Pointers and references into it are good until it grows or shrinks.
+/// Pointers and references into it are good until it grows or shrinks. Growing throws std::bad_alloc.
 template <class TYPE, class ARG_TYPE = const TYPE&>
 class CArray : public CObject {
 public:

@@ -1,5 +1,7 @@
 #include "torv/platform/afx/exception.h"
 
+#include "torv/platform/or_fail.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -46,9 +48,12 @@ BOOL CMemoryException::GetErrorMessage(LPSTR text, UINT size, PUINT helpContext)
 BOOL CFileException::GetErrorMessage(LPSTR text, UINT size, PUINT helpContext) const {
     if (helpContext)
         *helpContext = 0;
-    CString message(kTexts[m_cause >= none && m_cause <= endOfFile ? m_cause : generic]);
-    message.Replace("%1", m_strFileName.IsEmpty() ? LPCSTR("an unnamed file") : LPCSTR(m_strFileName));
-    return CopyText(message, text, size);
+    const LPCSTR form = kTexts[m_cause >= none && m_cause <= endOfFile ? m_cause : generic];
+    return torv::OrFail(CopyText("", text, size), [&] {
+        CString message(form);
+        message.Replace("%1", m_strFileName.IsEmpty() ? LPCSTR("an unnamed file") : LPCSTR(m_strFileName));
+        return CopyText(message, text, size);
+    });
 }
 
 int CFileException::OsErrorToException(LONG osError) {

@@ -1,6 +1,7 @@
 #include "torv/platform/afx/file.h"
 
 #include "torv/platform/file_handle.h"
+#include "torv/platform/or_fail.h"
 #include "torv/platform/path.h"
 
 #include <utility>
@@ -9,7 +10,12 @@ namespace {
 
 CFileException ExceptionOf(DWORD error, LPCSTR path) {
     const LONG osError = static_cast<LONG>(error);
-    return CFileException(CFileException::OsErrorToException(osError), osError, path);
+    CFileException exception(CFileException::OsErrorToException(osError), osError);
+    torv::OrFail(0, [&] { // the cause is worth more than the name
+        exception.m_strFileName = path;
+        return 1;
+    });
+    return exception;
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "torv/platform/afx/file_find.h"
 
+#include "torv/platform/or_fail.h"
 #include "torv/platform/path.h"
 
 CFileFind::~CFileFind() { Close(); }
@@ -7,10 +8,12 @@ CFileFind::~CFileFind() { Close(); }
 BOOL CFileFind::FindFile(LPCSTR pattern, [[maybe_unused]] DWORD unused) {
     Close();
     pattern = pattern ? pattern : "*.*";
-    m_search = ::FindFirstFileA(pattern, &m_next);
-    m_hasNext = m_search != INVALID_HANDLE_VALUE;
-    m_folder = torv::FolderPart(pattern);
-    return m_hasNext;
+    return torv::OrFail(FALSE, [&] {
+        m_folder = torv::FolderPart(pattern);
+        m_search = ::FindFirstFileA(pattern, &m_next);
+        m_hasNext = m_search != INVALID_HANDLE_VALUE;
+        return m_hasNext;
+    });
 }
 
 BOOL CFileFind::FindNextFile() {

@@ -8,18 +8,20 @@
 
 /// A doubly linked list that is walked by POSITION. A null position is harmless: reading there gives an empty element,
 /// removing or inserting nothing or at the end as said below. A position of another list, or of an element that is
-/// gone, cannot be told and must not be passed. Copying copies the elements (pointers stay what they point to).
+/// gone, cannot be told and must not be passed. Copying copies the elements (pointers stay what they point to). Throws
+/// std::bad_alloc, and the list is then as it was.
 template <class TYPE, class ARG_TYPE = const TYPE&>
 class CList : public CObject {
 public:
     /// The block size, in elements, is part of the interface; nodes are allocated one by one.
     explicit CList([[maybe_unused]] int blockSize = 10) {}
-    CList(const CList& other) : CObject(other) { Append(other); }
+    CList(const CList& other) : CList() {
+        for (Node* node = other.m_head; node; node = node->next)
+            AddTail(node->data);
+    }
     CList& operator=(const CList& other) {
-        if (this != &other) {
-            RemoveAll();
-            Append(other);
-        }
+        if (this != &other)
+            CList(other).Swap(*this);
         return *this;
     }
     ~CList() override { RemoveAll(); }
@@ -53,14 +55,11 @@ public:
     /// The other list's elements, in order; itself included as it stood.
     void AddTail(CList* other) {
         if (other)
-            Append(other == this ? CList(*other) : *other);
+            CList(*other).MoveTo(*this, m_tail, nullptr);
     }
     void AddHead(CList* other) {
-        if (!other)
-            return;
-        const CList copy(*other);
-        for (Node* node = copy.m_tail; node; node = node->previous)
-            Link(new Node{nullptr, nullptr, node->data}, nullptr, m_head);
+        if (other)
+            CList(*other).MoveTo(*this, nullptr, m_head);
     }
     /// A null position inserts at the head.
     POSITION InsertBefore(POSITION position, ARG_TYPE element) {
@@ -146,9 +145,20 @@ private:
         Unlink(node);
         return data;
     }
-    void Append(const CList& other) {
-        for (Node* node = other.m_head; node; node = node->next)
-            Link(new Node{nullptr, nullptr, node->data}, m_tail, nullptr);
+    void Swap(CList& other) {
+        std::swap(m_head, other.m_head);
+        std::swap(m_tail, other.m_tail);
+        std::swap(m_count, other.m_count);
+    }
+    /// All nodes, between two neighbours of the other list.
+    void MoveTo(CList& other, Node* previous, Node* next) {
+        if (!m_head)
+            return;
+        m_head->previous = previous;
+        m_tail->next = next;
+        (previous ? previous->next : other.m_head) = std::exchange(m_head, nullptr);
+        (next ? next->previous : other.m_tail) = std::exchange(m_tail, nullptr);
+        other.m_count += std::exchange(m_count, 0);
     }
 
     Node* m_head = nullptr;

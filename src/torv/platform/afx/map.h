@@ -8,17 +8,23 @@
 #include <unordered_map>
 
 /// A map that is hashed by key and walked in the order in which its keys came, so that a walk is the same on every
-/// system. Lookup, insertion and removal take constant time. Copying copies the associations.
+/// system. Lookup, insertion and removal take constant time. Copying copies the associations. Throws std::bad_alloc,
+/// and the map is then as it was.
 template <class KEY, class ARG_KEY, class VALUE, class ARG_VALUE>
 class CMap : public CObject {
 public:
     /// The block size, in associations, is part of the interface; they are allocated one by one.
     explicit CMap([[maybe_unused]] int blockSize = 10) {}
-    CMap(const CMap& other) : CObject(other) { Append(other); }
+    CMap(const CMap& other) : CMap() {
+        for (const Association* at = other.m_first; at; at = at->second.next)
+            (*this)[at->first] = at->second.value;
+    }
     CMap& operator=(const CMap& other) {
         if (this != &other) {
-            RemoveAll();
-            Append(other);
+            CMap copy(other);
+            m_table.swap(copy.m_table);
+            m_first = copy.m_first;
+            m_last = copy.m_last;
         }
         return *this;
     }
@@ -81,15 +87,6 @@ private:
         Association* previous = nullptr;
         Association* next = nullptr;
     };
-
-    void Append(const CMap& other) {
-        for (const Association* at = other.m_first; at; at = at->second.next) {
-            const auto place = m_table.try_emplace(at->first).first;
-            place->second = Links{at->second.value, m_last, nullptr};
-            (m_last ? m_last->second.next : m_first) = &*place;
-            m_last = &*place;
-        }
-    }
 
     std::unordered_map<KEY, Links> m_table;
     Association* m_first = nullptr;

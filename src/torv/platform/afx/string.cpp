@@ -24,11 +24,11 @@ CString::CString(char c, int count) : m_text(Size(count), c) {}
 int CString::Compare(LPCSTR other) const { return m_text.compare(other ? other : ""); }
 
 int CString::CompareNoCase(LPCSTR other) const {
-    CString a(*this);
-    CString b(other);
-    a.MakeLower();
-    b.MakeLower();
-    return a.m_text.compare(b.m_text);
+    const std::string_view text(other ? other : "");
+    const auto [mine, its] = std::mismatch(m_text.begin(), m_text.end(), text.begin(), text.end(),
+                                           [](char a, char b) { return Lower(a) == Lower(b); });
+    const auto byteAt = [](auto at, auto end) { return at == end ? -1 : static_cast<unsigned char>(Lower(*at)); };
+    return byteAt(mine, m_text.end()) - byteAt(its, text.end());
 }
 
 CString CString::Mid(int first) const { return CString(m_text.substr(std::min(Size(first), m_text.size()))); }

@@ -16,7 +16,8 @@
 #endif
 
 /// A text of bytes, whatever its character set: letters are the ASCII ones and white space is every byte up to 32, in
-/// every locale. Null pointers count as empty texts; indexes out of range read as 0 and write nothing.
+/// every locale. Null pointers count as empty texts; indexes out of range read as 0 and write nothing. Whatever makes a
+/// text longer or hands one out throws std::bad_alloc, and the text is then as it was.
 class TORV_API CString {
 public:
     CString() = default;

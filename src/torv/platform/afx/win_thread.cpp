@@ -1,6 +1,7 @@
 #include "torv/platform/afx/win_thread.h"
 
 #include <memory>
+#include <new>
 
 namespace {
 
@@ -54,8 +55,8 @@ DWORD WINAPI CWinThread::Run(LPVOID self) {
 
 CWinThread* AfxBeginThread(AFX_THREADPROC proc, LPVOID parameter, int priority, UINT stackSize, DWORD createFlags,
                            LPSECURITY_ATTRIBUTES attributes) {
-    auto thread = std::make_unique<CWinThread>(proc, parameter);
-    if (!thread->CreateThread(createFlags | CREATE_SUSPENDED, stackSize, attributes))
+    std::unique_ptr<CWinThread> thread(new (std::nothrow) CWinThread(proc, parameter));
+    if (!thread || !thread->CreateThread(createFlags | CREATE_SUSPENDED, stackSize, attributes))
         return nullptr;
     thread->SetThreadPriority(priority);
     CWinThread* begun = thread.release();

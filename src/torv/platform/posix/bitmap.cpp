@@ -1,6 +1,8 @@
 #include "torv/platform/posix/bitmap.h"
 
+#include "torv/platform/immortal.h"
 #include "torv/platform/library_module.h"
+#include "torv/platform/or_fail.h"
 #include "torv/platform/posix/bitmap_file.h"
 #include "torv/platform/posix/last_error.h"
 
@@ -10,8 +12,7 @@
 
 namespace {
 
-/// The bitmaps that live, by handle (never used twice), and the tables, latest first. Tables are static objects of any
-/// source file, so this is made when first asked for and never destroyed.
+/// The bitmaps that live, by handle (never used twice), and the tables, latest first.
 struct Bitmaps {
     std::mutex mutex;
     std::unordered_map<HGDIOBJ, torv::Pixels> loaded;
@@ -19,10 +20,7 @@ struct Bitmaps {
     torv::BitmapTable* firstTable = nullptr;
 };
 
-Bitmaps& TheBitmaps() {
-    static Bitmaps& bitmaps = *new Bitmaps;
-    return bitmaps;
-}
+Bitmaps& TheBitmaps() { return torv::Immortal<Bitmaps>(); }
 
 DWORD ReadResource(HINSTANCE instance, LPCSTR name, torv::Pixels& pixels) {
     const auto id = reinterpret_cast<ULONG_PTR>(name); // a number in place of a name; no bitmap has a name
@@ -43,16 +41,18 @@ DWORD Read(HINSTANCE instance, LPCSTR name, UINT type, int width, int height, UI
 } // namespace
 
 HANDLE LoadImageA(HINSTANCE instance, LPCSTR name, UINT type, int width, int height, UINT flags) {
-    torv::Pixels pixels;
-    if (const DWORD error = Read(instance, name, type, width, height, flags, pixels)) {
-        SetLastError(error);
-        return nullptr;
-    }
-    Bitmaps& bitmaps = TheBitmaps();
-    const std::lock_guard lock(bitmaps.mutex);
-    const auto handle = reinterpret_cast<HANDLE>(++bitmaps.lastHandle);
-    bitmaps.loaded.emplace(handle, std::move(pixels));
-    return handle;
+    return torv::OrFail(HANDLE(), [&] {
+        torv::Pixels pixels;
+        if (const DWORD error = Read(instance, name, type, width, height, flags, pixels)) {
+            SetLastError(error);
+            return HANDLE();
+        }
+        Bitmaps& bitmaps = TheBitmaps();
+        const std::lock_guard lock(bitmaps.mutex);
+        const auto handle = reinterpret_cast<HANDLE>(++bitmaps.lastHandle);
+        bitmaps.loaded.emplace(handle, std::move(pixels));
+        return handle;
+    });
 }
 
 HBITMAP LoadBitmapA(HINSTANCE instance, LPCSTR name) {

@@ -2,11 +2,11 @@
 
 #include "torv/platform/afx/file.h"
 #include "torv/platform/file_handle.h"
+#include "torv/platform/or_fail.h"
 #include "torv/platform/posix/last_error.h"
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 
 namespace torv {
 namespace {
@@ -57,11 +57,7 @@ DWORD ReadHeaders(std::span<const BYTE> head, Layout& layout, Pixels& pixels) {
 DWORD MakeRoom(const Layout& layout, ULONGLONG length, Pixels& pixels) {
     if (length < layout.offset || length - layout.offset < layout.bytes)
         return ERROR_INVALID_DATA;
-    try {
-        pixels.bits.resize(static_cast<std::size_t>(layout.bytes));
-    } catch (const std::bad_alloc&) {
-        return ERROR_NOT_ENOUGH_MEMORY;
-    }
+    pixels.bits.resize(static_cast<std::size_t>(layout.bytes));
     return NO_ERROR;
 }
 
@@ -120,7 +116,7 @@ DWORD ReadBitmapFile(const char* path, Pixels& pixels) {
     DWORD error = OpenFileHandle(path, CFile::modeRead | CFile::shareDenyWrite, file, fullPath);
     if (error)
         return error;
-    error = ReadOpenFile(file, pixels);
+    error = OrFail(ERROR_NOT_ENOUGH_MEMORY, [&] { return ReadOpenFile(file, pixels); });
     CloseFileHandle(file);
     return error;
 }

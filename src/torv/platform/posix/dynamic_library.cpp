@@ -1,6 +1,7 @@
 #include "torv/platform/posix/dynamic_library.h"
 
 #include "torv/platform/library_module.h"
+#include "torv/platform/or_fail.h"
 #include "torv/platform/posix/last_error.h"
 #include "torv/platform/posix/resolve_path.h"
 
@@ -10,6 +11,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <link.h>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <unistd.h>
@@ -73,6 +75,10 @@ std::vector<std::string> SearchFolders() {
     return folders;
 }
 
+struct CloseLibrary {
+    void operator()(void* library) const { dlclose(library); }
+};
+
 void* Open(const std::string& path) { return dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL); }
 
 void* OpenByName(const std::string& name) {
@@ -113,15 +119,16 @@ std::string PathOf(HMODULE module) {
 } // namespace
 
 HMODULE LoadLibraryA(LPCSTR name) {
-    void* library = name && *name ? OpenByName(name) : nullptr;
-    if (!library) {
-        SetLastError(ERROR_MOD_NOT_FOUND);
-        return nullptr;
-    }
-    const auto module = reinterpret_cast<HMODULE>(library);
-    const std::lock_guard lock(g_mutex);
-    ++g_loads[module];
-    return module;
+    return torv::OrFail(HMODULE(), [&] {
+        std::unique_ptr<void, CloseLibrary> library(name && *name ? OpenByName(name) : nullptr);
+        if (!library) {
+            SetLastError(ERROR_MOD_NOT_FOUND);
+            return HMODULE();
+        }
+        const std::lock_guard lock(g_mutex);
+        ++g_loads[reinterpret_cast<HMODULE>(library.get())];
+        return reinterpret_cast<HMODULE>(library.release());
+    });
 }
 
 FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
@@ -151,11 +158,10 @@ BOOL FreeLibrary(HMODULE module) {
 }
 
 DWORD GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size) {
-    const std::string text = PathOf(module);
-    if (text.empty()) {
-        SetLastError(ERROR_INVALID_HANDLE);
+    SetLastError(ERROR_INVALID_HANDLE);
+    const std::string text = torv::OrFail(std::string(), [&] { return PathOf(module); });
+    if (text.empty())
         return 0;
-    }
     if (!path || size <= text.size()) {
         if (path && size > 0) {
             std::memcpy(path, text.data(), size - 1);
@@ -171,15 +177,17 @@ DWORD GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size) {
 namespace torv {
 
 HMODULE LibraryModule() {
-    static void* const self = [] {
-        void* handle = OwnPath().empty() ? nullptr : dlopen(OwnPath().c_str(), RTLD_LAZY | RTLD_NOLOAD);
-        if (!handle)
-            handle = dlopen(nullptr, RTLD_LAZY); // the code is part of the program
-        if (handle)
-            dlclose(handle); // the handle stays good without being counted: this very code is loaded
-        return handle;
-    }();
-    return reinterpret_cast<HMODULE>(self);
+    return OrFail(HMODULE(), [] {
+        static void* const self = [] {
+            void* handle = OwnPath().empty() ? nullptr : dlopen(OwnPath().c_str(), RTLD_LAZY | RTLD_NOLOAD);
+            if (!handle)
+                handle = dlopen(nullptr, RTLD_LAZY); // the code is part of the program
+            if (handle)
+                dlclose(handle); // the handle stays good without being counted: this very code is loaded
+            return handle;
+        }();
+        return reinterpret_cast<HMODULE>(self);
+    });
 }
 
 } // namespace torv

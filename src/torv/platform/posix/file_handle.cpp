@@ -1,6 +1,7 @@
 #include "torv/platform/file_handle.h"
 
 #include "torv/platform/afx/file.h"
+#include "torv/platform/or_fail.h"
 #include "torv/platform/posix/resolve_path.h"
 
 #include <cerrno>
@@ -9,6 +10,7 @@
 #include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace torv {
 namespace {
@@ -52,17 +54,17 @@ DWORD TransferAll(FileHandle handle, Byte* bytes, UINT count, UINT& done, Transf
     return count == 0 && fcntl(Native(handle), F_GETFD) == -1 ? ErrorFromErrno(errno) : NO_ERROR;
 }
 
-} // namespace
-
-DWORD OpenFileHandle(const char* path, UINT flags, FileHandle& handle, std::string& fullPath) {
+DWORD Open(const char* path, UINT flags, FileHandle& handle, std::string& fullPath) {
     static constexpr int kAccess[] = {O_RDONLY, O_WRONLY, O_RDWR, O_RDONLY};
     int mode = kAccess[flags & 3] | O_CLOEXEC;
     if (flags & CFile::modeCreate)
         mode |= flags & CFile::modeNoTruncate ? O_CREAT : O_CREAT | O_TRUNC;
 
-    const std::string resolved = flags & CFile::modeCreate ? ResolveNewPath(path) : ResolvePath(path);
+    std::string resolved = flags & CFile::modeCreate ? ResolveNewPath(path) : ResolvePath(path);
     if (resolved.empty())
         return MissingError(path);
+    std::error_code ignored;
+    std::string absolute = std::filesystem::absolute(resolved, ignored).string();
     const int file = open(resolved.c_str(), mode, 0666);
     if (file == -1)
         return errno == ENOENT ? MissingError(path) : ErrorFromErrno(errno);
@@ -72,10 +74,43 @@ DWORD OpenFileHandle(const char* path, UINT flags, FileHandle& handle, std::stri
         return ERROR_ACCESS_DENIED;
     }
     handle = file;
-    std::error_code ignored;
-    const auto absolute = std::filesystem::absolute(resolved, ignored);
-    fullPath = absolute.empty() ? resolved : absolute.string();
+    fullPath = std::move(absolute.empty() ? resolved : absolute);
     return NO_ERROR;
+}
+
+DWORD Remove(const char* path) {
+    // Exact names only, but for the separators: removing asks for no other spelling than the caller's.
+    if (unlink(path) == 0 || (errno == ENOENT && unlink(WithSlashes(path).c_str()) == 0))
+        return NO_ERROR;
+    return errno == ENOENT ? MissingError(path) : ErrorFromErrno(errno);
+}
+
+DWORD Rename(const char* from, const char* to, bool replace) {
+    const std::string source = access(from, F_OK) == 0 ? from : WithSlashes(from);
+    std::string target = ResolveNewPath(to);
+    if (target.empty())
+        return ERROR_PATH_NOT_FOUND;
+    if (IsSameEntry(source, target)) {
+        // A file is not in its own way: it takes the new spelling.
+        target = NewNamePath(to);
+        replace = true;
+    }
+    int result = renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), replace ? 0 : RENAME_NOREPLACE);
+    if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
+        // A file system that cannot refuse by itself: look first, which another program could slip past.
+        if (!replace && access(target.c_str(), F_OK) == 0)
+            return ERROR_ALREADY_EXISTS;
+        result = rename(source.c_str(), target.c_str());
+    }
+    if (result == 0)
+        return NO_ERROR;
+    return errno == ENOENT ? MissingError(from) : ErrorFromErrno(errno);
+}
+
+} // namespace
+
+DWORD OpenFileHandle(const char* path, UINT flags, FileHandle& handle, std::string& fullPath) {
+    return OrFail(ERROR_NOT_ENOUGH_MEMORY, [&] { return Open(path, flags, handle, fullPath); });
 }
 
 DWORD CloseFileHandle(FileHandle handle) {
@@ -118,32 +153,11 @@ DWORD CutFileHandle(FileHandle handle) {
 }
 
 DWORD RemoveFile(const char* path) {
-    // Exact names only, but for the separators: removing asks for no other spelling than the caller's.
-    if (unlink(path) == 0 || (errno == ENOENT && unlink(WithSlashes(path).c_str()) == 0))
-        return NO_ERROR;
-    return errno == ENOENT ? MissingError(path) : ErrorFromErrno(errno);
+    return OrFail(ERROR_NOT_ENOUGH_MEMORY, [&] { return Remove(path); });
 }
 
 DWORD RenameFile(const char* from, const char* to, bool replace) {
-    const std::string source = access(from, F_OK) == 0 ? from : WithSlashes(from);
-    std::string target = ResolveNewPath(to);
-    if (target.empty())
-        return ERROR_PATH_NOT_FOUND;
-    if (IsSameEntry(source, target)) {
-        // A file is not in its own way: it takes the new spelling.
-        target = NewNamePath(to);
-        replace = true;
-    }
-    int result = renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), replace ? 0 : RENAME_NOREPLACE);
-    if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
-        // A file system that cannot refuse by itself: look first, which another program could slip past.
-        if (!replace && access(target.c_str(), F_OK) == 0)
-            return ERROR_ALREADY_EXISTS;
-        result = rename(source.c_str(), target.c_str());
-    }
-    if (result == 0)
-        return NO_ERROR;
-    return errno == ENOENT ? MissingError(from) : ErrorFromErrno(errno);
+    return OrFail(ERROR_NOT_ENOUGH_MEMORY, [&] { return Rename(from, to, replace); });
 }
 
 } // namespace torv

@@ -1,5 +1,6 @@
 #include "torv/platform/posix/find_file.h"
 
+#include "torv/platform/or_fail.h"
 #include "torv/platform/posix/last_error.h"
 #include "torv/platform/posix/resolve_path.h"
 
@@ -10,6 +11,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <sys/stat.h>
 #include <unordered_map>
 #include <vector>
@@ -134,18 +136,20 @@ ULONG_PTR g_lastHandle = 0;
 } // namespace
 
 HANDLE FindFirstFileA(LPCSTR pattern, LPWIN32_FIND_DATAA found) {
-    Search search;
-    DWORD error = pattern && found ? StartSearch(pattern, search) : ERROR_PATH_NOT_FOUND;
-    if (!error && !search.Next(*found))
-        error = ERROR_FILE_NOT_FOUND;
-    if (error) {
-        SetLastError(error);
-        return INVALID_HANDLE_VALUE;
-    }
-    const std::lock_guard lock(g_mutex);
-    const auto handle = reinterpret_cast<HANDLE>(++g_lastHandle);
-    g_searches.emplace(handle, std::move(search));
-    return handle;
+    return torv::OrFail(INVALID_HANDLE_VALUE, [&] {
+        Search search;
+        DWORD error = pattern && found ? StartSearch(pattern, search) : ERROR_PATH_NOT_FOUND;
+        if (!error && !search.Next(*found))
+            error = ERROR_FILE_NOT_FOUND;
+        if (error) {
+            SetLastError(error);
+            return INVALID_HANDLE_VALUE;
+        }
+        const std::lock_guard lock(g_mutex);
+        const auto handle = reinterpret_cast<HANDLE>(++g_lastHandle);
+        g_searches.emplace(handle, std::move(search));
+        return handle;
+    });
 }
 
 BOOL FindNextFileA(HANDLE search, LPWIN32_FIND_DATAA found) {
@@ -170,12 +174,13 @@ BOOL FindClose(HANDLE search) {
 }
 
 DWORD GetTempPathA(DWORD size, LPSTR path) {
-    const char* folder = std::getenv("TMPDIR");
-    std::string text = folder && *folder ? folder : "/tmp";
-    if (text.back() != '/')
-        text += '/';
-    if (!path || size <= text.size())
-        return static_cast<DWORD>(text.size() + 1);
-    std::memcpy(path, text.c_str(), text.size() + 1);
-    return static_cast<DWORD>(text.size());
+    const char* const named = std::getenv("TMPDIR");
+    const std::string_view folder = named && *named ? named : "/tmp";
+    const std::size_t length = folder.size() + (folder.back() != '/');
+    if (!path || size <= length)
+        return static_cast<DWORD>(length + 1);
+    folder.copy(path, folder.size());
+    path[length - 1] = '/';
+    path[length] = '\0';
+    return static_cast<DWORD>(length);
 }

@@ -1,8 +1,8 @@
 #include "torv/platform/posix/global_memory.h"
 
+#include "torv/platform/immortal.h"
 #include "torv/platform/posix/last_error.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -79,12 +79,7 @@ private:
     std::uintptr_t m_next = 0xFFFF;
 };
 
-/// Never destroyed: a static object of a host may free its memory after ours are gone.
-Table& TheTable() {
-    alignas(Table) static std::byte place[sizeof(Table)];
-    static Table& table = *new (place) Table;
-    return table;
-}
+Table& TheTable() { return torv::Immortal<Table>(); }
 
 } // namespace
 

@@ -1,5 +1,6 @@
 #include "torv/platform/midi_device.h"
 
+#include "torv/platform/immortal.h"
 #include "torv/platform/posix/midi_ports.h"
 
 #include <mutex>
@@ -21,10 +22,7 @@ struct Added {
     const std::shared_ptr<torv::MidiOutDevice> nullOutput = std::make_shared<NullOutput>();
 };
 
-Added& TheAdded() {
-    static Added& added = *new Added;
-    return added;
-}
+Added& TheAdded() { return torv::Immortal<Added>(); }
 
 } // namespace
 

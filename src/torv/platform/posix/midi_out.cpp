@@ -1,22 +1,21 @@
 #include "torv/platform/posix/midi_out.h"
 
+#include "torv/platform/immortal.h"
+#include "torv/platform/or_fail.h"
 #include "torv/platform/posix/midi_ports.h"
 #include "torv/platform/posix/open_midi_out.h"
 #include "torv/platform/posix/output_calls.h"
 
 #include <algorithm>
 #include <cstring>
-#include <system_error>
 #include <unordered_set>
 
 namespace {
 
 using Device = std::shared_ptr<torv::MidiOutDevice>;
 
-/// Never destroyed: a timer may still send while static objects are destroyed.
 torv::OpenOutputs<HMIDIOUT, torv::OpenMidiOut>& Outputs() {
-    static auto& outputs = *new torv::OpenOutputs<HMIDIOUT, torv::OpenMidiOut>;
-    return outputs;
+    return torv::Immortal<torv::OpenOutputs<HMIDIOUT, torv::OpenMidiOut>>();
 }
 
 /// The devices in use, from before they open until after they closed.
@@ -25,14 +24,13 @@ struct Used {
     std::unordered_set<const torv::MidiOutDevice*> devices;
 };
 
-Used& TheUsed() {
-    static Used& used = *new Used;
-    return used;
-}
+Used& TheUsed() { return torv::Immortal<Used>(); }
 
 std::shared_ptr<torv::OpenMidiOut> Find(HMIDIOUT handle) { return Outputs().Find(handle); }
 
-Device FindDevice(UINT_PTR number) { return torv::DeviceAt(torv::MidiOutDevices(), number); }
+Device FindDevice(UINT_PTR number) {
+    return torv::OrFail(Device(), [&] { return torv::DeviceAt(torv::MidiOutDevices(), number); });
+}
 
 bool TakeIntoUse(const torv::MidiOutDevice* device) {
     Used& used = TheUsed();
@@ -96,7 +94,9 @@ std::string ErrorText(MMRESULT error) {
 
 } // namespace
 
-UINT midiOutGetNumDevs() { return static_cast<UINT>(torv::MidiOutDevices().size()); }
+UINT midiOutGetNumDevs() {
+    return torv::OrFail(0u, [] { return static_cast<UINT>(torv::MidiOutDevices().size()); });
+}
 
 MMRESULT midiOutGetDevCapsA(UINT_PTR number, LPMIDIOUTCAPSA capabilities, UINT size) {
     if (!capabilities)
@@ -124,26 +124,26 @@ MMRESULT midiOutOpen(LPHMIDIOUT handle, UINT number, DWORD_PTR callback, DWORD_P
     const Device device = FindDevice(number);
     if (!device)
         return MMSYSERR_BADDEVICEID;
-    if (!TakeIntoUse(device.get()))
-        return MMSYSERR_ALLOCATED;
-    if (!device->Open()) {
-        GiveBack(device.get());
-        return MIDIERR_NODEVICE;
-    }
     const HMIDIOUT fresh = Outputs().NewHandle();
     const auto function = flags == CALLBACK_FUNCTION ? reinterpret_cast<LPMIDICALLBACK>(callback) : nullptr;
     std::shared_ptr<torv::OpenMidiOut> open;
-    try {
+    bool isTaken = false;
+    const MMRESULT result = torv::OrFail(MMSYSERR_NOMEM, [&] {
+        isTaken = TakeIntoUse(device.get());
+        if (!isTaken)
+            return MMSYSERR_ALLOCATED;
         open = std::make_shared<torv::OpenMidiOut>(fresh, device, function, instance);
-    } catch (const std::system_error&) {
-        device->Close();
+        Outputs().Add(fresh, open);
+        return open->Open();
+    });
+    if (result == MMSYSERR_NOERROR) {
+        *handle = fresh;
+        open->Tell(MOM_OPEN, 0);
+    } else if (isTaken) {
+        Outputs().Remove(fresh);
         GiveBack(device.get());
-        return MMSYSERR_NOMEM;
     }
-    Outputs().Add(fresh, open);
-    *handle = fresh;
-    open->Tell(MOM_OPEN, 0);
-    return MMSYSERR_NOERROR;
+    return result;
 }
 
 MMRESULT midiOutShortMsg(HMIDIOUT handle, DWORD message) {
@@ -189,5 +189,5 @@ MMRESULT midiOutClose(HMIDIOUT handle) {
 }
 
 MMRESULT midiOutGetErrorTextA(MMRESULT error, LPSTR text, UINT size) {
-    return torv::CopyErrorText(ErrorText(error), text, size);
+    return torv::OrFail(MMSYSERR_NOMEM, [&] { return torv::CopyErrorText(ErrorText(error), text, size); });
 }

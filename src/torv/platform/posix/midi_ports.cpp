@@ -1,5 +1,7 @@
 #include "torv/platform/posix/midi_ports.h"
 
+#include "torv/platform/immortal.h"
+
 #include <RtMidi.h>
 
 #include <fcntl.h>
@@ -19,9 +21,13 @@ void Silent(RtMidiError::Type, const std::string&, void*) {}
 
 /// The system's own interface. JACK is no choice: asking for it speaks on standard error, or starts a server.
 std::optional<RtMidi::Api> SystemApi() {
-    std::vector<RtMidi::Api> apis;
-    RtMidi::getCompiledApi(apis);
-    for (const RtMidi::Api api : apis) {
+    // Asked once: where this very call has no memory, the library ends the program.
+    static const auto compiled = [] {
+        std::vector<RtMidi::Api> apis;
+        RtMidi::getCompiledApi(apis);
+        return apis;
+    }();
+    for (const RtMidi::Api api : compiled) {
         if (api == RtMidi::LINUX_ALSA) {
             // Looked for here, because a client without a sequencer complains on standard error before it can be
             // silenced.
@@ -97,9 +103,12 @@ private:
 } // namespace
 
 std::vector<std::shared_ptr<torv::MidiOutDevice>> torv::SystemMidiPorts() {
-    static std::mutex& mutex = *new std::mutex;
-    static auto& client = *new std::unique_ptr<RtMidiOut>; // never destroyed: the last call may come late
-    static auto& ports = *new std::vector<std::shared_ptr<MidiOutDevice>>;
+    struct Known {
+        std::mutex mutex;
+        std::unique_ptr<RtMidiOut> client;
+        std::vector<std::shared_ptr<MidiOutDevice>> ports;
+    };
+    auto& [mutex, client, ports] = Immortal<Known>();
     const std::lock_guard lock(mutex);
     if (!client)
         client = NewClient();

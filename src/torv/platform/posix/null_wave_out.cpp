@@ -5,7 +5,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
-#include <system_error>
 #include <thread>
 
 namespace torv {
@@ -105,11 +104,7 @@ private:
 } // namespace
 
 std::unique_ptr<WaveOutStream> NullWaveOut::Open(const WAVEFORMATEX& format, WaveOutListener& listener) {
-    try {
-        return std::make_unique<NullStream>(format, listener);
-    } catch (const std::system_error&) {
-        return nullptr;
-    }
+    return std::make_unique<NullStream>(format, listener);
 }
 
 } // namespace torv

@@ -1,12 +1,24 @@
 #include "torv/platform/posix/open_midi_out.h"
 
+#include "torv/platform/or_fail.h"
+
 namespace torv {
 
 OpenMidiOut::OpenMidiOut(HMIDIOUT handle, std::shared_ptr<MidiOutDevice> device, LPMIDICALLBACK callback,
                          DWORD_PTR instance)
-    : m_handle(handle), m_device(std::move(device)), m_callback(callback), m_instance(instance) {
+    : m_handle(handle), m_device(std::move(device)), m_callback(callback), m_instance(instance) {}
+
+MMRESULT OpenMidiOut::Open() {
+    if (!m_device->Open())
+        return MIDIERR_NODEVICE;
     const std::lock_guard lock(m_mutex); // the thread asks for its own identity
-    m_thread = std::thread(&OpenMidiOut::SendQueue, this);
+    const MMRESULT result = OrFail(MMSYSERR_NOMEM, [&] {
+        m_thread = std::thread(&OpenMidiOut::SendQueue, this);
+        return MMSYSERR_NOERROR;
+    });
+    if (result != MMSYSERR_NOERROR)
+        m_device->Close();
+    return result;
 }
 
 void OpenMidiOut::Tell(UINT message, DWORD_PTR header) const {
@@ -20,7 +32,8 @@ MMRESULT OpenMidiOut::Short(const BYTE* bytes, DWORD count) {
         return MMSYSERR_INVALHANDLE;
     if (IsSending())
         return MIDIERR_NOTREADY;
-    return m_device->ShortMessage(bytes, count) ? MMSYSERR_NOERROR : MMSYSERR_ERROR;
+    const bool isSent = OrFail(false, [&] { return m_device->ShortMessage(bytes, count); });
+    return isSent ? MMSYSERR_NOERROR : MMSYSERR_ERROR;
 }
 
 MMRESULT OpenMidiOut::Prepare(MIDIHDR& header) {
@@ -70,7 +83,7 @@ MMRESULT OpenMidiOut::Reset() {
     for (BYTE channel = 0; channel < 16; ++channel) {
         for (const BYTE controller : {BYTE{64}, BYTE{123}}) { // pedal up, all notes off
             const BYTE bytes[] = {static_cast<BYTE>(0xB0 | channel), controller, 0};
-            m_device->ShortMessage(bytes, 3);
+            OrFail(false, [&] { return m_device->ShortMessage(bytes, 3); });
         }
     }
     return MMSYSERR_NOERROR;
@@ -111,7 +124,9 @@ void OpenMidiOut::SendQueue() {
         if (!m_resetting && header->dwBufferLength > 0) {
             m_sending = true;
             lock.unlock();
-            m_device->LongMessage(reinterpret_cast<const BYTE*>(header->lpData), header->dwBufferLength);
+            OrFail(false, [&] {
+                return m_device->LongMessage(reinterpret_cast<const BYTE*>(header->lpData), header->dwBufferLength);
+            });
             lock.lock();
             m_sending = false;
         }

@@ -13,8 +13,9 @@ namespace torv {
 /// the midiOut calls; after closing every one is MMSYSERR_INVALHANDLE.
 class OpenMidiOut {
 public:
-    /// The device must be open. Throws std::system_error when no thread can be had.
     OpenMidiOut(HMIDIOUT handle, std::shared_ptr<MidiOutDevice> device, LPMIDICALLBACK callback, DWORD_PTR instance);
+    /// Opens the device and begins the thread.
+    MMRESULT Open();
 
     const MidiOutDevice* Device() const { return m_device.get(); }
     void Tell(UINT message, DWORD_PTR header) const;

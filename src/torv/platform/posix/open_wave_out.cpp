@@ -1,5 +1,6 @@
 #include "torv/platform/posix/open_wave_out.h"
 
+#include "torv/platform/or_fail.h"
 #include "torv/platform/posix/message.h"
 #include "torv/platform/safe_point.h"
 #include "torv/platform/wave_header.h"
@@ -76,8 +77,25 @@ MMRESULT OpenWaveOut::Write(WAVEHDR& header) {
         m_last = &header;
         block.number = ++m_written;
     }
-    m_stream->Write(block);
-    return MMSYSERR_NOERROR;
+    const bool isWritten = OrFail(false, [&] {
+        m_stream->Write(block);
+        return true;
+    });
+    if (!isWritten)
+        Unqueue(header);
+    return isWritten ? MMSYSERR_NOERROR : MMSYSERR_NOMEM;
+}
+
+/// The last one, which the stream has not heard of.
+void OpenWaveOut::Unqueue(WAVEHDR& header) {
+    const std::lock_guard lock(m_mutex);
+    WAVEHDR* before = m_first == &header ? nullptr : m_first;
+    while (before && before->lpNext != &header)
+        before = before->lpNext;
+    (before ? before->lpNext : m_first) = nullptr;
+    m_last = before;
+    --m_written;
+    ChangeFlags(header, WHDR_INQUEUE, 0);
 }
 
 MMRESULT OpenWaveOut::Pause() {

@@ -21,7 +21,7 @@ public:
     };
 
     OpenWaveOut(HWAVEOUT handle, const Target& target) : m_handle(handle), m_target(target) {}
-    /// False when the device refuses. Throws std::system_error when no thread can be had.
+    /// False when the device refuses. Throws when memory or a thread cannot be had.
     bool Open(std::shared_ptr<WaveOutDevice> device, const WAVEFORMATEX& format);
     void Tell(UINT message, DWORD_PTR header) const;
 
@@ -39,6 +39,7 @@ private:
     bool CallsFunction() const { return m_target.type == CALLBACK_FUNCTION; }
     bool OnOwnThread() const { return m_thread.get_id() == std::this_thread::get_id(); }
     bool HasDone() const { return m_first && m_returned < m_done; }
+    void Unqueue(WAVEHDR& header);
     WAVEHDR& TakeFirst();
     void GiveBackDone();
     void CallFunction();

@@ -1,13 +1,14 @@
 #include "torv/platform/posix/registry.h"
 
+#include "torv/platform/afx/file.h"
 #include "torv/platform/library_module.h"
+#include "torv/platform/or_fail.h"
 #include "torv/platform/posix/resolve_path.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <mutex>
-#include <sstream>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -64,16 +65,25 @@ std::string WithoutEndSeparators(std::string path) {
 
 enum class Presence { None, Implied, Written };
 
+/// Empty when it cannot be read. No stream: where memory runs out, one would answer a part.
+std::string ContentOf(const std::string& file) {
+    CFile open;
+    if (!open.Open(file.c_str(), CFile::modeRead | CFile::shareDenyWrite))
+        return {};
+    std::string content(static_cast<std::size_t>(open.GetLength()), '\0');
+    content.resize(open.Read(content.data(), static_cast<UINT>(content.size())));
+    return content;
+}
+
 /// Adds the key's values that the file has. A key is implied by those below it.
 Presence ReadKey(const std::string& file, Key& key) {
     Presence presence = Presence::None;
     bool isInKey = false;
-    std::ifstream stream(file, std::ios::binary);
-    std::ostringstream content; // in one step: a folder of that name fails here without an exception
-    content << stream.rdbuf();
-    std::istringstream lines(content.str());
-    for (std::string raw; std::getline(lines, raw);) {
-        const std::string line = Trimmed(raw);
+    const std::string content = ContentOf(file);
+    for (std::size_t at = 0; at < content.size();) {
+        const std::size_t lineEnd = std::min(content.find('\n', at), content.size());
+        const std::string line = Trimmed(content.substr(at, lineEnd - at));
+        at = lineEnd + 1;
         if (line.empty() || line[0] == ';' || line[0] == '#')
             continue;
         const std::size_t equals = line.find('=');
@@ -134,12 +144,7 @@ LSTATUS Give(const std::string& text, LPDWORD type, LPBYTE data, LPDWORD size) {
     return ERROR_SUCCESS;
 }
 
-} // namespace
-
-LSTATUS RegOpenKeyExA(HKEY key, LPCSTR subKey, [[maybe_unused]] DWORD options, REGSAM access, HKEY* result) {
-    if (!result)
-        return ERROR_INVALID_PARAMETER;
-    *result = nullptr;
+LSTATUS Open(HKEY key, LPCSTR subKey, REGSAM access, HKEY& result) {
     Key opened;
     opened.path = PathOf(key);
     if (opened.path.empty())
@@ -152,9 +157,20 @@ LSTATUS RegOpenKeyExA(HKEY key, LPCSTR subKey, [[maybe_unused]] DWORD options, R
     if (!FindKey(opened) && !below.empty())
         return ERROR_FILE_NOT_FOUND;
     const std::lock_guard lock(g_mutex);
-    *result = reinterpret_cast<HKEY>(++g_lastHandle);
-    g_keys.emplace(*result, std::move(opened));
+    const auto handle = reinterpret_cast<HKEY>(++g_lastHandle);
+    g_keys.emplace(handle, std::move(opened));
+    result = handle;
     return ERROR_SUCCESS;
+}
+
+} // namespace
+
+LSTATUS RegOpenKeyExA(HKEY key, LPCSTR subKey, [[maybe_unused]] DWORD options, REGSAM access, HKEY* result) {
+    if (!result)
+        return ERROR_INVALID_PARAMETER;
+    *result = nullptr;
+    return torv::OrFail(static_cast<LSTATUS>(ERROR_NOT_ENOUGH_MEMORY),
+                        [&] { return Open(key, subKey, access, *result); });
 }
 
 LSTATUS RegQueryValueExA(HKEY key, LPCSTR name, LPDWORD reserved, LPDWORD type, LPBYTE data, LPDWORD size) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 /// Names written for a system that reads both separators and any case of letters, found on one that does not.
 namespace torv {
@@ -24,7 +25,7 @@ std::string WithSlashes(std::string path);
 std::string FolderOf(const std::string& path);
 
 /// Whether two names are the same but for the case of ASCII letters.
-bool SameName(const std::string& a, const std::string& b);
+bool SameName(std::string_view a, std::string_view b);
 char LowerLetter(char c);
 
 } // namespace torv

@@ -1,3 +1,4 @@
+#include "torv/platform/immortal.h"
 #include "torv/platform/posix/wave_blocks.h"
 #include "torv/platform/posix/wave_devices.h"
 
@@ -29,6 +30,17 @@ SDL_AudioFormat DeviceFormat(const WAVEFORMATEX& format) {
     }
 }
 
+class Lock {
+public:
+    explicit Lock(SDL_AudioDeviceID device) : m_device(device) { SDL_LockAudioDevice(m_device); }
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+    ~Lock() { SDL_UnlockAudioDevice(m_device); }
+
+private:
+    const SDL_AudioDeviceID m_device;
+};
+
 /// The library calls Fill on its thread with the device locked; that lock guards the blocks.
 class Stream : public WaveOutStream {
 public:
@@ -55,17 +67,17 @@ public:
     bool IsOpen() const { return m_device != 0; }
 
     void Write(const WaveBlock& block) override {
-        SDL_LockAudioDevice(m_device);
+        const Lock lock(m_device);
         m_blocks.Push(block);
-        SDL_UnlockAudioDevice(m_device);
     }
     void Pause() override { SDL_PauseAudioDevice(m_device, 1); }
     void Restart() override { SDL_PauseAudioDevice(m_device, 0); }
     void Reset() override {
-        SDL_LockAudioDevice(m_device);
-        m_blocks.Clear();
-        m_offset = 0;
-        SDL_UnlockAudioDevice(m_device);
+        {
+            const Lock lock(m_device);
+            m_blocks.Clear();
+            m_offset = 0;
+        }
         Restart();
     }
 
@@ -176,8 +188,11 @@ std::vector<std::string> DeviceNames() {
 } // namespace
 
 std::vector<std::shared_ptr<WaveOutDevice>> SoundLibraryDevices() {
-    static std::mutex& mutex = *new std::mutex; // never destroyed: the last call may come late
-    static auto& devices = *new std::vector<std::shared_ptr<WaveOutDevice>>;
+    struct Known {
+        std::mutex mutex;
+        std::vector<std::shared_ptr<WaveOutDevice>> devices;
+    };
+    auto& [mutex, devices] = Immortal<Known>();
     const std::lock_guard lock(mutex);
     ForgetErrorsWithThread(); // before a device can be opened it must be found
     static const bool hasSound = Begin();

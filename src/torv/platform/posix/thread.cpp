@@ -1,11 +1,12 @@
 #include "torv/platform/posix/thread.h"
 
+#include "torv/platform/immortal.h"
+#include "torv/platform/or_fail.h"
 #include "torv/platform/posix/last_error.h"
 #include "torv/platform/posix/thread_state.h"
 #include "torv/platform/safe_point.h"
 
 #include <shared_mutex>
-#include <system_error>
 #include <thread>
 #include <unordered_map>
 
@@ -19,11 +20,7 @@ struct Table {
     ULONG_PTR lastHandle = 0xFFFF; // handles are never used twice
 };
 
-/// Never destroyed: threads may end after static objects are gone.
-Table& TheTable() {
-    static Table& table = *new Table;
-    return table;
-}
+Table& TheTable() { return torv::Immortal<Table>(); }
 
 HANDLE NewHandle(std::shared_ptr<ThreadState> thread) {
     Table& table = TheTable();
@@ -65,17 +62,23 @@ HANDLE CreateThread(LPSECURITY_ATTRIBUTES, SIZE_T, LPTHREAD_START_ROUTINE start,
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
-    const auto state = ThreadState::New((flags & CREATE_SUSPENDED) != 0);
-    if (id)
-        *id = state->Id();
-    try {
-        std::thread(Run, state, start, parameter).detach();
-    } catch (const std::system_error&) {
+    std::shared_ptr<ThreadState> state;
+    HANDLE handle = nullptr;
+    const bool isBegun = torv::OrFail(false, [&] {
+        state = ThreadState::New((flags & CREATE_SUSPENDED) != 0);
+        handle = NewHandle(state);
+        if (id)
+            *id = state->Id();
+        std::thread(Run, state, start, parameter).detach(); // last: it cannot be called back
+        return true;
+    });
+    if (isBegun)
+        return handle;
+    if (state)
         state->Discard();
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        return nullptr;
-    }
-    return NewHandle(state);
+    if (handle)
+        CloseHandle(handle);
+    return nullptr;
 }
 
 DWORD GetCurrentThreadId() { return ThreadState::Current().Id(); }
@@ -88,8 +91,10 @@ BOOL DuplicateHandle(HANDLE, HANDLE source, HANDLE, LPHANDLE target, DWORD, BOOL
         SetLastError(thread ? ERROR_INVALID_PARAMETER : ERROR_INVALID_HANDLE);
         return FALSE;
     }
-    *target = NewHandle(thread);
-    return TRUE;
+    return torv::OrFail(FALSE, [&] {
+        *target = NewHandle(thread);
+        return TRUE;
+    });
 }
 
 BOOL CloseHandle(HANDLE handle) {

@@ -1,5 +1,7 @@
 #include "torv/platform/posix/thread_state.h"
 
+#include "torv/platform/immortal.h"
+#include "torv/platform/or_fail.h"
 #include "torv/platform/posix/last_error.h"
 #include "torv/platform/posix/thread.h"
 #include "torv/platform/posix/window_table.h"
@@ -24,18 +26,15 @@ struct ThreadState::Table {
     DWORD lastId = 0xFFF; // thread numbers are never used twice
 };
 
-/// Never destroyed: threads may end after static objects are gone.
-ThreadState::Table& ThreadState::TheTable() {
-    static Table& table = *new Table;
-    return table;
-}
+ThreadState::Table& ThreadState::TheTable() { return Immortal<Table>(); }
 
-/// What a thread has when its own is gone; all threads share it.
+/// What a thread has when its own is gone, or cannot be had; all threads share it.
 ThreadState& ThreadState::Over() {
-    static ThreadState& over = *new ThreadState(0);
-    const std::lock_guard lock(over.m_mutex);
-    over.m_over = true;
-    return over;
+    struct Shared {
+        Shared() { state.m_over = true; }
+        ThreadState state{0};
+    };
+    return Immortal<Shared>().state;
 }
 
 /// The first thread-local object of a thread, and so the last to be destroyed: when others see that the thread is
@@ -59,7 +58,9 @@ void ThreadState::Adopt(std::shared_ptr<ThreadState> state) {
 
 ThreadState& ThreadState::Current() {
     if (!t_current) {
-        auto state = New(false);
+        const auto state = OrFail(std::shared_ptr<ThreadState>(), [] { return New(false); });
+        if (!state)
+            return Over();
         Adopt(state);
         state->Begin();
     }
@@ -204,8 +205,15 @@ void ThreadState::SetExitCode(DWORD code) {
 
 void ThreadState::MakeQueue() {
     const std::lock_guard lock(m_mutex);
-    if (!m_queue && !m_over)
-        m_queue = std::make_unique<MessageQueue>();
+    HasQueue();
+}
+
+/// Makes the queue when it is missing; false when the thread is over or there is no memory for it.
+bool ThreadState::HasQueue() {
+    return m_queue || (!m_over && OrFail(false, [&] {
+               m_queue = std::make_unique<MessageQueue>();
+               return true;
+           }));
 }
 
 bool ThreadState::IsOver() {
@@ -242,17 +250,16 @@ SentMessage* ThreadState::TakeSent() {
 ThreadState::Next ThreadState::NextMessage(const MessageFilter& filter, bool remove, bool wait, MSG& message,
                                            SentMessage*& sent) {
     std::unique_lock lock(m_mutex);
-    if (!m_queue && !m_over)
-        m_queue = std::make_unique<MessageQueue>();
+    const bool hasQueue = HasQueue();
     for (;;) {
         if (m_suspended != 0)
             RestUntil(lock, [] { return true; });
         sent = TakeSent();
         if (sent)
             return Next::Sent;
-        if (m_queue && m_queue->Take(filter, remove, message))
+        if (hasQueue && m_queue->Take(filter, remove, message))
             return Next::Posted;
-        if (!wait || m_over)
+        if (!wait || !hasQueue)
             return Next::None;
         RestUntil(lock, [&, seen = m_posted] { return m_firstSent || m_posted != seen; });
     }
@@ -292,7 +299,7 @@ void ThreadState::End() {
 
 void SafePoint() { ThreadState::Current().SafePoint(); }
 
-AtRest::AtRest() { ThreadState::Current().EnterRest(); }
-AtRest::~AtRest() { ThreadState::Current().LeaveRest(); }
+AtRest::AtRest() : m_thread(ThreadState::Current()) { m_thread.EnterRest(); }
+AtRest::~AtRest() { m_thread.LeaveRest(); }
 
 } // namespace torv

@@ -30,7 +30,7 @@ public:
     static constexpr DWORD kFailed = 0xFFFFFFFF;
 
     /// Of the calling thread, whoever began it. When a thread's own is gone already (its thread-local objects are being
-    /// destroyed) it is one that has no queue and is over.
+    /// destroyed), or there is no memory for it, it is one that has no queue and is over.
     static ThreadState& Current();
     /// Null when there is no such thread.
     static std::shared_ptr<ThreadState> Find(DWORD id);
@@ -81,6 +81,7 @@ private:
         m_wake.wait(lock, [&] { return m_suspended == 0 && ready(); });
         --m_resting;
     }
+    bool HasQueue();
     SentMessage* TakeSent();
     static void AnswerAll(SentMessage* first);
     void ApplyPriority();

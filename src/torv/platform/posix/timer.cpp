@@ -1,10 +1,12 @@
 #include "torv/platform/posix/timer.h"
 
+#include "torv/platform/immortal.h"
+#include "torv/platform/or_fail.h"
+
 #include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
-#include <system_error>
 #include <thread>
 #include <unordered_map>
 
@@ -36,11 +38,7 @@ struct Table {
     UINT lastNumber = 0;
 };
 
-/// Never destroyed: a timer may run while static objects are destroyed.
-Table& TheTable() {
-    static Table& table = *new Table;
-    return table;
-}
+Table& TheTable() { return torv::Immortal<Table>(); }
 
 /// False when the timer was stopped before.
 bool WaitUntil(Timer& timer, Clock::time_point deadline) {
@@ -95,19 +93,21 @@ UINT timeSetEvent(UINT delay, UINT, LPTIMECALLBACK callback, DWORD_PTR user, UIN
     do
         ++table.lastNumber;
     while (table.lastNumber == 0 || table.timers.contains(table.lastNumber));
-    const auto timer = std::make_shared<Timer>();
-    timer->number = table.lastNumber;
-    timer->delay = std::chrono::milliseconds(delay);
-    timer->periodic = (flags & TIME_PERIODIC) != 0;
-    timer->callback = callback;
-    timer->user = user;
-    try {
-        timer->thread = std::thread(Run, timer, start);
-    } catch (const std::system_error&) {
-        return 0;
-    }
-    table.timers.emplace(timer->number, timer);
-    return timer->number;
+    const UINT number = table.lastNumber;
+    const bool isSet = torv::OrFail(false, [&] {
+        const auto timer = std::make_shared<Timer>();
+        timer->number = number;
+        timer->delay = std::chrono::milliseconds(delay);
+        timer->periodic = (flags & TIME_PERIODIC) != 0;
+        timer->callback = callback;
+        timer->user = user;
+        table.timers.emplace(number, timer);
+        timer->thread = std::thread(Run, timer, start); // last: it cannot be called back
+        return true;
+    });
+    if (!isSet)
+        table.timers.erase(number);
+    return isSet ? number : 0;
 }
 
 MMRESULT timeKillEvent(UINT number) {

@@ -1,5 +1,6 @@
 #include "torv/platform/posix/wave_devices.h"
 
+#include "torv/platform/immortal.h"
 #include "torv/platform/posix/null_wave_out.h"
 
 #include <mutex>
@@ -12,10 +13,7 @@ struct Added {
     const std::shared_ptr<torv::WaveOutDevice> nullOutput = std::make_shared<torv::NullWaveOut>();
 };
 
-Added& TheAdded() {
-    static Added& added = *new Added;
-    return added;
-}
+Added& TheAdded() { return torv::Immortal<Added>(); }
 
 } // namespace
 

@@ -1,5 +1,7 @@
 #include "torv/platform/posix/wave_out.h"
 
+#include "torv/platform/immortal.h"
+#include "torv/platform/or_fail.h"
 #include "torv/platform/posix/open_wave_out.h"
 #include "torv/platform/posix/output_calls.h"
 #include "torv/platform/posix/wave_devices.h"
@@ -8,17 +10,14 @@
 
 #include <algorithm>
 #include <cstring>
-#include <system_error>
 
 namespace {
 
 using torv::OpenWaveOut;
 using Device = std::shared_ptr<torv::WaveOutDevice>;
 
-/// Never destroyed: a thread may still play while static objects are destroyed.
 torv::OpenOutputs<HWAVEOUT, OpenWaveOut>& Outputs() {
-    static auto& outputs = *new torv::OpenOutputs<HWAVEOUT, OpenWaveOut>;
-    return outputs;
+    return torv::Immortal<torv::OpenOutputs<HWAVEOUT, OpenWaveOut>>();
 }
 
 std::shared_ptr<OpenWaveOut> Find(HWAVEOUT handle) {
@@ -26,7 +25,9 @@ std::shared_ptr<OpenWaveOut> Find(HWAVEOUT handle) {
     return Outputs().Find(handle);
 }
 
-Device FindDevice(UINT_PTR number) { return torv::DeviceAt(torv::WaveOutDevices(), number); }
+Device FindDevice(UINT_PTR number) {
+    return torv::OrFail(Device(), [&] { return torv::DeviceAt(torv::WaveOutDevices(), number); });
+}
 
 bool IsSound(const WAVEFORMATEX& format) {
     const DWORD bits = format.wBitsPerSample;
@@ -78,7 +79,9 @@ std::string ErrorText(MMRESULT error) {
 
 } // namespace
 
-UINT waveOutGetNumDevs() { return static_cast<UINT>(torv::WaveOutDevices().size()); }
+UINT waveOutGetNumDevs() {
+    return torv::OrFail(0u, [] { return static_cast<UINT>(torv::WaveOutDevices().size()); });
+}
 
 MMRESULT waveOutGetDevCapsA(UINT_PTR number, LPWAVEOUTCAPSA capabilities, UINT size) {
     if (!capabilities)
@@ -116,14 +119,16 @@ MMRESULT waveOutOpen(LPHWAVEOUT handle, UINT number, LPCWAVEFORMATEX format, DWO
     if (onlyAsks)
         return MMSYSERR_NOERROR;
     const HWAVEOUT fresh = Outputs().NewHandle();
-    const auto open = std::make_shared<OpenWaveOut>(fresh, OpenWaveOut::Target{type, callback, instance});
-    try {
-        if (!open->Open(device, copy))
-            return MMSYSERR_ALLOCATED;
-    } catch (const std::system_error&) {
-        return MMSYSERR_NOMEM;
+    std::shared_ptr<OpenWaveOut> open;
+    const MMRESULT result = torv::OrFail(MMSYSERR_NOMEM, [&] {
+        open = std::make_shared<OpenWaveOut>(fresh, OpenWaveOut::Target{type, callback, instance});
+        Outputs().Add(fresh, open);
+        return open->Open(device, copy) ? MMSYSERR_NOERROR : MMSYSERR_ALLOCATED;
+    });
+    if (result != MMSYSERR_NOERROR) {
+        Outputs().Remove(fresh);
+        return result;
     }
-    Outputs().Add(fresh, open);
     *handle = fresh;
     open->Tell(MM_WOM_OPEN, 0);
     return MMSYSERR_NOERROR;
@@ -158,5 +163,5 @@ MMRESULT waveOutClose(HWAVEOUT handle) {
 }
 
 MMRESULT waveOutGetErrorTextA(MMRESULT error, LPSTR text, UINT size) {
-    return torv::CopyErrorText(ErrorText(error), text, size);
+    return torv::OrFail(MMSYSERR_NOMEM, [&] { return torv::CopyErrorText(ErrorText(error), text, size); });
 }

@@ -1,5 +1,7 @@
 #include "torv/platform/posix/window_table.h"
 
+#include "torv/platform/immortal.h"
+#include "torv/platform/or_fail.h"
 #include "torv/platform/posix/last_error.h"
 
 #include <shared_mutex>
@@ -15,20 +17,18 @@ struct Table {
     ULONG_PTR lastHandle = 0xFFFF; // window handles are never used twice
 };
 
-/// Never destroyed: threads may end, and with them their windows, after static objects are gone.
-Table& TheTable() {
-    static Table& table = *new Table;
-    return table;
-}
+Table& TheTable() { return Immortal<Table>(); }
 
 } // namespace
 
 HWND AddWindow(ThreadState& owner) {
     Table& table = TheTable();
     const std::unique_lock lock(table.mutex);
-    const auto handle = reinterpret_cast<HWND>(++table.lastHandle);
-    table.windows.emplace(handle, Window{.owner = owner.shared_from_this()});
-    return handle;
+    return OrFail(HWND(), [&] {
+        const auto handle = reinterpret_cast<HWND>(++table.lastHandle);
+        table.windows.emplace(handle, Window{.owner = owner.shared_from_this()});
+        return handle;
+    });
 }
 
 std::optional<Window> FindWindow(HWND window) {

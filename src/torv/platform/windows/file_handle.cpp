@@ -1,6 +1,7 @@
 #include "torv/platform/file_handle.h"
 
 #include "torv/platform/afx/file.h"
+#include "torv/platform/or_fail.h"
 
 namespace torv {
 namespace {
@@ -20,14 +21,19 @@ DWORD OpenFileHandle(const char* path, UINT flags, FileHandle& handle, std::stri
     const DWORD disposition = !(flags & CFile::modeCreate)    ? OPEN_EXISTING
                               : flags & CFile::modeNoTruncate ? OPEN_ALWAYS
                                                               : CREATE_ALWAYS;
+    char full[4096];
+    const DWORD length = GetFullPathNameA(path, sizeof(full), full, nullptr);
+    const bool isNamed = OrFail(false, [&] {
+        fullPath = length > 0 && length < sizeof(full) ? full : path;
+        return true;
+    });
+    if (!isNamed)
+        return ERROR_NOT_ENOUGH_MEMORY;
     const HANDLE file = CreateFileA(path, kAccess[flags & 3], kShare[share <= 4 ? share : 0], nullptr, disposition,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return GetLastError();
     handle = reinterpret_cast<FileHandle>(file);
-    char full[4096];
-    const DWORD length = GetFullPathNameA(path, sizeof(full), full, nullptr);
-    fullPath = length > 0 && length < sizeof(full) ? full : path;
     return NO_ERROR;
 }
 
