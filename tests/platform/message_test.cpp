@@ -1,4 +1,5 @@
 #include "torv/platform/platform.h"
+#include "torv/platform/string_table.h"
 
 #include <doctest/doctest.h>
 

@@ -1,4 +1,5 @@
 #include "platform/temp_folder.h"
+#include "torv/platform/new_file.h"
 
 #include <doctest/doctest.h>
 

@@ -73,7 +73,7 @@ TEST_CASE("replaced file: the old content stands until the new is whole") {
     }
     SUBCASE("gone meanwhile") {
         ReplacedFile file(path.c_str());
-        torv::RemoveFile(file.Path());
+        std::filesystem::remove(file.Path());
         CHECK_FALSE(file.Commit());
         CHECK(file.Error());
         CHECK(folder.Content("a") == "old");

@@ -1,5 +1,6 @@
 #include "allocation_counter.h"
 #include "platform/begun_thread.h"
+#include "torv/platform/wave_header.h"
 #include "wave_recorder.h"
 
 #include <doctest/doctest.h>

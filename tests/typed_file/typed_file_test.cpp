@@ -35,9 +35,9 @@ struct TemporaryPath {
         char folder[MAX_PATH] = "";
         GetTempPathA(MAX_PATH, folder);
         path = torv::JoinPath(folder, "torv_typed_file_test.def");
-        torv::RemoveFile(path);
+        std::filesystem::remove(path.GetStdString());
     }
-    ~TemporaryPath() { torv::RemoveFile(path); }
+    ~TemporaryPath() { std::filesystem::remove(path.GetStdString()); }
     TemporaryPath(const TemporaryPath&) = delete;
     TemporaryPath& operator=(const TemporaryPath&) = delete;
 
@@ -202,7 +202,7 @@ TEST_CASE("typed file: on disk") {
     CHECK(file.GetSectionCount() == 0);
     CHECK(file.GetPathName() == missing);
     CHECK(file.SaveAs(missing) == 0);
-    torv::RemoveFile(temporary.path);
+    std::filesystem::remove(temporary.path.GetStdString());
     REQUIRE(std::filesystem::create_directory(temporary.path.GetStdString()));
     CHECK(file.SaveAs(temporary.path) == 0); // a folder cannot be replaced
     std::filesystem::remove(temporary.path.GetStdString());

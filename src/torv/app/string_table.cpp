@@ -1,4 +1,4 @@
-#include "torv/platform/platform.h"
+#include "torv/platform/string_table.h"
 
 // On Windows the same texts are in the module's resources.
 #if !defined(_WIN32)

@@ -21,19 +21,18 @@ enum DatabaseMessage : UINT {
 
 /// Fills "%1" ("%2" and "%3") of the message, beeps, shows it, and returns the answer. Asking adds the question whether
 /// to go on, with Yes (IDYES: go on) and No; otherwise there is an OK to press.
-TORV_API int ReportError(UINT message, const char* first, bool ask = false);
-TORV_API int ReportError(UINT message, const char* first, const char* second, bool ask = false);
-TORV_API int ReportError(UINT message, const char* first, const char* second, const char* third);
+int ReportError(UINT message, const char* first, bool ask = false);
+int ReportError(UINT message, const char* first, const char* second, bool ask = false);
+int ReportError(UINT message, const char* first, const char* second, const char* third);
 /// Fills "%s" with the first argument. "%1" and "%2" stay as they are: the one message that is shown so has always been
 /// seen with them.
-TORV_API int ReportErrorFormat(UINT message, const char* first, const char* second, const char* third,
-                               bool ask = false);
+int ReportErrorFormat(UINT message, const char* first, const char* second, const char* third, bool ask = false);
 
 /// An entry of a sectioned file, on three lines, as an argument of a message.
-TORV_API CString DescribeEntry(const char* section, const char* entry, const char* value);
+CString DescribeEntry(const char* section, const char* entry, const char* value);
 
 /// Whether the path names a file (a folder); when it does not and `report` is set, the user is told.
-TORV_API bool CheckFile(const char* path, bool report);
-TORV_API bool CheckFolder(const char* path, bool report);
+bool CheckFile(const char* path, bool report);
+bool CheckFolder(const char* path, bool report);
 
 } // namespace torv

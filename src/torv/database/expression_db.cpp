@@ -7,6 +7,7 @@
 #include "torv/icons/icon_expression.h"
 #include "torv/icons/icon_factory.h"
 #include "torv/icons/storable.h"
+#include "torv/platform/file_handle.h"
 #include "torv/typed_file/typed_file.h"
 
 #include <algorithm>

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "torv/platform/export.h"
 #include "torv/platform/system.h"
 
 #include <string>

@@ -2,7 +2,6 @@
 
 #include "torv/platform/afx/exception.h"
 #include "torv/platform/afx/string.h"
-#include "torv/platform/export.h"
 
 /// What ReplacedFile, which knows the system only, is to the library's own files: names and errors as CFile has them.
 namespace torv {
@@ -11,9 +10,9 @@ class ReplacedFile;
 
 /// The path that CFile creates a file of this name at: separators and letters' case are the system's. Empty when there
 /// is no such folder. Throws std::bad_alloc.
-TORV_API CString NewFilePath(const char* path);
+CString NewFilePath(const char* path);
 
 /// Why a file of this name could not be begun, written or put in its place.
-TORV_API CFileException NewFileError(const ReplacedFile& file, const char* path);
+CFileException NewFileError(const ReplacedFile& file, const char* path);
 
 } // namespace torv

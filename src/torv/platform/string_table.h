@@ -1,6 +1,5 @@
 #pragma once
 
-#include "torv/platform/export.h"
 #include "torv/platform/system.h"
 
 #include <optional>
@@ -16,7 +15,7 @@ struct StringEntry {
 
 /// String resources compiled in: as long as the object lives, its texts are found by FindStringResource. Meant as an
 /// object with static storage beside its array of entries, which must outlive it.
-class TORV_API StringTable {
+class StringTable {
 public:
     explicit StringTable(std::span<const StringEntry> entries);
     ~StringTable();
@@ -24,7 +23,7 @@ public:
     StringTable& operator=(const StringTable&) = delete;
 
 private:
-    friend TORV_API std::optional<std::string> FindStringResource(UINT id);
+    friend std::optional<std::string> FindStringResource(UINT id);
 
     std::span<const StringEntry> m_entries;
     StringTable* m_next = nullptr;
@@ -32,6 +31,6 @@ private:
 
 /// The text of a string resource: on Windows from the resources of this library's module first, then on both systems
 /// from the tables that live, the latest first. Nothing when no one has it.
-TORV_API std::optional<std::string> FindStringResource(UINT id);
+std::optional<std::string> FindStringResource(UINT id);
 
 } // namespace torv

@@ -1,5 +1,7 @@
 #include "torv/typed_file/typed_file.h"
 
+#include "torv/platform/new_file.h"
+
 #include <array>
 #include <memory>
 #include <new>
