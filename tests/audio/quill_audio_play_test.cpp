@@ -1,5 +1,6 @@
 #include "audio/quill_audio_fixture.h"
 #include "platform/begun_thread.h"
+#include "torv/platform/wave_header.h"
 #include "wave_recorder.h"
 
 #include <functional>

@@ -26,6 +26,7 @@ void CheckAnswersFailure(const char* name, const std::function<bool()>& call) {
 }
 
 UINT Nothing(LPVOID) { return 0; }
+void CALLBACK Tick(UINT, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR) {}
 #if !defined(_WIN32)
 void CALLBACK WaveDone(HWAVEOUT, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR) {}
 #endif
@@ -84,8 +85,7 @@ TEST_CASE("memory that cannot be had is answered: threads, and what they are tol
         return worker && worker->Wait() && isDone;
     });
     CheckAnswersFailure("timer", [] {
-        const UINT timer = timeSetEvent(
-            1000, 0, [](UINT, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR) {}, 0, TIME_PERIODIC);
+        const UINT timer = timeSetEvent(1000, 0, &Tick, 0, TIME_PERIODIC);
         return timer && timeKillEvent(timer) == TIMERR_NOERROR;
     });
     FailEachAllocation([](AllocationFailure& failure) {

@@ -6,8 +6,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <thread>
-#include <vector>
 
 TEST_CASE("memory: a fixed block's handle is its address, a moveable block's is not") {
     const HGLOBAL fixed = GlobalAlloc(GMEM_FIXED, 100);
@@ -80,23 +78,3 @@ TEST_CASE("memory: what cannot be had is told, and leaves no trace") {
 }
 
 #endif
-
-TEST_CASE("memory: handles of one thread are good in every other") {
-    std::vector<HGLOBAL> blocks(64);
-    std::vector<std::thread> threads;
-    threads.reserve(4);
-    for (int t = 0; t < 4; ++t)
-        threads.emplace_back([&blocks, t] {
-            for (int n = t; n < 64; n += 4) {
-                blocks[static_cast<std::size_t>(n)] = GlobalAlloc(n % 2 ? GHND : GPTR, 32);
-                std::memset(GlobalLock(blocks[static_cast<std::size_t>(n)]), n, 32);
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
-    for (int n = 0; n < 64; ++n) {
-        const HGLOBAL block = blocks[static_cast<std::size_t>(n)];
-        CHECK(static_cast<char*>(GlobalLock(block))[31] == n);
-        CHECK(GlobalFree(block) == nullptr);
-    }
-}

@@ -96,10 +96,8 @@ TEST_CASE("code page 932: lead bytes, steps and searches") {
     for (int byte = 0; byte < 256; ++byte)
         leads += torv::IsLeadByte932(static_cast<unsigned char>(byte));
     CHECK(leads == 31 + 29); // 81..9F and E0..FC
-    CHECK_FALSE(torv::IsLeadByte932(0x80));
-    CHECK_FALSE(torv::IsLeadByte932(0xA0));
-    CHECK_FALSE(torv::IsLeadByte932(0xDF));
-    CHECK_FALSE(torv::IsLeadByte932(0xFD));
+    for (const unsigned char none : {0x80, 0xA0, 0xDF, 0xFD})
+        CHECK_FALSE(torv::IsLeadByte932(none));
 
     const char* text = "\x82\xA0"
                        "a\xB1\x83"; // a double-byte letter, a, a half-width kana, a lead byte that ends it

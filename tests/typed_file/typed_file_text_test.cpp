@@ -79,10 +79,10 @@ TEST_CASE("typed file: fixed point") {
 }
 
 TEST_CASE("typed file: copying bytes of any count") {
-    for (DWORD count = 0; count <= 11; ++count) {
-        char copy[] = "-----------";
-        CxTypedFile::BuffCopy(copy, "abcdefghijk", count);
-        CHECK(std::string(copy) == std::string("abcdefghijk").substr(0, count) + std::string(11 - count, '-'));
+    for (DWORD count = 0; count <= 9; ++count) {
+        char copy[] = "---------";
+        CxTypedFile::BuffCopy(copy, "abcdefghi", count);
+        CHECK(std::string(copy) == std::string("abcdefghi").substr(0, count) + std::string(9 - count, '-'));
     }
     CxTypedFile::BuffCopy(nullptr, nullptr, 4);
 }

@@ -1,5 +1,7 @@
 #include "torv/database/error_report.h"
 
+#include <new>
+
 namespace torv {
 namespace {
 
@@ -22,6 +24,8 @@ const char* OrNoInformation(const char* text) { return text && *text ? text : kN
 DWORD AttributesOf(const char* path, bool& exists) {
     WIN32_FIND_DATAA found{};
     const HANDLE search = FindFirstFileA(path ? path : "", &found);
+    if (search == INVALID_HANDLE_VALUE && GetLastError() == ERROR_NOT_ENOUGH_MEMORY)
+        throw std::bad_alloc(); // that is no file which is not there
     exists = search != INVALID_HANDLE_VALUE;
     if (exists)
         FindClose(search);

@@ -6,7 +6,7 @@ namespace torv {
 
 /// How many errors of one file or list are shown one by one: what is damaged must not keep the user pressing OK for
 /// ever.
-class TORV_API ReportLimit {
+class ReportLimit {
 public:
     static constexpr int kMost = 10;
 

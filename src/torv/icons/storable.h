@@ -8,6 +8,6 @@ namespace torv {
 /// the ranges that reading brings them into, and points at places that are read as they were written, at most a few
 /// ten-thousandths before where they were. Throws std::bad_alloc. Without it a curve would creep from one session to
 /// the next.
-TORV_API void MakeStorable(CIconObject& icon);
+void MakeStorable(CIconObject& icon);
 
 } // namespace torv

@@ -22,6 +22,8 @@ int CPanelWrap::LoadPanelWrap(int) {
         // The new one before the old one goes: the same library loaded again stays in memory, with all it knows.
         if (const HMODULE loaded = LoadLibraryA(m_strLibrary))
             module.reset(loaded, FreeLibrary);
+        else if (GetLastError() == ERROR_NOT_ENOUGH_MEMORY)
+            return 0; // as it was
     } catch (const std::bad_alloc&) {
         return 0;
     }
