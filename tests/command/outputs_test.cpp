@@ -5,6 +5,7 @@
 #include <doctest/doctest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <thread>
 
 #ifndef _WIN32
@@ -34,7 +35,7 @@ bool Comes(Condition condition) {
     for (int i = 0; i < 1000; ++i) {
         if (condition())
             return true;
-        usleep(10000);
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     return false;
 }
@@ -167,9 +168,10 @@ TEST_CASE("outputs: a full disk is called that, on standard output too") {
     const Folder folder;
     const std::string song = folder.File("song.mid", Song(4, 60));
     folder.File("out.wav", {'o', 'l', 'd'});
-    for (const char* options : {"", "--pan 0 --volume 0.5 ", "--rate 96000 --report command_test_files/r.json "}) {
-        const Run run =
-            folder.Shell("ulimit -f 100; ./torv sing --quiet " + (options + song) + " -o " + kIn + "out.wav");
+    for (const std::string command :
+         {"sing", "sing --pan 0 --volume 0.5", "sing --rate 96000 --report command_test_files/r.json", "encode"}) {
+        CAPTURE(command);
+        const Run run = folder.Shell("ulimit -f 1; ./torv " + command + " --quiet " + song + " -o " + kIn + "out.wav");
         CHECK(run.status == 1);
         CHECK(run.said == "torv: command_test_files/out.wav: the disk is full; make room and try again\n");
         CHECK(folder.Content("out.wav") == "old");
@@ -185,19 +187,22 @@ TEST_CASE("outputs: a full disk is called that, on standard output too") {
 TEST_CASE("outputs: a pipe is written into and stays one") {
     const Folder folder;
     const std::string song = folder.File("song.mid", Song(1, 60));
-    REQUIRE(folder.Torv("sing " + song + " -o " + kIn + "file.wav").status == 0);
     const std::string pipe = kIn + "pipe";
     REQUIRE(mkfifo(pipe.c_str(), 0600) == 0);
-    std::thread reader([&] { CHECK(std::system(("cat " + pipe + " > " + kIn + "read.wav").c_str()) == 0); });
-    CHECK(folder.Torv("sing " + song + " -o " + pipe).status == 0);
-    reader.join();
-    CHECK(fs::is_fifo(pipe));
-    CHECK(folder.Content("read.wav") == folder.Content("file.wav"));
-    // What it tells does not get in between.
-    CHECK(folder.Torv("sing " + song + " -o /dev/stdout | cat > " + kIn + "read.wav").said.find("1 notes") !=
-          std::string::npos);
-    CHECK(folder.Content("read.wav") == folder.Content("file.wav"));
-    CHECK(folder.Count() == 4);
+    for (const std::string verb : {"sing ", "encode "}) {
+        REQUIRE(folder.Torv(verb + song + " -o " + kIn + "file").status == 0);
+        const std::string whole = folder.Content("file");
+        std::thread reader([&] { CHECK(std::system(("cat " + pipe + " > " + kIn + "read").c_str()) == 0); });
+        CHECK(folder.Torv(verb + song + " -o " + pipe).status == 0);
+        reader.join();
+        CHECK(fs::is_fifo(pipe));
+        CHECK(folder.Content("read") == whole);
+        // What it tells does not get in between.
+        const Run run = folder.Torv(verb + song + " -o /dev/stdout | cat > " + kIn + "read");
+        CHECK(run.said.find("1 notes") != std::string::npos);
+        CHECK(folder.Content("read") == whole);
+        CHECK(folder.Count() == 4);
+    }
 }
 
 #endif

@@ -53,7 +53,9 @@ struct Folder {
         const int waited = std::system(("(" + line + ")" + to).c_str());
         const int status = WEXITSTATUS(waited);
 #endif
-        const Run run{status, Content(saidName)};
+        std::ifstream said(path / saidName); // as text: line ends are the system's
+        const Run run{status, {std::istreambuf_iterator<char>(said), std::istreambuf_iterator<char>()}};
+        said.close();
         fs::remove(path / saidName);
         return run;
     }
