@@ -1,4 +1,5 @@
 // Any bytes as a MIDI file: the command's reader with its lyrics, and the library's track and sequence.
+#include "tools/torv/errors.h"
 #include "tools/torv/voice_line.h"
 #include "torv/files/midi_sequence.h"
 
