@@ -42,12 +42,13 @@ protected:
     /// Copies tick and value of every point, in list order. An empty list attaches nothing and succeeds; 0 when memory
     /// is short.
     int AttachBreakPointList(const CBreakPointList* list);
-    /// The same with a curve that `draw` puts into an array.
+    /// The same with a curve that `draw` puts into an array and whose size it answers, 0 when memory is short.
     template <class Draw>
     int AttachCurve(Draw draw) {
         return Attach([&] {
             CBreakPointArray array;
-            draw(array);
+            if (!draw(array))
+                return 0;
             m_points.reserve(static_cast<size_t>(array.GetSize()));
             for (int i = 0; i < array.GetSize(); ++i)
                 AttachPoint(array[i]);

@@ -18,7 +18,8 @@ int CxQMOutDynamics::AttachObject(CIconDynamics* icon, DWORD tick, int currentDy
     if (!icon)
         return 0;
     m_nNumberMsb = torv::kNprnDynamics;
-    return AttachCurve([=](CBreakPointArray& curve) { icon->NormalizeBreakPointArray(tick, curve, currentDynamics); });
+    return AttachCurve(
+        [=](CBreakPointArray& curve) { return icon->NormalizeBreakPointArray(tick, curve, currentDynamics); });
 }
 
 int CxQMOutDynamics::IsTargetBP(tagBreakPoint point) const { return point.value >= 0 ? 1 : 0; }
@@ -28,12 +29,12 @@ int CxQMOutVibrato::AttachObject(CIconVibrato* icon, DWORD tick, int mode) {
         return 0;
     if (mode == 0) {
         m_nNumberMsb = torv::kNprnVibratoDepth;
-        return AttachCurve([=](CBreakPointArray& curve) { icon->NormalizeDepthBreakPointArray(tick, curve); });
+        return AttachCurve([=](CBreakPointArray& curve) { return icon->NormalizeDepthBreakPointArray(tick, curve); });
     }
     if (mode != 1)
         return 0;
     m_nNumberMsb = torv::kNprnVibratoRate;
-    return AttachCurve([=](CBreakPointArray& curve) { icon->NormalizeRateBreakPointArray(tick, curve); });
+    return AttachCurve([=](CBreakPointArray& curve) { return icon->NormalizeRateBreakPointArray(tick, curve); });
 }
 
 int CxQMOutTremoloDepth::AttachObject(const CBreakPointList* list) {
