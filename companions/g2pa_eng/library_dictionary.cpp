@@ -1,5 +1,6 @@
 #include "dictionary.h"
 
+#include <memory>
 #include <mutex>
 #include <string>
 
@@ -17,10 +18,10 @@ public:
         const std::string word(letters);
         Phones phones;
         const std::lock_guard lock(m_mutex);
-        cst_val* const names = lex_lookup(m_lexicon, word.c_str(), nullptr, nullptr);
-        for (const cst_val* each = names; each; each = val_cdr(each))
+        const std::unique_ptr<cst_val, decltype(&delete_val)> names(
+            lex_lookup(m_lexicon, word.c_str(), nullptr, nullptr), delete_val);
+        for (const cst_val* each = names.get(); each; each = val_cdr(each))
             AppendPhones(phones, val_string(val_car(each)));
-        delete_val(names);
         return phones;
     }
 

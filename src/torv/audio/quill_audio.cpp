@@ -1,7 +1,7 @@
 #include "torv/audio/quill_audio.h"
 
-#include "torv/platform/or_zero.h"
 #include "torv/audio/sample.h"
+#include "torv/platform/or_zero.h"
 #include "torv/platform/path.h"
 
 #include <algorithm>

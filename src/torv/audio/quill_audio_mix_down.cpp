@@ -1,9 +1,9 @@
 #include "torv/audio/quill_audio.h"
 
 #include "torv/audio/gain.h"
-#include "torv/platform/or_zero.h"
 #include "torv/audio/sample.h"
 #include "torv/audio/wave_out.h"
+#include "torv/platform/or_zero.h"
 
 #include <algorithm>
 #include <memory>

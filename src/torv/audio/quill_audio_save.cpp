@@ -1,8 +1,8 @@
 #include "torv/audio/quill_audio.h"
 
-#include "torv/platform/or_zero.h"
 #include "torv/audio/sample.h"
 #include "torv/platform/new_file.h"
+#include "torv/platform/or_zero.h"
 #include "torv/platform/replaced_file.h"
 
 #include <algorithm>

@@ -1,9 +1,9 @@
 // Rendering the mix into a wave file.
 #include "torv/audio/mix_pass.h"
-#include "torv/platform/or_zero.h"
 #include "torv/audio/sample.h"
 #include "torv/audio/wave_out.h"
 #include "torv/platform/new_file.h"
+#include "torv/platform/or_zero.h"
 #include "torv/platform/replaced_file.h"
 
 #include <algorithm>

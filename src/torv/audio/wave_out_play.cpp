@@ -1,8 +1,8 @@
 // Playing: begin, steer and end the thread that plays.
-#include "torv/platform/or_zero.h"
 #include "torv/audio/output_device.h"
 #include "torv/audio/sample.h"
 #include "torv/audio/wave_out_player.h"
+#include "torv/platform/or_zero.h"
 
 #include <utility>
 

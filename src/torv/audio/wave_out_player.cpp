@@ -73,7 +73,7 @@ void CWaveOut::Player::waveOutThread() {
     MSG message;
     while (GetMessageA(&message, nullptr, 0, 0) > 0 && Handle(message)) {
     }
-    LeaveFiles();
+    m_seeks.Close([this] { SeekAsPosted(); });
     CloseDevice();
     if (m_error != MMSYSERR_NOERROR) {
         m_isShowingError = true; // nobody waits for the user; the output may be gone from here on
@@ -152,7 +152,10 @@ void CWaveOut::Player::PostStart() {
 /// A host that rewinds when it hears of the end seeks the files itself.
 void CWaveOut::Player::Finish() {
     PostStart();
-    LeaveFiles();
+    m_seeks.Close([this] {
+        SeekAsPosted();
+        Position(); // where that left the master track
+    });
     if (const WORD code = m_output.m_wEndCode)
         m_output.PostMessageToScoreWnd(m_output.m_nMessage, code, static_cast<LONG>(m_pass.position));
 }
@@ -162,14 +165,11 @@ void CWaveOut::Player::SeekFiles(const MSG& message) {
     m_output.SeekTracks(static_cast<LONG>(message.lParam), static_cast<int>(message.wParam));
 }
 
-/// After the seeks that are still on their way; m_pass knows where that left the master track.
-void CWaveOut::Player::LeaveFiles() {
-    m_seeks.Close([this] {
-        MSG message;
-        while (PeekMessageA(&message, nullptr, kSeekMessage, kSeekMessage, PM_REMOVE))
-            SeekFiles(message);
-        Position();
-    });
+/// What is still on its way. Asks no file that nobody seeks: after a stop they may be gone.
+void CWaveOut::Player::SeekAsPosted() {
+    MSG message;
+    while (PeekMessageA(&message, nullptr, kSeekMessage, kSeekMessage, PM_REMOVE))
+        SeekFiles(message);
 }
 
 /// Of the master track: where it is, or was when it was still registered.

@@ -49,7 +49,7 @@ private:
     void PostStart();
     void Finish();
     void SeekFiles(const MSG& message);
-    void LeaveFiles();
+    void SeekAsPosted();
     DWORD Position();
     void CloseDevice();
 

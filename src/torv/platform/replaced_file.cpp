@@ -12,8 +12,9 @@ namespace torv {
 namespace {
 
 /// The names under way. A name belongs to whom it is taken out by: a signal handler that took one may still be reading
-/// it, so its object leaves the memory alone.
+/// it, so its object leaves the memory alone, and it stays where it can be found.
 std::array<std::atomic<char*>, 256> g_underWay{};
+std::array<std::atomic<char*>, 256> g_removed{};
 std::atomic<unsigned> g_count{0};
 
 int Register(char* name) {
@@ -129,9 +130,11 @@ void ReplacedFile::Forget() noexcept {
 bool ReplacedFile::IsDiskFull() const noexcept { return replaced_file::IsDiskFull(m_error); }
 
 void ReplacedFile::RemoveAllUnfinished() noexcept {
-    for (std::atomic<char*>& slot : g_underWay)
-        if (const char* const name = slot.exchange(nullptr))
+    for (std::size_t slot = 0; slot < g_underWay.size(); ++slot)
+        if (char* const name = g_underWay[slot].exchange(nullptr)) {
+            g_removed[slot] = name;
             replaced_file::Remove(name);
+        }
 }
 
 } // namespace torv
