@@ -95,6 +95,7 @@ void RefuseOverwriting(const std::vector<std::string>& inputs,
         std::optional<FileIdentity> identity;
     };
     std::vector<Named> named;
+    named.reserve(inputs.size() + outputs.size());
     for (const std::string& input : inputs)
         named.push_back({"the input " + input, IdentityOf(input)});
     for (const auto& [option, path] : outputs) {

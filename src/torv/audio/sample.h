@@ -82,9 +82,12 @@ constexpr double FullScale(int bits) {
     }
 }
 
-/// A stored value of 8 to 32 bits as a whole number: 8 bits are unsigned around 128, others signed.
+/// A stored value of 8 to 32 bits as a whole number: 8 bits are unsigned around 128, others signed. No bits are 0.
 inline LONG WholeValue(DWORD value, int bits) {
-    return bits == 8 ? static_cast<LONG>(value) - 128 : static_cast<LONG>(value << (32 - bits)) >> (32 - bits);
+    if (bits == 8)
+        return static_cast<LONG>(value) - 128;
+    const int unused = 32 - bits;
+    return unused >= 0 && unused < 32 ? static_cast<LONG>(value << unused) >> unused : 0;
 }
 
 /// The reverse; of a number that the bits cannot hold the low ones are kept.

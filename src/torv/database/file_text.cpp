@@ -47,7 +47,7 @@ void WriteText(CxTypedFile& file, const char* section, const char* key, const CS
 }
 
 CString ReadText(const CxTypedFile& file, const char* section, const char* key) {
-    const CString storable = file.ReadAt(section, key, nullptr);
+    CString storable = file.ReadAt(section, key, nullptr);
     const CString digits = file.ReadAt(section, CString(key) + kExact, nullptr);
     std::string bytes;
     for (int i = 0; i + 1 < digits.GetLength(); i += 2) {

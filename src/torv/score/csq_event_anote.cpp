@@ -13,7 +13,8 @@ int CCsqEventAnote::Insert(DWORD length, int noteNumber, int dynamics, int after
 }
 
 int CCsqEventAnote::Remove(int deleteObjects) {
-    const tagCsqEventAnote note = Current() ? *Current() : tagCsqEventAnote{};
+    const tagCsqEventAnote* const current = Current();
+    const tagCsqEventAnote note = current ? *current : tagCsqEventAnote{};
     if (!RemoveCurrent())
         return 0;
     if (deleteObjects) {

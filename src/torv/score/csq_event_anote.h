@@ -24,7 +24,7 @@ public:
     /// 16 bits.
     UINT GetNoteAttribute() const { return Get(&Note::noteAttribute) & 0xFFFF; }
     int SetNoteAttribute(UINT attribute) { return Set(&Note::noteAttribute, DWORD{attribute & 0xFFFF}); }
-    int GetChannel() const { return Current() ? Current()->header.status & 0x0F : 0; }
+    int GetChannel() const { return Get(&tagCsqEventAnote::header).status & 0x0F; }
     int GetVibratoOffset() const { return Get(&Note::vibratoOffset); }
     int SetVibratoOffset(int ticks) { return Set(&Note::vibratoOffset, LONG{ticks}); }
 

@@ -15,20 +15,21 @@ int CCsqEventMidi::GetMidiMessage(tagMidiChannelMessage* message) const {
 }
 
 int CCsqEventMidi::SetMidiMessage(const tagMidiChannelMessage* message) {
-    if (!message || !IsValidEvent(torv::kEventMidi, message->status))
+    tagCsqEventMidi* const event = Current();
+    if (!message || !event || !IsValidEvent(torv::kEventMidi, message->status))
         return 0;
-    tagCsqEventMidi& event = *Current();
-    event.header.status = message->status;
-    event.data1 = message->data1;
-    event.data2 = message->data2;
+    event->header.status = message->status;
+    event->data1 = message->data1;
+    event->data2 = message->data2;
     return 1;
 }
 
 int CCsqEventMidi::Insert(int after) {
     CStreamBuffer* const stream = Stream();
-    if (!stream || !Current())
+    const tagCsqEventMidi* const event = Current();
+    if (!stream || !event)
         return 0;
-    tagEventEntry entry{0, Current()->header.parameterSize};
+    tagEventEntry entry{0, event->header.parameterSize};
     if (!stream->InsertEntry(&entry, after))
         return 0;
     m_pTrack->SetModify(1);

@@ -58,13 +58,15 @@ protected:
     const Event* Current() const { return const_cast<KindCursor*>(this)->Current(); }
     template <class Field>
     Field Get(Field Event::*field) const {
-        return Current() ? Current()->*field : Field{};
+        const Event* const event = Current();
+        return event ? event->*field : Field{};
     }
     template <class Field>
     int Set(Field Event::*field, Field value) {
-        if (!Current())
+        Event* const event = Current();
+        if (!event)
             return 0;
-        Current()->*field = value;
+        event->*field = value;
         return 1;
     }
 

@@ -30,7 +30,7 @@ public:
     int GetSize() const { return m_count; }
     BOOL IsEmpty() const { return m_count == 0; }
 
-    // The analyser does not follow the head through Unlink's conditional and takes it for a node that is gone.
+    // The analyser does not follow head and tail through Unlink's conditional and takes them for nodes that are gone.
     POSITION GetHeadPosition() const { return PositionOf(m_head); } // NOLINT(clang-analyzer-cplusplus.NewDelete)
     POSITION GetTailPosition() const { return PositionOf(m_tail); }
     TYPE& GetHead() { return DataOf(m_head); }
@@ -78,7 +78,7 @@ public:
     }
     /// The removed element; an empty one from an empty list.
     TYPE RemoveHead() { return Take(m_head); }
-    TYPE RemoveTail() { return Take(m_tail); }
+    TYPE RemoveTail() { return Take(m_tail); } // NOLINT(clang-analyzer-cplusplus.NewDelete)
     void RemoveAll() {
         for (Node* node = m_head; node;)
             delete std::exchange(node, node->next);
