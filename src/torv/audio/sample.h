@@ -101,6 +101,8 @@ inline long long HeldValue(long long whole, int bits) {
 
 /// -1.0..+1.0 of a whole value of 1 to 4 bytes; one that does not fill its bytes is at their upper end.
 inline double SampleAt(const BYTE* bytes, DWORD width) {
+    if (width == 0 || width > sizeof(DWORD))
+        return 0.0;
     const int bits = static_cast<int>(8 * width);
     return static_cast<double>(WholeValue(LoadValue(bytes, width), bits)) / static_cast<double>(1LL << (bits - 1));
 }
