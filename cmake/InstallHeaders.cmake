@@ -1,5 +1,6 @@
 # Run when the library is installed: torv.h and every header that it reaches, as a host needs them; the others are the
 # library's own affair. SOURCE is the include folder, SKIP a pattern of what the other system has, DESTINATION where to.
+cmake_policy(VERSION 3.25) # an install script begins with none
 set(found)
 set(next torv/torv.h)
 while(next)
