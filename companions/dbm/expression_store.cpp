@@ -64,6 +64,7 @@ void ExpressionStore::Read() {
 
 template <typename Edit>
 void ExpressionStore::Change(Edit edit) {
+    const torv::SaveTurn turn = m_file.TakeTurn();
     Read();
     std::vector<Database> changed = m_databases;
     edit(changed);

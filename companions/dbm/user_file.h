@@ -3,6 +3,8 @@
 
 #include "json_text.h"
 
+#include "torv/platform/save_turn.h"
+
 #include <initializer_list>
 #include <optional>
 #include <string>
@@ -13,6 +15,8 @@ class UserFile {
 public:
     explicit UserFile(std::string path) : m_path(std::move(path)) {}
 
+    /// To be held from LoadChanged to Save, so that nothing that another process saves between the two is lost.
+    torv::SaveTurn TakeTurn() const { return torv::SaveTurn(m_path.c_str()); }
     /// What is in the file when that is not what was loaded or saved last: an object whose named members are lists
     /// where they are there. Nothing when it is, or without a file: what was loaded holds then. A file that is nothing
     /// of the kind is put aside under another name: what the user made may still be in it.

@@ -45,6 +45,7 @@ void VoiceStore::Read() {
 
 template <typename Edit>
 void VoiceStore::Change(Edit edit) {
+    const torv::SaveTurn turn = m_file.TakeTurn();
     Read();
     Voices changed = m_voices;
     edit(changed);

@@ -1,6 +1,11 @@
 #include "allocation_failure.h"
 #include "database/database_fixture.h"
 
+#if !defined(_WIN32)
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
 namespace {
 
 struct Users {
@@ -258,6 +263,22 @@ TEST_CASE("user icons: two hosts with one file") {
         CHECK(hosts.Saved() == "1=11 2=21 3=12 ");
         CHECK(hosts.boxes.Take() == Texts{hosts.Taken("1")});
     }
+#if !defined(_WIN32)
+    SUBCASE("two processes save at once, again and again") {
+        Hosts hosts({});
+        const pid_t child = fork();
+        CUserDB& host = child == 0 ? hosts.other : hosts.database;
+        for (int level = 1; level <= 20; ++level) {
+            Hosts::Register(host, child == 0 ? level : level + 50);
+            host.SaveDatabase();
+        }
+        if (child == 0)
+            _exit(0);
+        CHECK(waitpid(child, nullptr, 0) == child);
+        CHECK(hosts.database.LoadDatabase(hosts.path.c_str()) == 1);
+        CHECK(hosts.database.GetModels(torv::kStatusDynamics, torv::kDynaff).size() == 40);
+    }
+#endif
     SUBCASE("the file is away at opening, and back at saving") {
         Hosts hosts({10, 20, 30});
         std::filesystem::rename(hosts.path, hosts.path + ".away");

@@ -6,6 +6,8 @@
 #include "torv/icons/icon_factory.h"
 #include "torv/icons/storable.h"
 #include "torv/platform/afx/mem_file.h"
+#include "torv/platform/new_file.h"
+#include "torv/platform/save_turn.h"
 #include "torv/typed_file/typed_file.h"
 
 #include <algorithm>
@@ -202,8 +204,11 @@ void CUserDB::KeepUnread(CxEntryMap& section, const char* articulation) {
 
 int CUserDB::SaveDatabase() {
     return torv::OrZero([this] {
+        if (m_strPath.IsEmpty())
+            return 0;
+        const torv::SaveTurn turn(torv::NewFilePath(m_strPath)); // what another host saves meanwhile would be lost
         std::string content;
-        if (m_strPath.IsEmpty() || !ReadContent(m_strPath, content) || (content != m_loaded && !Merge(content)))
+        if (!ReadContent(m_strPath, content) || (content != m_loaded && !Merge(content)))
             return 0;
         CxTypedFile file;
         Describe(file);

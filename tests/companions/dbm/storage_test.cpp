@@ -1,5 +1,10 @@
 #include "user_data.h"
 
+#if !defined(_WIN32)
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
 using namespace dbm_test;
 
 TEST_CASE("user files that cannot be read are put aside, one by one") {
@@ -105,6 +110,24 @@ TEST_CASE("what another process wrote meanwhile is kept") {
     CHECK(user.Content("voices.json.broken") == "{");
     CHECK(user.Content("expressions.json.broken") == "{");
 }
+
+#if !defined(_WIN32)
+TEST_CASE("two processes that write at once lose nothing of each other's") {
+    const UserData user;
+    user.Write("voices.json", "{}"); // turns are taken in a folder that is there
+    const pid_t child = fork();
+    for (int number = 0; number < 12; ++number) {
+        int32_t program = 0;
+        const std::string name = (child == 0 ? "Theirs " : "Ours ") + std::to_string(number);
+        CHECK(user.library.CreateVirtualVoice(DBM_JAPANESE, 0, name.c_str(), &program) == DBM_OK);
+    }
+    if (child == 0)
+        _exit(0);
+    CHECK(waitpid(child, nullptr, 0) == child);
+    user.Restart();
+    CHECK(user.Singers().size() == 7 + 24);
+}
+#endif
 
 TEST_CASE("a write that fails changes nothing") {
     const UserData user;
