@@ -6,117 +6,94 @@
 
 namespace {
 
-struct OpenHost : FakeHost {
-    OpenHost() {
-        AddExpression(torv::kStatusAttack, 0, "plain", 2);
-        AddExpression(torv::kStatusAttack, 1, "soft", 4);
-        fake->expressions[1].items[1] = {4, 0, "softer", IconFile("softer"), "Softer still", "S", "D"};
-        fake->expressions[1].itemCount = 2;
-        AddExpression(torv::kStatusVibrato, 0, "wave", 1);
-        REQUIRE(manager.OpenDatabase() == 1);
-    }
-    Boxes boxes;
-    CQuillDBManager manager;
-};
-
 int CALLBACK CollectStatus(int status, const char* name, LPARAM data) {
-    reinterpret_cast<Texts*>(data)->push_back(std::to_string(status) + name);
+    reinterpret_cast<Texts*>(data)->push_back(Values(status, name));
     return 1;
 }
 int CALLBACK CollectArticulation(int status, int articulation, const char* name, LPARAM data) {
-    reinterpret_cast<Texts*>(data)->push_back(std::to_string(status) + "." + std::to_string(articulation) + name);
+    reinterpret_cast<Texts*>(data)->push_back(Values(status, articulation, name));
     return 1;
 }
 int CALLBACK CollectTwoVariations(int status, int articulation, int variation, const char* name, LPARAM data) {
     auto& texts = *reinterpret_cast<Texts*>(data);
-    texts.push_back(std::to_string(status) + "." + std::to_string(articulation) + "." + std::to_string(variation) +
-                    name);
+    texts.push_back(Values(status, articulation, variation, name));
     return texts.size() < 2 ? 7 : 0;
 }
 
 } // namespace
 
 TEST_CASE("catalogue: statuses, articulations and variations are told through callbacks") {
-    const OpenHost host;
+    OpenHost host;
     const CQuillDBManager& manager = host.manager;
     Texts seen;
     const auto data = reinterpret_cast<LPARAM>(&seen);
     CHECK(manager.EnumIconStatus(CollectStatus, data) == 1);
-    CHECK(seen == Texts{"1Attack", "2Release", "3Transit", "4Vibrato", "5Dynamics", "7Singer"});
-    seen.clear();
-    for (int status = 0; status <= 8; ++status)
-        manager.EnumIconArticulation(status, CollectArticulation, data);
+    CHECK(std::exchange(seen, {}) ==
+          Texts{"1 Attack", "2 Release", "3 Transit", "4 Vibrato", "5 Dynamics", "7 Singer"});
+    for (int status = 0; status <= 8; ++status) {
+        const bool isThere = status > 0 && status < 8 && status != 6;
+        CHECK(manager.EnumIconArticulation(status, CollectArticulation, data) == isThere);
+        CHECK(manager.EnumIconArticulation(status, nullptr, 0) == isThere);
+    }
     // The names of 2 and 3 go by the articulation's number, not by the status's name.
-    CHECK(seen == Texts{"1.1NoteAttack", "2.2NoteTransition", "3.3NoteRelease", "4.4Vibrato", "5.1Dynaff",
-                        "5.2Crescendo", "5.3Decrescendo", "7.1DEFAULT_ARTICURATION"});
-    CHECK(manager.EnumIconArticulation(3, nullptr, 0) == 1);
-    CHECK(manager.EnumIconArticulation(6, CollectArticulation, data) == 0);
-    seen.clear();
+    CHECK(std::exchange(seen, {}) == Texts{"1 1 NoteAttack", "2 2 NoteTransition", "3 3 NoteRelease", "4 4 Vibrato",
+                                           "5 1 Dynaff", "5 2 Crescendo", "5 3 Decrescendo",
+                                           "7 1 DEFAULT_ARTICURATION"});
     CHECK(manager.EnumIconVariation(5, 1, CollectTwoVariations, data) == 0); // ended by the callback
-    CHECK(seen == Texts{"5.1.1ppp", "5.1.2pp"});
-    seen.clear();
     CHECK(manager.EnumIconVariation(1, 2, CollectTwoVariations, data) == 0);
-    CHECK(seen.empty());
+    CHECK(Values(manager.EnumIconVariation(5, 1, nullptr, 0), manager.EnumIconVariation(1, 2, nullptr, 0)) == "1 0");
+    CHECK(seen == Texts{"5 1 1 ppp", "5 1 2 pp"});
+    std::unique_ptr<CIconObject> unnamed = Level(torv::kDecrescendo, 0, "", 0);
+    host.manager.RegisterIconObject(unnamed.release());
 
     CCrossReferenceMap map;
-    CHECK(manager.GetStatusReferenceMap(map));
     DWORD number = 0;
-    CHECK((map.Lookup("Singer", number) && number == 7));
+    const auto found = [&](const char* name) { return Values{map.GetCount(), map.Lookup(name, number), number}; };
+    CHECK(manager.GetStatusReferenceMap(map));
+    CHECK(found("Singer") == "6 1 7");
     CHECK(manager.GetArticulationReferenceMap(5, map));
-    CHECK((map.GetCount() == 3 && map.Lookup("Decrescendo", number) && number == 3));
+    CHECK(found("Decrescendo") == "3 1 3");
     CHECK(manager.GetVariationReferenceMap(7, 1, map));
-    CHECK((map.GetCount() == 2 && map.Lookup("Second", number) && number == 0x102));
+    CHECK(found("Second") == "2 1 258");
+    CHECK(manager.GetVariationReferenceMap(5, torv::kDecrescendo, map));
+    CHECK(found("DEFAULT_VARIATION") == Values(5, 1, 0x8001));
     CHECK(!manager.GetVariationReferenceMap(7, 2, map));
     CHECK(map.IsEmpty());
 }
 
-TEST_CASE("catalogue: expressions keep their library's numbers where they can") {
+TEST_CASE("catalogue: models, copies of them, and expressions that keep their library's numbers where they can") {
     const OpenHost host;
     const CQuillDBManager& manager = host.manager;
-    CHECK(host.fake->mostListsOut == 1); // one list of items at a time
-    CHECK(host.fake->listsOut == 1);
-    auto* const soft = dynamic_cast<CIconNoteAttack*>(manager.GetModelIconObject(0x01010004));
-    REQUIRE(soft);
-    CHECK(soft->GetIDString() == "soft");
-    CHECK((soft->GetLength() == 360 && soft->GetDuration() == 20 && soft->GetDepth() == 30));
-    CHECK(soft->GetExpressionID() == 0x0101);
-    CHECK(soft->GetExpressionEntry()->itemValue == 4);
-    CHECK(soft->GetOriginalSingerName() == "Singer");
-    CHECK(soft->GetCaption() == "soft");                         // the file's, as the library says none
-    auto* const softer = manager.GetModelIconObject(0x01010005); // its number was taken
-    REQUIRE(softer);
-    CHECK(softer->GetCaption() == "Softer still");
-    CHECK(manager.GetModelIconObject(0x04040001) != nullptr);
-    CHECK(manager.VerifyIconID(0x01010002) == 1);
-    CHECK(manager.VerifyIconID(0x01010001) == 0);
-    CHECK(manager.VerifyIconID(0x01018002) == 0);
-}
+    CHECK(Values(host.fake->mostListsOut, host.fake->listsOut) == "1 1"); // one list of items at a time
+    const std::string soft = "01010004 soft 'soft' 360 from 4 shape 20 30 of 257 4 Singer";
+    CHECK(host.AboutModel(0x01010004) == soft); // the file's caption, as the library says none
+    CHECK(host.AboutModel(0x01010005) == "01010005 softer 'Softer still' 360 from 5 shape 20 30 of 257 4 S");
+    CHECK(Values(manager.VerifyIconID(0x04040001), manager.VerifyIconID(0x01010003),
+                 manager.VerifyIconID(0x01018001)) == "1 0 0");
 
-TEST_CASE("catalogue: icons are made by id, by numbers and from a model") {
-    const OpenHost host;
-    const CQuillDBManager& manager = host.manager;
-    const std::unique_ptr<CIconObject> byID(manager.CreateIconObject(0x01010004));
-    const std::unique_ptr<CIconObject> byNumbers(manager.CreateIconObject(5, 2, 1));
-    const std::unique_ptr<CIconObject> copy(CQuillDBManager::CreateIconObject(byNumbers.get()));
-    const std::unique_ptr<CIconObject> singer(manager.CreateIconObject(CQuillDBManager::MakeSingerIconID(1, 2)));
-    REQUIRE((byID && byNumbers && copy && singer));
-    CHECK(byID.get() != manager.GetModelIconObject(0x01010004));
-    CHECK((copy->GetIconID() == 0x05020001 && copy->GetLength() == byNumbers->GetLength()));
-    CHECK(dynamic_cast<CIconDynamics*>(copy.get()) != nullptr);
-    auto* const voice = dynamic_cast<CIconSinger*>(singer.get());
-    REQUIRE(voice);
-    CHECK((voice->GetLanguageCode() == 1 && voice->GetProgramCode() == 2 && voice->GetSingerName() == "Second"));
+    const std::unique_ptr<CIconObject> made(manager.CreateIconObject(1, 1, 4));
+    const std::unique_ptr<CIconObject> copy(CQuillDBManager::CreateIconObject(made.get()));
+    CHECK(About(copy.get()) == soft);
+    CHECK(copy.get() != made.get());
+    CHECK(made.get() != manager.GetModelIconObject(0x01010004));
     CHECK(manager.CreateIconObject(0x06010001) == nullptr);
     CHECK(CQuillDBManager::CreateIconObject(nullptr) == nullptr);
-
     CIconNoteAttack blank(torv::kStatusAttack, 1, 4);
     CHECK(manager.LoadIconParameter(&blank) == 1);
-    CHECK((blank.GetIDString() == "soft" && blank.GetDuration() == 20));
+    CHECK(About(&blank) == soft);
     CIconNoteAttack unknown(torv::kStatusAttack, 1, 99);
     CHECK(manager.LoadIconParameter(&unknown) == 0);
-    CHECK(manager.ReloadSingerIcon(voice, 0, 0) == 1);
-    CHECK((voice->GetIconID() == 0x07010000 && voice->GetIDString() == "First"));
-    CHECK(manager.ReloadSingerIcon(voice, 0, 256) == 0);
+    CHECK(manager.LoadIconParameter(nullptr) == 0);
+
+    CIconSinger voice;
+    const auto reload = [&](int language, int program) {
+        return Values{manager.ReloadSingerIcon(&voice, language, program), int{voice.GetLanguageCode()},
+                      int{voice.GetProgramCode()}, voice.GetSingerName(), voice.GetOriginalVariation()};
+    };
+    CHECK(reload(1, 2) == "1 1 2 Second 258");
+    CHECK(reload(0, 0) == "1 0 0 First 0");
+    CHECK(reload(0, 256) == "0 0 0 First 0");
+    CHECK(reload(-1, 258) == "0 0 0 First 0");
     CHECK(manager.ReloadSingerIcon(nullptr, 0, 0) == 0);
 }
 
@@ -124,61 +101,60 @@ TEST_CASE("catalogue: ids that stand in for missing ones") {
     const OpenHost host;
     const CQuillDBManager& manager = host.manager;
     CHECK(manager.ConvertToDefaultIconID(0x05020063) == 0x05020001);
-    CHECK(manager.ConvertToDefaultIconID(4, 4, 9) == 0x04040001);
-    CHECK(manager.ConvertToDefaultIconID(1, 1, 9) == 0);               // there is no variation 1
+    CHECK(manager.ConvertToDefaultIconID(1, 1, 9) == 0x01010001);
+    CHECK(manager.ConvertToDefaultIconID(2, 2, 9) == 0);               // there is no variation 1
     CHECK(manager.ConvertToDefaultIconID(7, 5, 0x0177) == 0x07010102); // the language stays
     CHECK(manager.ConvertToDefaultIconID(7, 1, 0x0977) == 0x07010000);
     CHECK(manager.ConvertToDefaultIconID(6, 3, 9) == 0x06010001); // not looked up
     CHECK(manager.MakeDefaultIconID(7, 1) == 0x07010000);
-    CHECK(manager.GetDefaultSingerVariation(1) == 0x0102);
-    CHECK(CQuillDBManager::MakeIconID(5, 2, 0x8003) == 0x05028003);
-    CHECK(CQuillDBManager::VariationFromID(0x05028003) == 0x8003);
+    CHECK(Values(manager.GetDefaultSingerVariation(1), manager.GetDefaultSingerVariation(-1)) == "258 0");
+    CHECK(CQuillDBManager::VariationFromID(CQuillDBManager::MakeIconID(5, 2, 0x8003)) == 0x8003);
+    CHECK(CQuillDBManager::MakeSingerIconID(1, 2) == 0x07010102);
 }
 
-TEST_CASE("catalogue: overviews and buttons") {
+TEST_CASE("catalogue: overviews, buttons, and the encoder's index of an icon, which goes by its ID string") {
     OpenHost host;
     CQuillDBManager& manager = host.manager;
-    tagQuillIconOverview overview{};
-    CHECK(manager.LookupIconOverview(1, 1, 4, &overview) == 1);
-    CHECK((overview.iconId == 0x01010004 && overview.length == 360 && !overview.isUserIcon));
-    CHECK(std::string(overview.idString) == "soft");
-    CHECK(std::string(overview.singerName) == "Singer");
-    CHECK(overview.button == manager.GetButtonBitmap(1, 1, 4));
-    CHECK(manager.LookupIconOverview(0x01010003, &overview) == 0);
-    CHECK(overview.iconId == 0x01010004);
-
-    SIZE size{};
-    CHECK(manager.GetButtonBitmapSize(size) == 1);
-    CHECK((size.cx == 16 && size.cy == 15));
-    CHECK(manager.GetButtonBitmap(0x01010003) == nullptr);
-    CHECK(manager.GetButtonBitmap(0x07010000) != nullptr); // a singer has the library's
     auto user = Level(torv::kDynaff, 0, "mine", 50);
     user->SetOriginalVariation(3);
-    const DWORD id = manager.RegisterIconObject(user.release());
-    CHECK(manager.GetButtonBitmap(id) == manager.GetButtonBitmap(0x05010003));
-    manager.CloseDatabase();
-    CHECK(manager.GetButtonBitmapSize(size) == 0);
-}
+    const DWORD mine = manager.RegisterIconObject(user.release());
+    tagQuillIconOverview overview{};
+    const auto look = [&](DWORD id) {
+        return Values{manager.LookupIconOverview(id, &overview),
+                      overview.iconId,
+                      overview.originalVariation,
+                      overview.length,
+                      overview.isUserIcon,
+                      overview.idString,
+                      overview.caption,
+                      overview.singerName};
+    };
+    CHECK(look(0x01010004) == Values(1, 0x01010004, 4, 360, 0, "soft", "soft", "Singer"));
+    CHECK(overview.button == manager.GetButtonBitmap(1, 1, 4));
+    CHECK(look(mine) == Values(1, mine, 3, 1, 1, "mine", "mine", ""));
+    CHECK(overview.button == manager.GetButtonBitmap(0x05010003)); // of what it was made from
+    CHECK(look(0x01010003) == Values(0, mine, 3, 1, 1, "mine", "mine", ""));
+    SIZE size{};
+    CHECK(Values{manager.GetButtonBitmapSize(size), size.cx, size.cy} == "1 16 15");
+    CHECK(manager.GetButtonBitmap(0x01010003) == nullptr);
+    CHECK(manager.GetButtonBitmap(0x07010000) != nullptr); // a singer has the library's
 
-TEST_CASE("catalogue: the encoder's index of an icon goes by its ID string, users' after presets") {
-    OpenHost host;
     CIconNoteAttack icon(torv::kStatusAttack, 1, 77);
     const auto index = [&icon](const char* name) {
         icon.SetIDString(name);
         return torv::IconIndexOf(icon);
     };
-    CHECK(index("soft") == 2);
-    CHECK(index("softer") == 3);
-    CHECK(index("mine") == 0);
-    CHECK(index("") == 0);
-    auto user = std::make_unique<CIconNoteAttack>(torv::kStatusAttack, 1, 0);
-    user->SetIDString("mine");
-    const DWORD id = host.manager.RegisterIconObject(user.release());
-    CHECK(index("mine") == 4);
-    delete host.manager.UnregisterIconObject(id);
-    CHECK(index("mine") == 0);
-    host.manager.CloseDatabase();
+    CHECK(Values(index("soft"), index("softer"), index("theirs"), index("")) == "2 3 0 0");
+    auto theirs = std::make_unique<CIconNoteAttack>(torv::kStatusAttack, 1, 0);
+    theirs->SetIDString("theirs");
+    const DWORD id = manager.RegisterIconObject(theirs.release());
+    CHECK(index("theirs") == 4); // users' stand behind the presets
+    delete manager.UnregisterIconObject(id);
+    CHECK(index("theirs") == 0);
+    manager.CloseDatabase();
     CHECK(index("soft") == 0);
+    CHECK(manager.GetButtonBitmapSize(size) == 0);
+    CHECK(manager.EnumIconStatus(nullptr, 0) == 0);
 }
 
 TEST_CASE("catalogue: voices with their parameters") {
@@ -206,13 +182,10 @@ TEST_CASE("catalogue: voices with their parameters") {
     // The editor changes a voice, and the databases follow.
     host.fake->voices[1].name = "Renamed";
     int language = 0, program = 0;
-    CHECK(manager.OpenVoiceEditDialog(&language, &program) == 1);
-    CHECK((language == 1 && program == 3));
+    CHECK(Values{manager.OpenVoiceEditDialog(&language, &program), language, program} == "1 1 3");
     CHECK(manager.GetModelIconObject(0x07010102)->GetIDString() == "Renamed");
-    boxes.Take();
     host.fake->dialogStatus = 1; // cancelled
     language = 0;
-    CHECK(manager.OpenVoiceEditDialog(&language, &program) == 0);
-    CHECK(language == 0);
+    CHECK(Values{manager.OpenVoiceEditDialog(&language, &program), language} == "0 0");
     CHECK(manager.OpenVoiceEditDialog(nullptr, &program) == 0);
 }

@@ -10,11 +10,14 @@
 #include "torv/icons/icon_note_attack.h"
 #include "torv/icons/icon_vibrato.h"
 
+#include "values.h"
+
 #include <doctest/doctest.h>
 
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -120,3 +123,46 @@ inline std::unique_ptr<CIconDynamics> Level(int articulation, int variation, con
     icon->SetStartDynamics(level);
     return icon;
 }
+
+/// "id name 'caption' length from original", then a level, or an expression with its number and its item's.
+inline std::string About(CIconObject* icon) {
+    if (!icon)
+        return "none";
+    CString id;
+    id.Format("%08x", static_cast<unsigned>(icon->GetIconID()));
+    std::string text = Values(id, icon->GetIDString(), "'" + icon->GetCaption().GetStdString() + "'", icon->GetLength(),
+                              "from", icon->GetOriginalVariation());
+    if (auto* const dynamics = dynamic_cast<CIconDynamics*>(icon))
+        text += Values(" level", dynamics->GetStartDynamics());
+    if (auto* const attack = dynamic_cast<CIconNoteAttack*>(icon))
+        text += Values(" shape", attack->GetDuration(), attack->GetDepth());
+    if (auto* const expression = dynamic_cast<CIconExpression*>(icon))
+        text += Values(" of", expression->GetExpressionID(), expression->GetExpressionEntry()->itemValue,
+                       expression->GetOriginalSingerName());
+    return text;
+}
+
+/// "width x height"
+inline std::string SizeOf(HBITMAP picture) {
+    BITMAP bitmap{};
+    GetObjectA(picture, sizeof bitmap, &bitmap);
+    return std::to_string(bitmap.bmWidth) + "x" + std::to_string(bitmap.bmHeight);
+}
+
+/// The databases open over the fake library, which has attacks 1 and 4 and a vibrato; a second attack wants to be 4.
+struct OpenHost : FakeHost {
+    OpenHost() {
+        AddExpression(torv::kStatusAttack, 3, "plain", 1);
+        FakeDatabase::Expression& soft = AddExpression(torv::kStatusAttack, 1, "soft", 4);
+        soft.items[soft.itemCount++] = {4, 0, "softer", IconFile("softer"), "Softer still", "S", "D"};
+        AddExpression(torv::kStatusVibrato, 0, "wave", 1);
+        REQUIRE(manager.OpenDatabase() == 1);
+    }
+    void Reopen() {
+        manager.CloseDatabase();
+        REQUIRE(manager.OpenDatabase() == 1);
+    }
+    std::string AboutModel(DWORD id) const { return About(manager.GetModelIconObject(id)); }
+    Boxes boxes;
+    CQuillDBManager manager;
+};

@@ -5,9 +5,11 @@
 
 namespace {
 
-constexpr const char* kOpened = "Init EditorInit GetAllVoice GetExpDB ";
-
 bool HasConverters() { return torv::ConverterModule(0) && torv::ConverterModule(1); }
+
+DWORD Put(CQuillDBManager& manager, const char* name) {
+    return manager.RegisterIconObject(Level(torv::kDynaff, 0, name, 1).release());
+}
 
 } // namespace
 
@@ -15,13 +17,12 @@ TEST_CASE("database manager: opens and closes in order, as often as wanted") {
     const FakeHost host;
     Boxes boxes;
     CQuillDBManager manager;
-    for (int i = 0; i < 100; ++i) {
+    for (int i = 0; i < 20; ++i) {
         REQUIRE(manager.OpenDatabase() == 1);
-        CHECK(host.TakeCalls() == kOpened);
+        CHECK(host.TakeCalls() == "Init EditorInit GetAllVoice GetExpDB ");
         CHECK(HasConverters());
         CHECK(manager.OpenDatabase() == 0); // open already
         CHECK(host.TakeCalls().empty());
-        CHECK(torv::GetVoiceCatalogue() == manager.GetVoiceDB());
         manager.CloseDatabase();
         CHECK(host.TakeCalls() == "EditorDelete Delete ");
         CHECK(!HasConverters());
@@ -39,106 +40,82 @@ TEST_CASE("database manager: what keeps it from opening") {
     FakeHost host;
     Boxes boxes;
     CQuillDBManager manager;
-    const auto failsAfter = [&](const char* calls, const Texts& told) {
+    const std::string failed = "Failed to loading databae ! - ";
+    struct Row {
+        const char* library;
+        int32_t FakeDatabase::*status; ///< that is not 0
+        const char* calls;
+        Texts told;
+    };
+    const Row rows[] = {
+        {nullptr, nullptr, "", {}},
+        {"no_such_library.dll", nullptr, "", {}},
+        {"FAKE_DBM_INCOMPLETE.dll", nullptr, "", {"Function error - 'DBM_DeleteVirtualExpItem'"}},
+        {"FAKE_DBM_INCOMPLETE.dll", nullptr, "", {}}, // told once
+        {"FAKE_DBM.dll", &FakeDatabase::initStatus, "Init ", {}},
+        {"FAKE_DBM.dll",
+         &FakeDatabase::voiceStatus,
+         "Init EditorInit GetAllVoice EditorDelete Delete ",
+         {failed + "CVoiceDB::OpenDatabase\n\nDBM_GetAllVoice returned 8"}},
+        {"FAKE_DBM.dll",
+         &FakeDatabase::expStatus,
+         "Init EditorInit GetAllVoice GetExpDB EditorDelete Delete ",
+         {failed + "CExpressionDB::OpenDatabase\n\nDBM_GetExpDB returned 8"}},
+    };
+    for (const Row& row : rows) {
+        *host.fake = {};
+        if (row.status)
+            host.fake->*row.status = 8;
+        if (row.library)
+            host.registry.Set(kDatabaseKey, "PATH", row.library);
+        else
+            host.registry.Remove(kDatabaseKey);
         CHECK(manager.OpenDatabase() == 0);
-        CHECK(host.TakeCalls() == calls);
-        CHECK(boxes.Take() == told);
+        CHECK(host.TakeCalls() == row.calls);
+        CHECK(boxes.Take() == row.told);
         CHECK(!manager.IsOpen());
         CHECK(torv::GetVoiceCatalogue() == nullptr);
         CHECK(!HasConverters());
         CHECK(manager.GetModelIconObject(0x05010001) == nullptr);
-    };
-    SUBCASE("no registry value") {
-        host.registry.Remove(kDatabaseKey);
-        failsAfter("", {});
     }
-    SUBCASE("no library") {
-        host.registry.Set(kDatabaseKey, "PATH", "no_such_library.dll");
-        failsAfter("", {});
-    }
-    SUBCASE("no entry point") {
-        host.registry.Set(kDatabaseKey, "PATH", "FAKE_DBM_INCOMPLETE.dll");
-        failsAfter("", {"Function error - 'DBM_DeleteVirtualExpItem'"});
-        failsAfter("", {}); // told once
-    }
-    SUBCASE("the library refuses") {
-        host.fake->initStatus = 5;
-        failsAfter("Init ", {});
-    }
-    SUBCASE("no voices") {
-        host.fake->voiceStatus = 8;
-        failsAfter("Init EditorInit GetAllVoice EditorDelete Delete ",
-                   {"Failed to loading databae ! - CVoiceDB::OpenDatabase\n\nDBM_GetAllVoice returned 8"});
-    }
-    SUBCASE("no expressions") {
-        host.fake->expStatus = 9;
-        failsAfter("Init EditorInit GetAllVoice GetExpDB EditorDelete Delete ",
-                   {"Failed to loading databae ! - CExpressionDB::OpenDatabase\n\nDBM_GetExpDB returned 9"});
-    }
-    // It opens when the reason is gone.
     *host.fake = {};
-    host.registry.Set(kDatabaseKey, "PATH", "FAKE_DBM.dll");
-    CHECK(manager.OpenDatabase() == 1);
+    CHECK(manager.OpenDatabase() == 1); // when the reason is gone
 }
 
-TEST_CASE("database manager: what it opens without") {
+TEST_CASE("database manager: it opens without a voice editor, and without entry points that nobody calls") {
     FakeHost host;
     Boxes boxes;
     CQuillDBManager manager;
     int language = 0, program = 0;
-    Texts told;
-    SUBCASE("a voice editor") {
-        SUBCASE("named") { host.registry.Remove(kEditorKey); }
-        SUBCASE("there") { host.registry.Set(kEditorKey, "PATH", "no_such_library.dll"); }
-        SUBCASE("whole") {
-            host.registry.Set(kEditorKey, "PATH", "FAKE_DBM_INCOMPLETE.dll");
-            told = {"Function error - 'VEDIT_OpenDialog'"};
-        }
+    for (const char* editor : {"", "no_such_library.dll", "FAKE_DBM_INCOMPLETE.dll"}) {
+        host.registry.Set(kEditorKey, "PATH", editor);
         CHECK(manager.OpenDatabase() == 1);
         CHECK(manager.OpenVoiceEditDialog(&language, &program) == 0);
         manager.CloseDatabase();
         CHECK(host.TakeCalls() == "Init GetAllVoice GetExpDB Delete ");
-        CHECK(boxes.texts == told);
     }
-    SUBCASE("entry points that nobody calls") {
-        host.registry.Set(kDatabaseKey, "PATH", "FAKE_DBM_LEAN.dll");
-        host.registry.Set(kEditorKey, "PATH", "FAKE_DBM_LEAN.dll");
-        for (int i = 0; i < 2; ++i) {
-            CHECK(manager.OpenDatabase() == 1);
-            CHECK(manager.OpenVoiceEditDialog(&language, &program) == 1);
-            manager.CloseDatabase();
-        }
-        CHECK(boxes.texts == Texts{"Function error - 'DBM_AddVoice, DBM_DeleteVoice'",
-                                   "Function error - 'VEDIT_GetVersionString'"}); // once
-    }
-    SUBCASE("a user database that can be read") {
-        std::filesystem::create_directory(host.UserFile());
+    host.registry.Set(kDatabaseKey, "PATH", "FAKE_DBM_LEAN.dll");
+    host.registry.Set(kEditorKey, "PATH", "FAKE_DBM_LEAN.dll");
+    for (int i = 0; i < 2; ++i) {
         CHECK(manager.OpenDatabase() == 1);
-        CHECK(boxes.Take() == Texts{"Function error - 'CUserDB::LoadDatabase'"});
-        // Nothing is lost silently: what cannot be saved is told.
-        CHECK(manager.RegisterIconObject(Level(torv::kDynaff, 0, "mine", 50).release()) == 0x05018001);
         manager.CloseDatabase();
-        CHECK(boxes.Take() == Texts{"Failed to save UserDB fle !"});
-        CHECK(boxes.types.back() == (MB_ICONEXCLAMATION | MB_OK));
     }
+    CHECK(boxes.texts == Texts{"Function error - 'VEDIT_OpenDialog'",
+                               "Function error - 'DBM_AddVoice, DBM_DeleteVoice'"}); // of one library once
 }
 
-TEST_CASE("database manager: a failed save leaves the old file") {
+TEST_CASE("database manager: users' icons that cannot be read or saved") {
     const FakeHost host;
     Boxes boxes;
-    const std::string old = "[Dynaff]\r\n1 = #USER0001\r\n\r\n[#USER0001]\r\nIconID = $05018001\r\nIDS = old\r\n";
-    std::ofstream(host.UserFile(), std::ios::binary) << old;
     CQuillDBManager manager;
-    REQUIRE(manager.OpenDatabase() == 1);
-    const std::unique_ptr<CIconObject> removed(manager.UnregisterIconObject(0x05018001));
-    CHECK(removed != nullptr);
-    // What takes its place in the meantime cannot be replaced by a file.
-    std::filesystem::rename(host.UserFile(), host.UserFile() + ".old");
-    std::filesystem::create_directories(host.UserFile() + "/full");
+    std::filesystem::create_directory(host.UserFile());
+    CHECK(manager.OpenDatabase() == 1);
+    CHECK(boxes.Take() == Texts{"Function error - 'CUserDB::LoadDatabase'"});
+    CHECK(Put(manager, "mine") == 0x05018001);
     manager.CloseDatabase();
-    CHECK(boxes.texts == Texts{"Failed to save UserDB fle !"});
-    CHECK(ContentOf(host.UserFile() + ".old") == old);
-    std::filesystem::remove(host.UserFile() + ".old");
+    CHECK(boxes.Take() == Texts{"Failed to save UserDB fle !"});
+    CHECK(boxes.types.back() == (MB_ICONEXCLAMATION | MB_OK));
+    host.RemoveUserFile();
 }
 
 TEST_CASE("database manager: two in one process, closed in any order") {
@@ -149,8 +126,8 @@ TEST_CASE("database manager: two in one process, closed in any order") {
         REQUIRE(first.OpenDatabase() == 1);
         REQUIRE(second.OpenDatabase() == 1);
         CHECK(torv::GetVoiceCatalogue() == second.GetVoiceDB());
-        CHECK(first.RegisterIconObject(Level(torv::kDynaff, 0, "one", 1).release()) == 0x05018001);
-        CHECK(second.RegisterIconObject(Level(torv::kDynaff, 0, "two", 2).release()) == 0x05018001);
+        CHECK(Put(first, "one") == 0x05018001);
+        CHECK(Put(second, "two") == 0x05018001);
         (isFirstClosedFirst ? first : second).CloseDatabase();
         CHECK(torv::GetVoiceCatalogue() == (isFirstClosedFirst ? second : first).GetVoiceDB());
         CHECK(torv::GetIconCatalogue() != nullptr);

@@ -6,27 +6,15 @@
 
 namespace {
 
-struct OpenHost : FakeHost {
-    OpenHost() {
-        AddExpression(torv::kStatusAttack, 3, "plain", 1);
-        REQUIRE(manager.OpenDatabase() == 1);
-    }
-    void Reopen() {
-        manager.CloseDatabase();
-        REQUIRE(manager.OpenDatabase() == 1);
-    }
-    std::unique_ptr<CIconNoteAttack> Attack(const char* name) {
-        auto icon = std::make_unique<CIconNoteAttack>(torv::kStatusAttack, 1, 1);
-        icon->SetIDString(name);
-        icon->SetCaption("Caption");
-        icon->SetLength(480);
-        icon->SetDuration(11);
-        icon->SetOriginalVariation(1);
-        return icon;
-    }
-    Boxes boxes;
-    CQuillDBManager manager;
-};
+std::unique_ptr<CIconNoteAttack> Attack(const char* name, int duration = 11, int variation = 1) {
+    auto icon = std::make_unique<CIconNoteAttack>(torv::kStatusAttack, 1, variation);
+    icon->SetIDString(name);
+    icon->SetCaption("Caption");
+    icon->SetLength(480);
+    icon->SetDuration(duration);
+    icon->SetOriginalVariation(1);
+    return icon;
+}
 
 /// An icon that says when it goes.
 class Witness : public CIconDynamics {
@@ -43,34 +31,35 @@ private:
 TEST_CASE("user icons: dynamics live in the file from one session to the next") {
     OpenHost host;
     CQuillDBManager& manager = host.manager;
-    CHECK(manager.RegisterIconObject(Level(torv::kDynaff, 0, "first", 10).release()) == 0x05018001);
-    CHECK(manager.RegisterIconObject(Level(torv::kDynaff, 0, "second", 20).release()) == 0x05018002);
+    const auto put = [&manager](const char* name, int level) {
+        return manager.RegisterIconObject(Level(torv::kDynaff, 0, name, level).release());
+    };
+    CHECK(put("first", 10) == 0x05018001);
+    CHECK(put("second", 20) == 0x05018002);
     host.Reopen();
-    auto* const second = dynamic_cast<CIconDynamics*>(manager.GetModelIconObject(0x05018002));
-    REQUIRE(second);
-    CHECK((second->GetStartDynamics() == 20 && second->IsUserIcon()));
+    CHECK(host.AboutModel(0x05018002) == "05018002 second 'second' 1 from 0 level 20");
 
     // Taken out, the lowest number is free for the next; restored, an icon wants its own.
+    CHECK(manager.RestoreUserIconObject(manager.GetModelIconObject(0x05018002)) == 0); // it is there
     std::unique_ptr<CIconObject> first(manager.UnregisterIconObject(0x05018001));
     REQUIRE(first);
     CHECK(manager.UnregisterIconObject(0x05018001) == nullptr);
-    CHECK(manager.RestoreUserIconObject(second) == 0); // it is there
-    const DWORD third = manager.RegisterIconObject(Level(torv::kDynaff, 0, "third", 30).release());
-    CHECK(third == 0x05018001);
+    CHECK(put("third", 30) == 0x05018001);
     CHECK(manager.RestoreUserIconObject(first.get()) == 0);
-    delete manager.UnregisterIconObject(third);
+    delete manager.UnregisterIconObject(0x05018001);
     CHECK(manager.RestoreUserIconObject(first.get()) == 1);
     CHECK(manager.GetModelIconObject(0x05018001) == first.release());
 
     auto louder = Level(torv::kDynaff, 0x8002, "second", 99);
+    louder->SetOriginalVariation(4);
     CHECK(manager.ReplaceIconObject(louder.get()) == 1);
-    louder->SetVariation(0x8009);
-    CHECK(manager.ReplaceIconObject(louder.get()) == 0); // there is none
-    louder->SetVariation(2);
-    CHECK(manager.ReplaceIconObject(louder.get()) == 0); // presets stay as they are
+    for (const int variation : {0x8009, 2}) { // there is none; presets stay as they are
+        louder->SetVariation(variation);
+        CHECK(manager.ReplaceIconObject(louder.get()) == 0);
+    }
     host.Reopen();
-    CHECK(dynamic_cast<CIconDynamics*>(manager.GetModelIconObject(0x05018002))->GetStartDynamics() == 99);
-    CHECK(manager.GetModelIconObject(0x05018001)->GetIDString() == "first");
+    CHECK(host.AboutModel(0x05018001) == "05018001 first 'first' 1 from 0 level 10");
+    CHECK(host.AboutModel(0x05018002) == "05018002 second 'second' 1 from 4 level 99");
     CHECK(host.boxes.texts.empty());
 }
 
@@ -78,22 +67,17 @@ TEST_CASE("user icons: who owns an icon that is not registered") {
     OpenHost host;
     CQuillDBManager& manager = host.manager;
     int gone = 0;
-    // No variation for it: it is destroyed.
-    CHECK(manager.RegisterIconObject(new Witness(9, gone)) == 0);
+    CHECK(manager.RegisterIconObject(new Witness(9, gone)) == 0); // no variation for it: it is destroyed
     CHECK(gone == 1);
     // Of no status that users have icons of, or of another class than its status says: still the caller's.
-    CIconDynamics singer(torv::kStatusSinger, 1, 0);
-    CIconDynamics attack(torv::kStatusAttack, 1, 0);
-    CIconDynamics nothing(0, 1, 0);
-    for (CIconObject* icon : std::vector<CIconObject*>{&singer, &attack, &nothing}) {
+    CIconDynamics singer(torv::kStatusSinger, 1, 0x8001);
+    CIconDynamics attack(torv::kStatusAttack, 1, 0x8001);
+    CIconDynamics nothing(0, 1, 0x8001);
+    for (CIconObject* icon : std::vector<CIconObject*>{&singer, &attack, &nothing, nullptr}) {
         CHECK(manager.RegisterIconObject(icon) == 0);
-        icon->SetVariation(0x8001);
         CHECK(manager.RestoreUserIconObject(icon) == 0);
         CHECK(manager.ReplaceIconObject(icon) == 0);
     }
-    CHECK(manager.RegisterIconObject(nullptr) == 0);
-    CHECK(manager.RestoreUserIconObject(nullptr) == 0);
-    CHECK(manager.ReplaceIconObject(nullptr) == 0);
     for (const DWORD id : {0U, 0x05010001U, 0x07010000U, 0x01018001U})
         CHECK(manager.UnregisterIconObject(id) == nullptr);
 }
@@ -102,54 +86,49 @@ TEST_CASE("user icons: expressions are handed to the external library as a file"
     OpenHost host;
     CQuillDBManager& manager = host.manager;
     host.TakeCalls();
-    const DWORD id = manager.RegisterIconObject(host.Attack("A\x83\x5C").release());
-    CHECK(id == 0x01018001);
+    const DWORD id = manager.RegisterIconObject(Attack("A\x83\x5C").release());
     CHECK(host.TakeCalls() == "CreateVirtualExpItem ");
-    CHECK(host.fake->created.value == 1);
     const std::string file = host.fake->fileName;
     CHECK(file.substr(file.size() - 15) == "ux11_be7ca3.aic"); // the ID's bytes 41 83 5C, inverted
     CHECK(std::string(host.fake->handedOver) == "[Common]\r\nArticulation = NoteAttack\r\nCaption = Caption\r\n\r\n"
                                                 "[Parameter]\r\nLength = 480\r\nDuration = 11\r\nDepth = 64\r\n\r\n");
     CHECK(!std::filesystem::exists(file)); // gone after the call
-    const auto* const icon = dynamic_cast<CIconNoteAttack*>(manager.GetModelIconObject(id));
-    REQUIRE(icon);
-    CHECK(icon->GetExpressionID() == 0x0103); // from the preset that it was made from
+    // 0x0103 is the number of the preset that it was made from.
+    CHECK(host.AboutModel(id) == "01018001 A\x83\x5C 'Caption' 480 from 1 shape 11 64 of 259 1 ");
 
-    auto changed = host.Attack("A\x83\x5C");
-    changed->SetVariation(0x8001);
-    changed->SetDuration(99);
-    CHECK(manager.ReplaceIconObject(changed.get()) == 1);
+    CHECK(manager.ReplaceIconObject(Attack("A\x83\x5C", 99, 0x8001).get()) == 1);
     CHECK(host.TakeCalls() == "DeleteVirtualExpItem CreateVirtualExpItem ");
-    CHECK(icon->GetDuration() == 99);
-    const std::unique_ptr<CIconObject> removed(manager.UnregisterIconObject(id));
-    CHECK(removed.get() == icon);
+    CHECK(host.AboutModel(id) == "01018001 A\x83\x5C 'Caption' 480 from 1 shape 99 64 of 259 1 ");
+    delete manager.UnregisterIconObject(id);
     CHECK(host.TakeCalls() == "DeleteVirtualExpItem ");
     CHECK(host.fake->deletedValue == 1);
+    CHECK(host.AboutModel(id) == "none");
+    CHECK(CExpressionDB::UserExpressionFileName(4, 4, std::string(5000, 'x').c_str()).GetLength() == 5 + 180);
 }
 
 TEST_CASE("user icons: what the external library refuses is told, and nothing has changed") {
     OpenHost host;
     CQuillDBManager& manager = host.manager;
     host.fake->createStatus = 6;
-    const auto refused = host.Attack("a");
+    const auto refused = Attack("a");
     CHECK(manager.RegisterIconObject(refused.get()) == 0); // still ours
     CHECK(host.boxes.Take() == Texts{"DBM_CreateVirtualExpItem returned 6"});
-    CHECK(manager.GetModelIconObject(0x01018001) == nullptr);
+    CHECK(host.AboutModel(0x01018001) == "none");
 
     host.fake->createStatus = 0;
-    const DWORD id = manager.RegisterIconObject(host.Attack("b").release());
+    const DWORD id = manager.RegisterIconObject(Attack("b").release());
+    const std::string registered = host.AboutModel(id);
     host.fake->deleteStatus = 5;
     CHECK(manager.UnregisterIconObject(id) == nullptr);
-    CHECK(host.boxes.Take() == Texts{"DBM_DeleteVirtualExpItem returned 5"});
-    CHECK(manager.VerifyIconID(id) == 1);
+    CHECK(manager.ReplaceIconObject(Attack("b", 99, 0x8001).get()) == 0);
+    CHECK(host.boxes.Take() == Texts(2, "DBM_DeleteVirtualExpItem returned 5"));
+    CHECK(host.AboutModel(id) == registered);
     host.fake->deleteStatus = 0;
     host.fake->createStatus = 6;
-    auto changed = host.Attack("b");
-    changed->SetVariation(0x8001);
-    changed->SetDuration(99);
     host.TakeCalls();
-    CHECK(manager.ReplaceIconObject(changed.get()) == 0);
+    CHECK(manager.ReplaceIconObject(Attack("b", 99, 0x8001).get()) == 0);
     CHECK(host.TakeCalls() == "DeleteVirtualExpItem CreateVirtualExpItem CreateVirtualExpItem "); // the old one again
+    CHECK(manager.GetModelIconObject(id)->GetCaption() == "Caption");
     CHECK(dynamic_cast<CIconNoteAttack*>(manager.GetModelIconObject(id))->GetDuration() == 11);
 }
 
@@ -167,22 +146,20 @@ TEST_CASE("user icons: those in the file and those that the external library kep
     CQuillDBManager manager;
     REQUIRE(manager.OpenDatabase() == 1);
     CHECK(boxes.texts.empty());
-    // In both: the file's number and parameters, the library's identity.
-    auto* icon = dynamic_cast<CIconNoteAttack*>(manager.GetModelIconObject(0x01018002));
-    REQUIRE(icon);
-    CHECK((icon->GetCaption() == "Ours" && icon->GetDuration() == 3 && icon->GetExpressionEntry()->itemValue == 5));
-    CHECK(icon->GetOriginalSingerName() == "Their singer");
-    // Only in the file: it sounds as what it was made from, and the library is not asked to drop it.
-    icon = dynamic_cast<CIconNoteAttack*>(manager.GetModelIconObject(0x01018007));
-    REQUIRE(icon);
-    CHECK((icon->GetIDString() == "ours" && icon->GetExpressionID() == 0x0103));
+    std::string found;
+    for (CIconObject* const icon : manager.GetExpressionDB()->GetModels(1, 1))
+        found += About(icon) + "\n";
+    CHECK(found == "01010001 plain 'plain' 360 from 1 shape 20 30 of 259 1 Singer\n"
+                   // Only in the library: under its own number where that was free.
+                   "01018001 theirs 'theirs' 360 from 1 shape 20 30 of 259 7 \n"
+                   // In both: the file's number and parameters, the library's identity.
+                   "01018002 both 'Ours' 240 from 1 shape 3 64 of 259 5 Their singer\n"
+                   // Only in the file: it sounds as what it was made from.
+                   "01018007 ours '' 240 from 1 shape 64 64 of 259 0 \n"
+                   "01018008 theirs too 'theirs too' 360 from 1 shape 20 30 of 259 8 \n");
     host.TakeCalls();
     delete manager.UnregisterIconObject(0x01018007);
-    CHECK(host.TakeCalls().empty());
-    // Only in the library: under its own number where that was free.
-    CHECK(manager.GetModelIconObject(0x01018001)->GetIDString() == "theirs");
-    CHECK(manager.GetModelIconObject(0x01018008)->GetIDString() == "theirs too");
-    CHECK(manager.GetModelIconObject(0x01018005) == nullptr);
+    CHECK(host.TakeCalls().empty()); // the library is not asked to drop what it does not have
 }
 
 TEST_CASE("user icons: what the external library keeps has its number, whether it can be read or not") {
@@ -190,31 +167,27 @@ TEST_CASE("user icons: what the external library keeps has its number, whether i
     CQuillDBManager& manager = host.manager;
     manager.CloseDatabase();
     FakeDatabase::Expression& attacks = host.fake->expressions[0];
-    attacks.items[1] = {1, 1, "gone", "gone.aic", "", "", ""};
-    attacks.items[2] = {2, 1, "ours", "gone too.aic", "", "Their singer", ""};
-    attacks.itemCount = 3;
+    const auto keep = [&attacks](DWORD value, const char* name, const char* file) {
+        attacks.items[attacks.itemCount++] = {value, 1, name, file, "", "Their singer", ""};
+    };
+    keep(1, "gone", "gone.aic");
+    keep(2, "ours", "gone too.aic");
     std::ofstream(host.UserFile(), std::ios::binary)
         << "[NoteAttack]\n2=a\n[a]\nIconID=$01018002\nIDS=ours\nOriginal=1\nDuration=3\n";
     REQUIRE(manager.OpenDatabase() == 1);
     CHECK(host.boxes.Take() == Texts{"File not found !\n\ngone.aic", "File not found !\n\ngone too.aic"});
-    CHECK(manager.GetModelIconObject(0x01018001) == nullptr);
-    auto* const ours = dynamic_cast<CIconNoteAttack*>(manager.GetModelIconObject(0x01018002));
-    REQUIRE(ours);
-    CHECK(ours->GetDuration() == 3);
-    CHECK(ours->GetExpressionEntry()->itemValue == 2); // the item's, though its file is gone
-    CHECK(manager.RegisterIconObject(host.Attack("a").release()) == 0x01018003);
+    CHECK(host.AboutModel(0x01018001) == "none");
+    // The item's number, though its file is gone.
+    CHECK(host.AboutModel(0x01018002) == "01018002 ours '' 240 from 1 shape 3 64 of 259 2 Their singer");
+    CHECK(manager.RegisterIconObject(Attack("a").release()) == 0x01018003);
 
     // Another host has put in two meanwhile: their numbers are seen when the first is refused.
-    attacks.items[3] = {4, 1, "theirs", "4.aic", "", "", ""};
-    attacks.items[4] = {5, 1, "theirs", "5.aic", "", "", ""};
-    attacks.itemCount = 5;
-    CHECK(manager.RegisterIconObject(host.Attack("b").release()) == 0x01018006);
+    keep(4, "theirs", "4.aic");
+    keep(5, "theirs", "5.aic");
+    CHECK(manager.RegisterIconObject(Attack("b").release()) == 0x01018006);
     CHECK(host.boxes.texts.empty());
-    auto restored = host.Attack("c");
-    attacks.items[5] = {7, 1, "theirs", "7.aic", "", "", ""};
-    attacks.itemCount = 6;
-    restored->SetVariation(0x8007);
-    CHECK(manager.RestoreUserIconObject(restored.get()) == 0); // under its own number or not at all
+    keep(7, "theirs", "7.aic");
+    CHECK(manager.RestoreUserIconObject(Attack("c", 1, 0x8007).get()) == 0); // under its own number or not at all
     CHECK(host.boxes.Take() == Texts{"DBM_CreateVirtualExpItem returned 3"});
 }
 
@@ -223,7 +196,7 @@ TEST_CASE("user icons: memory that is refused leaves database and library as the
     CQuillDBManager& manager = host.manager;
     FailEachAllocation([&](AllocationFailure& failure) {
         host.TakeCalls();
-        std::unique_ptr<CIconObject> icon = host.Attack("an ID string of more than fifteen bytes");
+        std::unique_ptr<CIconObject> icon = Attack("an ID string of more than fifteen bytes");
         const DWORD id = failure.During([&] { return manager.RegisterIconObject(icon.get()); });
         CHECK((id == 0x01018001) == !failure.HasHappened());
         CHECK(manager.VerifyIconID(0x01018001) == !failure.HasHappened());
@@ -231,18 +204,14 @@ TEST_CASE("user icons: memory that is refused leaves database and library as the
         if (id) {
             static_cast<void>(icon.release());
             icon.reset(manager.UnregisterIconObject(id));
-            CHECK(icon != nullptr);
-        } else {
-            CHECK((calls.empty() || calls == "CreateVirtualExpItem DeleteVirtualExpItem "));
+        } else if (!calls.empty()) {
+            CHECK(calls == "CreateVirtualExpItem DeleteVirtualExpItem ");
         }
     });
-    tagQuillIconOverview overview{};
     FailEachAllocation([&](AllocationFailure& failure) {
         CCrossReferenceMap map;
-        const int found = failure.During([&] {
-            return manager.LookupIconOverview(0x01010001, &overview) && manager.GetVariationReferenceMap(1, 1, map) &&
-                   manager.GetStatusReferenceMap(map);
-        });
+        const int found = failure.During(
+            [&] { return manager.GetVariationReferenceMap(1, 1, map) && manager.GetStatusReferenceMap(map); });
         CHECK(found == !failure.HasHappened());
     });
 }
@@ -250,21 +219,14 @@ TEST_CASE("user icons: memory that is refused leaves database and library as the
 TEST_CASE("user icons: a caption is changed for good") {
     OpenHost host;
     CQuillDBManager& manager = host.manager;
-    const DWORD id = manager.RegisterIconObject(host.Attack("a").release());
+    const DWORD id = manager.RegisterIconObject(Attack("a").release());
     host.Reopen();
     CIconNoteAttack copy(dynamic_cast<CIconNoteAttack*>(manager.GetModelIconObject(id)));
     CHECK(manager.GetExpressionDB()->SetUserItemCaption(copy, "New; caption") == 1);
     CHECK(copy.GetCaption() == "New; caption");
     host.Reopen();
     CHECK(manager.GetModelIconObject(id)->GetCaption() == "New; caption");
-    CIconNoteAttack preset(torv::kStatusAttack, 1, 1), none(torv::kStatusAttack, 1, 0x8009);
-    for (CIconNoteAttack* const icon : {&preset, &none})
-        CHECK(manager.GetExpressionDB()->SetUserItemCaption(*icon, "x") == 0);
+    for (const int variation : {1, 0x8009}) // a preset, and none
+        CHECK(manager.GetExpressionDB()->SetUserItemCaption(*Attack("a", 1, variation), "x") == 0);
     CHECK(manager.GetModelIconObject(0x01010001)->GetCaption() == "plain");
-}
-
-TEST_CASE("user icons: names of expression files") {
-    CHECK(CExpressionDB::UserExpressionFileName(4, 4, "Az") == "ux44_be85");
-    CHECK(CExpressionDB::UserExpressionFileName(1, 1, "") == "ux11_");
-    CHECK(CExpressionDB::UserExpressionFileName(1, 1, std::string(5000, 'x').c_str()).GetLength() == 5 + 180);
 }

@@ -35,15 +35,6 @@ Rows Sampled(std::initializer_list<std::pair<LONG, SHORT>> points, int resolutio
     return rows;
 }
 
-Rows Listed(const CBreakPointList& list) {
-    Rows rows;
-    for (POSITION at = list.GetHeadPosition(); at;) {
-        const tagBreakPoint& point = list.GetNext(at);
-        rows.emplace_back(point.position, point.value);
-    }
-    return rows;
-}
-
 } // namespace
 
 TEST_CASE("sampled output: a single point is its closing value, whatever the presend") {
@@ -61,54 +52,51 @@ TEST_CASE("list output: the samples without repeats, or the list as it was") {
         AddPoint(&list, -1, 1);
         const int done = failure.During([&] { return curve.OutputParamLinear(&list, 120); });
         CHECK(done == !failure.HasHappened());
+        Rows rows;
+        for (POSITION at = list.GetHeadPosition(); at;) {
+            const tagBreakPoint& point = list.GetNext(at);
+            rows.emplace_back(point.position, point.value);
+        }
         // 5 + 4 x 120/240; the last value is owed at its own tick.
-        CHECK(Listed(list) == (done ? Rows{{-1, 1}, {0, 5}, {360, 7}, {480, 9}, {490, 11}} : Rows{{-1, 1}}));
+        CHECK(rows == (done ? Rows{{-1, 1}, {0, 5}, {360, 7}, {480, 9}, {490, 11}} : Rows{{-1, 1}}));
     });
 }
 
 TEST_CASE("outputs: nothing to write, nowhere to write it, and nothing to attach") {
-    CQuillMidiBuffer buffer;
+    CQuillMidiBuffer buffer; // not created
     tagQuillMidiRealtimeInfo info{};
     info.map = kMap;
     CBreakPointList list;
     Curve none({});
-    CHECK(none.OutputParam(&buffer, &info) == 1);
-    CHECK(none.OutputParamLinear(&buffer, &info, 30) == 0);
-    CHECK(none.OutputParamLinear(&list, 30) == 0);
     Curve some({{480, 9}});
-    CHECK(some.OutputParam(&buffer, &info) == 0); // not created
-    CHECK(some.OutputParamLinear(&buffer, &info, 30) == 0);
-    CHECK(some.OutputParam(nullptr, &info) == 0);
-    CHECK(some.OutputParam(&buffer, nullptr) == 0);
-    CHECK(some.WriteEvent(nullptr, &info, {}) == 0);
+    CHECK(none.OutputParam(&buffer, &info) == 1);
+    CHECK(none.OutputParamLinear(&list, 30) == 0);
     CHECK(some.OutputParamLinear(nullptr, 30) == 0);
+    for (CQuillMidiBuffer* const to : {&buffer, static_cast<CQuillMidiBuffer*>(nullptr)}) {
+        CHECK(some.OutputParam(to, &info) == 0);
+        CHECK(some.OutputParamLinear(to, &info, 30) == 0);
+        CHECK(some.WriteEvent(to, &info, {}) == 0);
+    }
+    CHECK(some.OutputParam(&buffer, nullptr) == 0);
     some.DetachObject();
     CHECK(some.IsEmpty());
 
     CIconVibrato icon(4, 4, 1);
+    CIconDynamics swell(5, 2, 1);
     CxQMOutVibrato vibrato;
+    CxQMOutDynamics dynamics;
     CHECK(vibrato.AttachObject(nullptr, 0, 0) == 0);
     CHECK(vibrato.AttachObject(&icon, 0, 2) == 0);
-    CxQMOutDynamics dynamics;
     CHECK(dynamics.AttachObject(static_cast<const CBreakPointList*>(nullptr)) == 0);
     CHECK(dynamics.IsTargetBP({0, -1, 0}) == 0);
     CHECK(dynamics.IsTargetBP({0, 0, 0}) == 1);
-    CHECK(some.IsTargetBP({0, -1, 0}) == 1);
-}
-
-TEST_CASE("outputs: what cannot be copied is not attached") {
-    CIconVibrato icon(4, 4, 1);
-    CIconDynamics swell(5, 2, 1);
-    CBreakPointList list;
+    CHECK(none.IsTargetBP({0, -1, 0}) == 1);
     AddPoint(&list, 0, 1);
     FailEachAllocation([&](AllocationFailure& failure) {
-        CxQMOutDynamics dynamics;
-        CxQMOutVibrato vibrato;
-        CxQMOutTremoloDepth tremolo;
-        const bool attached = failure.During([&] {
+        const bool isAttached = failure.During([&] {
             return dynamics.AttachObject(&swell, 0, 72) && vibrato.AttachObject(&icon, 0, 1) &&
-                   tremolo.AttachObject(&list);
+                   CxQMOutTremoloDepth().AttachObject(&list);
         });
-        CHECK(attached == !failure.HasHappened());
+        CHECK(isAttached == !failure.HasHappened());
     });
 }

@@ -14,22 +14,36 @@ namespace {
 
 /// The class from within, as those who derive from it have it.
 struct Inside : CxQuillMidiEncoder {
+    /// What its writers answer, for every event of a track that a run may be open for. Without `info` all is null.
+    std::vector<int> Write(CSequenceObject* track, tagQuillMidiRealtimeInfo* info) {
+        std::vector<int> results;
+        CCsqEvent event;
+        event.Attach(track);
+        while (event.GetNext() != torv::kEventEnd) {
+            results.push_back(WriteCsqSingerEvent(&event, info));
+            results.push_back(WriteQsqDynamicsEvent(&event, info));
+            results.push_back(WriteCsqAnoteEvent(&event, info));
+        }
+        CIconVibrato vibrato(4, 4, 1);
+        CIconDynamics swell(5, 2, 1);
+        track = info ? track : nullptr;
+        results.push_back(InsertContinuousVibrato(3000, info ? &vibrato : nullptr, info));
+        results.push_back(InsertContinuousDynamics(3000, info ? &swell : nullptr, info));
+        results.push_back(InsertContinuousDynamics(track, info));
+        results.push_back(InsertContinuousPitchBend(track, info));
+        results.push_back(InsertContinuousVoiceControl(track, info));
+        return results;
+    }
+    int WriteMessages() {
+        const BYTE bytes[] = {0xB2, 1, 2, 0xB2, 3, 4};
+        return WriteChMessage(0xC2, 1) + WriteChMessage(0xB2, 7, 8) + WriteQuillMidiMessage(5, 2, bytes, 2) +
+               WriteEOVM(480, 2, 7);
+    }
     using CxQuillMidiEncoder::CreateQuillNoteStruct;
     using CxQuillMidiEncoder::DeleteQuillNoteStruct;
-    using CxQuillMidiEncoder::InsertContinuousDynamics;
-    using CxQuillMidiEncoder::InsertContinuousPitchBend;
-    using CxQuillMidiEncoder::InsertContinuousVibrato;
-    using CxQuillMidiEncoder::InsertContinuousVoiceControl;
     using CxQuillMidiEncoder::SetNoteSegmentParam;
     using CxQuillMidiEncoder::TrackRun;
-    using CxQuillMidiEncoder::WriteChMessage;
-    using CxQuillMidiEncoder::WriteCsqAnoteEvent;
-    using CxQuillMidiEncoder::WriteCsqSingerEvent;
-    using CxQuillMidiEncoder::WriteEOVM;
     using CxQuillMidiEncoder::WriteNextNPRNEvents;
-    using CxQuillMidiEncoder::WriteQsqDynamicsEvent;
-    using CxQuillMidiEncoder::WriteQuillMidiMessage;
-    using CxQuillMidiEncoder::WriteQuillMidiTrack;
     using CxQuillMidiEncoder::WriteStartNPRNEvents;
 };
 
@@ -78,37 +92,30 @@ TEST_CASE("encoder: a plain note, byte for byte") {
 }
 
 TEST_CASE("encoder: what is valid, what is not") {
-    using E = CxQuillMidiEncoder;
+    CxQuillMidiEncoder encoder;
     for (const DWORD presend : {0U, 499U, 500U, 5000U, 5001U}) {
         CAPTURE(presend);
-        const bool isValid = presend == 500 || presend == 5000;
-        CHECK(E::IsValidPresendTime(presend) == isValid);
-        E encoder;
+        const DWORD expected = presend == 500 || presend == 5000 ? presend : 2000;
         encoder.SetPresendTime(presend);
-        Chart chart;
-        CHECK(chart.Encode(encoder)->GetPresendTime() == (isValid ? presend : 2000));
-        CHECK(encoder.GetPresendTime() == (isValid ? presend : 2000));
+        CHECK(Chart().Encode(encoder)->GetPresendTime() == expected);
+        CHECK(encoder.GetPresendTime() == expected);
     }
-    CHECK(E::IsValidEventInterval(255));
-    CHECK_FALSE(E::IsValidEventInterval(256));
-    CHECK(E::IsValidOutMode(0));
-    CHECK(E::IsValidOutMode(1));
-    CHECK_FALSE(E::IsValidOutMode(-1));
-    CHECK_FALSE(E::IsValidOutMode(2));
+    CHECK(CxQuillMidiEncoder::IsValidEventInterval(255));
+    CHECK_FALSE(CxQuillMidiEncoder::IsValidEventInterval(256));
+    for (const int mode : {-1, 0, 1, 2})
+        CHECK(CxQuillMidiEncoder::IsValidOutMode(mode) == (mode == 0 || mode == 1));
     const int resolutions[] = {-1, 1, 2, 4, 8, 16, 30, 60, 90, 120, 240, 480, -1};
-    E encoder;
     for (int i = -1; i < 12; ++i) {
-        CHECK(E::GetExtractResolution(i) == resolutions[i + 1]);
+        CHECK(CxQuillMidiEncoder::GetExtractResolution(i) == resolutions[i + 1]);
         CHECK(encoder.SetExtractResolutionAt(2, resolutions[i + 1]) == 1);
         CHECK(encoder.GetExtractResolutionAt(2) == resolutions[i + 1]);
     }
-    CHECK(encoder.SetExtractResolutionAt(0, 31) == 0);
-    CHECK(encoder.SetExtractResolutionAt(3, 30) == 0);
-    CHECK(encoder.SetExtractResolutionAt(-1, 30) == 0);
+    CHECK(encoder.SetExtractResolutionAt(2, 31) == 0);
+    for (const int slot : {-1, 3}) {
+        CHECK(encoder.SetExtractResolutionAt(slot, 30) == 0);
+        CHECK(encoder.GetExtractResolutionAt(slot) == -1);
+    }
     CHECK(encoder.GetExtractResolutionAt(0) == 30);
-    CHECK(encoder.GetExtractResolutionAt(3) == -1);
-    CHECK(encoder.GetEventInterval() == 0);
-    CHECK(encoder.GetOutMode() == 0);
 }
 
 TEST_CASE("encoder: a note whose handles name nothing, or another kind, sings nothing; the others do") {
@@ -144,7 +151,7 @@ TEST_CASE("encoder: places in a map, from any hint, in no map and in one of noth
             CHECK(E::SearchTickPosition(2400, map, hint) == 0);
         }
         tagQuillMidiRealtimeInfo info{hint, kMap, 100, 7, 1, 2, 3};
-        CHECK(E::UpdateRealTimeInfo(&info, 99) == 0);
+        CHECK(E::UpdateRealTimeInfo(&info, 99) == 0); // behind where it stands
         CHECK(info.time == 7);
         CHECK(E::UpdateRealTimeInfo(&info, 2400) == 1);
         CHECK(info.index == 1);
@@ -154,7 +161,6 @@ TEST_CASE("encoder: places in a map, from any hint, in no map and in one of noth
         CHECK(info.index == 0);
         CHECK(info.tick == 0);
         CHECK(info.time == 0);
-        CHECK(info.channel == 2);
         info.map = nullptr;
         CHECK(E::UpdateRealTimeInfo(&info, 2400) == 0);
     }
@@ -173,65 +179,32 @@ TEST_CASE("encoder: places in a map, from any hint, in no map and in one of noth
     CHECK(E::IntersectTime(nullptr, nullptr, 10, 20, 20, 30) == 0); // touching
 }
 
-TEST_CASE("encoder: the writers of who derives from it") {
+TEST_CASE("encoder: the writers of who derives from it, which need an open run and something to write") {
     Inside encoder;
     Chart chart;
     Fill(chart);
     chart.Close();
-    CCsqEvent event;
-    event.Attach(&chart.Track());
     CSequenceObject* const track = &chart.Track();
     tagQuillMidiRealtimeInfo info{0, kMap, 2880, 4000, 0, 0, 72};
-    CIconVibrato vibrato(4, 4, 1);
-    CIconDynamics swell(5, 2, 1);
-    const BYTE bytes[] = {0xB2, 1, 2, 0xB2, 3, 4};
-    const auto results = [&] {
-        std::vector<int> all;
-        for (const int kind : {249, 244, 245}) {
-            REQUIRE(event.GetNext() == kind);
-            all.insert(all.end(),
-                       {encoder.WriteCsqSingerEvent(&event, &info), encoder.WriteQsqDynamicsEvent(&event, &info),
-                        encoder.WriteCsqAnoteEvent(&event, &info)});
-        }
-        all.insert(all.end(),
-                   {encoder.InsertContinuousVibrato(3000, &vibrato, &info),
-                    encoder.InsertContinuousDynamics(3000, &swell, &info),
-                    encoder.InsertContinuousDynamics(track, &info), encoder.InsertContinuousPitchBend(track, &info),
-                    encoder.InsertContinuousVoiceControl(track, &info), encoder.WriteChMessage(0xC2, 1),
-                    encoder.WriteChMessage(0xB2, 7, 8), encoder.WriteQuillMidiMessage(5, 2, bytes, 2),
-                    encoder.WriteEOVM(480, 2, 7)});
-        event.SeekToBegin();
-        return all;
-    };
-    const auto isNone = [](int result) { return result == 0; };
-    auto without = results(); // no buffer
-    CHECK(std::all_of(without.begin(), without.end(), isNone));
     CQuillMidiBuffer buffer;
     buffer.Create(1, 2000, 0);
+    const std::vector<int> nothing(14, 0);
+    CHECK(encoder.Write(track, &info) == nothing);
+    CHECK(encoder.WriteMessages() == 0);
     {
         const Inside::TrackRun run(encoder, buffer, track);
-        CHECK(results() == std::vector<int>{1, 0, 0, 0, 1, 0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1});
-        event.GetNext();
-        CHECK(encoder.WriteCsqSingerEvent(&event, nullptr) == 0);
-        CHECK(encoder.WriteCsqAnoteEvent(nullptr, &info) == 0);
-        CHECK(encoder.WriteQsqDynamicsEvent(nullptr, nullptr) == 0);
-        CHECK(encoder.WriteQuillMidiTrack(nullptr, kMap) == 0);
-        CHECK(encoder.InsertContinuousVibrato(0, nullptr, &info) == 0);
-        CHECK(encoder.InsertContinuousPitchBend(nullptr, &info) == 0);
-        CHECK(encoder.InsertContinuousDynamics(track, nullptr) == 0);
+        CHECK(encoder.Write(track, &info) == std::vector<int>{1, 0, 0, 0, 1, 0, 0, 0, 1, 1, 1, 1, 1, 1});
+        CHECK(encoder.WriteMessages() == 4);
+        CHECK(encoder.Write(track, nullptr) == nothing);
     }
-    event.SeekToBegin();
-    without = results();
-    CHECK(std::all_of(without.begin(), without.end(), isNone)); // after the run too
-
+    CHECK(encoder.WriteMessages() == 0);
     const auto entries = EntriesOf(buffer);
-    const auto has = [&](const StreamEntry& entry) { return std::count(entries.begin(), entries.end(), entry) == 1; };
-    CHECK(has({5, 0, {0xB2, 1, 2}}));
-    CHECK(has({7, 0, {0xB2, 3, 4}}));
+    for (const StreamEntry& entry : {StreamEntry{5, 0, {0xB2, 1, 2}}, StreamEntry{7, 0, {0xB2, 3, 4}}})
+        CHECK(std::count(entries.begin(), entries.end(), entry) == 1);
     CHECK(entries.back().time == 7);
     CHECK(entries.back().bytes == Bytes{0xB2, 99, 0x52, 0xB2, 98, 0, 0xB2, 6, 0, 0xB2, 38, 0, 0, 0, 0, 0});
 
-    Bytes out(48);
+    Bytes out(45);
     tagQuillNPRNBlock block;
     CHECK(Inside::WriteStartNPRNEvents(out.data(), 0x12, 0x63, &block) == 12);
     CHECK(block.nextLsb == 1);
@@ -241,13 +214,16 @@ TEST_CASE("encoder: the writers of who derives from it") {
     CHECK(block.nextLsb == 4);
     CHECK(block.dataMsb == 200);
     CHECK(block.dataLsb == 0x7F);
-    CHECK(out == Bytes{0xB2, 99,   0x63, 0xB2, 98,   0,    0xB2, 6,    0,    0xB2, 38,   0,    0xB2, 99, 0x63, 0xB2,
-                       98,   1,    0xB2, 6,    1,    0xB2, 38,   2,    0xB2, 99,   0x63, 0xB2, 98,   2,  0xB2, 6,
-                       5,    0xB2, 99,   0x63, 0xB2, 98,   3,    0xB2, 6,    200,  0xB2, 38,   0x7F, 0,  0,    0});
+    CHECK(out == Bytes{0xB2, 99, 0x63, 0xB2, 98, 0, 0xB2, 6, 0,   0xB2, 38, 0, //
+                       0xB2, 99, 0x63, 0xB2, 98, 1, 0xB2, 6, 1,   0xB2, 38, 2, // 130, in 14 bits
+                       0xB2, 99, 0x63, 0xB2, 98, 2, 0xB2, 6, 5,                // what seven bits do not hold is no LSB
+                       0xB2, 99, 0x63, 0xB2, 98, 3, 0xB2, 6, 200, 0xB2, 38, 0x7F});
 
     tagQuillMidiOutNoteParam note{};
-    for (int kind = 0; kind != 245;)
-        kind = event.GetNext();
+    CCsqEvent event;
+    event.Attach(track);
+    while (event.GetNext() != torv::kEventAnote)
+        continue;
     REQUIRE(encoder.CreateQuillNoteStruct(&note, &event, &info) == 1);
     encoder.SetNoteSegmentParam(&note, &info, 1, nullptr); // there is one segment
     encoder.SetNoteSegmentParam(nullptr, &info, 0, nullptr);

@@ -58,23 +58,21 @@ TEST_CASE("buffer: what it refuses leaves it as it was") {
     CQuillMidiBuffer buffer;
     const BYTE byte = 1;
     BYTE read = 0;
-    CHECK(buffer.AddEvent(0, &byte, 1, 0) == 0); // not created
-    CHECK(buffer.InsertEventExAt(0, 0, &byte, 1) == 0);
-    CHECK(buffer.MoveTo(0) == 0);
-    CHECK(buffer.GetDataSize() == 0);
     tagQuillMidiEntry entry;
-    CHECK(buffer.ReadEntry(&entry) == 0);
-    CHECK(buffer.ReadNextEntry(&entry) == 0);
-    CHECK(buffer.ReadPrevEntry(&entry) == 0);
-    CHECK(buffer.SeekToTimePosition(10) == 0);
-    buffer.Create(1, 2000, 0);
-    CHECK(buffer.SeekToTimePosition(10) == 0); // empty
-    CHECK(buffer.AddEvent(1, nullptr, 3, 0) == 0);
-    CHECK(buffer.AddEvent(1, &byte, 1, nullptr, 1, 0) == 0);
-    CHECK(buffer.InsertEventExAt(0x80000000, 0, &byte, 1) == 0); // no stream reaches so far
-    CHECK(buffer.InsertEventAt(0x80000000, &byte, 1, 0, 1) == 0);
-    CHECK(buffer.AddEvent(0x80000000, &byte, 1, 0) == 0);
-    CHECK(EntriesOf(buffer).empty());
+    for (const bool isCreated : {false, true}) {
+        CHECK(buffer.AddEvent(isCreated ? 0x80000000 : 0, &byte, 1, 0) == 0); // no stream reaches so far
+        CHECK(buffer.InsertEventExAt(isCreated ? 0x80000000 : 0, 0, &byte, 1) == 0);
+        CHECK(buffer.InsertEventAt(isCreated ? 0x80000000 : 0, &byte, 1, 0, 1) == 0);
+        CHECK(buffer.AddEvent(1, nullptr, 3, 0) == 0);
+        CHECK(buffer.AddEvent(1, &byte, 1, nullptr, 1, 0) == 0);
+        CHECK(buffer.MoveTo(0) == isCreated);
+        CHECK(EntriesOf(buffer).empty());
+        CHECK(buffer.ReadEntry(&entry) == 0);
+        CHECK(buffer.ReadNextEntry(&entry) == 0);
+        CHECK(buffer.ReadPrevEntry(&entry) == 0);
+        CHECK(buffer.SeekToTimePosition(10) == 0);
+        buffer.Create(1, 2000, 0);
+    }
     CHECK(buffer.InsertEventAt(0x7FFFFFFF, &byte, 1, 0, 1) == 1);
     CHECK(buffer.ReadEvent(buffer.GetDataSize(), &read, 1) == 0);
     CHECK(buffer.ReadEvent(0, nullptr, 1) == 0);
