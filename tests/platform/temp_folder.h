@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <string>
 
 /// A folder of its own for each test, removed with everything in it.
@@ -41,6 +42,13 @@ public:
         return {std::istreambuf_iterator<char>(file), {}};
     }
     bool Has(const std::string& name) const { return std::filesystem::exists(Path(name)); }
+    /// What it holds, or the folder in it of this name.
+    std::set<std::string> Names(const std::string& name = "") const {
+        std::set<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(Path(name)))
+            names.insert(entry.path().filename().string());
+        return names;
+    }
 
 private:
     std::filesystem::path m_path;

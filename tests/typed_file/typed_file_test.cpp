@@ -2,12 +2,11 @@
 
 #include <doctest/doctest.h>
 
-#include <filesystem>
 #include <random>
 #include <string>
-#include <thread>
 
 #include "allocation_failure.h"
+#include "platform/temp_folder.h"
 #include "torv/platform/afx/mem_file.h"
 
 namespace {
@@ -28,21 +27,6 @@ std::string Reread(const std::string& text) {
     CHECK(LoadText(file, text));
     return Compact(file);
 }
-
-/// A path in the folder for temporary files, whose file goes with the object.
-struct TemporaryPath {
-    TemporaryPath() {
-        char folder[MAX_PATH] = "";
-        GetTempPathA(MAX_PATH, folder);
-        path = torv::JoinPath(folder, "torv_typed_file_test.def");
-        std::filesystem::remove(path.GetStdString());
-    }
-    ~TemporaryPath() { std::filesystem::remove(path.GetStdString()); }
-    TemporaryPath(const TemporaryPath&) = delete;
-    TemporaryPath& operator=(const TemporaryPath&) = delete;
-
-    CString path;
-};
 
 class BadDisk : public CMemFile {
 public:
@@ -127,21 +111,17 @@ TEST_CASE("typed file: editing keeps the order in which sections and keys came")
     CHECK(Compact(file) == "[A]\nz=z\nx=4\n[C]\nn=\n");
     CHECK(file.GetEntryMap("A")->GetCount() == 2);
     CString name;
-    CxEntryMap* map = nullptr;
+    CxEntryMap* map = file.GetEntryMap("A");
     POSITION none = nullptr;
-    file.GetSectionMap()->GetNextAssoc(none, name, map = file.GetEntryMap("A")); // past the last: no map
+    file.GetSectionMap()->GetNextAssoc(none, name, map); // past the last: no map
     CHECK(map == nullptr);
 
     for (int n = 0; n < 1000; ++n) // more than there is room for at first
-        CHECK(file.WriteAt("A", std::to_string(n).c_str(), std::to_string(2 * n).c_str()));
+        file.WriteAt("A", std::to_string(n).c_str(), std::to_string(2 * n).c_str());
     for (int n = 0; n < 1000; n += 2)
-        CHECK(file.RemoveEntry("A", std::to_string(n).c_str()));
+        file.RemoveEntry("A", std::to_string(n).c_str());
     for (int n = 0; n < 1000; ++n)
         CHECK(file.ReadAt("A", std::to_string(n).c_str(), "") == (n % 2 ? std::to_string(2 * n) : "").c_str());
-    file.SetPathName("somewhere");
-    file.RemoveAll();
-    CHECK(file.GetSectionCount() == 0);
-    CHECK(file.GetPathName() == "");
 }
 
 TEST_CASE("typed file: both written forms, byte by byte") {
@@ -163,96 +143,49 @@ TEST_CASE("typed file: both written forms, byte by byte") {
 }
 
 TEST_CASE("typed file: on disk") {
-    const TemporaryPath temporary;
+    const TempFolder folder;
+    const CString path = folder.Path("a.def").c_str();
     CxTypedFile file;
     CHECK(file.Save() == 0); // no path yet
     file.WriteAt("S", "A", "1");
-    CHECK(file.SaveAs(temporary.path));
+    CHECK(file.SaveAs(path));
     file.WriteAt("S", "A", "2");
     CHECK(file.Save()); // over the old one
-    CxTypedFile other;
-    CHECK(other.Load(static_cast<const char*>(temporary.path)));
-    CHECK(other.GetPathName() == temporary.path);
-    CHECK(Compact(other) == "[S]\nA=2\n");
-
-    CFile open(temporary.path, CFile::modeRead);
+    CFile open(path, CFile::modeRead);
     open.SeekToEnd();
     file.RemoveAll();
+    CHECK(file.GetPathName() == "");
     CHECK(file.Load(&open)); // from its beginning, wherever it stands
     CHECK(Compact(file) == "[S]\nA=2\n");
     CHECK(LoadText(file, "[M]\n"));
     CHECK(file.GetPathName() == open.GetFilePath()); // text from memory has no path
     open.Close();
 
-    const CString missing = torv::JoinPath(temporary.path, "nowhere.def");
+    const CString missing = torv::JoinPath(path, "nowhere.def");
     CHECK(file.Load(static_cast<const char*>(missing)) == 0);
     CHECK(file.GetSectionCount() == 0);
     CHECK(file.GetPathName() == missing);
     CHECK(file.SaveAs(missing) == 0);
     CHECK(file.Load(static_cast<const char*>(nullptr)) == 0);
     CHECK(file.Load(static_cast<CFile*>(nullptr)) == 0);
-    { CFile emptied(temporary.path, CFile::modeCreate | CFile::modeWrite); }
-    CHECK(file.Load(static_cast<const char*>(temporary.path))); // no bytes: an empty file, not an unreadable one
-}
-
-TEST_CASE("typed file: two that save one path at once leave what one of them wrote, and both are told so") {
-    const TemporaryPath temporary;
-    const auto saveOften = [&temporary](int entries) {
-        CxTypedFile file;
-        for (int n = 0; n < entries; ++n)
-            file.WriteAt(std::to_string(entries).c_str(), std::to_string(n).c_str(), "value");
-        int saved = 0;
-        for (int n = 0; n < 30; ++n)
-            saved += file.SaveAs(temporary.path);
-        return saved;
-    };
-    int savedThere = 0;
-    std::thread other([&] { savedThere = saveOften(3000); });
-    CHECK(saveOften(5000) == 30);
-    other.join();
-    CHECK(savedThere == 30);
-    CxTypedFile left;
-    CHECK(left.Load(static_cast<const char*>(temporary.path)));
-    REQUIRE(left.GetSectionCount() == 1);
-    CString name;
-    CxEntryMap* entries = nullptr;
-    POSITION first = left.GetSectionMap()->GetStartPosition();
-    left.GetSectionMap()->GetNextAssoc(first, name, entries);
-    CHECK(std::to_string(entries->GetCount()).c_str() == name);
+    CHECK(file.Load(folder.File("empty.def", "").c_str())); // an empty file, not an unreadable one
 }
 
 TEST_CASE("typed file: memory that cannot be had is answered, and saving then leaves the old file") {
-    const TemporaryPath temporary;
-    CxTypedFile file;
-    file.WriteAt("S", "A", "old");
-    REQUIRE(file.SaveAs(temporary.path));
-    FailEachAllocation([&temporary](AllocationFailure& failure) {
-        CxTypedFile loading;
-        const char* const path = temporary.path;
-        const int loaded = failure.During([&] { return loading.Load(path); });
-        CHECK(loaded == !failure.HasHappened());
-        CHECK(loading.GetSectionCount() == loaded);
-    });
-    FailEachAllocation([](AllocationFailure& failure) {
-        CxTypedFile editing;
-        editing.WriteAt("S", "A", "a value that is too long for a text's own room");
-        const int written = failure.During([&] {
-            return editing.WriteAt("T", "a key that is too long for a text's own room", "B") &&
-                   editing.WriteAt("S", "A", "another one that is too long for a text's own room");
-        });
-        CHECK(written == !failure.HasHappened());
-        CHECK((editing.ReadAt("S", "A", nullptr).Find("another") == 0) == (written != 0));
-    });
+    const TempFolder folder;
+    const std::string path = folder.Path("a.def");
+    const std::string text = "a text that is too long for a text's own room";
     FailEachAllocation([&](AllocationFailure& failure) {
-        CxTypedFile saving;
-        saving.WriteAt("S", "A", "new");
-        saving.SetPathName(temporary.path);
-        const int saved = failure.During([&] { return saving.Save(); });
+        folder.File("a.def", "[S]\nA=old\n");
+        CxTypedFile file;
+        const int loaded = failure.During([&] { return file.Load(path.c_str()); });
+        CHECK(file.GetSectionCount() == loaded);
+        const int written = failure.During(
+            [&] { return loaded && file.WriteAt("T", text.c_str(), "B") && file.WriteAt("S", "A", text.c_str()); });
+        CHECK((file.ReadAt("S", "A", nullptr) == text.c_str()) == (written != 0));
+        const int saved = failure.During([&] { return written && file.Save(); });
         CHECK(saved == !failure.HasHappened());
-        CxTypedFile left;
-        REQUIRE(left.Load(static_cast<const char*>(temporary.path)));
-        CHECK(left.ReadAt("S", "A", nullptr) == (saved ? "new" : "old"));
-        file.SaveAs(temporary.path);
+        CHECK((folder.Content("a.def") == "[S]\nA=old\n") == !saved);
     });
 }
 

@@ -3,11 +3,11 @@
 #include <doctest/doctest.h>
 
 #include <cmath>
-#include <filesystem>
-#include <fstream>
 #include <limits>
 #include <string>
 #include <vector>
+
+#include "platform/temp_folder.h"
 
 namespace {
 
@@ -88,24 +88,21 @@ TEST_CASE("typed file: copying bytes of any count") {
 }
 
 TEST_CASE("typed file: searching a folder by attributes") {
-    const auto folder = std::filesystem::temp_directory_path() / "torv_dir_test";
-    std::filesystem::remove_all(folder);
-    REQUIRE(std::filesystem::create_directory(folder));
-    const std::string all = (folder / "*").string();
+    const TempFolder folder;
+    const std::string all = folder.Path("*");
     WIN32_FIND_DATAA found = {};
     CHECK(CxTypedFile::Dir(all.c_str(), &found, 0, 1, 0, 0, 0, 0) == 0); // "." and ".." are folders, never accepted
 
-    REQUIRE(std::ofstream((folder / "a.aic").string()).is_open());
-    CHECK(CxTypedFile::Dir(all.c_str(), &found, 1, 0, 0, 0, 0, 0));
-    CHECK(std::string(found.cFileName) == "a.aic");
+    folder.File("a.aic", "");
     CHECK(CxTypedFile::Dir(all.c_str(), nullptr, 1, 0, 0, 0, 0, 0));
     CHECK(CxTypedFile::Dir(all.c_str(), &found, 0, 1, 0, 0, 0, 0) == 0);
     CHECK(CxTypedFile::Dir(all.c_str(), &found, 0, 0, 0, 0, 0, 0) == 0);
+    CHECK(CxTypedFile::Dir(all.c_str(), &found, 1, 0, 0, 0, 0, 0));
+    CHECK(std::string(found.cFileName) == "a.aic");
 
-    std::filesystem::create_directory(folder / "b.aic");
-    CHECK(CxTypedFile::Dir((folder / "*.aic").string().c_str(), &found, 0, 1, 0, 0, 0, 0)); // past the file
+    folder.Folder("b.aic");
+    CHECK(CxTypedFile::Dir(folder.Path("*.aic").c_str(), &found, 0, 1, 0, 0, 0, 0)); // past the file
     CHECK(std::string(found.cFileName) == "b.aic");
-    CHECK(CxTypedFile::Dir((folder / "*.def").string().c_str(), &found, 1, 1, 1, 1, 1, 1) == 0);
+    CHECK(CxTypedFile::Dir(folder.Path("*.def").c_str(), &found, 1, 1, 1, 1, 1, 1) == 0);
     CHECK(CxTypedFile::Dir(nullptr, &found, 1, 1, 1, 1, 1, 1) == 0);
-    std::filesystem::remove_all(folder);
 }
