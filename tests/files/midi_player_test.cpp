@@ -6,7 +6,6 @@
 
 #include <doctest/doctest.h>
 
-#include <functional>
 #include <utility>
 #include <vector>
 
@@ -14,15 +13,8 @@ namespace {
 
 using Bytes = std::vector<BYTE>;
 
-void AddVariableLength(Bytes& track, DWORD value) {
-    for (int shift = 21; shift > 0; shift -= 7)
-        if (value >> shift)
-            track.push_back(static_cast<BYTE>(0x80 | (value >> shift)));
-    track.push_back(value & 0x7F);
-}
-
-void Add(Bytes& track, DWORD delta, const Bytes& event) {
-    AddVariableLength(track, delta);
+void Add(Bytes& track, BYTE delta, const Bytes& event) {
+    track.push_back(delta);
     track.insert(track.end(), event.begin(), event.end());
 }
 
@@ -46,10 +38,10 @@ struct Player : SongBytes, CxMidiSequence {
 };
 
 /// Notes 0, 1, 2 ... 127, 0 ... one every `delta` ticks, the first at once.
-Bytes Notes(int count, DWORD delta) {
+Bytes Notes(int count, BYTE delta, BYTE status = 0x90) {
     Bytes track;
     for (int i = 0; i < count; ++i)
-        Add(track, i ? delta : 0, {0x90, static_cast<BYTE>(i & 0x7F), 0x40});
+        Add(track, i ? delta : 0, {status, static_cast<BYTE>(i & 0x7F), 0x40});
     Add(track, delta, kEnd);
     return track;
 }
@@ -65,10 +57,7 @@ TEST_CASE("midi player: a device that is not there") {
     CHECK(CxMidiSequence::OutMidiMessage(0x403C90, nullptr) == 0);
     CHECK(CxMidiSequence::OutAllNoteOff() == 0);
     song.StopPlay();
-    song.StopPlay();
     CxMidiSequence::ChangeMidiDeviseID(static_cast<UINT>(-1));
-    if (midiOutGetNumDevs() == 0)
-        CHECK(song.StartPlay(nullptr) == 0);
     tagEvent event;
     CHECK(song.GetEvent(&event) == 1); // nothing was taken
     CHECK(event.data1 == 0);
@@ -132,12 +121,13 @@ private:
     const HWND m_window = CreateWindowExA(0, "STATIC", "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
 };
 
-/// Takes the sixteen all-notes-off messages, in order, from the end.
-bool TakeSilence(std::vector<MidiRecorder::Message>& messages) {
-    for (DWORD channel = 16; channel-- > 0; messages.pop_back())
-        if (messages.empty() || messages.back().bytes != (0x007BB0 | channel))
-            return false;
-    return true;
+/// What is left of them without the sixteen all-notes-off messages at their end.
+std::vector<MidiRecorder::Message> WithoutSilence(std::vector<MidiRecorder::Message> messages) {
+    for (DWORD channel = 16; channel-- > 0; messages.pop_back()) {
+        REQUIRE_FALSE(messages.empty());
+        REQUIRE(messages.back().bytes == (0x007BB0 | channel));
+    }
+    return messages;
 }
 
 void AwaitDevice() {
@@ -151,10 +141,9 @@ TEST_CASE("midi player: events at their times, and the window is told") {
     const RecorderInList recorder;
     const Window window;
     HandClock clock;
-    Bytes conductor;
-    Add(conductor, 0, {0xFF, 0x58, 0x04, 0x06, 0x03, 0x24, 0x08});
-    Add(conductor, 480, {0xFF, 0x51, 0x03, 0x03, 0xD0, 0x90}); // 250000: twice as fast from 500 ms on
-    Add(conductor, 0, kEnd);
+    const Bytes conductor{0x00, 0xFF, 0x58, 0x04, 0x06, 0x03, 0x24, 0x08,
+                          0x83, 0x60, 0xFF, 0x51, 0x03, 0x03, 0xD0, 0x90, // 250000: twice as fast from 500 ms on
+                          0x00, 0xFF, 0x2F, 0x00};
     Player song({conductor, Notes(60, 24), Notes(60, 24)});
     clock.refuses = true;
     CHECK(song.StartPlay(window) == 0);
@@ -164,15 +153,17 @@ TEST_CASE("midi player: events at their times, and the window is told") {
     REQUIRE(song.StartPlay(window) == 1);
     CHECK(song.StartPlay(window) == 0);
     CHECK(Player().StartPlay(nullptr) == 0); // nor any other
-    size_t step = 0;
-    for (DWORD time = 10; time <= 1200; time += 10) {
-        clock.Advance(10);
-        // 250 x 24 = 6000 = 12 ms and 240 over, a thousand of which make one more.
-        const auto due = [](size_t s) { return s <= 20 ? 25 * s : 500 + 12 * (s - 20) + 240 * (s - 20) / 1000; };
-        while (step < 60 && due(step) <= time)
-            ++step;
-        REQUIRE(recorder->Messages().size() == 2 * step);
+    DWORD time = 0;
+    // One every 25 ms; then 250 x 24 = 6000 = 12 ms and 240 over, a thousand of which make one more: 12, 24, 36,
+    // 48, 61.
+    for (const auto& [until, notes] : std::vector<std::pair<DWORD, size_t>>{
+             {10, 1}, {20, 1}, {30, 2}, {500, 21}, {510, 21}, {520, 22}, {560, 25}, {570, 26}, {970, 59}, {980, 60}}) {
+        clock.Advance(until - time);
+        time = until;
+        CAPTURE(time);
+        CHECK(recorder->Messages().size() == 2 * notes);
     }
+    clock.Advance(100);
     CHECK(window.Take() == Told{{4, 0x08240306},
                                 {2, 100},
                                 {2, 200},
@@ -192,60 +183,50 @@ TEST_CASE("midi player: events at their times, and the window is told") {
     song.StopPlay();
     CHECK(song.IsPlaying() == 0);
     CHECK(recorder->closed == recorder->opened);
-    auto messages = recorder->Messages();
-    CHECK(TakeSilence(messages));
+    const auto messages = WithoutSilence(recorder->Messages());
     for (size_t i = 0; i < messages.size(); ++i)
         CHECK(messages[i].bytes == (0x400090 | (i / 2) << 8));
+    CHECK(CxMidiSequence::OutMidiMessage(0x403C90, nullptr) == 1);
 }
 
-TEST_CASE("midi player: filters, mutes and a rewind hold while it plays") {
+TEST_CASE("midi player: a rewind and a mute hold while it plays, for which the timer's callback does not allocate") {
     const RecorderInList recorder;
     HandClock clock;
-    Bytes other;
-    for (int i = 0; i < 200; ++i)
-        Add(other, 24, {0x95, 0x11, 0x40});
-    Add(other, 0, kEnd);
-    Player song({Notes(200, 24), other});
+    Player song({Notes(200, 24), Notes(200, 24, 0x95)});
+    recorder->shortHook = [] { allocation_counter::WatchThisThread(); };
     REQUIRE(song.StartPlay(nullptr) == 1);
     const auto playedIn100 = [&] {
         recorder->Clear();
+        allocation_counter::Take();
         clock.Advance(100);
+        CHECK(allocation_counter::Take() == 0);
         return recorder->Messages().size();
     };
-    CHECK(playedIn100() == 9); // 0, 25 .. 100 of the one, 25 .. 100 of the other
+    CHECK(playedIn100() == 10); // 0, 25 .. 100 of each
     song.SetMute(0, 1);
     CHECK(playedIn100() == 5); // the other's, and the one's that was due next
-    song.SetChannelFilter(0xFFDF);
-    CHECK(playedIn100() == 1);
-    CHECK(playedIn100() == 0);
-    song.SetChannelFilter(0xFFFF);
-    song.SetMute(0, 0);
     song.SeekToBegin();
     CHECK(song.GetSequenceTime() == 0);
-    CHECK(playedIn100() == 9);
-    CHECK(recorder->Messages()[0].bytes == 0x400090);
+    CHECK(playedIn100() == 5);
+    CHECK(recorder->Messages()[0].bytes == 0x400095);
     song.StopPlay();
 }
 
 TEST_CASE("midi player: long messages go out in pieces, and nothing between them") {
     const RecorderInList recorder;
     HandClock clock;
-    Bytes track;
     Bytes expected{0xF0};
-    AddVariableLength(track, 0);
-    track.push_back(0xF0);
-    AddVariableLength(track, 150000);
     for (int i = 0; i < 150000; ++i)
         expected.push_back(static_cast<BYTE>(i % 127));
+    Bytes track{0x00, 0xF0, 0x89, 0x93, 0x70}; // 9 x 2^14 + 19 x 2^7 + 112 = 150000
     track.insert(track.end(), expected.begin() + 1, expected.end());
     Add(track, 0, {0x90, 0x3C, 0x40});
     Add(track, 0, {0xF7, 0x00}); // nothing to send, nothing to wait for
     Add(track, 0, {0xF7, 0x03, 0xF2, 0x01, 0x02});
-    expected.insert(expected.end(), {0xF2, 0x01, 0x02});
     Add(track, 0, {0xF0, 0x00});
-    expected.push_back(0xF0);
+    expected.insert(expected.end(), {0xF2, 0x01, 0x02, 0xF0});
     Add(track, 0, {0x80, 0x3C, 0x40});
-    Add(track, 480, kEnd);
+    Add(track, 127, kEnd);
     Player song({track});
 
     recorder->hold = true;
@@ -263,8 +244,7 @@ TEST_CASE("midi player: long messages go out in pieces, and nothing between them
         clock.Advance(10);
     }
     song.StopPlay();
-    auto messages = recorder->Messages();
-    CHECK(TakeSilence(messages));
+    const auto messages = WithoutSilence(recorder->Messages());
     const std::pair<bool, DWORD> order[] = {
         {true, 65536}, {true, 65536}, {true, 150001 - 2 * 65536}, {false, 3}, {true, 3}, {true, 1}, {false, 3}};
     REQUIRE(messages.size() == std::size(order));
@@ -299,9 +279,7 @@ TEST_CASE("midi player: stopping leaves no note sounding, and playing on loses n
         clock.Advance(run % 4 * 10);
         song.StopPlay();
         clock.Advance(20);
-        auto messages = recorder->Messages();
-        CHECK(TakeSilence(messages));
-        for (const auto& message : messages)
+        for (const auto& message : WithoutSilence(recorder->Messages()))
             keys.push_back(message.bytes >> 8 & 0x7F);
     }
     REQUIRE(keys.size() == 300);
@@ -316,13 +294,12 @@ TEST_CASE("midi player: stopping leaves no note sounding, and playing on loses n
 TEST_CASE("midi player: what drops the tracks of a playing sequence stops it first") {
     const RecorderInList recorder;
     HandClock clock;
-    const std::function<void(Player&)> drops[] = {
+    void (*const drops[])(Player&) = {
         [](Player&) {}, // its end
         [](Player& song) { song.CleanUp(); },
-        [](Player& song) { song.Create(1, 2); },
         [](Player& song) { song.PrepareTrackList(1, 1, 480); },
     };
-    for (const auto& drop : drops) {
+    for (const auto drop : drops) {
         auto song = std::make_unique<Player>(std::vector<Bytes>{Notes(500, 1)});
         recorder->Clear();
         REQUIRE(song->StartPlay(nullptr) == 1);
@@ -333,8 +310,7 @@ TEST_CASE("midi player: what drops the tracks of a playing sequence stops it fir
         song.reset();
         clock.Advance(10);
         CHECK(Player().IsPlaying() == 0);
-        auto messages = recorder->Messages();
-        CHECK(TakeSilence(messages));
+        WithoutSilence(recorder->Messages());
         CHECK(recorder->opened == recorder->closed);
     }
 }
@@ -345,28 +321,15 @@ TEST_CASE("midi player: nothing to play, a malformed track and a time that stand
     HandClock clock;
     Player songs[] = {Player(), Player({{0x00, 0x90, 0x3C, 0x40, 0x00, 0xF4, 0x00, 0x00}}),
                       Player({Notes(300, 100)}, 0)};
-    size_t sent = 0;
+    const size_t sent[] = {0, 1, 300};
     for (size_t i = 0; i < 3; ++i) {
+        recorder->Clear();
         REQUIRE(songs[i].StartPlay(window) == 1);
         clock.Advance(10);
         CHECK(window.Take() == Told{{1, 10}});
         songs[i].StopPlay();
-        sent += (i == 0 ? 0 : i == 1 ? 1 : 300) + 16;
-        CHECK(recorder->Messages().size() == sent);
+        CHECK(WithoutSilence(recorder->Messages()).size() == sent[i]);
     }
-}
-
-TEST_CASE("midi player: the timer's callback does not allocate") {
-    const RecorderInList recorder;
-    HandClock clock;
-    Player song({Notes(400, 1), Notes(400, 1)});
-    recorder->shortHook = [] { allocation_counter::WatchThisThread(); };
-    REQUIRE(song.StartPlay(nullptr) == 1);
-    clock.Advance(100);
-    song.SetMute(1, 1); // the order is made anew
-    clock.Advance(100);
-    CHECK(allocation_counter::Take() == 0);
-    song.StopPlay();
 }
 
 TEST_CASE("midi player: on the system's own timer, while the host does what it may") {
@@ -378,16 +341,16 @@ TEST_CASE("midi player: on the system's own timer, while the host does what it m
         song.SetMute(1, i % 2);
         song.SetMessageFilter(0x80, i % 3);
         song.SetChannelFilter(static_cast<WORD>(0xFFFE | i % 2));
-        song.SetChannelFilter(0xFFFF);
         if (i % 5 == 0)
             song.SeekToBegin();
-        if (i % 10 == 0)
-            CHECK(recorder->Await(1));
         song.StopPlay();
-        auto messages = recorder->Messages();
-        CHECK(TakeSilence(messages));
+        WithoutSilence(recorder->Messages());
         CHECK(song.IsPlaying() == 0);
     }
+    song.SetChannelFilter(0xFFFF);
+    REQUIRE(song.StartPlay(nullptr) == 1);
+    CHECK(recorder->Await(1));
+    song.StopPlay();
     CHECK(recorder->opened == recorder->closed);
     CHECK(ThePlayer().Device() == nullptr);
     CHECK(ThePlayer().Timer() == 0);

@@ -5,6 +5,7 @@
 #include <doctest/doctest.h>
 
 #include <array>
+#include <random>
 #include <vector>
 
 namespace {
@@ -16,10 +17,9 @@ using Heads = std::vector<std::array<DWORD, 3>>;
 
 /// A sequence with the bytes that it reads.
 struct Song : CxMidiSequence {
-    void Load(std::vector<Bytes> bytes, DWORD division = 480) {
-        tracks = std::move(bytes);
-        REQUIRE(Create(0, 0) == 1);
-        REQUIRE(PrepareTrackList(1, static_cast<DWORD>(tracks.size()), division) == 1);
+    explicit Song(std::vector<Bytes> bytes, DWORD division = 480) : tracks(std::move(bytes)) {
+        Create(0, 0);
+        PrepareTrackList(1, static_cast<DWORD>(tracks.size()), division);
         for (const auto& track : tracks)
             REQUIRE(AddNewTrack(track.data(), static_cast<DWORD>(track.size())) != nullptr);
     }
@@ -38,56 +38,11 @@ const std::vector<Bytes> kTwoTracks{
     {0x0A, 0x90, 0x3C, 0x40, 0x14, 0x80, 0x3C, 0x40, 0x00, 0xFF, 0x2F, 0x00},  // 10, 30, 30
     {0x0A, 0x91, 0x30, 0x40, 0x46, 0x91, 0x30, 0x00, 0x10, 0xFF, 0x2F, 0x00}}; // 10, 80, 96
 
-} // namespace
-
-TEST_CASE("midi sequence: tracks merge by time, the earlier track first at one tick") {
-    Song sequence;
-    sequence.Load(kTwoTracks);
-    const Heads all{{10, 0x90, 0x3C}, {0, 0x91, 0x30},
-                    {20, 0x80, 0x3C}, {0, 0xFF, 0x2F}, // the end of the shorter track is an event at its time
-                    {50, 0x91, 0x30}, {16, 0xFF, 0x2F}};
-    CHECK(Read(sequence) == all);
-    tagEvent event;
-    CHECK(sequence.GetEvent(&event) == 0);
-    sequence.SeekToBegin();
-    CHECK(Read(sequence) == all);
-
-    SUBCASE("a note with no velocity is filtered with the note-offs, and delivered as it stands") {
-        sequence.SeekToBegin();
-        sequence.SetMessageFilter(0x80, 0);
-        CHECK(Read(sequence) == Heads{{10, 0x90, 0x3C}, {0, 0x91, 0x30}, {20, 0xFF, 0x2F}, {66, 0xFF, 0x2F}});
-        sequence.SeekToBegin();
-        sequence.SetMessageFilter(0x80, 1);
-        sequence.SetMessageFilter(0x95, 0);
-        CHECK(Read(sequence) == Heads{{30, 0x80, 0x3C}, {0, 0xFF, 0x2F}, {50, 0x91, 0x30}, {16, 0xFF, 0x2F}});
-    }
-    SUBCASE("mutes by number, and of all") {
-        sequence.SetMute(7, 1);
-        sequence.SetMuteAll(1);
-        sequence.SeekToBegin();
-        CHECK(Read(sequence).empty());
-        CHECK(sequence.GetMute(1) == 1);
-        CHECK(sequence.GetMute(2) == 0);
-    }
-    SUBCASE("a copy goes on where the other is, over the same bytes") {
-        sequence.SeekToBegin();
-        sequence.SetMessageFilter(0xFF, 0);
-        CHECK(sequence.GetEvent(&event) == 1);
-        CxMidiSequence copy;
-        CHECK(copy.Create(&sequence) == 1);
-        CHECK(Read(copy) == Heads{{0, 0x91, 0x30}, {20, 0x80, 0x3C}, {50, 0x91, 0x30}});
-        CHECK(Read(sequence).size() == 3);
-        CHECK(copy.Create(nullptr) == 0);
-    }
-}
-
-namespace {
-
 /// Many tracks as a list of events each, and the merge done the plain way: every event looks at every track.
 struct PlainMerge {
     struct Event {
         DWORD delta;
-        BYTE status, key;
+        BYTE status, key, velocity;
     };
     struct Track {
         std::vector<Event> events;
@@ -102,8 +57,13 @@ struct PlainMerge {
     };
     std::vector<Track> tracks;
     DWORD lastTick = 0;
-    WORD channels = 0xFFFF;
+    unsigned channels = 0xFFFF;
+    bool hasNoteOffs = true;
 
+    bool Passes(const Event& event) const {
+        return event.status == 0xFF ||
+               ((channels >> (event.status & 0x0F) & 1) && (event.velocity != 0 || hasNoteOffs));
+    }
     /// {delta, status, key}; all 0 at the end.
     std::array<DWORD, 3> Next() {
         for (DWORD delta = 0;;) {
@@ -118,7 +78,7 @@ struct PlainMerge {
             delta += chosen->tick - lastTick;
             lastTick = chosen->tick;
             chosen->Step();
-            if (event.status == 0xFF || (channels >> (event.status & 0x0F) & 1))
+            if (Passes(event))
                 return {delta, event.status, event.key};
         }
     }
@@ -126,31 +86,49 @@ struct PlainMerge {
 
 } // namespace
 
+TEST_CASE("midi sequence: tracks merge by time, the earlier track first at one tick; a copy goes on from there") {
+    Song sequence(kTwoTracks);
+    const Heads all{{10, 0x90, 0x3C}, {0, 0x91, 0x30},
+                    {20, 0x80, 0x3C}, {0, 0xFF, 0x2F}, // the end of the shorter track is an event at its time
+                    {50, 0x91, 0x30}, {16, 0xFF, 0x2F}};
+    CHECK(Read(sequence) == all);
+    tagEvent event;
+    CHECK(sequence.GetEvent(&event) == 0);
+    CHECK(sequence.GetEvent(nullptr) == 0);
+    sequence.SeekToBegin();
+    sequence.SetMessageFilter(0xFF, 0);
+    CHECK(sequence.GetEvent(&event) == 1);
+    CxMidiSequence copy;
+    CHECK(copy.Create(&sequence) == 1);
+    CHECK(Read(copy) == Heads{{0, 0x91, 0x30}, {20, 0x80, 0x3C}, {50, 0x91, 0x30}});
+    CHECK(Read(sequence).size() == 3);
+    CHECK(copy.Create(nullptr) == 0);
+    sequence.SeekToBegin();
+    sequence.SetMuteAll(1);
+    sequence.SetMute(7, 0);
+    CHECK(sequence.GetMute(1) == 1);
+    CHECK(sequence.GetMute(2) == 0);
+    CHECK(Read(sequence).empty());
+}
+
 TEST_CASE("midi sequence: three hundred tracks, while the host filters, mutes and reads them") {
-    DWORD seed = 1;
-    const auto random = [&](DWORD below) {
-        seed = seed * 1664525 + 1013904223;
-        return (seed >> 8) % below;
-    };
+    std::mt19937 engine(1);
+    const auto random = [&](DWORD below) { return static_cast<DWORD>(engine() % below); };
     PlainMerge plain;
     std::vector<Bytes> bytes;
     for (int t = 0; t < 300; ++t) {
         PlainMerge::Track track;
-        Bytes written;
-        for (DWORD i = random(40); i > 0; --i) { // some have none
-            const PlainMerge::Event event{random(3) ? random(6) : random(128), static_cast<BYTE>(0x90 | random(16)),
-                                          static_cast<BYTE>(random(128))};
-            track.events.push_back(event);
-            written.insert(written.end(), {static_cast<BYTE>(event.delta), event.status, event.key, 0x40});
-        }
-        track.events.push_back({random(3), 0xFF, 0x2F});
-        written.insert(written.end(), {static_cast<BYTE>(track.events.back().delta), 0xFF, 0x2F, 0x00});
+        for (DWORD i = random(40); i > 0; --i) // some have none
+            track.events.push_back({random(3) ? random(6) : random(128), static_cast<BYTE>(0x90 | random(16)),
+                                    static_cast<BYTE>(random(128)), static_cast<BYTE>(random(4))});
+        track.events.push_back({random(3), 0xFF, 0x2F, 0});
         track.tick = track.events[0].delta;
+        Bytes& written = bytes.emplace_back();
+        for (const auto& event : track.events)
+            written.insert(written.end(), {static_cast<BYTE>(event.delta), event.status, event.key, event.velocity});
         plain.tracks.push_back(track);
-        bytes.push_back(written);
     }
-    Song sequence;
-    sequence.Load(bytes);
+    Song sequence(bytes);
     tagEvent event{};
     size_t count = 0;
     for (;; ++count) {
@@ -159,49 +137,50 @@ TEST_CASE("midi sequence: three hundred tracks, while the host filters, mutes an
         if (expected[1] == 0)
             break;
         REQUIRE(std::array<DWORD, 3>{event.delta, event.status, event.data1} == expected);
+        const DWORD number = random(300);
+        auto& track = plain.tracks[number];
         if (random(20) == 0) { // muted tracks may come back after their time
-            const auto track = static_cast<int>(random(300));
-            plain.tracks[static_cast<size_t>(track)].muted = random(2) == 0;
-            sequence.SetMute(track, plain.tracks[static_cast<size_t>(track)].muted);
+            track.muted = random(2) == 0;
+            sequence.SetMute(static_cast<int>(number), track.muted);
         }
         if (random(100) == 0) {
-            plain.channels = static_cast<WORD>(random(0x10000));
-            sequence.SetChannelFilter(plain.channels);
+            plain.channels = random(0x10000);
+            plain.hasNoteOffs = random(2);
+            sequence.SetChannelFilter(static_cast<WORD>(plain.channels));
+            sequence.SetMessageFilter(0x8F, plain.hasNoteOffs); // a note without velocity is one to the filter
         }
-        if (random(100) == 0) { // an event taken from under the merge
-            const auto track = static_cast<int>(random(300));
-            if (sequence.GetTrack(track)->GetEvent(&event))
-                plain.tracks[static_cast<size_t>(track)].Step();
-        }
+        if (random(100) == 0 && sequence.GetTrack(static_cast<int>(number))->GetEvent(&event))
+            track.Step(); // taken from under the merge
     }
     CHECK(count > 1000);
 }
 
 TEST_CASE("midi sequence: the filter's slot for everything above system exclusive is not exclusive's own") {
-    Song sequence;
-    sequence.Load({{0x00, 0xF0, 0x01, 0xF7, 0x00, 0xF7, 0x01, 0x01, 0x00, 0xFF, 0x2F, 0x00}});
+    Song sequence({{0x00, 0xF0, 0x01, 0xF7, 0x00, 0xF7, 0x01, 0x01, 0x00, 0xFF, 0x2F, 0x00}});
+    for (const int none : {-1, 256})
+        CHECK(sequence.GetMessageFilter(none) == 0);
     sequence.SetMessageFilter(0xFF, 0);
     CHECK(Read(sequence) == Heads{{0, 0xF0, 0}});
     CHECK(sequence.GetMessageFilter(0xF7) == 0);
     CHECK(sequence.GetMessageFilter(0xF0) == 1);
-    CHECK(sequence.GetMessageFilter(256) == 0);
 }
 
 TEST_CASE("midi sequence: milliseconds") {
-    Song sequence;
     SUBCASE("fifty ticks one by one are 51 ms") {
         // Each: 500 x 1 = 500 = 1 ms and 20 over; 50 x 20 = 1000 makes one more. Exact would be 52.08.
         Bytes track;
         for (int i = 0; i < 50; ++i)
             track.insert(track.end(), {0x01, 0x90, 0x3C, 0x40});
         track.insert(track.end(), {0x00, 0xFF, 0x2F, 0x00});
-        sequence.Load({track});
+        Song sequence({track});
         Read(sequence);
         CHECK(sequence.GetTimePosition() == 51);
+        sequence.SeekToBegin();
+        CHECK(sequence.GetTimePosition() == 0);
     }
     SUBCASE("a tempo loses what is below a thousand, and its event still comes") {
         // 0x07A4FF = 500991 counts as 500: 480 ticks are 500 ms; at 120 (0x01D4C0 = 120000) 480 more are 120 ms.
-        sequence.Load({{0x00, 0xFF, 0x51, 0x03, 0x07, 0xA4, 0xFF, 0x83, 0x60, 0xFF,
+        Song sequence({{0x00, 0xFF, 0x51, 0x03, 0x07, 0xA4, 0xFF, 0x83, 0x60, 0xFF,
                         0x51, 0x03, 0x01, 0xD4, 0xC0, 0x83, 0x60, 0xFF, 0x2F, 0x00}});
         tagEvent event;
         sequence.GetEvent(&event);
@@ -212,19 +191,17 @@ TEST_CASE("midi sequence: milliseconds") {
         sequence.GetEvent(&event);
         CHECK(sequence.GetTimePosition() == 620);
         sequence.SeekToBegin();
-        CHECK(sequence.GetTimePosition() == 0);
         CHECK(sequence.GetSequenceTempo() == 120000); // stays until the stream says otherwise
     }
     SUBCASE("no division, no time") {
-        sequence.Load(kTwoTracks, 0);
+        Song sequence(kTwoTracks, 0);
         CHECK(Read(sequence).size() == 6);
         CHECK(sequence.GetTimePosition() == 0);
     }
 }
 
 TEST_CASE("midi sequence: signatures, and meta events too short for their kind") {
-    Song sequence;
-    sequence.Load(
+    Song sequence(
         {{0x00, 0xFF, 0x58, 0x04, 0x06, 0x03, 0x24, 0x08, 0x00, 0xFF, 0x59, 0x02,
           0xFD, 0x01, 0x00, 0xFF, 0x58, 0x01, 0x05, 0x00, 0xFF, 0x59, 0x00, // short: delivered, without effect
           0x00, 0xFF, 0x51, 0x02, 0x01, 0x02, 0x00, 0xFF, 0x2F, 0x00}});
@@ -232,61 +209,44 @@ TEST_CASE("midi sequence: signatures, and meta events too short for their kind")
     CHECK(sequence.GetTimeSig() == 0x08240306);
     CHECK(sequence.GetKeySig() == 0x01FD);
     CHECK(sequence.GetSequenceTempo() == 500000);
+    sequence.SeekToBegin();
+    CHECK(sequence.GetTimeSig() == 0);
+    CHECK(sequence.GetKeySig() == 0);
 }
 
 TEST_CASE("midi sequence: what does not fit") {
-    Song sequence;
+    CxMidiSequence none;
     tagEvent event;
-    CHECK(sequence.GetEvent(&event) == 0);
-    CHECK(sequence.PrepareTrackList(1, 1, 480) == 0); // nothing created
-    CHECK(sequence.AddNewTrack(kTwoTracks[0].data(), 12) == nullptr);
-    sequence.Load({kTwoTracks[0]});
-    CHECK(sequence.AddNewTrack(kTwoTracks[1].data(), 12) == nullptr); // the place is taken
-    CHECK(sequence.GetTrack(1) == nullptr);
+    CHECK(none.GetEvent(&event) == 0);
+    CHECK(none.PrepareTrackList(1, 1, 480) == 0); // nothing created
+    CHECK(none.AddNewTrack(kTwoTracks[0].data(), 12) == nullptr);
+
+    Song sequence({kTwoTracks[0], {0x05, 0xF4, 0x00, 0x00}});
+    CHECK(sequence.AddNewTrack(kTwoTracks[1].data(), 12) == nullptr); // the places are taken
+    CHECK(sequence.GetTrack(2) == nullptr);
     CHECK(sequence.PrepareTrackList(1, 0x10000, 480) == 0);
+    CHECK(sequence.GetEvent(&event) == 0); // one malformed track stops the whole
+    CHECK(sequence.GetEvent(&event) == 0);
+    sequence.SetMute(1, 1);
     CHECK(Read(sequence).size() == 3);
-
-    SUBCASE("one malformed track stops the whole") {
-        const Bytes bad{0x05, 0xF4, 0x00, 0x00};
-        sequence.Load({kTwoTracks[0], bad});
-        CHECK(sequence.GetEvent(&event) == 0);
-        CHECK(sequence.GetEvent(&event) == 0);
-        sequence.SetMute(1, 1);
-        CHECK(Read(sequence).size() == 3);
-    }
-    SUBCASE("prepared places that no track took are passed over") {
-        REQUIRE(sequence.Create(1, 2) == 1);
-        REQUIRE(sequence.PrepareTrackList(1, 3, 480) == 1);
-        sequence.AddNewTrack(kTwoTracks[0].data(), 12);
-        CHECK(Read(sequence).size() == 3);
-    }
-}
-
-TEST_CASE("midi sequence: bytes of a channel message") {
-    const int lengths[] = {0, 0, 0, 0, 0, 0, 0, 0, 3, 3, 3, 3, 2, 2, 3, 0};
-    for (int nibble = 0; nibble < 16; ++nibble)
-        CHECK(CxMidiSequence::GetMidiEventLength(nibble << 4 | 5) == lengths[nibble]);
+    sequence.Create(1, 2);
+    REQUIRE(sequence.PrepareTrackList(1, 3, 480) == 1);
+    sequence.AddNewTrack(kTwoTracks[0].data(), 12);
+    CHECK(Read(sequence).size() == 3); // prepared places that no track took are passed over
 }
 
 TEST_CASE("midi sequence: what memory does not suffice for leaves the tracks as they were") {
-    Song other;
-    other.Load({kTwoTracks[0]});
+    Song other({kTwoTracks[0]});
     FailEachAllocation([&](AllocationFailure& failure) {
-        CxMidiSequence sequence;
-        sequence.Create(1, 2);
+        Song sequence(kTwoTracks);
+        const int copied = failure.During([&] { return sequence.Create(&other); });
+        CHECK(copied == !failure.HasHappened());
+        CHECK(Read(sequence).size() == (copied ? 3 : 6));
+        sequence.SeekToBegin();
         const bool made = failure.During([&] {
             return sequence.PrepareTrackList(1, 2, 480) && sequence.AddNewTrack(kTwoTracks[0].data(), 12) &&
                    sequence.AddNewTrack(kTwoTracks[1].data(), 12);
         });
-        CHECK(made == !failure.HasHappened());
-        if (made)
-            CHECK(Read(sequence).size() == 6);
-    });
-    FailEachAllocation([&](AllocationFailure& failure) {
-        Song sequence;
-        sequence.Load(kTwoTracks);
-        const int copied = failure.During([&] { return sequence.Create(&other); });
-        CHECK(copied == !failure.HasHappened());
-        CHECK(Read(sequence).size() == (copied ? 3 : 6));
+        CHECK((made && copied) == !failure.HasHappened());
     });
 }
