@@ -2,17 +2,14 @@
 
 #include "allocation_failure.h"
 #include "encoding/random_song.h"
+#include "platform/small_disk.h"
 #include "platform/temp_folder.h"
+#include "torv/files/midi_track.h"
 
 #include <doctest/doctest.h>
 
 #include <algorithm>
 #include <string>
-
-#if !defined(_WIN32)
-#include <csignal>
-#include <sys/resource.h>
-#endif
 
 // 120 beats a minute unless a test says otherwise: 480 ticks are 500 ms, 1920 ticks are the presend of 2000 ms.
 
@@ -59,62 +56,36 @@ Events EventsOf(CQuillMidiBuffer& buffer) {
     return events;
 }
 
-/// A reader of such files that shares nothing with what wrote them. Every event carries its status.
-struct Reader {
+DWORD NumberIn(const std::string& bytes) {
+    DWORD number = 0;
+    for (const char byte : bytes)
+        number = number << 8 | static_cast<BYTE>(byte);
+    return number;
+}
+
+/// What a reader of such files finds.
+std::vector<Events> TracksOf(const std::string& bytes) {
     std::vector<Events> tracks;
-
-    explicit Reader(const std::string& bytes) : m_bytes(bytes) {
-        REQUIRE(Take(10) == "MThd\0\0\0\6\0\1"s);
-        const DWORD count = Number(2);
-        CHECK(Number(2) == 480);
-        while (m_at < m_bytes.size()) {
-            REQUIRE(Take(4) == "MTrk");
-            const size_t end = Number(4) + m_at;
-            tracks.emplace_back();
-            for (DWORD tick = 0; m_at < end;) {
-                tick += Quantity();
-                tracks.back().push_back({tick, TakeEvent()});
-            }
-            REQUIRE(m_at == end);
-            CHECK(tracks.back().back().bytes == "\xFF\x2F\0"s);
+    for (size_t at = 14; at < bytes.size();) {
+        REQUIRE(bytes.substr(at, 4) == "MTrk");
+        const DWORD size = NumberIn(bytes.substr(at + 4, 4));
+        REQUIRE(size <= bytes.size() - at - 8);
+        CxMidiTrack track;
+        track.Attach(reinterpret_cast<const BYTE*>(&bytes[at + 8]), size);
+        Events& events = tracks.emplace_back();
+        tagEvent event;
+        for (DWORD tick = 0; track.GetEvent(&event);) {
+            std::string message{static_cast<char>(event.status), static_cast<char>(event.data1)};
+            message += static_cast<char>(event.status == 0xFF ? event.length : event.data2);
+            events.push_back({tick += event.delta, message.append(event.bytes, event.bytes + event.length)});
         }
-        CHECK(tracks.size() == count);
+        CHECK(track.GetState()->left == 0);
+        CHECK(mtGetNextEvent(track.GetState()) == 7); // ended by its mark
+        at += 8 + size;
     }
-
-private:
-    std::string TakeEvent() {
-        std::string event = Take(3);
-        if (event[0] == '\xFF')
-            return event + Take(static_cast<size_t>(event[2])); // a negative length is too much
-        REQUIRE((event[0] & 0xF0) == 0xB0);
-        return event;
-    }
-    std::string Take(size_t count) {
-        REQUIRE(count <= m_bytes.size() - m_at);
-        m_at += count;
-        return m_bytes.substr(m_at - count, count);
-    }
-    DWORD Number(size_t count) {
-        DWORD number = 0;
-        for (const char byte : Take(count))
-            number = number << 8 | static_cast<BYTE>(byte);
-        return number;
-    }
-    DWORD Quantity() {
-        DWORD number = 0;
-        for (int i = 0; i < 4; ++i) {
-            const DWORD byte = Number(1);
-            number = number << 7 | (byte & 0x7F);
-            if (byte < 0x80)
-                return number;
-        }
-        FAIL("a quantity of more than four bytes");
-        return 0;
-    }
-
-    std::string m_bytes;
-    size_t m_at = 0;
-};
+    CHECK(NumberIn(bytes.substr(10, 2)) == tracks.size());
+    return tracks;
+}
 
 /// The class from within, as those who derive from it have it.
 struct Inside : CxQuillMidiFile {
@@ -149,14 +120,6 @@ std::string Saved(Song& song, tagQuillMidiQSBBuffer* qsb = nullptr) {
     CxQuillMidiFile file;
     song.Close();
     return Saved(file, song.song, qsb);
-}
-
-std::vector<std::string> NamesIn(const TempFolder& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder.Path("")))
-        names.push_back(entry.path().filename().string());
-    std::sort(names.begin(), names.end());
-    return names;
 }
 
 /// Control changes on one channel, at no distance from each other, from pairs of controller and value.
@@ -222,15 +185,15 @@ TEST_CASE(
         CSequenceObject* const other = CSequence::CreateObject();
         other->SetName("other");
         song.Sequence().AddObject(other);
-        const Reader read(Saved(file, song.Sequence()));
+        const std::vector<Events> read = TracksOf(Saved(file, song.Sequence()));
         CHECK(file.GetPresendTime() == static_cast<DWORD>(plainSong.presend));
         Events expected{{0, "\xFF\3\0"s}};
         for (const plain::Placed& message : plain.Messages(interval))
             expected.push_back({static_cast<DWORD>(message.tick), Text(message.bytes)});
         expected.push_back({std::max(expected.back().tick, static_cast<DWORD>(plain.lastTick)), "\xFF\x2F\0"s});
-        REQUIRE(read.tracks.size() == 3);
-        CHECK(read.tracks[1] == expected);
-        CHECK(read.tracks[2] == Events{{0, "\xFF\3\5other"s}, {0, "\xFF\x2F\0"s}});
+        REQUIRE(read.size() == 3);
+        CHECK(read[1] == expected);
+        CHECK(read[2] == Events{{0, "\xFF\3\5other"s}, {0, "\xFF\x2F\0"s}});
     }
 }
 
@@ -273,7 +236,7 @@ TEST_CASE("engine midi file: deltas as variable-length quantities, bridged where
         const std::string bytes = Saved(song);
         const std::string expected = test.second + "\xFF\x51\3\0\0\3\0\xFF\x2F\0"s;
         CHECK(bytes.substr(53, expected.size()) == expected); // behind header, name, 500000, 4/4
-        CHECK(Reader(bytes).tracks.at(0).back().tick == tick);
+        CHECK(TracksOf(bytes).at(0).back().tick == tick);
     }
 }
 
@@ -372,20 +335,17 @@ TEST_CASE("engine midi file: a save that fails leaves what was there, and says w
     folder.Folder("sub.mid");
     CHECK(failure(folder.Path("sub.mid")) == "CFileException::accessDenied");
 #if !defined(_WIN32)
-    // Full in the midst of a track: the system refuses to let a file grow further, as a full disk does.
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     for (const char* const name : {"old.mid", "new.mid"})
-        for (const rlim_t room : {0, 10, 20, 9000, 30000}) {
-            const rlimit limit{room, before.rlim_max};
-            setrlimit(RLIMIT_FSIZE, &limit);
-            const int saved = file.SaveAsFormat1(folder.Path(name).c_str(), &song.song, qsb);
-            setrlimit(RLIMIT_FSIZE, &before);
-            CHECK(saved == 0);
-            CHECK(file.GetErrorMessage() == "CFileException::diskFull"s);
+        for (const rlim_t room : {0, 10, 20, 9000, 30000}) { // full in the midst of a track, too
+            const SmallDisk disk(room);
+            CHECK(failure(folder.Path(name)) == "CFileException::diskFull");
         }
-    std::signal(SIGXFSZ, handler);
+    {
+        const SmallDisk disk(10);
+        file.Open(old.c_str(), CFile::modeCreate | CFile::modeReadWrite);
+        CHECK(file.Write(data.data(), 20000) == 0);
+        CHECK(file.Close() == 0); // what lacks a part is not put in place
+    }
 #endif
     CHECK(file.SaveAsFormat1(nullptr, &song.song, nullptr) == 0);
     CHECK(file.SaveAsFormat1(old.c_str(), nullptr, qsb) == 0);
@@ -397,7 +357,7 @@ TEST_CASE("engine midi file: a save that fails leaves what was there, and says w
     CHECK(file.SaveAsFormat1(old.c_str(), &noMaster, nullptr) == 0);
     CHECK(file.SaveAsFormat0(folder.Path("new.mid").c_str(), &song.song, qsb) == 1); // as a save that went well
     CHECK(folder.Content("old.mid") == "old");
-    CHECK(NamesIn(folder) == std::vector<std::string>{"old.mid", "sub.mid"});
+    CHECK(folder.Names() == std::set<std::string>{"old.mid", "sub.mid"});
 }
 
 TEST_CASE("engine midi file: a song for which memory does not suffice leaves the old file") {
@@ -409,30 +369,28 @@ TEST_CASE("engine midi file: a song for which memory does not suffice leaves the
         AddPoint(song.Chart::Track().GetPitchBendBreakPointList(), 2000 + i, i);
     song.Close();
     const std::string whole = Saved(song);
-    const std::string path = folder.File("song.mid", "old");
     CxQuillMidiFile file;
     FailEachAllocation([&](AllocationFailure& failure) {
+        const std::string path = folder.File("song.mid", "old");
         const int saved = failure.During([&] { return file.SaveAsFormat1(path.c_str(), &song.song, nullptr); });
         CHECK(saved == !failure.HasHappened());
         CHECK(folder.Content("song.mid") == (saved ? whole : "old"));
-        CHECK(NamesIn(folder).size() == 1);
-        folder.File("song.mid", "old");
+        CHECK(folder.Names().size() == 1);
     });
 }
 
 TEST_CASE("engine midi file: two saves of one name at once are two whole files, and the last one stays") {
     const TempFolder folder;
     const std::string path = folder.Path("song.mid");
-    Song song;
-    song.Note(1920, 480);
-    song.Close();
     CxQuillMidiFile first;
     CHECK(first.Open(path.c_str(), CFile::modeCreate | CFile::modeReadWrite) == 1);
     CHECK(first.Write("first", 5) == 1);
-    CxQuillMidiFile second;
-    CHECK(second.SaveAsFormat1(path.c_str(), &song.song, nullptr) == 1);
-    CHECK(Reader(folder.Content("song.mid")).tracks.size() == 2);
+    Song song;
+    const std::string second = Saved(song);
+    CxQuillMidiFile file;
+    CHECK(file.SaveAsFormat1(path.c_str(), &song.song, nullptr) == 1);
+    CHECK(folder.Content("song.mid") == second);
     CHECK(first.Close() == 1);
     CHECK(folder.Content("song.mid") == "first");
-    CHECK(NamesIn(folder) == std::vector<std::string>{"song.mid"});
+    CHECK(folder.Names().size() == 1);
 }
