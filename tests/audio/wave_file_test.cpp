@@ -1,62 +1,53 @@
 #include "allocation_failure.h"
 #include "audio/wave_test_files.h"
-
-#include <doctest/doctest.h>
+#include "values.h"
 
 TEST_CASE("wave file: a new path becomes a header, and every frame appended is in the bytes") {
-    const ScratchPath path;
+    const Scratch path;
     CWaveFile file(path.Text());
     file.Close();
-    CHECK(path.Content().size() == 44);
+    CHECK(path.Get() == Wave(Fmt(2, 16) + Chunk("data", "")));
     file.Open(path.Text());
     file.AppendSample(0x0102, 0xFFFE);
     file.AppendSample(0x0304);
     file.Close();
-    CHECK(path.Content() ==
-          Bytes{'R',  'I',  'F',  'F',  44,   0,    0,    0,   'W', 'A', 'V', 'E', // 8 bytes of data + 36
-                'f',  'm',  't',  ' ',  16,   0,    0,    0,   1,   0,   2,   0,   // PCM, 2 channels
-                0x44, 0xAC, 0,    0,    0x10, 0xB1, 2,    0,   4,   0,   16,  0,   // 44100, 176400, 4, 16
-                'd',  'a',  't',  'a',  8,    0,    0,    0,                       //
-                0x02, 0x01, 0xFE, 0xFF, 0x04, 0x03, 0x04, 0x03});
+    CHECK(path.Get() == "RIFF\x2C\0\0\0WAVEfmt \x10\0\0\0\1\0\2\0" // 8 bytes of data + 36; PCM, 2 channels
+                        "\x44\xAC\0\0\x10\xB1\2\0\4\0\x10\0"       // 44100, 176400, 4, 16
+                        "data\x08\0\0\0\x02\x01\xFE\xFF\x04\x03\x04\x03"s);
 
     CHECK(file.Open(path.Text()) == 1); // goes on at its end
-    CHECK(file.GetTotalSamples() == 2);
     file.AppendSample(5, 6);
     file.Flush(); // the header is true at every flush
-    CHECK(path.Content().size() == 44 + 12);
-    CHECK(path.Content()[4] == 12 + 36);
-    CHECK(path.Content()[40] == 12);
+    CHECK(path.Get() == Wave(Fmt(2, 16) + Chunk("data", Words({0x0102, 0xFFFE, 0x0304, 0x0304, 5, 6}))));
     DWORD left = 0;
     DWORD right = 0;
-    CHECK(file.ReadSample(left, right) == 1);
-    CHECK(left == 0x0102);
-    CHECK(right == 0xFFFE);
+    const auto read = [&] { return file.ReadSample(left, right); };
+    CHECK(Values{read(), left, right} == "1 258 65534");
     CHECK(file.SeekSample(1, 1) == 1); // over the second
-    CHECK(file.ReadSample(left, right) == 1);
-    CHECK(right == 6);
-    CHECK(file.ReadSample(left, right) == 0);
-    CHECK(right == 0);
+    CHECK(Values{read(), left, right} == "1 5 6");
+    CHECK(Values{read(), left, right} == "0 0 0");
+    CHECK(file.SeekSample(-9, 1) == 1); // held at the beginning
     CHECK(file.SeekSample(0, 2) == 0);
-    while (file.GetTotalSamples() < 1024)
-        file.AppendSample(7);
-    CHECK(path.Content().size() == 44 + 4096); // a full buffer flushes by itself
-    CHECK(path.Content()[41] == 0x10);
+    CHECK(Values{read(), left, right} == "1 258 65534");
 }
 
-TEST_CASE("wave file: the buffer's size changes no byte") {
-    Bytes reference;
-    for (const DWORD frames : {1u, 256u, 300u, 5000u}) { // 1 counts as 256, 300 as 512
-        CAPTURE(frames);
-        const ScratchPath path;
+TEST_CASE("wave file: the buffer's size changes no byte; a full buffer is written by itself") {
+    std::string reference;
+    const DWORD rows[][2] = {{0, 1024}, {1, 256}, {256, 256}, {300, 512}}; // frames asked for, and held
+    for (const auto& [asked, held] : rows) {
+        CAPTURE(asked);
+        const Scratch path;
         CWaveFile(path.Text()).Close(); // what is opened, not made, can be read by others meanwhile
-        CWaveFile file(path.Text(), frames);
+        CWaveFile file(path.Text(), asked);
         DWORD left = 0;
         DWORD right = 0;
         for (DWORD i = 0; i < 3000; ++i) {
+            if (i == held - 1)
+                CHECK(path.Get().size() == 44);
             file.AppendSample(i, i * 7);
-            if (i == (frames <= 256 ? 255u : 511u) && frames <= 300)
-                CHECK(path.Content().size() == 44 + 4 * (i + 1)); // full, and written
-            if (i % 501 == 500) {                                 // reading takes the buffer elsewhere
+            if (i == held - 1)
+                CHECK(path.Get().size() == 44 + held * 4);
+            if (i > 1024 && i % 501 == 500) { // reading takes the buffer elsewhere
                 file.SeekSample(static_cast<LONG>(i / 2), 0);
                 CHECK(file.ReadSample(left, right) == 1);
                 CHECK(left == i / 2);
@@ -64,30 +55,29 @@ TEST_CASE("wave file: the buffer's size changes no byte") {
         }
         file.Close();
         if (reference.empty())
-            reference = path.Content();
+            reference = path.Get();
         CHECK(reference.size() == 44 + 3000 * 4);
-        CHECK(path.Content() == reference);
+        CHECK((path.Get() == reference));
     }
 }
 
 TEST_CASE("wave file: what is no wave file of this layout is refused and left as it was") {
-    const ScratchPath path;
-    const Bytes good = MonoFile({1, 0, 2, 0});
+    const std::string good = MonoFile(Words({1, 2}));
     const struct {
         const char* what;
         std::size_t at;
-        BYTE value;
+        char value;
     } damages[] = {{"RIFF", 3, 'X'},           {"WAVE", 8, 'w'},    {"fmt", 12, 'F'},       {"fmt size", 16, 18},
                    {"data", 36, 'L'},          {"length", 4, 41},   {"align 0", 32, 0},     {"channels 0", 22, 0},
                    {"align too large", 32, 4}, {"12 bits", 34, 12}, {"64 channels", 22, 64}};
     for (const auto& damage : damages) {
         CAPTURE(damage.what);
-        Bytes bad = good;
+        std::string bad = good;
         bad[damage.at] = damage.value;
-        path.Write(bad);
+        const Scratch path(bad);
         CWaveFile file;
         CHECK_THROWS_AS(file.Open(path.Text()), const CFileException&);
-        CHECK(path.Content() == bad);
+        CHECK(path.Get() == bad);
         CHECK(file.AppendSample(1) == 0); // nothing is open
         CFileException error;
         CFile& base = file;
@@ -96,18 +86,16 @@ TEST_CASE("wave file: what is no wave file of this layout is refused and left as
     }
     CHECK_THROWS_AS(CWaveFile(CString("/no/such/folder/at all.wav")), const CFileException&);
 
-    Bytes broken = MonoFile({1, 0, 2, 0, 9}); // a broken frame at the end is not read, and written over
-    path.Write(broken);
+    const Scratch path(MonoFile(Words({1, 2}) + "\x09")); // a broken frame at the end is not read, and written over
     CWaveFile file(path.Text());
-    CHECK(file.GetTotalSamples() == 2);
-    CHECK(file.GetWaveDataByte() == 5);
+    CHECK(Values(file.GetTotalSamples(), file.GetWaveDataByte()) == "2 5");
     file.AppendSample(3);
     file.Close();
-    CHECK(path.Content() == MonoFile({1, 0, 2, 0, 3, 0}));
+    CHECK(path.Get() == MonoFile(Words({1, 2, 3})));
 }
 
 TEST_CASE("wave file: only an empty file changes its format") {
-    const ScratchPath path;
+    const Scratch path;
     CWaveFile file(path.Text());
     file.SetWaveFormat({1, 1, 44100, 88200, 4, 16, 0}); // four bytes for one 16-bit value
     WAVEFORMATEX format;
@@ -119,12 +107,11 @@ TEST_CASE("wave file: only an empty file changes its format") {
     file.AppendSample(1, 99); // one channel takes the left value
     file.SetWaveFormat(Format(2, 16));
     file.Close();
-    CHECK(path.Content() == MonoFile({1, 0}));
+    CHECK(path.Get() == MonoFile(Words({1})));
 }
 
 TEST_CASE("wave file: length and whole data") {
-    const ScratchPath path;
-    path.Write(MonoFile({1, 0, 2, 0}));
+    const Scratch path(MonoFile(Words({1, 2})));
     CWaveFile file(path.Text());
     file.AppendSample(3);
     Bytes data(8, 0xEE);
@@ -141,7 +128,7 @@ TEST_CASE("wave file: length and whole data") {
         CHECK(file.GetLength() == 4);
     }
     file.Close();
-    CHECK(path.Content() == MonoFile({1, 0, 9, 0}));
+    CHECK(path.Get() == MonoFile(Words({1, 9})));
     file.Open(path.Text());
     CHECK(file.Remove() == 1);
     CHECK_FALSE(path.Exists());
@@ -154,44 +141,41 @@ TEST_CASE("wave file: raw data scaled by the gains, each value by its own width"
         WORD channels, bits;
         int clip;
         double left, right; // volumes at the centre
-        Bytes in, out;
+        std::string in, out;
     } rows[] = {
-        {1, 16, 0, 0.5, 9, {0xE8, 0x03, 0x18, 0xFC}, {0xF4, 0x01, 0x0C, 0xFE}},         // 1000, -1000 halved
-        {2, 16, 0, 1.0, 0.0, {0xE8, 0x03, 0xE8, 0x03, 0x77}, {0xE8, 0x03, 0, 0, 0x77}}, // a broken frame is copied
-        {1, 16, 1, 2.0, 2.0, {0x30, 0x75, 0xD0, 0x8A}, {0xFF, 0x7F, 0x00, 0x80}},       // +-30000 stay at the ends
-        {1, 16, 0, 2.0, 2.0, {0x30, 0x75}, {0x60, 0xEA}},                               // 60000 wraps to -5536
-        {1, 8, 0, 0.5, 0.5, {228, 28, 128}, {178, 78, 128}},                            // +-100 around 128
-        {1, 8, 1, 2.0, 2.0, {228, 28}, {255, 0}},
-        {1, 24, 0, 0.5, 0.5, {0x00, 0x00, 0x80}, {0x00, 0x00, 0xC0}},             // -8388608 halved
-        {1, 32, 0, 0.5, 0.5, {0x00, 0x00, 0x80, 0x3F}, {0x00, 0x00, 0x00, 0x3F}}, // 1.0f, 0.5f
+        {1, 16, 0, 0.5, 9, Words({1000, -1000}), Words({500, -500})},
+        {2, 16, 0, 1.0, 0.0, Words({1000, 1000}) + "x", Words({1000, 0}) + "x"}, // a broken frame is copied
+        {1, 16, 1, 2.0, 2.0, Words({30000, -30000}), Words({32767, -32768})},    // stay at the ends
+        {1, 16, 0, 2.0, 2.0, Words({30000}), Words({-5536})},                    // 60000 wraps
+        {1, 8, 0, 0.5, 0.5, "\xE4\x1C\x80", "\xB2\x4E\x80"},                     // +-100 around 128
+        {1, 8, 1, 2.0, 2.0, "\xE4\x1C", "\xFF\0"s},
+        {1, 24, 0, 0.5, 0.5, Le(0x800000, 3), Le(0xC00000, 3)}, // -8388608 halved
+        {1, 32, 0, 0.5, 0.5, Le(0x3F800000), Le(0x3F000000)},   // 1.0f, 0.5f
     };
     for (const auto& row : rows) {
         CAPTURE(&row - rows);
         file.SetWaveFormat(Format(row.channels, row.bits));
         file.SetAmplitudes(row.left, row.right, 0.0);
-        Bytes out(row.in.size());
-        CHECK(file.AddVolumeToWaveData(row.in.data(), out.data(), static_cast<DWORD>(out.size()), row.clip) == 1);
+        std::string out(row.in.size(), '?');
+        CHECK(file.AddVolumeToWaveData(reinterpret_cast<const BYTE*>(row.in.data()), reinterpret_cast<BYTE*>(&out[0]),
+                                       static_cast<DWORD>(out.size()), row.clip) == 1);
         CHECK(out == row.out);
     }
     CHECK(file.AddVolumeToWaveData(nullptr, nullptr, 4, 0) == 0);
 }
 
 TEST_CASE("wave file: without memory nothing is open, or nothing has changed") {
-    const ScratchPath path;
     FailEachAllocation([&](AllocationFailure& failure) {
-        path.Write(MonoFile({}));
+        const Scratch path(MonoFile(""));
         CWaveFile file;
         CFile& base = file;
         const CString name = path.Text();
-        if (failure.During([&] { return base.Open(name, 0, nullptr); })) {
-            file.AppendSample(1); // what failed once may have been had at the second try
-        } else {
-            CHECK(failure.HasHappened());
-            CHECK(file.AppendSample(1) == 0);
-        }
+        const BOOL isOpen = failure.During([&] { return base.Open(name, 0, nullptr); });
+        CHECK((isOpen || failure.HasHappened())); // what failed once may have been had at the second try
+        CHECK(file.AppendSample(1) == isOpen);
     });
     FailEachAllocation([&](AllocationFailure& failure) {
-        path.Write(MonoFile({}));
+        const Scratch path(MonoFile(""));
         CWaveFile file(path.Text());
         const bool isSet = failure.During([&] {
             try {

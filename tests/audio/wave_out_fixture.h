@@ -1,7 +1,7 @@
 #pragma once
 
 #include "audio/wave_test_files.h"
-
+#include "platform/begun_thread.h"
 #include "torv/audio/wave_out.h"
 
 #include <utility>
@@ -14,7 +14,7 @@ constexpr WORD kEndCode = 6;
 struct HostWindow : CWnd {
     using Posted = std::vector<std::pair<WPARAM, LPARAM>>;
 
-    HostWindow() : CWnd(CreateWindowExA(0, "STATIC", "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr)) {}
+    HostWindow() : CWnd(NewWindow()) {}
     HostWindow(const HostWindow&) = delete;
     HostWindow& operator=(const HostWindow&) = delete;
     ~HostWindow() override { DestroyWindow(m_hWnd); }
@@ -30,28 +30,21 @@ struct HostWindow : CWnd {
 
 /// A 16-bit mono file at 44100 Hz, open, and gone at the end.
 struct MonoWave {
-    explicit MonoWave(const std::vector<SHORT>& samples) : file(path.Text()) {
+    explicit MonoWave(const Shorts& samples) : file(path.Text()) {
         file.SetWaveFormat(Format(1, 16));
-        for (const SHORT sample : samples)
+        for (const short sample : samples)
             file.AppendSample(static_cast<WORD>(sample));
         file.SeekPlayPointer(0, 0);
     }
 
-    const ScratchPath path;
+    const Scratch path;
     CWaveFile file;
 };
 
-inline std::vector<SHORT> Ramp(int count, int step) {
-    std::vector<SHORT> samples;
+inline Shorts Ramp(int count, int step, size_t silence = 0) {
+    Shorts samples;
     for (int i = 1; i <= count; ++i)
-        samples.push_back(static_cast<SHORT>(i * step));
-    return samples;
-}
-
-/// 16-bit samples from byte `at` on.
-inline std::vector<SHORT> Samples(const Bytes& bytes, size_t at) {
-    std::vector<SHORT> samples;
-    for (size_t i = at; i + 1 < bytes.size(); i += 2)
-        samples.push_back(static_cast<SHORT>(bytes[i] | bytes[i + 1] << 8));
+        samples.push_back(static_cast<short>(i * step));
+    samples.insert(samples.end(), silence, 0);
     return samples;
 }

@@ -6,7 +6,7 @@
 TEST_CASE("memory: where it is refused a call answers 0 and the next one succeeds") {
     Play play;
     play.AddNote(0, 0, 10, 40);
-    const ScratchPath path("torv_memory.wav");
+    const Scratch path;
     std::optional<CWaveFile> file;
     struct Row {
         std::string name;

@@ -5,10 +5,10 @@
 
 namespace {
 
-using Samples = std::vector<short>;
+using Samples = Shorts;
 
 struct Session {
-    Session() : path("torv_render.wav"), file(path.Text()) {
+    Session() : file(path.Text()) {
         driver.SetMasterOutputChannels(1);
         REQUIRE(driver.OpenSynthesizer() == 1);
         REQUIRE(stream.Create(1, 0, 0) == 1);
@@ -42,7 +42,7 @@ struct Session {
     }
 
     FakeEngine engine;
-    ScratchPath path;
+    Scratch path;
     CWaveFile file;
     Driver driver;
     CQuillMidiBuffer stream;

@@ -185,7 +185,7 @@ TEST_CASE("play: what says that it is over has nothing left to do") {
 
 TEST_CASE("play: in other modes the mixer plays, and is over when it has stopped") {
     Play play;
-    const ScratchPath path("torv_play_mixer.wav");
+    const Scratch path;
     CWaveFile file(path.Text());
     file.SetWaveFormat(torv::PcmFormat(1, 16, 44100));
     file.AppendSample(1);

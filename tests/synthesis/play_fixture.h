@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-using Samples = std::vector<short>;
+using Samples = Shorts;
 
 /// From sample `from` on.
 inline Samples From(const Samples& samples, size_t from) {
@@ -128,7 +128,7 @@ struct Play {
     }
     /// What the track gives offline.
     Samples Offline(int track) {
-        const ScratchPath path("torv_play_offline.wav");
+        const Scratch path;
         CWaveFile file(path.Text());
         Driver offline;
         offline.SetMasterOutputChannels(1);
