@@ -98,7 +98,7 @@ class Flite:
     def perform(self, phrases, name):
         results = []
         for phrase in phrases:
-            path = self.folder / f"flite-{self.voice}.wav"
+            path = self.folder / f"flite-{self.voice}-{name}.wav"
             self.speak(phrase, path)
             results.append(sound.resample(*sound.read_wave(path), RATE))
         return results
@@ -164,7 +164,7 @@ class Espeak:
     def perform(self, phrases, name):
         results = []
         for phrase in phrases:
-            path = self.folder / f"espeak-{self.language}.wav"
+            path = self.folder / f"espeak-{self.language}-{name}.wav"
             subprocess.run(["espeak-ng", "-v", self.language, "-w", path, phrase.spoken], check=True)
             results.append(sound.resample(*sound.read_wave(path), RATE))
         return results
