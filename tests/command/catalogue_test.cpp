@@ -4,8 +4,6 @@
 
 #include "bars.h"
 #include "errors.h"
-#include "midi_song.h"
-#include "nearest_names.h"
 
 #include <doctest/doctest.h>
 #include <nlohmann/json.hpp>
@@ -42,44 +40,13 @@ std::vector<double> Bar(const std::vector<double>& sound, int bar) {
 
 } // namespace
 
-TEST_CASE("names: found by any spelling and by an only beginning; else the nearest are told") {
-    const std::vector<std::string> names{"p",      "pp", "Soft Attack", "Soft Release", "Hana", "hana",
-                                         "Accent", "x1", "x2"};
-    struct Row {
-        const char* wanted;
-        int index;
-    };
-    for (const Row& row : {Row{"pp", 1}, Row{"P", 0}, Row{"soft attack", 2}, Row{"soft", -1}, Row{"acc", 6},
-                           Row{"hana", 5}, Row{"HANA", 4}, Row{"", -1}, Row{"x", -1}}) {
-        CAPTURE(row.wanted);
-        const auto found = FindName(names, row.wanted);
-        CHECK((found ? static_cast<int>(*found) : -1) == row.index);
-    }
-    CHECK(SuggestNames(names, "akcent") == "did you mean Accent, Hana or hana?");
-    CHECK(SuggestNames({"Alice", "Hana"}, "hannah") == "did you mean Hana or Alice?");
-    CHECK(SuggestNames({}, "x") == "there is none at all");
-}
-
-TEST_CASE("bars: marks, and where bars begin") {
+TEST_CASE("bars: marks") {
     const BarMark mark = ReadBarMark("--x", "12=a=b", true);
     CHECK((mark.bar == 12 && mark.name == "a=b"));
     CHECK(ReadBarMark("--x", "mf", false).bar == 1);
     for (const char* text : {"", "0=a", "x=a", "3=", "=a", "-1=a", "9999999=a"})
         CHECK(ErrorOf(text, false).find("--x \"" + std::string(text) + "\": write the bar") == 0);
     CHECK(!ErrorOf("mf", true).empty());
-
-    MidiSong song;
-    song.end = 12000;
-    // Bars 1 and 2 are 4/4, bar 3 is cut by a signature, bars of 3/4 and then of 6/8 follow.
-    song.signatures = {{4800, 3, 2}, {7680, 6, 3}};
-    const uint32_t ticks[] = {0, 1920, 3840, 4800, 6240, 7680, 9120, 10560, 12000};
-    for (unsigned bar = 1; bar <= 9; ++bar)
-        CHECK(TickOfBar("song", song, bar) == ticks[bar - 1]);
-    CHECK_THROWS_AS(TickOfBar("song", song, 10), InputError);
-    song.end = 0;
-    song.signatures.clear();
-    CHECK(TickOfBar("song", song, 1) == 0);
-    CHECK_THROWS_AS(TickOfBar("song", song, 2), InputError);
 }
 
 TEST_CASE("voices and icons: listed as text and as JSON") {

@@ -1,14 +1,17 @@
 #include "catalogue.h"
 
-#include "databases.h"
 #include "errors.h"
-#include "nearest_names.h"
-#include "text_encoding.h"
+#include "messages.h"
+#include <torv/songs/databases.h>
+#include <torv/songs/nearest_names.h>
+#include <torv/songs/text_encoding.h>
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cstdio>
+
+using namespace torv::songs;
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "describe.h"
 
 #include "errors.h"
-#include "input_file.h"
+#include <torv/songs/input_file.h>
 
 #include <algorithm>
 #include <cmath>
@@ -9,6 +9,8 @@
 #include <cstring>
 #include <istream>
 #include <iterator>
+
+using namespace torv::songs;
 
 namespace {
 

@@ -1,11 +1,14 @@
 #include "describe.h"
 
-#include "lyric_line.h"
-#include "midi_song.h"
-#include "tempo_trail.h"
-#include "text_encoding.h"
+#include <torv/songs/lyric_line.h>
+#include <torv/songs/midi_data.h>
+#include <torv/songs/song_error.h>
+#include <torv/songs/tempo_trail.h>
+#include <torv/songs/text_encoding.h>
 
 #include <algorithm>
+
+using namespace torv::songs;
 
 namespace {
 
@@ -27,6 +30,14 @@ std::string NameOfBlock(int number) {
     return found != std::end(kBlocks) ? found->name : "block " + std::to_string(number);
 }
 
+MidiData Read(const std::string& path, Bytes bytes) {
+    try {
+        return ReadMidiData(bytes);
+    } catch (const SongError& error) {
+        throw SongError(path + ": " + error.what());
+    }
+}
+
 /// The beginning of a track's lyrics as one line.
 std::string LyricsOf(const LyricLine& line) {
     std::string text;
@@ -35,23 +46,20 @@ std::string LyricsOf(const LyricLine& line) {
             return text + "...";
         if (syllable.prolongs)
             continue;
-        const bool goesOn = !text.empty() && text.back() == '-';
-        if (goesOn)
-            text.pop_back();
-        text += (text.empty() || goesOn ? "" : " ") + syllable.text;
+        text += (text.empty() || syllable.word.hyphenBefore ? "" : " ") + syllable.word.text;
     }
     return text;
 }
 
 /// Ticks a quarter, or frames a second and their ticks.
-Json DescribeDivision(const MidiSong& song) {
+Json DescribeDivision(const MidiData& song) {
     if (!song.IsSmpte())
         return song.division;
     const int frames = 0x100 - (song.division >> 8);
     return {{"framesPerSecond", frames == 29 ? Json(29.97) : Json(frames)}, {"ticksPerFrame", song.division & 0xFF}};
 }
 
-Json DescribeTrack(const MidiSongTrack& track) {
+Json DescribeTrack(const MidiTrack& track) {
     Json about;
     about["name"] = ToUtf8(track.name, DetectEncoding(track.name));
     about["notes"] = track.notes.size();
@@ -76,7 +84,7 @@ Json DescribeTrack(const MidiSongTrack& track) {
 } // namespace
 
 Json DescribeMidi(const std::string& path, std::vector<unsigned char>& bytes) {
-    const MidiSong song = ReadMidiSong(path, bytes);
+    const MidiData song = Read(path, bytes);
     const auto seconds = [&song](uint32_t tick) { return MillisecondsAt(song.tempos, tick) / 1000; };
     Json about;
     about["file"] = path;
@@ -92,19 +100,19 @@ Json DescribeMidi(const std::string& path, std::vector<unsigned char>& bytes) {
     about["tempos"] = Json::array();
     if (!song.IsSmpte()) {
         about["beats"] = song.end / kTicksPerBeat;
-        for (const MidiTempo& tempo : song.tempos) {
+        for (const Tempo& tempo : song.tempos) {
             about["tempos"].push_back(place(tempo.tick));
             about["tempos"].back()["beatsPerMinute"] = 60e6 / tempo.microsecondsPerQuarter;
         }
     }
     about["signatures"] = Json::array();
-    for (const MidiSignature& signature : song.signatures) {
+    for (const Meter& signature : song.meters) {
         about["signatures"].push_back(place(signature.tick));
         about["signatures"].back()["signature"] =
             std::to_string(signature.numerator) + "/" + std::to_string(1 << signature.denominatorExponent);
     }
     about["tracks"] = Json::array();
-    for (const MidiSongTrack& track : song.tracks)
+    for (const MidiTrack& track : song.tracks)
         about["tracks"].push_back(DescribeTrack(track));
     return about;
 }

@@ -16,5 +16,6 @@ void Encode(const EncodeOptions& options) {
         FailToWrite(options.output, file.GetError(0) == CFileException::diskFull, std::string(file.GetErrorMessage()));
     if (!options.song.quiet)
         std::fprintf(SummaryStream(options.output), "%zu notes, the song begins %.1f s into the file: %s\n",
-                     song.score.notes.size(), song.score.leadMilliseconds / 1000.0, options.output.c_str());
+                     song.score.parts.front().notes.size(), song.score.leadMilliseconds / 1000.0,
+                     options.output.c_str());
 }

@@ -9,6 +9,7 @@
 #include "sing.h"
 
 #include <torv/platform/afx/exception.h>
+#include <torv/songs/song_error.h>
 
 #include <CLI/CLI.hpp>
 
@@ -211,6 +212,8 @@ int main(int argc, char** argv) {
         return WithOutputWritten(0);
     } catch (const InputError& error) {
         std::fprintf(stderr, "torv: %s\n", error.message.c_str());
+    } catch (const torv::songs::SongError& error) {
+        std::fprintf(stderr, "torv: %s\n", error.what());
     } catch (const WrongUse& error) {
         std::fprintf(stderr, "torv: %s\n", error.message.c_str());
         return kWrongUse;

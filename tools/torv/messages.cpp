@@ -1,45 +1,8 @@
 #include "messages.h"
 
-#include <torv/platform/message_box.h>
-
-#include <algorithm>
 #include <cstdio>
-#include <utility>
-
-namespace {
-
-std::vector<std::string> g_messages;
-torv::MessageBoxHandler g_previous;
-torv::BeepHandler g_previousBeep;
-
-std::string OneLine(std::string text) {
-    std::replace(text.begin(), text.end(), '\n', ' ');
-    const auto isDouble = [](char a, char b) { return a == ' ' && b == ' '; };
-    text.erase(std::unique(text.begin(), text.end(), isDouble), text.end());
-    return text;
-}
-
-} // namespace
 
 void Remark(bool isQuiet, const std::string& text) {
     if (!isQuiet)
         std::fprintf(stderr, "torv: %s\n", text.c_str());
 }
-
-MessageCatcher::MessageCatcher() {
-    g_messages.clear();
-    g_previous = torv::SetMessageBoxHandler([](HWND, const char* text, const char*, UINT type) {
-        g_messages.push_back(OneLine(text));
-        return (type & MB_YESNO) == MB_YESNO ? IDNO : IDOK;
-    });
-    g_previousBeep = torv::SetBeepHandler([](UINT) {});
-}
-
-MessageCatcher::~MessageCatcher() {
-    torv::SetMessageBoxHandler(std::move(g_previous));
-    torv::SetBeepHandler(std::move(g_previousBeep));
-}
-
-std::string MessageCatcher::Last() const { return g_messages.empty() ? std::string() : g_messages.back(); }
-
-std::vector<std::string> MessageCatcher::Take() const { return std::exchange(g_messages, {}); }

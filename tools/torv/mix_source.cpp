@@ -1,13 +1,15 @@
 #include "mix_source.h"
 
 #include "errors.h"
-#include "input_file.h"
+#include <torv/songs/input_file.h>
 
 #include <torv/audio/sample.h>
 
 #include <algorithm>
 #include <cmath>
 #include <istream>
+
+using namespace torv::songs;
 
 namespace {
 

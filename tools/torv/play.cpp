@@ -1,17 +1,19 @@
 #include "play.h"
 
 #include "describe.h"
-#include "engine_stream.h"
 #include "errors.h"
 #include "messages.h"
-#include "nearest_names.h"
 #include "play_place.h"
 #include "play_session.h"
 #include "terminal.h"
 #include "terminal_keys.h"
+#include <torv/songs/engine_stream.h>
+#include <torv/songs/nearest_names.h>
 
 #include <algorithm>
 #include <cstdio>
+
+using namespace torv::songs;
 
 namespace {
 
@@ -117,15 +119,15 @@ bool Obey(Key key, PlaySession& session, const PlaySession::Settings& settings, 
 
 void Play(const PlayOptions& options) {
     SongScore song = MakeSongScore(options.song);
-    const std::unique_ptr<CQuillMidiBuffer> stream = MakeEngineStream(song.score, song.presend);
+    const std::unique_ptr<CQuillMidiBuffer> stream =
+        MakeEngineStream(song.score, song.score.parts.front(), song.presend);
     const DWORD lead = song.score.leadMilliseconds;
     const DWORD songEnd = std::max(stream->GetLastTime(), lead);
     PlaySession::Settings settings;
     settings.rate = options.rate;
     settings.preroll = song.presend;
-    settings.start = options.from.empty() ? lead : PlaceInStream("--from", options.from, options.song.input, song);
-    settings.end = options.to.empty() ? (options.loop ? songEnd : kOpenEnd)
-                                      : PlaceInStream("--to", options.to, options.song.input, song);
+    settings.start = options.from.empty() ? lead : PlaceInStream("--from", options.from, song);
+    settings.end = options.to.empty() ? (options.loop ? songEnd : kOpenEnd) : PlaceInStream("--to", options.to, song);
     settings.isLooped = options.loop;
     if (settings.start >= songEnd)
         throw InputError{"--from " + options.from + ": the song ends before that"};

@@ -1,12 +1,13 @@
 #include "play_place.h"
 
-#include "bars.h"
-#include "engine_stream.h"
 #include "errors.h"
+#include <torv/songs/engine_stream.h>
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+
+using namespace torv::songs;
 
 namespace {
 
@@ -45,10 +46,9 @@ std::optional<double> ReadTime(const std::string& text) {
     return minutes * 60.0 + *seconds;
 }
 
-DWORD PlaceInStream(const std::string& option, const std::string& text, const std::string& path,
-                    const SongScore& song) {
+DWORD PlaceInStream(const std::string& option, const std::string& text, const SongScore& song) {
     if (const auto bar = ReadBar(text))
-        return StreamTimeOfTick(song.score, TickOfBar(path, song.midi, *bar));
+        return torv::songs::StreamTimeOfTick(song.score, torv::songs::TickOfMeasure(song.song, static_cast<int>(*bar)));
     const auto seconds = ReadTime(text);
     if (!seconds)
         throw InputError{option + " \"" + text +

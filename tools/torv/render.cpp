@@ -1,8 +1,8 @@
 #include "render.h"
 
-#include "engine_stream.h"
 #include "errors.h"
 #include "output_file.h"
+#include <torv/songs/engine_stream.h>
 
 #include <torv/torv.h>
 
@@ -10,6 +10,8 @@
 #include <cmath>
 #include <cstdio>
 #include <vector>
+
+using namespace torv::songs;
 
 namespace {
 
@@ -71,9 +73,9 @@ void Finish(CWaveFile& sung, const char* path, DWORD leadFrames, const RenderOpt
 
 } // namespace
 
-RenderResult Render(Score& score, const std::string& path, const RenderOptions& options,
+RenderResult Render(const Score& score, const std::string& path, const RenderOptions& options,
                     const std::function<void(double done, double total)>& progress) {
-    const std::unique_ptr<CQuillMidiBuffer> stream = MakeEngineStream(score, options.presend);
+    const std::unique_ptr<CQuillMidiBuffer> stream = MakeEngineStream(score, score.parts.front(), options.presend);
     const OutputFile sungFile(path); // never committed
     OutputFile finished(path);
     RenderResult result;

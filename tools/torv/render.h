@@ -1,6 +1,6 @@
 #pragma once
 
-#include "score_builder.h"
+#include <torv/songs/score_builder.h>
 
 #include <functional>
 #include <string>
@@ -20,5 +20,5 @@ struct RenderResult {
 
 /// Encodes the score's track, has the engine sing it and writes the wave without the score's lead, so that its time 0
 /// is the file's. Throws InputError; then `path` is as it was.
-RenderResult Render(Score& score, const std::string& path, const RenderOptions& options,
+RenderResult Render(const torv::songs::Score& score, const std::string& path, const RenderOptions& options,
                     const std::function<void(double done, double total)>& progress);

@@ -1,9 +1,11 @@
 #include "report.h"
 
 #include "output_file.h"
-#include "text_encoding.h"
+#include <torv/songs/text_encoding.h>
 
 #include <nlohmann/json.hpp>
+
+using namespace torv::songs;
 
 namespace {
 
@@ -42,7 +44,7 @@ void WriteReport(const std::string& path, const Score& score, const ReportFacts&
         return (static_cast<double>(time) - score.leadMilliseconds) / 1000;
     };
     Json notes = Json::array();
-    for (const ScoredNote& note : score.notes) {
+    for (const ScoredNote& note : score.parts.front().notes) {
         const int sung = note.key + facts.transpose;
         const double start = seconds(note.tick);
         notes.push_back({{"start", start},

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "score_builder.h"
+#include <torv/songs/score_builder.h>
 
 #include <string>
 
@@ -16,4 +16,4 @@ struct ReportFacts {
 
 /// The song as it was sung, as JSON: for every note its times in the wave in seconds, its key, its lyric (UTF-8) and
 /// its phonemes with their advancements. Throws InputError when the file cannot be written.
-void WriteReport(const std::string& path, const Score& score, const ReportFacts& facts);
+void WriteReport(const std::string& path, const torv::songs::Score& score, const ReportFacts& facts);

@@ -39,8 +39,8 @@ void Sing(const SingOptions& options) {
         Remark(isQuiet, std::to_string(result.clippedFrames) + " samples are cut at full scale: lower --volume");
     if (!isQuiet) {
         const double elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-        std::fprintf(SummaryStream(options.output), "%zu notes, %s, %.0f x real time: %s\n", song.score.notes.size(),
-                     ClockText(result.seconds).c_str(), elapsed > 0 ? result.seconds / elapsed : 0.0,
-                     options.output.c_str());
+        std::fprintf(SummaryStream(options.output), "%zu notes, %s, %.0f x real time: %s\n",
+                     song.score.parts.front().notes.size(), ClockText(result.seconds).c_str(),
+                     elapsed > 0 ? result.seconds / elapsed : 0.0, options.output.c_str());
     }
 }

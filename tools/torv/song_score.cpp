@@ -1,35 +1,50 @@
 #include "song_score.h"
 
 #include "bars.h"
-#include "databases.h"
 #include "errors.h"
-#include "input_file.h"
 #include "messages.h"
-#include "voice_line.h"
+
+#include <torv/songs/read_song.h>
 
 #include <algorithm>
 
+using namespace torv::songs;
+
 namespace {
 
-constexpr DWORD kConverterValue = 480; // the converters' own value, one beat
+std::string Describe(const Song& song) {
+    std::string text;
+    for (const Part& part : song.parts)
+        text += (text.empty() ? "" : ", ") + std::to_string(part.track) +
+                (part.name.empty() ? "" : " \"" + part.name + "\"") + " (" + std::to_string(part.notes.size()) +
+                " notes)";
+    return text;
+}
 
-void ConvertLyrics(Score& score, const MessageCatcher& messages) {
-    CxSampaTransformer transformer;
-    if (!transformer.DoTransform(score.track, kConverterValue))
-        throw InputError{"the lyrics cannot be turned into phonemes" +
-                         (messages.Last().empty() ? "" : " (" + messages.Last() + ")") +
-                         ": put the phoneme converters beside the program, or name their folder in TORV_LIBRARY_PATH"};
+/// The track that was asked for, else the first part with words, else the first.
+const Part& ChoosePart(const SongOptions& options, const Song& song) {
+    if (song.parts.empty())
+        throw InputError{options.input + ": there are no notes in it to sing"};
+    auto chosen = song.parts.begin();
+    if (options.track) {
+        chosen = std::find_if(chosen, song.parts.end(),
+                              [&](const Part& part) { return part.track == static_cast<int>(*options.track); });
+        if (chosen == song.parts.end())
+            throw InputError{options.input + ": there is no track " + std::to_string(*options.track) +
+                             " with notes; it has " + Describe(song)};
+        return *chosen;
+    }
+    chosen = std::find_if(chosen, song.parts.end(), [](const Part& part) { return HasWords(part, 1); });
+    return chosen != song.parts.end() ? *chosen : song.parts.front();
 }
 
 void RemarkOnVoice(const SongOptions& options, const VoiceLine& voice) {
     const auto count = [](size_t n, const char* what) { return std::to_string(n) + " " + what + (n == 1 ? "" : "s"); };
-    if (!voice.hasLyrics)
+    if (!voice.hasWords)
         Remark(options.quiet, options.input + " has no lyrics: it is sung on a vowel");
     if (voice.cutNotes > 0)
         Remark(options.quiet,
                count(voice.cutNotes, "overlapping note") + " cut: one voice sings one note at a time, the highest");
-    if (voice.lostSyllables > 0)
-        Remark(options.quiet, count(voice.lostSyllables, "syllable") + " left out: no note sounds there");
     if (voice.unreadableCharacters)
         Remark(options.quiet,
                "Chinese characters cannot be read aloud and are sung on a vowel: write the lyrics in kana");
@@ -43,7 +58,7 @@ std::optional<int> LanguageAskedFor(const SongOptions& options) {
 }
 
 /// Who sings from where: the voice named first, else the first one of the language, then those named for later bars.
-std::vector<ScoreMark> FindVoices(const SongOptions& options, const MidiSong& song, const VoiceLine& line,
+std::vector<ScoreMark> FindVoices(const SongOptions& options, const Song& song, const VoiceLine& line,
                                   const Databases& databases) {
     const std::optional<int> asked = LanguageAskedFor(options);
     const int language = asked.value_or(line.japanese ? torv::kJapanese : torv::kEnglish);
@@ -55,7 +70,7 @@ std::vector<ScoreMark> FindVoices(const SongOptions& options, const MidiSong& so
         marks.push_back({0, databases.Find(kVoices, options.voice)});
     for (const std::string& text : options.voicesAt) {
         const BarMark mark = ReadBarMark("--voice-at", text, true);
-        marks.push_back({TickOfBar(options.input, song, mark.bar), databases.Find(kVoices, mark.name)});
+        marks.push_back({TickOfMeasure(song, mark.bar), databases.Find(kVoices, mark.name)});
     }
     std::stable_sort(marks.begin() + 1, marks.end(),
                      [](const ScoreMark& a, const ScoreMark& b) { return a.tick < b.tick; });
@@ -65,18 +80,18 @@ std::vector<ScoreMark> FindVoices(const SongOptions& options, const MidiSong& so
         if (asked && sung != *asked)
             throw InputError{name + " sings " + LanguageName(sung) + ", and --language asks for " +
                              LanguageName(*asked) + ": see torv voices for who sings it"};
-        if (!asked && line.hasLyrics && sung != language)
+        if (!asked && line.hasWords && sung != language)
             Remark(options.quiet, "the lyrics look " + std::string(LanguageName(language)) + ", and " + name +
                                       " sings " + LanguageName(sung) + ": see torv voices for others");
     }
     return marks;
 }
 
-std::vector<ScoreMark> FindDynamics(const SongOptions& options, const MidiSong& song, const Databases& databases) {
+std::vector<ScoreMark> FindDynamics(const SongOptions& options, const Song& song, const Databases& databases) {
     std::vector<ScoreMark> marks;
     for (const std::string& text : options.dynamics) {
         const BarMark mark = ReadBarMark("--dynamics", text, false);
-        marks.push_back({TickOfBar(options.input, song, mark.bar), databases.Find(kDynamics, mark.name)});
+        marks.push_back({TickOfMeasure(song, mark.bar), databases.Find(kDynamics, mark.name)});
     }
     std::stable_sort(marks.begin(), marks.end(),
                      [](const ScoreMark& a, const ScoreMark& b) { return a.tick < b.tick; });
@@ -86,29 +101,28 @@ std::vector<ScoreMark> FindDynamics(const SongOptions& options, const MidiSong& 
 } // namespace
 
 SongScore MakeSongScore(const SongOptions& options) {
-    std::optional<TextEncoding> encoding;
-    if (!options.encoding.empty() && !(encoding = TextEncodingNamed(options.encoding)))
-        throw InputError{"there is no encoding \"" + options.encoding + "\": choose utf-8, shift-jis or latin-1"};
-
-    std::vector<unsigned char> bytes = ReadInputFile(options.input);
-    MidiSong song = ReadMidiSong(options.input, bytes);
-    const std::optional<size_t> track = options.track ? std::optional<size_t>(*options.track - 1) : std::nullopt;
-    const VoiceLine voice = MakeVoiceLine(options.input, song, track, encoding);
-    RemarkOnVoice(options, voice);
+    Song song = ReadSongFile(options.input, {options.encoding});
+    for (const std::string& remark : song.remarks)
+        Remark(options.quiet, options.input + ": " + remark);
+    const Part& part = ChoosePart(options, song);
+    PartPlan plan;
+    plan.name = part.name;
+    plan.line = MakeVoiceLine(part);
+    RemarkOnVoice(options, plan.line);
 
     auto messages = std::make_unique<MessageCatcher>();
     auto databases = std::make_unique<Databases>(*messages);
     for (const std::string& message : messages->Take())
         Remark(options.quiet, message);
-    ScoreOptions scoreOptions;
-    scoreOptions.voices = FindVoices(options, song, voice, *databases);
-    scoreOptions.dynamics = FindDynamics(options, song, *databases);
+    plan.voices = FindVoices(options, song, plan.line, *databases);
+    plan.dynamics = FindDynamics(options, song, *databases);
     if (!options.plain)
-        scoreOptions.expressions = FindExpressions(*databases, options.expressions);
+        plan.expressions = FindExpressions(*databases, options.expressions);
+    ScoreOptions scoreOptions;
     scoreOptions.transpose = options.transpose;
-    Score score = BuildScore(options.input, song, voice, scoreOptions, *databases);
-    ConvertLyrics(score, *messages);
-    std::string first = databases->NameOf(scoreOptions.voices.front().id);
+    Score score = BuildScore(song, {plan}, scoreOptions, *databases);
+    AddPhonemes(score, *messages);
+    std::string first = databases->NameOf(plan.voices.front().id);
     return {std::move(messages), std::move(databases), std::move(score),
             std::move(song),     std::move(first),     scoreOptions.presend};
 }

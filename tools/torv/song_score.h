@@ -1,7 +1,7 @@
 #pragma once
 
-#include "messages.h"
-#include "score_builder.h"
+#include <torv/songs/message_catcher.h>
+#include <torv/songs/score_builder.h>
 
 #include <optional>
 #include <string>
@@ -14,7 +14,7 @@ struct SongOptions {
     std::string voice;                 ///< empty: the first one of the language
     std::vector<std::string> voicesAt; ///< BAR=NAME
     std::vector<std::string> dynamics; ///< NAME or BAR=NAME
-    ExpressionNames expressions;
+    torv::songs::ExpressionNames expressions;
     std::string encoding; ///< empty: detected
     int transpose = 0;
     std::optional<unsigned> track; ///< from 1
@@ -24,14 +24,14 @@ struct SongOptions {
 
 /// The databases are open while it lives: an icon is encoded by the number that it has there.
 struct SongScore {
-    std::unique_ptr<MessageCatcher> messages; ///< what the library would have shown
-    std::unique_ptr<Databases> databases;
-    Score score;
-    MidiSong midi;     ///< the file
-    std::string voice; ///< who begins
-    DWORD presend = 0; ///< milliseconds
+    std::unique_ptr<torv::songs::MessageCatcher> messages; ///< what the library would have shown
+    std::unique_ptr<torv::songs::Databases> databases;
+    torv::songs::Score score;
+    torv::songs::Song song; ///< as the file has it
+    std::string voice;      ///< who begins
+    DWORD presend = 0;      ///< milliseconds
 };
 
-/// Reads a MIDI file and makes its score, with its lyrics as phonemes. Throws InputError; what the user should know
-/// besides goes to standard error.
+/// Reads a song file and makes its score, with its lyrics as phonemes. Throws InputError and SongError; what the user
+/// should know besides goes to standard error.
 SongScore MakeSongScore(const SongOptions& options);

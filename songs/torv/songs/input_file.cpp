@@ -1,0 +1,32 @@
+#include "torv/songs/input_file.h"
+
+#include "torv/songs/song_error.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+namespace torv::songs {
+
+std::unique_ptr<std::istream> OpenInputFile(const std::string& path) {
+    std::error_code ignored;
+    if (std::filesystem::is_directory(path, ignored))
+        throw SongError{path + ": is a folder; name a file"};
+    auto file = std::make_unique<std::ifstream>(path, std::ios::binary);
+    if (!*file)
+        throw SongError{path + ": cannot be opened; check the name and whether you may read it"};
+    if (std::filesystem::is_regular_file(path, ignored))
+        return file;
+    auto content = std::make_unique<std::stringstream>(std::ios::in | std::ios::out | std::ios::binary);
+    *content << file->rdbuf();
+    content->clear(); // nothing came
+    return content;
+}
+
+std::vector<unsigned char> ReadInputFile(const std::string& path) {
+    const std::unique_ptr<std::istream> file = OpenInputFile(path);
+    return {std::istreambuf_iterator<char>(*file), std::istreambuf_iterator<char>()};
+}
+
+} // namespace torv::songs

@@ -1,0 +1,76 @@
+#include "torv/songs/midi_reader.h"
+
+#include "torv/songs/song_error.h"
+#include "torv/songs/word_fit.h"
+
+#include <algorithm>
+
+namespace torv::songs {
+
+namespace {
+
+std::optional<TextEncoding> EncodingOf(const ReadOptions& options) {
+    if (options.encoding.empty())
+        return std::nullopt;
+    if (const auto encoding = TextEncodingNamed(options.encoding))
+        return encoding;
+    throw SongError("there is no encoding \"" + options.encoding + "\": choose utf-8, shift-jis or latin-1");
+}
+
+Part MakePart(const MidiTrack& track, int number, std::optional<TextEncoding> encoding) {
+    Part part;
+    part.name = ToUtf8(track.name, encoding.value_or(DetectEncoding(track.name)));
+    part.track = number;
+    part.channel = track.channel;
+    part.notes.reserve(track.notes.size());
+    for (const MidiNote& midi : track.notes) {
+        Note& note = part.notes.emplace_back();
+        note.tick = midi.tick;
+        note.length = midi.length;
+        note.key = midi.key;
+        note.velocity = midi.velocity;
+    }
+    return part;
+}
+
+/// Lyric events; in a file without any, karaoke's texts.
+std::vector<WordLine> ReadLines(const MidiData& data, std::optional<TextEncoding> encoding) {
+    const auto isLyric = [](const MidiText& text) { return text.lyric; };
+    const bool hasLyrics = std::any_of(data.tracks.begin(), data.tracks.end(), [&](const MidiTrack& track) {
+        return std::any_of(track.texts.begin(), track.texts.end(), isLyric);
+    });
+    std::vector<WordLine> lines;
+    for (size_t i = 0; i < data.tracks.size(); ++i) {
+        if (!hasLyrics && !HasKaraokeTexts(data.tracks[i]))
+            continue;
+        LyricLine line = ReadLyricLine(data.tracks[i].texts, !hasLyrics, encoding);
+        if (!line.syllables.empty())
+            lines.push_back({std::move(line.syllables), static_cast<int>(i + 1)});
+    }
+    return lines;
+}
+
+} // namespace
+
+bool IsMidi(Bytes bytes) {
+    constexpr std::string_view kBegin = "MThd";
+    return bytes.size() >= kBegin.size() && std::equal(kBegin.begin(), kBegin.end(), bytes.begin());
+}
+
+Song ReadMidiSong(Bytes bytes, const ReadOptions& options) { return MakeSong(ReadMidiData(bytes), options); }
+
+Song MakeSong(const MidiData& data, const ReadOptions& options) {
+    const std::optional<TextEncoding> encoding = EncodingOf(options);
+    Song song;
+    song.format = "standard MIDI file";
+    song.end = data.end;
+    song.tempos = data.tempos;
+    song.meters = data.meters;
+    for (size_t i = 0; i < data.tracks.size(); ++i)
+        if (!data.tracks[i].notes.empty())
+            song.parts.push_back(MakePart(data.tracks[i], static_cast<int>(i + 1), encoding));
+    FitWords(song, ReadLines(data, encoding));
+    return song;
+}
+
+} // namespace torv::songs

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "torv/songs/midi_data.h"
+
+namespace torv::songs {
+
+/// Whether the bytes begin as a standard MIDI file does.
+TORV_SONGS_API bool IsMidi(Bytes bytes);
+
+/// The song of a file's bytes; throws SongError.
+TORV_SONGS_API Song ReadMidiSong(Bytes bytes, const ReadOptions& options);
+
+/// The song of what a file holds: its words stand under the notes that they fit.
+TORV_SONGS_API Song MakeSong(const MidiData& data, const ReadOptions& options);
+
+} // namespace torv::songs

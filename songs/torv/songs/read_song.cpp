@@ -1,0 +1,81 @@
+#include "torv/songs/read_song.h"
+
+#include "torv/songs/input_file.h"
+#include "torv/songs/midi_reader.h"
+#include "torv/songs/song_error.h"
+
+#include <algorithm>
+#include <istream>
+#include <iterator>
+#include <vector>
+
+namespace torv::songs {
+
+namespace {
+
+/// A format has a line here, and a file that says whether bytes are of it and reads them.
+constexpr struct {
+    SongFormat format;
+    bool (*isIt)(Bytes bytes);
+    Song (*read)(Bytes bytes, const ReadOptions& options);
+} kReaders[] = {
+    {SongFormat::Midi, IsMidi, ReadMidiSong},
+};
+
+std::string Named(const std::string& source, const std::string& what) {
+    return source.empty() ? what : source + ": " + what;
+}
+
+constexpr size_t kEnoughToTell = 4096;      // bytes
+constexpr size_t kLargestFile = 256U << 20; // bytes: a thousand times any song
+
+[[noreturn]] void FailUnknown(const std::string& source) {
+    throw SongError(Named(source, "not a standard MIDI file, so it cannot be sung"));
+}
+
+} // namespace
+
+SongFormat FormatOf(Bytes bytes) {
+    for (const auto& reader : kReaders)
+        if (reader.isIt(bytes))
+            return reader.format;
+    return SongFormat::Unknown;
+}
+
+Song ReadSong(Bytes bytes, const std::string& source, const ReadOptions& options) {
+    const SongFormat format = FormatOf(bytes);
+    for (const auto& reader : kReaders) {
+        if (reader.format != format)
+            continue;
+        try {
+            Song song = reader.read(bytes, options);
+            song.source = source;
+            CompleteSong(song);
+            return song;
+        } catch (const SongError& error) {
+            throw SongError(Named(source, error.what()));
+        }
+    }
+    FailUnknown(source);
+}
+
+Song ReadSongFile(const std::string& path, const ReadOptions& options) {
+    const std::unique_ptr<std::istream> file = OpenInputFile(path);
+    std::vector<unsigned char> bytes;
+    const auto readUpTo = [&](size_t size) {
+        const size_t before = bytes.size();
+        bytes.resize(size);
+        file->read(reinterpret_cast<char*>(bytes.data() + before), static_cast<std::streamsize>(size - before));
+        bytes.resize(before + static_cast<size_t>(file->gcount()));
+    };
+    readUpTo(kEnoughToTell);
+    if (FormatOf(bytes) == SongFormat::Unknown)
+        FailUnknown(path); // before the rest of a file that may be large
+    for (size_t size = bytes.size(); *file && size < kLargestFile;)
+        readUpTo(size = std::min(size * 2, kLargestFile));
+    if (*file && file->peek() != std::istream::traits_type::eof())
+        throw SongError(Named(path, "is larger than 256 MB, which no song is"));
+    return ReadSong(bytes, path, options);
+}
+
+} // namespace torv::songs

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "torv/songs/song.h"
+
+#include <span>
+#include <string>
+
+namespace torv::songs {
+
+using Bytes = std::span<const unsigned char>;
+
+struct ReadOptions {
+    std::string encoding; ///< how the words' bytes are read, see TextEncodingNamed; empty: they are looked at
+};
+
+enum class SongFormat { Unknown, Midi };
+
+/// What kind of song file the bytes are, by their content.
+TORV_SONGS_API SongFormat FormatOf(Bytes bytes);
+
+/// Reads a song of any format. `source` is only named in messages. Throws SongError for bytes that are no song, and for
+/// those that cannot be followed; time and memory are linear in them.
+TORV_SONGS_API Song ReadSong(Bytes bytes, const std::string& source, const ReadOptions& options = {});
+
+/// The same for a file.
+TORV_SONGS_API Song ReadSongFile(const std::string& path, const ReadOptions& options = {});
+
+} // namespace torv::songs

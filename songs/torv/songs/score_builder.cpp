@@ -1,0 +1,274 @@
+#include "torv/songs/score_builder.h"
+
+#include "torv/songs/song_error.h"
+#include "torv/songs/syllables.h"
+#include "torv/songs/tempo_trail.h"
+#include "torv/songs/text_encoding.h"
+#include "torv/songs/voice_parameters.h"
+
+#include <algorithm>
+
+namespace torv::songs {
+
+namespace {
+
+constexpr DWORD kJoinedToPrevious = 1;
+constexpr DWORD kJoinedToNext = 2;
+/// The engine hears of a note's duration in 14 bits of milliseconds: longer notes become pieces that are joined.
+constexpr DWORD kLongestPieceMilliseconds = 8000;
+constexpr DWORD kLongestPieceTicks = 0x7FFF;
+constexpr DWORD kConverterValue = 480; // the converters' own value, one beat
+constexpr int kHighestKey = 127;
+constexpr size_t kMostHandles = 65534;
+constexpr size_t kLongestName = 127;               // what every reader of the engine's MIDI file takes
+constexpr double kLongestSong = 3 * 3600 * 1000.0; // milliseconds: a stereo wave at 96 kHz can still hold it
+
+void AddMasterEvent(CMasterTrack& master, DWORD tick, DWORD type, DWORD value) {
+    tagMasterEventEntry entry{};
+    entry.type = type;
+    entry.value = value;
+    master.MoveTo(tick);
+    master.InsertEvent(&entry);
+}
+
+/// Lead measures keep the song's first signature, and a tempo of their own, which makes their length exact.
+void BuildMasterTrack(const Song& file, const ScoreOptions& options, Score& score) {
+    CMasterTrack& master = *score.song->GetMasterTrack();
+    Meter first;
+    if (!file.meters.empty() && file.meters.front().tick == 0)
+        first = file.meters.front();
+    const tagTimeSignature signature{static_cast<BYTE>(first.numerator), static_cast<BYTE>(first.denominatorExponent)};
+    master.SetInitialTimeSig(signature);
+    const DWORD measure =
+        static_cast<DWORD>(CSequenceObject::CalcMeasureClock(first.numerator, first.denominatorExponent));
+    while (score.leadMilliseconds < options.presend) {
+        score.leadTicks += measure;
+        score.leadMilliseconds = CMasterTrack::TicksToTime(score.leadTicks, kDefaultTempo);
+    }
+    for (const Tempo& tempo : WithoutDrift(file.tempos))
+        AddMasterEvent(master, score.leadTicks + tempo.tick, torv::kEventTempo, tempo.microsecondsPerQuarter);
+    for (const Meter& change : file.meters)
+        if (change.tick > 0)
+            AddMasterEvent(master, score.leadTicks + change.tick, torv::kEventTimeSignature,
+                           static_cast<DWORD>(change.numerator | change.denominatorExponent << 8));
+}
+
+/// Adds events to a track in time order.
+class TrackWriter {
+public:
+    explicit TrackWriter(CSequenceObject* track) { m_builder.OpenBuffer(track); }
+    CCsqBuilder& Builder() { return m_builder; }
+    template <class Record>
+    void Put(DWORD tick, Record* record) {
+        m_builder.SetEvent(tick - m_tick, reinterpret_cast<tagChartSeqEvent*>(record));
+        m_tick = tick;
+    }
+    /// A new icon of the databases, attached to the track.
+    DWORD Attach(const Databases& databases, DWORD id) {
+        CIconObject* const icon = databases.Manager().CreateIconObject(id);
+        return icon ? torv::HandleOf(m_builder.RegisterIconObject(icon)) : 0;
+    }
+    void Close() { m_builder.CloseBuffer(); }
+
+private:
+    CCsqBuilder m_builder;
+    DWORD m_tick = 0;
+};
+
+/// A note without words goes on with the vowel before it.
+CLyricObject* MakeLyric(const std::vector<Word>& words, int language) {
+    auto* const lyric = new CLyricObject;
+    const auto add = [&](const std::string& text) {
+        for (const std::string& syllable : CutIntoSyllables(Utf8ToCodePage932(text), language))
+            if (CLyricElement* const element = lyric->AddNewElement())
+                element->SetLyricString(syllable.c_str());
+    };
+    for (const Word& word : words)
+        add(word.text + (word.hyphenAfter ? "-" : ""));
+    if (words.empty())
+        add("-");
+    const int count = lyric->GetElementCount();
+    for (int i = 0; i < count; ++i)
+        lyric->GetElementAt(i)->SetDeltaRate(1, static_cast<DWORD>(count));
+    return lyric;
+}
+
+/// What is sung where there are no words at all.
+CLyricObject* MakeVowel(int language) {
+    auto* const lyric = new CLyricObject;
+    CLyricElement* const element = lyric->AddNewElement();
+    element->SetLyricString(CLyricObject::GetDefaultLyric(language));
+    element->SetDeltaRate(1, 1);
+    return lyric;
+}
+
+std::string Named(const Song& song, const std::string& what) {
+    return song.source.empty() ? what : song.source + ": " + what;
+}
+
+/// The engine's stream has room for seven bits: a key beyond them would be sung as another one.
+void CheckKeys(const Song& song, const std::vector<SungNote>& notes, int transpose) {
+    const auto [lowest, highest] = std::minmax_element(
+        notes.begin(), notes.end(), [](const SungNote& a, const SungNote& b) { return a.key < b.key; });
+    if (lowest->key + transpose < 0 || highest->key + transpose > kHighestKey)
+        throw SongError(Named(song, "its notes are from " + std::to_string(lowest->key) + " to " +
+                                        std::to_string(highest->key) + ", and 0 to 127 can be sung: transpose it by " +
+                                        std::to_string(-lowest->key) + " to " +
+                                        std::to_string(kHighestKey - highest->key)));
+}
+
+std::vector<SungNote> CutLongNotes(const std::vector<SungNote>& notes, CArray<tagSequenceTimeMap>& map,
+                                   DWORD leadTicks) {
+    int hint = 0;
+    std::vector<SungNote> pieces;
+    for (const SungNote& note : notes) {
+        const DWORD start = CMasterTrack::SearchTimePosition(leadTicks + note.tick, map, hint);
+        int endHint = hint;
+        const DWORD milliseconds =
+            CMasterTrack::SearchTimePosition(leadTicks + note.tick + note.length, map, endHint) - start;
+        const DWORD count = 1 + std::max(milliseconds / kLongestPieceMilliseconds, note.length / kLongestPieceTicks);
+        for (DWORD i = 0; i < count; ++i) {
+            const auto at = [&](DWORD piece) {
+                return static_cast<DWORD>(static_cast<uint64_t>(note.length) * piece / count);
+            };
+            if (at(i + 1) == at(i))
+                continue;
+            SungNote piece = note;
+            piece.tick = note.tick + at(i);
+            piece.length = at(i + 1) - at(i);
+            if (i > 0) {
+                piece.words.clear();
+                piece.joined = true;
+            }
+            pieces.push_back(std::move(piece));
+        }
+    }
+    return pieces;
+}
+
+/// The voices and the dynamics, put among the notes as time goes on.
+class Marks {
+public:
+    Marks(const PartPlan& plan, const Databases& databases, DWORD leadTicks, CSequenceObject* track)
+        : m_plan(plan), m_databases(databases), m_leadTicks(leadTicks), m_parameters(track) {}
+
+    void PutUntil(DWORD tick, TrackWriter& writer) {
+        const auto isDue = [tick](const std::vector<ScoreMark>& marks, size_t at) {
+            return at < marks.size() && marks[at].tick <= tick;
+        };
+        while (isDue(m_plan.voices, m_voice) || isDue(m_plan.dynamics, m_dynamics)) {
+            const bool isVoice =
+                isDue(m_plan.voices, m_voice) && (!isDue(m_plan.dynamics, m_dynamics) ||
+                                                  m_plan.voices[m_voice].tick <= m_plan.dynamics[m_dynamics].tick);
+            isVoice ? PutVoice(m_plan.voices[m_voice++], writer) : PutDynamics(m_plan.dynamics[m_dynamics++], writer);
+        }
+    }
+    /// The language of the voice that sings now.
+    int Language() const { return LanguageOfSinger(m_plan.voices[m_voice - 1].id); }
+
+private:
+    void PutVoice(const ScoreMark& mark, TrackWriter& writer) {
+        tagCsqEventSinger* const record = CCsqBuilder::CreateSingerEvent();
+        record->iconHandle = writer.Attach(m_databases, mark.id);
+        writer.Put(mark.tick ? m_leadTicks + mark.tick : 0, record);
+        const auto* const singer = dynamic_cast<CIconSinger*>(m_databases.Manager().GetModelIconObject(mark.id));
+        tagVoiceChangeParam parameters{};
+        if (singer && singer->GetVoiceChangeParam(&parameters))
+            m_parameters.Set(m_leadTicks + mark.tick, parameters);
+    }
+    void PutDynamics(const ScoreMark& mark, TrackWriter& writer) {
+        tagCsqEventAicon* const record = CCsqBuilder::CreateIconEvent();
+        record->iconHandle = writer.Attach(m_databases, mark.id);
+        writer.Put(m_leadTicks + mark.tick, record);
+    }
+
+    const PartPlan& m_plan;
+    const Databases& m_databases;
+    const DWORD m_leadTicks;
+    VoiceParameters m_parameters;
+    size_t m_voice = 0;
+    size_t m_dynamics = 0;
+};
+
+ScorePart BuildPart(const Song& song, const PartPlan& plan, const Databases& databases, CArray<tagSequenceTimeMap>& map,
+                    const Score& score) {
+    const std::vector<SungNote> notes = CutLongNotes(plan.line.notes, map, score.leadTicks);
+    if (notes.size() > kMostHandles)
+        throw SongError(Named(song, std::to_string(notes.size()) + " notes are more than one track can give lyrics (" +
+                                        std::to_string(kMostHandles) + "); sing it in parts"));
+    ScorePart part;
+    part.track = CSequence::CreateObject();
+    score.song->AddObject(part.track);
+    part.track->SetName(CutAtCharacter(plan.name, kLongestName).c_str());
+    part.track->SetInitialLanguage(LanguageOfSinger(plan.voices.front().id));
+
+    TrackWriter writer(part.track);
+    NoteIcons icons(databases, plan.expressions, writer.Builder());
+    Marks marks(plan, databases, score.leadTicks, part.track);
+    int hint = 0;
+    for (size_t i = 0; i < notes.size(); ++i) {
+        const SungNote& note = notes[i];
+        const DWORD tick = score.leadTicks + note.tick;
+        const bool joinsNext = i + 1 < notes.size() && notes[i + 1].joined;
+        const DWORD start = CMasterTrack::SearchTimePosition(tick, map, hint);
+        int endHint = hint;
+        const DWORD milliseconds = CMasterTrack::SearchTimePosition(tick + note.length, map, endHint) - start;
+        marks.PutUntil(note.tick, writer);
+
+        CLyricObject* lyric =
+            plan.line.hasWords ? MakeLyric(note.words, marks.Language()) : MakeVowel(marks.Language());
+        tagCsqEventAnote* const record = CCsqBuilder::CreateNoteEvent();
+        record->noteLength = note.length;
+        record->noteNumber = static_cast<WORD>(note.key);
+        record->noteDynamics = static_cast<WORD>(note.velocity);
+        record->noteAttribute = (note.joined ? kJoinedToPrevious : 0) | (joinsNext ? kJoinedToNext : 0);
+        record->lyricHandle = torv::HandleOf(part.track->AttachLyricObject(lyric));
+        record->noteHeadHandle = note.joined ? 0 : icons.Attack();
+        record->noteTailHandle = joinsNext ? icons.Transition() : icons.Release();
+        DWORD offset = 0;
+        record->vibratoHandle = icons.Vibrato(note.length, milliseconds, offset);
+        record->vibratoOffset = static_cast<LONG>(offset);
+        writer.Put(tick, record);
+        part.notes.push_back({tick, note.length, note.key, note.velocity, note.joined, lyric});
+    }
+    marks.PutUntil(song.end, writer);
+    writer.Close();
+    return part;
+}
+
+} // namespace
+
+Score BuildScore(const Song& song, const std::vector<PartPlan>& parts, const ScoreOptions& options,
+                 const Databases& databases) {
+    for (const PartPlan& plan : parts) {
+        const SungNote& last = plan.line.notes.back();
+        if (MillisecondsAt(song.tempos, last.tick + last.length) > kLongestSong)
+            throw SongError(
+                Named(song, "lasts longer than three hours, more than one wave can hold; sing it in parts"));
+        CheckKeys(song, plan.line.notes, options.transpose);
+    }
+    Score score;
+    score.song = std::make_unique<CSequence>();
+    score.song->Create(nullptr);
+    score.song->SetName(song.source.c_str());
+    BuildMasterTrack(song, options, score);
+    CArray<tagSequenceTimeMap> map;
+    score.song->GetMasterTrack()->GetSequenceTimeMap(map);
+    for (const PartPlan& plan : parts) {
+        score.parts.push_back(BuildPart(song, plan, databases, map, score));
+        score.parts.back().track->SetTranspose(options.transpose);
+    }
+    return score;
+}
+
+void AddPhonemes(Score& score, const MessageCatcher& messages) {
+    CxSampaTransformer transformer;
+    for (const ScorePart& part : score.parts)
+        if (!transformer.DoTransform(part.track, kConverterValue))
+            throw SongError("the lyrics cannot be turned into phonemes" +
+                            (messages.Last().empty() ? "" : " (" + messages.Last() + ")") +
+                            ": put the phoneme converters beside the program, or name their folder in "
+                            "TORV_LIBRARY_PATH");
+}
+
+} // namespace torv::songs

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "torv/songs/export.h"
+#include "torv/songs/expressions.h"
+#include "torv/songs/voice_line.h"
+
+#include <torv/torv.h>
+
+#include <memory>
+
+namespace torv::songs {
+
+/// An icon of the databases that stands somewhere in the song.
+struct ScoreMark {
+    DWORD tick; ///< of the file
+    DWORD id;
+};
+
+/// One part as it is to be sung.
+struct PartPlan {
+    std::string name;                ///< of the score's track
+    VoiceLine line;                  ///< with one note at least
+    std::vector<ScoreMark> voices;   ///< by tick; the first at 0
+    std::vector<ScoreMark> dynamics; ///< by tick
+    Expressions expressions;
+};
+
+struct ScoreOptions {
+    int transpose = 0;    ///< semitones, for all parts
+    DWORD presend = 2000; ///< milliseconds that the engine must know of a note in advance
+};
+
+/// A note as it stands in the score, for the report.
+struct ScoredNote {
+    DWORD tick;
+    DWORD length;
+    int key;
+    int velocity;
+    bool joined;
+    CLyricObject* lyric; ///< the track's
+};
+
+struct ScorePart {
+    CSequenceObject* track = nullptr; ///< the song's
+    std::vector<ScoredNote> notes;
+};
+
+/// The library's song with a track for each part, later than its file by a lead of whole measures, so that the first
+/// note can be sent ahead.
+struct Score {
+    std::unique_ptr<CSequence> song;
+    std::vector<ScorePart> parts; ///< in the order of their plans
+    DWORD leadTicks = 0;
+    DWORD leadMilliseconds = 0;
+};
+
+/// Builds the score of some parts of a song: the last step before the library's own. The lyrics have no phonemes yet.
+/// Throws SongError when the song is more than a score can hold.
+TORV_SONGS_API Score BuildScore(const Song& song, const std::vector<PartPlan>& parts, const ScoreOptions& options,
+                                const Databases& databases);
+
+/// Has the phoneme converters, which the databases have loaded, read all of the score's lyrics. `messages` has caught
+/// what they say. Throws SongError when they cannot.
+TORV_SONGS_API void AddPhonemes(Score& score, const MessageCatcher& messages);
+
+} // namespace torv::songs

@@ -1,0 +1,278 @@
+#include "torv/songs/text_encoding.h"
+
+#include <torv/platform/text.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdint>
+#include <vector>
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <iconv.h>
+#endif
+
+namespace torv::songs {
+
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+
+/// The next character of a UTF-8 text, which is cut off its front; kReplacement and one byte when it is not UTF-8.
+char32_t TakeCharacter(std::string_view& text) {
+    const auto byte = [&](size_t i) { return static_cast<unsigned char>(text[i]); };
+    const unsigned char first = byte(0);
+    const size_t length = first < 0x80 ? 1 : first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
+    constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
+    char32_t value = length == 1 ? first : first & (0x7F >> length);
+    bool good = (first < 0x80 || (first >= 0xC2 && first <= 0xF4)) && text.size() >= length;
+    for (size_t i = 1; good && i < length; ++i) {
+        good = (byte(i) & 0xC0) == 0x80;
+        value = value << 6 | (byte(i) & 0x3F);
+    }
+    if (!good || value < kSmallest[length] || value > 0x10FFFF || (value >= 0xD800 && value < 0xE000)) {
+        text.remove_prefix(1);
+        return kReplacement;
+    }
+    text.remove_prefix(length);
+    return value;
+}
+
+void AppendUtf8(std::string& out, char32_t c) {
+    const auto put = [&](char32_t bits) { out += static_cast<char>(bits); };
+    if (c < 0x80) {
+        put(c);
+    } else if (c < 0x800) {
+        put(0xC0 | c >> 6);
+        put(0x80 | (c & 0x3F));
+    } else if (c < 0x10000) {
+        put(0xE0 | c >> 12);
+        put(0x80 | (c >> 6 & 0x3F));
+        put(0x80 | (c & 0x3F));
+    } else {
+        put(0xF0 | c >> 18);
+        put(0x80 | (c >> 12 & 0x3F));
+        put(0x80 | (c >> 6 & 0x3F));
+        put(0x80 | (c & 0x3F));
+    }
+}
+
+bool IsKana(char32_t c) { return (c >= 0x3041 && c <= 0x30FF) || (c >= 0xFF66 && c <= 0xFF9D); }
+
+#ifdef _WIN32
+
+/// UTF-8 of one character of code page 932; empty when it is none. The system would put a substitute, and it is kana.
+std::string CharacterToUtf8(std::string_view character) {
+    wchar_t wide[4];
+    const int units =
+        MultiByteToWideChar(932, MB_ERR_INVALID_CHARS, character.data(), static_cast<int>(character.size()), wide, 4);
+    char utf8[16];
+    const int bytes = units > 0 ? WideCharToMultiByte(CP_UTF8, 0, wide, units, utf8, sizeof utf8, nullptr, nullptr) : 0;
+    return {utf8, static_cast<size_t>(std::max(bytes, 0))};
+}
+
+std::string ShiftJisToUtf8(std::string_view bytes) {
+    std::string utf8;
+    while (!bytes.empty()) {
+        const size_t length = IsDBCSLeadByteEx(932, static_cast<BYTE>(bytes[0])) && bytes.size() > 1 ? 2 : 1;
+        const std::string character = CharacterToUtf8(bytes.substr(0, length));
+        utf8 += character.empty() ? "\xEF\xBF\xBD" : character;
+        bytes.remove_prefix(character.empty() ? 1 : length);
+    }
+    return utf8;
+}
+
+void AppendCodePage932(std::string& out, const std::string& character) {
+    wchar_t wide[4];
+    const int units = MultiByteToWideChar(CP_UTF8, 0, character.data(), static_cast<int>(character.size()), wide, 4);
+    char bytes[8];
+    BOOL substituted = FALSE;
+    const int count =
+        WideCharToMultiByte(932, WC_NO_BEST_FIT_CHARS, wide, units, bytes, sizeof bytes, nullptr, &substituted);
+    if (count > 0 && !substituted)
+        out.append(bytes, static_cast<size_t>(count));
+}
+
+#else
+
+/// One conversion; what cannot be converted is passed over, and marked with `mark` when that is not empty.
+std::string Convert(std::string_view from, const char* fromName, const char* toName, std::string_view mark) {
+    const iconv_t converter = iconv_open(toName, fromName);
+    if (converter == reinterpret_cast<iconv_t>(-1))
+        return {};
+    std::string to;
+    char* in = const_cast<char*>(from.data());
+    size_t left = from.size();
+    while (left > 0) {
+        char buffer[256];
+        char* out = buffer;
+        size_t room = sizeof buffer;
+        const size_t before = left;
+        const size_t result = iconv(converter, &in, &left, &out, &room);
+        to.append(buffer, out);
+        if (result == static_cast<size_t>(-1) && (room == sizeof buffer || left == before || room > 8) && left > 0) {
+            to += mark;
+            ++in;
+            --left;
+        }
+    }
+    iconv_close(converter);
+    return to;
+}
+
+std::string ShiftJisToUtf8(std::string_view bytes) { return Convert(bytes, "CP932", "UTF-8", "\xEF\xBF\xBD"); }
+
+void AppendCodePage932(std::string& out, const std::string& character) {
+    out += Convert(character, "UTF-8", "CP932", {});
+}
+
+#endif
+
+/// Letters that code page 932 lacks, by the plain letters they are sung as: U+00C0..U+00FF, and U+0100..U+017F below.
+constexpr const char* kPlainLatin[64] = {
+    "A", "A", "A", "A", "A", "A", "AE", "C", "E",  "E",  "E", "E", "I", "I", "I", "I", "D",  "N", "O",  "O", "O", "O",
+    "O", "x", "O", "U", "U", "U", "U",  "Y", "Th", "ss", "a", "a", "a", "a", "a", "a", "ae", "c", "e",  "e", "e", "e",
+    "i", "i", "i", "i", "d", "n", "o",  "o", "o",  "o",  "o", "",  "o", "u", "u", "u", "u",  "y", "th", "y"};
+
+constexpr const char* kExtendedLatin = "AaAaAaCcCcCcCcDdDdEeEeEeEeEeGgGgGgGgHhHhIiIiIiIiIi??"
+                                       "JjKkkLlLlLlLlLlNnNnNnnNnOoOoOo??RrRrRrSsSsSsSsTtTtTtUuUuUuUuUuUu"
+                                       "WwYyYZzZzZzs";
+static_assert(std::char_traits<char>::length(kExtendedLatin) == 0x80);
+
+/// Empty for what is no Latin letter.
+std::string PlainLatin(char32_t c) {
+    switch (c) {
+    case 0x132:
+    case 0x133:
+        return c == 0x132 ? "IJ" : "ij";
+    case 0x152:
+    case 0x153:
+        return c == 0x152 ? "OE" : "oe";
+    default:
+        break;
+    }
+    if (c >= 0xC0 && c <= 0xFF)
+        return kPlainLatin[c - 0xC0];
+    return c >= 0x100 && c <= 0x17F ? std::string(1, kExtendedLatin[c - 0x100]) : std::string();
+}
+
+} // namespace
+
+std::optional<TextEncoding> TextEncodingNamed(std::string_view name) {
+    std::string plain;
+    for (const char c : name)
+        if (std::isalnum(static_cast<unsigned char>(c)))
+            plain += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    if (plain == "utf8")
+        return TextEncoding::Utf8;
+    if (plain == "shiftjis" || plain == "sjis" || plain == "cp932")
+        return TextEncoding::ShiftJis;
+    if (plain == "latin1" || plain == "iso88591")
+        return TextEncoding::Latin1;
+    return std::nullopt;
+}
+
+const char* NameOf(TextEncoding encoding) {
+    switch (encoding) {
+    case TextEncoding::Utf8:
+        return "utf-8";
+    case TextEncoding::ShiftJis:
+        return "shift-jis";
+    case TextEncoding::Latin1:
+        break;
+    }
+    return "latin-1";
+}
+
+TextEncoding DetectEncoding(std::string_view bytes) {
+    bool utf8 = true;
+    for (std::string_view rest = bytes; utf8 && !rest.empty();)
+        utf8 = TakeCharacter(rest) != kReplacement;
+    if (utf8)
+        return TextEncoding::Utf8;
+    const std::string decoded = ShiftJisToUtf8(bytes);
+    int kana = 0;
+    int other = 0;
+    for (std::string_view rest = decoded; !rest.empty();) {
+        const char32_t c = TakeCharacter(rest);
+        if (c == kReplacement)
+            return TextEncoding::Latin1;
+        if (c >= 0x80)
+            ++(c >= 0x3041 && c <= 0x30FF ? kana : other);
+    }
+    return kana > 0 && kana * 2 >= other ? TextEncoding::ShiftJis : TextEncoding::Latin1;
+}
+
+std::string ToUtf8(std::string_view bytes, TextEncoding encoding) {
+    if (encoding == TextEncoding::ShiftJis)
+        return ShiftJisToUtf8(bytes);
+    std::string out;
+    for (std::string_view rest = bytes; !rest.empty();) {
+        if (encoding == TextEncoding::Latin1) {
+            AppendUtf8(out, static_cast<unsigned char>(rest.front()));
+            rest.remove_prefix(1);
+        } else {
+            AppendUtf8(out, TakeCharacter(rest));
+        }
+    }
+    return out;
+}
+
+std::string Utf8ToCodePage932(std::string_view utf8) {
+    std::string out;
+    for (std::string_view rest = utf8; !rest.empty();) {
+        const char32_t c = TakeCharacter(rest);
+        if (c < 0x80) {
+            out += static_cast<char>(c);
+        } else if (const std::string plain = PlainLatin(c); !plain.empty()) {
+            out += plain;
+        } else if (c == 0x2018 || c == 0x2019) {
+            out += '\'';
+        } else if (c == 0x2010 || c == 0x2011 || c == 0x2013) {
+            out += '-';
+        } else if (c != kReplacement) {
+            std::string character;
+            AppendUtf8(character, c);
+            AppendCodePage932(out, character);
+        }
+    }
+    return out;
+}
+
+std::string CutAtCharacter(std::string_view bytes, size_t most) {
+    if (bytes.size() <= most)
+        return std::string(bytes);
+    const TextEncoding encoding = DetectEncoding(bytes);
+    size_t end = 0;
+    for (std::string_view rest = bytes; !rest.empty(); end = bytes.size() - rest.size()) {
+        if (encoding == TextEncoding::Utf8)
+            TakeCharacter(rest);
+        else
+            rest.remove_prefix(encoding == TextEncoding::ShiftJis &&
+                                       torv::IsLeadByte932(static_cast<unsigned char>(rest[0])) && rest.size() > 1
+                                   ? 2
+                                   : 1);
+        if (bytes.size() - rest.size() > most)
+            break;
+    }
+    return std::string(bytes.substr(0, end));
+}
+
+bool HasKana(std::string_view utf8) {
+    while (!utf8.empty())
+        if (IsKana(TakeCharacter(utf8)))
+            return true;
+    return false;
+}
+
+bool HasKanji(std::string_view utf8) {
+    while (!utf8.empty()) {
+        const char32_t c = TakeCharacter(utf8);
+        if (c >= 0x4E00 && c <= 0x9FFF)
+            return true;
+    }
+    return false;
+}
+
+} // namespace torv::songs

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "torv/songs/song.h"
+
+namespace torv::songs {
+
+/// A note as one voice sings it.
+struct SungNote {
+    uint32_t tick;
+    uint32_t length; ///< ticks
+    int key;
+    int velocity;
+    std::vector<Word> words; ///< of the one verse; none: it goes on with the vowel before
+    bool joined = false;     ///< begins where the note before ends, which it goes on from without a break
+};
+
+/// What one voice sings of a part, and what had to be done to it.
+struct VoiceLine {
+    std::vector<SungNote> notes;
+    bool hasWords = false;
+    bool japanese = false;             ///< what the words look like
+    bool unreadableCharacters = false; ///< there is kanji, which no converter reads
+    size_t cutNotes = 0;               ///< overlapping notes that were shortened or left out
+};
+
+/// One voice sings one note at a time: of notes that begin together the highest stays, a note that runs into the next
+/// one is cut there, and a short gap before the next one is closed. The part's notes are sorted.
+TORV_SONGS_API VoiceLine MakeVoiceLine(const Part& part, int verse = 1);
+
+} // namespace torv::songs
