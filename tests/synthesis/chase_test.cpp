@@ -46,6 +46,9 @@ TEST_CASE("chase: the latest group of every parameter before the preroll, newest
     Chase chase;
     chase.Add(-5, Block(0x60, {1}));
     chase.Add(0, Block(0x53, {7}));
+    chase.Add(0, {0xB0, 99, 0x53});           // no second message
+    chase.Add(0, {0xB0, 99, 0x53, 0xB0, 98}); // cut
+    chase.Add(0, {});
     chase.Add(100, Block(0x63, {50}));
     chase.Add(150, Block(0x50, {60})); // a note is no state
     chase.Add(200, Block(0x55, {0x30, 90}));
@@ -71,16 +74,8 @@ TEST_CASE("chase: the latest group of every parameter before the preroll, newest
     CHECK(chase.At(1000, {500, false}).empty());
     CHECK(chase.At(30000, {20000, true})[6].data2 == 0x7F); // delays have 14 bits
     CHECK(chase.At(30000, {20000, true})[7].data2 == 0x7F);
-}
-
-TEST_CASE("chase: short and foreign entries are passed over") {
-    Chase chase;
-    chase.Add(0, {0xB0, 99, 0x53});           // no second message
-    chase.Add(0, {0xB0, 99, 0x53, 0xB0, 98}); // cut
-    chase.Add(0, {});
-    chase.Add(0, {0xB0, 99, 0x64, 0xB0, 98, 0, 0xB0, 6, 5, 1}); // too short for a delay: as it is
-    REQUIRE(chase.At(1000).size() == 3);
-    CHECK(chase.At(1000)[2].data2 == 5);
+    chase.Add(501, {0xB0, 99, 0x64, 0xB0, 98, 0, 0xB0, 6, 5, 1}); // too short for a delay: as it is
+    CHECK(chase.At(1002)[2].data2 == 5);
 }
 
 TEST_CASE("chase: what is sent before a time and takes effect at it or later") {
@@ -88,10 +83,8 @@ TEST_CASE("chase: what is sent before a time and takes effect at it or later") {
     chase.Add(10, {0x90, 60, 1}); // without a delay
     CHECK_FALSE(torv::IsTellingAhead(chase.stream, 20));
     chase.Add(100, Block(0x63, {50})); // at 400
-    CHECK_FALSE(torv::IsTellingAhead(chase.stream, 100));
-    CHECK(torv::IsTellingAhead(chase.stream, 101));
-    CHECK(torv::IsTellingAhead(chase.stream, 400));
-    CHECK_FALSE(torv::IsTellingAhead(chase.stream, 401));
+    for (const DWORD time : {100u, 101u, 400u, 401u})
+        CHECK(torv::IsTellingAhead(chase.stream, time) == (time == 101 || time == 400));
 }
 
 TEST_CASE("chase: what a host reaches of it") {
@@ -109,29 +102,29 @@ TEST_CASE("chase: what a host reaches of it") {
     REQUIRE(driver.RTS_CreateRVE() == 1);
     CHECK(driver.RTS_ChaseEvent(0, 1000) == 14);
     CHECK(driver.RTS_GetChaseEvents(0)->size() == 14);
-    const auto exists = [&](int track, const Bytes& group) {
-        return driver.RTS_ChaseEventExist(track, group.data(), static_cast<DWORD>(group.size()));
-    };
-    CHECK(exists(0, kept) == 1);
-    CHECK(exists(0, Block(0x55, {0x31, 90})) == 0);
-    CHECK(exists(0, Block(0x53, {0x30})) == 0);
-    CHECK(exists(1, kept) == 0);
-    CHECK(exists(0, {}) == 0);
-    const Bytes two = Block(0x63, {51, 52});
-    CHECK(CRtSynthesis::RTS_GetEventLength(two.data(), 42) == 42);
-    Bytes next = two;
-    next.insert(next.end(), two.begin(), two.end());
-    CHECK(CRtSynthesis::RTS_GetEventLength(next.data(), 84) == 42); // up to the next opening
-    CHECK(CRtSynthesis::RTS_GetEventLength(next.data(), 44) == 42); // whole messages
+    CHECK(driver.RTS_GetChaseEvents(1) == nullptr);
+    const struct {
+        int track;
+        Bytes group;
+        int exists;
+    } groups[] = {{0, kept, 1}, {0, Block(0x55, {0x31, 90}), 0}, {0, Block(0x53, {0x30}), 0}, {1, kept, 0}, {0, {}, 0}};
+    for (const auto& row : groups)
+        CHECK(driver.RTS_ChaseEventExist(row.track, row.group.data(), static_cast<DWORD>(row.group.size())) ==
+              row.exists);
+    Bytes two = Block(0x63, {51, 52});
+    const Bytes next = two;
+    two.insert(two.end(), next.begin(), next.end());
+    const DWORD lengths[][2] = {{42, 42}, {84, 42}, {44, 42}}; // up to the next opening, and whole messages
+    for (const auto& [length, group] : lengths)
+        CHECK(CRtSynthesis::RTS_GetEventLength(two.data(), length) == group);
     CHECK(CRtSynthesis::RTS_GetEventLength(nullptr, 42) == 0);
 
-    const LONG rows[][2] = {{0, 0}, {1, 10}, {10, 10}, {11, 20}, {40, 40}, {41, -1}};
-    for (const auto& row : rows) {
-        CAPTURE(row[0]);
-        CHECK(driver.RTS_MoveTo(0, static_cast<DWORD>(row[0])) == (row[1] >= 0));
+    const LONG moves[][2] = {{0, 0}, {1, 10}, {10, 10}, {11, 20}, {40, 40}, {41, -1}};
+    for (const auto& [time, found] : moves) {
+        CAPTURE(time);
+        CHECK(driver.RTS_MoveTo(0, static_cast<DWORD>(time)) == (found >= 0));
         tagQuillMidiEntry entry{};
-        CHECK((chase.stream.ReadNextEntry(&entry) ? entry.time : -1) == row[1]);
+        CHECK((chase.stream.ReadNextEntry(&entry) ? entry.time : -1) == found);
     }
     CHECK(driver.RTS_MoveTo(1, 0) == 0); // no such track
-    CHECK(driver.RTS_GetChaseEvents(1) == nullptr);
 }

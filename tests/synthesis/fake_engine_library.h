@@ -10,22 +10,23 @@ class FakeEngine {
 public:
     FakeEngine() : m_module(LoadLibraryA(kName)) {
         REQUIRE(m_module != nullptr);
-        m_log = torv::EntryPoint<FakeEngineLogProc>(m_module, "FakeEngineLog")();
-        const int live = m_log->live;
-        *m_log = {};
-        REQUIRE(live == 0); // an instance that an earlier case left behind
+        log = torv::EntryPoint<FakeEngineLogProc>(m_module, "FakeEngineLog")();
+        CHECK(log->live == 0); // an instance that an earlier case left behind
+        *log = {};
     }
-    ~FakeEngine() { FreeLibrary(m_module); }
+    ~FakeEngine() {
+        CHECK(log->live == 0);
+        CHECK(log->starts == log->stops);
+        FreeLibrary(m_module);
+    }
     FakeEngine(const FakeEngine&) = delete;
     FakeEngine& operator=(const FakeEngine&) = delete;
-
-    const FakeLog& Log() const { return *m_log; }
-    /// Called in every step, on the thread that asks for it.
-    void SetStepHook(void (*hook)()) { m_log->stepHook = hook; }
 
     static constexpr const char* kName = "FAKE_RVE.dll";
 
 private:
     HMODULE m_module;
-    FakeLog* m_log = nullptr;
+
+public:
+    FakeLog* log = nullptr;
 };

@@ -1,30 +1,27 @@
+#include "audio/wave_out_fixture.h"
 #include "synthesis/driver.h"
 #include "torv/synthesis/trace_text.h"
+#include "values.h"
 
 #include <cmath>
 #include <limits>
 #include <optional>
-#include <vector>
 
 TEST_CASE("driver: rates, frame sizes and conversions") {
-    CHECK(CRtSynthesis::IsValidSampleRate(48000) == 1);
-    CHECK(CRtSynthesis::IsValidSampleRate(22050) == 0);
-    CHECK(CRtSynthesis::IsValidSampleRate(0xFFFFFFFF) == 0); // the list's own end
-    CHECK(CRtSynthesis::IsValidSampleBit(16) == 1);
-    CHECK(CRtSynthesis::IsValidSampleBit(24) == 0);
     const DWORD* rates = CRtSynthesis::GetSampleRateList();
     CHECK(std::vector<DWORD>(rates, rates + 4) == std::vector<DWORD>{44100, 48000, 96000, 0xFFFFFFFF});
-    CHECK(CRtSynthesis::GetDefaultSampleRate() == 44100);
-    CHECK(CRtSynthesis::GetDefaultSampleBit() == 16);
-    CHECK(std::string(CRtSynthesis::GetQSMVersionString()) == "No Version String");
-
+    CHECK(Values(CRtSynthesis::IsValidSampleBit(16), CRtSynthesis::IsValidSampleBit(24)) == "1 0");
+    CHECK(Values(CRtSynthesis::GetDefaultSampleRate(), CRtSynthesis::GetDefaultSampleBit(),
+                 CRtSynthesis::GetQSMVersionString()) == "44100 16 No Version String");
     Driver driver;
     CHECK(driver.RTS_SampleToMs(22050) == 0); // no rate yet
-    const DWORD sizes[][2] = {{48000, 441}, {96000, 558}, {22050, 256}, {44100, 256}};
-    for (const auto& size : sizes) {
-        driver.RTS_SetSynthesisParam(1, 1, 0, size[0], 0, 0);
-        CHECK(driver.RTS_GetFrameSize() == size[1]);
-        CHECK(+driver.m_WaveFormat.nSamplesPerSec == size[0]); // the wave output follows
+    const DWORD rows[][3] = {
+        {48000, 441, 1}, {96000, 558, 1}, {22050, 256, 0}, {0xFFFFFFFF, 256, 0}, {44100, 256, 1}}; // the list's end
+    for (const auto& [rate, frameSize, isValid] : rows) {
+        driver.RTS_SetSynthesisParam(1, 1, 0, rate, 0, 0);
+        CHECK(CRtSynthesis::IsValidSampleRate(rate) == static_cast<int>(isValid));
+        CHECK(driver.RTS_GetFrameSize() == frameSize);
+        CHECK(+driver.m_WaveFormat.nSamplesPerSec == rate); // the wave output follows
     }
     CHECK(driver.RTS_MsToSample(1000, 44100) == 44100);
     CHECK(driver.RTS_MsToSample(2050, 44100) == 90404); // 2050 x 0.001 falls just short of 2.05
@@ -38,22 +35,17 @@ TEST_CASE("driver: opening proves that an instance can be made, and keeps none")
     const FakeEngine engine;
     Driver driver;
     CHECK(driver.CreateRVE() == -2); // not open yet
-    CHECK(driver.OpenSynthesizer() == 1);
-    CHECK(engine.Log().live == 0);
-    CHECK(driver.GetSampleRate() == 44100);
+    CHECK(Values{driver.OpenSynthesizer(), engine.log->live, driver.GetSampleRate()} == "1 0 44100");
     const int handle = driver.CreateRVE();
-    CHECK(handle >= 0);
     driver.DeleteRVE(-2); // none
-    CHECK(engine.Log().live == 1);
+    CHECK(engine.log->live == 1);
     driver.DeleteRVE(handle);
-    CHECK(engine.Log().live == 0);
-    CHECK(driver.CloseSynthesizer() == 0);
+    CHECK(Values{driver.CloseSynthesizer(), engine.log->live} == "0 0");
     driver.DeleteRVE(0); // no library any more
     for (const char* library : {"NO_SUCH_ENGINE.dll", "FAKE_RVE_INCOMPLETE.dll"}) {
         Driver other;
         other.SetEngineLibrary(library);
-        CHECK(other.OpenSynthesizer() == 0);
-        CHECK(other.CreateRVE() == -2);
+        CHECK(Values{other.OpenSynthesizer(), other.CreateRVE()} == "0 -2");
     }
 }
 
@@ -63,18 +55,16 @@ TEST_CASE("driver: instances and rings of all tracks, or of none") {
     REQUIRE(driver.OpenSynthesizer() == 1);
     CHECK(driver.RTS_CreateRVE() == 0); // no tracks
     CQuillMidiBuffer streams[2];
-    streams[0].SetLast(1, 1500);
-    streams[1].SetLast(1, 700);
     driver.RTS_SetSynthesisParam(1, 3, 0, 48000, 0, 0);
-    CHECK(driver.RTS_SetQuillMidiBuffer(0, &streams[0]) == 1);
-    CHECK(driver.RTS_SetQuillMidiBuffer(1, &streams[1]) == 1);
+    for (const int track : {0, 1}) {
+        streams[track].SetLast(1, 1500 - track);
+        CHECK(driver.RTS_SetQuillMidiBuffer(track, &streams[track]) == 1);
+    }
     driver.RTS_SetTrackVolume(0, 0.5); // nothing to set yet
     driver.RTS_DeleteRVE();
     CHECK(driver.RTS_GetQuillMidiBuffer(1) == &streams[1]); // and nothing to delete
     REQUIRE(driver.RTS_CreateRVE() == 1);
-    CHECK(engine.Log().live == 3);
-    CHECK(driver.m_state.SongEnd() == 1500);
-    CHECK(driver.RTS_GetRveHandle(2) == 2);
+    CHECK(Values(engine.log->live, driver.m_state.SongEnd(), driver.RTS_GetRveHandle(2)) == "3 1500 2");
     const tagRtsInfo* info = driver.RTS_GetOutBuffer(2);
     REQUIRE(info != nullptr);
     CHECK(info->blockCount == 3000);
@@ -88,7 +78,7 @@ TEST_CASE("driver: instances and rings of all tracks, or of none") {
     }
     SUBCASE("deleted together, streams forgotten") {
         driver.CloseSynthesizer(); // leaves the instances to their end
-        CHECK(engine.Log().live == 3);
+        CHECK(engine.log->live == 3);
         driver.RTS_DeleteRVE();
         CHECK(driver.RTS_GetEndPosition() == 0);
     }
@@ -100,10 +90,9 @@ TEST_CASE("driver: instances and rings of all tracks, or of none") {
         std::optional<Driver> copy(driver);
         CHECK(copy->RTS_GetOutBuffer(2) == info);
         REQUIRE(driver.RTS_CreateRVE() == 0); // one more is too many
-        CHECK(engine.Log().live == 3);
-        copy.reset();
+        CHECK(engine.log->live == 3);
     }
-    CHECK(engine.Log().live == 0);
+    CHECK(engine.log->live == 0);
     CHECK(driver.RTS_GetQuillMidiBuffer(0) == nullptr);
 }
 
@@ -114,26 +103,20 @@ TEST_CASE("driver: a track's gains, and the master's") {
     driver.RTS_SetSynthesisParam(1, 1, 0, 44100, 0, 0);
     REQUIRE(driver.RTS_CreateRVE() == 1);
     constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
-    struct Row {
-        double volume;
-        double pan;
-        double left;
-        double right;
-    };
-    const Row rows[] = {{1.0, 0.0, 1.0, 1.0},
-                        {2.0, 0.5, 1.0, 3.0}, // q = 0.75: 2 x 0.25 x 2 and 2 x 0.75 x 2
-                        {2.0, 1.5, 2.0, 2.0},
-                        {kNone, kNone, 1.0, 1.0},
-                        {HUGE_VAL, -1.0, 2.0, 0.0}};
-    for (const Row& row : rows) {
-        driver.RTS_SetTrackVolume(0, row.volume);
-        driver.RTS_SetTrackPanpot(0, row.pan);
-        CHECK(driver.Ring()->Tracks()[0].gainL == row.left);
-        CHECK(driver.Ring()->Tracks()[0].gainR == row.right);
+    const double rows[][4] = {{1.0, 0.0, 1.0, 1.0},
+                              {2.0, 0.5, 1.0, 3.0}, // q = 0.75: 2 x 0.25 x 2 and 2 x 0.75 x 2
+                              {2.0, 1.5, 2.0, 2.0},
+                              {kNone, kNone, 1.0, 1.0},
+                              {HUGE_VAL, -1.0, 2.0, 0.0}};
+    const torv::SynthTrack& track = driver.Ring()->Tracks()[0];
+    for (const auto& [volume, pan, left, right] : rows) {
+        driver.RTS_SetTrackVolume(0, volume);
+        driver.RTS_SetTrackPanpot(0, pan);
+        CHECK(Values(track.gainL, track.gainR) == Values(left, right));
     }
     driver.SetMasterOutputChannels(1); // one has no sides
     driver.RTS_SetTrackPanpot(0, -1.0);
-    CHECK(driver.Ring()->Tracks()[0].gainR == 1.0);
+    CHECK(track.gainR == 1.0);
     REQUIRE(driver.RTS_CreateRVE() == 1);
     CHECK(driver.Ring()->BlockBytes() == 256 * 2);
 }
@@ -145,15 +128,18 @@ TEST_CASE("driver: rings as a host sees them") {
     BYTE* buffer = nullptr;
     DWORD blocks = 1;
     int endFlag = 1;
-    const auto get = [&](DWORD most) { return driver.RTS_GetWaveOutData_2(bytes, buffer, most, 1, blocks, endFlag); };
-    CHECK(get(4) == 0); // no instances
+    const auto get = [&](DWORD most) {
+        const int result = driver.RTS_GetWaveOutData_2(bytes, buffer, most, 1, blocks, endFlag);
+        return Values(result, bytes, blocks, endFlag);
+    };
+    CHECK(get(4) == "0 0 0 0"); // no instances
     CHECK(driver.RTS_IsBlkOk(1) == 0);
     REQUIRE(driver.OpenSynthesizer() == 1);
     driver.RTS_SetSynthesisParam(1, 2, 0, 44100, 0, 0);
     REQUIRE(driver.RTS_CreateRVE() == 1);
     driver.m_state.BeginSynthesis(); // as while it plays
-    CHECK(get(4) == 2);
-    const std::vector<short> samples(256 * 3, 0x0102);
+    CHECK(get(4) == "2 0 0 0");
+    const Shorts samples(256 * 3, 0x0102);
     for (int track = 0; track < 2; ++track) {
         CHECK(driver.RTS_IsBlkOk(1) == 0); // one track alone does not count
         CHECK(driver.RTS_AppendSample(track, samples.data(), 256 * 3, 0) == 1);
@@ -161,54 +147,43 @@ TEST_CASE("driver: rings as a host sees them") {
         CHECK(driver.RTS_AppendSample(track, nullptr, 2, 1) == 1); // nothing
         driver.RTS_UpdaatWriteIndex(track);                        // another
     }
-    CHECK(driver.RTS_IsBlkOk(5) == 1);
-    CHECK(driver.RTS_IsBlkOk(6) == 0);
+    CHECK(Values(driver.RTS_IsBlkOk(5), driver.RTS_IsBlkOk(6)) == "1 0");
     CHECK(driver.RTS_AppendSample(0, samples.data(), 0, 0) == 0);
     CHECK(driver.RTS_AppendSample(0, nullptr, 1, 0) == 0);
     CHECK(driver.RTS_AppendSample(2, samples.data(), 1, 0) == 0);
-    REQUIRE(get(2) == 1);
-    CHECK(blocks == 2);
-    CHECK(bytes == 2 * 256 * 4);
-    CHECK(endFlag == 0);
-    CHECK(std::vector<BYTE>(buffer, buffer + 4) == std::vector<BYTE>{4, 2, 4, 2});
+    CHECK(get(2) == "1 2048 2 0");
+    CHECK(Bytes(buffer, buffer + 4) == Bytes{4, 2, 4, 2});
     for (int track = 0; track < 2; ++track)
         driver.RTS_MarkWriteIndex(track);
-    REQUIRE(get(0x400001) == 1); // as many blocks as 32 bits cannot count the bytes of
-    CHECK(blocks == 3);
-    CHECK(endFlag == 1);
-    CHECK(std::vector<BYTE>(buffer + 1022, buffer + 1026) == std::vector<BYTE>{4, 2, 0, 0}); // the third, and silence
+    CHECK(get(0x400001) == "1 3072 3 1"); // as many blocks as 32 bits cannot count the bytes of
+    CHECK(Bytes(buffer + 1022, buffer + 1026) == Bytes{4, 2, 0, 0}); // the third, and silence
     CHECK(driver.RTS_GetWaveOutSilentData(bytes, buffer, 0x400001, 2, blocks) == 1);
     CHECK(blocks == 3000);
-    CHECK(std::vector<BYTE>(buffer, buffer + bytes) == std::vector<BYTE>(3000 * 256 * 4, 0));
+    CHECK(Bytes(buffer, buffer + bytes) == Bytes(3000 * 256 * 4));
     driver.RTS_SetTrackMute(0, 1);
-    std::vector<BYTE> out(4);
+    Bytes out(4);
     for (const int track : {0, 1})
         driver.RTS_WaveDataTrackMix(track, out.data(), 4, 0);
-    CHECK(out == std::vector<BYTE>{2, 1, 2, 1}); // of the one that is not muted
+    CHECK(out == Bytes{2, 1, 2, 1}); // of the one that is not muted
     driver.RTS_StopSynthesis();
 }
 
 TEST_CASE("driver: the host's window is told under its message, while it exists") {
     Driver driver;
     CHECK(driver.PostMessageToMsgDestination(1, 2, 3) == 0); // no window
-    CWnd window(CreateWindowExA(0, "STATIC", "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr));
-    driver.SetPlayParameters("", &window, WM_USER + 3, 9, 44100, 0);
+    HostWindow window;
+    driver.SetPlayParameters("", &window, kHostMessage, 9, 44100, 0);
     driver.RTS_SetSynthesisParam(1, 1, 0, 44100, 0, 0);
     driver.RTS_SetPlayParam(1000, 2000, 1000, 0);
     driver.RTS_ChangeSongPosition(3000); // told as asked, though the region's start is played
     CHECK(driver.PostMessageToMsgDestination(WM_USER + 99, 4, 44100) != 0);
-    MSG message;
-    for (const auto& [code, time] : {std::pair<WPARAM, LPARAM>{9, 3000}, {4, 1000}}) {
-        REQUIRE(PeekMessageA(&message, window.m_hWnd, WM_USER + 3, WM_USER + 3, PM_REMOVE));
-        CHECK(message.wParam == code);
-        CHECK(message.lParam == time);
-    }
+    CHECK(window.Take() == HostWindow::Posted{{9, 3000}, {4, 1000}});
     DestroyWindow(window.m_hWnd);
     CHECK(driver.PostMessageToMsgDestination(1, 4, 44100) == 0);
 }
 
 TEST_CASE("driver: dumps") {
-    const std::vector<BYTE> bytes(17, 0xE1);
+    const Bytes bytes(17, 0xE1);
     CHECK(torv::TraceText(bytes.data(), 17) ==
           "E1 E1 E1 E1 E1 E1 E1 E1 E1 E1 E1 E1 E1 E1 E1 E1 \n                 :E1 ");
     CHECK(torv::TraceText(nullptr, 5) == "");

@@ -3,22 +3,15 @@
 #include <rve_abi.h>
 
 /// What the fake engine was asked, for tests to look at and to clear.
-struct FakeEvent {
-    int step; ///< of the instance, from 0
-    RVEEvent event;
-};
-
 struct FakeLog {
     int live; ///< instances made and not deleted: at most four at a time
     int starts;
     int stops;
     int steps;
     int resets;
-    void (*stepHook)();       ///< called in every step
+    void (*stepHook)();       ///< called in every step, on the thread that asks for it
     RVEStaticSetting setting; ///< the last one; its option text is `option`
     char option[64];
-    int eventCount;
-    FakeEvent events[4096];
 };
 
 /// Entry point "FakeEngineLog".
