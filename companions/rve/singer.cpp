@@ -1,5 +1,7 @@
 #include "singer.h"
 
+#include "shapes.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -25,16 +27,6 @@ constexpr float kQuiet = 1e-5F;
 
 float FromDb(float db) { return std::exp2(db * 0.166096F); }
 
-/// Icon styles by the low byte of their code: 1 stretches a shape, 2 tightens it.
-float StyleTime(const Shape& shape, float gentle, float strong) {
-    return shape.style == 1 ? gentle : shape.style == 2 ? strong : 1.0F;
-}
-
-float Smoothstep(float x) {
-    x = std::clamp(x, 0.0F, 1.0F);
-    return x * x * (3 - 2 * x);
-}
-
 /// Full scale is approached, never reached: the upper quarter bends.
 float Limit(float x) {
     constexpr float kKnee = 0.75F;
@@ -53,6 +45,7 @@ bool Singer::Configure(uint32_t rate) {
     if (std::find(std::begin(kRates), std::end(kRates), rate) == std::end(kRates))
         return false;
     m_rate = rate;
+    m_whiteLevel = static_cast<float>(std::sqrt(m_rate / kTimeBase));
     Reset();
     return true;
 }
@@ -75,13 +68,7 @@ void Singer::Reset() {
     m_program = 0;
     m_currentStart = -1;
     m_vowel = nullptr;
-    m_fromNote = m_toNote = 60;
-    m_glideStart = 0;
-    m_glideLength = 1;
-    m_vibratoOn = false;
-    m_vibratoEnd = 0;
-    m_vibratoEnvelope = 0;
-    m_vibratoPhase = 0;
+    m_pitch.Reset();
     m_gain = m_voicing = m_aspiration = m_noise = {};
     m_voicingNow = m_aspirationNow = m_noiseNow = m_breathNow = 0;
     m_voicingStep = m_aspirationStep = m_noiseStep = 0;
@@ -160,24 +147,11 @@ void Singer::BeginSegment(const Segment& segment) {
     m_currentStart = segment.start;
     if (const Phoneme* const nucleus = NucleusOf(segment))
         m_vowel = nucleus;
-    const auto note = static_cast<float>(segment.note);
-    const bool silent = m_voicing.value < 0.01F;
-    m_fromNote = silent ? note : m_toNote;
-    m_toNote = note;
-    float milliseconds = segment.begins ? 30.0F : 70.0F;
-    if (segment.transition.present)
-        milliseconds = (10 + 1.5F * segment.transition.duration) * StyleTime(segment.transition, 2.0F, 0.4F);
-    m_glideLength = std::max<Time>(FromMilliseconds(milliseconds), 1);
-    m_glideStart = segment.start - m_glideLength / 2;
-    m_vibratoOn = m_vibratoOn && !segment.begins;
-    if (segment.vibrato)
-        m_vibratoEnd = segment.vibratoEnd;
 }
 
 /// Out of silence every sound begins alike, wherever the song was begun: nothing of the one before is left to be heard.
 void Singer::BeginSound() {
-    m_vibratoEnvelope = 0;
-    m_vibratoPhase = 0;
+    m_pitch.BeginSound();
     m_tiltState = m_shelfState = 0;
     m_glottis.Reset();
     m_random.Reset(kSeed);
@@ -204,30 +178,11 @@ float Singer::Envelope(const Segment* segment, Time now) {
     return level;
 }
 
-float Singer::Pitch(const Segment* segment, Time now) {
-    const float progress = static_cast<float>(now - m_glideStart) / static_cast<float>(m_glideLength);
-    float note = m_fromNote + (m_toNote - m_fromNote) * Smoothstep(progress);
-    if (segment && segment->begins && segment->attack.present) { // a scoop from below
-        const float length = 20 + 0.8F * segment->attack.duration;
-        const auto into = static_cast<float>(static_cast<double>(now - segment->start) / kTimeBase * 1000);
-        note -= 0.8F * segment->attack.depth / 127.0F * (1 - Smoothstep(into / length));
-    }
+PitchControls Singer::PitchControlsNow() const {
     const float bend = static_cast<float>(ControlValue(Control::PitchBend) - 8192) / 8192.0F;
-    note += bend * static_cast<float>(ControlValue(Control::BendSensitivity));
-
-    if (segment && segment->vibrato && now >= segment->vibratoBegin)
-        m_vibratoOn = true;
-    if (m_vibratoOn && now >= m_vibratoEnd)
-        m_vibratoOn = false;
-    m_vibratoEnvelope += ((m_vibratoOn ? 1.0F : 0.0F) - m_vibratoEnvelope) * Pace(60);
-    const float hz = 3.0F + 0.04F * static_cast<float>(ControlValue(Control::VibratoRate));
-    m_vibratoPhase += hz * kTickSamples / m_rate;
-    m_vibratoPhase -= std::floor(m_vibratoPhase);
-    if (m_vibratoEnvelope > 1e-3F) {
-        const float cents = m_vibratoEnvelope * static_cast<float>(ControlValue(Control::VibratoDepth));
-        note += cents / 100 * static_cast<float>(std::sin(6.283185307 * m_vibratoPhase));
-    }
-    return 440.0F * std::exp2((note - 69) / 12);
+    return {bend * static_cast<float>(ControlValue(Control::BendSensitivity)),
+            3.0F + 0.04F * static_cast<float>(ControlValue(Control::VibratoRate)),
+            static_cast<float>(ControlValue(Control::VibratoDepth))};
 }
 
 void Singer::MoveTract(const Target& target, float f0) {
@@ -297,7 +252,8 @@ void Singer::Tick() {
             release = (15 + 0.9F * shape.duration) * StyleTime(shape, 2.0F, 0.25F);
         }
     }
-    const float f0 = Pitch(segment, now);
+    const float f0 =
+        m_pitch.Advance(now, static_cast<float>(kTickSamples * 1000 / m_rate), m_timeline, segment, PitchControlsNow());
     m_glottis.SetFrequency(std::min(f0, static_cast<float>(m_rate) * 0.45F) / static_cast<float>(m_rate));
     MoveTract(target, f0);
 
@@ -306,7 +262,7 @@ void Singer::Tick() {
     const float gain = FromDb(kDynamicsDb * static_cast<float>(dynamics - kDefaultDynamics) +
                               (segment ? kVelocityDb * static_cast<float>(velocity - kDefaultVelocity) : 0));
     const float tremolo = 0.6F * static_cast<float>(ControlValue(Control::TremoloDepth)) / 127.0F;
-    const float wave = 1 + tremolo * static_cast<float>(std::sin(6.283185307 * m_vibratoPhase));
+    const float wave = (1 + tremolo * m_pitch.Swing()) * m_pitch.Unevenness();
     if (segment)
         m_gain.Approach(gain * wave, m_isFirstTick ? 1.0F : Pace(10));
     else
@@ -349,7 +305,7 @@ float Singer::NextSample() {
     if (m_voicingNow < kQuiet * 0.01F && m_aspirationNow < kQuiet * 0.01F && m_noiseNow < kQuiet * 0.01F &&
         m_gain.value == 0)
         m_voicingNow = m_aspirationNow = m_noiseNow = 0;
-    const float white = m_random.Next();
+    const float white = m_random.Next() * m_whiteLevel;
     const float pulse = m_glottis.Next() + white * m_breathNow * m_glottis.Openness();
     m_tiltState += (pulse - m_tiltState) * m_tilt;
     float sound = m_tract.Next(m_tiltState * m_voicingNow + white * m_aspirationNow);

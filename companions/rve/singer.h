@@ -3,6 +3,7 @@
 #include "articulator.h"
 #include "block_decoder.h"
 #include "glottis.h"
+#include "pitch_line.h"
 #include "rve_abi.h"
 #include "timeline.h"
 #include "tract.h"
@@ -43,7 +44,7 @@ private:
     void BeginSegment(const Segment& segment);
     void BeginSound();
     float Envelope(const Segment* segment, Time now);
-    float Pitch(const Segment* segment, Time now);
+    PitchControls PitchControlsNow() const;
     void MoveTract(const Target& target, float f0);
     float LevelFor(float f0) const;
     float NextSample();
@@ -63,14 +64,7 @@ private:
     bool m_isFirstTick = false; ///< of a sound out of silence
     Time m_currentStart = -1;   ///< identifies the segment that was begun
     const Phoneme* m_vowel = nullptr;
-    float m_fromNote = 60;
-    float m_toNote = 60;
-    Time m_glideStart = 0;
-    Time m_glideLength = 1;
-    bool m_vibratoOn = false;
-    Time m_vibratoEnd = 0;
-    float m_vibratoEnvelope = 0;
-    double m_vibratoPhase = 0;
+    PitchLine m_pitch;
 
     Smoothed m_gain, m_voicing, m_aspiration, m_noise;
     float m_voicingNow = 0, m_aspirationNow = 0, m_noiseNow = 0, m_breathNow = 0; ///< ramped within a tick
@@ -78,6 +72,7 @@ private:
     std::array<Smoothed, kFormants> m_hz, m_bandwidth;
     Smoothed m_noiseHz, m_noiseBandwidth;
     std::array<Smoothed, kFormants> m_boost;
+    float m_whiteLevel = 1; ///< keeps noise as strong in a band whatever the rate
     float m_tilt = 1, m_tiltState = 0;
     float m_shelf = 0, m_shelfState = 0;
     Smoothed m_tiltHz, m_shelfGain;

@@ -40,7 +40,7 @@ public:
         int velocity = 64;
         int attackCode = -1, attackDepth = 64, attackDuration = 64;
         int releaseCode = -1, releaseDuration = 64;
-        int transitionDuration = -1;
+        int transitionDuration = -1; ///< of the way out, into the next note
         int vibratoStart = -1, vibratoExtent = 0;
     };
     Stream& Note(const NoteText& text) {

@@ -66,21 +66,52 @@ TEST_CASE("time: a bend applies its delay after it arrives") {
     CHECK(std::abs(Cents(PitchOf(Part(sound, 520, 800), HzOf(62)), HzOf(62))) < 4);
 }
 
-TEST_CASE("joined notes: no break in the sound, the pitch glides as long as the transition says") {
-    const auto pitchAt = [](int duration, double ms) {
+TEST_CASE("joined notes: no break in the sound, and a glide centred on the join as long as the way out says") {
+    const auto pitchesAround = [](int duration, int otherDuration) {
         Stream stream;
-        stream.Note({.note = 57, .startMs = 100, .lengthMs = 500, .type = 1});
-        stream.Note({.note = 64, .startMs = 600, .lengthMs = 500, .type = 2, .transitionDuration = duration});
+        stream.Note({.note = 57, .startMs = 100, .lengthMs = 500, .type = 1, .transitionDuration = duration});
+        stream.Note({.note = 64, .startMs = 600, .lengthMs = 500, .type = 2, .transitionDuration = otherDuration});
         const auto sound = Sing(stream, 1.1);
         double quietest = 1;
         for (double t = 300; t < 1000; t += 10)
             quietest = std::min(quietest, Rms(Part(sound, t, t + 20)));
         CHECK(quietest > 0.4 * Rms(Part(sound, 300, 500)));
-        return PitchOf(Part(sound, ms - 12, ms + 12), HzOf(60.5));
+        std::vector<double> semitones; // over the first note, from 500 ms on, every 20 ms
+        for (double t = 500; t <= 700; t += 20)
+            semitones.push_back(Cents(PitchOf(Part(sound, t - 12, t + 12), HzOf(60.5)), HzOf(57)) / 100);
+        return semitones;
     };
-    // The glide is centred on the note's time: with 127 it takes 200 ms, with 0 ten.
-    CHECK(pitchAt(0, 640) > HzOf(63.5));
-    CHECK(pitchAt(127, 560) < HzOf(60.5));
+    // 127 is a glide of 200 ms from 500 ms on, 3.5 semitones at its middle; 0 is one of ten; without a transition 70.
+    const auto slow = pitchesAround(127, -1);
+    CHECK(slow[5] == doctest::Approx(3.5).epsilon(0.1));
+    CHECK(slow[2] == doctest::Approx(7 * (3 * 0.04 - 2 * 0.008)).epsilon(0.3)); // a fifth of the way
+    CHECK(slow[8] == doctest::Approx(7 - 7 * (3 * 0.04 - 2 * 0.008)).epsilon(0.1));
+    for (size_t i = 1; i < slow.size(); ++i)
+        CHECK(slow[i] - slow[i - 1] < 1.3); // its steepest fifth is 1.05: no jump anywhere
+    const auto quick = pitchesAround(0, 127);
+    CHECK(std::abs(quick[4]) < 0.2);
+    CHECK(quick[6] > 6.8);
+    const auto plain = pitchesAround(-1, -1);
+    CHECK(std::abs(plain[3]) < 0.2);
+    CHECK(plain[5] == doctest::Approx(3.5).epsilon(0.15));
+    CHECK(plain[7] > 6.8);
+}
+
+TEST_CASE("drift: a steady note is never quite still, nor ever out of tune") {
+    Stream stream;
+    stream.Note({.note = 69, .startMs = 100, .lengthMs = 3000});
+    const auto sound = Sing(stream, 3.0);
+    double sum = 0, lowest = 0, highest = 0;
+    int count = 0;
+    for (double t = 300; t < 2900; t += 30, ++count) {
+        const double cents = Cents(PitchOf(Part(sound, t, t + 30), 440), 440);
+        sum += cents;
+        lowest = std::min(lowest, cents);
+        highest = std::max(highest, cents);
+    }
+    CHECK(std::abs(sum / count) < 1);
+    CHECK(highest - lowest > 8);
+    CHECK(highest - lowest < 30);
 }
 
 TEST_CASE("silence: exact zeros within a second of the last note, and before the first") {

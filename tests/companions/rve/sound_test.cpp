@@ -111,6 +111,16 @@ TEST_CASE("consonants: each manner has its own mark") {
     CHECK(slant(170, 230) > 4 * slant(400, 460));
 }
 
+TEST_CASE("noise: as strong at every rate") {
+    for (const char* sound : {"s a", "h a"}) {
+        Stream stream;
+        stream.Note({.startMs = 200, .phonemes = sound, .advancement = 127}); // 132 ms
+        const auto hiss = [&](uint32_t rate) { return Db(Rms(Part(Sing(stream, 0.8, rate), 90, 190, rate))); };
+        CHECK(std::abs(hiss(96000) - hiss(44100)) < 1.5);
+        CHECK(std::abs(hiss(48000) - hiss(44100)) < 1.5);
+    }
+}
+
 TEST_CASE("loudness: dynamics and velocity by their decibels, monotonic, and never at full scale") {
     const auto level = [](int dynamics, int velocity) {
         Stream stream;
