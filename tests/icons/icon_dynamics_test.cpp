@@ -19,20 +19,20 @@ struct Swell : CIconDynamics {
 
 TEST_CASE("dynamics: levels and changes") {
     CIconDynamics level(5, 1, 1), swell(5, 2, 1), odd(5, 7, 1);
-    CHECK((level.SetStartDynamics(99) == 1 && level.GetEndDynamics() == 99 && level.SetEndDynamics(128) == 0));
-    CHECK((level.SetEndDynamics(5) == 1 && level.GetStartDynamics() == 5 && level.SetStartDynamics(-1) == 0));
-    CHECK((swell.SetStartDynamics(500) == 1 && swell.GetStartDynamics() == 500 && swell.SetEndDynamics(500) == 0));
-    CHECK((swell.SetEndDynamics(-127) == 1 && swell.GetStartDynamics() == 500));
-    CHECK((odd.SetStartDynamics(1) == 0 && odd.SetEndDynamics(1) == 0 && odd.NormalizeValue(999) == 999));
-    CHECK((level.IsContinuance() == 0 && swell.IsContinuance() == 1 && odd.IsContinuance() == 1));
-    CHECK((CIconDynamics::CalcExportDynamics(100, 40) == 127 && CIconDynamics::CalcExportDynamics(10, -40) == 0 &&
-           CIconDynamics::CalcExportDynamics(2147483647, 1) == 127));
-    CHECK((CIconDynamics::GetThreshold(0) == 113 && CIconDynamics::GetThreshold(8) == -1 &&
-           CIconDynamics::GetThreshold(-1) == -1));
-    CHECK((CIconDynamics::ScanThresholdIndex(113) == 0 && CIconDynamics::ScanThresholdIndex(112) == 1 &&
-           CIconDynamics::ScanThresholdIndex(0) == 7 && CIconDynamics::ScanThresholdIndex(-5) == 7));
+    CHECK(Values{level.SetStartDynamics(99), level.GetEndDynamics(), level.SetEndDynamics(128)} == "1 99 0");
+    CHECK(Values{level.SetEndDynamics(5), level.GetStartDynamics(), level.SetStartDynamics(-1)} == "1 5 0");
+    CHECK(Values{swell.SetStartDynamics(500), swell.GetStartDynamics(), swell.SetEndDynamics(500)} == "1 500 0");
+    CHECK(Values{swell.SetEndDynamics(-127), swell.GetStartDynamics()} == "1 500");
+    CHECK(Values{odd.SetStartDynamics(1), odd.SetEndDynamics(1), odd.NormalizeValue(999)} == "0 0 999");
+    CHECK(Values(level.IsContinuance(), swell.IsContinuance(), odd.IsContinuance()) == "0 1 1");
+    CHECK(Values(CIconDynamics::CalcExportDynamics(100, 40), CIconDynamics::CalcExportDynamics(10, -40),
+                 CIconDynamics::CalcExportDynamics(2147483647, 1)) == "127 0 127");
+    CHECK(Values(CIconDynamics::GetThreshold(0), CIconDynamics::GetThreshold(8), CIconDynamics::GetThreshold(-1)) ==
+          "113 -1 -1");
+    CHECK(Values(CIconDynamics::ScanThresholdIndex(113), CIconDynamics::ScanThresholdIndex(112),
+                 CIconDynamics::ScanThresholdIndex(0), CIconDynamics::ScanThresholdIndex(-5)) == "0 1 7 7");
     CHECK(CIconDynamics::GetDefaultDynamics() == 72);
-    CHECK((level.GetOriginalSingerName() == "non" && level.GetDevelopperName().IsEmpty()));
+    CHECK(Values(level.GetOriginalSingerName(), level.GetDevelopperName().IsEmpty()) == "non 1");
 }
 
 TEST_CASE("dynamics: preset files are brought into range, a song's icons read as they were written") {
@@ -41,9 +41,9 @@ TEST_CASE("dynamics: preset files are brought into range, a song's icons read as
     const std::string preset = folder.File(
         "p.aic", "[Parameter]\nLength=960\nStartDyn=150\nEndDyn=-200\nDynBPNum=1\nDynBPX=0.5\nDynBPY=300\n");
     CHECK(level.LoadPreset(preset.c_str()) == 1);
-    CHECK((level.GetLength() == 1 && level.GetStartDynamics() == 127 && level.GetEndDynamics() == 0));
+    CHECK(Values(level.GetLength(), level.GetStartDynamics(), level.GetEndDynamics()) == "1 127 0");
     CHECK(swell.LoadPreset(preset.c_str()) == 1);
-    CHECK((swell.GetLength() == 960 && swell.GetEndDynamics() == -127));
+    CHECK(Values(swell.GetLength(), swell.GetEndDynamics()) == "960 -127");
     CHECK(swell.LoadPreset(preset.c_str()) == 1); // points are added to those there
     CHECK(RowsOf(*swell.GetDynamicsBPList()) == Rows{{5000, 127, 0}, {5000, 127, 0}});
 
@@ -100,7 +100,8 @@ TEST_CASE("dynamics: cuts") {
         Swell tail;
         CHECK(tail.TrimIconTail(row.clock) == 1);
         CHECK(RowsOf(*tail.GetDynamicsBPList()) == row.points);
-        CHECK((tail.GetEndDynamics() == row.end && tail.GetLength() == row.length && tail.GetStartDynamics() == 0));
+        CHECK(Values(tail.GetEndDynamics(), tail.GetLength(), tail.GetStartDynamics()) ==
+              Values(row.end, row.length, 0));
     }
     // 120 and 240 ticks; the point put at the cut goes again, and start and end stay
     for (const Row& row : {Row{180, {{2000, 10, 0}}, 20, 300}, // 60 of 300
@@ -111,7 +112,8 @@ TEST_CASE("dynamics: cuts") {
         Fill(*head.GetDynamicsBPList(), {{2500, 4}, {5000, 10}});
         CHECK(head.TrimIconHead(row.clock) == 1);
         CHECK(RowsOf(*head.GetDynamicsBPList()) == row.points);
-        CHECK((head.GetLength() == row.length && head.GetStartDynamics() == 0 && head.GetEndDynamics() == row.end));
+        CHECK(Values(head.GetLength(), head.GetStartDynamics(), head.GetEndDynamics()) ==
+              Values(row.length, 0, row.end));
     }
 }
 
@@ -120,21 +122,22 @@ TEST_CASE("dynamics: records, copies and replacements") {
     swell.SetStartDynamics(-30);
     tagDynamicsIconObject record{};
     CHECK(swell.DescribeParameter(&record) == 1);
-    CHECK((record.header.iconId == 0x05020001 && record.length == 480 && record.startDynamics == -30 &&
-           record.endDynamics == 20 && record.pointCount == 1 && record.points[0].position == 5000));
+    CHECK(Values(record.header.iconId, record.length, record.startDynamics, record.endDynamics, record.pointCount,
+                 record.points[0].position) == Values(0x05020001, 480, -30, 20, 1, 5000));
     CIconDynamics built(5, 3, 9);
     CHECK(built.ConstructParameter(&record) == 1);
     torv::ReleaseIconRecord(&record);
     CIconDynamics copy(&built), replaced(5, 3, 9);
     CHECK(replaced.ReplaceParameter(&built) == 1);
-    CHECK((built.GetIconID() == 0x05020001 && copy.GetIconID() == 0x05020001 && replaced.GetIconID() == 0x05030009));
+    CHECK(Values(built.GetIconID(), copy.GetIconID(), replaced.GetIconID()) ==
+          Values(0x05020001, 0x05020001, 0x05030009));
     const std::string text = Described(swell);
-    CHECK((Described(built) == text && Described(copy) == text && Described(replaced) == text));
+    CHECK(Values(Described(built), Described(copy), Described(replaced)) == Values(text, text, text));
     CIconVibrato vibrato(4, 4, 1);
     vibrato.SetLength(10);
-    CHECK((replaced.ReplaceParameter(&vibrato) == 1 && replaced.GetLength() == 10)); // what both have
-    CHECK((replaced.GetStartDynamics() == -30 && replaced.GetDynamicsBPList()->GetCount() == 1));
+    CHECK(Values{replaced.ReplaceParameter(&vibrato), replaced.GetLength()} == "1 10"); // what both have
+    CHECK(Values(replaced.GetStartDynamics(), replaced.GetDynamicsBPList()->GetCount()) == "-30 1");
     tagDynamicsIconObject empty{};
     empty.pointCount = 7; // with a null array
-    CHECK((copy.ConstructParameter(&empty) == 1 && copy.GetDynamicsBPList()->IsEmpty()));
+    CHECK(Values{copy.ConstructParameter(&empty), copy.GetDynamicsBPList()->IsEmpty()} == "1 1");
 }

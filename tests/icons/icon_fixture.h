@@ -3,6 +3,8 @@
 #include "torv/icons/icon_object.h"
 #include "torv/typed_file/typed_file.h"
 
+#include "values.h"
+
 #include <doctest/doctest.h>
 
 #include <cstring>

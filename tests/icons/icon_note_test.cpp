@@ -24,22 +24,22 @@ tagNoteIconObject ExampleRecord() {
 TEST_CASE("shapes: 64 unless a file says otherwise, and any value a host sets") {
     CIconNoteAttack attack(1, 1, 3);
     CIconNoteTransit transit(3, 3, 1);
-    CHECK((attack.GetDuration() == 64 && attack.GetDepth() == 64 && transit.GetDuration() == 64));
+    CHECK(Values(attack.GetDuration(), attack.GetDepth(), transit.GetDuration()) == "64 64 64");
     CHECK(transit.GetDepth() == 64); // it has none: the middle
-    CHECK((attack.SetDepth(300) == 1 && attack.GetDepth() == 300));
-    CHECK((attack.SetDepth(-5) == 1 && attack.GetDepth() == -5));
+    CHECK(Values{attack.SetDepth(300), attack.GetDepth()} == "1 300");
+    CHECK(Values{attack.SetDepth(-5), attack.GetDepth()} == "1 -5");
     Construct(attack, "[S]\nDuration=abc\nDepth=");
-    CHECK((attack.GetDuration() == 0 && attack.GetDepth() == 64)); // no number is 0, an empty text the default
-    CHECK((attack.IsContinuance() == 0 && attack.TrimIconHead(1) == 0 && attack.TrimIconTail(1) == 0));
+    CHECK(Values(attack.GetDuration(), attack.GetDepth()) == "0 64"); // no number is 0, an empty text the default
+    CHECK(Values{attack.IsContinuance(), attack.TrimIconHead(1), attack.TrimIconTail(1)} == "0 0 0");
 
     const TempFolder folder;
     const std::string path = folder.File("soft.aic", "[Common]\nCaption=Soft\n[Parameter]\nLength=120\nDuration=7\n");
     CHECK(attack.LoadPreset(path.c_str()) == 1);
-    CHECK((attack.GetCaption() == "Soft" && attack.GetLength() == 120));
-    CHECK((attack.GetDuration() == 7 && attack.GetDepth() == 64));
-    CHECK((transit.LoadPreset(path.c_str()) == 1 && transit.GetDuration() == 7));
+    CHECK(Values(attack.GetCaption(), attack.GetLength()) == "Soft 120");
+    CHECK(Values(attack.GetDuration(), attack.GetDepth()) == "7 64");
+    CHECK(Values{transit.LoadPreset(path.c_str()), transit.GetDuration()} == "1 7");
     CIconExpression none(1, 1, 1);
-    CHECK((none.LoadPreset(path.c_str()) == 0 && none.GetCaption().IsEmpty()));
+    CHECK(Values{none.LoadPreset(path.c_str()), none.GetCaption().IsEmpty()} == "0 1");
 }
 
 TEST_CASE("shapes as text: sections of songs, and a user's expression files") {
@@ -69,23 +69,24 @@ TEST_CASE("note records: bytes of shapes, names that stay") {
     record.originalSingerName = singer;
     record.developerName = developer;
     CHECK(attack.ConstructParameter(&record) == 1);
-    CHECK((attack.GetIconID() == 0x01010007 && attack.GetExpressionID() == 0x3456));
+    CHECK(Values(attack.GetIconID(), attack.GetExpressionID()) == Values(0x01010007, 0x3456));
     record.originalSingerName = record.developerName = nullptr;
     CHECK(attack.ConstructParameter(&record) == 1);
-    CHECK((attack.GetOriginalSingerName() == "Anna" && attack.GetDevelopperName() == "Dev"));
+    CHECK(Values(attack.GetOriginalSingerName(), attack.GetDevelopperName()) == "Anna Dev");
 
     attack.SetDuration(0x1FF);
     CIconNoteAttack copy(&attack);
     tagNoteIconObject described{};
     CHECK(copy.DescribeParameter(&described) == 1);
-    CHECK((described.database == 5 && described.idHigh == 0x1234 && described.itemValue == 0xFFFFFFF0));
-    CHECK((described.duration == 0xFF && described.depth == 1 && std::string(described.developerName) == "Dev"));
+    CHECK(Values(described.database, described.idHigh, described.itemValue) == Values(5, 0x1234, 0xFFFFFFF0));
+    CHECK(Values(int{described.duration}, int{described.depth}, described.developerName) == "255 1 Dev");
     torv::ReleaseIconRecord(&described);
-    CHECK((described.originalSingerName == nullptr && described.header.caption == nullptr));
+    CHECK(described.originalSingerName == nullptr);
+    CHECK(described.header.caption == nullptr);
 
     CIconNoteTransit transit(3, 3, 1);
     record.depth = 99;
-    CHECK((transit.ConstructParameter(&record) == 1 && transit.GetDuration() == 200 && transit.GetDepth() == 64));
+    CHECK(Values{transit.ConstructParameter(&record), transit.GetDuration(), transit.GetDepth()} == "1 200 64");
 }
 
 TEST_CASE("replacing a note icon takes the other's variation too, of another kind only what both have") {
@@ -94,17 +95,17 @@ TEST_CASE("replacing a note icon takes the other's variation too, of another kin
     other.ConstructParameter(&record);
     CHECK(attack.ReplaceParameter(&other) == 1);
     CHECK(attack.GetIconID() == 0x01010007);
-    CHECK((attack.GetDuration() == 200 && attack.GetDepth() == 1 && attack.GetExpressionEntry()->database == 5));
-    CHECK((attack.ReplaceParameter(&attack) == 1 && attack.GetExpressionID() == 0x3456));
+    CHECK(Values(attack.GetDuration(), attack.GetDepth(), attack.GetExpressionEntry()->database) == "200 1 5");
+    CHECK(Values{attack.ReplaceParameter(&attack), attack.GetExpressionID()} == Values(1, 0x3456));
 
     CIconNoteTransit from(3, 3, 8), to(3, 3, 2);
     from.SetDuration(11);
-    CHECK((to.ReplaceParameter(&from) == 1 && to.GetIconID() == 0x03030008 && to.GetDuration() == 11));
+    CHECK(Values{to.ReplaceParameter(&from), to.GetIconID(), to.GetDuration()} == Values(1, 0x03030008, 11));
 
     CIconNoteRelease release(2, 2, 5);
     release.SetLength(50);
     CHECK(attack.ReplaceParameter(&release) == 1);
-    CHECK((attack.GetIconID() == 0x01010007 && attack.GetLength() == 50 && attack.GetDuration() == 200));
+    CHECK(Values(attack.GetIconID(), attack.GetLength(), attack.GetDuration()) == Values(0x01010007, 50, 200));
     CHECK(attack.GetExpressionID() == 0); // an expression both are
     CHECK(attack.ReplaceParameter(nullptr) == 0);
 }

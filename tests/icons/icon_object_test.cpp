@@ -49,20 +49,20 @@ size_t SlotOf(Function function) {
 TEST_CASE("ids and names") {
     CHECK(torv::MakeIconID(1, 2, 0x8003) == 0x01028003);
     CHECK(torv::MakeIconID(0x105, -1, 0x12345) == 0x05FF2345); // no part reaches into another
-    CHECK((torv::StatusFromID(0xFF028003) == 255 && torv::ArticulationFromID(0x01FF0000) == 255 &&
-           torv::VariationFromID(0x0102FFFF) == 0xFFFF));
+    CHECK(Values(torv::StatusFromID(0xFF028003), torv::ArticulationFromID(0x01FF0000),
+                 torv::VariationFromID(0x0102FFFF)) == Values(255, 255, 0xFFFF));
     CHECK(torv::MakeSingerIconID(1, 2) == 0x07010102);
     CHECK(torv::MakeSingerIconID(1, 258) == 0x07010202); // 1 x 256 + 258 = 514
     CHECK(torv::MakeSingerIconID(300, 1) == 0x07012C01); // 76801 = 0x12C01
-    CHECK((CIconObject::IsUserIcon(0x01018000) == 1 && CIconObject::IsUserIcon(0x01017FFF) == 0));
+    CHECK(Values(CIconObject::IsUserIcon(0x01018000), CIconObject::IsUserIcon(0x01017FFF)) == "1 0");
     CHECK(std::string(torv::IconStatusName(2)) == "Release");
-    CHECK((std::string(torv::IconStatusName(6)).empty() && std::string(torv::IconStatusName(8)).empty()));
+    CHECK(Values(std::string(torv::IconStatusName(6)).empty(), std::string(torv::IconStatusName(8)).empty()) == "1 1");
     CHECK(std::string(torv::IconArticulationName(2, 2)) == "NoteTransition"); // a release's own articulation: crossed
     CHECK(std::string(torv::IconArticulationName(3, 3)) == "NoteRelease");
     CHECK(std::string(torv::IconArticulationName(4, 1)) == "NoteAttack"); // the status does not choose among the four
     CHECK(std::string(torv::IconArticulationName(5, 3)) == "Decrescendo");
-    CHECK((std::string(torv::IconArticulationName(5, 4)).empty() &&
-           std::string(torv::IconArticulationName(7, 1)).empty()));
+    CHECK(Values(std::string(torv::IconArticulationName(5, 4)).empty(),
+                 std::string(torv::IconArticulationName(7, 1)).empty()) == "1 1");
 }
 
 TEST_CASE("virtual functions stand in the order in which built hosts call them") {
@@ -80,8 +80,8 @@ TEST_CASE("virtual functions stand in the order in which built hosts call them")
 TEST_CASE("base: keys with their defaults, lengths, trims that do nothing") {
     Base icon;
     CHECK(icon.GetLength() == 0);
-    CHECK((icon.SetLength(5) == 1 && icon.SetLength(0) == 0 && icon.GetLength() == 5));
-    CHECK((icon.TrimIconHead(1) == 0 && icon.TrimIconTail(1) == 0 && icon.IsContinuance() == 0));
+    CHECK(Values{icon.SetLength(5), icon.SetLength(0), icon.GetLength()} == "1 0 5");
+    CHECK(Values{icon.TrimIconHead(1), icon.TrimIconTail(1), icon.IsContinuance()} == "0 0 0");
     for (const char* text :
          {"[S]\nCaption=\nArticulation=NoteAttack\nLength=0", "[S]\nArticulation=NoteAttack\nLength=abc",
           "[S]\nArticulation=NoteAttack", "[S]\nArticulation=NoteAttack\nLength=-5"}) {
@@ -92,7 +92,7 @@ TEST_CASE("base: keys with their defaults, lengths, trims that do nothing") {
     Construct(icon, "[S]\nCaption=Soft\nArticulation=x\nLength=77");
     CHECK(Described(icon) == "[S]\nCaption=Soft\nLength=77\n");
     Construct(icon, "[Other]\nCaption=Loud\nLength=5"); // a missing section is one without keys
-    CHECK((icon.GetCaption().IsEmpty() && icon.GetLength() == 240));
+    CHECK(Values(icon.GetCaption().IsEmpty(), icon.GetLength()) == "1 240");
 }
 
 TEST_CASE("base: copies take everything, replacing keeps the id, null is harmless") {
@@ -102,17 +102,17 @@ TEST_CASE("base: copies take everything, replacing keeps the id, null is harmles
     icon.SetLength(77);
     icon.SetOriginalVariation(9);
     CIconObject copy(&icon);
-    CHECK((copy.GetIconID() == 0x01020003 && copy.GetOriginalVariation() == 9 && copy.GetIDString() == "soft"));
+    CHECK(Values(copy.GetIconID(), copy.GetOriginalVariation(), copy.GetIDString()) == Values(0x01020003, 9, "soft"));
     CIconObject other(5, 6, 7);
     other.SetOriginalVariation(4);
-    CHECK((other.ReplaceParameter(&icon) == 1 && other.ReplaceParameter(&other) == 1));
-    CHECK((other.GetIconID() == 0x05060007 && other.GetOriginalVariation() == 4));
-    CHECK((other.GetIDString() == "soft" && other.GetCaption() == "Soft" && other.GetLength() == 77));
+    CHECK(Values{other.ReplaceParameter(&icon), other.ReplaceParameter(&other)} == "1 1");
+    CHECK(Values(other.GetIconID(), other.GetOriginalVariation()) == Values(0x05060007, 4));
+    CHECK(Values(other.GetIDString(), other.GetCaption(), other.GetLength()) == "soft Soft 77");
 
-    CHECK((other.ReplaceParameter(nullptr) == 0 && other.ConstructParameter(nullptr, "S") == 0 &&
-           other.DescribeParameter(nullptr, "S") == 0));
-    CHECK((other.ConstructParameter(static_cast<tagIconHeader*>(nullptr)) == 0 &&
-           other.DescribeParameter(static_cast<tagIconHeader*>(nullptr)) == 0));
+    CHECK(Values{other.ReplaceParameter(nullptr), other.ConstructParameter(nullptr, "S"),
+                 other.DescribeParameter(nullptr, "S")} == "0 0 0");
+    CHECK(Values{other.ConstructParameter(static_cast<tagIconHeader*>(nullptr)),
+                 other.DescribeParameter(static_cast<tagIconHeader*>(nullptr))} == "0 0");
     CHECK(CIconObject(static_cast<CIconObject*>(nullptr)).GetIconID() == 0);
     CHECK(CIconVibrato(static_cast<CIconVibrato*>(nullptr)).GetDepthBPList()->IsEmpty());
     torv::ReleaseIconRecord(static_cast<tagIconHeader*>(nullptr));
@@ -127,14 +127,14 @@ TEST_CASE("base: host records, whatever they hold") {
     tagIconHeader record{};
     record.reserved = 0x1234;
     CHECK(icon.DescribeParameter(&record) == 1);
-    CHECK((record.iconId == 0x01020003 && record.originalVariation == 9 && record.reserved == 0x1234));
+    CHECK(Values(record.iconId, record.originalVariation, record.reserved) == Values(0x01020003, 9, 0x1234));
     CHECK(std::string(record.idString).size() == 128);
     CHECK(std::string(record.caption) == "cap");
     std::memset(record.idString, 'z', sizeof record.idString); // unterminated
     record.iconId = 0x05018001;
     Base other;
     CHECK(other.ConstructParameter(&record) == 1);
-    CHECK((other.GetIconID() == 0x05018001 && other.IsUserIcon() == 1 && other.GetIDString().GetLength() == 128));
+    CHECK(Values(other.GetIconID(), other.IsUserIcon(), other.GetIDString().GetLength()) == Values(0x05018001, 1, 128));
     torv::ReleaseIconRecord(&record);
     CHECK(other.ConstructParameter(&record) == 1); // a null caption
     CHECK(other.GetCaption().IsEmpty());
@@ -145,12 +145,12 @@ TEST_CASE("curves as text: fractions, and a round trip that loses") {
     Fill(list, {{0, 10}, {100, -20}});
     CString positions, values;
     Base::FormatBreakPoint(list, 480, positions, values);
-    CHECK((positions == "0.000000,0.208333" && values == "10,-20"));
+    CHECK(Values(positions, values) == "0.000000,0.208333 10,-20");
     CBreakPointList back;
     CHECK(Base::UnformatBreakPoint(back, 2, 480, positions, values) == 2);
     CHECK(RowsOf(back) == Rows{{0, 10, 0}, {99, -20, 0}}); // 0.208333 x 480 = 99.99984
     Base::FormatBreakPoint(list, 480, positions, values);  // appends, and no comma joins the two
-    CHECK((positions == "0.000000,0.2083330.000000,0.208333" && values == "10,-2010,-20"));
+    CHECK(Values(positions, values) == "0.000000,0.2083330.000000,0.208333 10,-2010,-20");
 
     struct Row {
         int count;
@@ -207,19 +207,19 @@ TEST_CASE("preset files: the user is told why one does not load, and the icon ke
     const std::string path = folder.File("soft.aic", "[Common]\nCaption=Soft\n[Parameter]\nLength=120\nDepthBPNum=1\n");
     Messages messages;
     Base icon;
-    CHECK((icon.LoadPreset(path.c_str()) == 1 && icon.GetCaption() == "Soft" && icon.GetLength() == 120));
+    CHECK(Values{icon.LoadPreset(path.c_str()), icon.GetCaption(), icon.GetLength()} == "1 Soft 120");
     CHECK(messages.texts.empty());
     const std::string missing = folder.Path("100%s none.aic");
     const std::string subfolder = folder.Folder("sub.aic");
     const std::string pattern = folder.Path("sof*.aic"); // is found, and cannot be opened
-    CHECK((icon.LoadPreset(missing.c_str()) == 0 && icon.LoadPreset(subfolder.c_str()) == 0 &&
-           icon.LoadPreset(pattern.c_str()) == 0 && icon.LoadPreset(nullptr) == 0));
+    CHECK(Values{icon.LoadPreset(missing.c_str()), icon.LoadPreset(subfolder.c_str()), icon.LoadPreset(pattern.c_str()),
+                 icon.LoadPreset(nullptr)} == "0 0 0 0");
     CHECK(messages.texts == std::vector<std::string>{"Cannot find Icon File \"" + missing + "\" ! ",
                                                      "Cannot find Icon File \"" + subfolder + "\" ! ",
                                                      "Cannot read Icon File \"" + pattern + "\" ! ",
                                                      "Cannot find Icon File \"\" ! "});
     CHECK(messages.beeps == std::vector<UINT>(4, MB_ICONEXCLAMATION));
-    CHECK((icon.GetCaption() == "Soft" && icon.GetLength() == 120));
+    CHECK(Values(icon.GetCaption(), icon.GetLength()) == "Soft 120");
 }
 
 TEST_CASE("of the open databases the last one is asked, in whatever order they close") {

@@ -4,13 +4,13 @@
 
 TEST_CASE("vibrato: setters refuse what files have brought into range") {
     CIconVibrato icon(4, 4, 1);
-    CHECK((icon.SetStartDepth(200) == 0 && icon.SetStartDepth(127) == 1 && icon.SetStartRate(-1) == 0 &&
-           icon.GetStartDepth() == 127));
-    CHECK((icon.SetEndDepth(5) == 0 && icon.SetEndRate(5) == 0 && icon.IsContinuance() == 1));
-    CHECK((CIconVibrato::NormalizeDepth(-4) == 0 && CIconVibrato::NormalizeRate(200) == 127));
+    CHECK(Values{icon.SetStartDepth(200), icon.SetStartDepth(127), icon.SetStartRate(-1), icon.GetStartDepth()} ==
+          "0 1 0 127");
+    CHECK(Values{icon.SetEndDepth(5), icon.SetEndRate(5), icon.IsContinuance()} == "0 0 1");
+    CHECK(Values(CIconVibrato::NormalizeDepth(-4), CIconVibrato::NormalizeRate(200)) == "0 127");
     Construct(icon, "[S]\nLength=480\nStartDepth=200\nDepthBPNum=3\nDepthBPX=0.0,0.5,1.0\nDepthBPY=10,200,30\n"
                     "StartRate=-4\nRateBPNum=65536\nRateBPX=0.5\nRateBPY=5");
-    CHECK((icon.GetStartDepth() == 127 && icon.GetStartRate() == 0));
+    CHECK(Values(icon.GetStartDepth(), icon.GetStartRate()) == "127 0");
     CHECK(RowsOf(*icon.GetDepthBPList()) == Rows{{0, 10, 0}, {5000, 200, 0}}); // points are taken as written
     CHECK(icon.GetRateBPList()->IsEmpty()); // the low 16 bits of the count are 0: the texts are not read
     CHECK(Described(icon) == "[S]\nCaption=\nLength=480\n"
@@ -45,7 +45,7 @@ TEST_CASE("vibrato: exports in ticks") {
     array.SetSize(9);
     CHECK(icon.NormalizeDepthBreakPointArray(1000, array) == 2); // resized
     CHECK(RowsOf(array) == Rows{{1000, 64, 0x8000}, {1240, 20, 3}});
-    CHECK((icon.NormalizeRateBreakPointArray(5, array) == 1 && array[0].value == 7));
+    CHECK(Values(icon.NormalizeRateBreakPointArray(5, array), array[0].value) == "1 7");
     CHECK(icon.ExportDepthBreakPoint(nullptr, 0) == 0);
     CHECK(icon.ExportDepthBreakPoint(icon.GetDepthBPList(), 0) == 3); // into its own list: as it stood
     CHECK(RowsOf(*icon.GetDepthBPList()) == Rows{{5000, 20, 3}, {0, 64, 0x8000}, {240, 20, 3}});
@@ -69,7 +69,7 @@ TEST_CASE("vibrato: a cut keeps the points' ticks") {
         CHECK(icon.TrimIconTail(row.clock) == 1);
         CHECK(RowsOf(*icon.GetDepthBPList()) == row.depth);
         CHECK(RowsOf(*icon.GetRateBPList()) == (row.clock ? Rows{{0, 8, 0}} : Rows{}));
-        CHECK((icon.GetLength() == row.clock && icon.GetStartDepth() == 64));
+        CHECK(Values(icon.GetLength(), icon.GetStartDepth()) == Values(row.clock, 64));
         CHECK(icon.TrimIconHead(10) == 0);
     }
 }
@@ -80,8 +80,8 @@ TEST_CASE("vibrato: records, copies and replacements carry ends that nobody read
     tagVibratoIconObject record{};
     record.header.reserved = 0x1234;
     CHECK(icon.DescribeParameter(&record) == 1);
-    CHECK((record.ratePointCount == 1 && record.ratePoints[0].flags == 3));
-    CHECK((record.depthPointCount == 0 && record.depthPoints == nullptr && record.header.reserved == 0x1234));
+    CHECK(Values(record.ratePointCount, record.ratePoints[0].flags) == "1 3");
+    CHECK(Values(record.depthPointCount, record.depthPoints, record.header.reserved) == Values(0, 0, 0x1234));
     record.length = 480;
     record.startRate = 6;
     record.endRate = 50;
@@ -90,8 +90,8 @@ TEST_CASE("vibrato: records, copies and replacements carry ends that nobody read
     CIconVibrato other(4, 4, 2);
     Fill(*other.GetDepthBPList(), {{7, 7}});
     CHECK(other.ConstructParameter(&record) == 1);
-    CHECK((other.GetEndRate() == 0 && other.GetStartRate() == 6 && other.GetLength() == 480));
-    CHECK((other.GetDepthBPList()->IsEmpty() && other.GetRateBPList()->GetCount() == 1));
+    CHECK(Values(other.GetEndRate(), other.GetStartRate(), other.GetLength()) == "0 6 480");
+    CHECK(Values(other.GetDepthBPList()->IsEmpty(), other.GetRateBPList()->GetCount()) == "1 1");
     torv::ReleaseIconRecord(&record);
     CHECK(record.ratePoints == nullptr);
 
@@ -101,8 +101,8 @@ TEST_CASE("vibrato: records, copies and replacements carry ends that nobody read
     for (CIconVibrato* const copy : {&replaced, new CIconVibrato(&other)}) {
         tagVibratoIconObject described{};
         CHECK(copy->DescribeParameter(&described) == 1);
-        CHECK((described.endRate == 50 && described.startRate == 6 && described.length == 480 && described.idLow == 9));
-        CHECK((described.ratePointCount == 1 && described.ratePoints[0].position == 1));
+        CHECK(Values(described.endRate, described.startRate, described.length, described.idLow) == "50 6 480 9");
+        CHECK(Values(described.ratePointCount, described.ratePoints[0].position) == "1 1");
         torv::ReleaseIconRecord(&described);
         if (copy != &replaced)
             delete copy;

@@ -37,7 +37,7 @@ TEST_CASE("the expressions that come with the library can be sung") {
     std::vector<int> counts(5);
     for (int32_t i = 0; i < info->count; ++i) {
         const DBMExpression& each = info->expressions[i];
-        CHECK((each.kind == i / 3 + 1 && each.high == each.kind && each.low == i % 3));
+        CHECK(Values(each.kind, each.high, each.low) == Values(i / 3 + 1, each.kind, i % 3));
         for (const std::string& item : user.Items(1, each.high, each.low)) {
             CAPTURE(item);
             CHECK(std::stoi(item) == ++counts[static_cast<size_t>(each.kind)]);
@@ -133,13 +133,13 @@ TEST_CASE("added expression databases") {
     user.Restart();
     const DBMExpDatabaseList* list = nullptr;
     REQUIRE((library.GetExpDB(&list) == DBM_OK && list->count == 3));
-    CHECK((list->databases[0].number == 1 && !list->databases[0].user));
+    CHECK(Values(list->databases[0].number, !list->databases[0].user) == "1 1");
     CHECK(
         (list->databases[2].number == 4 && list->databases[2].user && std::string(list->databases[2].name) == "More"));
     CHECK(user.Items(2, 1, 0) == Texts{"1 own A|a|||icon", "1 user U||||" + definition(item)});
     CHECK(library.DeleteVirtualExpItem(2, 1, 0, 1) == DBM_OK);
     CHECK(library.DeleteVirtualExpItem(2, 1, 0, 1) == DBM_READ_ONLY);
-    CHECK((library.DeleteExp(1) == DBM_READ_ONLY && library.DeleteExp(3) == DBM_NO_SUCH));
+    CHECK(Values(library.DeleteExp(1), library.DeleteExp(3)) == Values(DBM_READ_ONLY, DBM_NO_SUCH));
     REQUIRE((library.DeleteExp(2) == DBM_OK && library.DeleteExp(4) == DBM_OK));
     CHECK(user.Files() == Texts{"expressions.json"});
     REQUIRE(library.AddExp(file.c_str()) == DBM_OK);

@@ -3,6 +3,7 @@
 
 #include "companions/companion_module.h"
 #include "platform/temp_folder.h"
+#include "values.h"
 
 #include <dbm_abi.h>
 #include <doctest/doctest.h>

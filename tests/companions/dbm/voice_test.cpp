@@ -26,7 +26,8 @@ TEST_CASE("voices that come with the library: seven singers, no two alike, and r
     Texts installed;
     const DBMInstalledVoice* voice = nullptr;
     for (int32_t number = 0; user.library.GetVoice(number, &voice) == DBM_OK; ++number) {
-        CHECK((voice->number == number && voice->engineProgram == number && !voice->user && *voice->description));
+        CHECK(Values(voice->number, voice->engineProgram, voice->user, *voice->description != 0) ==
+              Values(number, number, 0, 1));
         installed.push_back(voice->name);
     }
     CHECK(installed == Texts{"Soprano", "Tenor", "Child", "Bass"});
@@ -52,8 +53,8 @@ TEST_CASE("a singer's life, through restarts") {
     REQUIRE(library.MoveVirtualVoice(DBM_ENGLISH, 11, DBM_JAPANESE, 127) == DBM_OK);
     REQUIRE(library.SetVirtualVoiceName(DBM_JAPANESE, 127, "Lower") == DBM_OK); // a name holds within a language
     char name[64];
-    CHECK((library.GetVirtualVoiceName(DBM_JAPANESE, 3, name, 64) == DBM_OK && name == kShiftJis));
-    CHECK((library.GetVirtualVoiceName(DBM_JAPANESE, 127, name, 4) == DBM_OK && std::string(name) == "Low"));
+    CHECK(Values{library.GetVirtualVoiceName(DBM_JAPANESE, 3, name, 64), name} == Values(DBM_OK, kShiftJis));
+    CHECK(Values{library.GetVirtualVoiceName(DBM_JAPANESE, 127, name, 4), name} == Values(DBM_OK, "Low"));
 
     // Two that came with the library swap their names.
     for (const auto& [which, called] : {std::pair(0, "x"), std::pair(2, "Hana"), std::pair(0, "Yuki")})
@@ -159,7 +160,8 @@ TEST_CASE("voices to install") {
         CHECK(library.AddVoice(user.folder.File("bad.json", bad).c_str()) == DBM_FILE_ERROR);
     }
     CHECK(library.AddVoice(user.folder.Path("none.json").c_str()) == DBM_FILE_ERROR);
-    CHECK((user.Singers() == before && user.Files().empty()));
+    CHECK(user.Singers() == before);
+    CHECK(user.Files().empty());
 
     const std::string file = user.folder.File("alto.json", good);
     REQUIRE(library.AddVoice(file.c_str()) == DBM_OK);
@@ -169,7 +171,7 @@ TEST_CASE("voices to install") {
     user.Restart();
     const DBMInstalledVoice* added = nullptr;
     REQUIRE(library.GetVoice(100, &added) == DBM_OK);
-    CHECK((added->user && added->engineProgram == 3 && std::string(added->description) == "Deep"));
+    CHECK(Values(added->user, added->engineProgram, added->description) == "1 3 Deep");
     const Texts singers = user.Singers();
     REQUIRE(singers.size() == 10);
     CHECK(singers[7].starts_with("0 3 100 user: VOICENAME=Alto;"));

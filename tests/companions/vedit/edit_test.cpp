@@ -71,7 +71,7 @@ public:
         int32_t language = DBM_ENGLISH, program = which;
         const int32_t answer = Editor().openDialog(nullptr, &language, &program);
         SetEnvironment(kTemporaryFolder, restored);
-        CHECK((language == DBM_ENGLISH && program == which));
+        CHECK(Values(language, program) == Values(DBM_ENGLISH, which));
         CHECK(std::filesystem::is_empty(folder.Path("texts"))); // whatever came of it
         return answer;
     }
@@ -89,7 +89,8 @@ TEST_CASE("an edited text changes the voice, for a host of the database too and 
     CHECK(user.Save(shown) == VEDIT_CANCELLED);
     CHECK(user.Save("") == VEDIT_CANCELLED);
     CHECK(user.Save("# Noise = 3\r\n\r\n  Name=Thomas  \r\n") == VEDIT_CANCELLED);
-    CHECK((user.Singers() == before && user.Files().empty()));
+    CHECK(user.Singers() == before);
+    CHECK(user.Files().empty());
 
     CHECK(user.Save("Noise=3\r\n\tName  =  Tom = \x89\xCC \r\nGender Factor = 127") == VEDIT_OK);
     const std::string changed = user.ParametersOf(DBM_ENGLISH, 1);
@@ -111,7 +112,8 @@ TEST_CASE("a text that cannot be used changes nothing") {
         CAPTURE(text.substr(0, 30));
         CHECK(user.Save("Harmonics = 1\n" + text) == VEDIT_BAD_INPUT);
     }
-    CHECK((user.Singers() == before && user.Files().empty()));
+    CHECK(user.Singers() == before);
+    CHECK(user.Files().empty());
     user.folder.File("user", "a file where the folder would be");
     CHECK(user.Save("Noise = 3") == VEDIT_FILE_ERROR);
     CHECK(user.Singers() == before);
@@ -154,8 +156,9 @@ TEST_CASE("no voice, no editor, no database") {
     int32_t language = 0, program = 0;
     CHECK(Editor().openDialog(nullptr, &language, &program) == VEDIT_NOT_READY);
     char version[6] = "";
-    CHECK((Editor().version(version, 6) == VEDIT_OK && std::string(version) == "VEDIT"));
-    CHECK((Editor().version(nullptr, 6) == VEDIT_BAD_INPUT && Editor().version(version, 0) == VEDIT_BAD_INPUT));
+    CHECK(Values{Editor().version(version, 6), version} == Values(VEDIT_OK, "VEDIT"));
+    CHECK(Values(Editor().version(nullptr, 6), Editor().version(version, 0)) ==
+          Values(VEDIT_BAD_INPUT, VEDIT_BAD_INPUT));
 }
 
 TEST_CASE("the editor keeps the database ready without its host") {
