@@ -10,6 +10,7 @@
 #include "torv/icons/icon_note_attack.h"
 #include "torv/icons/icon_vibrato.h"
 
+#include "boxes.h"
 #include "values.h"
 
 #include <doctest/doctest.h>
@@ -20,38 +21,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-using Texts = std::vector<std::string>;
-
-/// Records what the library shows while it lives.
-class Boxes {
-public:
-    Boxes()
-        : m_box(torv::SetMessageBoxHandler([this](HWND, const char* text, const char*, UINT type) {
-              texts.emplace_back(text);
-              types.push_back(type);
-              return answer;
-          })),
-          m_beep(torv::SetBeepHandler([this](UINT type) { beeps.push_back(type); })) {}
-    ~Boxes() {
-        torv::SetMessageBoxHandler(m_box);
-        torv::SetBeepHandler(m_beep);
-    }
-    Boxes(const Boxes&) = delete;
-    Boxes& operator=(const Boxes&) = delete;
-
-    /// What was shown since the last call.
-    Texts Take() { return std::exchange(texts, {}); }
-
-    Texts texts;
-    std::vector<UINT> types;
-    std::vector<UINT> beeps;
-    int answer = IDOK;
-
-private:
-    torv::MessageBoxHandler m_box;
-    torv::BeepHandler m_beep;
-};
 
 inline std::string ContentOf(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);

@@ -1,5 +1,6 @@
 // Memory that is refused: every function with a result answers it and leaves its icon as it was.
 #include "allocation_failure.h"
+#include "boxes.h"
 #include "icon_fixture.h"
 #include "platform/temp_folder.h"
 
@@ -76,7 +77,7 @@ TEST_CASE("memory that is refused leaves an icon as it was") {
     const std::string path = folder.File("p.aic", "[Common]\nCaption=" + kLong +
                                                       "\n[Parameter]\nDepthBPNum=2\nDepthBPX=0.1,0.2\nDepthBPY=1,"
                                                       "2\nDynBPNum=2\nDynBPX=0.1,0.2\nDynBPY=1,2\n");
-    const auto box = torv::SetMessageBoxHandler([](HWND, const char*, const char*, UINT) { return IDOK; });
+    const Boxes boxes;
     for (const int status : {1, 2, 3, 4, 5, 7}) {
         const std::unique_ptr<CIconObject> other = Example(status, 5);
         CxTypedFile described;
@@ -113,5 +114,4 @@ TEST_CASE("memory that is refused leaves an icon as it was") {
             });
         }
     }
-    torv::SetMessageBoxHandler(box);
 }

@@ -1,8 +1,11 @@
+#include "boxes.h"
 #include "icon_fixture.h"
 #include "platform/temp_folder.h"
 
 #include "torv/icons/icon_catalogue.h"
 #include "torv/icons/icon_dynamics.h"
+#include "torv/icons/icon_note_attack.h"
+#include "torv/icons/icon_singer.h"
 #include "torv/icons/icon_vibrato.h"
 
 #include <cstddef>
@@ -16,23 +19,6 @@ struct Base : CIconObject {
     using CIconObject::TrimBreakPointListHead;
     using CIconObject::TrimBreakPointListTail;
     using CIconObject::UnformatBreakPoint;
-};
-
-/// What the user would have been shown.
-struct Messages {
-    std::vector<std::string> texts;
-    std::vector<UINT> beeps;
-    torv::MessageBoxHandler box = torv::SetMessageBoxHandler([this](HWND, const char* text, const char*, UINT type) {
-        CHECK(type == (MB_ICONEXCLAMATION | MB_OK));
-        texts.push_back(text);
-        CHECK(beeps.size() == texts.size()); // the beep comes first
-        return IDOK;
-    });
-    torv::BeepHandler beep = torv::SetBeepHandler([this](UINT type) { beeps.push_back(type); });
-    ~Messages() {
-        torv::SetMessageBoxHandler(box);
-        torv::SetBeepHandler(beep);
-    }
 };
 
 /// Where a virtual function stands in its class's table: a pointer to it holds its offset and one.
@@ -111,12 +97,16 @@ TEST_CASE("base: copies take everything, replacing keeps the id, null is harmles
 
     CHECK(Values{other.ReplaceParameter(nullptr), other.ConstructParameter(nullptr, "S"),
                  other.DescribeParameter(nullptr, "S")} == "0 0 0");
-    CHECK(Values{other.ConstructParameter(static_cast<tagIconHeader*>(nullptr)),
-                 other.DescribeParameter(static_cast<tagIconHeader*>(nullptr))} == "0 0");
-    CHECK(CIconObject(static_cast<CIconObject*>(nullptr)).GetIconID() == 0);
-    CHECK(CIconVibrato(static_cast<CIconVibrato*>(nullptr)).GetDepthBPList()->IsEmpty());
-    torv::ReleaseIconRecord(static_cast<tagIconHeader*>(nullptr));
-    torv::ReleaseIconRecord(static_cast<tagVibratoIconObject*>(nullptr));
+    const auto takesNull = []<class Icon, class Record>(Icon made, Record* none) {
+        torv::ReleaseIconRecord(none);
+        return Values(made.ConstructParameter(none), made.DescribeParameter(none),
+                      Icon(static_cast<Icon*>(nullptr)).GetLength());
+    };
+    CHECK(takesNull(other, static_cast<tagIconHeader*>(nullptr)) == "0 0 0");
+    CHECK(takesNull(CIconNoteAttack(1, 1, 1), static_cast<tagNoteIconObject*>(nullptr)) == "0 0 0");
+    CHECK(takesNull(CIconVibrato(4, 4, 1), static_cast<tagVibratoIconObject*>(nullptr)) == "0 0 0");
+    CHECK(takesNull(CIconDynamics(5, 1, 1), static_cast<tagDynamicsIconObject*>(nullptr)) == "0 0 0");
+    CHECK(takesNull(CIconSinger(), static_cast<tagSingerIconObject*>(nullptr)) == "0 0 1");
 }
 
 TEST_CASE("base: host records, whatever they hold") {
@@ -135,6 +125,7 @@ TEST_CASE("base: host records, whatever they hold") {
     Base other;
     CHECK(other.ConstructParameter(&record) == 1);
     CHECK(Values(other.GetIconID(), other.IsUserIcon(), other.GetIDString().GetLength()) == Values(0x05018001, 1, 128));
+    CHECK(other.GetCaption() == "cap");
     torv::ReleaseIconRecord(&record);
     CHECK(other.ConstructParameter(&record) == 1); // a null caption
     CHECK(other.GetCaption().IsEmpty());
@@ -205,7 +196,7 @@ TEST_CASE("curves cut at a place: the head moves, unless it starts later; the ta
 TEST_CASE("preset files: the user is told why one does not load, and the icon keeps what it held") {
     const TempFolder folder;
     const std::string path = folder.File("soft.aic", "[Common]\nCaption=Soft\n[Parameter]\nLength=120\nDepthBPNum=1\n");
-    Messages messages;
+    const Boxes messages;
     Base icon;
     CHECK(Values{icon.LoadPreset(path.c_str()), icon.GetCaption(), icon.GetLength()} == "1 Soft 120");
     CHECK(messages.texts.empty());
@@ -214,11 +205,11 @@ TEST_CASE("preset files: the user is told why one does not load, and the icon ke
     const std::string pattern = folder.Path("sof*.aic"); // is found, and cannot be opened
     CHECK(Values{icon.LoadPreset(missing.c_str()), icon.LoadPreset(subfolder.c_str()), icon.LoadPreset(pattern.c_str()),
                  icon.LoadPreset(nullptr)} == "0 0 0 0");
-    CHECK(messages.texts == std::vector<std::string>{"Cannot find Icon File \"" + missing + "\" ! ",
-                                                     "Cannot find Icon File \"" + subfolder + "\" ! ",
-                                                     "Cannot read Icon File \"" + pattern + "\" ! ",
-                                                     "Cannot find Icon File \"\" ! "});
+    CHECK(messages.texts == Texts{"Cannot find Icon File \"" + missing + "\" ! ",
+                                  "Cannot find Icon File \"" + subfolder + "\" ! ",
+                                  "Cannot read Icon File \"" + pattern + "\" ! ", "Cannot find Icon File \"\" ! "});
     CHECK(messages.beeps == std::vector<UINT>(4, MB_ICONEXCLAMATION));
+    CHECK(messages.types == std::vector<UINT>(4, MB_ICONEXCLAMATION | MB_OK));
     CHECK(Values(icon.GetCaption(), icon.GetLength()) == "Soft 120");
 }
 

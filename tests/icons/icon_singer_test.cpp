@@ -67,6 +67,7 @@ TEST_CASE("singer: replacing takes articulation, variation and codes; records ha
     tagSingerIconObject described{};
     CHECK(Values(other.DescribeParameter(&described), described.languageCode, described.programCode) == "1 4 5");
     torv::ReleaseIconRecord(&described);
+    CHECK(described.header.caption == nullptr);
     CIconObject plain(1, 1, 1);
     CHECK(Values{other.ReplaceParameter(&plain), other.GetIconID(), other.GetLength()} == Values(1, 0x07030405, 0));
 }

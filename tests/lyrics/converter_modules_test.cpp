@@ -1,10 +1,11 @@
+#include "boxes.h"
+
 #include "torv/lyrics/converter_modules.h"
 #include "torv/lyrics/sampa_transformer.h"
 
 #include <doctest/doctest.h>
 
 #include <string>
-#include <utility>
 #include <vector>
 
 #if !defined(_WIN32)
@@ -13,21 +14,15 @@
 
 #if !defined(_WIN32) && !defined(__SANITIZE_ADDRESS__) // which opens files of its own to look at memory
 TEST_CASE("converters: the first that cannot be loaded is reported, and ends it") {
-    std::vector<std::pair<std::string, UINT>> shown;
-    const auto previous = torv::SetMessageBoxHandler([&](HWND, const char* text, const char*, UINT type) {
-        shown.emplace_back(text, type);
-        return IDOK;
-    });
+    const Boxes boxes;
     rlimit files{};
     getrlimit(RLIMIT_NOFILE, &files);
     const rlimit none{0, files.rlim_max};
     setrlimit(RLIMIT_NOFILE, &none); // nothing can be opened: this is the first test to load them
     CHECK(torv::LoadConverters() == 0);
     setrlimit(RLIMIT_NOFILE, &files);
-    torv::SetMessageBoxHandler(previous);
-    REQUIRE(shown.size() == 1);
-    CHECK(shown[0].first == "Could not load \"G2PA_JPN.DLL\" !");
-    CHECK(shown[0].second == (MB_ICONEXCLAMATION | MB_OK));
+    CHECK(boxes.texts == Texts{"Could not load \"G2PA_JPN.DLL\" !"});
+    CHECK(boxes.types == std::vector<UINT>{MB_ICONEXCLAMATION | MB_OK});
     CHECK(torv::ConverterModule(0) == nullptr);
 }
 #endif

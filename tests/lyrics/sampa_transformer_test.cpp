@@ -1,4 +1,5 @@
 #include "allocation_failure.h"
+#include "boxes.h"
 #include "lyrics/fake_converter/fake_converter.h"
 
 #include "torv/icons/icon_singer.h"
@@ -24,16 +25,7 @@ namespace {
 struct Stage {
     HMODULE module;
     FakeState* fake = nullptr;
-    std::vector<std::string> messages;
-    std::vector<UINT> beeps;
-    std::function<void()> atMessage = [] {}; ///< what the host does while the first one is shown
-    torv::MessageBoxHandler box = torv::SetMessageBoxHandler([this](HWND, const char* text, const char*, UINT type) {
-        CHECK((type & MB_ICONWARNING) == MB_ICONWARNING);
-        messages.push_back(text);
-        std::exchange(atMessage, [] {})();
-        return IDOK;
-    });
-    torv::BeepHandler beep = torv::SetBeepHandler([this](UINT type) { beeps.push_back(type); });
+    Boxes boxes;
     std::unique_ptr<CSequenceObject> track{CSequence::CreateObject()};
     CCsqBuilder builder;
     std::vector<CLyricObject*> lyrics;
@@ -51,8 +43,6 @@ struct Stage {
         torv::SetConverterModule(0, nullptr);
         torv::SetConverterModule(1, nullptr);
         FreeLibrary(module);
-        torv::SetMessageBoxHandler(box);
-        torv::SetBeepHandler(beep);
     }
     /// A note; its lyric has "before" as phonemes, and equal shares.
     void Note(DWORD delta, DWORD length, const std::vector<std::string>& texts, bool withLyric = true) {
@@ -110,7 +100,7 @@ TEST_CASE("transformer: each syllable its result, positions relative to the lyri
         CHECK(stage.Sung() == "a b|before|d e|before|k|");
         CHECK(stage.lyrics[3]->GetElementAt(0)->GetConsonantAdvancement(0) == 64);
         CHECK(stage.track->GetModify() == 1);
-        CHECK(stage.messages.empty());
+        CHECK(stage.boxes.texts.empty());
         stage.fake->getResult = 5;
         CHECK(transformer.DoTransform(stage.track.get(), 480, 1) == 0);
         stage.fake->getResult = 0;
@@ -174,8 +164,9 @@ TEST_CASE("transformer: failures change no lyric, say so once and still free the
         CHECK(transformer.GetLastReturnCode() == row.code);
         CHECK(stage.Log() == (row.code == -9 ? "0 create 1|" : "0 create 1|0 0+100 a|0 end|0 delete|"));
         const std::string message = "Sampa Transformation Error !\nG2PA.dll return code : " + std::to_string(row.code);
-        CHECK(stage.messages == std::vector<std::string>(row.isShown, message));
-        CHECK(stage.beeps == std::vector<UINT>(row.isShown, MB_ICONWARNING));
+        CHECK(stage.boxes.texts == Texts(row.isShown, message));
+        CHECK(stage.boxes.beeps == std::vector<UINT>(row.isShown, MB_ICONWARNING));
+        CHECK(stage.boxes.types == std::vector<UINT>(row.isShown, MB_ICONWARNING | MB_OK));
     }
     Stage stage; // an error of delete is only remembered
     stage.fake->deleteResult = 4;
@@ -197,7 +188,7 @@ TEST_CASE("transformer: a result that never comes is a default phoneme; at a mes
         stage.Note(100, 100, {"b", "c"});
         stage.builder.CloseBuffer();
         CxSampaTransformer transformer;
-        stage.atMessage = [&] { // all is stored, and the converter gone, before anything is shown
+        stage.boxes.atBox = [&] { // all is stored, and the converter gone, before anything is shown
             CHECK(stage.Log().ends_with("|0 delete|"));
             CHECK(stage.track->GetModify() == !isRefused);
             CHECK(stage.Sung() == (isRefused ? "before|before|before|" : "a|u:|u:|"));
@@ -208,7 +199,7 @@ TEST_CASE("transformer: a result that never comes is a default phoneme; at a mes
         };
         CHECK(transformer.DoTransform(stage.track.get(), 480, 1) == !isRefused);
         if (!isRefused)
-            CHECK(stage.messages == std::vector<std::string>(2, "Internal Error"));
+            CHECK(stage.boxes.texts == Texts(2, "Internal Error"));
     }
 }
 
@@ -260,7 +251,7 @@ TEST_CASE("transformer: by singer, each note in the language in force there") {
     CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480) == 0);
     CHECK(stage.Log() == "0 create 1|1 create 1|0 end|0 delete|");
     CHECK(stage.Sung() == "before|");
-    CHECK(stage.messages.empty());
+    CHECK(stage.boxes.texts.empty());
 }
 
 TEST_CASE("transformer: where memory is refused no lyric is changed and no converter is left") {
@@ -275,6 +266,6 @@ TEST_CASE("transformer: where memory is refused no lyric is changed and no conve
         CHECK(stage.Sung() == (result ? "a b|c d|e f|" : "before|before|before|"));
         CHECK(stage.track->GetModify() == result);
         CHECK(stage.fake->creates == stage.fake->deletes);
-        CHECK(stage.messages.empty());
+        CHECK(stage.boxes.texts.empty());
     });
 }

@@ -22,31 +22,6 @@ void StoreExported(CBreakPointList& stored, const CBreakPointList& exported, DWO
     }
 }
 
-PointsToTake::PointsToTake(CBreakPointList& list, CBreakPointList& points)
-    : m_list(list), m_points(points), m_count(list.GetCount()) {
-    try {
-        while (m_list.GetCount() < m_points.GetCount())
-            m_list.AddTail(m_points.GetHead());
-    } catch (...) {
-        CutTo(m_count);
-        throw;
-    }
-}
-
-PointsToTake::~PointsToTake() { CutTo(m_count); }
-
-void PointsToTake::Take() noexcept {
-    POSITION to = m_list.GetHeadPosition();
-    for (POSITION at = m_points.GetHeadPosition(); at;)
-        m_list.GetNext(to) = m_points.GetNext(at);
-    m_count = m_points.GetCount();
-}
-
-void PointsToTake::CutTo(int count) noexcept {
-    while (m_list.GetCount() > count)
-        m_list.RemoveTail();
-}
-
 tagBreakPoint* NewPointArray(const CBreakPointList& list, WORD& count) {
     count = static_cast<WORD>(list.GetCount() < 0xFFFF ? list.GetCount() : 0xFFFF);
     if (count == 0)

@@ -13,25 +13,6 @@ tagBreakPoint ExportPoint(const tagBreakPoint& stored, DWORD clock, DWORD length
 /// Fills a list with exported points whose positions count from the icon's start, as ten-thousandths of `length`.
 void StoreExported(CBreakPointList& stored, const CBreakPointList& exported, DWORD length);
 
-/// Makes room in a list that is to get other points: what may fail, done before anything has changed. Without Take the
-/// list is as it was.
-class PointsToTake {
-public:
-    /// Throws std::bad_alloc. The list must stay until Take.
-    PointsToTake(CBreakPointList& list, CBreakPointList& points);
-    ~PointsToTake();
-    PointsToTake(const PointsToTake&) = delete;
-    PointsToTake& operator=(const PointsToTake&) = delete;
-    void Take() noexcept;
-
-private:
-    void CutTo(int count) noexcept;
-
-    CBreakPointList& m_list;
-    CBreakPointList& m_points;
-    int m_count; ///< what the list is to have
-};
-
 /// Appends what `make(points)` puts in. The list's count then; 0, with the list as it was, for a null list and when
 /// memory is refused. The list may be one that `make` reads.
 template <class Make>
@@ -39,9 +20,9 @@ int AppendPoints(CBreakPointList* list, Make make) {
     if (!list)
         return 0;
     return OrZero([&] {
-        CBreakPointList points(*list);
+        CBreakPointList points;
         make(points);
-        PointsToTake(*list, points).Take();
+        list->AddTail(&points);
         return list->GetCount();
     });
 }

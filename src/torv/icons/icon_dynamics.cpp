@@ -87,10 +87,9 @@ int CIconDynamics::ReadKeys(CxTypedFile* file, const char* section) {
     return ReadCurve(m_points, file, section, kCurveKeys);
 }
 
-void CIconDynamics::TakeAll(CIconDynamics& from) {
-    torv::PointsToTake points(m_points, from.m_points);
+void CIconDynamics::TakeAll(CIconDynamics& from) noexcept {
     CIconObject::TakeAll(from);
-    points.Take();
+    m_points.Swap(from.m_points);
     m_nStart = from.m_nStart;
     m_nEnd = from.m_nEnd;
 }

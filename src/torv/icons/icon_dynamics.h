@@ -82,8 +82,7 @@ private:
     friend class CIconObject; // for ChangeWhole
     /// Appends the points; the number of them that the file states.
     int ReadKeys(CxTypedFile* file, const char* section);
-    /// Throws std::bad_alloc before anything changes.
-    void TakeAll(CIconDynamics& from);
+    void TakeAll(CIconDynamics& from) noexcept;
 
     int m_nStart = 0;
     int m_nEnd = 0;

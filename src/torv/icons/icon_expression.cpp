@@ -31,7 +31,7 @@ int CIconExpression::GetDepth() const { return torv::kDefaultShape; }
 int CIconExpression::ReadKeys(CxTypedFile*, const char*) { return 1; }
 int CIconExpression::WriteKeys(CxTypedFile*, const char*) const { return 1; }
 
-void CIconExpression::TakeAll(CIconExpression& from) {
+void CIconExpression::TakeAll(CIconExpression& from) noexcept {
     CIconObject::TakeAll(from);
     m_entry = from.m_entry;
     m_strSinger = std::move(from.m_strSinger);
@@ -90,34 +90,13 @@ int CIconExpression::DescribeUserExpression(CxTypedFile* file) {
 }
 
 int CIconExpression::ConstructParameter(const tagNoteIconObject* record) {
-    return Change([record](CIconExpression& icon) { return icon.ReadRecord(record); });
+    return record && Change([record](CIconExpression& icon) {
+               icon.ReadRecord(*record);
+               return 1;
+           });
 }
 
-int CIconExpression::ReadRecord(const tagNoteIconObject* record) {
-    if (!record || !CIconObject::ReadRecord(&record->header))
-        return 0;
-    m_entry = {static_cast<int>(record->database), static_cast<int>(record->idHigh), static_cast<int>(record->idLow),
-               record->itemValue};
-    if (record->originalSingerName)
-        m_strSinger = record->originalSingerName;
-    if (record->developerName)
-        m_strDeveloper = record->developerName;
-    return 1;
-}
-
-int CIconExpression::DescribeParameter(tagNoteIconObject* record) const {
-    std::unique_ptr<char[]> singer(torv::OrZero([&] { return torv::NewText(m_strSinger); }));
-    std::unique_ptr<char[]> developer(torv::OrZero([&] { return torv::NewText(m_strDeveloper); }));
-    if (!singer || !developer || !record || !CIconObject::DescribeParameter(&record->header))
-        return 0;
-    record->database = static_cast<DWORD>(m_entry.database);
-    record->idHigh = static_cast<DWORD>(m_entry.idHigh);
-    record->idLow = static_cast<DWORD>(m_entry.idLow);
-    record->itemValue = m_entry.itemValue;
-    record->originalSingerName = singer.release();
-    record->developerName = developer.release();
-    return 1;
-}
+int CIconExpression::DescribeParameter(tagNoteIconObject* record) const { return record ? WriteRecord(*record) : 0; }
 
 int CIconExpression::ReadShape(CxTypedFile* file, const char* section, const char* key) {
     const CString value = file->ReadAt(section, key, nullptr);

@@ -3,6 +3,7 @@
 #include "torv/icons/icon_object.h"
 
 #include <functional>
+#include <memory>
 
 /// The identity of an expression item in the database it comes from.
 struct tagExpressionEntry {
@@ -75,15 +76,19 @@ protected:
     /// The keys that a kind has beside those of all icons, in a section that exists.
     virtual int ReadKeys(CxTypedFile* file, const char* section);
     virtual int WriteKeys(CxTypedFile* file, const char* section) const;
-    /// Takes everything from an icon of the same kind that is given up. Throws std::bad_alloc before anything changes.
-    virtual void TakeAll(CIconExpression& from);
+    /// Takes everything from an icon of the same kind that is given up.
+    virtual void TakeAll(CIconExpression& from) noexcept;
 
     /// The change of CIconObject::ChangeWhole, made to a copy of the icon's own kind.
     int Change(const std::function<int(CIconExpression& copy)>& work);
     /// Loads an icon file with the kind's own keys.
     int LoadExpression(const char* path);
     int ReplaceExpression(CIconObject* other);
-    int ReadRecord(const tagNoteIconObject* record);
+    /// What the host records of all kinds of expression have.
+    template <class Record>
+    void ReadRecord(const Record& record);
+    template <class Record>
+    int WriteRecord(Record& record) const;
     /// One shape number: the default when the key is missing or empty, 0 when its value is no number.
     static int ReadShape(CxTypedFile* file, const char* section, const char* key);
 
@@ -91,3 +96,29 @@ protected:
     CString m_strSinger;
     CString m_strDeveloper;
 };
+
+template <class Record>
+void CIconExpression::ReadRecord(const Record& record) {
+    CIconObject::ReadRecord(&record.header);
+    m_entry = {static_cast<int>(record.database), static_cast<int>(record.idHigh), static_cast<int>(record.idLow),
+               record.itemValue};
+    if (record.originalSingerName)
+        m_strSinger = record.originalSingerName;
+    if (record.developerName)
+        m_strDeveloper = record.developerName;
+}
+
+template <class Record>
+int CIconExpression::WriteRecord(Record& record) const {
+    std::unique_ptr<char[]> singer(torv::OrZero([&] { return torv::NewText(m_strSinger); }));
+    std::unique_ptr<char[]> developer(torv::OrZero([&] { return torv::NewText(m_strDeveloper); }));
+    if (!singer || !developer || !CIconObject::DescribeParameter(&record.header))
+        return 0;
+    record.database = static_cast<DWORD>(m_entry.database);
+    record.idHigh = static_cast<DWORD>(m_entry.idHigh);
+    record.idLow = static_cast<DWORD>(m_entry.idLow);
+    record.itemValue = m_entry.itemValue;
+    record.originalSingerName = singer.release();
+    record.developerName = developer.release();
+    return 1;
+}

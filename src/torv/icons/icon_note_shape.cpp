@@ -8,7 +8,7 @@ NoteShape::NoteShape(int status, int articulation, int variation) : CIconExpress
 
 int NoteShape::LoadPreset(const char* path) { return LoadExpression(path); }
 
-void NoteShape::TakeAll(CIconExpression& from) {
+void NoteShape::TakeAll(CIconExpression& from) noexcept {
     const auto& shape = static_cast<NoteShape&>(from);
     CIconExpression::TakeAll(from);
     m_nDuration = shape.m_nDuration;

@@ -25,7 +25,7 @@ public:
 protected:
     int ReadKeys(CxTypedFile* file, const char* section) override;
     int WriteKeys(CxTypedFile* file, const char* section) const override;
-    void TakeAll(CIconExpression& from) override;
+    void TakeAll(CIconExpression& from) noexcept override;
     /// Unlike other icons, a note icon takes over the other's variation too. `shape` is `other` when it is of the same
     /// kind, else null: then only what all expressions share is taken.
     int ReplaceShape(CIconObject* other, NoteShape* shape);

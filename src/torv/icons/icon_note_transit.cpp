@@ -9,7 +9,7 @@ CIconNoteTransit::CIconNoteTransit(CIconNoteTransit* other) : CIconNoteTransit(t
 
 int CIconNoteTransit::LoadPreset(const char* path) { return LoadExpression(path); }
 
-void CIconNoteTransit::TakeAll(CIconExpression& from) {
+void CIconNoteTransit::TakeAll(CIconExpression& from) noexcept {
     CIconExpression::TakeAll(from);
     m_nDuration = static_cast<CIconNoteTransit&>(from).m_nDuration;
 }

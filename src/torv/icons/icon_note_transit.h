@@ -23,7 +23,7 @@ public:
 protected:
     int ReadKeys(CxTypedFile* file, const char* section) override;
     int WriteKeys(CxTypedFile* file, const char* section) const override;
-    void TakeAll(CIconExpression& from) override;
+    void TakeAll(CIconExpression& from) noexcept override;
 
 private:
     int m_nDuration = torv::kDefaultShape;

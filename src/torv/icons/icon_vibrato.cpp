@@ -57,13 +57,11 @@ int CIconVibrato::SetStartRate(int rate) { return SetInRange(m_nStartRate, rate)
 
 int CIconVibrato::LoadPreset(const char* path) { return LoadExpression(path); }
 
-void CIconVibrato::TakeAll(CIconExpression& from) {
+void CIconVibrato::TakeAll(CIconExpression& from) noexcept {
     auto& vibrato = static_cast<CIconVibrato&>(from);
-    torv::PointsToTake depth(m_depth, vibrato.m_depth);
-    torv::PointsToTake rate(m_rate, vibrato.m_rate);
     CIconExpression::TakeAll(from);
-    depth.Take();
-    rate.Take();
+    m_depth.Swap(vibrato.m_depth);
+    m_rate.Swap(vibrato.m_rate);
     m_nStartDepth = vibrato.m_nStartDepth;
     m_nEndDepth = vibrato.m_nEndDepth;
     m_nStartRate = vibrato.m_nStartRate;
@@ -110,15 +108,7 @@ int CIconVibrato::ConstructParameter(const tagVibratoIconObject* record) {
     if (!record)
         return 0;
     return ChangeVibrato([record](CIconVibrato& icon) {
-        tagNoteIconObject common{};
-        common.header = record->header;
-        common.database = record->database;
-        common.idHigh = record->idHigh;
-        common.idLow = record->idLow;
-        common.itemValue = record->itemValue;
-        common.originalSingerName = record->originalSingerName;
-        common.developerName = record->developerName;
-        icon.ReadRecord(&common);
+        icon.ReadRecord(*record);
         icon.m_dwLength = record->length;
         icon.m_nStartDepth = record->startDepth;
         icon.m_nEndDepth = record->endDepth;
@@ -138,17 +128,8 @@ int CIconVibrato::DescribeParameter(tagVibratoIconObject* record) const {
         WORD rateCount = 0;
         std::unique_ptr<tagBreakPoint[]> depth(torv::NewPointArray(m_depth, depthCount));
         std::unique_ptr<tagBreakPoint[]> rate(torv::NewPointArray(m_rate, rateCount));
-        tagNoteIconObject common{};
-        if (!CIconExpression::DescribeParameter(&common))
+        if (!WriteRecord(*record))
             return 0;
-        common.header.reserved = record->header.reserved; // the host's own stays
-        record->header = common.header;
-        record->database = common.database;
-        record->idHigh = common.idHigh;
-        record->idLow = common.idLow;
-        record->itemValue = common.itemValue;
-        record->originalSingerName = common.originalSingerName;
-        record->developerName = common.developerName;
         record->length = m_dwLength;
         record->startDepth = static_cast<WORD>(m_nStartDepth);
         record->endDepth = static_cast<WORD>(m_nEndDepth);

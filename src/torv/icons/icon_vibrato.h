@@ -79,7 +79,7 @@ private:
 
     int ReadKeys(CxTypedFile* file, const char* section) override;
     int WriteKeys(CxTypedFile* file, const char* section) const override;
-    void TakeAll(CIconExpression& from) override;
+    void TakeAll(CIconExpression& from) noexcept override;
     /// Makes a change of curves and numbers as CIconExpression::Change does.
     template <class Work>
     int ChangeVibrato(Work work);

@@ -86,6 +86,13 @@ public:
         m_count = 0;
     }
 
+    /// Exchanges the elements; positions go with them.
+    void Swap(CList& other) noexcept {
+        std::swap(m_head, other.m_head);
+        std::swap(m_tail, other.m_tail);
+        std::swap(m_count, other.m_count);
+    }
+
     /// The first element equal to the value, from the head or after the given position; null when there is none.
     POSITION Find(ARG_TYPE value, POSITION startAfter = nullptr) const {
         Node* node = startAfter ? NodeOf(startAfter)->next : m_head;
@@ -144,11 +151,6 @@ private:
         TYPE data = std::move(node->data);
         Unlink(node);
         return data;
-    }
-    void Swap(CList& other) {
-        std::swap(m_head, other.m_head);
-        std::swap(m_tail, other.m_tail);
-        std::swap(m_count, other.m_count);
     }
     /// All nodes, between two neighbours of the other list.
     void MoveTo(CList& other, Node* previous, Node* next) {
