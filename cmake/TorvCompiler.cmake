@@ -7,6 +7,10 @@ if(TORV_SANITIZE)
   add_compile_options(-fsanitize=${TORV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${TORV_SANITIZE})
 endif()
+if(NOT WIN32)
+  # The library calls its own exported functions directly, as the other target always does.
+  add_compile_options($<$<CONFIG:RelWithDebInfo>:-fno-semantic-interposition>)
+endif()
 if(WIN32)
   # x87 registers would round time conversions and the mixer's truncations differently from every other target.
   add_compile_options(-msse2 -mfpmath=sse -mstackrealign)

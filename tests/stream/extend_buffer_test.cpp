@@ -195,7 +195,7 @@ TEST_CASE("extend buffer: agrees with a plain string through random edits, whate
             const DWORD size = buffer.GetSize();
             const DWORD unit = below(shape.blockSize) + 1;
             switch (below(model.size() > 500 ? 9 : 8)) {
-            case 0: // often enough in a row for a directory of the blocks to be worth its making
+            case 0: // often enough in a row for the tree over the blocks to be used, old and new
                 for (int seeks = 0; seeks < 10; ++seeks) {
                     position = below(model.size() + 1);
                     REQUIRE(buffer.SeekTo(position) == position);

@@ -4,12 +4,6 @@
 #include <cstdint>
 #include <new>
 
-namespace {
-
-constexpr DWORD kNearBlocks = 16; // so far a walk costs less than a search
-
-} // namespace
-
 CExtendBuffer::CExtendBuffer(DWORD blockSize, int flags) { CExtendBuffer::Create(blockSize, flags); }
 
 CExtendBuffer::~CExtendBuffer() { RemoveAll(); }
@@ -40,12 +34,19 @@ DWORD CExtendBuffer::SeekTo(DWORD position) {
     if (!m_pCurrent)
         return 0;
     position = std::min(position, m_dwSize);
+    if (position >= m_dwCurrentStart && position - m_dwCurrentStart < m_pCurrent->m_dwUsed) {
+        m_dwPosition = position;
+        return position;
+    }
 
     const DWORD distance = position < m_dwPosition ? m_dwPosition - position : position - m_dwPosition;
     const DWORD way = std::min({distance, position, m_dwSize - position}) / m_dwBlockSize;
-    if (way > kNearBlocks && EnterByDirectory(position, way)) {
-        m_dwPosition = position;
-        return position;
+    if (way > kNearBlocks) {
+        if (const torv::BlockTree::Place place = Tree().FindByte(position); place.block) {
+            EnterBlock(place.block, place.start);
+            m_dwPosition = position;
+            return position;
+        }
     }
 
     bool forward = true;
@@ -77,39 +78,15 @@ DWORD CExtendBuffer::SeekTo(DWORD position) {
     return position;
 }
 
-/// Onto the block that holds a position within the data. False when the chain has to be walked.
-bool CExtendBuffer::EnterByDirectory(DWORD position, DWORD way) {
-    if (!m_isDirectoryTrue) {
-        m_dwPassed += way;
-        if (m_dwPassed < m_dwSize / m_dwBlockSize || !MakeDirectory())
-            return false;
-    }
-    const Place* const first = m_directory.get();
-    const Place* const after = std::upper_bound(first, first + m_dwDirectoryBlocks, position,
-                                                [](DWORD sought, const Place& place) { return sought < place.start; });
-    m_pCurrent = after[-1].block; // of blocks with one start, all but the last are empty
-    m_dwCurrentStart = after[-1].start;
-    return true;
+torv::BlockTree& CExtendBuffer::Tree() {
+    if (m_tree.IsEmpty())
+        m_tree.Build(m_pFirst);
+    return m_tree;
 }
 
-bool CExtendBuffer::MakeDirectory() {
-    m_dwPassed = 0;
-    DWORD blocks = 0;
-    for (const CxShortBuff* block = m_pFirst; block; block = block->m_pNext)
-        ++blocks;
-    if (!m_directory || blocks > m_dwDirectoryBlocks)
-        m_directory.reset(new (std::nothrow) Place[blocks]);
-    m_dwDirectoryBlocks = m_directory ? blocks : 0;
-    if (!m_directory)
-        return false;
-    Place* place = m_directory.get();
-    DWORD start = 0;
-    for (CxShortBuff* block = m_pFirst; block; block = block->m_pNext) {
-        *place++ = {start, block};
-        start += block->m_dwUsed;
-    }
-    m_isDirectoryTrue = true;
-    return true;
+void CExtendBuffer::EnterBlock(CxShortBuff* block, DWORD start) {
+    m_pCurrent = block;
+    m_dwCurrentStart = start;
 }
 
 DWORD CExtendBuffer::Read(char* destination, DWORD count) {
@@ -137,8 +114,6 @@ DWORD CExtendBuffer::Write(const char* source, DWORD count) {
         const DWORD moved =
             m_pCurrent->Write(offset, source + done, static_cast<DWORD>(std::min<uint64_t>(count - done, room)));
         m_dwSize += m_pCurrent->m_dwUsed - used;
-        if (m_pCurrent->m_dwUsed != used && m_pCurrent->m_pNext)
-            BlocksChanged();
         done += moved;
         m_dwPosition += moved;
         if (done == count || !EnterNextOrNewBlock())
@@ -157,7 +132,6 @@ DWORD CExtendBuffer::Insert(const char* source, DWORD count) {
     if (!m_pCurrent || !source)
         return 0;
     count = std::min(count, RoomForGrowth());
-    BlocksChanged();
     if (m_dwPosition == m_dwCurrentStart && m_pCurrent->m_pPrev)
         EnterPrevBlock(); // free room at a block's end is used first
 
@@ -179,6 +153,18 @@ DWORD CExtendBuffer::Insert(const char* source, DWORD count) {
             EnterNextBlock();
     }
     return count - left;
+}
+
+BYTE* CExtendBuffer::GrowLastBlock(DWORD count) {
+    if (!m_pLast || count > m_pLast->m_dwCapacity - m_pLast->m_dwUsed || count > RoomForGrowth())
+        return nullptr;
+    BYTE* const room = m_pLast->m_pData + m_pLast->m_dwUsed;
+    m_pLast->m_dwUsed += count;
+    m_pLast->Touch();
+    m_dwSize += count;
+    m_dwPosition = m_dwSize;
+    EnterBlock(m_pLast, m_dwSize - m_pLast->m_dwUsed);
+    return room;
 }
 
 /// A new block takes the current one's bytes from `keep` on; a position at its end moves onto the new block.
@@ -217,8 +203,6 @@ DWORD CExtendBuffer::InsertInOrder(const void* source, DWORD count, DWORD unit) 
     count = std::min(count, RoomForGrowth()) / unit * unit;
     DWORD done = 0;
     while (done < count && MakeRoom(unit)) {
-        if (m_pCurrent->m_pNext)
-            BlocksChanged();
         const DWORD room = (m_pCurrent->m_dwCapacity - m_pCurrent->m_dwUsed) / unit * unit;
         const DWORD moved =
             m_pCurrent->Insert(OffsetInBlock(), static_cast<const char*>(source) + done, std::min(count - done, room));
@@ -247,7 +231,6 @@ DWORD CExtendBuffer::Remove(DWORD count) {
     if (!m_pCurrent)
         return 0;
     count = std::min(count, m_dwSize);
-    BlocksChanged();
     DWORD left = count;
     for (;;) {
         const DWORD moved = m_pCurrent->Delete(OffsetInBlock(), left);
@@ -294,14 +277,12 @@ DWORD CExtendBuffer::Load(CFile* file, DWORD count, int* error) {
                 continue;
             }
             const auto chunk = static_cast<DWORD>(std::min<uint64_t>(count, room));
-            m_pCurrent->m_dwDigest = CxShortBuff::kNoDigest;
+            m_pCurrent->Touch();
             const DWORD moved = file->Read(m_pCurrent->m_pData + offset, chunk);
             if (!moved)
                 break;
             m_pCurrent->m_dwUsed = std::max(used, offset + moved);
             m_dwSize += m_pCurrent->m_dwUsed - used;
-            if (m_pCurrent->m_dwUsed != used && m_pCurrent->m_pNext)
-                BlocksChanged();
             m_dwPosition += moved;
             count -= moved;
         }
@@ -346,11 +327,12 @@ CxShortBuff* CExtendBuffer::InsertBlock(CxShortBuff* at, CxShortBuff* block, int
         block = CreateBlock();
     if (!block)
         return nullptr;
-    BlocksChanged();
     if (at && after) {
         ChainBlock(block, at->m_pNext);
         ChainBlock(at, block);
+        m_tree.InsertAfter(at, block);
     } else if (at) {
+        m_tree.Clear(); // nothing in the library inserts before a block
         ChainBlock(at->m_pPrev, block);
         ChainBlock(block, at);
     }
@@ -364,7 +346,7 @@ CxShortBuff* CExtendBuffer::InsertBlock(CxShortBuff* at, CxShortBuff* block, int
 CxShortBuff* CExtendBuffer::RemoveBlock(CxShortBuff* block) {
     if (!block || (!block->m_pPrev && !block->m_pNext))
         return nullptr;
-    BlocksChanged();
+    m_tree.Remove(block);
     CxShortBuff* next = block->m_pNext;
     if (block == m_pFirst)
         m_pFirst = next;
@@ -383,14 +365,12 @@ void CExtendBuffer::ChainBlock(CxShortBuff* a, CxShortBuff* b) {
 }
 
 void CExtendBuffer::RemoveAll() {
+    m_tree.Clear();
     while (m_pLast) {
         CxShortBuff* previous = m_pLast->m_pPrev;
         delete m_pLast;
         m_pLast = previous;
     }
-    m_directory.reset();
-    m_dwDirectoryBlocks = 0;
-    BlocksChanged();
     m_pFirst = m_pCurrent = nullptr;
     m_dwPosition = m_dwBlockSize = m_dwCurrentStart = m_dwSize = 0;
 }

@@ -2,8 +2,6 @@
 
 #include "torv/stream/short_buff.h"
 
-#include <memory>
-
 /// A growable byte sequence with one read/write position, kept as a chain of blocks of one capacity, so that an insert
 /// or remove moves at most one block's bytes. Sizes and positions are bytes from the start; counts returned are what
 /// was done, which is less than asked when memory, the data, or 32 bits of size run out. Nothing is thrown. A buffer
@@ -65,9 +63,15 @@ protected:
     /// leave no trail of almost empty blocks.
     DWORD InsertInOrder(const void* source, DWORD count, DWORD unit);
 
-    /// Blocks begin elsewhere than before. What changes a block but the last one by itself must say so; the functions
-    /// here do.
-    void BlocksChanged() { m_isDirectoryTrue = false; }
+    /// Makes room at the end of the last block, which becomes the current one, with the position at the new end. Null,
+    /// and nothing has changed, where that block has none left.
+    BYTE* GrowLastBlock(DWORD count);
+
+    /// The tree over the blocks, for a way of more than kNearBlocks; it is empty without memory.
+    torv::BlockTree& Tree();
+    static constexpr DWORD kNearBlocks = 4; ///< so far a walk costs less than a search
+    /// Makes another block the current one; the position does not move.
+    void EnterBlock(CxShortBuff* block, DWORD start);
 
     /// The offset of the position in the current block.
     DWORD OffsetInBlock() const { return m_dwPosition - m_dwCurrentStart; }
@@ -92,17 +96,5 @@ private:
     bool SplitCurrentBlock(DWORD keep);
     bool MakeRoom(DWORD unit);
 
-    // Data that are read in another order than they were written in would walk the chain to and fro. Once the walks
-    // have passed as many blocks as there are, a directory of them is made, so that its making costs no more than they.
-    struct Place {
-        DWORD start;
-        CxShortBuff* block;
-    };
-    bool EnterByDirectory(DWORD position, DWORD way);
-    bool MakeDirectory();
-
-    std::unique_ptr<Place[]> m_directory;
-    DWORD m_dwDirectoryBlocks = 0;
-    DWORD m_dwPassed = 0; ///< blocks passed since the last directory was made
-    bool m_isDirectoryTrue = false;
+    torv::BlockTree m_tree; ///< made when it is first asked for
 };

@@ -41,7 +41,7 @@ DWORD CxShortBuff::Write(DWORD offset, const char* source, DWORD count) {
     count = std::min(m_dwCapacity - offset, count);
     std::memcpy(m_pData + offset, source, count);
     m_dwUsed = std::max(m_dwUsed, offset + count);
-    m_dwDigest = kNoDigest;
+    Touch();
     return count;
 }
 
@@ -59,6 +59,6 @@ DWORD CxShortBuff::Delete(DWORD offset, DWORD count) {
     count = std::min(m_dwUsed - offset, count);
     std::memmove(m_pData + offset, m_pData + offset + count, m_dwUsed - offset - count);
     m_dwUsed -= count;
-    m_dwDigest = kNoDigest;
+    Touch();
     return count;
 }

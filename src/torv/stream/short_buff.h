@@ -1,6 +1,6 @@
 #pragma once
 
-#include "torv/platform/platform.h"
+#include "torv/stream/block_tree.h"
 
 /// One block of a CExtendBuffer's chain: up to `capacity` bytes, the used ones packed at the start. Where
 /// it stands in the whole is known to the buffer that chains it.
@@ -24,6 +24,13 @@ public:
     DWORD Insert(DWORD offset, const char* source, DWORD count);
     DWORD Delete(DWORD offset, DWORD count);
 
+    /// The bytes or their number have changed by another way than these.
+    void Touch() {
+        m_dwDigest = kNoDigest;
+        if (m_pLeaf && !m_isOldInTree)
+            torv::BlockTree::Touch(*this);
+    }
+
     HGLOBAL m_hMemory = nullptr; ///< null when the bytes come from the heap
     BYTE* m_pData = nullptr;
     CxShortBuff* m_pPrev = nullptr;
@@ -35,4 +42,8 @@ public:
     /// change of the bytes forgets it.
     static constexpr DWORD kNoDigest = 0xFFFFFFFF;
     DWORD m_dwDigest = kNoDigest;
+
+    // Of the tree over the chain, where there is one.
+    torv::BlockTree::Node* m_pLeaf = nullptr;
+    bool m_isOldInTree = false;
 };

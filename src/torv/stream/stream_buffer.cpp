@@ -20,6 +20,23 @@ tagEventEntryHdr HeaderOf(const void* entry) {
 
 void SetDelta(void* entry, DWORD delta) { std::memcpy(entry, &delta, sizeof delta); }
 
+/// The sizes of the library's own entries are known to the compiler, which then needs no call.
+void CopyEntry(void* to, const void* from, DWORD size) {
+    switch (size) {
+    case 8:
+        std::memcpy(to, from, 8);
+        return;
+    case 16:
+        std::memcpy(to, from, 16);
+        return;
+    case 20:
+        std::memcpy(to, from, 20);
+        return;
+    default:
+        std::memcpy(to, from, size);
+    }
+}
+
 } // namespace
 
 int CStreamBuffer::Create(DWORD entrySize, DWORD blockSize, int flags) {
@@ -100,12 +117,12 @@ DWORD CStreamBuffer::MoveRelative(LONG delta) {
     // Back past everything at or after the target first, and only then forward: so the first of several entries at one
     // clock is found from either side.
     while (m_dwClock >= target) {
-        SkipBlocksBackward(target);
+        SkipBackward(target);
         if (!ReadPrevEntry(nullptr))
             break;
     }
     while (m_dwClock < target) {
-        SkipBlocksForward(target);
+        SkipForward(target);
         if (!ReadNextEntry(nullptr))
             break;
     }
@@ -121,9 +138,19 @@ int CStreamBuffer::ReadNextEntry(void* entry) {
     if (m_nState == kCursorAtEnd || !IsCreated())
         return 0;
     ResetPosition();
+    m_dwExtra = 0;
+    const BYTE* const bytes = m_pCurrent->m_pData + OffsetInBlock();
+    if (m_dwEntrySize <= m_pCurrent->m_dwUsed - OffsetInBlock() && HeaderOf(bytes).tag != kEndMarkTag) {
+        if (entry)
+            CopyEntry(entry, bytes, m_dwEntrySize);
+        m_header = HeaderOf(bytes);
+        m_dwEntryEnd = m_dwPosition += m_dwEntrySize;
+        m_nState = kCursorOnEntry;
+        m_dwClock += m_header.delta;
+        return 1;
+    }
     const int isEntry = subReadEntry(entry);
     m_dwEntryEnd = m_dwPosition;
-    m_dwExtra = 0;
     m_nState = isEntry ? kCursorOnEntry : kCursorAtEnd;
     if (isEntry)
         m_dwClock += m_header.delta;
@@ -174,10 +201,18 @@ int CStreamBuffer::AddEntry(const void* entry) {
     if (!IsCreated() || !entry || !ReadEndMark(&mark))
         return 0;
     const tagEventEntryHdr header = HeaderOf(entry);
-    if (IsReserved(header.tag) || header.delta > mark.delta || !InsertBytes(EntryBytes(), entry))
+    if (IsReserved(header.tag) || header.delta > mark.delta)
         return 0;
     mark.delta -= header.delta;
-    WriteEndMark(&mark);
+    if (BYTE* const room = m_pLast->m_dwUsed >= kHeaderSize ? GrowLastBlock(m_dwEntrySize) : nullptr) {
+        CopyEntry(room - kHeaderSize, entry, m_dwEntrySize);
+        std::memcpy(room + m_dwEntrySize - kHeaderSize, &mark, kHeaderSize);
+        m_dwPosition -= kHeaderSize;
+    } else if (InsertBytes(EntryBytes(), entry)) {
+        WriteEndMark(&mark);
+    } else {
+        return 0;
+    }
     m_header = header;
     m_nState = kCursorOnEntry;
     m_dwEntryEnd = m_dwPosition;
@@ -407,59 +442,118 @@ bool CStreamBuffer::InsertBytes(DWORD position, const void* entry) {
     return false;
 }
 
-bool CStreamBuffer::BlockTicks(CxShortBuff* block, DWORD& ticks) const {
-    if (block == m_pLast)
-        return false;
-    if (block->m_dwDigest == CxShortBuff::kNoDigest) {
-        if (block->m_dwUsed % m_dwEntrySize)
-            return false;
+DWORD CStreamBuffer::BlockTicks(CxShortBuff& block, DWORD entrySize) {
+    if (!block.m_pNext)
+        return BlockTree::kNoWeight;
+    if (block.m_dwDigest == CxShortBuff::kNoDigest) {
+        if (block.m_dwUsed % entrySize)
+            return BlockTree::kNoWeight;
         uint64_t sum = 0;
-        for (DWORD offset = 0; offset < block->m_dwUsed; offset += m_dwEntrySize) {
-            const tagEventEntryHdr header = HeaderOf(block->m_pData + offset);
+        for (DWORD offset = 0; offset < block.m_dwUsed; offset += entrySize) {
+            const tagEventEntryHdr header = HeaderOf(block.m_pData + offset);
             if (header.tag == kEndMarkTag)
-                return false;
+                return BlockTree::kNoWeight;
             sum += header.delta;
         }
         if (sum > kMaxClock)
-            return false;
-        block->m_dwDigest = static_cast<DWORD>(sum);
+            return BlockTree::kNoWeight;
+        block.m_dwDigest = static_cast<DWORD>(sum);
     }
-    ticks = block->m_dwDigest;
-    return true;
+    return block.m_dwDigest;
 }
 
-void CStreamBuffer::SkipBlocksForward(DWORD target) {
+void CStreamBuffer::SkipForward(DWORD target) {
     if (m_nState == kCursorAtEnd)
         return;
     ResetPosition();
+    SkipEntriesForward(target);
     LeaveBlockEnd();
     const DWORD from = m_dwEntryEnd;
-    DWORD ticks = 0;
-    while (m_dwPosition == m_dwCurrentStart && BlockTicks(m_pCurrent, ticks) && ticks < target - m_dwClock) {
-        m_dwClock += ticks;
+    DWORD passed = 0;
+    // What has no weight is never less.
+    while (m_dwPosition == m_dwCurrentStart && BlockTicks(*m_pCurrent, m_dwEntrySize) < target - m_dwClock) {
+        if (++passed > kNearBlocks && SkipByTree(target))
+            break;
+        m_dwClock += m_pCurrent->m_dwDigest;
         m_dwEntryEnd = m_dwPosition += m_pCurrent->m_dwUsed;
         EnterNextBlock();
     }
     if (m_dwEntryEnd != from) {
         m_nState = kCursorOnEntry;
         RestoreEntry();
+        SkipEntriesForward(target);
     }
 }
 
-void CStreamBuffer::SkipBlocksBackward(DWORD target) {
+void CStreamBuffer::SkipBackward(DWORD target) {
     if (m_nState != kCursorOnEntry)
         return;
     ResetPosition();
     if (m_pCurrent->m_pPrev && m_dwPosition == m_dwCurrentStart)
         EnterPrevBlock();
     const DWORD from = m_dwEntryEnd;
-    DWORD ticks = 0;
-    while (m_pCurrent->m_pPrev && OffsetInBlock() == m_pCurrent->m_dwUsed && BlockTicks(m_pCurrent, ticks) &&
-           ticks <= m_dwClock - target) {
+    DWORD passed = 0;
+    while (m_pCurrent->m_pPrev && OffsetInBlock() == m_pCurrent->m_dwUsed) {
+        const DWORD ticks = BlockTicks(*m_pCurrent, m_dwEntrySize);
+        if (ticks > m_dwClock - target || (++passed > kNearBlocks && SkipByTree(target)))
+            break;
         m_dwClock -= ticks;
         m_dwEntryEnd = m_dwPosition -= m_pCurrent->m_dwUsed;
         EnterPrevBlock();
     }
     if (m_dwEntryEnd != from)
         RestoreEntry();
+    SkipEntriesBackward(target);
+}
+
+/// To the last block's beginning before which everything lies before the target. False without a tree.
+bool CStreamBuffer::SkipByTree(DWORD target) {
+    const BlockTree::Place place = Tree().FindWeight(target, &BlockTicks, m_dwEntrySize);
+    if (!place.block)
+        return false;
+    EnterBlock(place.block, place.start);
+    m_dwEntryEnd = m_dwPosition = place.start;
+    m_dwClock = place.weight;
+    m_nState = place.start ? kCursorOnEntry : kCursorAtTop;
+    return true;
+}
+
+void CStreamBuffer::SkipEntriesForward(DWORD target) {
+    LeaveBlockEnd();
+    const BYTE* const first = m_pCurrent->m_pData + OffsetInBlock();
+    const DWORD size = m_dwEntrySize;
+    const DWORD whole = (m_pCurrent->m_dwUsed - OffsetInBlock()) / size * size;
+    DWORD passed = 0;
+    DWORD left = target - m_dwClock; // ticks
+    while (passed < whole) {
+        const tagEventEntryHdr header = HeaderOf(first + passed);
+        if (header.delta >= left || header.tag == kEndMarkTag)
+            break;
+        left -= header.delta;
+        passed += size;
+    }
+    if (!passed)
+        return;
+    m_header = HeaderOf(first + passed - size);
+    m_dwClock = target - left;
+    m_dwEntryEnd = m_dwPosition += passed;
+    m_nState = kCursorOnEntry;
+}
+
+void CStreamBuffer::SkipEntriesBackward(DWORD target) {
+    if (m_nState != kCursorOnEntry)
+        return;
+    const DWORD size = m_dwEntrySize;
+    const BYTE* const end = m_pCurrent->m_pData + OffsetInBlock(); // of the current entry
+    DWORD passed = 0;
+    DWORD clock = m_dwClock;
+    while (OffsetInBlock() - passed >= 2 * size && clock >= target) {
+        passed += size;
+        clock -= HeaderOf(end - passed).delta;
+    }
+    if (!passed)
+        return;
+    m_header = HeaderOf(end - passed - size);
+    m_dwClock = clock;
+    m_dwEntryEnd = m_dwPosition -= passed;
 }

@@ -123,9 +123,14 @@ private:
     DWORD ReadBytes(void* destination, DWORD count);
     bool InsertBytes(DWORD position, const void* entry);
 
-    // A long way goes block by block: whole blocks whose entries all lie before (after) the target are passed over by
-    // the ticks that they span. The last block, which holds the end mark, is always walked.
-    bool BlockTicks(CxShortBuff* block, DWORD& ticks) const;
-    void SkipBlocksForward(DWORD target);
-    void SkipBlocksBackward(DWORD target);
+    static DWORD BlockTicks(CxShortBuff& block, DWORD entrySize);
+
+    // On the way to a time as far as the next step may still lead there: whole blocks by the ticks that they span, a
+    // far place through the tree, and at last entry by entry within a block. The last block, which holds the end mark,
+    // is never passed over.
+    void SkipForward(DWORD target);
+    void SkipBackward(DWORD target);
+    bool SkipByTree(DWORD target);
+    void SkipEntriesForward(DWORD target);
+    void SkipEntriesBackward(DWORD target);
 };
