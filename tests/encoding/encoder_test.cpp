@@ -249,9 +249,11 @@ TEST_CASE("encoder: a stream for which memory does not suffice is no stream") {
 }
 
 TEST_CASE("encoder: ten times the values at one tick take ten times as long, not a hundred times") {
-    for (const int mode : {0, 1}) {
+    for (const auto& [mode, interval] : {std::pair(0, 0), std::pair(0, 3), std::pair(1, 0)}) {
+        CAPTURE(mode);
+        CAPTURE(interval);
         CQuillMidiBuffer buffer;
-        buffer.Create(mode, 2000, 0);
+        buffer.Create(mode, 2000, interval);
         CBreakPointList list;
         for (int i = 0; i < 100000; ++i)
             AddPoint(&list, 1920, i & 127);

@@ -2,6 +2,8 @@
 
 #include "torv/encoding/quill_midi_buffer.h"
 
+#include <functional>
+
 CxQMOutBreakPoint::~CxQMOutBreakPoint() = default;
 
 void CxQMOutBreakPoint::DetachObject() { m_points.clear(); }
@@ -45,13 +47,18 @@ int CxQMOutBreakPoint::OutputParam(CQuillMidiBuffer* buffer, tagQuillMidiRealtim
         return 1;
     if (!buffer || !info || !info->map)
         return 0;
-    int stored = 1;
     torv::ResetRealTimeInfo(*info);
-    for (const Point& point : m_points) {
-        torv::UpdateRealTimeInfo(*info, point.tick); // a point out of order goes with the one before it
-        if (info->time >= buffer->GetPresendTime())
-            stored &= WriteEvent(buffer, info, {static_cast<LONG>(point.tick), static_cast<SHORT>(point.value), 0});
-    }
+    const auto write = [&] {
+        int written = 1;
+        for (const Point& point : m_points) {
+            torv::UpdateRealTimeInfo(*info, point.tick); // a point out of order goes with the one before it
+            if (info->time >= buffer->GetPresendTime())
+                written &=
+                    WriteEvent(buffer, info, {static_cast<LONG>(point.tick), static_cast<SHORT>(point.value), 0});
+        }
+        return written;
+    };
+    const int stored = buffer->InsertTogether(std::ref(write)); // by reference, which takes no memory
     buffer->RaiseLast(info->tick, info->time);
     return stored;
 }
@@ -91,18 +98,22 @@ void CxQMOutBreakPoint::Walk(int resolution, Emit emit) const {
 int CxQMOutBreakPoint::OutputParamLinear(CQuillMidiBuffer* buffer, tagQuillMidiRealtimeInfo* info, int resolution) {
     if (m_points.empty() || !buffer || !info || !info->map)
         return 0;
-    int stored = 1;
     torv::ResetRealTimeInfo(*info);
     torv::UpdateRealTimeInfo(*info, m_points.front().tick);
-    Walk(resolution, [&](Sample kind, DWORD tick, SHORT value) {
-        if (kind == Sample::OnGrid) {
-            torv::UpdateRealTimeInfo(*info, tick);
-            if (info->time < buffer->GetPresendTime())
-                return false;
-        }
-        stored &= WriteEvent(buffer, info, {static_cast<LONG>(tick), value, 0});
-        return true;
-    });
+    const auto write = [&] {
+        int written = 1;
+        Walk(resolution, [&](Sample kind, DWORD tick, SHORT value) {
+            if (kind == Sample::OnGrid) {
+                torv::UpdateRealTimeInfo(*info, tick);
+                if (info->time < buffer->GetPresendTime())
+                    return false;
+            }
+            written &= WriteEvent(buffer, info, {static_cast<LONG>(tick), value, 0});
+            return true;
+        });
+        return written;
+    };
+    const int stored = buffer->InsertTogether(std::ref(write)); // by reference, which takes no memory
     buffer->RaiseLast(info->tick, info->time);
     return stored;
 }

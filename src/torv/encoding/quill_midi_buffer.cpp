@@ -1,10 +1,14 @@
 #include "torv/encoding/quill_midi_buffer.h"
 
+#include "torv/platform/or_zero.h"
 #include "torv/stream/extend_buffer.h"
 #include "torv/stream/stream_buffer.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -16,6 +20,7 @@ constexpr BYTE kNoteSegmentBlock = 0x50;
 struct CQuillMidiBuffer::Store {
     CStreamBuffer index;
     CExtendBuffer data;
+    std::vector<tagQuillMidiEntry>* together = nullptr; ///< messages, by their tick, that have no place yet
 };
 
 CQuillMidiBuffer::CQuillMidiBuffer() = default;
@@ -103,10 +108,35 @@ int CQuillMidiBuffer::InsertEventExAt(DWORD tick, LONG time, const BYTE* bytes, 
 
 int CQuillMidiBuffer::InsertMessagesAt(DWORD tick, DWORD interval, const BYTE* bytes, DWORD count) {
     constexpr DWORD kMessageBytes = 3;
-    for (DWORD i = 0; i < count; ++i)
-        if (!InsertEventAt(tick + i * interval, bytes + i * kMessageBytes, kMessageBytes, 0, 1))
+    for (DWORD i = 0; i < count; ++i) {
+        const BYTE* const message = bytes + i * kMessageBytes;
+        if (!m_pStore || !m_pStore->together) {
+            if (!InsertEventAt(tick + i * interval, message, kMessageBytes, 0, 1))
+                return 0;
+            continue;
+        }
+        tagQuillMidiEntry entry{tick + i * interval, 0, 0, 0};
+        if (!StoreBytes(message, kMessageBytes, nullptr, 0, entry))
             return 0;
+        m_pStore->together->push_back(entry);
+    }
     return 1;
+}
+
+int CQuillMidiBuffer::InsertTogether(const std::function<int()>& write) {
+    if (!m_pStore || m_pStore->together)
+        return write();
+    std::vector<tagQuillMidiEntry> messages;
+    m_pStore->together = &messages;
+    const int written = torv::OrZero(write);
+    m_pStore->together = nullptr;
+    // At one tick in the order in which they were written, which their bytes have kept.
+    std::sort(messages.begin(), messages.end(), [](const tagQuillMidiEntry& a, const tagQuillMidiEntry& b) {
+        return a.position != b.position ? a.position < b.position : a.offset < b.offset;
+    });
+    return written && std::all_of(messages.begin(), messages.end(), [this](tagQuillMidiEntry entry) {
+               return MoveTo(std::exchange(entry.position, 0)) && m_pStore->index.InsertEntry(&entry, 1);
+           });
 }
 
 /// Onto the last of the entries at a tick, from behind: what is written at one tick comes in its order, so its place is

@@ -2,6 +2,7 @@
 
 #include "torv/platform/platform.h"
 
+#include <functional>
 #include <memory>
 
 /// One entry of the engine stream's index, 16 bytes. The first two words are the index's own entry header: ticks from
@@ -52,6 +53,10 @@ public:
 
     /// Inserts `count` three-byte messages as events of their own, `interval` ticks apart from `tick` on, with no time.
     int InsertMessagesAt(DWORD tick, DWORD interval, const BYTE* bytes, DWORD count);
+    /// Runs `write`, whose messages get their places when it has ended, all in one walk: of a curve with an interval
+    /// each value goes back to before the messages of the last. Answers what `write` answers, 0 when a message is
+    /// refused.
+    int InsertTogether(const std::function<int()>& write);
 
     /// Places the index so that a following insert lands after every entry at or before `tick`. Returns 0 when it
     /// cannot stand exactly there.
