@@ -13,7 +13,7 @@ constexpr int64_t kMostCode = 127; // as much as one data byte of a message hold
 
 /// A file in the folder or below it.
 bool StaysBelow(const std::string& file) {
-    return !file.empty() && file.front() != '/' && file.find_first_of("\\:") == std::string::npos &&
+    return !file.empty() && file.front() != '/' && !HasBackslash(file) && file.find(':') == std::string::npos &&
            file.find("..") == std::string::npos;
 }
 

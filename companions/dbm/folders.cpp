@@ -4,6 +4,7 @@
 #include "failure.h"
 
 #include <cstdlib>
+#include <string_view>
 #include <vector>
 
 #if defined(_WIN32)
@@ -20,18 +21,27 @@ using companion::Environment;
 namespace {
 
 #if defined(_WIN32)
+bool IsLeadByte(unsigned char byte) { return IsDBCSLeadByte(byte) != 0; }
+#else
+bool IsLeadByte(unsigned char byte) { return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC); }
+#endif
 
-// A trail byte of a two-byte character can look like a separator.
-size_t LastSeparator(const std::string& path) {
+/// The last place of one of these, all of them one byte, as a character of its own: a trail byte of a two-byte
+/// character can look like one.
+size_t FindLast(const std::string& path, std::string_view characters) {
     size_t last = std::string::npos;
     for (size_t i = 0; i < path.size(); ++i) {
-        if (IsDBCSLeadByte(static_cast<BYTE>(path[i])))
+        if (IsLeadByte(static_cast<unsigned char>(path[i])))
             ++i;
-        else if (path[i] == '/' || path[i] == '\\')
+        else if (characters.find(path[i]) != std::string_view::npos)
             last = i;
     }
     return last;
 }
+
+#if defined(_WIN32)
+
+size_t LastSeparator(const std::string& path) { return FindLast(path, "/\\"); }
 
 /// A text that a system call writes; the call answers how long it is, or would be.
 template <typename Call>
@@ -104,6 +114,8 @@ std::string FolderOf(const std::string& path) {
     const size_t end = LastSeparator(path);
     return end == std::string::npos ? "." : path.substr(0, end);
 }
+
+bool HasBackslash(const std::string& path) { return FindLast(path, "\\") != std::string::npos; }
 
 std::string OwnFolder() { return Join(FolderOf(Absolute(OwnFile())), "dbm"); }
 

@@ -176,6 +176,7 @@ TEST_CASE("catalogue: voices with their parameters") {
     for (int i = 0; i < 17; ++i)
         CHECK(voice.parameters.values[i] == (i == 12 ? 100 : i == 4 ? 1 : 64)); // a byte keeps the low 8 bits
     torv::ReleaseVoiceParameters(&voice);
+    CHECK(voice.name == nullptr);
     CHECK(manager.GetVoiceDB()->GetVoiceParameters(0, 1, &voice) == 0);
     CHECK(manager.GetVoiceDB()->GetModels(7, 1).size() == 2);
 
