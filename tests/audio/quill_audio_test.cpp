@@ -137,12 +137,10 @@ TEST_CASE("quill audio: what an edit changes in the file") {
         CHECK(Values(buffer.GetNumSamples(), audio.GetNumSamples(), buffer.GetModify()) ==
               Values(test.frames, test.frames, 0));
         CHECK(file.Get() == test.bytes);
-        // The data may have moved in the file; a buffer that plays from it has learnt that.
-        WAVEHDR headers[2] = {};
-        CHECK(buffer.SetPlayParam(0, 99, 0, torv::kPlayFromFile) == (test.frames > 0));
+        WAVEHDR headers[2] = {}; // the data may have moved in the file; a buffer that plays from it has learnt that
+        buffer.SetPlayParam(0, 99, 0, torv::kPlayFromFile);
         CHECK(buffer.InitialLoadDataBlock(headers) == 1);
-        const std::string data(headers[0].lpData, headers[0].dwBufferLength);
-        CHECK(test.bytes.find(Chunk("data", data)) < test.bytes.size());
+        CHECK(test.bytes.find(Chunk("data", {headers[0].lpData, headers[0].dwBufferLength})) < test.bytes.size());
     }
 }
 
@@ -197,16 +195,13 @@ TEST_CASE("quill audio: a save that fails leaves the old file and no other") {
     fails(audio.SaveAs("torv_no_such_folder/x.wav", &buffer), CFileException::badPath);
     fails(audio.SaveAs(target.Folder(), &buffer), CFileException::accessDenied);
 
-    std::string now = old.substr(0, old.size() - 1000); // a kept chunk is cut off in the middle
-    SUBCASE("") {}
-    SUBCASE("another program wrote something else where a kept chunk was") {
-        now = Wave(Fmt(1, 8) + Chunk("LIST", "INFO" + Random(6000, 1)) + Chunk("data", "abcd"));
+    for (const std::string& now : {old.substr(0, old.size() - 1000), // a kept chunk is cut off, or stands elsewhere
+                                   Wave(Fmt(1, 8) + Chunk("LIST", "INFO" + Random(6000, 1)) + Chunk("data", "abcd"))}) {
+        file.Put(now);
+        fails(audio.SaveAs(target.Text(), &buffer), -1);
+        fails(audio.Save(&buffer), -1);
+        CHECK(file.Get() == now);
     }
-    SUBCASE("the file is emptied") { now = ""; }
-    file.Put(now);
-    fails(audio.SaveAs(target.Text(), &buffer), -1);
-    fails(audio.Save(&buffer), -1);
-    CHECK(file.Get() == now);
     CHECK(audio.SaveNew(target.Text(), &buffer) == 1); // the samples are not lost with the chunks
     CHECK(target.Get() == Wave(Fmt(1, 8) + Chunk("data", "abcde")));
 }
@@ -256,17 +251,13 @@ TEST_CASE("quill audio: any bytes are loaded or refused") {
     CHECK(survives(Wave(many + Chunk("data", ""))) == "0 0"); // one more than anybody writes
     CHECK(survives(Chunk("junk", "") + good) == "0 0");
 
-    CxQuillAudio audio; // a failed load changes nothing
     file.Put(good);
-    CHECK(audio.Load(file.Text()) == 1);
-    copy.Put("RIFF");
-    CHECK(audio.Load(copy.Text()) == 0);
-    CHECK(audio.Load(nullptr) == 0);
-    CHECK(audio.GetFilePath() == file.Text());
-    CWaveBuffer buffer;
-    CHECK(audio.ReadWave(nullptr, 0, 0) == 0);
+    Loaded loaded(file);
+    CHECK(loaded.audio.Load(nullptr) == 0); // changes nothing
+    CHECK(loaded.audio.GetFilePath() == file.Text());
     file.Put(good.substr(0, good.size() - 1)); // shorter since it was loaded
-    CHECK(Values{audio.ReadWave(&buffer, 0, 0), buffer.GetSize(), buffer.IsLoaded()} == "0 0 0");
+    CHECK(Values{loaded.audio.ReadWave(&loaded.buffer, 0, 0), loaded.buffer.IsLoaded()} == "0 0");
+    CHECK(loaded.buffer.GetSize() == 0);
 }
 
 TEST_CASE("quill audio: another extension") {
@@ -294,13 +285,11 @@ TEST_CASE("quill audio: a mix by hand") {
         DWORD bits;
     } cases[] = {
         {{{0, 0, 0, 0, &mono}}, Words({1000, 1000, 2001, 2001, -3, -3}), 16},
-        {{{1, 2, 0, 0, &mono}}, Words({2001, 2001}), 16},
         {{{2, 99, half, 0, &mono}}, Words({-1, -1}), 16}, // -1.5, toward zero
         {{{2, 1, 0, 0, &mono}}, "", 16},
         {{{0, 1, 0, -1, &mono}}, Words({2000, 0}), 16}, // the side it is panned to is doubled
         {{{0, 1, 0, NAN, &mono}, {1, 2, NAN, 0, &mono}}, Words({3001, 3001}), 16},
         {{{0, 0, 20, 0, &stereo}}, Words({32767, -32768}), 16}, // stays at the ends
-        {{{0, 2, 0, 0, &mono}, {0, 0, 0, 0, &stereo}}, Words({31000, -29000, 2001, 2001}), 16},
         {{{0, 0, 0, 0, &low}}, Words({16384, 16384, -16384, -16384, 0, 0, -256, -256, 32512, 32512}), 16},
         {{{0, 0, 0, 0, &wide}, {0, 2, 0, 0, &low}}, // 0.5 - 1, 2^-23 - 0.5
          Le(0xC00000, 3) + Le(0xC00000, 3) + Le(0xC00001, 3) + Le(0xC00001, 3) + Le(0x123456, 3) + Le(0x123456, 3),
@@ -317,36 +306,30 @@ TEST_CASE("quill audio: a mix by hand") {
     Held slow(1, 16, "ab", 22050);
     Held three(3, 16, "abcdef");
     Held vast(1, 64, "abcdefgh");
-    CWaveBuffer missing;
-    missing.SetRiffInfo("torv_no_such_file.wav", 44, 100);
-    missing.SetWaveInfo(1, 16, 44100);
+    CWaveBuffer place;
+    place.SetRiffInfo("torv_no_such_file.wav", 44, 100);
     CxQuillAudio audio;
     __tagMixDownTrack tracks[2] = {{0, 0, 0, 0, &mono}, {}};
-    for (CWaveBuffer* const bad : std::initializer_list<CWaveBuffer*>{&slow, &three, &vast, &missing, nullptr}) {
+    for (CWaveBuffer* const bad : std::initializer_list<CWaveBuffer*>{&slow, &three, &vast, &place, nullptr}) {
         tracks[1].buffer = bad;
         CHECK(audio.AudioMixDown(file.Text(), tracks, 2) == 0);
     }
     CHECK(audio.GetError(1) == CFileException::fileNotFound);
     CHECK(audio.AudioMixDown(file.Text(), tracks, 0) == 0);
-    CHECK(audio.AudioMixDown(file.Text(), nullptr, 1) == 0);
     CHECK(audio.AudioMixDown(nullptr, tracks, 1) == 0);
     CHECK(file.Get() == "stays");
-}
 
-TEST_CASE("quill audio: a mix of many blocks is the sum, and may replace a file that it is made of") {
     std::string once, twice; // more than two of the blocks that mixing uses
     for (int i = 0; i < 40000; ++i) {
         once += Words({i % 5000});
         twice += Words({i % 5000 * 2, i % 5000 * 2});
     }
-    const Scratch file(MonoFile(once));
-    Held memory(1, 16, once);
-    CxQuillAudio audio;
-    CWaveBuffer place;
+    file.Put(MonoFile(once));
     REQUIRE(audio.Load(file.Text()) == 1);
     REQUIRE(audio.ReadProperty(&place) == 1);
-    __tagMixDownTrack tracks[] = {{0, 0, 0, 0, &memory}, {0, 0, 0, 0, &place}};
-    CHECK(audio.AudioMixDown(file.Text(), tracks, 2) == 1);
+    for (__tagMixDownTrack& track : tracks)
+        track = {0, 0, 0, 0, &place};
+    CHECK(audio.AudioMixDown(file.Text(), tracks, 2) == 1);         // into the file that it is made of
     CHECK((file.Get() == Wave(Fmt(2, 16) + Chunk("data", twice)))); // too long to be shown
 }
 

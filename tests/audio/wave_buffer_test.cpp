@@ -1,6 +1,7 @@
 #include "audio/wave_test_files.h"
 #include "values.h"
 
+#include <algorithm>
 #include <cstring>
 #include <random>
 
@@ -19,56 +20,41 @@ std::string Play(CWaveBuffer& buffer) {
 
 } // namespace
 
-TEST_CASE("wave buffer: the format") {
+TEST_CASE("wave buffer: the format, and lengths in bytes and in time") {
     const struct {
         int channels, bits;
         DWORD rate;
         WAVEFORMATEX format; // tag, channels, rate, bytes a second, bytes a frame, bits
-        DWORD frames;        // of 1000 bytes
+        DWORD bytes, frames;
+        const char* time; // minutes, seconds, milliseconds
     } cases[] = {
-        {0, 0, 0, {1, 1, 44100, 88200, 2, 16, 0}, 500},
-        {2, 24, 48000, {1, 2, 48000, 288000, 6, 24, 0}, 166},
-        {2, 12, 8000, {1, 2, 8000, 32000, 4, 12, 0}, 250}, // bits fill whole bytes
-        {-1, 0x10000, 0, {1, 1, 44100, 88200, 2, 16, 0}, 500},
-        {1, 16, 0xFFFFFFFF, {1, 1, 0xFFFFFFFF, 0xFFFFFFFF, 2, 16, 0}, 500}, // cannot be told: the most there is
+        {0, 0, 0, {1, 1, 44100, 88200, 2, 16, 0}, 6000001, 3000000, "1 8 27"}, // 68 s and 1200 frames: 27.2 ms
+        {2, 24, 48000, {1, 2, 48000, 288000, 6, 24, 0}, 1000, 166, "0 0 3"},
+        {2, 12, 8000, {1, 2, 8000, 32000, 4, 12, 0}, 1000, 250, "0 0 31"}, // bits fill whole bytes
+        {-1, 0x10000, 0, {1, 1, 44100, 88200, 2, 16, 0}, 88198, 44099, "0 0 999"},
+        {1, 16, 0xFFFFFFFF, {1, 1, 0xFFFFFFFF, 0xFFFFFFFF, 2, 16, 0}, 1000, 500, "0 0 0"}, // the most there is
+        {1, 8, 8000000, {1, 1, 8000000, 8000000, 1, 8, 0}, 7999999, 7999999, "0 0 999"},   // beyond 32 bits
+        {1, 8, 1, {1, 1, 1, 1, 1, 8, 0}, 0xFFFFFFFF, 0xFFFFFFFF, "71582788 15 0"},
     };
     CWaveBuffer buffer;
-    buffer.SetRiffInfo("x.wav", 44, 1000);
     for (const auto& test : cases) {
         CAPTURE(test.bits);
+        buffer.SetRiffInfo("x.wav", 44, test.bytes);
         buffer.SetWaveInfo(test.channels, test.bits, test.rate);
         WAVEFORMATEX format;
         buffer.MakeWaveFormat(format);
         CHECK(std::memcmp(&format, &test.format, sizeof format) == 0);
-        CHECK(buffer.GetNumSamples() == test.frames);
         CHECK(buffer.GetWaveSize() == test.frames * test.format.nBlockAlign);
+        SAMPLE_TIME time;
+        buffer.GetSmapleTime(time);
+        CHECK(Values(buffer.GetNumSamples(), time.samples) == Values(test.frames, test.frames));
+        CHECK(Values(time.minutes, time.seconds, time.milliseconds) == test.time);
     }
     buffer.SetWaveInfo(2, 16, 44100);
     CHECK(buffer.CalcBuffSize(3) == 529200);
     CHECK(buffer.CalcBuffSize(24348) == 0xFFFFFFFF); // 24347 seconds are the last below 4 GiB
     buffer.Delete();
     CHECK(Values(buffer.GetSampleUnitSize(), buffer.GetNumSamples(), buffer.GetFilePath().IsEmpty()) == "2 0 1");
-}
-
-TEST_CASE("wave buffer: time of a length, place of a time") {
-    const struct {
-        DWORD rate, frames;
-        const char* time; // minutes, seconds, milliseconds
-    } cases[] = {
-        {44100, 3000000, "1 8 27"}, // 68 s and 1200 frames: 27.2 ms
-        {44100, 44099, "0 0 999"},
-        {8000000, 7999999, "0 0 999"}, // the product passes 32 bits
-        {1, 0xFFFFFFFF, "71582788 15 0"},
-    };
-    for (const auto& test : cases) {
-        CWaveBuffer file;
-        file.SetRiffInfo("", 0, test.frames);
-        file.SetWaveInfo(1, 8, test.rate);
-        SAMPLE_TIME time;
-        file.GetSmapleTime(time);
-        CHECK(time.samples == test.frames);
-        CHECK(Values(time.minutes, time.seconds, time.milliseconds) == test.time);
-    }
 
     Held stereo(2, 8, std::string(2600, 'x'), 10);
     CHECK(Values{stereo.MoveTo(7), stereo.GetIndex(), stereo.MoveTo(1301)} == "7 14 1300");
@@ -78,67 +64,62 @@ TEST_CASE("wave buffer: time of a length, place of a time") {
     CHECK(stereo.MoveTo(32767, 32767, 32767) == 1300);
 }
 
-TEST_CASE("wave buffer: edits of whole frames keep every byte, whatever the frame and the block") {
-    for (const int bits : {8, 24})
-        for (const DWORD blockSize : {1u, 5u, 100000u}) {
-            CAPTURE(bits);
-            CAPTURE(blockSize);
-            Held buffer(2, bits, "", 44100, blockSize);
-            const auto unit = static_cast<DWORD>(2 * bits / 8);
-            std::string expected;
-            std::mt19937 random(blockSize + unit);
-            for (int step = 0; step < 200; ++step) {
-                const DWORD frames = random() % 12;
-                std::string source(frames * unit, '\0');
-                for (char& byte : source)
-                    byte = static_cast<char>(random());
-                const auto all = static_cast<DWORD>(expected.size() / unit);
-                const DWORD at = random() % (all + 1);
-                CHECK(buffer.MoveTo(at) == at);
-                buffer.SetModify(0);
-                DWORD changed = frames;
-                switch (random() % 4) {
-                case 0:
-                    CHECK(buffer.AddSample(source.data(), frames) == frames);
-                    expected += source;
-                    break;
-                case 1:
-                    CHECK(buffer.WriteSample(source.data(), frames) == frames);
-                    expected.replace(at * unit, source.size(), source);
-                    break;
-                case 2:
-                    changed = std::min(frames, all - at);
-                    CHECK(buffer.RemoveSample(frames) == changed);
-                    expected.erase(at * unit, source.size());
-                    break;
-                default:
-                    CHECK(buffer.InsertSample(source.data(), frames) == frames);
-                    CHECK(buffer.GetSamplePosition() == at + frames);
-                    expected.insert(at * unit, source);
-                }
-                CHECK(buffer.GetModify() == (changed > 0));
-                CHECK(buffer.GetNumSamples() == expected.size() / unit);
+TEST_CASE("wave buffer: edits keep every byte, whatever the block; a frame put in by itself counts as its bytes") {
+    for (const DWORD blockSize : {1u, 5u, 100000u}) {
+        CAPTURE(blockSize);
+        constexpr DWORD kUnit = 6;
+        Held buffer(2, 24, "", 44100, blockSize);
+        std::string expected;
+        DWORD count = 0;
+        std::mt19937 random(blockSize);
+        for (int step = 0; step < 600; ++step) {
+            const DWORD frames = random() % 4;
+            const bool isOne = frames == 1 && step % 2;
+            std::string source(frames * kUnit, '\0');
+            for (char& byte : source)
+                byte = static_cast<char>(random());
+            const auto all = static_cast<DWORD>(expected.size() / kUnit);
+            const DWORD at = random() % (all + 1);
+            const DWORD counted = isOne ? kUnit : frames;
+            buffer.SeekTo(at * kUnit);
+            buffer.SetModify(0);
+            const std::string before = expected;
+            DWORD done = frames;
+            const char* const from = source.data();
+            switch (random() % 4) {
+            case 0:
+                done = isOne ? buffer.AddSample(from) : buffer.AddSample(from, frames);
+                expected += source;
+                count += counted;
+                break;
+            case 1:
+                done = isOne ? buffer.InsertSample(from) : buffer.InsertSample(from, frames);
+                CHECK(buffer.GetSamplePosition() == at + frames);
+                expected.insert(at * kUnit, source);
+                count += counted;
+                break;
+            case 2:
+                done = isOne ? buffer.WriteSample(from) : buffer.WriteSample(from, frames);
+                expected.replace(at * kUnit, source.size(), source);
+                count = frames ? static_cast<DWORD>(expected.size()) / kUnit : count; // of the bytes again
+                break;
+            default:
+                CHECK(buffer.RemoveSample(frames) == std::min(frames, all - at));
+                expected.erase(at * kUnit, source.size());
+                count -= std::min(count, std::min(frames, all - at));
             }
-            CHECK(buffer.Content() == expected);
+            CHECK(done == frames);
+            CHECK(Values(buffer.GetModify(), buffer.GetNumSamples()) == Values(expected != before, count));
         }
+        CHECK(buffer.Content() == expected);
+        buffer.SeekTo(5); // from the beginning, wherever the cursor is
+        CHECK(buffer.RemoveSample(torv::kAllFrames) == expected.size() / kUnit);
+        CHECK(Values(buffer.GetNumSamples(), buffer.GetSize()) == "0 0");
+    }
 }
 
-TEST_CASE("wave buffer: a frame put in by itself counts as its bytes; what is short or missing changes nothing") {
-    Held buffer(2, 16, "");
-    CHECK(Values{buffer.AddSample("1234"), buffer.GetNumSamples(), buffer.GetModify()} == "1 4 1");
-    CHECK(Values{buffer.AddSample("5678", 1), buffer.GetNumSamples()} == "1 5");
-    buffer.SeekTo(4);
-    CHECK(Values{buffer.InsertSample("abcd"), buffer.GetNumSamples()} == "1 9");
-    buffer.SeekTo(4);
-    CHECK(Values{buffer.WriteSample("efgh"), buffer.GetNumSamples()} == "1 3"); // of the bytes again
-    CHECK(buffer.Content() == "1234efgh5678");
-    buffer.AddSample("9abc");
-    buffer.MoveTo(1);
-    CHECK(Values{buffer.RemoveSample(1), buffer.GetNumSamples()} == "1 6"); // 3 + 4 - 1
-    // From the beginning, wherever the cursor is.
-    CHECK(Values{buffer.RemoveSample(0xFFFFFFFF), buffer.GetNumSamples(), buffer.GetSize()} == "3 0 0");
-
-    buffer.AddSample("1234", 1);
+TEST_CASE("wave buffer: what is short or missing changes nothing") {
+    Held buffer(2, 16, "1234");
     buffer.Append("56", 2); // half a frame more
     CWaveBuffer none;       // without Create
     for (CWaveBuffer* const lacking : {static_cast<CWaveBuffer*>(&buffer), &none}) {
@@ -173,7 +154,6 @@ TEST_CASE("wave buffer: memory and file play the same") {
         int loop, plays;
         const char* blocks;
     } cases[] = {
-        {0, 26, 0, 1, "abcdefghij|klmnopqrst|uvwxyz"},
         {3, 0xFFFFFFFF, 0, 1, "defghijklm|nopqrstuvw|xyz"},
         {0, 10, 0, 1, "abcdefghij"}, // nothing is left for the second
         {22, 26, 1, 1, "wxyzwxyzwx|yzwxyzwxyz|wxyzwxyzwx|yzwxyzwxyz"},
@@ -193,6 +173,11 @@ TEST_CASE("wave buffer: memory and file play the same") {
         }
     CHECK(memory.SetPlayParam(0, 26, 0, 3) == 1); // no source: silence, and it ends
     CHECK(Play(memory) == std::string(10, '\0') + "|" + std::string(10, '\0') + "|" + std::string(6, '\0'));
+    WAVEHDR headers[2] = {};
+    char own[4] = "123"; // shorter than a block
+    headers[1].lpData = own;
+    CHECK(Values(memory.LoadDataBlock(&headers[1]), own) == "0 123"); // a header that is not its own
+    CHECK(Values(memory.InitialLoadDataBlock(nullptr), memory.LoadDataBlock(nullptr)) == "0 0");
 
     file.ReleaseDataCue();
     CHECK_NOTHROW(CFile::Remove(path.Text())); // the file is free again
@@ -201,35 +186,11 @@ TEST_CASE("wave buffer: memory and file play the same") {
         CHECK(file.SetPlayParam(0, 26, loop, 2) == 1);
         CHECK(Play(file) == (loop ? "" : "abc"));
     }
-    file.SetRiffInfo("torv_no_such_file.wav", 4, 26);
-    CHECK(Play(file) == "failed");
-}
-
-TEST_CASE("wave buffer: headers that are not its own, counts and sizes that cannot be") {
-    Held buffer(1, 16, "", 4);
-    buffer.AddSample("ab"); // counts two
-    CHECK(buffer.SetPlayParam(0, 0xFFFFFFFF, 0, 0) == 1);
-    CHECK(Play(buffer) == "ab");
-    WAVEHDR headers[2] = {};
-    CHECK(buffer.InitialLoadDataBlock(nullptr) == 0);
-    CHECK(buffer.LoadDataBlock(nullptr) == 0);
-    CHECK(buffer.InitialLoadDataBlock(headers) == 1);
-    char own[4] = "123"; // shorter than a block
-    WAVEHDR foreign{};
-    foreign.lpData = own;
-    CHECK(buffer.LoadDataBlock(&foreign) == 0);
-    CHECK(own == "123"s);
-    buffer.ReleaseDataCue();
-    CHECK(buffer.LoadDataBlock(&headers[0]) == 0); // its block is gone
-
     // Frames whose bytes pass 4 GiB are refused, not wrapped around: 0x40000000 x 4 bytes would be 0.
-    CWaveBuffer vast;
-    vast.SetRiffInfo("", 0, 0xFFFFFFFF);
-    vast.SetWaveInfo(1, 8, 10);
-    CHECK(vast.SetPlayParam(0, 0xFFFFFFFF, 0, 0) == 1);
-    vast.SetWaveInfo(2, 16, 10);
-    CHECK(vast.SetPlayParam(0x40000000, 0xFFFFFFFF, 0, 0) == 0);
-    vast.SetWaveInfo(2, 16, 0xFFFFFFFF); // a second of 16 GiB
-    CHECK(vast.InitialLoadDataBlock(headers) == 0);
+    file.SetRiffInfo("", 0, 0xFFFFFFFF);
+    file.SetWaveInfo(2, 16, 10);
+    CHECK(file.SetPlayParam(0x40000000, 0xFFFFFFFF, 0, 0) == 0);
+    file.SetWaveInfo(2, 16, 0xFFFFFFFF); // a second of 16 GiB
+    CHECK(file.InitialLoadDataBlock(headers) == 0);
     CHECK(headers[0].lpData == nullptr);
 }

@@ -108,30 +108,6 @@ TEST_CASE("play: an engine slower than the device leaves silence or waits, and n
     CHECK(AreSameSound(play.Heard(), offline));
 }
 
-TEST_CASE("play: stopped in any state, again and again, it leaves nothing behind") {
-    Play play(2);
-    play.AddNote(0, 0, 3000, 40);
-    play.AddNote(1, 500, 2500, 50);
-    for (int turn = 0; turn < 30; ++turn) {
-        CAPTURE(turn);
-        play.SetUp(turn % 3 * 100, turn % 2, turn % 5 == 0 ? 30 : 0);
-        play.driver.RTS_SetPlayParam(0, 1000, turn % 4 * 100, turn % 2);
-        REQUIRE(play.driver.RTS_DoSynthesis() == 1);
-        if (turn % 10 != 0)
-            REQUIRE(play.driver.RTS_Play() == 1);
-        for (int i = 0; i < turn * 10; ++i)
-            play.device->Finish(1);
-        if (turn % 7 == 0)
-            play.driver.RTS_ChangeSongPosition(700);
-        if (turn % 2)
-            play.driver.RTS_StopSynthesis();
-        play.driver.RTS_TerminateSynthesis(); // also after the play's own
-        REQUIRE(Values(play.engine.log->live, play.driver.IsPlaying()) == "0 0");
-    }
-    play.Pump();
-    CHECK(Values(play.HowOften(Play::kEnd), play.box) == "30 "); // one each
-}
-
 TEST_CASE("play: what says that it is over has nothing left to do") {
     Play play;
     play.AddNote(0, 0, 5, 40);
