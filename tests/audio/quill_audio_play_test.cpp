@@ -84,7 +84,7 @@ const std::string kInternal = "Internal Error !\nPlease Report.";
 TEST_CASE("quill audio play: what does not begin") {
     Owner owner;
     Held buffer(1, 8, "abcdefghij", 4);
-    Held odd(1, 12, "abcd", 4); // no device plays 12 bits, where there is one
+    Held odd(1, 12, "abcdefghijkl", 4); // no device plays 12 bits, where there is one
     const Scratch file("abcd"); // shorter than it is said to be
     CWaveBuffer gone, cut;
     gone.SetRiffInfo("torv_no_such_file.wav", 44, 100);
@@ -97,14 +97,16 @@ TEST_CASE("quill audio play: what does not begin") {
     CHECK(CxQuillAudio::AudioPlay(nullptr, &buffer, 0, 9, 0, 0) == 0);
     const struct {
         CWaveBuffer* buffer;
-        DWORD start, end;
-        int isError;
-    } rows[] = {{&buffer, 3, 3, 0}, {nullptr, 0, 9, 0}, {&gone, 0, 99, 1}, {&cut, 0, 99, 1}, {&odd, 0, 99, 2}};
+        DWORD end;
+        std::string notes, error;
+    } rows[] = {{&buffer, 3, "3,0/0 ", kNoError},
+                {nullptr, 9, "3,0/0 ", kNoError},
+                {&gone, 99, "3,0/-1 ", kInternal},
+                {&cut, 99, "3,0/-1 ", kInternal},
+                {&odd, 99, "3,0/-1 ", ""}}; // the system's
     for (const auto& row : rows) {
-        CAPTURE(&row - rows);
-        CHECK(owner.Play(row.buffer, row.start, row.end) == 0);
-        CHECK(owner.TakeNotes() == (row.isError ? "3,0/-1 "s : "3,0/0 "s));
-        CHECK((row.isError == 2 || Player::Error() == (row.isError ? kInternal : kNoError)));
+        CHECK(Values{owner.Play(row.buffer, 3, row.end), owner.TakeNotes()} == "0 " + row.notes);
+        CHECK((row.error.empty() ? Player::Error() != kInternal : Player::Error() == row.error));
     }
     CxQuillAudio::ClearAudioError();
     CxQuillAudio::SetMMeError(60000); // has no text; nobody to tell
@@ -115,8 +117,7 @@ TEST_CASE("quill audio play: what does not begin") {
     }
     CxQuillAudio::ClearAudioError();
     CHECK(Player::m_nStatus == -1); // not free before a reset
-    CHECK(CxQuillAudio::OpenAudio() == 1);
-    CHECK(Player::m_nStatus == 0);
+    CHECK(Values{CxQuillAudio::OpenAudio(), Player::m_nStatus.Get()} == "1 0");
 }
 
 TEST_CASE("quill audio play: all of the region, from memory and from a file") {
@@ -185,17 +186,13 @@ TEST_CASE("quill audio play: who may do what to whose sound, and messages that a
     Owner first, second;
     const Player player;
     REQUIRE(first.Play(&buffer) == 1);
-    CHECK(CxQuillAudio::OpenAudio() == 0);
-    CHECK(CxQuillAudio::IsAudioPlaying(nullptr) == 1);
-    CHECK(CxQuillAudio::IsAudioPlaying(second.window) == 0);
-    CHECK(second.Play(&other) == 0);
-    CHECK(CxQuillAudio::AudioStop(second.window) == 0);
-    CHECK(CxQuillAudio::AudioStop(nullptr) == 0);
+    CHECK(Values(CxQuillAudio::OpenAudio(), second.Play(&other), CxQuillAudio::WaitReleaseCue(0)) == "0 0 0");
+    CHECK(Values(CxQuillAudio::IsAudioPlaying(nullptr), CxQuillAudio::IsAudioPlaying(second.window)) == "1 0");
+    CHECK(Values(CxQuillAudio::AudioStop(second.window), CxQuillAudio::AudioStop(nullptr)) == "0 0");
     WAVEHDR foreign{};
     for (const LPARAM header :
          {Player::Header(0), Player::Header(0) + 1, LPARAM{0}, reinterpret_cast<LPARAM>(&foreign)})
         CHECK(CxQuillAudio::OnAudioCallback(first.window, header) == 0); // both blocks are at the device
-    CHECK(CxQuillAudio::WaitReleaseCue(0) == 0);
     recorder->Finish(1);
     REQUIRE(Await([] { return (torv::HeaderFlags(Player::m_stWaveHdr[0]) & WHDR_DONE) != 0; }));
     CHECK(CxQuillAudio::OnAudioCallback(second.window, Player::Header(0)) == 0);
@@ -218,9 +215,7 @@ TEST_CASE("quill audio play: who may do what to whose sound, and messages that a
         REQUIRE(gone.Play(&other) == 1);
     }
     recorder->Finish(1);
-    CHECK(second.Play(&other) == 0);
-    CHECK(CxQuillAudio::AudioAbort(second.window) == 1);
-    CHECK(second.Play(&other) == 1);
+    CHECK(Values{second.Play(&other), CxQuillAudio::AudioAbort(second.window), second.Play(&other)} == "0 1 1");
     CHECK(second.TakeNotes() == "3,1/2 3,1/2 ");
 }
 

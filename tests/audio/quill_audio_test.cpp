@@ -65,40 +65,38 @@ TEST_CASE("quill audio: any PCM wave comes back bit for bit, with all its chunks
 
 TEST_CASE("quill audio: the format chunk") {
     const std::string pcm = Fmt(1, 24).substr(8);
-    const std::string other = Le(0xFFFE, 2) + pcm.substr(2); // the kind stands behind
-    const std::string guid = Le(24, 2) + Le(4) + Le(1, 2) + "\0\0\0\0\x10\0\x80\0\0\xAA\0\x38\x9B\x71"s;
+    const std::string other = Le(0xFFFE, 2) + pcm.substr(2) + Le(22, 2) + Le(24, 2) + Le(4); // the kind stands behind
     const struct {
-        std::string fmt;            // "none": no such chunk
-        DWORD channels, bits, rate; // 0 channels: refused
-    } cases[] = {{"none", 2, 16, 44100},
-                 {"", 2, 16, 44100},
-                 {pcm.substr(0, 4), 1, 16, 44100},
-                 {Le(1, 2) + Le(1, 2) + Le(8000), 1, 16, 8000},
-                 {Fmt(1, 16, 0).substr(8), 1, 16, 44100},
-                 {other + Le(22, 2) + guid, 1, 24, 44100},
-                 {other + Le(22, 2) + guid.substr(0, 6) + Le(3, 2), 0, 0, 0}, // float
-                 {Le(3, 2) + Fmt(2, 32).substr(10), 0, 0, 0},
-                 {pcm.substr(0, 12) + Le(4, 2) + Le(24, 2), 0, 0, 0}, // 24 bits in frames of 4 bytes
-                 {Fmt(0, 16).substr(8), 0, 0, 0},
-                 {Fmt(2, 0).substr(8), 0, 0, 0}};
+        std::string fmt;
+        DWORD unit, rate; // 0: refused
+    } cases[] = {{"", 4, 44100},
+                 {Le(1, 2) + Le(1, 2) + Le(8000), 2, 8000},
+                 {Fmt(1, 16, 0).substr(8), 2, 44100},
+                 {other + Le(1, 2) + "\0\0\0\0\x10\0\x80\0\0\xAA\0\x38\x9B\x71"s, 3, 44100},
+                 {other + Le(3, 2), 0, 0}, // float
+                 {Le(3, 2) + Fmt(2, 32).substr(10), 0, 0},
+                 {pcm.substr(0, 12) + Le(4, 2) + Le(24, 2), 0, 0}, // 24 bits in frames of 4 bytes
+                 {Fmt(0, 16).substr(8), 0, 0},
+                 {Fmt(2, 0).substr(8), 0, 0}};
+    const std::string data = Chunk("data", "123456789012");
     for (const auto& test : cases) {
         CAPTURE(&test - cases);
-        const bool isNone = test.fmt == "none";
-        const std::string data = Chunk("data", "123456789012");
-        const Scratch file(Wave((isNone ? "" : Chunk("fmt ", test.fmt)) + data));
-        const std::string whole = isNone ? Wave(Fmt(2, 16) + data) : file.Get(); // what it says beyond PCM is kept
+        const Scratch file(Wave(Chunk("fmt ", test.fmt) + data));
+        const std::string whole = file.Get();
         CxQuillAudio audio;
-        CHECK(audio.Load(file.Text()) == (test.channels > 0));
+        CHECK(audio.Load(file.Text()) == (test.unit > 0));
         CHECK(audio.GetError(0) == 0);
-        if (!test.channels)
+        if (!test.unit)
             continue;
-        CWaveBuffer buffer;
-        CHECK(audio.ReadWave(&buffer, 0, 0) == 1);
-        const DWORD unit = test.channels * test.bits / 8;
-        CHECK(Values(buffer.GetSampleUnitSize(), buffer.GetSampleRate()) == Values(unit, test.rate));
-        CHECK(Values{audio.GetNumSamples(), audio.Save(&buffer)} == Values(12 / unit, 1));
-        CHECK(file.Get() == whole);
+        Loaded loaded(file);
+        CHECK(Values(loaded.buffer.GetSampleUnitSize(), loaded.buffer.GetSampleRate()) == Values(test.unit, test.rate));
+        CHECK(Values{loaded.audio.GetNumSamples(), loaded.audio.Save(&loaded.buffer)} == Values(12 / test.unit, 1));
+        CHECK(file.Get() == whole); // what it says beyond PCM is kept
     }
+    const Scratch file(Wave(data)); // no such chunk: it gets one
+    Loaded loaded(file);
+    CHECK(loaded.audio.Save(&loaded.buffer) == 1);
+    CHECK(file.Get() == Wave(Fmt(2, 16) + data));
 }
 
 TEST_CASE("quill audio: what an edit changes in the file") {
@@ -147,7 +145,6 @@ TEST_CASE("quill audio: what an edit changes in the file") {
 TEST_CASE("quill audio: the kinds of saving") {
     const std::string list = Chunk("LIST", "INFOtext");
     const std::string old = Wave(Fmt(1, 16) + list + Chunk("data", "abcd"));
-    const std::string edited = Wave(Fmt(1, 16) + list + Chunk("data", "abcdef"));
     const Scratch first(old);
     const Scratch second("old");
     Loaded loaded(first);
@@ -164,13 +161,12 @@ TEST_CASE("quill audio: the kinds of saving") {
                  {&CxQuillAudio::SaveAs, second, second, "0 3 3", old},
                  {&CxQuillAudio::SaveNew, first, first, "0 3 2", MonoFile("abcdef")}};
     for (const auto& test : cases) {
-        CAPTURE(test.then);
         CHECK((audio.*test.save)(test.to.Text(), &buffer) == 1);
         CHECK(audio.GetFilePath() == test.standsFor.Text());
         CHECK(buffer.GetFilePath() == test.standsFor.Text());
         CHECK(Values(buffer.GetModify(), audio.GetNumSamples(), audio.GetChunkList().size()) == test.then);
         CHECK(first.Get() == test.inFirst);
-        CHECK(second.Get() == edited);
+        CHECK(second.Get() == Wave(Fmt(1, 16) + list + Chunk("data", "abcdef")));
     }
 }
 
@@ -216,9 +212,7 @@ TEST_CASE("quill audio: any bytes are loaded or refused") {
         Held buffer(1, 8, "");
         const int loads = audio.Load(file.Text());
         const int reads = audio.ReadWave(&buffer, 0, 1);
-        CHECK(reads <= loads);
         CHECK(audio.GetError(0) == 0);
-        CHECK(audio.GetNumSamples() <= bytes.size());
         CHECK(buffer.GetSize() <= bytes.size());
         if (reads) {
             CHECK(audio.SaveCopy(copy.Text(), &buffer) == 1);
@@ -230,25 +224,20 @@ TEST_CASE("quill audio: any bytes are loaded or refused") {
         Wave(Chunk("bext", "odd", true) + Fmt(1, 16) + Chunk("LIST", "INFOtext") + Chunk("data", "12345678"));
     CHECK(survives(good + "behind") == "1 1");
     for (size_t size = 1; size < good.size(); ++size) {
-        CAPTURE(size);
         CHECK(survives(good.substr(0, size)) == "0 0");
         std::string flipped = good; // each byte turned one of three ways
         flipped[size - 1] = static_cast<char>(good[size - 1] ^ std::array{0x01, 0x80, 0xFF}[size % 3]);
         survives(flipped);
     }
-    const std::string front = "WAVE" + Fmt(1, 8);
     for (const DWORD lie : {0x7FFFFFFFu, 0x80000000u, 0xFFFFFFF0u, 0xFFFFFFFFu}) {
-        CAPTURE(lie);
-        CHECK(survives("RIFF" + Le(lie) + front + Chunk("data", "123456789012")) == "0 0");
+        CHECK(survives("RIFF" + Le(lie) + "WAVE" + Fmt(1, 8) + Chunk("data", "123456789012")) == "0 0");
         CHECK(survives(Wave(Fmt(1, 8) + "data" + Le(lie) + "123456789012")) == "1 0"); // data behind their file's end
     }
-    CHECK(survives(Wave(Fmt(2, 32, 0xFFFFFFFF) + Chunk("data", "12345678"))) == "1 1"); // a second of 32 GiB
-    CHECK(survives(Wave(Fmt(1, 8) + Chunk("data", "12") + std::string(9999, '\0'))) == "1 1");
-    std::string many = Fmt(1, 8);
-    for (int i = 1; i < 4096; ++i)
+    std::string many = Fmt(2, 32, 0xFFFFFFFF); // a second of 32 GiB
+    for (int i = 2; i < 4096; ++i)
         many += Chunk("junk", "");
-    CHECK(survives(Wave(many)) == "1 0");
-    CHECK(survives(Wave(many + Chunk("data", ""))) == "0 0"); // one more than anybody writes
+    CHECK(survives(Wave(many + Chunk("data", "12345678") + std::string(9999, '\0'))) == "1 1");
+    CHECK(survives(Wave(many + Chunk("junk", "") + Chunk("data", ""))) == "0 0"); // one more than anybody writes
     CHECK(survives(Chunk("junk", "") + good) == "0 0");
 
     file.Put(good);

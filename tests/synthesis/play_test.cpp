@@ -107,10 +107,15 @@ TEST_CASE("play: a loop repeats its region without a gap until it is stopped") {
         REQUIRE(play.Await([&] { return play.device->Played().size() > 5 * 4 * row.frames; }));
         play.driver.RTS_StopSynthesis();
         play.Pump();
-        const Shorts heard = play.Heard();
-        for (size_t at = 0; at < 5 * row.frames; ++at)
-            if (row.end != 3 || at % row.frames != step)
-                REQUIRE(heard[at] == pass[at % row.frames]);
+        Shorts heard = play.Heard();
+        Shorts passes;
+        for (size_t at = 0; at < 5 * row.frames; at += row.frames) {
+            passes.insert(passes.end(), pass.begin(), pass.end());
+            if (row.end == 3)
+                heard[at + step] = 0;
+        }
+        heard.resize(passes.size());
+        CHECK((heard == passes));
         CHECK(std::count(pass.begin(), pass.end(), 4000) > 100);
         CHECK(play.HowOften(4) == 1);
         CHECK(play.told.back() == Told{9, 320});

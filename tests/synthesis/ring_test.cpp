@@ -1,4 +1,4 @@
-#include "audio/wave_test_files.h"
+#include "audio/wave_out_fixture.h"
 #include "synthesis/driver.h"
 #include "torv/audio/sample.h"
 #include "torv/synthesis/ring_writer.h"
@@ -162,26 +162,23 @@ TEST_CASE("ring: a writer waits for room and for the mark, and gives up when it 
     torv::PlayState state;
     torv::RingWriter writer(ring, state);
     state.BeginSynthesis();
-    Shorts samples(kRingFrames + 3 * kFrames);
-    std::generate(samples.begin(), samples.end(), [i = short{0}]() mutable { return i++; });
-    torv::Shared<int> result = -1;
-    const auto waiting = torv::WorkerThread::Begin(
-        [&] { result = writer.Append(0, samples.data(), static_cast<DWORD>(samples.size())); });
-    while (ring.Buffered() < 2999)
-        Sleep(0);
-    CHECK(result == -1);
-    Shorts heard = Read(ring, 3);
-    waiting->Wait();
-    CHECK(result == 1);
-    const Shorts rest = Read(ring, 2999);
-    heard.insert(heard.end(), rest.begin(), rest.end());
-    CHECK((heard == samples)); // nothing was overwritten
-
+    Shorts samples = Ramp(kRingFrames + 3 * kFrames, 1);
+    {
+        const BegunThread waiting([&] { writer.Append(0, samples.data(), static_cast<DWORD>(samples.size())); });
+        REQUIRE(Await([&] { return ring.Buffered() == 2999; }));
+        CHECK_FALSE(waiting.End(0));
+        CHECK(Read(ring, 3) == Ramp(3 * kFrames, 1));
+        CHECK(waiting.End());
+    }
+    CHECK((Read(ring, 2999) == Shorts(samples.begin() + 3 * kFrames, samples.end()))); // nothing was overwritten
     writer.Append(0, samples.data(), kRingFrames);
     REQUIRE(writer.Mark(0));
-    SUBCASE("by a stop") { state.AskToStop(); }
-    SUBCASE("by a new start") { state.AskForRestart(); }
-    CHECK_FALSE(writer.Append(0, samples.data(), 1));
-    CHECK_FALSE(writer.Close(0));
-    CHECK_FALSE(writer.Mark(0));
+    for (const bool isStop : {false, true}) {
+        if (isStop)
+            state.AskToStop();
+        else
+            state.AskForRestart();
+        CHECK(Values(writer.Append(0, samples.data(), 1), writer.Close(0), writer.Mark(0)) == "0 0 0");
+        state.RestartsDone(state.RestartsAsked());
+    }
 }
