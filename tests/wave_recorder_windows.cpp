@@ -1,23 +1,16 @@
-#include "wave_recorder_windows.h"
+#include "wave_recorder.h"
 
 #if defined(_WIN32)
-#include <algorithm>
 #include <cstring>
 
 namespace {
 
 std::shared_ptr<WaveRecorder> g_recorder;
 
-template <class Call>
-Call SystemCall(const char* name) {
-    static const HMODULE system = LoadLibraryA("winmm.dll");
-    return reinterpret_cast<Call>(reinterpret_cast<void*>(GetProcAddress(system, name)));
-}
-
 } // namespace
 
-WaveRecorderInList::WaveRecorderInList() { g_recorder = recorder; }
-WaveRecorderInList::~WaveRecorderInList() { g_recorder.reset(); }
+void torv::AddWaveOutDevice(const std::shared_ptr<WaveRecorder>& recorder) { g_recorder = recorder; }
+void torv::RemoveWaveOutDevice(const WaveRecorder*) { g_recorder.reset(); }
 
 MMRESULT WaveRecorder::Open(LPHWAVEOUT handle, const WAVEFORMATEX& asked, DWORD_PTR callback, DWORD_PTR instance,
                             DWORD flags) {
@@ -27,14 +20,11 @@ MMRESULT WaveRecorder::Open(LPHWAVEOUT handle, const WAVEFORMATEX& asked, DWORD_
         return MMSYSERR_ALLOCATED;
     {
         const std::lock_guard lock(m_mutex);
-        m_format = asked;
         m_callback = callback;
         m_instance = instance;
         m_type = flags & CALLBACK_TYPEMASK;
-        m_queue.clear();
+        Begin(asked);
     }
-    paused = false;
-    ++opened;
     *handle = reinterpret_cast<HWAVEOUT>(this);
     Tell(MM_WOM_OPEN, nullptr);
     return MMSYSERR_NOERROR;
@@ -51,7 +41,7 @@ MMRESULT WaveRecorder::Close() {
 MMRESULT WaveRecorder::Write(WAVEHDR& header) {
     if (writeHook)
         writeHook();
-    if (refuseBlocks)
+    if (refuse)
         return MMSYSERR_NODRIVER;
     if (!(header.dwFlags & WHDR_PREPARED))
         return WAVERR_UNPREPARED;
@@ -67,8 +57,8 @@ MMRESULT WaveRecorder::Reset() {
     std::vector<WAVEHDR*> queue;
     {
         const std::lock_guard lock(m_mutex);
-        queue = m_queue;
-        m_queue.clear();
+        queue.swap(m_queue);
+        m_queue.reserve(64);
     }
     paused = false;
     ++resets;
@@ -82,10 +72,8 @@ int WaveRecorder::Finish(int count) {
         WAVEHDR* header = nullptr;
         {
             const std::lock_guard lock(m_mutex);
-            if (paused || m_queue.empty())
+            if (!Take(header))
                 return finished;
-            header = m_queue.front();
-            m_queue.erase(m_queue.begin());
             m_played.insert(m_played.end(), header->lpData, header->lpData + header->dwBufferLength);
         }
         GiveBack(*header);
@@ -101,93 +89,56 @@ void WaveRecorder::GiveBack(WAVEHDR& header) const {
 
 void WaveRecorder::Tell(UINT message, WAVEHDR* header) const {
     auto* const self = reinterpret_cast<HWAVEOUT>(const_cast<WaveRecorder*>(this));
-    const auto wParam = reinterpret_cast<WPARAM>(self);
     const auto lParam = reinterpret_cast<LPARAM>(header);
     if (m_type == CALLBACK_THREAD)
-        PostThreadMessageA(static_cast<DWORD>(m_callback), message, wParam, lParam);
-    else if (m_type == CALLBACK_WINDOW)
-        PostMessageA(reinterpret_cast<HWND>(m_callback), message, wParam, lParam);
+        PostThreadMessageA(static_cast<DWORD>(m_callback), message, reinterpret_cast<WPARAM>(self), lParam);
     else if (m_type == CALLBACK_FUNCTION)
         reinterpret_cast<LPWAVECALLBACK>(m_callback)(reinterpret_cast<HDRVR>(self), message, m_instance,
                                                      static_cast<DWORD_PTR>(lParam), 0);
 }
 
-size_t WaveRecorder::Queued() const {
-    const std::lock_guard lock(m_mutex);
-    return m_queue.size();
-}
-
-std::vector<BYTE> WaveRecorder::Played() const {
-    const std::lock_guard lock(m_mutex);
-    return m_played;
-}
-
-WAVEFORMATEX WaveRecorder::Format() const {
-    const std::lock_guard lock(m_mutex);
-    return m_format;
-}
-
 namespace {
 
-UINT WINAPI GetNumDevs() { return g_recorder ? 1 : SystemCall<decltype(&waveOutGetNumDevs)>("waveOutGetNumDevs")(); }
+UINT WINAPI GetNumDevs() { return g_recorder ? 1 : 0; }
 
-MMRESULT WINAPI GetDevCaps(UINT_PTR number, LPWAVEOUTCAPSA capabilities, UINT size) {
-    if (!g_recorder)
-        return SystemCall<decltype(&waveOutGetDevCapsA)>("waveOutGetDevCapsA")(number, capabilities, size);
+MMRESULT WINAPI GetDevCaps(UINT_PTR, LPWAVEOUTCAPSA capabilities, UINT) {
     *capabilities = {};
     std::memcpy(capabilities->szPname, WaveRecorder::kName, MAXPNAMELEN - 1);
     return MMSYSERR_NOERROR;
 }
 
-MMRESULT WINAPI Open(LPHWAVEOUT handle, UINT number, LPCWAVEFORMATEX format, DWORD_PTR callback, DWORD_PTR instance,
+MMRESULT WINAPI Open(LPHWAVEOUT handle, UINT, LPCWAVEFORMATEX format, DWORD_PTR callback, DWORD_PTR instance,
                      DWORD flags) {
-    return g_recorder
-               ? g_recorder->Open(handle, *format, callback, instance, flags)
-               : SystemCall<decltype(&waveOutOpen)>("waveOutOpen")(handle, number, format, callback, instance, flags);
+    return g_recorder ? g_recorder->Open(handle, *format, callback, instance, flags) : MMSYSERR_NODRIVER;
 }
 
-MMRESULT WINAPI Close(HWAVEOUT handle) {
-    return g_recorder ? g_recorder->Close() : SystemCall<decltype(&waveOutClose)>("waveOutClose")(handle);
-}
+MMRESULT WINAPI Close(HWAVEOUT) { return g_recorder->Close(); }
 
-MMRESULT WINAPI Prepare(HWAVEOUT handle, LPWAVEHDR header, UINT size) {
-    if (!g_recorder)
-        return SystemCall<decltype(&waveOutPrepareHeader)>("waveOutPrepareHeader")(handle, header, size);
+MMRESULT WINAPI Prepare(HWAVEOUT, LPWAVEHDR header, UINT) {
     header->dwFlags |= WHDR_PREPARED;
     return MMSYSERR_NOERROR;
 }
 
-MMRESULT WINAPI Unprepare(HWAVEOUT handle, LPWAVEHDR header, UINT size) {
-    if (!g_recorder)
-        return SystemCall<decltype(&waveOutUnprepareHeader)>("waveOutUnprepareHeader")(handle, header, size);
+MMRESULT WINAPI Unprepare(HWAVEOUT, LPWAVEHDR header, UINT) {
     if (header->dwFlags & WHDR_INQUEUE)
         return WAVERR_STILLPLAYING;
     header->dwFlags &= ~WHDR_PREPARED;
     return MMSYSERR_NOERROR;
 }
 
-MMRESULT WINAPI Write(HWAVEOUT handle, LPWAVEHDR header, UINT size) {
-    return g_recorder ? g_recorder->Write(*header)
-                      : SystemCall<decltype(&waveOutWrite)>("waveOutWrite")(handle, header, size);
-}
+MMRESULT WINAPI Write(HWAVEOUT, LPWAVEHDR header, UINT) { return g_recorder->Write(*header); }
 
-MMRESULT WINAPI Pause(HWAVEOUT handle) {
-    if (!g_recorder)
-        return SystemCall<decltype(&waveOutPause)>("waveOutPause")(handle);
+MMRESULT WINAPI Pause(HWAVEOUT) {
     g_recorder->paused = true;
     return MMSYSERR_NOERROR;
 }
 
-MMRESULT WINAPI Restart(HWAVEOUT handle) {
-    if (!g_recorder)
-        return SystemCall<decltype(&waveOutRestart)>("waveOutRestart")(handle);
+MMRESULT WINAPI Restart(HWAVEOUT) {
     g_recorder->paused = false;
     return MMSYSERR_NOERROR;
 }
 
-MMRESULT WINAPI Reset(HWAVEOUT handle) {
-    return g_recorder ? g_recorder->Reset() : SystemCall<decltype(&waveOutReset)>("waveOutReset")(handle);
-}
+MMRESULT WINAPI Reset(HWAVEOUT) { return g_recorder->Reset(); }
 
 template <class Call>
 void* Address(Call* call) {

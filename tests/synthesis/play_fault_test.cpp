@@ -73,6 +73,19 @@ TEST_CASE("play: a device that gives nothing back ends it when patience is over,
     }
 }
 
+#if defined(_WIN32)
+TEST_CASE("play: a device that takes no more buffers, as one that was pulled out, ends it with a box") {
+    Play play;
+    play.AddNote(0, 0, 60000, 40);
+    play.driver.m_nDevicePatience = 50;
+    play.Begin();
+    REQUIRE(play.AwaitOutput());
+    play.device->refuse = true;
+    REQUIRE(play.AwaitEnd());
+    CHECK(play.boxes == 1);
+}
+#endif
+
 TEST_CASE("play: an engine slower than the device leaves silence or waits, and nothing is lost") {
     Play play;
     play.AddNote(0, 20, 300, 40);
