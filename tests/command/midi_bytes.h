@@ -65,3 +65,12 @@ inline FileBytes MidiFile(int format, int division, const std::vector<TrackBytes
         Append(file, track.Chunk());
     return file;
 }
+
+/// The same inside a RIFF file, as .rmi files are.
+inline FileBytes RmiFile(const FileBytes& midi) {
+    FileBytes data{'d', 'a', 't', 'a', static_cast<unsigned char>(midi.size()), 0, 0, 0};
+    Append(data, midi);
+    FileBytes file{'R', 'I', 'F', 'F', static_cast<unsigned char>(data.size() + 4), 0, 0, 0, 'R', 'M', 'I', 'D'};
+    Append(file, data);
+    return file;
+}

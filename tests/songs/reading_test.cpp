@@ -8,6 +8,7 @@
 #include "torv/songs/tempo_trail.h"
 #include "torv/songs/text_encoding.h"
 #include "torv/songs/voice_line.h"
+#include "torv/songs/word_fit.h"
 
 #include "torv/platform/language.h"
 #include "torv/score/master_track.h"
@@ -82,31 +83,101 @@ TEST_CASE("MIDI files: running status, zero velocity, overlaps of one key, notes
     CHECK(read.tracks.at(0).notes.at(0).velocity == 127);
 }
 
-TEST_CASE("MIDI files: one that is cut anywhere is an error with a place, never more") {
+TEST_CASE("MIDI files: of one that is damaged what is whole is read, with a remark") {
     TrackBytes track;
-    track.Lyric(0, "la").On(0, 60).Off(480, 60);
+    track.Lyric(0, "la").On(0, 60).Off(480, 60).Lyric(0, "lo").On(0, 62).Off(480, 62);
     const FileBytes whole = MidiFile(1, 480, {TrackBytes().Meta(0, 0x51, "\x07\xA1\x20"), track});
-    CHECK(ErrorOf(whole).empty());
+    CHECK(Read(whole).remarks.empty());
+    CHECK(Read(RmiFile(whole)).tracks.at(1).notes.size() == 2);
+    size_t most = 0;
     for (size_t size = 0; size < whole.size(); ++size) {
-        const std::string error = ErrorOf({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)});
-        CHECK(error.find("t.mid: ") == 0);
+        const FileBytes cut{whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)};
+        if (size < 14) {
+            CHECK(ErrorOf(cut).find("t.mid: ") == 0);
+            continue;
+        }
+        const Song song = ReadSong(cut, "t.mid");
+        CHECK_FALSE(song.remarks.empty());
+        const size_t notes = song.parts.empty() ? 0 : song.parts[0].notes.size();
+        CHECK(notes >= most); // never fewer of a longer file
+        most = notes;
+    }
+    CHECK(most == 2);
+    const struct {
+        const char* fault;
+        size_t at; // from the end
+        FileBytes bytes;
+        const char* remark;
+    } rows[] = {
+        {"the number of tracks", whole.size() - 11, {9}, "has 2 tracks, and its header says 9"},
+        {"a size that is too large", 4 + 34, {1, 2, 3, 4}, "cut short inside track 2"},
+        {"a key that is none", 4 + 2, {188}, "track 2 is broken after tick 960"},
+        {"a status that is none", 4 + 14, {0xF4}, "track 2 is broken after tick 480"},
+    };
+    for (const auto& row : rows) {
+        CAPTURE(row.fault);
+        FileBytes bytes = whole;
+        std::copy(row.bytes.begin(), row.bytes.end(), bytes.end() - static_cast<std::ptrdiff_t>(row.at));
+        const Song song = ReadSong(bytes, "t.mid");
+        REQUIRE(song.remarks.size() == 1);
+        CHECK(song.remarks[0].find(row.remark) == 0);
+        REQUIRE(song.parts.size() == 1);
+        CHECK(song.parts[0].notes.at(0).words.at(0).text == "la");
     }
     CHECK(ErrorOf({'R', 'I', 'F', 'F'}).find("not a standard MIDI file") != std::string::npos);
+    CHECK(ErrorOf(FileBytes(1 << 20)).find("not a standard MIDI file") != std::string::npos);
     FileBytes patterns = whole;
     patterns[9] = 2;
     CHECK(ErrorOf(patterns).find("format 2") != std::string::npos);
-    FileBytes broken = whole;
-    broken[broken.size() - 12] = 0xF4; // a status that is none
-    CHECK(ErrorOf(broken).find("track 2 is broken") != std::string::npos);
-    CHECK(ErrorOf(MidiFile(1, 480, {TrackBytes().On(0, 60).Off(7, 188)})).find("the key 188 at tick 7") !=
-          std::string::npos);
     CHECK(ErrorOf(MidiFile(1, 0, {track})).find("division is 0") != std::string::npos);
+}
+
+TEST_CASE("MIDI files: any bytes of a song may be any others") {
+    TrackBytes track;
+    track.Meta(0, 3, "V").Lyric(0, "la").Event(0, {0xB0, 7, 90}).On(0, 60).Off(480, 60).Event(0, {0xE0, 0, 0x50});
+    const FileBytes whole = MidiFile(1, 480, {track, TrackBytes().On(0, 62).Off(480, 62)});
+    for (size_t bit = 0; bit < whole.size() * 8; ++bit) {
+        FileBytes bytes = whole;
+        bytes[bit / 8] ^= static_cast<unsigned char>(1U << (bit % 8));
+        try {
+            const Song song = ReadSong(bytes, "t.mid");
+            for (const Part& part : song.parts)
+                CHECK(MakeVoiceLine(part).notes.size() <= part.notes.size());
+        } catch (const SongError&) {
+            CHECK(bit / 8 < 14); // the header's
+        }
+    }
+}
+
+TEST_CASE("MIDI files: what a channel says beside its notes") {
+    TrackBytes track;
+    track.Meta(0, 4, "Choir").Meta(0, 0x59, std::string("\xFD\x01", 2)).Event(0, {0xC3, 52}).Event(0, {0xC3, 1});
+    track.Event(0, {0xB3, 101, 0}).Event(0, {0xB3, 100, 0}).Event(0, {0xB3, 6, 12}); // bends of an octave
+    track.On(10, 60, 3).Event(0, {0xE3, 0, 0x60}).Event(5, {0xB3, 11, 64}).Event(0, {0xB3, 64, 127}).Off(5, 60, 3);
+    const Song song = ReadSong(MidiFile(0, 480, {track}), "");
+    const Part& part = song.parts.at(0);
+    CHECK(part.instrument == "Choir");
+    CHECK(part.channel == 3);
+    CHECK(part.program == 52);
+    REQUIRE(part.bends.size() == 1);
+    CHECK(part.bends[0].semitones == 6); // half of it
+    REQUIRE(part.controllers.size() == 1);
+    CHECK(part.controllers[0].tick == 15);
+    CHECK(part.controllers[0].value == 64);
+    CHECK(song.keys.at(0).fifths == -3);
+    CHECK(song.keys.at(0).minor);
 }
 
 TEST_CASE("lyrics: what parts words and what joins them") {
     // With blanks in use, their absence joins.
     CHECK(TextsOf({"Twin", "kle ", "star"}, false) == Texts{"Twin-", "kle", "star"});
     CHECK(TextsOf({"hel-", "lo", "-", "_"}, false) == Texts{"hel-", "lo", "~", "~"});
+    CHECK(TextsOf({"Twin", "kle ", "star", "_", "how", "-", "ev", "er"}, false) ==
+          Texts{"Twin-", "kle", "star", "~", "how-", "~", "ev-", "er"}); // '_' is drawn behind words only
+    CHECK(TextsOf({"A", "-maz", "-ing", "o~er",
+                   "th\xE2\x80\xBF"
+                   "e"},
+                  false) == Texts{"A-", "maz-", "ing", "o er", "th e"});
     CHECK(TextsOf({"Hap", "py", "day"}, false) == Texts{"Hap", "py", "day"}); // no blank at all says nothing
     CHECK(TextsOf({"la__", "to_the", "end\r"}, false) == Texts{"la", "to the", "end"});
     CHECK(TextsOf({"@TTitle", "Words by", "\\A", "ma", "zing", " grace", "/how", " sweet"}, true) ==
@@ -116,16 +187,23 @@ TEST_CASE("lyrics: what parts words and what joins them") {
 }
 
 TEST_CASE("lyrics: encodings told apart, and what the library's code page makes of them") {
-    CHECK(DetectEncoding("plain") == TextEncoding::Utf8);
-    CHECK(DetectEncoding("\xE3\x81\x95\xE3\x81\x8F") == TextEncoding::Utf8);
-    CHECK(DetectEncoding("\x82\xB3 \x82\xAD \x82\xE7") == TextEncoding::ShiftJis);
+    CHECK(DetectEncoding("plain") == kUtf8);
+    CHECK(DetectEncoding("\xE3\x81\x95\xE3\x81\x8F") == kUtf8);
+    CHECK(DetectEncoding("\x82\xB3 \x82\xAD \x82\xE7") == kShiftJis);
     CHECK(DetectEncoding("gr\xFC\xDF"
-                         "e caf\xE9 \xE9t\xE9") == TextEncoding::Latin1); // valid Shift-JIS, but no kana
-    CHECK(TextEncodingNamed("Shift_JIS") == TextEncoding::ShiftJis);
-    CHECK_FALSE(TextEncodingNamed("utf-7"));
-    CHECK(ToUtf8("caf\xE9", TextEncoding::Latin1) == "caf\xC3\xA9");
-    CHECK(ToUtf8("\x82\xB3", TextEncoding::ShiftJis) == "\xE3\x81\x95");
-    CHECK(ToUtf8("a\xFF", TextEncoding::Utf8) == "a\xEF\xBF\xBD");
+                         "e caf\xE9 \xE9t\xE9") == kWestern); // valid Shift-JIS, but no kana
+    CHECK(DetectEncoding("c\x9Cur") == kWestern);             // Windows' own letters
+    CHECK(ToUtf8("c\x9Cur", kWestern) == "c\xC5\x93ur");
+    CHECK(DetectEncoding("\xBB\xB8\xD7 \xBB\xB8\xD7 \xC9\xD4\xD3") == kShiftJis); // half-width katakana
+    CHECK(ToUtf8("\xBB", kShiftJis) == "\xEF\xBD\xBB");
+    CHECK(DetectEncoding("\xA4\xB5 \xA4\xAF \xA4\xE9") == kEucJp);
+    CHECK(ToUtf8("\xA4\xB5", kEucJp) == "\xE3\x81\x95");
+    CHECK(ToUtf8("\xCF", *TextEncodingNamed("koi8-r")) == "\xD0\xBE");
+    CHECK(TextEncodingNamed("Shift_JIS") == kShiftJis);
+    CHECK_FALSE(TextEncodingNamed("utf-77"));
+    CHECK(ToUtf8("caf\xE9", kWestern) == "caf\xC3\xA9");
+    CHECK(ToUtf8("\x82\xB3", kShiftJis) == "\xE3\x81\x95");
+    CHECK(ToUtf8("a\xFF", kUtf8) == "a\xEF\xBF\xBD");
     CHECK(Utf8ToCodePage932("caf\xC3\xA9 \xE2\x80\x99tis \xE3\x81\x95\xF0\x9F\x8E\xB5") == "cafe 'tis \x82\xB3");
     CHECK(Utf8ToCodePage932("T\xC5\x8Dky\xC5\x8D \xC5\x92uvre \xC5\xBEivot o\xCC\x84 \xC4\xB2\xC5\xBF \xC3\x97") ==
           "Tokyo OEuvre zivot o IJs x");
@@ -198,6 +276,52 @@ TEST_CASE("voice: one note at a time, joined where they meet, syllables where th
     REQUIRE(line.notes[1].words.size() == 2); // a little early counts
     CHECK(line.notes[1].words[1].text == "three");
     CHECK(line.notes[2].words.empty());
+}
+
+TEST_CASE("words: every line to the part that it fits, under the notes that are next to it") {
+    // Three voices of one rhythm, words with the second alone; a dense accompaniment and drums that begin everywhere.
+    TrackBytes soprano, alto, flute, piano, drums;
+    soprano.Meta(0, 3, "S");
+    alto.Meta(0, 3, "A");
+    flute.Meta(0, 3, "F").Event(0, {0xC4, 73});
+    for (int i = 0; i < 8; ++i) {
+        const std::string syllable(1, static_cast<char>('a' + i));
+        soprano.On(0, 72, 0).Off(480, 72, 0);
+        alto.Lyric(0, syllable).Lyric(0, "2" + syllable).On(0, 65, 1).Off(480, 65, 1);
+        flute.On(0, 84, 4).Off(480, 84, 4);
+        for (int j = 0; j < 2; ++j) {
+            piano.On(0, 48, 2).Off(240, 48, 2);
+            drums.On(0, 40, 9).Off(240, 40, 9);
+        }
+    }
+    const Song song = ReadSong(MidiFile(1, 480, {drums, piano, flute, soprano, alto}), "");
+    REQUIRE(song.parts.size() == 5);
+    std::vector<bool> sings;
+    for (const Part& part : song.parts)
+        sings.push_back(HasWords(part, 1));
+    CHECK(sings == std::vector<bool>{false, false, false, true, true});
+    CHECK(song.remarks == Texts{"S: sings the words of A, with which it moves"});
+    CHECK(CountVerses(song) == 2);
+    CHECK(song.parts[3].notes[2].words == song.parts[4].notes[2].words);
+    CHECK(song.parts[4].notes[2].words.at(1).text == "2c");
+
+    Part part;
+    for (const uint32_t tick : {0, 480, 960, 1440, 1920})
+        part.notes.push_back({tick, 400, 60, 80, {}});
+    std::vector<Syllable> syllables;
+    for (const auto& [tick, text] : {std::pair<uint32_t, const char*>{40, "late"},
+                                     {300, "early"},
+                                     {960, "met"},
+                                     {1100, "more"},
+                                     {1430, "near"},
+                                     {5000, "lost"}})
+        syllables.push_back({tick, {1, text, false, false, false, {}}, false});
+    CHECK(PlaceWords(syllables, part) == 1);
+    Texts placed;
+    for (const Note& note : part.notes)
+        for (const Word& word : note.words)
+            placed.push_back(std::to_string(note.tick) + word.text);
+    CHECK(placed == Texts{"0late", "480early", "960met", "960more", "1440near"});
 }
 
 TEST_CASE("measures: after the meters, by number, and the bar line behind the last") {

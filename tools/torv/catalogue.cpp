@@ -17,7 +17,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string Utf8(const char* text) { return ToUtf8(text, TextEncoding::ShiftJis); }
+std::string Utf8(const char* text) { return ToUtf8(text, kShiftJis); }
 
 std::string Hex(DWORD id) {
     char text[16];

@@ -2,6 +2,7 @@
 
 #include "errors.h"
 #include <torv/songs/input_file.h>
+#include <torv/songs/midi_data.h>
 
 #include <algorithm>
 #include <cmath>
@@ -73,16 +74,16 @@ std::string ClockText(double seconds) {
 
 void Describe(const std::string& path, bool json) {
     const std::unique_ptr<std::istream> file = OpenInputFile(path);
-    char id[4] = "";
-    file->read(id, sizeof id);
+    unsigned char id[12] = "";
+    file->read(reinterpret_cast<char*>(id), sizeof id);
     file->clear();
     file->seekg(0);
     Json about;
-    if (std::memcmp(id, "RIFF", sizeof id) == 0) {
-        about = DescribeWave(path, *file);
-    } else if (std::memcmp(id, "MThd", sizeof id) == 0) {
-        std::vector<unsigned char> bytes{std::istreambuf_iterator<char>(*file), std::istreambuf_iterator<char>()};
+    if (IsMidi(id)) {
+        const std::vector<unsigned char> bytes{std::istreambuf_iterator<char>(*file), std::istreambuf_iterator<char>()};
         about = DescribeMidi(path, bytes);
+    } else if (std::memcmp(id, "RIFF", 4) == 0) {
+        about = DescribeWave(path, *file);
     } else {
         throw InputError{path + ": neither a standard MIDI file nor a wave file"};
     }

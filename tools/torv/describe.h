@@ -13,7 +13,7 @@ void Describe(const std::string& path, bool json);
 
 /// What a MIDI file holds: format, division, length, tempos, signatures, tracks with notes, lyrics and engine blocks.
 /// Beats are quarters, counted from 1; a file in SMPTE frames has none.
-Json DescribeMidi(const std::string& path, std::vector<unsigned char>& bytes);
+Json DescribeMidi(const std::string& path, const std::vector<unsigned char>& bytes);
 
 /// What a wave file holds: format, length and chunks, of a damaged one what is there. Only its headers are read.
 Json DescribeWave(const std::string& path, std::istream& file);

@@ -83,7 +83,7 @@ Json DescribeTrack(const MidiTrack& track) {
 
 } // namespace
 
-Json DescribeMidi(const std::string& path, std::vector<unsigned char>& bytes) {
+Json DescribeMidi(const std::string& path, const std::vector<unsigned char>& bytes) {
     const MidiData song = Read(path, bytes);
     const auto seconds = [&song](uint32_t tick) { return MillisecondsAt(song.tempos, tick) / 1000; };
     Json about;
@@ -111,6 +111,8 @@ Json DescribeMidi(const std::string& path, std::vector<unsigned char>& bytes) {
         about["signatures"].back()["signature"] =
             std::to_string(signature.numerator) + "/" + std::to_string(1 << signature.denominatorExponent);
     }
+    if (!song.remarks.empty())
+        about["damaged"] = song.remarks;
     about["tracks"] = Json::array();
     for (const MidiTrack& track : song.tracks)
         about["tracks"].push_back(DescribeTrack(track));

@@ -25,7 +25,7 @@ Json LyricOf(CLyricObject& lyric) {
         for (int p = 0; p < element.GetPhonemeCharaCount(); ++p)
             phonemes.push_back({{"symbol", std::string(element.GetPhonemeChara(p))},
                                 {"advancement", element.GetConsonantAdvancement(p)}});
-        elements.push_back({{"text", ToUtf8(std::string(element.GetLyricString()), TextEncoding::ShiftJis)},
+        elements.push_back({{"text", ToUtf8(std::string(element.GetLyricString()), kShiftJis)},
                             {"share", element.GetDeltaRate()},
                             {"phonemes", std::move(phonemes)}});
     }

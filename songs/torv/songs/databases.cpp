@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kMostArticulations = 3;
 
-std::string Utf8(const CString& text) { return ToUtf8(text.GetStdString(), TextEncoding::ShiftJis); }
+std::string Utf8(const CString& text) { return ToUtf8(text.GetStdString(), kShiftJis); }
 
 int CALLBACK Collect(int status, int articulation, int variation, const char* name, LPARAM data) {
     reinterpret_cast<std::vector<Databases::Entry>*>(data)->push_back(

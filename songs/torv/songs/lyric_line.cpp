@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <map>
 #include <regex>
 #include <set>
 
@@ -10,6 +11,7 @@ namespace torv::songs {
 namespace {
 
 constexpr size_t kFewestKaraokeTimes = 4;
+constexpr size_t kMostVerses = 20;
 constexpr size_t kFewestRomajiSyllables = 6;
 
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
@@ -35,22 +37,100 @@ RawSyllable Strip(uint32_t tick, std::string text) {
     return syllable;
 }
 
-/// A prolongation, or the text without the marks of one at its end; '_' between words is a blank.
+void ReplaceAll(std::string& text, std::string_view what, std::string_view with) {
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + with.size()))
+        text.replace(at, what.size(), with);
+}
+
+/// A prolongation, or the text without the marks of one at its end and the hyphens around it. What ties two words to
+/// one note becomes a blank.
 Syllable Resolve(const RawSyllable& raw) {
-    if (std::all_of(raw.text.begin(), raw.text.end(), IsProlongationMark))
-        return {raw.tick, {}, true};
-    Syllable syllable{raw.tick, {}, false};
+    Syllable syllable{raw.tick, {}, std::all_of(raw.text.begin(), raw.text.end(), IsProlongationMark)};
+    if (syllable.prolongs)
+        return syllable;
+    Word& word = syllable.word;
     std::string text = raw.text;
     while (text.size() > 1 && (text.back() == '_' || text.back() == '~' || text.back() == '=' || text.back() == '+' ||
-                               (text.back() == '-' && text[text.size() - 2] == '-')))
+                               (text.back() == '-' && text[text.size() - 2] == '-'))) {
+        word.extends |= text.back() == '_';
         text.pop_back();
+    }
     if (text.size() > 1 && text.back() == '-') {
         text.pop_back();
-        syllable.word.hyphenAfter = true;
+        word.hyphenAfter = true;
     }
-    std::replace(text.begin(), text.end(), '_', ' ');
-    syllable.word.text = std::move(text);
+    if (text.size() > 1 && text.front() == '-') {
+        text.erase(0, 1);
+        word.hyphenBefore = true;
+    }
+    for (const std::string_view tie : {"_", "~", "\xE2\x80\xBF"})
+        ReplaceAll(text, tie, " ");
+    word.text = std::move(text);
     return syllable;
+}
+
+/// The lyric events of each verse, where verses stand one under the other: most times have several then.
+std::vector<std::vector<const MidiText*>> PartVerses(const std::vector<const MidiText*>& lyrics) {
+    std::map<uint32_t, std::vector<const MidiText*>> times;
+    for (const MidiText* text : lyrics)
+        times[text->tick].push_back(text);
+    const auto several =
+        std::count_if(times.begin(), times.end(), [](const auto& time) { return time.second.size() > 1; });
+    if (times.size() < 2 || static_cast<size_t>(several) * 2 < times.size())
+        return {lyrics};
+    std::vector<std::vector<const MidiText*>> verses;
+    for (const auto& [tick, texts] : times)
+        for (size_t verse = 0; verse < texts.size() && verse < kMostVerses; ++verse) {
+            verses.resize(std::max(verses.size(), verse + 1));
+            verses[verse].push_back(texts[verse]);
+        }
+    return verses;
+}
+
+/// The texts with what stood around them; a text of blanks and marks alone parts words.
+std::vector<RawSyllable> Strip(const std::vector<const MidiText*>& lyrics, const TextEncoding& encoding) {
+    std::vector<RawSyllable> raw;
+    bool blankBefore = true;
+    for (const MidiText* text : lyrics) {
+        RawSyllable syllable = Strip(text->tick, ToUtf8(text->bytes, encoding));
+        if (syllable.text.empty()) {
+            blankBefore = true;
+            if (!raw.empty())
+                raw.back().blankAfter = true;
+            continue;
+        }
+        syllable.blankBefore |= blankBefore;
+        if (!raw.empty() && syllable.blankBefore)
+            raw.back().blankAfter = true;
+        blankBefore = syllable.blankAfter;
+        raw.push_back(std::move(syllable));
+    }
+    return raw;
+}
+
+void AddVerse(const std::vector<RawSyllable>& raw, int verse, std::vector<Syllable>& line) {
+    // Some programs never write a blank: then its absence says nothing.
+    const bool blanksPartWords =
+        raw.size() > 1 && std::any_of(raw.begin(), raw.end() - 1, [](const RawSyllable& s) { return s.blankAfter; });
+    Syllable* sung = nullptr; // the last one that was no prolongation
+    bool isWordOpen = false;
+    const size_t first = line.size();
+    line.reserve(first + raw.size());
+    for (const RawSyllable& text : raw) {
+        Syllable syllable = Resolve(text);
+        syllable.word.verse = verse;
+        if (!syllable.prolongs) {
+            Word& word = syllable.word;
+            if (sung && (word.hyphenBefore || (isWordOpen && !HasKana(sung->word.text))))
+                sung->word.hyphenAfter = true;
+            word.hyphenBefore = sung && sung->word.hyphenAfter;
+            isWordOpen = true;
+        }
+        line.push_back(std::move(syllable));
+        if (!line.back().prolongs)
+            sung = &line.back();
+        isWordOpen = isWordOpen && blanksPartWords && !text.blankAfter && text.text.back() != '_';
+    }
 }
 
 } // namespace
@@ -63,7 +143,7 @@ bool HasKaraokeTexts(const MidiTrack& track) {
     return times.size() >= kFewestKaraokeTimes;
 }
 
-LyricLine ReadLyricLine(const std::vector<MidiText>& texts, bool karaoke, std::optional<TextEncoding> encoding) {
+LyricLine ReadLyricLine(const std::vector<MidiText>& texts, bool karaoke, const std::optional<TextEncoding>& encoding) {
     std::string all;
     std::vector<const MidiText*> lyrics;
     for (const MidiText& text : texts) {
@@ -83,37 +163,9 @@ LyricLine ReadLyricLine(const std::vector<MidiText>& texts, bool karaoke, std::o
     LyricLine line;
     line.encoding = encoding.value_or(DetectEncoding(all));
 
-    std::vector<RawSyllable> raw;
-    bool blankBefore = true;
-    for (const MidiText* text : lyrics) {
-        RawSyllable syllable = Strip(text->tick, ToUtf8(text->bytes, line.encoding));
-        if (syllable.text.empty()) { // a line end of its own
-            blankBefore = true;
-            if (!raw.empty())
-                raw.back().blankAfter = true;
-            continue;
-        }
-        syllable.blankBefore |= blankBefore;
-        if (!raw.empty() && syllable.blankBefore)
-            raw.back().blankAfter = true;
-        blankBefore = syllable.blankAfter;
-        raw.push_back(std::move(syllable));
-    }
-    // Some programs never write a blank: then its absence says nothing.
-    const bool blanksPartWords =
-        raw.size() > 1 && std::any_of(raw.begin(), raw.end() - 1, [](const RawSyllable& s) { return s.blankAfter; });
-    bool goesOn = false;
-    for (size_t i = 0; i < raw.size(); ++i) {
-        Syllable syllable = Resolve(raw[i]);
-        const bool wordGoesOn = i + 1 < raw.size() && blanksPartWords && !raw[i].blankAfter;
-        if (wordGoesOn && !syllable.prolongs && !HasKana(syllable.word.text))
-            syllable.word.hyphenAfter = true;
-        if (!syllable.prolongs) {
-            syllable.word.hyphenBefore = goesOn;
-            goesOn = syllable.word.hyphenAfter;
-        }
-        line.syllables.push_back(std::move(syllable));
-    }
+    int verse = 0;
+    for (const auto& part : PartVerses(lyrics))
+        AddVerse(Strip(part, line.encoding), ++verse, line.syllables);
     return line;
 }
 

@@ -16,8 +16,8 @@ struct Syllable {
 };
 
 struct LyricLine {
-    std::vector<Syllable> syllables;
-    TextEncoding encoding = TextEncoding::Utf8;
+    std::vector<Syllable> syllables; ///< by verse, then tick
+    TextEncoding encoding = kUtf8;
 };
 
 /// Whether a track's text events are a karaoke file's lyrics rather than titles and remarks: there are several, at
@@ -26,9 +26,11 @@ TORV_SONGS_API bool HasKaraokeTexts(const MidiTrack& track);
 
 /// The lyrics among a track's texts: its lyric events, or, when `karaoke` is set, its text events. Line and paragraph
 /// marks ('/', '\', line ends) part words; a text that begins with '@' is a karaoke header. In a file that parts words
-/// by blanks, syllables without a blank between them are one word. Bytes are read as `encoding`, else as they look.
+/// by blanks, syllables without a blank between them are one word; a '_' behind a syllable ends its word, a '-' does
+/// not. Where most times have several lyric events, they are verses one under the other. Bytes are read as `encoding`,
+/// else as they look.
 TORV_SONGS_API LyricLine ReadLyricLine(const std::vector<MidiText>& texts, bool karaoke,
-                                       std::optional<TextEncoding> encoding);
+                                       const std::optional<TextEncoding>& encoding);
 
 /// Whether words read as Japanese: there is kana, or every one is spelled in Roman letters as a Japanese syllable could
 /// be, and there are enough to tell.

@@ -22,28 +22,38 @@ struct MidiText {
 };
 
 struct MidiTrack {
-    std::string name; ///< bytes of the track-name event
+    std::string name;       ///< bytes of the track-name event
+    std::string instrument; ///< bytes of the instrument-name event
     std::vector<MidiNote> notes;
     std::vector<MidiText> texts;
-    int channel = 0;                    ///< 0..15, of the notes
+    int channel = 0;                     ///< 0..15, of the notes
+    int program = -1;                    ///< 0..127, the first; -1: none
+    std::vector<Controller> controllers; ///< volume (7), pan (10) and expression (11)
+    std::vector<PitchBend> bends;
     std::map<int, size_t> engineBlocks; ///< how many of each the engine's stream has, by number 0x50..0x67
 };
 
 /// What a standard MIDI file of format 0 or 1 holds, with every time in ticks of 480 to a quarter note. A file whose
-/// division is in SMPTE frames has a tempo of its own making: one tick a millisecond. Tempos and meters are sorted by
-/// tick, one a tick; notes by tick, then key; texts by tick, in file order.
+/// division is in SMPTE frames has a tempo of its own making: one tick a millisecond. Tempos, meters and keys are
+/// sorted by tick, one a tick; notes by tick, then key; texts by tick, in file order.
 struct MidiData {
     std::vector<MidiTrack> tracks; ///< a track with several channels gives one for each, the texts with the first
     std::vector<Tempo> tempos;
     std::vector<Meter> meters;
-    uint32_t end = 0; ///< tick of the last event
+    std::vector<KeySignature> keys;
+    std::vector<std::string> remarks; ///< how the file is damaged; what is whole before that is here
+    uint32_t end = 0;                 ///< tick of the last event
     int format = 0;
     int division = 0; ///< as the header has it; ticks to a quarter note, or above 0x8000 SMPTE frames
 
     bool IsSmpte() const { return (division & 0x8000) != 0; }
 };
 
-/// Reads a file's bytes; throws SongError for what is not MIDI, is cut short or holds what no reader could follow.
+/// Whether the bytes begin as a standard MIDI file does, by itself or in a RIFF file (.rmi).
+TORV_SONGS_API bool IsMidi(Bytes bytes);
+
+/// Reads a file's bytes, of a damaged one what is whole; throws SongError for what is not MIDI, has no header that
+/// makes sense or holds more than any song.
 TORV_SONGS_API MidiData ReadMidiData(Bytes bytes);
 
 } // namespace torv::songs

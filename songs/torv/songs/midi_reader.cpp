@@ -14,7 +14,8 @@ std::optional<TextEncoding> EncodingOf(const ReadOptions& options) {
         return std::nullopt;
     if (const auto encoding = TextEncodingNamed(options.encoding))
         return encoding;
-    throw SongError("there is no encoding \"" + options.encoding + "\": choose utf-8, shift-jis or latin-1");
+    throw SongError("there is no encoding \"" + options.encoding +
+                    "\": choose utf-8, shift-jis, euc-jp, latin-1 or another that iconv -l lists");
 }
 
 Part MakePart(const MidiTrack& track, int number, std::optional<TextEncoding> encoding) {
@@ -22,6 +23,10 @@ Part MakePart(const MidiTrack& track, int number, std::optional<TextEncoding> en
     part.name = ToUtf8(track.name, encoding.value_or(DetectEncoding(track.name)));
     part.track = number;
     part.channel = track.channel;
+    part.program = track.program;
+    part.instrument = ToUtf8(track.instrument, encoding.value_or(DetectEncoding(track.instrument)));
+    part.controllers = track.controllers;
+    part.bends = track.bends;
     part.notes.reserve(track.notes.size());
     for (const MidiNote& midi : track.notes) {
         Note& note = part.notes.emplace_back();
@@ -52,11 +57,6 @@ std::vector<WordLine> ReadLines(const MidiData& data, std::optional<TextEncoding
 
 } // namespace
 
-bool IsMidi(Bytes bytes) {
-    constexpr std::string_view kBegin = "MThd";
-    return bytes.size() >= kBegin.size() && std::equal(kBegin.begin(), kBegin.end(), bytes.begin());
-}
-
 Song ReadMidiSong(Bytes bytes, const ReadOptions& options) { return MakeSong(ReadMidiData(bytes), options); }
 
 Song MakeSong(const MidiData& data, const ReadOptions& options) {
@@ -66,10 +66,13 @@ Song MakeSong(const MidiData& data, const ReadOptions& options) {
     song.end = data.end;
     song.tempos = data.tempos;
     song.meters = data.meters;
+    song.keys = data.keys;
+    song.remarks = data.remarks;
     for (size_t i = 0; i < data.tracks.size(); ++i)
         if (!data.tracks[i].notes.empty())
             song.parts.push_back(MakePart(data.tracks[i], static_cast<int>(i + 1), encoding));
     FitWords(song, ReadLines(data, encoding));
+    ShareWords(song);
     return song;
 }
 

@@ -4,9 +4,6 @@
 
 namespace torv::songs {
 
-/// Whether the bytes begin as a standard MIDI file does.
-TORV_SONGS_API bool IsMidi(Bytes bytes);
-
 /// The song of a file's bytes; throws SongError.
 TORV_SONGS_API Song ReadMidiSong(Bytes bytes, const ReadOptions& options);
 

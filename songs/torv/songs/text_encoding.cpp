@@ -62,21 +62,44 @@ bool IsKana(char32_t c) { return (c >= 0x3041 && c <= 0x30FF) || (c >= 0xFF66 &&
 
 #ifdef _WIN32
 
-/// UTF-8 of one character of code page 932; empty when it is none. The system would put a substitute, and it is kana.
-std::string CharacterToUtf8(std::string_view character) {
+/// The code page of an encoding; 0 for none.
+UINT CodePageOf(std::string_view name) {
+    std::string plain;
+    for (const char c : name)
+        if (std::isalnum(static_cast<unsigned char>(c)))
+            plain += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    constexpr struct {
+        std::string_view name;
+        UINT page;
+    } kNames[] = {{"UTF8", CP_UTF8}, {"EUCJP", 20932}, {"BIG5", 950},    {"GBK", 936},        {"GB2312", 936},
+                  {"EUCKR", 949},    {"KOI8R", 20866}, {"KOI8U", 21866}, {"MACINTOSH", 10000}};
+    for (const auto& known : kNames)
+        if (known.name == plain)
+            return known.page;
+    for (const auto& [prefix, base] : {std::pair<std::string_view, UINT>{"ISO8859", 28590}, {"WINDOWS", 0}, {"CP", 0}})
+        if (plain.starts_with(prefix) && plain.size() > prefix.size() && plain.size() < prefix.size() + 6)
+            return base + static_cast<UINT>(std::atoi(plain.c_str() + prefix.size()));
+    return 0;
+}
+
+bool IsKnownEncoding(const std::string& name) { return CodePageOf(name) != 0 && IsValidCodePage(CodePageOf(name)); }
+
+/// UTF-8 of one character; empty when it is none. The system would put a substitute, and in Japanese it is kana.
+std::string CharacterToUtf8(std::string_view character, UINT page) {
     wchar_t wide[4];
     const int units =
-        MultiByteToWideChar(932, MB_ERR_INVALID_CHARS, character.data(), static_cast<int>(character.size()), wide, 4);
+        MultiByteToWideChar(page, MB_ERR_INVALID_CHARS, character.data(), static_cast<int>(character.size()), wide, 4);
     char utf8[16];
     const int bytes = units > 0 ? WideCharToMultiByte(CP_UTF8, 0, wide, units, utf8, sizeof utf8, nullptr, nullptr) : 0;
     return {utf8, static_cast<size_t>(std::max(bytes, 0))};
 }
 
-std::string ShiftJisToUtf8(std::string_view bytes) {
+std::string Decode(std::string_view bytes, const TextEncoding& encoding) {
+    const UINT page = CodePageOf(encoding);
     std::string utf8;
     while (!bytes.empty()) {
-        const size_t length = IsDBCSLeadByteEx(932, static_cast<BYTE>(bytes[0])) && bytes.size() > 1 ? 2 : 1;
-        const std::string character = CharacterToUtf8(bytes.substr(0, length));
+        const size_t length = IsDBCSLeadByteEx(page, static_cast<BYTE>(bytes[0])) && bytes.size() > 1 ? 2 : 1;
+        const std::string character = CharacterToUtf8(bytes.substr(0, length), page);
         utf8 += character.empty() ? "\xEF\xBF\xBD" : character;
         bytes.remove_prefix(character.empty() ? 1 : length);
     }
@@ -95,6 +118,14 @@ void AppendCodePage932(std::string& out, const std::string& character) {
 }
 
 #else
+
+bool IsKnownEncoding(const std::string& name) {
+    const iconv_t converter = iconv_open("UTF-8", name.c_str());
+    if (converter == reinterpret_cast<iconv_t>(-1))
+        return false;
+    iconv_close(converter);
+    return true;
+}
 
 /// One conversion; what cannot be converted is passed over, and marked with `mark` when that is not empty.
 std::string Convert(std::string_view from, const char* fromName, const char* toName, std::string_view mark) {
@@ -121,7 +152,9 @@ std::string Convert(std::string_view from, const char* fromName, const char* toN
     return to;
 }
 
-std::string ShiftJisToUtf8(std::string_view bytes) { return Convert(bytes, "CP932", "UTF-8", "\xEF\xBF\xBD"); }
+std::string Decode(std::string_view bytes, const TextEncoding& encoding) {
+    return Convert(bytes, encoding.c_str(), "UTF-8", "\xEF\xBF\xBD");
+}
 
 void AppendCodePage932(std::string& out, const std::string& character) {
     out += Convert(character, "UTF-8", "CP932", {});
@@ -164,58 +197,70 @@ std::optional<TextEncoding> TextEncodingNamed(std::string_view name) {
     for (const char c : name)
         if (std::isalnum(static_cast<unsigned char>(c)))
             plain += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    if (plain == "utf8")
-        return TextEncoding::Utf8;
-    if (plain == "shiftjis" || plain == "sjis" || plain == "cp932")
-        return TextEncoding::ShiftJis;
-    if (plain == "latin1" || plain == "iso88591")
-        return TextEncoding::Latin1;
-    return std::nullopt;
+    constexpr struct {
+        std::string_view name;
+        const char* encoding;
+    } kNames[] = {{"utf8", kUtf8},        {"shiftjis", kShiftJis}, {"sjis", kShiftJis},
+                  {"cp932", kShiftJis},   {"eucjp", kEucJp},       {"latin1", kWestern},
+                  {"iso88591", kWestern}, {"cp1252", kWestern},    {"windows1252", kWestern}};
+    for (const auto& known : kNames)
+        if (known.name == plain)
+            return known.encoding;
+    const std::string other(name);
+    return !plain.empty() && IsKnownEncoding(other) ? std::optional(other) : std::nullopt;
 }
 
-const char* NameOf(TextEncoding encoding) {
-    switch (encoding) {
-    case TextEncoding::Utf8:
-        return "utf-8";
-    case TextEncoding::ShiftJis:
-        return "shift-jis";
-    case TextEncoding::Latin1:
-        break;
+namespace {
+
+/// How many characters of a text in a Japanese encoding are kana rather than others that are no ASCII; nothing when it
+/// is not in that encoding.
+std::optional<int> KanaOverOthers(std::string_view bytes, const TextEncoding& encoding) {
+    const std::string decoded = Decode(bytes, encoding);
+    int kana = 0;
+    int other = 0;
+    int halfWidth = 0;
+    for (std::string_view rest = decoded; !rest.empty();) {
+        const char32_t c = TakeCharacter(rest);
+        if (c == kReplacement)
+            return std::nullopt;
+        if (c >= 0xFF61 && c <= 0xFF9F)
+            ++halfWidth;
+        else if (c >= 0x80)
+            ++(c >= 0x3041 && c <= 0x30FF ? kana : other);
     }
-    return "latin-1";
+    // One accent in Western text is one half-width kana: those count only where they stand side by side.
+    static constexpr auto isHalfByte = [](char c) {
+        return static_cast<unsigned char>(c) >= 0xA1 && static_cast<unsigned char>(c) <= 0xDF;
+    };
+    const auto pair =
+        std::adjacent_find(bytes.begin(), bytes.end(), [](char a, char b) { return isHalfByte(a) && isHalfByte(b); });
+    if (pair != bytes.end())
+        kana += halfWidth;
+    return kana > 0 && kana * 2 >= other ? std::optional(kana * 2 - other) : std::nullopt;
 }
+
+} // namespace
 
 TextEncoding DetectEncoding(std::string_view bytes) {
     bool utf8 = true;
     for (std::string_view rest = bytes; utf8 && !rest.empty();)
         utf8 = TakeCharacter(rest) != kReplacement;
     if (utf8)
-        return TextEncoding::Utf8;
-    const std::string decoded = ShiftJisToUtf8(bytes);
-    int kana = 0;
-    int other = 0;
-    for (std::string_view rest = decoded; !rest.empty();) {
-        const char32_t c = TakeCharacter(rest);
-        if (c == kReplacement)
-            return TextEncoding::Latin1;
-        if (c >= 0x80)
-            ++(c >= 0x3041 && c <= 0x30FF ? kana : other);
-    }
-    return kana > 0 && kana * 2 >= other ? TextEncoding::ShiftJis : TextEncoding::Latin1;
+        return kUtf8;
+    // Kana in EUC-JP are pairs of half-width kana in Shift-JIS, where no file has so many of them and nothing else.
+    const std::optional<int> shiftJis = KanaOverOthers(bytes, kShiftJis);
+    const std::optional<int> eucJp = KanaOverOthers(bytes, kEucJp);
+    if (eucJp && *eucJp * 2 >= shiftJis.value_or(0))
+        return kEucJp;
+    return shiftJis ? kShiftJis : kWestern;
 }
 
-std::string ToUtf8(std::string_view bytes, TextEncoding encoding) {
-    if (encoding == TextEncoding::ShiftJis)
-        return ShiftJisToUtf8(bytes);
+std::string ToUtf8(std::string_view bytes, const TextEncoding& encoding) {
+    if (encoding != kUtf8)
+        return Decode(bytes, encoding);
     std::string out;
-    for (std::string_view rest = bytes; !rest.empty();) {
-        if (encoding == TextEncoding::Latin1) {
-            AppendUtf8(out, static_cast<unsigned char>(rest.front()));
-            rest.remove_prefix(1);
-        } else {
-            AppendUtf8(out, TakeCharacter(rest));
-        }
-    }
+    for (std::string_view rest = bytes; !rest.empty();)
+        AppendUtf8(out, TakeCharacter(rest));
     return out;
 }
 
@@ -244,15 +289,15 @@ std::string CutAtCharacter(std::string_view bytes, size_t most) {
     if (bytes.size() <= most)
         return std::string(bytes);
     const TextEncoding encoding = DetectEncoding(bytes);
+    const auto isLead = [&encoding](unsigned char c) {
+        return encoding == kShiftJis ? torv::IsLeadByte932(c) : encoding == kEucJp && c >= 0x8E;
+    };
     size_t end = 0;
     for (std::string_view rest = bytes; !rest.empty(); end = bytes.size() - rest.size()) {
-        if (encoding == TextEncoding::Utf8)
+        if (encoding == kUtf8)
             TakeCharacter(rest);
         else
-            rest.remove_prefix(encoding == TextEncoding::ShiftJis &&
-                                       torv::IsLeadByte932(static_cast<unsigned char>(rest[0])) && rest.size() > 1
-                                   ? 2
-                                   : 1);
+            rest.remove_prefix(isLead(static_cast<unsigned char>(rest[0])) && rest.size() > 1 ? 2 : 1);
         if (bytes.size() - rest.size() > most)
             break;
     }

@@ -8,19 +8,23 @@
 
 namespace torv::songs {
 
-/// How the bytes of a file's texts are to be read.
-enum class TextEncoding { Utf8, ShiftJis, Latin1 };
+/// How the bytes of a file's texts are to be read: a name that the system's converter knows.
+using TextEncoding = std::string;
+inline constexpr const char* kUtf8 = "UTF-8";
+inline constexpr const char* kShiftJis = "CP932";
+inline constexpr const char* kEucJp = "EUC-JP";
+inline constexpr const char* kWestern = "CP1252"; ///< Windows', which has all of Latin-1 and more letters
 
-/// "utf-8", "shift-jis" or "latin-1", letter case ignored; nothing for any other name.
+/// The encoding of this name, whatever the case of its letters: utf-8, shift-jis, euc-jp, latin-1, and all others that
+/// the system's converter knows. Nothing for any other name.
 TORV_SONGS_API std::optional<TextEncoding> TextEncodingNamed(std::string_view name);
-TORV_SONGS_API const char* NameOf(TextEncoding encoding);
 
-/// What the bytes look like, taken together: valid UTF-8; else Shift-JIS whose double-byte characters are kana in good
-/// part (Western text with accents can be valid Shift-JIS too, but not kana); else Latin-1.
+/// What the bytes look like, taken together: valid UTF-8; else Shift-JIS or EUC-JP whose characters are kana in good
+/// part (Western text with accents can be valid in both, but not kana); else Western.
 TORV_SONGS_API TextEncoding DetectEncoding(std::string_view bytes);
 
 /// Undecodable bytes become U+FFFD.
-TORV_SONGS_API std::string ToUtf8(std::string_view bytes, TextEncoding encoding);
+TORV_SONGS_API std::string ToUtf8(std::string_view bytes, const TextEncoding& encoding);
 
 /// The library's lyrics are code page 932. Latin letters with accents and macrons lose them, typographic apostrophes
 /// and dashes become plain ones; any other character that the code page lacks is left out.
