@@ -8,7 +8,10 @@ namespace rve {
 namespace {
 
 constexpr double kTicksToMilliseconds = 500.0 / 480; // an advancement's tick is one at 120 beats a minute
-constexpr double kDefaultConsonant = 60;             // milliseconds, for one without an advancement
+/// What everybody gets who did not choose: such a consonant has its natural length.
+constexpr int kUnchosenAdvancement = 64;
+/// All that is ahead of a vowel and was not chosen takes at most this share of the note, lest notes swallow others.
+constexpr double kMostOnset = 0.6;
 
 /// The seventeen voice controls by their selectors, which are not evenly spaced; -1 for any other number.
 int VoiceControlOf(int selector) {
@@ -138,23 +141,38 @@ void BlockDecoder::PlaceUnits(Segment& segment) const {
             nucleus = end - 1;
         last = nucleus;
     }
-    const auto lengthOf = [](const Sound& sound) {
-        return FromMilliseconds(sound.advancement > 0 ? sound.advancement * kTicksToMilliseconds : kDefaultConsonant);
+    const auto isChosen = [](const Sound& sound) {
+        return sound.advancement > 0 && sound.advancement != kUnchosenAdvancement;
+    };
+    const auto lengthOf = [&](const Sound& sound, bool afterVowel) {
+        return isChosen(sound) ? FromMilliseconds(sound.advancement * kTicksToMilliseconds)
+                               : FromMilliseconds(double{NaturalLength(*sound.phoneme, afterVowel)});
     };
     const auto add = [&segment](const Sound& sound, Time from, Time to) {
         segment.units[static_cast<size_t>(segment.unitCount++)] = {sound.phoneme, from, to};
     };
+    Time natural = 0;
+    for (auto sound = begin; sound != nucleus; ++sound)
+        natural += sound->advancement > 0 && !isChosen(*sound) ? lengthOf(*sound, false) : 0;
+    const double onsetRoom = kMostOnset * static_cast<double>(segment.end - segment.start);
+    const double hurry = std::min(1.0, onsetRoom / static_cast<double>(std::max<Time>(natural, 1)));
+    const auto onsetLength = [&](const Sound& sound) {
+        if (sound.advancement <= 0)
+            return Time{0};
+        const Time length = lengthOf(sound, false);
+        return isChosen(sound) ? length : static_cast<Time>(static_cast<double>(length) * hurry);
+    };
     Time at = segment.start;
     for (auto sound = begin; sound != nucleus; ++sound)
-        at -= sound->advancement > 0 ? lengthOf(*sound) : 0;
+        at -= onsetLength(*sound);
     for (auto sound = begin; sound != nucleus; ++sound) {
-        const Time length = sound->advancement > 0 ? lengthOf(*sound) : 0;
+        const Time length = onsetLength(*sound);
         add(*sound, at, at + length);
         at += length;
     }
     Time coda = 0;
     for (auto sound = last + 1; sound != end; ++sound)
-        coda += lengthOf(*sound);
+        coda += lengthOf(*sound, true);
     const Time room = (segment.end - segment.start) / 2;
     const double squeeze = coda > room ? static_cast<double>(room) / static_cast<double>(coda) : 1.0;
     const Time codaBegin = segment.end - static_cast<Time>(static_cast<double>(coda) * squeeze);
@@ -165,7 +183,7 @@ void BlockDecoder::PlaceUnits(Segment& segment) const {
     }
     at = codaBegin;
     for (auto sound = last + 1; sound != end; ++sound) {
-        const Time length = static_cast<Time>(static_cast<double>(lengthOf(*sound)) * squeeze);
+        const Time length = static_cast<Time>(static_cast<double>(lengthOf(*sound, true)) * squeeze);
         add(*sound, at, at + length);
         at += length;
     }

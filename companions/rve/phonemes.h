@@ -26,9 +26,11 @@ struct Phoneme {
     const VowelFormants* from; ///< vowels
     const VowelFormants* to;   ///< where a diphthong ends, else null
     float locus[3];            ///< consonants: Hz
+    float follow;              ///< how far the second formant goes along with the vowel beside it, 0..1
     float noiseHz;
     float noiseBandwidth;
-    float noiseLevel; ///< 0..1, relative to the loudest fricative
+    float noiseLevel;       ///< amplitude beside a vowel's
+    bool isFronted = false; ///< said further forward after the tongue's tip
 };
 
 inline bool IsVowel(const Phoneme& phoneme) { return phoneme.manner == Manner::Vowel; }
@@ -36,6 +38,14 @@ inline bool IsVowel(const Phoneme& phoneme) { return phoneme.manner == Manner::V
 inline bool IsSonorant(const Phoneme& phoneme) {
     return phoneme.voiced && (phoneme.manner == Manner::Nasal || phoneme.manner == Manner::Glide);
 }
+
+/// Voiceless, with breath after the burst.
+inline bool IsAspirated(const Phoneme& phoneme) {
+    return phoneme.manner == Manner::Plosive && !phoneme.voiced && phoneme.symbol[1] == 'h';
+}
+
+/// How long a consonant is when nobody says so, in milliseconds; after the vowel they are longer.
+float NaturalLength(const Phoneme& phoneme, bool afterVowel);
 
 /// The symbol as the language has it, else as the other one does; null for an unknown symbol.
 const Phoneme* FindPhoneme(std::string_view symbol, int language);

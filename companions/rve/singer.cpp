@@ -18,11 +18,15 @@ constexpr float kDynamicsDb = 0.2F;  // a unit of dynamics
 constexpr float kVelocityDb = 0.08F; // a unit of velocity
 constexpr int kDefaultDynamics = 72;
 constexpr int kDefaultVelocity = 64;
-constexpr float kHissLevel = 1.6F;
+constexpr float kNoseHz = 270;      // of a man
+constexpr float kNotchAbove = 0.7F; // its notch when the nose is open, as a share of that
+constexpr float kMuffledHz = 250;   // the source's corner behind a closure
 constexpr float kAspirationLevel = 0.25F;
 constexpr int kLevelHarmonics = 12;                // how many are asked for their level
 constexpr float kLevelEvenness = 0.85F;            // 1: all vowels on all notes are equally strong
 constexpr Time kSafetyTail = FromMilliseconds(60); // a segment that promised to go on and did not
+constexpr float kAttackFloor = 0.15F;              // of a note's loudness, where it begins
+constexpr float kAttackAfterConsonant = 0.5F;
 constexpr float kQuiet = 1e-5F;
 
 float FromDb(float db) { return std::exp2(db * 0.166096F); }
@@ -76,6 +80,9 @@ void Singer::Reset() {
     m_bandwidth = {{{70}, {90}, {130}, {200}}};
     m_noiseHz = {4000};
     m_noiseBandwidth = {2000};
+    m_upperHz = {4500};
+    m_upperApart = {1000};
+    m_nasality = m_muffling = {0};
     m_boost = {{{1}, {1}, {1}, {1}}};
     m_tilt = 1;
     m_tiltState = m_shelf = m_shelfState = 0;
@@ -84,7 +91,8 @@ void Singer::Reset() {
     m_glottis.Reset();
     m_random.Reset(kSeed);
     m_tract.Reset();
-    m_hiss.Reset();
+    for (Band& band : m_hiss)
+        band.Reset();
 }
 
 float Singer::VoiceControl(int index) const {
@@ -143,6 +151,14 @@ const Segment* Singer::FindCurrent(Time now) {
     return nullptr;
 }
 
+const Segment* Singer::FindNext(const Segment& segment) const {
+    constexpr Time kTogether = FromMilliseconds(5);
+    if (m_timeline.SegmentCount() < 2)
+        return nullptr;
+    const Segment& next = m_timeline.SegmentAt(1);
+    return next.Onset() <= segment.end + kTogether ? &next : nullptr;
+}
+
 void Singer::BeginSegment(const Segment& segment) {
     m_currentStart = segment.start;
     if (const Phoneme* const nucleus = NucleusOf(segment))
@@ -156,7 +172,8 @@ void Singer::BeginSound() {
     m_glottis.Reset();
     m_random.Reset(kSeed);
     m_tract.Reset();
-    m_hiss.Reset();
+    for (Band& band : m_hiss)
+        band.Reset();
 }
 
 /// The note's own loudness, 0..1 and a little more at a strong attack.
@@ -165,13 +182,19 @@ float Singer::Envelope(const Segment* segment, Time now) {
         return 0;
     float level = 1;
     if (segment->begins) {
-        const bool voicedOnset = segment->unitCount > 0 && IsSonorant(*segment->units[0].phoneme);
-        const Time from = voicedOnset ? segment->Onset() : segment->start;
+        // Out of nothing or a closure; a sonorant before the vowel is the beginning of its tone.
+        Time from = segment->start;
+        int vowel = 0;
+        while (vowel < segment->unitCount && segment->units[static_cast<size_t>(vowel)].begin < segment->start)
+            ++vowel;
+        for (; vowel > 0 && IsSonorant(*segment->units[static_cast<size_t>(vowel - 1)].phoneme); --vowel)
+            from = segment->units[static_cast<size_t>(vowel - 1)].begin;
+        const float floor = vowel > 0 ? kAttackAfterConsonant : kAttackFloor;
         const float attack = segment->attack.present
                                  ? (4 + 0.8F * segment->attack.duration) * StyleTime(segment->attack, 2.5F, 0.3F)
                                  : 8.0F;
         const auto into = static_cast<float>(static_cast<double>(now - from) / kTimeBase * 1000);
-        level = into < 0 ? 1.0F : 0.15F + 0.85F * Smoothstep(into / attack);
+        level = into < 0 ? 1.0F : floor + (1 - floor) * Smoothstep(into / attack);
         if (segment->attack.present && segment->attack.style == 2 && into >= 0)
             level *= FromDb(6.0F * segment->attack.depth / 127.0F * std::exp(-into / 90.0F));
     }
@@ -186,7 +209,7 @@ PitchControls Singer::PitchControlsNow() const {
 }
 
 void Singer::MoveTract(const Target& target, float f0) {
-    const float pace = m_isFirstTick ? 1.0F : Pace(14);
+    const float pace = m_isFirstTick ? 1.0F : Pace(target.formantMilliseconds);
     const float gender = std::exp2(0.25F * VoiceControl(16));
     const float sharpness = std::exp2(-0.5F * VoiceControl(15));
     for (int i = 0; i < kFormants; ++i) {
@@ -205,14 +228,24 @@ void Singer::MoveTract(const Target& target, float f0) {
         m_tract.Set(i, m_hz[f].value, m_bandwidth[f].value, static_cast<float>(m_rate));
         m_tract.SetBoost(i, m_boost[f].value);
     }
-    m_tract.Set(kFormants, 4900 * gender, 400, static_cast<float>(m_rate));
+    m_upperHz.Approach(target.upperHz * gender, pace);
+    m_upperApart.Approach(target.upperApart * gender, pace);
+    m_tract.SetUpper(m_upperHz.value, m_upperApart.value, static_cast<float>(m_rate));
+    m_nasality.Approach(target.nasality, m_isFirstTick ? 1.0F : Pace(8));
+    const float nose = kNoseHz * m_upperApart.value / 1000; // as long as the tract
+    m_tract.SetNose(nose, nose * (1 + kNotchAbove * m_nasality.value), static_cast<float>(m_rate));
     if (target.noise > 0) {
         const float noisePace = m_noise.value < 0.01F ? 1.0F : Pace(6);
         m_noiseHz.Approach(target.noiseHz, noisePace);
         m_noiseBandwidth.Approach(target.noiseBandwidth, noisePace);
     }
-    m_hiss.Set(m_noiseHz.value, m_noiseBandwidth.value, static_cast<float>(m_rate));
+    for (Band& band : m_hiss)
+        band.Set(m_noiseHz.value, m_noiseBandwidth.value, static_cast<float>(m_rate));
+    // A quarter turn times its width is what passes both bands; the noise's variance is a third.
+    m_hissGain = std::sqrt(3 * static_cast<float>(m_rate) / 2 / (0.785398F * m_noiseBandwidth.value));
 }
+
+float Singer::CornerHz() const { return m_tiltHz.value * std::pow(kMuffledHz / m_tiltHz.value, m_muffling.value); }
 
 /// What brings the voice to an even level: the tract lifts some harmonics of some notes by twenty decibels and more.
 float Singer::LevelFor(float f0) const {
@@ -241,12 +274,14 @@ void Singer::Tick() {
     Target target;
     float release = 25;
     if (segment) {
-        target = AimAt(*segment, now, voice, m_vowel);
+        target = AimAt(*segment, now, voice, m_vowel, FindNext(*segment));
     } else {
         for (size_t i = 0; i < kFormants; ++i) {
             target.hz[i] = m_hz[i].value;
             target.bandwidth[i] = m_bandwidth[i].value;
         }
+        target.upperHz = m_upperHz.value;
+        target.upperApart = m_upperApart.value;
         if (m_timeline.SegmentCount() > 0 && m_timeline.SegmentAt(0).release.present) {
             const Shape& shape = m_timeline.SegmentAt(0).release;
             release = (15 + 0.9F * shape.duration) * StyleTime(shape, 2.0F, 0.25F);
@@ -286,14 +321,15 @@ void Singer::Tick() {
     const float perSample = 1.0F / kTickSamples;
     m_voicingStep = (m_voicing.value * m_gain.value * LevelFor(f0) - m_voicingNow) * perSample;
     m_aspirationStep = (m_aspiration.value * m_gain.value * kLevel * kAspirationLevel - m_aspirationNow) * perSample;
-    m_noiseStep = (m_noise.value * m_gain.value * kHissLevel * kLevel * clearness - m_noiseNow) * perSample;
+    m_noiseStep = (m_noise.value * m_gain.value * kLevel * clearness - m_noiseNow) * perSample;
     m_breathNow = voice.breath * (VoiceControl(13) < 0 ? 1 + VoiceControl(13) : 1 + 7 * VoiceControl(13));
 
     // Louder singing is brighter singing.
     const float effort = std::exp2(static_cast<float>(dynamics - kDefaultDynamics) / 80.0F + 1.2F * VoiceControl(12));
     const float brightnessPace = m_isFirstTick ? 1.0F : Pace(15);
+    m_muffling.Approach(target.muffling, m_isFirstTick ? 1.0F : Pace(4));
     m_tiltHz.Approach(voice.tiltHz * effort, brightnessPace);
-    m_tilt = 1 - std::exp(-6.2831853F * std::min(m_tiltHz.value, 15000.0F) / static_cast<float>(m_rate));
+    m_tilt = 1 - std::exp(-6.2831853F * std::min(CornerHz(), 15000.0F) / static_cast<float>(m_rate));
     m_shelfGain.Approach(FromDb(9 * VoiceControl(14)) - 1, brightnessPace);
     m_shelf = 1 - std::exp(-6.2831853F * 2500.0F / static_cast<float>(m_rate));
 }
@@ -305,11 +341,12 @@ float Singer::NextSample() {
     if (m_voicingNow < kQuiet * 0.01F && m_aspirationNow < kQuiet * 0.01F && m_noiseNow < kQuiet * 0.01F &&
         m_gain.value == 0)
         m_voicingNow = m_aspirationNow = m_noiseNow = 0;
-    const float white = m_random.Next() * m_whiteLevel;
+    const float unit = m_random.Next();
+    const float white = unit * m_whiteLevel;
     const float pulse = m_glottis.Next() + white * m_breathNow * m_glottis.Openness();
     m_tiltState += (pulse - m_tiltState) * m_tilt;
     float sound = m_tract.Next(m_tiltState * m_voicingNow + white * m_aspirationNow);
-    sound += m_hiss.Next(white) * m_noiseNow * 2;
+    sound += m_hiss[1].Next(m_hiss[0].Next(unit)) * m_hissGain * m_noiseNow;
     m_shelfState += (sound - m_shelfState) * m_shelf;
     return sound + (sound - m_shelfState) * m_shelfGain.value;
 }

@@ -41,11 +41,14 @@ private:
     void Tick();
     /// The segment that sounds now, or null; what is over is dropped.
     const Segment* FindCurrent(Time now);
+    /// The segment that follows without a gap, or null.
+    const Segment* FindNext(const Segment& segment) const;
     void BeginSegment(const Segment& segment);
     void BeginSound();
     float Envelope(const Segment* segment, Time now);
     PitchControls PitchControlsNow() const;
     void MoveTract(const Target& target, float f0);
+    float CornerHz() const;
     float LevelFor(float f0) const;
     float NextSample();
     float Pace(float milliseconds) const;
@@ -70,7 +73,7 @@ private:
     float m_voicingNow = 0, m_aspirationNow = 0, m_noiseNow = 0, m_breathNow = 0; ///< ramped within a tick
     float m_voicingStep = 0, m_aspirationStep = 0, m_noiseStep = 0;
     std::array<Smoothed, kFormants> m_hz, m_bandwidth;
-    Smoothed m_noiseHz, m_noiseBandwidth;
+    Smoothed m_noiseHz, m_noiseBandwidth, m_upperHz, m_upperApart, m_nasality, m_muffling;
     std::array<Smoothed, kFormants> m_boost;
     float m_whiteLevel = 1; ///< keeps noise as strong in a band whatever the rate
     float m_tilt = 1, m_tiltState = 0;
@@ -80,7 +83,8 @@ private:
     Glottis m_glottis;
     Noise m_random;
     VocalTract m_tract;
-    Band m_hiss;
+    std::array<Band, 2> m_hiss; ///< one after the other, for steep edges
+    float m_hissGain = 0;       ///< brings their noise to an RMS of 1
 };
 
 } // namespace rve

@@ -9,6 +9,7 @@ namespace {
 
 constexpr float kPi = 3.14159265F;
 constexpr float kHighest = 0.47F; // of the sample rate: a formant beyond it could not be held
+constexpr float kNoseBandwidth = 100;
 
 } // namespace
 
@@ -18,6 +19,14 @@ void Resonator::Set(float hz, float bandwidth, float rate) {
     m_c = -radius * radius;
     m_b = 2 * radius * std::cos(2 * kPi * frequency);
     m_a = 1 - m_b - m_c;
+}
+
+void Antiresonator::Set(float hz, float bandwidth, float rate) {
+    const float frequency = std::min(hz / rate, kHighest);
+    const float radius = std::exp(-kPi * bandwidth / rate);
+    m_c = -radius * radius;
+    m_b = 2 * radius * std::cos(2 * kPi * frequency);
+    m_a = 1 / (1 - m_b - m_c);
 }
 
 void Band::Set(float hz, float bandwidth, float rate) {
@@ -31,10 +40,38 @@ void Band::Set(float hz, float bandwidth, float rate) {
 void VocalTract::Reset() {
     for (Resonator& formant : m_chain)
         formant.Reset();
+    for (Resonator& upper : m_upper)
+        upper.Reset();
+    m_nose.Reset();
+    m_notch.Reset();
     for (Band& band : m_boostBands)
         band.Reset();
     m_boosts.fill(0);
+    m_upperHz = m_upperApart = 0;
     m_boosted = false;
+}
+
+void VocalTract::SetUpper(float hz, float apart, float rate) {
+    if (std::abs(hz - m_upperHz) < 0.5F && std::abs(apart - m_upperApart) < 0.1F)
+        return; // they stay where they are, nearly always
+    m_upperHz = hz;
+    m_upperApart = apart;
+    for (Resonator& upper : m_upper) {
+        upper.Set(hz, 150 + 0.04F * hz, rate);
+        hz += apart;
+    }
+}
+
+void VocalTract::SetNose(float hz, float notchHz, float rate) {
+    m_nose.Set(hz, kNoseBandwidth, rate);
+    m_notch.Set(notchHz, kNoseBandwidth, rate);
+}
+
+double VocalTract::GainSquared(double cosine) const {
+    double gain = m_nose.GainSquared(cosine) * m_notch.GainSquared(cosine);
+    for (const Resonator& formant : m_chain)
+        gain *= formant.GainSquared(cosine);
+    return gain; // the upper resonances add little to the low harmonics that are asked for
 }
 
 void VocalTract::SetBoost(int formant, float gain) {
