@@ -294,10 +294,10 @@ TEST_CASE("midi player: stopping leaves no note sounding, and playing on loses n
 TEST_CASE("midi player: what drops the tracks of a playing sequence stops it first") {
     const RecorderInList recorder;
     HandClock clock;
-    void (*const drops[])(Player&) = {
-        [](Player&) {}, // its end
-        [](Player& song) { song.CleanUp(); },
-        [](Player& song) { song.PrepareTrackList(1, 1, 480); },
+    void (*const drops[])(std::unique_ptr<Player>&) = {
+        [](auto& song) { song.reset(); },
+        [](auto& song) { song->CleanUp(); },
+        [](auto& song) { song->PrepareTrackList(1, 1, 480); },
     };
     for (const auto drop : drops) {
         auto song = std::make_unique<Player>(std::vector<Bytes>{Notes(500, 1)});
@@ -306,8 +306,7 @@ TEST_CASE("midi player: what drops the tracks of a playing sequence stops it fir
         clock.Advance(10);
         Player().CleanUp(); // another one's end is nothing to it
         CHECK(song->IsPlaying() == 1);
-        drop(*song);
-        song.reset();
+        drop(song);
         clock.Advance(10);
         CHECK(Player().IsPlaying() == 0);
         WithoutSilence(recorder->Messages());

@@ -157,8 +157,8 @@ TEST_CASE("midi sequence: three hundred tracks, while the host filters, mutes an
 
 TEST_CASE("midi sequence: the filter's slot for everything above system exclusive is not exclusive's own") {
     Song sequence({{0x00, 0xF0, 0x01, 0xF7, 0x00, 0xF7, 0x01, 0x01, 0x00, 0xFF, 0x2F, 0x00}});
-    for (const int none : {-1, 256})
-        CHECK(sequence.GetMessageFilter(none) == 0);
+    for (const int status : {-1, 0, 255, 256})
+        CHECK(sequence.GetMessageFilter(status) == (status == 0 || status == 255));
     sequence.SetMessageFilter(0xFF, 0);
     CHECK(Read(sequence) == Heads{{0, 0xF0, 0}});
     CHECK(sequence.GetMessageFilter(0xF7) == 0);
@@ -233,6 +233,8 @@ TEST_CASE("midi sequence: what does not fit") {
     REQUIRE(sequence.PrepareTrackList(1, 3, 480) == 1);
     sequence.AddNewTrack(kTwoTracks[0].data(), 12);
     CHECK(Read(sequence).size() == 3); // prepared places that no track took are passed over
+    sequence.CleanUp();
+    CHECK(sequence.AddNewTrack(kTwoTracks[0].data(), 12) == nullptr);
 }
 
 TEST_CASE("midi sequence: what memory does not suffice for leaves the tracks as they were") {

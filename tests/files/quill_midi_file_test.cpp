@@ -111,6 +111,7 @@ struct Inside : CxQuillMidiFile {
 
 std::string Saved(CxQuillMidiFile& file, CSequence& song, tagQuillMidiQSBBuffer* qsb = nullptr) {
     const TempFolder folder;
+    file.SetOutMode(CxQuillMidiEncoder::kRealTimeMode); // which a save is not
     CHECK(file.SaveAsFormat1(folder.Path("song.mid").c_str(), &song, qsb) == 1);
     CHECK(file.GetErrorMessage() == "CFileException::none"s);
     CHECK(file.GetOutMode() == CxQuillMidiEncoder::kFileMode);

@@ -117,6 +117,7 @@ TEST_CASE("riff: data from a buffer and from another file") {
     CHECK(on.riff.AddData(&source, 1, 2) == 1); // a copy sets the chunk's size and adds to the ones around
     CHECK(on.riff.AddData(&source, 20000, 1) == 0);
     CHECK(on.riff.AddData(static_cast<CFile*>(nullptr), 0, 1) == 0);
+    CHECK(on.riff.AddData(static_cast<CExtendBuffer*>(nullptr)) == 0);
     on.riff.CloseChunk();
     const DWORD around = 4 + 2 * 9008 + 18 + 13;
     CHECK(on.riff.AddData(&on.file, 8 + around - 2, 1000) == 0); // out of the file itself: as much as it held

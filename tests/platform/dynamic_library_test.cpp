@@ -63,11 +63,12 @@ TEST_CASE("library: NAME.DLL is found as NAME.so in the folders of TORV_LIBRARY_
     folder.File("TORV_COPY.DLL", "a program of another system, which is passed over");
     const std::string list = "/nowhere::" + folder.Path("");
     setenv("TORV_LIBRARY_PATH", list.c_str(), 1);
-    for (const char* name : {"TORV_COPY.DLL", "TORV_COPY.dll", "TORV_COPY.Dll", "TORV_COPY", "TORV_COPY.so"}) {
+    const std::string byPath = folder.Path("") + "\\TORV_COPY.DLL";
+    for (const char* name :
+         {"TORV_COPY.DLL", "TORV_COPY.dll", "TORV_COPY.Dll", "TORV_COPY", "TORV_COPY.so", byPath.c_str()}) {
         CAPTURE(name);
         const HMODULE copy = LoadLibraryA(name);
         REQUIRE(copy != nullptr);
-        CHECK(copy != system);
         char path[4096];
         REQUIRE(GetModuleFileNameA(copy, path, sizeof(path)) > 0);
         CHECK(std::filesystem::equivalent(path, folder.Path("TORV_COPY.so")));
@@ -76,9 +77,6 @@ TEST_CASE("library: NAME.DLL is found as NAME.so in the folders of TORV_LIBRARY_
     }
     unsetenv("TORV_LIBRARY_PATH");
     CHECK(LoadLibraryA("TORV_COPY.DLL") == nullptr);
-    const HMODULE byPath = LoadLibraryA(folder.Path("").append("\\TORV_COPY.DLL").c_str());
-    CHECK(byPath != nullptr);
-    CHECK(FreeLibrary(byPath));
     CHECK(FreeLibrary(system));
 }
 #endif

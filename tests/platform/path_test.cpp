@@ -58,14 +58,8 @@ TEST_CASE("path: files and folders whose names end as a backslash does are found
     const TempFolder folder;
     folder.Folder(HYOU);
     folder.File(HYOU "/" SO ".AIC", "x");
-    for (const char* path : {HYOU "/" SO ".AIC", HYOU "\\" SO ".aic"}) {
-        CAPTURE(path);
+    for (const char* path : {HYOU "/" SO ".AIC", HYOU "\\" SO ".aic"})
         CHECK(CFile(folder.Path(path).c_str(), CFile::modeRead).GetLength() == 1);
-        CFileFind find;
-        CHECK(find.FindFile(folder.Path(path).c_str()));
-        find.FindNextFile();
-        CHECK(find.GetFileName() == SO ".AIC");
-    }
     CFileFind find;
     REQUIRE(find.FindFile(folder.Path(HYOU "\\*.aic").c_str()));
     find.FindNextFile();

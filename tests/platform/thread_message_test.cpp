@@ -4,6 +4,7 @@
 #include <doctest/doctest.h>
 
 #include <atomic>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -128,6 +129,33 @@ TEST_CASE("thread messages: to the thread and to its windows, one queue") {
     CHECK(DispatchMessageA(&message) == 0);
     CHECK(adder.calls == 1);
     CHECK(DestroyWindow(b));
+}
+
+TEST_CASE(
+    "thread messages: any thread posts to a window, its owner alone takes and destroys; one that is gone is refused") {
+    const HWND window = NewWindow();
+    HWND theirs = nullptr;
+    std::thread([&] {
+        CWnd(window).PostMessage(WM_USER + 9, 1, 2);
+        CHECK(TakeAll(window).empty());
+        CHECK_FALSE(DestroyWindow(window));
+        CHECK(GetLastError() == ERROR_ACCESS_DENIED);
+        theirs = NewWindow();
+        CHECK(IsWindow(theirs));
+    }).join();
+    CHECK_FALSE(IsWindow(theirs)); // a thread's windows end with it
+    CHECK(TakeAll(window) == std::vector<UINT>{WM_USER + 9});
+    PostMessageA(window, WM_USER, 0, 0);
+    CHECK(DestroyWindow(window));
+    CHECK_FALSE(PostMessageA(window, WM_USER, 0, 0));
+    CHECK(GetLastError() == ERROR_INVALID_WINDOW_HANDLE);
+    CHECK_FALSE(DestroyWindow(window));
+    CHECK(TakeAll().empty()); // its messages went with it
+    for (const HWND none : {window, HWND(), reinterpret_cast<HWND>(INT_PTR(0x1234))}) {
+        CHECK_FALSE(IsWindow(none));
+        CHECK_FALSE(CWnd(none).PostMessage(WM_USER));
+    }
+    CHECK(CreateWindowExA(0, "NoSuchClass", "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr) == nullptr);
 }
 
 TEST_CASE("thread messages: sent ones are answered by the window's own thread") {
