@@ -25,7 +25,7 @@ public:
 private:
     static DWORD WINAPI Run(LPVOID self) {
         static_cast<BegunThread*>(self)->m_work();
-        return 7;
+        return 0;
     }
     std::function<void()> m_work;
 };

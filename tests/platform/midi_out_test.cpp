@@ -14,10 +14,6 @@ TEST_CASE("midi out: a device that is not there") {
     CHECK(midiOutOpen(&device, none, 0, 0, CALLBACK_NULL) != MMSYSERR_NOERROR);
     CHECK(midiOutShortMsg(nullptr, 0x403C90) == MMSYSERR_INVALHANDLE);
     CHECK(midiOutClose(nullptr) == MMSYSERR_INVALHANDLE);
-    char text[MAXERRORLENGTH] = {};
-    CHECK(midiOutGetErrorTextA(MMSYSERR_BADDEVICEID, text, sizeof(text)) == MMSYSERR_NOERROR);
-    CHECK(text[0] != 0);
-    CHECK(midiOutGetErrorTextA(60000, text, sizeof(text)) == MMSYSERR_BADERRNUM);
 }
 
 #if !defined(_WIN32)

@@ -67,7 +67,6 @@ TEST_CASE("timer: a periodic one keeps its pace over many periods") {
         CHECK(timeKillEvent(timer) != TIMERR_NOERROR);
     }
     CHECK(isInTime);
-    CHECK(timeEndPeriod(1) == TIMERR_NOERROR);
 }
 
 TEST_CASE("timer: killing waits for the callback that runs") {

@@ -1,6 +1,5 @@
 #include "torv/platform/worker_thread.h"
 
-#include "torv/platform/afx/win_thread.h"
 #include "torv/platform/or_fail.h"
 
 #include <atomic>
@@ -13,13 +12,12 @@ struct Beginning {
     std::atomic<bool> hasQueue = false;
 };
 
-UINT Run(LPVOID parameter) {
+DWORD WINAPI Run(LPVOID parameter) {
     const std::unique_ptr<std::shared_ptr<Beginning>> given(static_cast<std::shared_ptr<Beginning>*>(parameter));
     MSG message;
     PeekMessageA(&message, nullptr, 0, 0, PM_NOREMOVE); // makes the queue
     (*given)->hasQueue = true;
-    if ((*given)->work)
-        (*given)->work();
+    (*given)->work();
     return 0;
 }
 
@@ -31,18 +29,14 @@ std::shared_ptr<WorkerThread> WorkerThread::Begin(std::function<void()> work, in
         const auto beginning = std::make_shared<Beginning>();
         beginning->work = std::move(work);
         auto given = std::make_unique<std::shared_ptr<Beginning>>(beginning);
-        CWinThread* const begun = AfxBeginThread(&Run, given.get(), priority, 0, CREATE_SUSPENDED);
-        if (!begun)
+        // Suspended, so that its priority is there from the beginning.
+        worker->m_thread = CreateThread(nullptr, 0, &Run, given.get(), CREATE_SUSPENDED, &worker->m_id);
+        if (!worker->m_thread)
             return std::shared_ptr<WorkerThread>();
         static_cast<void>(given.release()); // the thread's
-        worker->m_id = begun->m_nThreadID;
-        if (!DuplicateHandle(GetCurrentProcess(), begun->m_hThread, GetCurrentProcess(), &worker->m_thread, 0, FALSE,
-                             DUPLICATE_SAME_ACCESS)) {
-            beginning->work = nullptr; // it cannot be called back, but it does nothing
-            worker.reset();
-        }
-        begun->ResumeThread(); // from here on its object may be gone
-        while (worker && !beginning->hasQueue)
+        SetThreadPriority(worker->m_thread, priority);
+        ResumeThread(worker->m_thread);
+        while (!beginning->hasQueue)
             Sleep(0);
         return worker;
     });

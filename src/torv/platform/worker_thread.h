@@ -31,8 +31,8 @@ public:
 private:
     WorkerThread() = default;
 
-    HANDLE m_thread = nullptr; // of its own: the thread's object goes with the thread
-    DWORD m_id = 0;            // not given to another thread while the handle is held
+    HANDLE m_thread = nullptr;
+    DWORD m_id = 0; // not given to another thread while the handle is held
 };
 
 } // namespace torv

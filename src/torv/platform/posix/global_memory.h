@@ -21,7 +21,3 @@ TORV_API LPVOID GlobalLock(HGLOBAL memory);
 TORV_API BOOL GlobalUnlock(HGLOBAL memory);
 /// Null on success (null itself is freed with success), else the handle.
 TORV_API HGLOBAL GlobalFree(HGLOBAL memory);
-/// Bytes of the block; 0 for a handle that names nothing.
-TORV_API SIZE_T GlobalSize(HGLOBAL memory);
-/// The handle of the block that starts at this address, or null.
-TORV_API HGLOBAL GlobalHandle(LPCVOID address);

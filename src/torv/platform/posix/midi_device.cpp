@@ -2,8 +2,7 @@
 
 #include "torv/platform/immortal.h"
 #include "torv/platform/posix/midi_ports.h"
-
-#include <mutex>
+#include "torv/platform/posix/output_calls.h"
 
 namespace {
 
@@ -16,36 +15,16 @@ public:
     bool LongMessage(const BYTE*, DWORD) override { return true; }
 };
 
-struct Added {
-    std::mutex mutex;
-    std::vector<std::shared_ptr<torv::MidiOutDevice>> devices;
-    const std::shared_ptr<torv::MidiOutDevice> nullOutput = std::make_shared<NullOutput>();
+struct List : torv::DeviceList<torv::MidiOutDevice> {
+    List() : DeviceList(std::make_shared<NullOutput>()) {}
 };
-
-Added& TheAdded() { return torv::Immortal<Added>(); }
 
 } // namespace
 
-void torv::AddMidiOutDevice(std::shared_ptr<MidiOutDevice> device) {
-    if (!device)
-        return;
-    Added& added = TheAdded();
-    const std::lock_guard lock(added.mutex);
-    added.devices.push_back(std::move(device));
-}
+void torv::AddMidiOutDevice(std::shared_ptr<MidiOutDevice> device) { Immortal<List>().Add(std::move(device)); }
 
-void torv::RemoveMidiOutDevice(const MidiOutDevice* device) {
-    Added& added = TheAdded();
-    const std::lock_guard lock(added.mutex);
-    std::erase_if(added.devices, [&](const auto& candidate) { return candidate.get() == device; });
-}
+void torv::RemoveMidiOutDevice(const MidiOutDevice* device) { Immortal<List>().Remove(device); }
 
 std::vector<std::shared_ptr<torv::MidiOutDevice>> torv::MidiOutDevices() {
-    const auto ports = SystemMidiPorts();
-    Added& added = TheAdded();
-    const std::lock_guard lock(added.mutex);
-    auto devices = added.devices;
-    devices.insert(devices.end(), ports.begin(), ports.end());
-    devices.push_back(added.nullOutput);
-    return devices;
+    return Immortal<List>().With(SystemMidiPorts());
 }

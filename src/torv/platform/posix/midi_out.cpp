@@ -1,47 +1,19 @@
 #include "torv/platform/posix/midi_out.h"
 
 #include "torv/platform/immortal.h"
-#include "torv/platform/or_fail.h"
 #include "torv/platform/posix/midi_ports.h"
 #include "torv/platform/posix/open_midi_out.h"
 #include "torv/platform/posix/output_calls.h"
 
 #include <algorithm>
 #include <cstring>
-#include <unordered_set>
 
 namespace {
 
-using Device = std::shared_ptr<torv::MidiOutDevice>;
+using torv::OpenMidiOut;
 
-torv::OpenOutputs<HMIDIOUT, torv::OpenMidiOut>& Outputs() {
-    return torv::Immortal<torv::OpenOutputs<HMIDIOUT, torv::OpenMidiOut>>();
-}
-
-/// The devices in use, from before they open until after they closed.
-struct Used {
-    std::mutex mutex;
-    std::unordered_set<const torv::MidiOutDevice*> devices;
-};
-
-Used& TheUsed() { return torv::Immortal<Used>(); }
-
-std::shared_ptr<torv::OpenMidiOut> Find(HMIDIOUT handle) { return Outputs().Find(handle); }
-
-Device FindDevice(UINT_PTR number) {
-    return torv::OrFail(Device(), [&] { return torv::DeviceAt(torv::MidiOutDevices(), number); });
-}
-
-bool TakeIntoUse(const torv::MidiOutDevice* device) {
-    Used& used = TheUsed();
-    const std::lock_guard lock(used.mutex);
-    return used.devices.insert(device).second;
-}
-
-void GiveBack(const torv::MidiOutDevice* device) {
-    Used& used = TheUsed();
-    const std::lock_guard lock(used.mutex);
-    used.devices.erase(device);
+torv::OpenOutputs<HMIDIOUT, OpenMidiOut>& Outputs() {
+    return torv::Immortal<torv::OpenOutputs<HMIDIOUT, OpenMidiOut>>();
 }
 
 /// 0 for what is no short message of its own.
@@ -67,41 +39,14 @@ DWORD ShortMessageLength(BYTE status) {
     return (status & 0xE0) == 0xC0 ? 2 : 3;
 }
 
-template <class Call>
-MMRESULT WithHeader(HMIDIOUT handle, LPMIDIHDR header, UINT size, Call call) {
-    const auto open = Find(handle);
-    if (!open)
-        return MMSYSERR_INVALHANDLE;
-    if (!header || !header->lpData || size < sizeof(MIDIHDR))
-        return MMSYSERR_INVALPARAM;
-    return ((*open).*call)(*header);
-}
-
-std::string ErrorText(MMRESULT error) {
-    switch (error) {
-    case MIDIERR_UNPREPARED:
-        return "The MIDI header is not prepared.";
-    case MIDIERR_STILLPLAYING:
-        return "MIDI data are still being sent.";
-    case MIDIERR_NOTREADY:
-        return "The MIDI device is busy with other data.";
-    case MIDIERR_NODEVICE:
-        return "The MIDI device cannot be opened; it may have been taken away.";
-    default:
-        return torv::OutputErrorText(error, "MIDI");
-    }
-}
-
 } // namespace
 
-UINT midiOutGetNumDevs() {
-    return torv::OrFail(0u, [] { return static_cast<UINT>(torv::MidiOutDevices().size()); });
-}
+UINT midiOutGetNumDevs() { return torv::CountDevices(torv::MidiOutDevices); }
 
 MMRESULT midiOutGetDevCapsA(UINT_PTR number, LPMIDIOUTCAPSA capabilities, UINT size) {
     if (!capabilities)
         return MMSYSERR_INVALPARAM;
-    const Device device = FindDevice(number);
+    const auto device = torv::FindDevice(torv::MidiOutDevices, number);
     if (!device)
         return MMSYSERR_BADDEVICEID;
     const bool mapper = torv::IsMapper(number);
@@ -121,73 +66,28 @@ MMRESULT midiOutOpen(LPHMIDIOUT handle, UINT number, DWORD_PTR callback, DWORD_P
         return MMSYSERR_INVALFLAG;
     if (flags == CALLBACK_FUNCTION && !callback)
         return MMSYSERR_INVALPARAM;
-    const Device device = FindDevice(number);
+    const auto device = torv::FindDevice(torv::MidiOutDevices, number);
     if (!device)
         return MMSYSERR_BADDEVICEID;
-    const HMIDIOUT fresh = Outputs().NewHandle();
     const auto function = flags == CALLBACK_FUNCTION ? reinterpret_cast<LPMIDICALLBACK>(callback) : nullptr;
-    std::shared_ptr<torv::OpenMidiOut> open;
-    bool isTaken = false;
-    const MMRESULT result = torv::OrFail(MMSYSERR_NOMEM, [&] {
-        isTaken = TakeIntoUse(device.get());
-        if (!isTaken)
-            return MMSYSERR_ALLOCATED;
-        open = std::make_shared<torv::OpenMidiOut>(fresh, device, function, instance);
-        Outputs().Add(fresh, open);
-        return open->Open();
-    });
-    if (result == MMSYSERR_NOERROR) {
-        *handle = fresh;
-        open->Tell(MOM_OPEN, 0);
-    } else if (isTaken) {
-        Outputs().Remove(fresh);
-        GiveBack(device.get());
-    }
-    return result;
+    return Outputs().Open(handle, MOM_OPEN, true, device, function, instance);
 }
 
 MMRESULT midiOutShortMsg(HMIDIOUT handle, DWORD message) {
-    const auto open = Find(handle);
-    if (!open)
-        return MMSYSERR_INVALHANDLE;
-    const DWORD count = ShortMessageLength(static_cast<BYTE>(message));
-    if (count == 0)
-        return MMSYSERR_INVALPARAM;
-    const BYTE bytes[] = {static_cast<BYTE>(message), static_cast<BYTE>(message >> 8),
-                          static_cast<BYTE>(message >> 16)};
-    return open->Short(bytes, count);
+    return Outputs().On(handle, &OpenMidiOut::Short, message, ShortMessageLength(static_cast<BYTE>(message)));
 }
 
 MMRESULT midiOutPrepareHeader(HMIDIOUT handle, LPMIDIHDR header, UINT size) {
-    return WithHeader(handle, header, size, &torv::OpenMidiOut::Prepare);
+    return Outputs().OnHeader(handle, &OpenMidiOut::Prepare, header, size);
 }
 
 MMRESULT midiOutUnprepareHeader(HMIDIOUT handle, LPMIDIHDR header, UINT size) {
-    return WithHeader(handle, header, size, &torv::OpenMidiOut::Unprepare);
+    return Outputs().OnHeader(handle, &OpenMidiOut::Unprepare, header, size);
 }
 
 MMRESULT midiOutLongMsg(HMIDIOUT handle, LPMIDIHDR header, UINT size) {
-    return WithHeader(handle, header, size, &torv::OpenMidiOut::Long);
+    return Outputs().OnHeader(handle, &OpenMidiOut::Long, header, size);
 }
 
-MMRESULT midiOutReset(HMIDIOUT handle) {
-    const auto open = Find(handle);
-    return open ? open->Reset() : MMSYSERR_INVALHANDLE;
-}
-
-MMRESULT midiOutClose(HMIDIOUT handle) {
-    const auto open = Find(handle);
-    if (!open)
-        return MMSYSERR_INVALHANDLE;
-    const MMRESULT result = open->Close();
-    if (result != MMSYSERR_NOERROR)
-        return result;
-    Outputs().Remove(handle);
-    GiveBack(open->Device());
-    open->Tell(MOM_CLOSE, 0);
-    return MMSYSERR_NOERROR;
-}
-
-MMRESULT midiOutGetErrorTextA(MMRESULT error, LPSTR text, UINT size) {
-    return torv::OrFail(MMSYSERR_NOMEM, [&] { return torv::CopyErrorText(ErrorText(error), text, size); });
-}
+MMRESULT midiOutReset(HMIDIOUT handle) { return Outputs().On(handle, &OpenMidiOut::Reset); }
+MMRESULT midiOutClose(HMIDIOUT handle) { return Outputs().Close(handle, MOM_CLOSE); }

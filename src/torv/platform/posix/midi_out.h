@@ -73,5 +73,3 @@ TORV_API MMRESULT midiOutLongMsg(HMIDIOUT handle, LPMIDIHDR header, UINT size);
 TORV_API MMRESULT midiOutReset(HMIDIOUT handle);
 /// MIDIERR_STILLPLAYING while headers are queued, MMSYSERR_HANDLEBUSY from the device's callback.
 TORV_API MMRESULT midiOutClose(HMIDIOUT handle);
-/// The text, cut to the size with its NUL; MMSYSERR_BADERRNUM for a number that is none.
-TORV_API MMRESULT midiOutGetErrorTextA(MMRESULT error, LPSTR text, UINT size);

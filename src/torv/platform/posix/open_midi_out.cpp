@@ -26,7 +26,11 @@ void OpenMidiOut::Tell(UINT message, DWORD_PTR header) const {
         m_callback(m_handle, message, m_instance, header, 0);
 }
 
-MMRESULT OpenMidiOut::Short(const BYTE* bytes, DWORD count) {
+MMRESULT OpenMidiOut::Short(DWORD message, DWORD count) {
+    if (count == 0)
+        return MMSYSERR_INVALPARAM;
+    const BYTE bytes[] = {static_cast<BYTE>(message), static_cast<BYTE>(message >> 8),
+                          static_cast<BYTE>(message >> 16)};
     const std::lock_guard lock(m_mutex);
     if (m_closed)
         return MMSYSERR_INVALHANDLE;
@@ -65,9 +69,7 @@ MMRESULT OpenMidiOut::Long(MIDIHDR& header) {
     if (m_resetting)
         return MIDIERR_NOTREADY; // else a callback that sends again would keep a reset from its end
     header.dwFlags = (header.dwFlags & ~MHDR_DONE) | MHDR_INQUEUE;
-    header.lpNext = nullptr;
-    (m_first ? m_last->lpNext : m_first) = &header;
-    m_last = &header;
+    m_queue.Append(header);
     m_changed.notify_all();
     return MMSYSERR_NOERROR;
 }
@@ -79,7 +81,7 @@ MMRESULT OpenMidiOut::Reset() {
     m_resetting = true;
     if (!OnOwnThread())
         m_changed.wait(lock, [&] { return !IsSending() && !m_calling; });
-    m_resetting = m_first != nullptr;
+    m_resetting = !m_queue.IsEmpty();
     for (BYTE channel = 0; channel < 16; ++channel) {
         for (const BYTE controller : {BYTE{64}, BYTE{123}}) { // pedal up, all notes off
             const BYTE bytes[] = {static_cast<BYTE>(0xB0 | channel), controller, 0};
@@ -107,34 +109,27 @@ MMRESULT OpenMidiOut::Close() {
     return MMSYSERR_NOERROR;
 }
 
-MIDIHDR* OpenMidiOut::TakeFirst() {
-    MIDIHDR* header = m_first;
-    m_first = header->lpNext;
-    header->lpNext = nullptr;
-    return header;
-}
-
 void OpenMidiOut::SendQueue() {
     std::unique_lock lock(m_mutex);
     for (;;) {
-        m_changed.wait(lock, [&] { return m_first || m_closed; });
-        if (!m_first)
+        m_changed.wait(lock, [&] { return !m_queue.IsEmpty() || m_closed; });
+        if (m_queue.IsEmpty())
             return;
-        MIDIHDR* header = TakeFirst();
-        if (!m_resetting && header->dwBufferLength > 0) {
+        MIDIHDR& header = m_queue.TakeFirst();
+        if (!m_resetting && header.dwBufferLength > 0) {
             m_sending = true;
             lock.unlock();
             OrFail(false, [&] {
-                return m_device->LongMessage(reinterpret_cast<const BYTE*>(header->lpData), header->dwBufferLength);
+                return m_device->LongMessage(reinterpret_cast<const BYTE*>(header.lpData), header.dwBufferLength);
             });
             lock.lock();
             m_sending = false;
         }
-        m_resetting = m_resetting && m_first;
-        header->dwFlags = (header->dwFlags & ~MHDR_INQUEUE) | MHDR_DONE;
+        m_resetting = m_resetting && !m_queue.IsEmpty();
+        header.dwFlags = (header.dwFlags & ~MHDR_INQUEUE) | MHDR_DONE;
         m_calling = true;
         lock.unlock();
-        Tell(MOM_DONE, reinterpret_cast<DWORD_PTR>(header));
+        Tell(MOM_DONE, reinterpret_cast<DWORD_PTR>(&header));
         lock.lock();
         m_calling = false;
         m_changed.notify_all();

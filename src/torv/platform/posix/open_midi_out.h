@@ -2,6 +2,7 @@
 
 #include "torv/platform/midi_device.h"
 #include "torv/platform/posix/midi_out.h"
+#include "torv/platform/posix/output_calls.h"
 
 #include <condition_variable>
 #include <mutex>
@@ -20,7 +21,8 @@ public:
     const MidiOutDevice* Device() const { return m_device.get(); }
     void Tell(UINT message, DWORD_PTR header) const;
 
-    MMRESULT Short(const BYTE* bytes, DWORD count);
+    /// The message's lowest `count` bytes; 0 is refused.
+    MMRESULT Short(DWORD message, DWORD count);
     MMRESULT Prepare(MIDIHDR& header);
     MMRESULT Unprepare(MIDIHDR& header);
     MMRESULT Long(MIDIHDR& header);
@@ -30,8 +32,7 @@ public:
 
 private:
     void SendQueue();
-    MIDIHDR* TakeFirst();
-    bool IsSending() const { return m_sending || m_first; }
+    bool IsSending() const { return m_sending || !m_queue.IsEmpty(); }
     bool OnOwnThread() const { return m_thread.get_id() == std::this_thread::get_id(); }
 
     const HMIDIOUT m_handle;
@@ -41,8 +42,7 @@ private:
 
     std::mutex m_mutex; // also around every call of the device, but for long messages
     std::condition_variable m_changed;
-    MIDIHDR* m_first = nullptr; // the queue, chained through the headers
-    MIDIHDR* m_last = nullptr;
+    HeaderQueue<MIDIHDR> m_queue;
     bool m_sending = false;
     bool m_calling = false; // the callback runs
     bool m_resetting = false;

@@ -15,12 +15,11 @@ void ChangeFlags(WAVEHDR& header, DWORD clear, DWORD set) {
 
 } // namespace
 
-bool OpenWaveOut::Open(std::shared_ptr<WaveOutDevice> device, const WAVEFORMATEX& format) {
-    m_device = std::move(device);
-    m_stream = m_device->Open(format, *this);
+MMRESULT OpenWaveOut::Open() {
+    m_stream = m_device->Open(m_format, *this);
     if (m_stream && CallsFunction())
         m_thread = std::thread(&OpenWaveOut::CallFunction, this);
-    return m_stream != nullptr;
+    return m_stream ? MMSYSERR_NOERROR : MMSYSERR_ALLOCATED;
 }
 
 void OpenWaveOut::Tell(UINT message, DWORD_PTR header) const {
@@ -72,30 +71,20 @@ MMRESULT OpenWaveOut::Write(WAVEHDR& header) {
         if (HeaderFlags(header) & WHDR_INQUEUE)
             return WAVERR_STILLPLAYING;
         ChangeFlags(header, WHDR_DONE, WHDR_INQUEUE);
-        header.lpNext = nullptr;
-        (m_first ? m_last->lpNext : m_first) = &header;
-        m_last = &header;
+        m_queue.Append(header);
         block.number = ++m_written;
     }
     const bool isWritten = OrFail(false, [&] {
         m_stream->Write(block);
         return true;
     });
-    if (!isWritten)
-        Unqueue(header);
-    return isWritten ? MMSYSERR_NOERROR : MMSYSERR_NOMEM;
-}
-
-/// The last one, which the stream has not heard of.
-void OpenWaveOut::Unqueue(WAVEHDR& header) {
-    const std::lock_guard lock(m_mutex);
-    WAVEHDR* before = m_first == &header ? nullptr : m_first;
-    while (before && before->lpNext != &header)
-        before = before->lpNext;
-    (before ? before->lpNext : m_first) = nullptr;
-    m_last = before;
+    if (isWritten)
+        return MMSYSERR_NOERROR;
+    const std::lock_guard lock(m_mutex); // it is the last one, and the stream has not heard of it
+    m_queue.RemoveLast();
     --m_written;
     ChangeFlags(header, WHDR_INQUEUE, 0);
+    return MMSYSERR_NOMEM;
 }
 
 MMRESULT OpenWaveOut::Pause() {
@@ -143,7 +132,7 @@ MMRESULT OpenWaveOut::Close() {
             return MMSYSERR_INVALHANDLE;
         if (OnOwnThread())
             return MMSYSERR_HANDLEBUSY;
-        if (m_first)
+        if (!m_queue.IsEmpty())
             return WAVERR_STILLPLAYING;
         m_closed = true;
         stream = std::move(m_stream);
@@ -166,9 +155,7 @@ void OpenWaveOut::BlockDone(ULONGLONG number) {
 
 /// The header is the caller's again as soon as its flags say so.
 WAVEHDR& OpenWaveOut::TakeFirst() {
-    WAVEHDR& header = *m_first;
-    m_first = header.lpNext;
-    header.lpNext = nullptr;
+    WAVEHDR& header = m_queue.TakeFirst();
     ++m_returned;
     ChangeFlags(header, WHDR_INQUEUE, WHDR_DONE);
     return header;

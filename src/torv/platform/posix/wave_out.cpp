@@ -1,12 +1,12 @@
 #include "torv/platform/posix/wave_out.h"
 
 #include "torv/platform/immortal.h"
-#include "torv/platform/or_fail.h"
 #include "torv/platform/posix/open_wave_out.h"
 #include "torv/platform/posix/output_calls.h"
 #include "torv/platform/posix/wave_devices.h"
 #include "torv/platform/posix/window.h"
 #include "torv/platform/safe_point.h"
+#include "torv/platform/text.h"
 
 #include <algorithm>
 #include <cstring>
@@ -14,19 +14,10 @@
 namespace {
 
 using torv::OpenWaveOut;
-using Device = std::shared_ptr<torv::WaveOutDevice>;
 
 torv::OpenOutputs<HWAVEOUT, OpenWaveOut>& Outputs() {
-    return torv::Immortal<torv::OpenOutputs<HWAVEOUT, OpenWaveOut>>();
-}
-
-std::shared_ptr<OpenWaveOut> Find(HWAVEOUT handle) {
     torv::SafePoint();
-    return Outputs().Find(handle);
-}
-
-Device FindDevice(UINT_PTR number) {
-    return torv::OrFail(Device(), [&] { return torv::DeviceAt(torv::WaveOutDevices(), number); });
+    return torv::Immortal<torv::OpenOutputs<HWAVEOUT, OpenWaveOut>>();
 }
 
 bool IsSound(const WAVEFORMATEX& format) {
@@ -48,24 +39,33 @@ bool IsTarget(DWORD type, DWORD_PTR callback) {
     }
 }
 
-template <class Call>
-MMRESULT WithHeader(HWAVEOUT handle, LPWAVEHDR header, UINT size, Call call) {
-    const auto open = Find(handle);
-    if (!open)
-        return MMSYSERR_INVALHANDLE;
-    if (!header || (!header->lpData && header->dwBufferLength > 0) || size < sizeof(WAVEHDR))
-        return MMSYSERR_INVALPARAM;
-    return ((*open).*call)(*header);
-}
-
-template <class Call>
-MMRESULT WithOpen(HWAVEOUT handle, Call call) {
-    const auto open = Find(handle);
-    return open ? ((*open).*call)() : MMSYSERR_INVALHANDLE;
-}
-
-std::string ErrorText(MMRESULT error) {
+/// Null for a number that is none.
+const char* ErrorText(MMRESULT error) {
     switch (error) {
+    case MMSYSERR_NOERROR:
+        return "No error.";
+    case MMSYSERR_ERROR:
+        return "The wave device failed.";
+    case MMSYSERR_BADDEVICEID:
+        return "There is no wave device of this number.";
+    case MMSYSERR_ALLOCATED:
+        return "The wave device cannot be opened; it may be in use, or have been taken away.";
+    case MMSYSERR_INVALHANDLE:
+        return "The wave device is not open.";
+    case MMSYSERR_NODRIVER:
+        return "There is no driver for the wave device.";
+    case MMSYSERR_NOMEM:
+        return "There is not enough memory, or no thread to be had.";
+    case MMSYSERR_NOTSUPPORTED:
+        return "The wave device cannot do this.";
+    case MMSYSERR_BADERRNUM:
+        return "There is no error of this number.";
+    case MMSYSERR_INVALFLAG:
+        return "A flag is not known.";
+    case MMSYSERR_INVALPARAM:
+        return "A parameter is not valid.";
+    case MMSYSERR_HANDLEBUSY:
+        return "The wave device is busy on another thread.";
     case WAVERR_BADFORMAT:
         return "The wave device does not play this format.";
     case WAVERR_STILLPLAYING:
@@ -73,20 +73,18 @@ std::string ErrorText(MMRESULT error) {
     case WAVERR_UNPREPARED:
         return "The wave header is not prepared.";
     default:
-        return torv::OutputErrorText(error, "wave");
+        return nullptr;
     }
 }
 
 } // namespace
 
-UINT waveOutGetNumDevs() {
-    return torv::OrFail(0u, [] { return static_cast<UINT>(torv::WaveOutDevices().size()); });
-}
+UINT waveOutGetNumDevs() { return torv::CountDevices(torv::WaveOutDevices); }
 
 MMRESULT waveOutGetDevCapsA(UINT_PTR number, LPWAVEOUTCAPSA capabilities, UINT size) {
     if (!capabilities)
         return MMSYSERR_INVALPARAM;
-    const Device device = FindDevice(number);
+    const auto device = torv::FindDevice(torv::WaveOutDevices, number);
     if (!device)
         return MMSYSERR_BADDEVICEID;
     WAVEOUTCAPSA found{};
@@ -99,7 +97,6 @@ MMRESULT waveOutGetDevCapsA(UINT_PTR number, LPWAVEOUTCAPSA capabilities, UINT s
 
 MMRESULT waveOutOpen(LPHWAVEOUT handle, UINT number, LPCWAVEFORMATEX format, DWORD_PTR callback, DWORD_PTR instance,
                      DWORD flags) {
-    torv::SafePoint();
     constexpr DWORD kKnown = CALLBACK_TYPEMASK | WAVE_FORMAT_QUERY | WAVE_ALLOWSYNC | WAVE_MAPPED | WAVE_FORMAT_DIRECT;
     const bool onlyAsks = (flags & WAVE_FORMAT_QUERY) != 0;
     const DWORD type = flags & CALLBACK_TYPEMASK;
@@ -109,7 +106,7 @@ MMRESULT waveOutOpen(LPHWAVEOUT handle, UINT number, LPCWAVEFORMATEX format, DWO
         return MMSYSERR_INVALFLAG;
     if (!onlyAsks && !IsTarget(type, callback))
         return MMSYSERR_INVALPARAM;
-    const Device device = FindDevice(number);
+    const auto device = torv::FindDevice(torv::WaveOutDevices, number);
     if (!device)
         return MMSYSERR_BADDEVICEID;
     WAVEFORMATEX copy{};
@@ -118,50 +115,32 @@ MMRESULT waveOutOpen(LPHWAVEOUT handle, UINT number, LPCWAVEFORMATEX format, DWO
         return WAVERR_BADFORMAT;
     if (onlyAsks)
         return MMSYSERR_NOERROR;
-    const HWAVEOUT fresh = Outputs().NewHandle();
-    std::shared_ptr<OpenWaveOut> open;
-    const MMRESULT result = torv::OrFail(MMSYSERR_NOMEM, [&] {
-        open = std::make_shared<OpenWaveOut>(fresh, OpenWaveOut::Target{type, callback, instance});
-        Outputs().Add(fresh, open);
-        return open->Open(device, copy) ? MMSYSERR_NOERROR : MMSYSERR_ALLOCATED;
-    });
-    if (result != MMSYSERR_NOERROR) {
-        Outputs().Remove(fresh);
-        return result;
-    }
-    *handle = fresh;
-    open->Tell(MM_WOM_OPEN, 0);
-    return MMSYSERR_NOERROR;
+    return Outputs().Open(handle, MM_WOM_OPEN, false, OpenWaveOut::Target{type, callback, instance}, device, copy);
 }
 
 MMRESULT waveOutPrepareHeader(HWAVEOUT handle, LPWAVEHDR header, UINT size) {
-    return WithHeader(handle, header, size, &OpenWaveOut::Prepare);
+    return Outputs().OnHeader(handle, &OpenWaveOut::Prepare, header, size);
 }
 
 MMRESULT waveOutUnprepareHeader(HWAVEOUT handle, LPWAVEHDR header, UINT size) {
-    return WithHeader(handle, header, size, &OpenWaveOut::Unprepare);
+    return Outputs().OnHeader(handle, &OpenWaveOut::Unprepare, header, size);
 }
 
 MMRESULT waveOutWrite(HWAVEOUT handle, LPWAVEHDR header, UINT size) {
-    return WithHeader(handle, header, size, &OpenWaveOut::Write);
+    return Outputs().OnHeader(handle, &OpenWaveOut::Write, header, size);
 }
 
-MMRESULT waveOutPause(HWAVEOUT handle) { return WithOpen(handle, &OpenWaveOut::Pause); }
-MMRESULT waveOutRestart(HWAVEOUT handle) { return WithOpen(handle, &OpenWaveOut::Restart); }
-MMRESULT waveOutReset(HWAVEOUT handle) { return WithOpen(handle, &OpenWaveOut::Reset); }
-
-MMRESULT waveOutClose(HWAVEOUT handle) {
-    const auto open = Find(handle);
-    if (!open)
-        return MMSYSERR_INVALHANDLE;
-    const MMRESULT result = open->Close();
-    if (result != MMSYSERR_NOERROR)
-        return result;
-    Outputs().Remove(handle);
-    open->Tell(MM_WOM_CLOSE, 0);
-    return MMSYSERR_NOERROR;
-}
+MMRESULT waveOutPause(HWAVEOUT handle) { return Outputs().On(handle, &OpenWaveOut::Pause); }
+MMRESULT waveOutRestart(HWAVEOUT handle) { return Outputs().On(handle, &OpenWaveOut::Restart); }
+MMRESULT waveOutReset(HWAVEOUT handle) { return Outputs().On(handle, &OpenWaveOut::Reset); }
+MMRESULT waveOutClose(HWAVEOUT handle) { return Outputs().Close(handle, MM_WOM_CLOSE); }
 
 MMRESULT waveOutGetErrorTextA(MMRESULT error, LPSTR text, UINT size) {
-    return torv::OrFail(MMSYSERR_NOMEM, [&] { return torv::CopyErrorText(ErrorText(error), text, size); });
+    const char* const found = ErrorText(error);
+    if (!text)
+        return MMSYSERR_INVALPARAM;
+    if (!found)
+        return MMSYSERR_BADERRNUM;
+    torv::CopyText(text, size, found);
+    return MMSYSERR_NOERROR;
 }
