@@ -38,15 +38,12 @@ TEST_CASE("library: what is not there is null, with the reason") {
 
 TEST_CASE("library: the module that holds this code knows its own file") {
     const HMODULE own = torv::LibraryModule();
-    REQUIRE(own != nullptr);
     char path[4096] = {};
     const DWORD length = GetModuleFileNameA(own, path, sizeof(path));
     CHECK(length == std::strlen(path));
-    CHECK(std::filesystem::is_regular_file(path));
     CHECK(std::string(torv::FileNamePart(path)).rfind("test_platform", 0) == 0);
     CHECK(std::filesystem::equivalent(std::string(torv::LibraryFolder()), std::filesystem::path(path).parent_path()));
     CHECK_FALSE(HasEntry(own, "torv_no_such_entry"));
-
     char cut[9] = {};
     CHECK(GetModuleFileNameA(own, cut, 8) == 8); // cut; whether the eighth byte is a NUL differs between systems
     CHECK(std::string(path, 7) == std::string(cut, 7));

@@ -35,41 +35,41 @@ std::string ReadAll(CFile& file) {
 TEST_CASE("file: the open flags decide what becomes of an existing file, and whether a new one is made") {
     const TempFolder folder;
     const std::string path = folder.File("a.txt", "old");
+    const UINT keeps = CFile::modeCreate | CFile::modeNoTruncate | CFile::modeReadWrite;
+    folder.Folder("d");
+    const struct {
+        const char* name;
+        UINT flags;
+        int cause;
+    } rows[] = {{"a.txt", keeps, CFileException::none},
+                {"b.txt", keeps, CFileException::none},
+                {"c.txt", CFile::modeRead, CFileException::fileNotFound},
+                {"none/c.txt", CFile::modeRead, CFileException::badPath},
+                {"none/c.txt", CFile::modeCreate | CFile::modeWrite, CFileException::badPath},
+                {"d", CFile::modeRead, CFileException::accessDenied}};
+    for (const auto& row : rows) {
+        CAPTURE(row.name);
+        CHECK(OpenCause(folder.Path(row.name), row.flags) == row.cause);
+    }
+    CHECK(OpenCause("", CFile::modeRead) == CFileException::badPath);
+    CHECK(folder.Names() == std::set<std::string>{"a.txt", "b.txt", "d"});
+    CHECK(folder.Content("a.txt") == "old");
+    CHECK(OpenCause(path, CFile::modeCreate | CFile::modeWrite) == CFileException::none);
+    CHECK(folder.Content("a.txt").empty());
 
-    SUBCASE("create empties it") {
-        CFile file(path.c_str(), CFile::modeCreate | CFile::modeWrite);
-        CHECK(file.GetLength() == 0);
-    }
-    SUBCASE("create without truncation keeps it, and makes a missing one") {
-        CFile file(path.c_str(), CFile::modeCreate | CFile::modeNoTruncate | CFile::modeReadWrite);
-        CHECK(ReadAll(file) == "old");
-        CHECK(OpenCause(folder.Path("b.txt"), CFile::modeCreate | CFile::modeNoTruncate | CFile::modeReadWrite) ==
-              CFileException::none);
-        CHECK(folder.Has("b.txt"));
-    }
-    SUBCASE("a missing file, a missing folder, a folder in its place") {
-        CHECK(OpenCause(folder.Path("c.txt"), CFile::modeRead) == CFileException::fileNotFound);
-        CHECK(OpenCause(folder.Path("none/c.txt"), CFile::modeRead) == CFileException::badPath);
-        CHECK(OpenCause(folder.Path("none/c.txt"), CFile::modeCreate | CFile::modeWrite) == CFileException::badPath);
-        CHECK(OpenCause("", CFile::modeRead) == CFileException::badPath);
-        CHECK(OpenCause(folder.Folder("d"), CFile::modeRead) == CFileException::accessDenied);
-        CHECK_FALSE(folder.Has("c.txt"));
-    }
-    SUBCASE("the constructor throws, with cause, system error and path") {
-        const std::string missing = folder.Path("c.txt");
-        try {
-            CFile file(missing.c_str(), CFile::modeReadWrite);
-            FAIL("opened a missing file");
-        } catch (const CFileException& error) {
-            CHECK(error.m_cause == CFileException::fileNotFound);
-            CHECK(error.m_lOsError == 2);
-            CHECK(error.m_strFileName == missing.c_str());
-            char text[512];
-            CHECK(error.GetErrorMessage(text, sizeof(text)));
-            CHECK(std::string(text).find(missing) != std::string::npos);
-            CHECK(error.GetErrorMessage(text, 5));
-            CHECK(std::string(text).size() == 4);
-        }
+    const std::string missing = folder.Path("c.txt");
+    try {
+        CFile file(missing.c_str(), CFile::modeReadWrite);
+        FAIL("opened a missing file");
+    } catch (const CFileException& error) {
+        CHECK(error.m_cause == CFileException::fileNotFound);
+        CHECK(error.m_lOsError == 2);
+        CHECK(error.m_strFileName == missing.c_str());
+        char text[512];
+        CHECK(error.GetErrorMessage(text, sizeof(text)));
+        CHECK(std::string(text).find(missing) != std::string::npos);
+        CHECK(error.GetErrorMessage(text, 5));
+        CHECK(std::string(text).size() == 4);
     }
 }
 
@@ -122,24 +122,21 @@ TEST_CASE("file: what a handle may not do is refused by exception") {
     const TempFolder folder;
     const std::string path = folder.File("a.txt", "content");
     char byte = 'x';
-    {
-        CFile reader(path.c_str(), CFile::modeRead);
-        CHECK(CauseOf([&] { reader.Write(&byte, 1); }) == CFileException::accessDenied);
-        CHECK(CauseOf([&] { reader.SetLength(1); }) != CFileException::none);
-        CHECK(CauseOf([&] { reader.Flush(); }) == CFileException::none);
-    }
-    {
-        CFile writer(path.c_str(), CFile::modeWrite);
-        CHECK(CauseOf([&] { writer.Read(&byte, 1); }) == CFileException::accessDenied);
-        writer.Close();
-        writer.Close(); // nothing is open: harmless
-        CHECK(writer.m_hFile == CFile::hFileNull);
-        const std::function<void()> operations[] = {[&] { writer.Write(&byte, 1); }, [&] { writer.Read(&byte, 0); },
-                                                    [&] { writer.GetLength(); }, [&] { writer.SeekToBegin(); },
-                                                    [&] { writer.Flush(); }};
-        for (const auto& operation : operations)
-            CHECK(CauseOf(operation) == CFileException::invalidFile);
-    }
+    CFile reader(path.c_str(), CFile::modeRead);
+    CHECK(CauseOf([&] { reader.Write(&byte, 1); }) == CFileException::accessDenied);
+    CHECK(CauseOf([&] { reader.SetLength(1); }) != CFileException::none);
+    CHECK(CauseOf([&] { reader.Flush(); }) == CFileException::none);
+    reader.Close();
+    CFile writer(path.c_str(), CFile::modeWrite);
+    CHECK(CauseOf([&] { writer.Read(&byte, 1); }) == CFileException::accessDenied);
+    writer.Close();
+    writer.Close(); // nothing is open: harmless
+    CHECK(writer.m_hFile == CFile::hFileNull);
+    const std::function<void()> operations[] = {[&] { writer.Write(&byte, 1); }, [&] { writer.Read(&byte, 0); },
+                                                [&] { writer.GetLength(); }, [&] { writer.SeekToBegin(); },
+                                                [&] { writer.Flush(); }};
+    for (const auto& operation : operations)
+        CHECK(CauseOf(operation) == CFileException::invalidFile);
     CHECK(folder.Content("a.txt") == "content");
 #if !defined(_WIN32)
     CFile full("/dev/full", CFile::modeWrite);

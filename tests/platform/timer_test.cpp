@@ -1,4 +1,4 @@
-#include "torv/platform/platform.h"
+#include "platform/begun_thread.h"
 
 #include <doctest/doctest.h>
 
@@ -37,13 +37,6 @@ UINT Start(Calls& calls, UINT delay, UINT flags) {
     return timeSetEvent(delay, 1, &Count, reinterpret_cast<DWORD_PTR>(&calls), flags | TIME_KILL_SYNCHRONOUS);
 }
 
-/// Until `count` calls ended, five seconds at most.
-bool Await(const Calls& calls, int count) {
-    for (int i = 0; i < 5000 && calls.ended < count; ++i)
-        Sleep(1);
-    return calls.ended >= count;
-}
-
 } // namespace
 
 TEST_CASE("timer: a periodic one keeps its pace over many periods") {
@@ -55,7 +48,7 @@ TEST_CASE("timer: a periodic one keeps its pace over many periods") {
         calls.takes = 6;
         const auto start = Clock::now();
         const UINT timer = Start(calls, 10, TIME_PERIODIC);
-        REQUIRE(Await(calls, 30));
+        REQUIRE(Await([&] { return calls.ended >= 30; }));
         CHECK(timeKillEvent(timer) == TIMERR_NOERROR);
         CHECK(calls.number == timer);
         const int count = calls.ended;
@@ -74,8 +67,7 @@ TEST_CASE("timer: killing waits for the callback that runs") {
         Calls calls;
         calls.takes = 40;
         const UINT timer = Start(calls, 1, flags);
-        while (calls.begun == 0)
-            Sleep(1);
+        REQUIRE(Await([&] { return calls.begun > 0; }));
         timeKillEvent(timer);
         CHECK(calls.begun == calls.ended);
     }
@@ -87,8 +79,7 @@ TEST_CASE("timer: killed by its own callback, and once only") {
     Start(periodic, 1, TIME_PERIODIC);
     Calls once;
     const UINT timer = Start(once, 3, TIME_ONESHOT);
-    REQUIRE(Await(periodic, 1));
-    REQUIRE(Await(once, 1));
+    REQUIRE(Await([&] { return periodic.ended > 0 && once.ended > 0; }));
     Sleep(30);
     CHECK(periodic.killed == TIMERR_NOERROR);
     CHECK(Values(periodic.ended, once.ended) == "1 1");

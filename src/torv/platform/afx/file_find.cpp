@@ -1,7 +1,6 @@
 #include "torv/platform/afx/file_find.h"
 
 #include "torv/platform/or_fail.h"
-#include "torv/platform/path.h"
 
 CFileFind::~CFileFind() { Close(); }
 
@@ -9,7 +8,6 @@ BOOL CFileFind::FindFile(LPCSTR pattern, [[maybe_unused]] DWORD unused) {
     Close();
     pattern = pattern ? pattern : "*.*";
     return torv::OrFail(FALSE, [&] {
-        m_folder = torv::FolderPart(pattern);
         m_search = ::FindFirstFileA(pattern, &m_next);
         m_hasNext = m_search != INVALID_HANDLE_VALUE;
         return m_hasNext;
@@ -30,16 +28,6 @@ void CFileFind::Close() {
         ::FindClose(m_search);
     m_search = INVALID_HANDLE_VALUE;
     m_hasCurrent = m_hasNext = false;
-    m_folder.Empty();
 }
 
 CString CFileFind::GetFileName() const { return m_hasCurrent ? m_current.cFileName : ""; }
-CString CFileFind::GetFilePath() const { return m_hasCurrent ? m_folder + m_current.cFileName : CString(); }
-ULONGLONG CFileFind::GetLength() const {
-    return m_hasCurrent ? static_cast<ULONGLONG>(m_current.nFileSizeHigh) << 32 | m_current.nFileSizeLow : 0;
-}
-
-BOOL CFileFind::IsDots() const {
-    const CString name = GetFileName();
-    return IsDirectory() && (name == "." || name == "..");
-}

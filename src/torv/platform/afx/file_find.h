@@ -20,22 +20,12 @@ public:
     BOOL FindNextFile();
     void Close();
 
-    /// These speak of the current match; empty, 0 or FALSE before the first FindNextFile.
+    /// These speak of the current match; empty or FALSE before the first FindNextFile.
     CString GetFileName() const;
-    /// The search's folder, as it was given, with the name.
-    CString GetFilePath() const;
-    ULONGLONG GetLength() const;
-    BOOL MatchesMask(DWORD attributes) const { return m_hasCurrent && (m_current.dwFileAttributes & attributes); }
-    BOOL IsDirectory() const { return MatchesMask(FILE_ATTRIBUTE_DIRECTORY); }
-    BOOL IsReadOnly() const { return MatchesMask(FILE_ATTRIBUTE_READONLY); }
-    BOOL IsHidden() const { return MatchesMask(FILE_ATTRIBUTE_HIDDEN); }
-    BOOL IsArchived() const { return MatchesMask(FILE_ATTRIBUTE_ARCHIVE); }
-    /// Whether it is "." or "..".
-    BOOL IsDots() const;
+    BOOL IsDirectory() const { return m_hasCurrent && (m_current.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY); }
 
 private:
     HANDLE m_search = INVALID_HANDLE_VALUE;
-    CString m_folder; // with the separator that ended it in the pattern
     WIN32_FIND_DATAA m_current{};
     WIN32_FIND_DATAA m_next{};
     bool m_hasCurrent = false;
