@@ -32,6 +32,7 @@ TEST_CASE("MulDiv: a 64-bit product, to the nearest, halves away from zero; -1 w
     }
     CHECK(differences == 0);
     CHECK(torv::MulDiv(kMin, 1, 2) == kMin / 2);
+    CHECK(torv::MulDiv(kMax, 1, 1) == kMax);
     CHECK(torv::MulDiv(kMin, 1, 1) == -1); // a magnitude that has no positive counterpart is refused
 }
 
