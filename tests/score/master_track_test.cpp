@@ -190,7 +190,7 @@ TEST_CASE("searches: the record at or before, from a hint that ascends") {
     CHECK(CMasterTrack::SearchTimePosition(240, map, index) == 500);
 }
 
-TEST_CASE("master track: cursor, lengths, rewriting, settings") {
+TEST_CASE("master track: cursor, lengths, rewriting") {
     Master master;
     CHECK(Values{master.GetLength(), master.SeekNext(), master.SeekPrev()} == "0 4294967294 4294967295");
     master.Tempo(100, 1);
@@ -209,8 +209,4 @@ TEST_CASE("master track: cursor, lengths, rewriting, settings") {
     CHECK(Values{master.WriteEvent(&entry), Rows(master, kTempo2)} == "1 100 0 7");
     CHECK(Values{master.MoveTo(100), master.RemoveEvent(), Rows(master, kTempo2), master.GetLength()} == "100 1  200");
     CHECK(Values(master.GetModify(), master.GetInitialTempo(), master.GetInitialKeySig()) == "0 500000 0");
-    master.SetInitialTempo(3);
-    master.SetInitialKeySig(4);
-    master.SetModify(5);
-    CHECK(Values(master.GetInitialTempo(), master.GetInitialKeySig(), master.GetModify()) == "3 4 5");
 }

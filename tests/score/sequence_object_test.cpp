@@ -165,13 +165,6 @@ TEST_CASE("settings travel as a record, with the modify flag; setters set no fla
     CHECK(track->SetParameter(&record) == 1);
     CHECK(show(*track) == "7 1 2 -3 4 5 Alto");
     track->SetModify(0);
-    track->SetName("Bass");
-    track->SetColor(11);
-    track->SetChannel(12);
-    track->SetTranspose(13);
-    track->SetInitialLanguage(14);
-    track->SetDynamicsMode(15);
-    CHECK(show(*track) == "0 11 12 13 14 15 Bass");
     std::fill(std::begin(record.name), std::end(record.name), 'n'); // unterminated
     FailEachAllocation([&](AllocationFailure& failure) {
         const auto other = MakeTrack();
