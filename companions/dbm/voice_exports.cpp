@@ -7,7 +7,7 @@ using namespace dbm;
 namespace {
 
 std::unique_ptr<ParametersOut> DescribeParameters(const std::string& name, const Parameters& parameters) {
-    std::vector<std::pair<std::string, std::string>> pairs{{kVoiceName, name}};
+    std::vector<std::pair<std::string, std::string>> pairs{{DBM_VOICE_NAME, name}};
     for (size_t i = 0; i < kParameters; ++i)
         pairs.emplace_back(kParameterNames[i], std::to_string(parameters[i]));
     return std::make_unique<ParametersOut>(std::move(pairs), [](const auto& pair) {

@@ -125,7 +125,7 @@ void VoiceStore::SetParameters(int32_t language, int32_t program, const DBMTextP
         VirtualVoice& singer = voices.At(language, program);
         for (; pairs->name; ++pairs) {
             const std::string name = Taken(pairs->name);
-            if (name == kVoiceName) {
+            if (name == DBM_VOICE_NAME) {
                 voices.Rename(singer, TakenName(pairs->value));
                 continue;
             }

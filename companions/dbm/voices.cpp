@@ -8,24 +8,6 @@
 
 namespace dbm {
 
-const std::array<const char*, kParameters> kParameterNames{"Resonance1 Frequency",
-                                                           "Resonance1 Band Width",
-                                                           "Resonance1 Amplitude",
-                                                           "Resonance2 Frequency",
-                                                           "Resonance2 Band Width",
-                                                           "Resonance2 Amplitude",
-                                                           "Resonance3 Frequency",
-                                                           "Resonance3 Band Width",
-                                                           "Resonance3 Amplitude",
-                                                           "Resonance4 Frequency",
-                                                           "Resonance4 Band Width",
-                                                           "Resonance4 Amplitude",
-                                                           "Harmonics",
-                                                           "Noise",
-                                                           "Brightness",
-                                                           "Clearness",
-                                                           "Gender Factor"};
-
 size_t ParameterIndex(const std::string& name) {
     return static_cast<size_t>(std::find(kParameterNames.begin(), kParameterNames.end(), name) -
                                kParameterNames.begin());

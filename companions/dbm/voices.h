@@ -13,9 +13,7 @@ namespace dbm {
 constexpr size_t kParameters = 17;
 constexpr uint8_t kNeutral = 64;
 constexpr uint8_t kMostParameter = 127;
-extern const std::array<const char*, kParameters> kParameterNames;
-/// Stands with the parameters for the name.
-constexpr const char* kVoiceName = "VOICENAME";
+constexpr std::array<const char*, kParameters> kParameterNames{DBM_PARAMETER_NAMES};
 
 using Parameters = std::array<uint8_t, kParameters>;
 /// The parameter's index, or kParameters when there is none of this name.

@@ -71,7 +71,15 @@ typedef struct DBMTextPair {
     const char* value;
 } DBMTextPair;
 
-/** "VOICENAME" and the seventeen parameters, each a decimal text 0..127, ended by a pair whose name is null. */
+/* The names of a voice's settings: what it is called, and its seventeen parameters. */
+#define DBM_VOICE_NAME "VOICENAME"
+#define DBM_PARAMETER_NAMES                                                                                            \
+    "Resonance1 Frequency", "Resonance1 Band Width", "Resonance1 Amplitude", "Resonance2 Frequency",                   \
+        "Resonance2 Band Width", "Resonance2 Amplitude", "Resonance3 Frequency", "Resonance3 Band Width",              \
+        "Resonance3 Amplitude", "Resonance4 Frequency", "Resonance4 Band Width", "Resonance4 Amplitude", "Harmonics",  \
+        "Noise", "Brightness", "Clearness", "Gender Factor"
+
+/** The name and the parameters, each a decimal text 0..127, ended by a pair whose name is null. */
 typedef struct DBMVoiceParameters {
     int32_t count; /**< pairs before the null name */
     const DBMTextPair* pairs;

@@ -12,8 +12,6 @@ namespace vedit {
 
 /// Names and values of a virtual voice, in the database's order.
 using Settings = std::vector<std::pair<std::string, std::string>>;
-/// Stands with the parameters for the voice's name.
-constexpr const char* kVoiceName = "VOICENAME";
 
 class Database {
 public:

@@ -13,7 +13,7 @@ constexpr int kMost = 127;
 constexpr const char* kName = "Name"; // of the voice, as a person reads it
 constexpr const char* kBlanks = " \t\r";
 
-const char* Label(const std::string& setting) { return setting == kVoiceName ? kName : setting.c_str(); }
+const char* Label(const std::string& setting) { return setting == DBM_VOICE_NAME ? kName : setting.c_str(); }
 
 std::string Trimmed(const std::string& text) {
     const size_t first = text.find_first_not_of(kBlanks);
@@ -57,8 +57,8 @@ Settings ReadChanges(const std::string& text, const Settings& settings) {
         const auto setting = std::find_if(settings.begin(), settings.end(),
                                           [&](const auto& each) { return label == Label(each.first); });
         Require(setting != settings.end(), VEDIT_BAD_INPUT);
-        Require(setting->first == kVoiceName ? !value.empty() || Shown(setting->second).empty()
-                                             : IsParameterValue(value),
+        Require(setting->first == DBM_VOICE_NAME ? !value.empty() || Shown(setting->second).empty()
+                                                 : IsParameterValue(value),
                 VEDIT_BAD_INPUT);
         if (value != Shown(setting->second))
             changes.emplace_back(setting->first, value);

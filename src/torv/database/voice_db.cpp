@@ -11,27 +11,8 @@
 
 namespace {
 
-constexpr const char* kVoiceName = "VOICENAME";
 /// As the external library names them, in the order of the record.
-constexpr const char* kParameterNames[] = {
-    "Resonance1 Frequency",
-    "Resonance1 Band Width",
-    "Resonance1 Amplitude",
-    "Resonance2 Frequency",
-    "Resonance2 Band Width",
-    "Resonance2 Amplitude",
-    "Resonance3 Frequency",
-    "Resonance3 Band Width",
-    "Resonance3 Amplitude",
-    "Resonance4 Frequency",
-    "Resonance4 Band Width",
-    "Resonance4 Amplitude",
-    "Harmonics",
-    "Noise",
-    "Brightness",
-    "Clearness",
-    "Gender Factor",
-};
+constexpr const char* kParameterNames[] = {DBM_PARAMETER_NAMES};
 constexpr size_t kParameters = std::size(kParameterNames);
 static_assert(kParameters == sizeof(tagVoiceChangeParam::values));
 constexpr BYTE kDefaultParameter = 64;
@@ -142,7 +123,7 @@ CVoiceDB::Voice CVoiceDB::ReadVoice(const DBMVoice& listed) {
     for (int i = 0; i < kMostPairs && pair->name; ++i, ++pair) {
         if (!pair->value)
             continue;
-        if (std::strcmp(pair->name, kVoiceName) == 0)
+        if (std::strcmp(pair->name, DBM_VOICE_NAME) == 0)
             voice.name = pair->value;
         const auto* const found = std::find_if(std::begin(kParameterNames), std::end(kParameterNames),
                                                [pair](const char* known) { return !std::strcmp(known, pair->name); });

@@ -6,7 +6,7 @@ using namespace dbm_test;
 
 namespace {
 
-const std::string kShiftJis = "\x89\xCC\x8E\xE8\\ \"\x7F\xFF"; // two characters, and bytes that are none
+const std::string kShiftJis = "\x89\xCC\x8E\xE8\\ \"\x7F\x80\xFF"; // two characters, and bytes that are none
 
 } // namespace
 
@@ -23,6 +23,16 @@ TEST_CASE("voices that come with the library: seven singers, no two alike, and r
     CHECK(names == Texts{"0 0 0 own: Hana", "0 1 1 own: Kenta", "0 2 2 own: Yuki", "1 0 0 own: Alice",
                          "1 1 1 own: Thomas", "1 2 2 own: Robin", "1 3 3 own: George"});
     CHECK(sounds.size() == 7);
+    const DBMVoiceParameters* hana = nullptr;
+    REQUIRE(user.library.GetVirtualVoiceParameters(DBM_JAPANESE, 0, &hana) == DBM_OK);
+    std::string settings;
+    for (int32_t i = 0; i < hana->count; ++i)
+        settings += std::string(hana->pairs[i].name) + ",";
+    std::string expected = "VOICENAME,";
+    for (const char* const resonance : {"Resonance1", "Resonance2", "Resonance3", "Resonance4"})
+        for (const char* const what : {" Frequency,", " Band Width,", " Amplitude,"})
+            expected += std::string(resonance) + what;
+    CHECK(settings == expected + "Harmonics,Noise,Brightness,Clearness,Gender Factor,");
     Texts installed;
     const DBMInstalledVoice* voice = nullptr;
     for (int32_t number = 0; user.library.GetVoice(number, &voice) == DBM_OK; ++number) {
