@@ -28,7 +28,7 @@ struct Session {
     int Render(DWORD rate = 44100) { return driver.DoSynthesis(&stream, &file, rate); }
 
     FakeEngine engine;
-    const Scratch path;
+    const Scratch path{MonoFile("")}; // what is opened, not made, can be read meanwhile
     CWaveFile file;
     Driver driver;
     CQuillMidiBuffer stream;

@@ -117,7 +117,7 @@ struct Play {
     }
     /// What the track gives offline.
     Shorts Offline(int track = 0) {
-        const Scratch path;
+        const Scratch path(MonoFile(""));
         CWaveFile file(path.Text());
         Driver offline;
         offline.SetMasterOutputChannels(1);
