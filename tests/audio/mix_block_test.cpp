@@ -23,6 +23,7 @@ TEST_CASE("mix block: sides times gains in every width, cut toward zero; one cha
         {2, 12, false, 0.5F, 0.5F, {1, 1}, {0, 0, 0}, 0, 0},                       // no such width
         {3, 8, false, 0.5F, 0.5F, {1, 1}, {0, 0, 0}, 0, 0},                        // nor so many sides
         {1, 16, true, 0.5F, 0.25F, {0.5, 1.0}, {0, 0x24}, 0.28125, 0},             // 0.375 x 0.75 x 32768 = 9216
+        {2, 8, false, -1.0078125F, 0, {1, 1}, {0xFF, 128}, 1.0078125, 1},          // -129
         {1, 8, true, 2.0F, 2.0F, {1, 1}, {128}, 2, 1},                             // 256 + 128
         {2, 16, true, 0.5F, 0.25F, {0.5, 1.0}, {0, 0x24, 0, 0x24}, 0.28125, 0},
         {2, 16, false, 0.999F, -1.0F, {1, 1}, {0xDF, 0x7F, 0, 0x80}, 1, 0},         // 32735.2; -32768 is a sample

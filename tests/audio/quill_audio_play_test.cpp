@@ -85,7 +85,7 @@ TEST_CASE("quill audio play: what does not begin") {
     Owner owner;
     Held buffer(1, 8, "abcdefghij", 4);
     Held odd(1, 12, "abcdefghijkl", 4); // no device plays 12 bits, where there is one
-    const Scratch file("abcd"); // shorter than it is said to be
+    const Scratch file("abcd");         // shorter than it is said to be
     CWaveBuffer gone, cut;
     gone.SetRiffInfo("torv_no_such_file.wav", 44, 100);
     cut.SetRiffInfo(file.Text(), 44, 100);

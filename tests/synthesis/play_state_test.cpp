@@ -54,5 +54,5 @@ TEST_CASE("state: the rings belong to the synthesis until it has begun anew as o
     }
     state.AskForRestart();
     state.EndSynthesis(); // nobody obeys it any more
-    CHECK(state.HasSynthesisStopped());
+    CHECK(Values(state.HasSynthesisStopped(), state.IsSynthesizing()) == "1 0");
 }

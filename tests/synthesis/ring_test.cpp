@@ -162,15 +162,15 @@ TEST_CASE("ring: a writer waits for room and for the mark, and gives up when it 
     torv::PlayState state;
     torv::RingWriter writer(ring, state);
     state.BeginSynthesis();
-    Shorts samples = Ramp(kRingFrames + 3 * kFrames, 1);
+    const Shorts samples = Ramp(kRingFrames + 3 * kFrames, 1);
     {
         const BegunThread waiting([&] { writer.Append(0, samples.data(), static_cast<DWORD>(samples.size())); });
         REQUIRE(Await([&] { return ring.Buffered() == 2999; }));
         CHECK_FALSE(waiting.End(0));
-        CHECK(Read(ring, 3) == Ramp(3 * kFrames, 1));
+        CHECK(Read(ring, 5) == Ramp(5 * kFrames, 1));
         CHECK(waiting.End());
     }
-    CHECK((Read(ring, 2999) == Shorts(samples.begin() + 3 * kFrames, samples.end()))); // nothing was overwritten
+    CHECK((Read(ring, 2997) == Shorts(samples.begin() + 5 * kFrames, samples.end()))); // nothing was overwritten
     writer.Append(0, samples.data(), kRingFrames);
     REQUIRE(writer.Mark(0));
     for (const bool isStop : {false, true}) {

@@ -1,6 +1,7 @@
 #include "torv/synthesis/rt_synthesis.h"
 
 #include "torv/audio/sample.h"
+#include "torv/platform/or_zero.h"
 #include "torv/synthesis/step_feeder.h"
 #include "torv/synthesis/trace_text.h"
 
@@ -45,12 +46,8 @@ void CRtSynthesis::SetRate(DWORD rate) {
 
 int CRtSynthesis::OpenSynthesizer() {
     SetRate(torv::kDefaultSampleRate);
-    try {
-        if (!m_pLibrary)
-            m_pLibrary = torv::EngineLibrary::Load(m_strLibrary);
-    } catch (const std::bad_alloc&) {
-        return 0;
-    }
+    if (!m_pLibrary)
+        m_pLibrary = torv::OrZero([&] { return torv::EngineLibrary::Load(m_strLibrary); });
     const int handle = CreateRVE();
     if (handle == torv::kNoEngine)
         return 0;

@@ -1,4 +1,5 @@
 // Playing: begin, steer and end the two threads.
+#include "torv/platform/or_zero.h"
 #include "torv/synthesis/rt_synthesis.h"
 #include "torv/synthesis/synthesis_thread.h"
 #include "torv/synthesis/thread_messages.h"
@@ -12,11 +13,7 @@ constexpr int kWhileSynthesizing = 1; ///< synthesis mode: what is made is heard
 
 /// Null when no thread or no memory can be had.
 std::shared_ptr<torv::WorkerThread> BeginWorker(std::function<void()> work) {
-    try {
-        return torv::WorkerThread::Begin(std::move(work));
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
+    return torv::OrZero([&] { return torv::WorkerThread::Begin(std::move(work)); });
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 // What a play is made of: settings, streams, instances and their rings.
+#include "torv/platform/or_zero.h"
 #include "torv/synthesis/rt_synthesis.h"
 
 #include <algorithm>
-#include <new>
 
 namespace {
 
@@ -27,15 +27,11 @@ int CRtSynthesis::RTS_SetQuillMidiBuffer(int track, CQuillMidiBuffer* stream) {
     if (track < 0 || track >= m_nTrackCount)
         return 0;
     const std::lock_guard lock(m_mutex);
-    const auto count = static_cast<std::size_t>(m_nTrackCount);
-    try {
-        if (m_streams.size() < count)
-            m_streams.resize(count);
-    } catch (const std::bad_alloc&) {
-        return 0;
-    }
-    m_streams[static_cast<std::size_t>(track)] = stream;
-    return 1;
+    return torv::OrZero([&] {
+        m_streams.resize(std::max(m_streams.size(), static_cast<std::size_t>(m_nTrackCount)));
+        m_streams[static_cast<std::size_t>(track)] = stream;
+        return 1;
+    });
 }
 
 CQuillMidiBuffer* CRtSynthesis::RTS_GetQuillMidiBuffer(int track) const {
@@ -76,16 +72,14 @@ tagRtsInfo* CRtSynthesis::RTS_GetOutBuffer(int track) const {
 
 /// Null when an instance or memory is refused.
 std::shared_ptr<torv::SynthRing> CRtSynthesis::MakeRing() const {
-    try {
+    return torv::OrZero([&]() -> std::shared_ptr<torv::SynthRing> {
         std::vector<torv::EngineInstance> engines;
         engines.reserve(static_cast<std::size_t>(m_nTrackCount));
         for (int track = 0; track < m_nTrackCount; ++track)
             if (!engines.emplace_back(m_pLibrary, m_dwRate, m_strOption))
                 return nullptr;
         return std::make_shared<torv::SynthRing>(m_WaveFormat, RTS_GetFrameSize(), std::move(engines));
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
+    });
 }
 
 int CRtSynthesis::RTS_CreateRVE() {
