@@ -1,8 +1,8 @@
-# Header-only packages of the build machine (doctest, CLI11, nlohmann-json) for both targets. A cross compiler must not
+# Header-only packages of the build machine (doctest, CLI11, nlohmann-json, rapidxml) for both targets. A cross compiler must not
 # see /usr/include as a whole, so the packages it may use are linked into a folder of their own.
 set(TORV_HOST_HEADERS ${CMAKE_BINARY_DIR}/host_headers)
 file(MAKE_DIRECTORY ${TORV_HOST_HEADERS})
-foreach(package doctest CLI nlohmann)
+foreach(package doctest CLI nlohmann rapidxml)
   if(EXISTS /usr/include/${package})
     file(CREATE_LINK /usr/include/${package} ${TORV_HOST_HEADERS}/${package} SYMBOLIC)
   else()

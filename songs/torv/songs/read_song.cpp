@@ -2,6 +2,7 @@
 
 #include "torv/songs/input_file.h"
 #include "torv/songs/midi_reader.h"
+#include "torv/songs/musicxml_reader.h"
 #include "torv/songs/song_error.h"
 
 #include <algorithm>
@@ -20,6 +21,7 @@ constexpr struct {
     Song (*read)(Bytes bytes, const ReadOptions& options);
 } kReaders[] = {
     {SongFormat::Midi, IsMidi, ReadMidiSong},
+    {SongFormat::MusicXml, IsMusicXml, ReadMusicXmlSong},
 };
 
 std::string Named(const std::string& source, const std::string& what) {
@@ -30,7 +32,7 @@ constexpr size_t kEnoughToTell = 4096;      // bytes
 constexpr size_t kLargestFile = 256U << 20; // bytes: a thousand times any song
 
 [[noreturn]] void FailUnknown(const std::string& source) {
-    throw SongError(Named(source, "not a standard MIDI file, so it cannot be sung"));
+    throw SongError(Named(source, "neither a standard MIDI file nor MusicXML, so it cannot be sung"));
 }
 
 } // namespace

@@ -24,10 +24,6 @@ void KeepLastOfEachTick(std::vector<Item>& items) {
     items.erase(items.begin(), first.base());
 }
 
-uint32_t TicksOfMeasure(const Meter& meter) {
-    return std::max<uint32_t>(1, kWhole / (1U << meter.denominatorExponent) * static_cast<uint32_t>(meter.numerator));
-}
-
 /// A meter begins a measure wherever it stands.
 void MakeMeasures(Song& song) {
     Meter meter;
@@ -59,6 +55,10 @@ void CompletePart(Part& part) {
 }
 
 } // namespace
+
+uint32_t TicksOfMeasure(const Meter& meter) {
+    return std::max<uint32_t>(1, kWhole / (1U << meter.denominatorExponent) * static_cast<uint32_t>(meter.numerator));
+}
 
 void CompleteSong(Song& song) {
     std::erase_if(song.parts, [](const Part& part) { return part.notes.empty(); });

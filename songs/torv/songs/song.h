@@ -104,6 +104,9 @@ struct Meter {
     int denominatorExponent = 2; ///< 0..7
 };
 
+/// Ticks of a measure that is filled.
+TORV_SONGS_API uint32_t TicksOfMeasure(const Meter& meter);
+
 struct KeySignature {
     uint32_t tick = 0;
     int fifths = 0; ///< sharps, or flats when negative; -7..7

@@ -264,6 +264,26 @@ std::string ToUtf8(std::string_view bytes, const TextEncoding& encoding) {
     return out;
 }
 
+std::string Utf16ToUtf8(std::string_view bytes) {
+    const size_t low = bytes.starts_with("\xFF\xFE") ? 0 : 1; // of a pair's bytes
+    const auto unit = [&](size_t at) {
+        const auto byte = [&](size_t which) {
+            return static_cast<char32_t>(static_cast<unsigned char>(bytes[at + which]));
+        };
+        return byte(low) | byte(1 - low) << 8;
+    };
+    std::string text;
+    for (size_t at = 2; at + 1 < bytes.size(); at += 2) {
+        char32_t c = unit(at);
+        if (c >= 0xD800 && c < 0xDC00 && at + 3 < bytes.size() && unit(at + 2) >= 0xDC00 && unit(at + 2) < 0xE000) {
+            c = 0x10000 + ((c - 0xD800) << 10) + (unit(at + 2) - 0xDC00);
+            at += 2;
+        }
+        AppendUtf8(text, c >= 0xD800 && c < 0xE000 ? kReplacement : c);
+    }
+    return text;
+}
+
 std::string Utf8ToCodePage932(std::string_view utf8) {
     std::string out;
     for (std::string_view rest = utf8; !rest.empty();) {

@@ -26,6 +26,9 @@ TORV_SONGS_API TextEncoding DetectEncoding(std::string_view bytes);
 /// Undecodable bytes become U+FFFD.
 TORV_SONGS_API std::string ToUtf8(std::string_view bytes, const TextEncoding& encoding);
 
+/// A text in UTF-16 that begins with its byte order mark, which is left out.
+TORV_SONGS_API std::string Utf16ToUtf8(std::string_view bytes);
+
 /// The library's lyrics are code page 932. Latin letters with accents and macrons lose them, typographic apostrophes
 /// and dashes become plain ones; any other character that the code page lacks is left out.
 TORV_SONGS_API std::string Utf8ToCodePage932(std::string_view utf8);

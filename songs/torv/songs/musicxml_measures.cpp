@@ -1,0 +1,465 @@
+#include "torv/songs/musicxml_measures.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <numeric>
+
+namespace torv::songs::musicxml {
+
+namespace {
+
+constexpr double kMostQuarters = 100000; // of one duration: what no song has
+constexpr int kNamedVoices = 1000;       // voices without a number are counted from here
+
+/// In quarters.
+double LengthOfType(std::string_view type) {
+    static constexpr const char* kTypes[] = {"maxima", "long", "breve", "whole", "half",  "quarter", "eighth",
+                                             "16th",   "32nd", "64th",  "128th", "256th", "512th",   "1024th"};
+    double length = 32;
+    for (const char* const each : kTypes) {
+        if (type == each)
+            return length;
+        length /= 2;
+    }
+    return 1;
+}
+
+std::string InLowerCase(std::string_view text) {
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return lower;
+}
+
+/// The numbers of "1, 2" or "1.-3."; none in "".
+std::vector<int> PassesOf(std::string_view text) {
+    std::vector<int> passes;
+    bool isRange = false;
+    while (!text.empty()) {
+        if (std::isdigit(static_cast<unsigned char>(text[0]))) {
+            const int last = std::clamp(WholeNumberOf(text, 1), 1, 99);
+            for (int pass = isRange && !passes.empty() ? passes.back() + 1 : last; pass <= last; ++pass)
+                passes.push_back(pass);
+            isRange = false;
+            text.remove_prefix(std::min(text.find_first_not_of("0123456789"), text.size()));
+        } else {
+            isRange = isRange || text[0] == '-';
+            text.remove_prefix(1);
+        }
+    }
+    return passes;
+}
+
+/// "3+2" is one sum.
+int BeatsOf(std::string_view text) {
+    int sum = 0;
+    while (!text.empty()) {
+        sum += std::clamp(WholeNumberOf(text, 0), 0, 1000);
+        text.remove_prefix(std::min(text.find('+'), text.size() - 1) + 1);
+    }
+    return sum;
+}
+
+std::string NameOfClef(XmlElement clef) {
+    const std::string_view sign = clef.Child("sign").Text();
+    if (sign == "G")
+        return WholeNumberOf(clef.Child("clef-octave-change").Text(), 0) < 0 ? "treble-8" : "treble";
+    if (sign == "F")
+        return "bass";
+    if (sign == "C")
+        return WholeNumberOf(clef.Child("line").Text(), 3) == 4 ? "tenor" : "alto";
+    return "";
+}
+
+/// Without a verse's number in front, which some programs put into the first syllable.
+std::string WithoutNumber(std::string text) {
+    const size_t end = text.find_first_not_of("0123456789");
+    if (end == 0 || end == std::string::npos || (text[end] != '.' && text[end] != ')'))
+        return text;
+    const size_t begin = text.find_first_not_of(" \xC2\xA0", end + 1);
+    return begin == std::string::npos ? text : text.substr(begin);
+}
+
+class PartReader {
+public:
+    WrittenPart Read(const std::vector<XmlElement>& measures) {
+        int number = 0;
+        for (const XmlElement element : measures) {
+            WrittenMeasure& measure = m_part.measures.emplace_back();
+            m_measure = &measure;
+            measure.isPickup = element.Attribute("implicit") == "yes";
+            number = measure.number = WholeNumberOf(element.Attribute("number"), number + (measure.isPickup ? 0 : 1));
+            m_at = m_lastOnset = 0;
+            measure.signs.endings = m_openEndings;
+            for (const XmlElement child : element)
+                ReadChild(child);
+            Close(measure);
+        }
+        ExplainCodas();
+        return std::move(m_part);
+    }
+
+private:
+    void ReadChild(XmlElement child) {
+        const std::string_view name = child.Name();
+        if (name == "note") {
+            ReadNote(child);
+        } else if (name == "backup") {
+            m_at = std::max(0.0, m_at - Ticks(child.Child("duration").Text()));
+        } else if (name == "forward") {
+            Advance(Ticks(child.Child("duration").Text()));
+        } else if (name == "attributes") {
+            ReadAttributes(child);
+        } else if (name == "direction") {
+            ReadDirection(child);
+        } else if (name == "sound") {
+            ReadSound(child, m_at);
+        } else if (name == "barline") {
+            ReadBarline(child);
+        }
+    }
+
+    double Ticks(std::string_view duration) const {
+        const double quarters = NumberOf(duration, 0) / m_divisions;
+        return kTicksPerQuarter * std::clamp(quarters, 0.0, kMostQuarters);
+    }
+    static uint32_t Whole(double ticks) { return static_cast<uint32_t>(std::lround(ticks)); }
+
+    void Advance(double ticks) {
+        m_at = std::min(m_at + ticks, kMostQuarters * kTicksPerQuarter);
+        m_measure->length = std::max(m_measure->length, Whole(m_at));
+    }
+
+    void Close(WrittenMeasure& measure) {
+        for (auto& [id, notes] : measure.voices)
+            std::stable_sort(notes.begin(), notes.end(),
+                             [](const WrittenNote& a, const WrittenNote& b) { return a.onset < b.onset; });
+        if (measure.signs.endingStops)
+            m_openEndings.clear();
+    }
+
+    void ReadAttributes(XmlElement attributes) {
+        for (const XmlElement child : attributes) {
+            const std::string_view name = child.Name();
+            if (name == "divisions") {
+                const double divisions = NumberOf(child.Text(), 0);
+                m_divisions = divisions > 0 ? divisions : 1;
+            } else if (name == "time") {
+                ReadTime(child);
+            } else if (name == "key" && child.Has("fifths")) {
+                m_measure->key = KeySignature{0, std::clamp(WholeNumberOf(child.Child("fifths").Text(), 0), -7, 7),
+                                              child.Child("mode").Text() == "minor"};
+            } else if (name == "clef") {
+                m_part.clefs.try_emplace(WholeNumberOf(child.Attribute("number"), 1), NameOfClef(child));
+            } else if (name == "transpose") {
+                const int octaves = WholeNumberOf(child.Child("octave-change").Text(), 0);
+                m_transposition = std::clamp(WholeNumberOf(child.Child("chromatic").Text(), 0), -60, 60) +
+                                  12 * std::clamp(octaves, -5, 5);
+            }
+        }
+    }
+
+    /// Several signatures one behind the other are one sum: "2/4 + 3/8" is 7/8.
+    void ReadTime(XmlElement time) {
+        int numerator = 0;
+        int denominator = 1;
+        int beats = 0;
+        for (const XmlElement child : time) {
+            if (child.Name() == "beats")
+                beats = BeatsOf(child.Text());
+            if (child.Name() != "beat-type")
+                continue;
+            const int type = std::clamp(WholeNumberOf(child.Text(), 4), 1, 128);
+            const int common = std::lcm(denominator, type);
+            numerator = numerator * (common / denominator) + beats * (common / type);
+            denominator = common;
+        }
+        int exponent = 0;
+        while (exponent < 7 && 1 << exponent < denominator)
+            ++exponent;
+        if (numerator > 0 && 1 << exponent == denominator)
+            m_measure->meter = Meter{0, std::min(numerator, 255), exponent};
+    }
+
+    void ReadNote(XmlElement element) {
+        const bool isChord = element.Has("chord");
+        const bool isGrace = element.Has("grace");
+        const double duration = isGrace ? 0 : Ticks(element.Child("duration").Text());
+        const double onset = isChord ? m_lastOnset : m_at;
+        if (!isChord) {
+            m_lastOnset = m_at;
+            Advance(duration);
+        }
+        if (element.Has("cue")) {
+            ++m_part.cues;
+            return;
+        }
+        if (element.Has("rest") || (!isGrace && duration <= 0))
+            return;
+        WrittenNote written;
+        written.onset = Whole(onset);
+        written.note.length = std::max<uint32_t>(1, Whole(onset + duration) - written.onset);
+        written.note.key = KeyOf(element);
+        written.isChord = isChord;
+        written.isGrace = isGrace;
+        written.hasSlash = element.Child("grace").Attribute("slash") == "yes";
+        if (const double percent = NumberOf(element.Attribute("dynamics"), 0); percent > 0)
+            written.note.velocity = static_cast<int>(std::min(90 * percent / 100, 127.0));
+        for (const XmlElement child : element) {
+            if (child.Name() == "tie")
+                (child.Attribute("type") == "start" ? written.tieStarts : written.tieStops) = true;
+            else if (child.Name() == "notations")
+                ReadNotations(child, written);
+            else if (child.Name() == "lyric")
+                ReadLyric(child, written.note);
+        }
+        const VoiceId id{WholeNumberOf(element.Child("staff").Text(), 1), VoiceOf(element.Child("voice").Text())};
+        m_measure->voices[id].push_back(std::move(written));
+    }
+
+    /// Voices have numbers as a rule, but any text may stand there.
+    int VoiceOf(std::string_view text) {
+        if (text.empty())
+            return 1;
+        const auto known = m_voices.try_emplace(std::string(text), 0).first;
+        if (!known->second)
+            known->second = WholeNumberOf(text, kNamedVoices + static_cast<int>(m_voices.size()));
+        return known->second;
+    }
+
+    int KeyOf(XmlElement note) {
+        const XmlElement pitch = note.Child("pitch");
+        if (!pitch) {
+            m_part.isPercussion = true;
+            return 60;
+        }
+        static constexpr int kSteps[] = {9, 11, 0, 2, 4, 5, 7}; // A to G over C
+        const std::string_view step = pitch.Child("step").Text();
+        const int index = step.empty() ? 2 : std::clamp(std::toupper(static_cast<unsigned char>(step[0])) - 'A', 0, 6);
+        const double altered = std::clamp(NumberOf(pitch.Child("alter").Text(), 0), -12.0, 12.0);
+        const int octave = std::clamp(WholeNumberOf(pitch.Child("octave").Text(), 4), -2, 12);
+        return kSteps[index] + static_cast<int>(std::lround(altered)) + 12 * (octave + 1) + m_transposition;
+    }
+
+    void ReadNotations(XmlElement notations, WrittenNote& written) {
+        for (const XmlElement child : notations) {
+            const std::string_view name = child.Name();
+            if (name == "slur") {
+                const int number = WholeNumberOf(child.Attribute("number"), 1);
+                if (child.Attribute("type") == "start")
+                    written.slurStarts.push_back(number);
+                else if (child.Attribute("type") == "stop")
+                    written.slurStops.push_back(number);
+            } else if (name == "fermata") {
+                written.note.fermata = true;
+            } else if (name == "ornaments") {
+                ++m_part.ornaments;
+            } else if (name == "articulations") {
+                ReadArticulations(child, written.note);
+            }
+        }
+    }
+
+    static void ReadArticulations(XmlElement articulations, Note& note) {
+        for (const XmlElement child : articulations) {
+            const std::string_view name = child.Name();
+            if (name == "staccato" || name == "staccatissimo" || name == "spiccato")
+                note.staccato = true;
+            else if (name == "tenuto" || name == "detached-legato")
+                note.tenuto = true;
+            else if (name == "accent" || name == "strong-accent" || name == "stress")
+                note.accent = true;
+            else if (name == "breath-mark" || name == "caesura")
+                note.breathAfter = true;
+        }
+    }
+
+    void ReadLyric(XmlElement lyric, Note& note) {
+        Word word;
+        word.verse = LineOf(lyric.Attribute("number"));
+        std::string_view firstSyllabic;
+        std::string_view lastSyllabic;
+        for (const XmlElement child : lyric) {
+            if (child.Name() == "syllabic") {
+                lastSyllabic = child.Text();
+                if (firstSyllabic.empty())
+                    firstSyllabic = lastSyllabic;
+            } else if (child.Name() == "elision") {
+                word.text += ' ';
+            } else if (child.Name() == "text") {
+                word.text += child.Text();
+                if (m_part.language.empty())
+                    m_part.language = child.Attribute("xml:lang");
+            } else if (child.Name() == "extend") {
+                word.extends = child.Attribute("type") != "stop";
+            }
+        }
+        word.text = WithoutNumber(std::move(word.text));
+        word.hyphenBefore = firstSyllabic == "middle" || firstSyllabic == "end";
+        word.hyphenAfter = lastSyllabic == "begin" || lastSyllabic == "middle";
+        if (word.text.find_first_not_of(" _-") != std::string::npos)
+            note.words.push_back(std::move(word));
+    }
+
+    /// A line of words has a number as a rule; others are counted as they come.
+    int LineOf(std::string_view number) {
+        if (number.empty())
+            return 1;
+        if (const int line = WholeNumberOf(number, 0); line > 0 && line < 100)
+            return line;
+        return m_lines.try_emplace(std::string(number), static_cast<int>(m_lines.size()) + 1).first->second;
+    }
+
+    void ReadDirection(XmlElement direction) {
+        const double onset = std::max(0.0, m_at + SignedTicks(direction.Child("offset").Text()));
+        const XmlElement sound = direction.Child("sound");
+        StaffMarks& marks = m_measure->staves[WholeNumberOf(direction.Child("staff").Text(), 1)];
+        bool isToCoda = !sound.Attribute("tocoda").empty();
+        bool hasCodaSign = false;
+        for (const XmlElement type : direction) {
+            if (type.Name() != "direction-type")
+                continue;
+            for (const XmlElement mark : type) {
+                const std::string_view name = mark.Name();
+                if (name == "dynamics") {
+                    for (const XmlElement level : mark)
+                        marks.levels.emplace_back(Whole(onset),
+                                                  level.Name() == "other-dynamics" ? level.Text() : level.Name());
+                } else if (name == "wedge") {
+                    ReadWedge(mark, Whole(onset), marks);
+                } else if (name == "metronome" && sound.Attribute("tempo").empty()) {
+                    ReadMetronome(mark, onset);
+                } else if (name == "segno" && sound.Attribute("segno").empty()) {
+                    m_measure->signs.segno = kPlainLabel;
+                } else if (name == "coda") {
+                    hasCodaSign = sound.Attribute("coda").empty();
+                } else if (name == "words") {
+                    isToCoda = ReadWords(InLowerCase(mark.Text()), sound) || isToCoda;
+                }
+            }
+        }
+        if (hasCodaSign && !isToCoda)
+            m_codaSigns.push_back(m_part.measures.size() - 1);
+        if (sound)
+            ReadSound(sound, onset);
+    }
+
+    double SignedTicks(std::string_view offset) const {
+        return kTicksPerQuarter * std::clamp(NumberOf(offset, 0) / m_divisions, -kMostQuarters, kMostQuarters);
+    }
+
+    static void ReadWedge(XmlElement mark, uint32_t onset, StaffMarks& marks) {
+        const std::string_view type = mark.Attribute("type");
+        const int number = WholeNumberOf(mark.Attribute("number"), 1);
+        if (type == "crescendo")
+            marks.wedges.push_back({onset, number, Wedge::Type::Crescendo});
+        else if (type == "diminuendo")
+            marks.wedges.push_back({onset, number, Wedge::Type::Diminuendo});
+        else if (type == "stop")
+            marks.wedges.push_back({onset, number, Wedge::Type::Stop});
+    }
+
+    /// Whether they say "To Coda". Words are looked at where no sound tells what they mean.
+    bool ReadWords(const std::string& words, XmlElement sound) {
+        MeasureSigns& signs = m_measure->signs;
+        for (const char* const change : {"rit", "rall", "accel", "string"})
+            m_part.hasTempoWords = m_part.hasTempoWords || words.starts_with(change);
+        if (words.find("to coda") == 0) {
+            signs.toCoda = kPlainLabel;
+            return true;
+        }
+        if (!sound.Attribute("dacapo").empty() || !sound.Attribute("dalsegno").empty())
+            return false;
+        if (words.starts_with("d.c.") || words.starts_with("d. c.") || words.starts_with("da capo"))
+            signs.daCapo = true;
+        else if (words.starts_with("d.s.") || words.starts_with("d. s.") || words.starts_with("dal segno"))
+            signs.dalSegno = kPlainLabel;
+        else if (words == "fine")
+            signs.fine = true;
+        return false;
+    }
+
+    void ReadMetronome(XmlElement mark, double onset) {
+        double unit = LengthOfType(mark.Child("beat-unit").Text());
+        double dot = unit;
+        double perMinute = 0;
+        for (const XmlElement child : mark) {
+            if (child.Name() == "beat-unit-dot")
+                unit += dot /= 2;
+            else if (child.Name() == "per-minute") // "80", "c. 80", "ca. 76-80"
+                perMinute = NumberOf(
+                    child.Text().substr(std::min(child.Text().find_first_of("0123456789"), child.Text().size())), 0);
+        }
+        AddTempo(onset, perMinute * unit);
+    }
+
+    void AddTempo(double onset, double quartersPerMinute) {
+        if (quartersPerMinute > 0)
+            m_measure->tempos.push_back({Whole(onset), static_cast<uint32_t>(std::clamp(
+                                                           std::round(6e7 / quartersPerMinute), 1.0, 16777215.0))});
+    }
+
+    void ReadSound(XmlElement sound, double onset) {
+        MeasureSigns& signs = m_measure->signs;
+        const auto label = [&sound](const char* name, std::string& value) {
+            if (!sound.Attribute(name).empty())
+                value = sound.Attribute(name);
+        };
+        label("segno", signs.segno);
+        label("coda", signs.coda);
+        label("dalsegno", signs.dalSegno);
+        label("tocoda", signs.toCoda);
+        signs.daCapo = signs.daCapo || sound.Attribute("dacapo") == "yes";
+        signs.fine = signs.fine || !sound.Attribute("fine").empty();
+        signs.repeatForward = signs.repeatForward || sound.Attribute("forward-repeat") == "yes";
+        AddTempo(onset, NumberOf(sound.Attribute("tempo"), 0));
+    }
+
+    void ReadBarline(XmlElement barline) {
+        MeasureSigns& signs = m_measure->signs;
+        const XmlElement repeat = barline.Child("repeat");
+        if (repeat.Attribute("direction") == "forward")
+            signs.repeatForward = true;
+        else if (repeat.Attribute("direction") == "backward")
+            signs.repeatBackward = std::max(2, WholeNumberOf(repeat.Attribute("times"), 2));
+        const XmlElement ending = barline.Child("ending");
+        if (ending.Attribute("type") == "start")
+            signs.endings = m_openEndings = PassesOf(ending.Attribute("number"));
+        else if (ending)
+            signs.endingStops = true;
+        if (!barline.Attribute("segno").empty() || barline.Has("segno"))
+            signs.segno = kPlainLabel;
+        if (!barline.Attribute("coda").empty() || barline.Has("coda"))
+            signs.coda = kPlainLabel;
+    }
+
+    /// A sign alone stands where the way to the coda leaves and where the coda begins; a single one is the coda's.
+    void ExplainCodas() {
+        const auto leaves = [](const WrittenMeasure& measure) { return !measure.signs.toCoda.empty(); };
+        const bool isToldElsewhere = std::any_of(m_part.measures.begin(), m_part.measures.end(), leaves);
+        for (size_t i = 0; i < m_codaSigns.size(); ++i) {
+            MeasureSigns& signs = m_part.measures[m_codaSigns[i]].signs;
+            (i == 0 && m_codaSigns.size() > 1 && !isToldElsewhere ? signs.toCoda : signs.coda) = kPlainLabel;
+        }
+    }
+
+    static constexpr const char* kPlainLabel = "sign"; // of what the file gives no name
+
+    WrittenPart m_part;
+    WrittenMeasure* m_measure = nullptr;
+    double m_divisions = 1; ///< of a quarter
+    int m_transposition = 0;
+    double m_at = 0; ///< ticks from the measure's beginning
+    double m_lastOnset = 0;
+    std::vector<int> m_openEndings;
+    std::vector<size_t> m_codaSigns; ///< measures
+    std::map<std::string, int> m_voices;
+    std::map<std::string, int> m_lines;
+};
+
+} // namespace
+
+WrittenPart ReadPart(const std::vector<XmlElement>& measures) { return PartReader().Read(measures); }
+
+} // namespace torv::songs::musicxml

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "torv/songs/measure_order.h"
+#include "torv/songs/song.h"
+#include "torv/songs/xml_document.h"
+
+#include <map>
+
+/// What a part's measures say, one by one as they are written, before they are put in the order in which they sound.
+namespace torv::songs::musicxml {
+
+/// Which notes belong together: of each staff each voice.
+struct VoiceId {
+    int staff = 1;
+    int voice = 1;
+
+    auto operator<=>(const VoiceId&) const = default;
+};
+
+struct WrittenNote {
+    uint32_t onset = 0; ///< ticks from the measure's beginning
+    Note note;          ///< without its time; words by line, not by verse
+    bool isChord = false;
+    bool isGrace = false;
+    bool hasSlash = false; ///< a grace note that is sung as short as can be
+    bool tieStarts = false;
+    bool tieStops = false;
+    std::vector<int> slurStarts;
+    std::vector<int> slurStops;
+};
+
+struct Wedge {
+    enum class Type { Crescendo, Diminuendo, Stop };
+    uint32_t onset = 0;
+    int number = 1;
+    Type type = Type::Stop;
+};
+
+/// What stands over a staff.
+struct StaffMarks {
+    std::vector<std::pair<uint32_t, std::string>> levels; ///< onset and dynamic
+    std::vector<Wedge> wedges;
+};
+
+struct WrittenMeasure {
+    int number = 1;
+    uint32_t length = 0;   ///< ticks that are filled
+    bool isPickup = false; ///< shorter than its meter by intent
+    MeasureSigns signs;
+    std::optional<Meter> meter; ///< that begins here
+    std::optional<KeySignature> key;
+    std::vector<Tempo> tempos;                          ///< from the measure's beginning
+    std::map<VoiceId, std::vector<WrittenNote>> voices; ///< by onset; chord notes and the main note of graces follow
+    std::map<int, StaffMarks> staves;
+};
+
+struct WrittenPart {
+    std::vector<WrittenMeasure> measures;
+    std::map<int, std::string> clefs; ///< the first of each staff
+    bool isPercussion = false;        ///< notes without a pitch
+    size_t cues = 0;                  ///< small notes of another part, left out
+    size_t ornaments = 0;             ///< trills and the like, left out
+    bool hasTempoWords = false;       ///< "rit." and the like
+    std::string language;             ///< of the words
+};
+
+WrittenPart ReadPart(const std::vector<XmlElement>& measures);
+
+} // namespace torv::songs::musicxml
