@@ -124,8 +124,8 @@ TEST_CASE("MIDI files: of one that is damaged what is whole is read, with a rema
         REQUIRE(song.parts.size() == 1);
         CHECK(song.parts[0].notes.at(0).words.at(0).text == "la");
     }
-    CHECK(ErrorOf({'R', 'I', 'F', 'F'}).find("not a standard MIDI file") != std::string::npos);
-    CHECK(ErrorOf(FileBytes(1 << 20)).find("not a standard MIDI file") != std::string::npos);
+    CHECK(ErrorOf({'R', 'I', 'F', 'F'}).find("neither a standard MIDI file") != std::string::npos);
+    CHECK(ErrorOf(FileBytes(1 << 20)).find("neither a standard MIDI file") != std::string::npos);
     FileBytes patterns = whole;
     patterns[9] = 2;
     CHECK(ErrorOf(patterns).find("format 2") != std::string::npos);

@@ -130,7 +130,7 @@ std::string InUtf8(std::string bytes) {
     const auto encoding = TextEncodingNamed(name);
     if (!encoding)
         throw SongError("is in the encoding \"" + name.substr(0, 40) + "\", which is not known: save it as UTF-8");
-    return encoding == TextEncoding::Utf8 ? bytes : ToUtf8(bytes, *encoding);
+    return *encoding == kUtf8 ? bytes : ToUtf8(bytes, *encoding);
 }
 
 } // namespace
