@@ -31,7 +31,8 @@ TEST_CASE("wave file: what was appended is read, wherever the buffer is; a full 
         while (model.size() < 3 * held) {
             const auto frames = static_cast<LONG>(model.size());
             const LONG place = static_cast<LONG>(random() % (model.size() + 20)) - 10;
-            DWORD value = 0;
+            DWORD left = 1;
+            DWORD right = 2;
             switch (model.size() < held ? 9 : random() % 8) {
             default:
                 CHECK((frames != static_cast<LONG>(held) - 1 || path.Get() == MonoFile("")));
@@ -46,8 +47,9 @@ TEST_CASE("wave file: what was appended is read, wherever the buffer is; a full 
                 at = static_cast<size_t>(std::clamp<LONG>(place, 0, frames));
                 break;
             case 1:
-                CHECK(file.ReadSample(value, value) == (at < model.size()));
-                CHECK(static_cast<short>(value) == (at < model.size() ? model[at] : 0));
+                CHECK(file.ReadSample(left, right) == (at < model.size()));
+                CHECK(static_cast<short>(left) == (at < model.size() ? model[at] : 0));
+                CHECK(left == right);
                 at = std::min(at + 1, model.size());
                 break;
             case 2:

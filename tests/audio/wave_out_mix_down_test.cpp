@@ -29,7 +29,7 @@ TEST_CASE("mix down: parts of files with volume and pan, every setting, and mete
         {[&] { output.SetMasterVolume(0.5); }, parts, -1, Fmt(2, 16), {949, 1000, 1650, 1500}, 1650.5, 0},
         {[&] { output.SetMute(1); }, parts, -1, Fmt(2, 16), {0, 0, 0, 0}, 1650.5, 0},
         {[&] { output.SetMute(0), output.SetMasterPanpot(1.0); }, parts, -1, Fmt(2, 16), {0, 2000, 0, 3000}, 0, 0},
-        {[&] { output.SetMasterVolume(1.0, 0.0); }, loud, -1, Fmt(2, 16), {-1637, -1637, -2771}, 256000, 4},
+        {[&] { output.SetMasterVolume(kNaN, -2.0); }, loud, -1, Fmt(2, 16), {-1637, -1637, -2771}, 256000, 4},
         {[&] { output.SetRouting(0, torv::kReWireRoute); }, loud, -1, Fmt(2, 16), {-101, -101, 301, 301}, 301, 0},
         {[&] { output.SetOutputDeviseType(torv::kSilentDevice); }, loud, -1, Fmt(2, 16), {0, 0}, 0, 0},
         {[&] { output.SetOutputDeviseType(0), output.SetRouting(0, torv::kDeviceRoute); },
@@ -39,7 +39,13 @@ TEST_CASE("mix down: parts of files with volume and pan, every setting, and mete
          {1899, 2000},
          3301,
          0},
-        {[&] { output.SetMasterOutputChannels(1); }, parts, 0, Fmt(1, 16), {1949, 3150}, 3150.5, 0}};
+        {[&] { output.SetMasterOutputChannels(1), output.SetMasterOutputChannels(3); },
+         parts,
+         0,
+         Fmt(1, 16),
+         {1949, 3150},
+         3150.5,
+         0}};
     for (const auto& step : steps) {
         CAPTURE(&step - steps);
         step.change();
@@ -54,6 +60,7 @@ TEST_CASE("mix down: parts of files with volume and pan, every setting, and mete
         CHECK(meter.Take() == HostWindow::Posted{{9, static_cast<LPARAM>(step.peak * 32767 / 32768)}, {9, 0}});
         CHECK(output.GetWrappedFrames() == static_cast<DWORD>(step.wrapped));
     }
+    CHECK(CWaveOut::Amplitude2Db(10.0) == doctest::Approx(20.0));
     CHECK(output.GetPeakLevel() == doctest::Approx(3150.5 / 32768));
     CHECK(Values(output.GetRegisteredTrackCount(), path.IsAlone()) == "0 1");
     CHECK(output.AudioMixDown(path.Text(), nullptr, 0) == 1);

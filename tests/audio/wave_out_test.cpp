@@ -1,39 +1,6 @@
 #include "audio/wave_out_fixture.h"
 #include "values.h"
 
-#include <cmath>
-#include <limits>
-
-namespace {
-
-struct Output : CWaveOut {
-    using CWaveOut::m_dMasterGainL;
-    using CWaveOut::m_dMasterGainR;
-};
-
-} // namespace
-
-TEST_CASE("wave output: volume and pan make the master gains; one channel knows no pan") {
-    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    const struct {
-        WORD channels;
-        double volume, pan, left, right;
-    } rows[] = {{2, 0.5, 0.5, 0.25, 0.75}, // q = 0.75
-                {2, 1, -2, 1, 1},          // back to the centre, not to the nearer end
-                {2, 1, kNaN, 1, 1},        {2, kNaN, -1, 2, 0},   {2, -kInfinity, 1, 0, 2},
-                {1, 0.5, -1, 0.5, 0.5},    {3, 0.5, -1, 0.5, 0.5}}; // there are not three: still one
-    CHECK(CWaveOut::Amplitude2Db(10.0) == doctest::Approx(20.0));
-    Output output;
-    for (const auto& row : rows) {
-        CHECK(output.SetMasterOutputChannels(row.channels) == 1);
-        output.SetMasterVolume(row.volume, row.pan);
-        output.SetMasterVolume(row.volume); // the pan stays
-        output.SetMasterPanpot(row.pan);    // and the volume
-        CHECK(Values(output.m_dMasterGainL, output.m_dMasterGainR) == Values(row.left, row.right));
-    }
-}
-
 TEST_CASE("wave output: sixteen slots, and a place behind them that is not played") {
     MonoWave wave({1});
     CWaveOut output;
