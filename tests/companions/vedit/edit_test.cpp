@@ -140,7 +140,10 @@ TEST_CASE("no voice, no editor, no database") {
             (cannotRun == VEDIT_NO_EDITOR || cannotRun == VEDIT_CANCELLED)); // its processor tells no more than failure
 #else
         CHECK(cannotRun == VEDIT_NO_EDITOR);
-        CHECK(user.Open("false") == VEDIT_CANCELLED);
+        const std::string before = user.ParametersOf(DBM_ENGLISH, 1);
+        for (const char* const end : {"exit 1", "kill -9 $$"}) // what it saved is not meant
+            CHECK(user.Open("f() { echo 'Noise = 3' > \"$1\"; " + std::string(end) + "; }; f") == VEDIT_CANCELLED);
+        CHECK(user.ParametersOf(DBM_ENGLISH, 1) == before);
         CHECK(user.Open("rm") == VEDIT_BAD_INPUT);
         SetEnvironment("EDITOR", "touch '" + user.folder.Path("started") + "'");
         if (!isatty(0)) {
@@ -166,5 +169,8 @@ TEST_CASE("the editor keeps the database ready without its host") {
     REQUIRE(user.library.Delete() == DBM_OK);
     CHECK(user.Save("Noise = 3") == VEDIT_OK);
     CHECK(user.ParametersOf(DBM_ENGLISH, 1).find(";Noise=3;") != std::string::npos);
+    CHECK(Editor().remove() == VEDIT_OK);
+    CHECK(user.library.Delete() == DBM_NOT_READY); // and leaves it as it found it
+    CHECK(Editor().init() == VEDIT_OK);
     REQUIRE(user.library.Init() == DBM_OK);
 }
