@@ -1,5 +1,7 @@
 #include "torv/songs/musicxml_measures.h"
 
+#include "torv/songs/number_text.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cmath>

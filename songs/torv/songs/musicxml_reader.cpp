@@ -1,6 +1,7 @@
 #include "torv/songs/musicxml_reader.h"
 
 #include "torv/songs/musicxml_voices.h"
+#include "torv/songs/number_text.h"
 #include "torv/songs/part_names.h"
 #include "torv/songs/song_error.h"
 #include "torv/songs/text_encoding.h"

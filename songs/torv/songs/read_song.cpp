@@ -4,6 +4,7 @@
 #include "torv/songs/midi_reader.h"
 #include "torv/songs/musicxml_reader.h"
 #include "torv/songs/song_error.h"
+#include "torv/songs/ust_reader.h"
 
 #include <algorithm>
 #include <istream>
@@ -22,6 +23,7 @@ constexpr struct {
 } kReaders[] = {
     {SongFormat::Midi, IsMidi, ReadMidiSong},
     {SongFormat::MusicXml, IsMusicXml, ReadMusicXmlSong},
+    {SongFormat::Ust, IsUst, ReadUstSong},
 };
 
 std::string Named(const std::string& source, const std::string& what) {
@@ -32,7 +34,7 @@ constexpr size_t kEnoughToTell = 4096;      // bytes
 constexpr size_t kLargestFile = 256U << 20; // bytes: a thousand times any song
 
 [[noreturn]] void FailUnknown(const std::string& source) {
-    throw SongError(Named(source, "neither a standard MIDI file nor MusicXML, so it cannot be sung"));
+    throw SongError(Named(source, "neither a standard MIDI file nor MusicXML nor UST, so it cannot be sung"));
 }
 
 } // namespace

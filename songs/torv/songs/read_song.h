@@ -13,7 +13,7 @@ struct ReadOptions {
     std::string encoding; ///< how the words' bytes are read, see TextEncodingNamed; empty: they are looked at
 };
 
-enum class SongFormat { Unknown, Midi, MusicXml };
+enum class SongFormat { Unknown, Midi, MusicXml, Ust };
 
 /// What kind of song file the bytes are, by their content.
 TORV_SONGS_API SongFormat FormatOf(Bytes bytes);

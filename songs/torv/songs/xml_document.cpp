@@ -4,7 +4,6 @@
 #include "torv/songs/text_encoding.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <rapidxml/rapidxml.hpp>
 
@@ -134,18 +133,6 @@ std::string InUtf8(std::string bytes) {
 }
 
 } // namespace
-
-double NumberOf(std::string_view text, double otherwise) {
-    double value = 0;
-    return std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc() ? value : otherwise;
-}
-
-int WholeNumberOf(std::string_view text, int otherwise) {
-    if (text.starts_with('+'))
-        text.remove_prefix(1);
-    int value = 0;
-    return std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc() ? value : otherwise;
-}
 
 std::string_view XmlElement::Name() const {
     return m_node ? std::string_view(NodeOf(m_node)->name(), NodeOf(m_node)->name_size()) : std::string_view();

@@ -53,10 +53,6 @@ private:
 
 inline XmlElement::Iterator XmlElement::end() const { return Iterator(XmlElement()); }
 
-/// A number at the text's beginning; `otherwise` when there is none. Nothing depends on the system's language.
-double NumberOf(std::string_view text, double otherwise);
-int WholeNumberOf(std::string_view text, int otherwise);
-
 /// The elements of an XML text in memory. Document types are passed over, nothing outside of the text is ever read, and
 /// a text that is nested deeper than 200 elements or has more than 4,000,000 of them is refused.
 class XmlDocument {
