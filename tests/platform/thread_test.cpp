@@ -146,8 +146,13 @@ TEST_CASE("thread: a wait outlives the handle it began with; a thread in a messa
             Sleep(1);
     });
     DWORD result = WAIT_FAILED;
-    BegunThread waiter([&] { result = WaitForSingleObject(thread.handle, INFINITE); });
-    CHECK_FALSE(waiter.End(10));
+    std::atomic<bool> isWaiting = false;
+    BegunThread waiter([&] {
+        isWaiting = true;
+        result = WaitForSingleObject(thread.handle, INFINITE);
+    });
+    REQUIRE(Await([&] { return isWaiting.load(); }));
+    CHECK_FALSE(waiter.End(20));
     CHECK(CloseHandle(thread.handle));
     isOver = true;
     CHECK(waiter.End());

@@ -90,6 +90,9 @@ TEST_CASE("typed file: a default stands in for a missing section only") {
     CHECK(value == "kept");
     CHECK(file.GetSectionMap()->ReadEntry(value, "Sec", "Missing") == 1);
     CHECK(value == "");
+    CHECK(file.GetEntryMap("Sec")->Lookup("Missing", value) == 0);
+    CHECK(file.GetEntryMap("Sec")->Lookup("a", value) == 1);
+    CHECK(value == "1");
 }
 
 TEST_CASE("typed file: editing keeps the order in which sections and keys came") {
@@ -157,7 +160,8 @@ TEST_CASE("typed file: on disk") {
     CHECK(file.GetPathName() == "");
     CHECK(file.Load(&open)); // from its beginning, wherever it stands
     CHECK(Compact(file) == "[S]\nA=2\n");
-    CHECK(LoadText(file, "[M]\n"));
+    CHECK(LoadText(file, "[M]\n")); // in place of what was there
+    CHECK(Compact(file) == "[M]\n");
     CHECK(file.GetPathName() == open.GetFilePath()); // text from memory has no path
     open.Close();
 
