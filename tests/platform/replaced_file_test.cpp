@@ -49,10 +49,12 @@ TEST_CASE("replaced file: the old content stands until the new is whole") {
     }
     SUBCASE("given up") { file.Discard(); }
     SUBCASE("written by name, as a wave writer does, which may want the file for itself") {
-        CFile other(file.Path(), CFile::modeCreate | CFile::modeReadWrite | CFile::shareExclusive);
+        file.Discard();
+        ReplacedFile named(path.c_str());
+        CFile other(named.Path(), CFile::modeCreate | CFile::modeReadWrite | CFile::shareExclusive);
         other.Write("wave", 4);
         other.Close();
-        CHECK(file.Commit());
+        CHECK(named.Commit());
         expected = "wave";
     }
     SUBCASE("gone meanwhile") {
