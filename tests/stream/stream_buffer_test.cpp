@@ -157,7 +157,7 @@ struct Filled : Stream {
 
 TEST_CASE("stream: does what clocks in a list do, whatever the blocks are, and leaves the bytes that they say") {
     for (const DWORD entryWords : {2u, 3u, 5u, 15u}) {
-        for (const DWORD blockSize : {8 * entryWords + 3, kStreamBlockSize, 1u << 20}) { // of two entries first
+        for (const DWORD blockSize : {8 * entryWords + 3, kStreamBlockSize, DWORD{1 << 20}}) { // of two entries first
             Stream stream;
             REQUIRE(stream.Create(4 * entryWords, blockSize, kHeapBlocks) == 1);
             Plain plain;
@@ -257,7 +257,7 @@ TEST_CASE("stream: creation, and a stream that was not created") {
 TEST_CASE("stream: refuses what would break it, and changes nothing") {
     Filled stream;
     const Words before = WordsOf(stream);
-    for (const DWORD clock : {0u, 100u, 150u, kMaxClock}) {
+    for (const DWORD clock : {DWORD{0}, DWORD{100}, DWORD{150}, kMaxClock}) {
         stream.MoveTo(clock);
         const std::string place = PlaceOf(stream);
         for (const DWORD reserved : {kEndMarkTag, kTopTag}) {
