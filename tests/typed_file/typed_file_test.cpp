@@ -108,10 +108,10 @@ TEST_CASE("typed file: editing keeps the order in which sections and keys came")
     CHECK(file.RemoveEntry("A", "x") == 0);
     CHECK(file.RemoveEntry("Z", "x") == 0);
     CHECK(file.WriteAt("A", "x", "4")); // a new key now: it comes last
-    CHECK(file.RemoveEntry("A", "y"));  // whose neighbours find each other
+    CHECK(file.RemoveEntry("A", "z"));  // whose neighbours find each other
     CHECK(file.RemoveSection("B"));
     CHECK(file.RemoveSection("B") == 0);
-    CHECK(Compact(file) == "[A]\nz=z\nx=4\n[C]\nn=\n");
+    CHECK(Compact(file) == "[A]\ny=y\nx=4\n[C]\nn=\n");
     CHECK(file.GetEntryMap("A")->GetCount() == 2);
     CString name;
     CxEntryMap* map = file.GetEntryMap("A");
