@@ -1,8 +1,11 @@
 #include "torv/songs/read_song.h"
 #include "torv/songs/song_error.h"
 
+#include "platform/temp_folder.h"
+
 #include <doctest/doctest.h>
 
+#include <cstdlib>
 #include <random>
 #include <zlib.h>
 
@@ -313,6 +316,42 @@ TEST_CASE("MusicXML: by measures, in other encodings, with what is not sung") {
     CHECK(NotesOf(left.parts.at(0)) == "0+480 60, 960+480 64");
     CHECK(left.remarks.size() == 3);
 }
+
+#if !defined(_WIN32)
+TEST_CASE("MusicXML: a notation program that reads a score and writes it anew changes nothing that is sung") {
+    if (std::system("command -v mscore3 >/dev/null") != 0) {
+        MESSAGE("SKIPPED: mscore3 (package musescore3) is not installed");
+        return;
+    }
+    const auto typed = [](const std::string& pitch, int length, const std::string& tie, const std::string& more) {
+        const std::string type = length == 2 ? "eighth" : length < 8 ? "quarter" : "half";
+        return N(pitch, length,
+                 tie + "<voice>1</voice><type>" + type + "</type>" + (length == 6 || length == 12 ? "<dot/>" : "") +
+                     more);
+    };
+    const auto slur = [](const std::string& type) { return "<notations><slur type=\"" + type + "\"/></notations>"; };
+    const std::string text = Score(
+        Bar(kPickup + Sound("tempo=\"90\"") + typed("G4", 4, "", Lyric("A", "begin")), "implicit=\"yes\"") +
+        Bar(kForward + typed("A4", 6, "", slur("start") + Lyric("men", "end")) +
+            typed("F#4", 2, "<tie type=\"start\"/>", slur("stop") + "<notations><tied type=\"start\"/></notations>") +
+            typed("F#4", 4, "<tie type=\"stop\"/>", "<notations><tied type=\"stop\"/></notations>")) +
+        Bar(Ending("1", true) + typed("G4", 12, "", Lyric("one"))) +
+        Bar(Ending("2", false) + typed("G4", 12, "", Lyric("two"))));
+    const Song ours = Read(text);
+    const TempFolder folder;
+    const std::string source = folder.File("ours.musicxml", text);
+    for (const std::string name : {"theirs.musicxml", "theirs.mxl"}) {
+        REQUIRE(std::system(
+                    ("QT_QPA_PLATFORM=offscreen mscore3 -o " + folder.Path(name) + " " + source + " >/dev/null 2>&1")
+                        .c_str()) == 0);
+        const Song theirs = ReadSongFile(folder.Path(name));
+        CHECK(NotesOf(theirs.parts.at(0)) == NotesOf(ours.parts.at(0)));
+        CHECK(theirs.tempos.at(0).microsecondsPerQuarter == ours.tempos.at(0).microsecondsPerQuarter);
+        CHECK(theirs.measures.size() == ours.measures.size());
+        CHECK(theirs.title == ours.title);
+    }
+}
+#endif
 
 TEST_CASE("MusicXML: compressed scores") {
     const std::string score = Score(Bar(N("C4", 4, Lyric("ah"))));
