@@ -13,4 +13,5 @@
 #include "torv/platform/afx/position.h"
 #include "torv/platform/afx/string.h"
 #include "torv/platform/afx/win_app.h"
+#include "torv/platform/afx/win_thread.h"
 #include "torv/platform/afx/wnd.h"

@@ -51,7 +51,7 @@ void Run(std::shared_ptr<ThreadState> state, LPTHREAD_START_ROUTINE start, LPVOI
     ThreadState& self = *state;
     ThreadState::Adopt(std::move(state));
     self.Begin();
-    start(parameter);
+    self.SetExitCode(start(parameter));
 }
 
 } // namespace
@@ -83,6 +83,20 @@ HANDLE CreateThread(LPSECURITY_ATTRIBUTES, SIZE_T, LPTHREAD_START_ROUTINE start,
 
 DWORD GetCurrentThreadId() { return ThreadState::Current().Id(); }
 
+BOOL DuplicateHandle(HANDLE, HANDLE source, HANDLE, LPHANDLE target, DWORD, BOOL, DWORD options) {
+    const auto thread = Find(source);
+    if (options & DUPLICATE_CLOSE_SOURCE)
+        CloseHandle(source);
+    if (!thread || !target) {
+        SetLastError(thread ? ERROR_INVALID_PARAMETER : ERROR_INVALID_HANDLE);
+        return FALSE;
+    }
+    return torv::OrFail(FALSE, [&] {
+        *target = NewHandle(thread);
+        return TRUE;
+    });
+}
+
 BOOL CloseHandle(HANDLE handle) {
     Table& table = TheTable();
     const std::unique_lock lock(table.mutex);
@@ -109,6 +123,14 @@ BOOL SetThreadPriority(HANDLE thread, int priority) {
             }
         }
         state.SetPriority(priority);
+        return TRUE;
+    });
+}
+
+BOOL GetExitCodeThread(HANDLE thread, LPDWORD code) {
+    return WithThread(thread, FALSE, [&](ThreadState& state) {
+        if (code)
+            *code = state.ExitCode();
         return TRUE;
     });
 }

@@ -80,6 +80,7 @@ std::shared_ptr<ThreadState> ThreadState::New(bool suspended) {
     auto state = std::make_shared<ThreadState>(++table.lastId);
     state->m_suspended = suspended ? 1 : 0;
     state->m_resting = 1; // until it begins
+    state->m_exitCode = STILL_ACTIVE;
     table.threads.emplace(state->m_id, state);
     return state;
 }
@@ -182,6 +183,11 @@ bool ThreadState::AwaitEnd(DWORD milliseconds) {
     return true;
 }
 
+DWORD ThreadState::ExitCode() {
+    const std::lock_guard lock(m_mutex);
+    return m_over ? m_exitCode : STILL_ACTIVE;
+}
+
 void ThreadState::Begin() {
     std::unique_lock lock(m_mutex);
     m_begun = true;
@@ -190,6 +196,11 @@ void ThreadState::Begin() {
         ApplyPriority();
     m_wake.wait(lock, [&] { return m_suspended == 0; });
     --m_resting;
+}
+
+void ThreadState::SetExitCode(DWORD code) {
+    const std::lock_guard lock(m_mutex);
+    m_exitCode = code;
 }
 
 void ThreadState::MakeQueue() {

@@ -52,10 +52,12 @@ public:
     void SetPriority(int priority);
     /// False when the time is over first.
     bool AwaitEnd(DWORD milliseconds);
+    DWORD ExitCode();
 
     // From the thread itself.
     static void Adopt(std::shared_ptr<ThreadState> state);
     void Begin();
+    void SetExitCode(DWORD code);
     void MakeQueue();
     bool IsOver();
     void SafePoint();
@@ -98,6 +100,7 @@ private:
     int m_priority = 0;
     bool m_begun = false;
     pthread_t m_thread{}; // once begun, until over
+    DWORD m_exitCode = 0;
     bool m_over = false;
 };
 

@@ -82,6 +82,7 @@ MMRESULT timeGetDevCaps(LPTIMECAPS capabilities, UINT size) {
 }
 
 MMRESULT timeBeginPeriod(UINT period) { return InRange(period) ? TIMERR_NOERROR : TIMERR_NOCANDO; }
+MMRESULT timeEndPeriod(UINT period) { return timeBeginPeriod(period); }
 
 UINT timeSetEvent(UINT delay, UINT, LPTIMECALLBACK callback, DWORD_PTR user, UINT flags) {
     if (!callback || !InRange(delay) || (flags & ~(TIME_PERIODIC | TIME_KILL_SYNCHRONOUS)) != 0)

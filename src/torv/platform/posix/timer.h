@@ -24,6 +24,7 @@ constexpr UINT TIME_KILL_SYNCHRONOUS = 0x0100;
 TORV_API MMRESULT timeGetDevCaps(LPTIMECAPS capabilities, UINT size);
 /// The clock is always at its finest; only the period's range is checked.
 TORV_API MMRESULT timeBeginPeriod(UINT period);
+TORV_API MMRESULT timeEndPeriod(UINT period);
 /// Calls back after `delay` ms, and with TIME_PERIODIC every `delay` ms. The resolution has no meaning. Returns the
 /// timer's number; 0 for a delay outside the range, no callback, an unknown flag, or when no thread can be had.
 TORV_API UINT timeSetEvent(UINT delay, UINT resolution, LPTIMECALLBACK callback, DWORD_PTR user, UINT flags);
