@@ -38,10 +38,11 @@ std::optional<Parameters> ReadParameters(const Json& entry) {
 
 /// `number` is not in a definition.
 std::optional<InstalledVoice> ReadInstalled(const Json& entry, int32_t number) {
-    const auto engineProgram = Integer(entry, "engineProgram", 0, DBM_ENGINE_PROGRAMS - 1);
+    const auto engineProgram = Integer(entry, "engineProgram", 0, DBM_PROGRAMS - 1);
     const auto name = Text(entry, "name");
     const auto description = OptionalText(entry, "description");
-    if (!engineProgram || !name || name->empty() || !description)
+    if (!engineProgram || EngineProgramOf(static_cast<int32_t>(*engineProgram)) != *engineProgram || !name ||
+        name->empty() || !description)
         return std::nullopt;
     const auto parameters = ReadParameters(entry);
     if (!parameters)

@@ -47,7 +47,7 @@ VirtualVoice& Voices::At(int32_t language, int32_t program) {
 void Voices::Add(const VirtualVoice& singer) {
     Require(singer.language >= 0 && singer.language < DBM_LANGUAGES, DBM_BAD_ARGUMENT);
     Require(singer.program >= 0 && singer.program < DBM_PROGRAMS, DBM_BAD_ARGUMENT);
-    Require(singer.program % DBM_ENGINE_PROGRAMS == Installed(singer.voice).engineProgram, DBM_BAD_ARGUMENT);
+    Require(EngineProgramOf(singer.program) == Installed(singer.voice).engineProgram, DBM_BAD_ARGUMENT);
     Require(!Find(singer.language, singer.program) && !FindName(singer.language, singer.name), DBM_EXISTS);
     // What came with the library keeps its order, at the front.
     const auto before = [](const VirtualVoice& left, const VirtualVoice& right) {
@@ -67,7 +67,7 @@ void Voices::Rename(VirtualVoice& singer, const std::string& name) const {
 
 int32_t Voices::FreeProgram(int32_t language, int32_t engineProgram) const {
     for (int32_t program = engineProgram; program < DBM_PROGRAMS; program += DBM_ENGINE_PROGRAMS)
-        if (!Find(language, program))
+        if (EngineProgramOf(program) == engineProgram && !Find(language, program))
             return program;
     Fail(DBM_FULL);
 }

@@ -16,6 +16,12 @@ constexpr uint8_t kMostParameter = 127;
 constexpr std::array<const char*, kParameters> kParameterNames{DBM_PARAMETER_NAMES};
 
 using Parameters = std::array<uint8_t, kParameters>;
+/// The engine's program that sings this one.
+constexpr int32_t EngineProgramOf(int32_t program) {
+    const bool isPerson = program >= DBM_FIRST_PERSON && program <= DBM_LAST_PERSON;
+    return program % DBM_ENGINE_PROGRAMS + (isPerson ? DBM_FIRST_PERSON : 0);
+}
+
 /// The parameter's index, or kParameters when there is none of this name.
 size_t ParameterIndex(const std::string& name);
 

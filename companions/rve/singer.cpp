@@ -28,6 +28,8 @@ constexpr Time kSafetyTail = FromMilliseconds(60); // a segment that promised to
 constexpr float kAttackFloor = 0.15F;              // of a note's loudness, where it begins
 constexpr float kAttackAfterConsonant = 0.5F;
 constexpr float kQuiet = 1e-5F;
+constexpr float kEffortTilt = 0.5F; // decibels at 3 kHz beside each of loudness
+constexpr float kHarmonicsTilt = 6; // decibels at 3 kHz, of that control
 
 float FromDb(float db) { return std::exp2(db * 0.166096F); }
 
@@ -48,8 +50,10 @@ Singer::Singer() { Reset(); }
 bool Singer::Configure(uint32_t rate) {
     if (std::find(std::begin(kRates), std::end(kRates), rate) == std::end(kRates))
         return false;
+    LoadBanks();
     m_rate = rate;
     m_whiteLevel = static_cast<float>(std::sqrt(m_rate / kTimeBase));
+    m_recorded.Configure(rate);
     Reset();
     return true;
 }
@@ -90,6 +94,11 @@ void Singer::Reset() {
     m_shelfGain = {0};
     m_glottis.Reset();
     m_random.Reset(kSeed);
+    m_person = nullptr;
+    m_recorded.Begin();
+    m_colour = {};
+    m_recordedNow = m_recordedStep = 0;
+    m_personShare = {};
     m_tract.Reset();
     for (Band& band : m_hiss)
         band.Reset();
@@ -171,6 +180,7 @@ void Singer::BeginSound() {
     m_tiltState = m_shelfState = 0;
     m_glottis.Reset();
     m_random.Reset(kSeed);
+    m_recorded.Begin();
     m_tract.Reset();
     for (Band& band : m_hiss)
         band.Reset();
@@ -181,7 +191,7 @@ float Singer::Envelope(const Segment* segment, Time now) {
     if (!segment)
         return 0;
     float level = 1;
-    if (segment->begins) {
+    if (segment->begins && (segment->attack.present || !m_person)) { // a person's own onsets are in the recording
         // Out of nothing or a closure; a sonorant before the vowel is the beginning of its tone.
         Time from = segment->start;
         int vowel = 0;
@@ -266,6 +276,7 @@ void Singer::Tick() {
     while (const ControlChange* const change = m_timeline.TakeDue(now))
         Apply(*change);
     const Voice& voice = VoiceOf(ControlValue(Control::Program));
+    m_person = PersonOf(ControlValue(Control::Program), m_bank);
     const Segment* const segment = FindCurrent(now);
     m_isFirstTick = segment && m_gain.value == 0;
     if (m_isFirstTick)
@@ -294,8 +305,9 @@ void Singer::Tick() {
 
     const int velocity = segment ? segment->velocity : kDefaultVelocity;
     const int dynamics = ControlValue(Control::Dynamics);
-    const float gain = FromDb(kDynamicsDb * static_cast<float>(dynamics - kDefaultDynamics) +
-                              (segment ? kVelocityDb * static_cast<float>(velocity - kDefaultVelocity) : 0));
+    const float effortDb = kDynamicsDb * static_cast<float>(dynamics - kDefaultDynamics) +
+                           (segment ? kVelocityDb * static_cast<float>(velocity - kDefaultVelocity) : 0);
+    const float gain = FromDb(effortDb);
     const float tremolo = 0.6F * static_cast<float>(ControlValue(Control::TremoloDepth)) / 127.0F;
     const float wave = (1 + tremolo * m_pitch.Swing()) * m_pitch.Unevenness();
     if (segment)
@@ -303,7 +315,10 @@ void Singer::Tick() {
     else
         m_gain.Approach(m_gain.value, 1);
 
+    MovePerson(segment, now, f0, effortDb);
     const float envelope = Envelope(segment, now);
+    if (m_person && segment)
+        target.voicing = 1; // its consonants have levels of their own
     const bool rising = target.voicing * envelope > m_voicing.value;
     m_voicing.Approach(target.voicing * envelope, Pace(segment ? (rising ? 3.0F : 6.0F) : release / 3));
     m_aspiration.Approach(target.aspiration, Pace(6));
@@ -319,6 +334,7 @@ void Singer::Tick() {
     // Levels move in a line through the tick, so that no controller makes a step.
     const float clearness = FromDb(6 * VoiceControl(15));
     const float perSample = 1.0F / kTickSamples;
+    m_recordedStep = (m_voicing.value * m_gain.value * kLevel / m_recorded.NucleusLevel() - m_recordedNow) * perSample;
     m_voicingStep = (m_voicing.value * m_gain.value * LevelFor(f0) - m_voicingNow) * perSample;
     m_aspirationStep = (m_aspiration.value * m_gain.value * kLevel * kAspirationLevel - m_aspirationNow) * perSample;
     m_noiseStep = (m_noise.value * m_gain.value * kLevel * clearness - m_noiseNow) * perSample;
@@ -334,21 +350,51 @@ void Singer::Tick() {
     m_shelf = 1 - std::exp(-6.2831853F * 2500.0F / static_cast<float>(m_rate));
 }
 
+/// What a recorded person takes of the controls, and the share that the person has of the sound.
+void Singer::MovePerson(const Segment* segment, Time now, float f0, float effortDb) {
+    m_personShare.Approach(m_person ? 1.0F : 0.0F, m_isFirstTick ? 1.0F : Pace(20));
+    if (!m_person || (!segment && m_gain.value == 0))
+        return;
+    Colour colour;
+    const float sharpness = std::exp2(-0.5F * VoiceControl(15));
+    for (int i = 0; i < kFormants; ++i) {
+        const auto f = static_cast<size_t>(i);
+        colour.frequency[f] = std::exp2(0.25F * VoiceControl(i * 3));
+        colour.width[f] = sharpness * std::exp2(VoiceControl(i * 3 + 1));
+        colour.decibels[f] = 12 * VoiceControl(i * 3 + 2);
+    }
+    colour.size = std::exp2(0.25F * VoiceControl(16));
+    colour.tilt = kEffortTilt * effortDb + kHarmonicsTilt * VoiceControl(12);
+    colour.breath = VoiceControl(13) < 0 ? 1 + VoiceControl(13) : 1 + 7 * VoiceControl(13);
+    colour.hiss = FromDb(6 * VoiceControl(15));
+    colour.lowest = f0 * 1.02F;
+    m_colour.Approach(colour, m_isFirstTick ? 1.0F : Pace(15));
+    m_recorded.Move(now, kTickSamples, f0, m_colour, m_timeline, *m_bank, m_person->tract);
+}
+
 float Singer::NextSample() {
+    const float share = m_personShare.value;
+    float sound = share < 0.999F ? NextSynthetic() * (1 - share) : 0;
+    m_recordedNow += m_recordedStep;
+    if (share > 0.001F)
+        sound += m_recorded.Next() * m_recordedNow * share;
+    m_shelfState += (sound - m_shelfState) * m_shelf;
+    return sound + (sound - m_shelfState) * m_shelfGain.value;
+}
+
+float Singer::NextSynthetic() {
     m_voicingNow += m_voicingStep;
     m_aspirationNow += m_aspirationStep;
     m_noiseNow += m_noiseStep;
     if (m_voicingNow < kQuiet * 0.01F && m_aspirationNow < kQuiet * 0.01F && m_noiseNow < kQuiet * 0.01F &&
         m_gain.value == 0)
-        m_voicingNow = m_aspirationNow = m_noiseNow = 0;
+        m_recordedNow = m_voicingNow = m_aspirationNow = m_noiseNow = 0;
     const float unit = m_random.Next();
     const float white = unit * m_whiteLevel;
     const float pulse = m_glottis.Next() + white * m_breathNow * m_glottis.Openness();
     m_tiltState += (pulse - m_tiltState) * m_tilt;
-    float sound = m_tract.Next(m_tiltState * m_voicingNow + white * m_aspirationNow);
-    sound += m_hiss[1].Next(m_hiss[0].Next(unit)) * m_hissGain * m_noiseNow;
-    m_shelfState += (sound - m_shelfState) * m_shelf;
-    return sound + (sound - m_shelfState) * m_shelfGain.value;
+    const float sound = m_tract.Next(m_tiltState * m_voicingNow + white * m_aspirationNow);
+    return sound + m_hiss[1].Next(m_hiss[0].Next(unit)) * m_hissGain * m_noiseNow;
 }
 
 } // namespace rve

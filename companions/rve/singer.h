@@ -3,7 +3,9 @@
 #include "articulator.h"
 #include "block_decoder.h"
 #include "glottis.h"
+#include "person.h"
 #include "pitch_line.h"
+#include "recorded_persons.h"
 #include "rve_abi.h"
 #include "timeline.h"
 #include "tract.h"
@@ -50,7 +52,9 @@ private:
     void MoveTract(const Target& target, float f0);
     float CornerHz() const;
     float LevelFor(float f0) const;
+    void MovePerson(const Segment* segment, Time now, float f0, float effortDb);
     float NextSample();
+    float NextSynthetic();
     float Pace(float milliseconds) const;
 
     double m_rate = 0;
@@ -82,6 +86,12 @@ private:
 
     Glottis m_glottis;
     Noise m_random;
+    const RecordedPerson* m_person = nullptr; ///< who sings, null: the tract below
+    const VoiceBank* m_bank = nullptr;
+    Person m_recorded;
+    Colour m_colour;
+    float m_recordedNow = 0, m_recordedStep = 0;
+    Smoothed m_personShare; ///< 1: the person alone, 0: the tract alone
     VocalTract m_tract;
     std::array<Band, 2> m_hiss; ///< one after the other, for steep edges
     float m_hissGain = 0;       ///< brings their noise to an RMS of 1

@@ -81,7 +81,7 @@ TEST_CASE("what was handed out stays while the database goes on changing") {
     REQUIRE(library.DeleteVirtualVoice(DBM_JAPANESE, 4) == DBM_OK);
     REQUIRE(library.DeleteVirtualExpItem(1, 1, 0, 7) == DBM_OK);
     REQUIRE(library.GetVirtualExpItems(1, 1, 0, &after) == DBM_OK);
-    CHECK(std::string(voices->voices[7].name) == "Mine");
+    CHECK(std::string(voices->voices[13].name) == "Mine");
     CHECK(Parameters(*singer).starts_with("VOICENAME=Mine;Resonance1 Frequency=64;"));
     CHECK(Values(items->count, items->items[1].caption) == "2 a");
     CHECK(after->count == 1);

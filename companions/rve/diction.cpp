@@ -1,0 +1,324 @@
+#include "diction.h"
+
+#include "articulator.h"
+
+#include <algorithm>
+#include <cmath>
+#include <rve_abi.h>
+
+namespace rve {
+
+namespace {
+
+constexpr Time kGap = FromMilliseconds(40); ///< a pause that is shorter is none
+constexpr double kFrame = bank::kFrameMs * 0.001 * kTimeBase;
+constexpr int kSmoothing = 4; ///< frames either way
+
+int PhoneOf(const VoiceBank& bank, const char* name) { return name ? bank.PhoneNamed(name) : VoiceBank::kSilence; }
+
+bool IsJapaneseVowel(const Phoneme& phoneme) {
+    return IsVowel(phoneme) && FindPhoneme(phoneme.symbol, RVE_JAPANESE) == &phoneme;
+}
+
+} // namespace
+
+void Diction::Reset() {
+    m_bank = nullptr;
+    m_start = m_nextStart = -1;
+    m_end = 0;
+    m_vowel = nullptr;
+    m_before = {};
+    m_soundCount = m_frameCount = m_firstOwn = m_ownCount = 0;
+    m_nucleus = m_now = {};
+}
+
+const SpokenFrame& Diction::At(Time time, const Timeline& timeline, const VoiceBank& bank, Tract tract) {
+    int current = -1;
+    while (current + 1 < timeline.SegmentCount() && timeline.SegmentAt(current + 1).Onset() <= time)
+        ++current;
+    if (current < 0)
+        return m_now;
+    const Segment& segment = timeline.SegmentAt(current);
+    const Segment* next = current + 1 < timeline.SegmentCount() ? &timeline.SegmentAt(current + 1) : nullptr;
+    if (next && next->Onset() > segment.end + kGap)
+        next = nullptr;
+    if (&bank != m_bank || segment.start != m_start || (next ? next->start : -1) != m_nextStart)
+        Plan(segment, next, bank, tract);
+    if (m_frameCount == 0)
+        return m_now;
+
+    int index = m_firstOwn;
+    while (index + 1 < m_firstOwn + m_ownCount && m_sounds[static_cast<size_t>(index + 1)].begin <= time)
+        ++index;
+    const float place =
+        std::clamp(FrameOf(m_sounds[static_cast<size_t>(index)], time), 0.0F, static_cast<float>(m_frameCount - 1));
+    const auto at = std::min(static_cast<int>(place), m_frameCount - 2);
+    const float share = m_frameCount < 2 ? 0 : place - static_cast<float>(at);
+    const SpokenFrame& a = m_frames[static_cast<size_t>(std::max(at, 0))];
+    const SpokenFrame& b = m_frames[static_cast<size_t>(std::max(at, 0) + (m_frameCount < 2 ? 0 : 1))];
+    const auto mix = [share](auto& to, const auto& from, const auto& other) {
+        for (size_t i = 0; i < to.size(); ++i)
+            to[i] = from[i] + (other[i] - from[i]) * share;
+    };
+    mix(m_now.cepstrum, a.cepstrum, b.cepstrum);
+    mix(m_now.strength, a.strength, b.strength);
+    mix(m_now.formants, a.formants, b.formants);
+    mix(m_now.shift, a.shift, b.shift);
+    m_now.voicing = a.voicing + (b.voicing - a.voicing) * share;
+    return m_now;
+}
+
+/// Which frame of the plan a sound has at a time within it.
+float Diction::FrameOf(const Sound& sound, Time time) const {
+    const auto into =
+        static_cast<float>(static_cast<double>(std::clamp(time, sound.begin, sound.end) - sound.begin) / kFrame);
+    const float length = std::max(static_cast<float>(static_cast<double>(sound.end - sound.begin) / kFrame), 0.1F);
+    const auto frames = static_cast<float>(sound.frames);
+    const float first = static_cast<float>(sound.first) - 0.5F;
+    if (sound.isNucleus) {
+        // The way in and the way out at their own pace, the middle as slowly as the note asks.
+        float in = std::min(sound.isDiphthong ? 0.3F * frames : 0.45F * frames, 12.0F);
+        float out = sound.isDiphthong ? 0.6F * frames : std::min(0.45F * frames, 14.0F);
+        const float middle = sound.isDiphthong ? 0.35F * frames : 0.5F * frames;
+        float from = in, to = frames - out;
+        if (m_continues) {
+            in = 0;
+            from = middle;
+        }
+        if (m_goesOn) {
+            out = 0;
+            to = middle;
+        }
+        if (length < in + out) { // too short for both
+            const float fit = length / (in + out);
+            if (into < in * fit)
+                return first + into / fit;
+            return first + frames - (length - into) / fit;
+        }
+        if (into < in)
+            return first + into;
+        if (into > length - out)
+            return first + frames - (length - into);
+        return first + from + (to - from) * (into - in) / std::max(length - in - out, 0.1F);
+    }
+    if (sound.isStop && frames > 1) { // the burst keeps its length, the closure gives way
+        const auto closure = static_cast<float>(sound.closure);
+        const float burst = std::min(frames - closure, 0.7F * length);
+        const float closed = length - burst;
+        if (into < closed)
+            return first + closure * into / std::max(closed, 0.1F);
+        return first + closure + (frames - closure) * (into - closed) / std::max(burst, 0.1F);
+    }
+    return first + frames * into / length;
+}
+
+void Diction::AddSound(const Sound& sound) {
+    if (m_soundCount < kMostSounds && sound.phone != VoiceBank::kSilence)
+        m_sounds[static_cast<size_t>(m_soundCount++)] = sound;
+}
+
+/// The phones of one symbol, in the time that it has: of two the second one takes what it would take when spoken.
+void Diction::AddUnit(const Unit& unit, const Phoneme* following, Time begin, Time end, bool isNucleus,
+                      const VoiceBank& bank) {
+    const Spoken* const spoken = SpokenAs(*unit.phoneme);
+    if (!spoken)
+        return;
+    Sound sound;
+    sound.begin = begin;
+    sound.end = end;
+    sound.phone = PhoneOf(bank, spoken->phones[0]);
+    sound.isNucleus = isNucleus;
+    sound.isVowel = IsVowelPhone(spoken->phones[0]);
+    sound.isStop = IsStopPhone(spoken->phones[0]);
+    sound.isDiphthong = IsDiphthongPhone(spoken->phones[0]);
+    if (IsJapaneseVowel(*unit.phoneme))
+        sound.target = unit.phoneme->from;
+    const char* second = spoken->phones[1];
+    if (spoken->palatal && following && std::string_view(following->symbol) != "i")
+        second = "y";
+    if (!second) {
+        AddSound(sound);
+        return;
+    }
+    const Time length = end - begin;
+    const Time tail = std::min(isNucleus ? FromMilliseconds(90) : length / 2, length * 45 / 100);
+    sound.end = end - tail;
+    AddSound(sound);
+    Sound other;
+    other.begin = end - tail;
+    other.end = end;
+    other.phone = PhoneOf(bank, second);
+    other.isStop = IsStopPhone(second);
+    AddSound(other);
+}
+
+void Diction::Plan(const Segment& segment, const Segment* next, const VoiceBank& bank, Tract tract) {
+    if (segment.start != m_start) {
+        const bool follows = m_start >= 0 && segment.Onset() <= m_end + kGap && m_ownCount > 0;
+        const auto phoneAt = [this](int index) {
+            return index >= 0 ? m_sounds[static_cast<size_t>(index)].phone : int{VoiceBank::kSilence};
+        };
+        m_before = {VoiceBank::kSilence, VoiceBank::kSilence};
+        if (follows)
+            m_before = {phoneAt(m_firstOwn + m_ownCount - 2), phoneAt(m_firstOwn + m_ownCount - 1)};
+        m_continues = follows && segment.unitCount == 0;
+    }
+    m_bank = &bank;
+    m_start = segment.start;
+    m_end = segment.end;
+    m_nextStart = next ? next->start : -1;
+    m_goesOn = next && next->unitCount == 0;
+
+    m_soundCount = 0;
+    Sound context;
+    for (const int phone : m_before) {
+        context.phone = phone;
+        if (!m_continues)
+            AddSound(context);
+    }
+    m_firstOwn = m_soundCount;
+    const Time end = next ? std::min(segment.end, next->Onset()) : segment.end;
+    if (segment.unitCount == 0) {
+        static const Phoneme* const neutral = FindPhoneme("@", RVE_ENGLISH);
+        AddUnit({m_vowel ? m_vowel : neutral, segment.start, end}, nullptr, segment.start, end, true, bank);
+    }
+    const Phoneme* const nucleus = NucleusOf(segment);
+    for (int i = 0; i < segment.unitCount; ++i) {
+        const Unit& unit = segment.units[static_cast<size_t>(i)];
+        const Phoneme* const following =
+            i + 1 < segment.unitCount ? segment.units[static_cast<size_t>(i + 1)].phoneme : nullptr;
+        const bool isNucleus = IsVowel(*unit.phoneme) || unit.phoneme == nucleus;
+        AddUnit(unit, following, unit.begin, unit.end, isNucleus, bank);
+    }
+    if (nucleus && IsVowel(*nucleus))
+        m_vowel = nucleus;
+    m_ownCount = m_soundCount - m_firstOwn;
+    if (next && !m_goesOn) {
+        const int own = m_soundCount;
+        for (int i = 0; i < std::min(next->unitCount, 2); ++i)
+            AddUnit(next->units[static_cast<size_t>(i)], nullptr, end, end, false, bank);
+        m_soundCount = std::min(m_soundCount, own + 2);
+    }
+    Speak(bank, tract);
+    LayOut(segment.start, end);
+    Smooth();
+    for (int i = m_firstOwn; i < m_firstOwn + m_ownCount; ++i) {
+        const Sound& sound = m_sounds[static_cast<size_t>(i)];
+        if (sound.isNucleus && sound.frames > 0)
+            m_nucleus = m_frames[static_cast<size_t>(sound.first + sound.frames * (sound.isDiphthong ? 3 : 5) / 10)];
+    }
+}
+
+/// Sounds ahead of the vowel share their time as they would when spoken; those after it are as long as when spoken,
+/// ahead of the segment's end or of the next one's first sound, and leave the vowel half of the time.
+void Diction::LayOut(Time start, Time end) {
+    const auto own = m_sounds.begin() + m_firstOwn;
+    const auto ownEnd = own + m_ownCount;
+    const auto nucleus = std::find_if(own, ownEnd, [](const Sound& sound) { return sound.isNucleus; });
+    if (nucleus == ownEnd)
+        return;
+    auto coda = ownEnd;
+    while (!(coda - 1)->isNucleus)
+        --coda;
+    const auto framesOf = [](auto from, auto to) {
+        int sum = 0;
+        for (; from != to; ++from)
+            sum += from->frames;
+        return std::max(sum, 1);
+    };
+    const auto lay = [&framesOf](auto from, auto to, Time begin, Time stop) {
+        const int all = framesOf(from, to);
+        int before = 0;
+        for (; from != to; ++from) {
+            from->begin = begin + (stop - begin) * before / all;
+            before += from->frames;
+            from->end = begin + (stop - begin) * before / all;
+        }
+    };
+    if (own != nucleus)
+        lay(own, nucleus, own->begin, start);
+    Time codaBegin = end;
+    if (coda != ownEnd) {
+        codaBegin = std::max(end - static_cast<Time>(framesOf(coda, ownEnd) * kFrame), start + (end - start) / 2);
+        lay(coda, ownEnd, codaBegin, end);
+    }
+    const Time old = (coda - 1)->end - start; // of the vowels, which keep their shares
+    for (auto vowel = nucleus; vowel != coda; ++vowel) {
+        vowel->begin = start + (codaBegin - start) * (vowel->begin - start) / std::max<Time>(old, 1);
+        vowel->end = start + (codaBegin - start) * (vowel->end - start) / std::max<Time>(old, 1);
+    }
+}
+
+void Diction::Speak(const VoiceBank& bank, Tract tract) {
+    m_frameCount = 0;
+    for (int i = 0; i < m_soundCount; ++i) {
+        Sound& sound = m_sounds[static_cast<size_t>(i)];
+        const int before = i > 0 ? m_sounds[static_cast<size_t>(i - 1)].phone : int{VoiceBank::kSilence};
+        int after = i + 1 < m_soundCount ? m_sounds[static_cast<size_t>(i + 1)].phone : int{VoiceBank::kSilence};
+        VoiceBank::Sequence sequence = bank.SequenceOf(before, sound.phone, after);
+        if (sequence.frameCount == 0) // a consonant on its own: as ahead of a vowel
+            sequence = bank.SequenceOf(before, sound.phone, bank.PhoneNamed("ax"));
+        sound.first = m_frameCount;
+        sound.frames = std::min(sequence.frameCount, kMostFrames - m_frameCount);
+        sound.closure = std::min(sequence.stateFrames[0], sound.frames);
+        for (int f = 0; f < sound.frames; ++f) {
+            const bank::Frame& stored = bank.FrameAt(sequence.frames[f]);
+            SpokenFrame& frame = m_raw[static_cast<size_t>(m_frameCount++)];
+            for (size_t m = 0; m < frame.cepstrum.size(); ++m)
+                frame.cepstrum[m] = static_cast<float>(stored.cepstrum[m]) * bank::kCepstrumUnit;
+            for (size_t b = 0; b < frame.strength.size(); ++b)
+                frame.strength[b] = static_cast<float>(stored.strength[b]) / 255;
+            frame.voicing = sound.isVowel || stored.voicing > 12 ? 1.0F : 0.0F;
+            for (size_t k = 0; k < frame.formants.size(); ++k)
+                frame.formants[k] = stored.formants[k];
+            frame.shift = {};
+        }
+        // Another language's vowel: from where the middle of the spoken one lies.
+        if (sound.target && sound.frames > 0) {
+            const int middle = sound.first + sound.frames * (sound.isDiphthong ? 3 : 5) / 10;
+            const SpokenFrame& steady = m_raw[static_cast<size_t>(middle)];
+            for (int f = sound.first; f < sound.first + sound.frames; ++f)
+                for (size_t k = 0; k < 2; ++k)
+                    m_raw[static_cast<size_t>(f)].shift[k] = std::clamp(
+                        std::log2(sound.target->hz[static_cast<size_t>(tract)][k] / steady.formants[k]), -0.6F, 0.6F);
+        }
+    }
+}
+
+/// The models' frames are steps, which flow into each other within 40 ms.
+void Diction::Smooth() {
+    std::array<float, 2 * kSmoothing + 1> window;
+    for (int k = -kSmoothing; k <= kSmoothing; ++k)
+        window[static_cast<size_t>(k + kSmoothing)] =
+            0.5F + 0.5F * std::cos(3.14159265F * static_cast<float>(k) / (kSmoothing + 1));
+    for (int i = 0; i < m_frameCount; ++i) {
+        SpokenFrame& to = m_frames[static_cast<size_t>(i)];
+        to = {};
+        float sum = 0;
+        for (int k = std::max(-kSmoothing, -i); k <= std::min(kSmoothing, m_frameCount - 1 - i); ++k) {
+            const float weight = window[static_cast<size_t>(k + kSmoothing)];
+            const SpokenFrame& from = m_raw[static_cast<size_t>(i + k)];
+            const auto add = [weight](auto& sums, const auto& values) {
+                for (size_t n = 0; n < sums.size(); ++n)
+                    sums[n] += values[n] * weight;
+            };
+            add(to.cepstrum, from.cepstrum);
+            add(to.strength, from.strength);
+            add(to.formants, from.formants);
+            add(to.shift, from.shift);
+            to.voicing += from.voicing * weight;
+            sum += weight;
+        }
+        const auto scale = [sum](auto& values) {
+            for (float& value : values)
+                value /= sum;
+        };
+        scale(to.cepstrum);
+        scale(to.strength);
+        scale(to.formants);
+        scale(to.shift);
+        to.voicing /= sum;
+    }
+}
+
+} // namespace rve

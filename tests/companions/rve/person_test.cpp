@@ -1,0 +1,171 @@
+#include "allocation_counter.h"
+#include "recorded_persons.h"
+#include "stage.h"
+
+#include <doctest/doctest.h>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kWoman = 96, kMan = 97, kSecondMan = 99;
+
+/// Those who can sing here: without flite's voices there are no banks.
+std::vector<int> Persons() {
+    rve::LoadBanks();
+    std::vector<int> programs;
+    for (const int program : {kWoman, kMan, kSecondMan}) {
+        const rve::VoiceBank* bank = nullptr;
+        if (rve::PersonOf(program, bank))
+            programs.push_back(program);
+    }
+    if (programs.empty())
+        MESSAGE("SKIPPED: no voice banks were built");
+    return programs;
+}
+
+Stream By(int program, int language = 0) { return Stream().Value(0x60, language).Value(0x53, program); }
+
+std::vector<double> Steady(Stream stream, const char* phonemes = "a", int note = 57) {
+    stream.Note({.note = note, .phonemes = phonemes});
+    return Part(Sing(stream), 300, 600);
+}
+
+} // namespace
+
+TEST_CASE("persons: pitch within three cents of the note, at every rate, with bend") {
+    for (const int program : Persons())
+        for (const uint32_t rate : {44100U, 48000U, 96000U})
+            for (const int note : {41, 57, 69, 81}) {
+                CAPTURE(program);
+                CAPTURE(rate);
+                CAPTURE(note);
+                Stream stream = By(program);
+                stream.Bend(4096).Note({.note = note, .lengthMs = 1500});
+                const double hz = HzOf(note + 1);
+                CHECK(std::abs(Cents(PitchOf(Part(Sing(stream, 1.6, rate), 300, 1500, rate), hz, rate), hz)) < 3);
+            }
+}
+
+TEST_CASE("persons: a vowel begins within a step of its time, its consonants ahead of it") {
+    for (const int program : Persons()) {
+        CAPTURE(program);
+        Stream vowel = By(program);
+        vowel.Note({.startMs = 250});
+        CHECK(std::abs(OnsetOf(Sing(vowel), 0.002) - 250) < 5.8);
+        Stream hiss = By(program); // a chosen length: 48 ticks are 50 ms
+        hiss.Note({.startMs = 250, .phonemes = "s a", .advancement = 48});
+        const auto sound = Sing(hiss);
+        CHECK(Rms(Part(sound, 0, 199)) == 0.0);
+        CHECK(Rms(Part(sound, 220, 245)) > 1e-3);
+        Stream stop = By(program);
+        stop.Note({.note = 69, .startMs = 250, .phonemes = "t a"});
+        const auto burst = Sing(stop);
+        CHECK(Tone(Part(burst, 200, 240), 440) < 0.1 * Tone(Part(burst, 300, 340), 440));
+    }
+}
+
+TEST_CASE("persons: even on all notes and vowels, dynamics by their decibels, never at full scale, then silent") {
+    for (const int program : Persons()) {
+        CAPTURE(program);
+        for (const int note : {45, 57, 69, 79})
+            for (const char* vowel : {"a", "i", "M", "o"})
+                CHECK(std::abs(Db(Rms(Steady(By(program), vowel, note))) + 24) < 2);
+        const auto level = [program](int dynamics, int velocity) {
+            Stream stream = By(program).Value(0x63, dynamics);
+            stream.Note({.note = 57, .velocity = velocity});
+            return Db(Rms(Part(Sing(stream), 300, 600)));
+        };
+        CHECK(level(92, 64) - level(72, 64) == doctest::Approx(4.0).epsilon(0.1));
+        CHECK(level(72, 114) - level(72, 64) == doctest::Approx(4.0).epsilon(0.1));
+        Stream loud = By(program).Value(0x63, 127);
+        loud.Note({.lengthMs = 300, .phonemes = "s a t", .velocity = 127});
+        const auto sound = Sing(loud, 1.6);
+        CHECK(*std::max_element(sound.begin(), sound.end()) < 0.9999);
+        CHECK(Rms(Part(sound, 1400, 1600)) == 0.0);
+    }
+}
+
+TEST_CASE("persons: louder is brighter, and every voice control does what it is said to") {
+    const auto high = [](const std::vector<double>& sound) {
+        return Db(Band(sound, 2000, 4500) / Band(sound, 80, 900));
+    };
+    for (const int program : Persons()) {
+        CAPTURE(program);
+        const auto with = [program](int control, int value) {
+            return Steady(By(program).VoiceControl(control, value), "a", 45);
+        };
+        const auto neutral = with(0, 64);
+        CHECK(high(Steady(By(program).Value(0x63, 112), "a", 45)) - high(neutral) == doctest::Approx(4).epsilon(0.5));
+        CHECK(high(with(12, 127)) > high(neutral) + 3);     // harmonics
+        CHECK(high(with(14, 127)) > high(with(14, 0)) + 6); // brightness
+        const auto centre = [](const std::vector<double>& sound, double from, double to) {
+            double weighted = 0, sum = 0;
+            for (double hz = 110 * std::ceil(from / 110); hz < to; hz += 110) {
+                const double tone = Tone(sound, hz);
+                weighted += tone * tone * hz;
+                sum += tone * tone;
+            }
+            return weighted / sum;
+        };
+        CHECK(centre(with(0, 127), 300, 1000) > 1.06 * centre(with(0, 0), 300, 1000)); // the first formant's place
+        CHECK(centre(with(16, 127), 80, 4000) > 1.1 * centre(with(16, 0), 80, 4000));  // gender: all of them
+        for (const int amplitude : {2, 5}) {
+            const auto strong = with(amplitude, 127), weak = with(amplitude, 0);
+            const double from = amplitude == 2 ? 450 : 900, to = amplitude == 2 ? 900 : 1600;
+            CHECK(Db(Band(strong, from, to) / Band(strong, 2800, 6000)) >
+                  Db(Band(weak, from, to) / Band(weak, 2800, 6000)) + 3);
+        }
+        const auto between = [](const std::vector<double>& sound) {
+            return Tone(sound, 110 * 20.5) + Tone(sound, 110 * 24.5) + Tone(sound, 110 * 31.5);
+        };
+        CHECK(between(with(13, 127)) > 2 * between(with(13, 0))); // noise
+    }
+}
+
+TEST_CASE("persons: no clicks where notes join, controllers jump or another voice goes on") {
+    for (const int program : Persons()) {
+        CAPTURE(program);
+        Stream steady = By(program);
+        steady.Note({.note = 57, .startMs = 0, .lengthMs = 900});
+        const double tone = Roughness(Part(Sing(steady, 0.8), 300, 700));
+        const auto check = [](const char* what, const Stream& stream, double most) {
+            CAPTURE(std::string(what));
+            CHECK(Roughness(Part(Sing(stream, 0.8), 300, 700)) < most * 1.6);
+        };
+        const auto other = [&](const char* what, int there) {
+            Stream whole = By(there);
+            whole.Note({.note = 57, .startMs = 0, .lengthMs = 900});
+            check(what, Stream(steady).Value(0x53, there, 500),
+                  std::max(tone, Roughness(Part(Sing(whole, 0.8), 300, 700))));
+        };
+        Stream joined = By(program);
+        joined.Note({.note = 57, .startMs = 0, .lengthMs = 500, .type = 1})
+            .Note({.note = 59, .startMs = 500, .lengthMs = 400, .phonemes = "", .type = 2});
+        check("joined notes", joined, 1.5 * tone);
+        check("dynamics", Stream(steady).Value(0x63, 127, 500).Value(0x63, 0, 600), 6.5 * tone);
+        other("a synthetic voice", 1);
+        other("another person", program == kMan ? kWoman : kMan);
+        for (int control = 0; control < 17; ++control)
+            check("voice control", Stream(steady).VoiceControl(control, 127, 450).VoiceControl(control, 0, 550),
+                  4 * tone);
+    }
+}
+
+TEST_CASE("persons: the same samples every time, and nothing is allocated") {
+    for (const int program : Persons()) {
+        Stream stream = By(program, 1);
+        stream.Note({.startMs = 100, .lengthMs = 300, .phonemes = "s t r eI n dZ"});
+        const auto first = Sing(stream, 1.0);
+        CHECK(first == Sing(stream, 1.0));
+        CHECK(Rms(first) > 0.01);
+        const auto singer = std::make_unique<rve::Singer>();
+        singer->Configure(96000);
+        int16_t samples[558];
+        allocation_counter::WatchThisThread();
+        for (int i = 0; i < 200; ++i)
+            singer->Step(i ? 0 : static_cast<int32_t>(stream.Events().size()), stream.Events().data(), samples, 558);
+        allocation_counter::WatchThisThread(false);
+        CHECK(allocation_counter::Take() == 0);
+    }
+}
