@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Writes the example songs, standard MIDI files with lyrics, beside this script.
 
-Both tunes are traditional. A song is a list of lines "KEY BEATS LYRIC": '-' as the key is a rest, a lyric that ends in
+The tunes are traditional; the hymn's is Old Hundredth (1551), its words are Thomas Ken's (1674). A song is a list of lines "KEY BEATS LYRIC": '-' as the key is a rest, a lyric that ends in
 '-' goes on with the next syllable, and a note without a lyric goes on with the vowel before.
 """
 import pathlib
@@ -44,6 +44,29 @@ E4 1 み ; F4 1 に ; B4 .5 ゆ ; A4 .5 ; F4 1 か
 E4 4 ん
 """
 
+HYMN_WORDS = """
+Praise God, from whom all bles- sings flow;
+Praise Him, all crea- tures here be- low;
+Praise Him a- bove, ye heav'n- ly host;
+Praise Fa- ther, Son, and Ho- ly Ghost.
+"""
+HYMN = {
+    "Soprano": "G4 G4 F#4 E4 D4 G4 A4 B4  B4 B4 B4 A4 G4 C5 B4 A4  G4 A4 B4 A4 G4 E4 F#4 G4  D5 B4 G4 A4 C5 B4 A4 G4",
+    "Alto": "D4 D4 D4 B3 A3 D4 D4 D4  D4 D4 D4 D4 D4 E4 D4 D4  D4 D4 D4 D4 D4 C4 D4 D4  D4 D4 E4 D4 E4 D4 D4 D4",
+    "Tenor": "B3 B3 A3 G3 F#3 G3 F#3 G3  G3 G3 G3 F#3 B3 G3 G3 F#3  B3 F#3 G3 F#3 G3 G3 A3 B3  G3 G3 B3 F#3 G3 G3 F#3 B3",
+    "Bass": "G3 G3 D3 E3 D3 B2 D3 G2  G3 G3 G3 D3 G3 C3 G3 D3  G3 D3 G3 D3 B2 C3 D3 G3  B2 G3 E3 D3 C3 G3 D3 G2",
+}
+
+
+def hymn_part(keys):
+    """A voice of the hymn: quarters, with the last of each line held."""
+    lines = []
+    for i, words in enumerate(HYMN_WORDS.strip().splitlines()):
+        notes = keys.split()[8 * i:8 * i + 8]
+        lines.append(" ; ".join(f"{key} {1 if n < 7 else 5} {word}"
+                                for n, (key, word) in enumerate(zip(notes, words.split()))))
+    return "\n".join(lines)
+
 
 def variable_length(value):
     groups = [value & 0x7F]
@@ -67,26 +90,33 @@ def track(events):
     return b"MTrk" + struct.pack(">I", len(data)) + data
 
 
-def song(title, tempo, notation):
-    conductor = [(0, meta(0x03, title.encode())), (0, meta(0x51, struct.pack(">I", 60_000_000 // tempo)[1:])),
-                 (0, meta(0x58, bytes([4, 2, 24, 8])))]
-    voice = [(0, meta(0x03, b"Voice"))]
+def voice(name, channel, notation):
+    events = [(0, meta(0x03, name.encode()))]
     tick = 0
     for line in notation.strip().splitlines():
         for note in filter(str.strip, line.split(";")):
             key, beats, *lyric = note.split()
             length = int(float(beats) * TICKS)
             if key != "-":
-                number = 12 * (int(key[1]) + 1) + STEPS[key[0]]
+                number = 12 * (int(key[-1]) + 1) + STEPS[key[0]] + key.count("#")
                 if lyric:
-                    voice.append((tick, meta(0x05, lyric[0].encode())))
-                voice.append((tick, bytes([0x90, number, 96])))
-                voice.append((tick + length, bytes([0x80, number, 0])))
+                    events.append((tick, meta(0x05, lyric[0].encode())))
+                events.append((tick, bytes([0x90 | channel, number, 96])))
+                events.append((tick + length, bytes([0x80 | channel, number, 0])))
             tick += length
-    return b"MThd" + struct.pack(">IHHH", 6, 1, 2, TICKS) + track(conductor) + track(voice)
+    return track(events)
+
+
+def song(title, tempo, parts):
+    conductor = [(0, meta(0x03, title.encode())), (0, meta(0x51, struct.pack(">I", 60_000_000 // tempo)[1:])),
+                 (0, meta(0x58, bytes([4, 2, 24, 8])))]
+    voices = [voice(name, channel, notation) for channel, (name, notation) in enumerate(parts.items())]
+    return b"MThd" + struct.pack(">IHHH", 6, 1, 1 + len(voices), TICKS) + track(conductor) + b"".join(voices)
 
 
 if __name__ == "__main__":
     here = pathlib.Path(__file__).parent
-    (here / "twinkle.mid").write_bytes(song("Twinkle, twinkle, little star", 100, TWINKLE))
-    (here / "sakura.mid").write_bytes(song("Sakura", 88, SAKURA))
+    (here / "twinkle.mid").write_bytes(song("Twinkle, twinkle, little star", 100, {"Voice": TWINKLE}))
+    (here / "sakura.mid").write_bytes(song("Sakura", 88, {"Voice": SAKURA}))
+    hymn = {name: hymn_part(keys) for name, keys in HYMN.items()}
+    (here / "hymn.mid").write_bytes(song("Old Hundredth", 80, hymn))

@@ -199,7 +199,7 @@ TEST_CASE("outputs: a pipe is written into and stays one") {
         CHECK(folder.Content("read") == whole);
         // What it tells does not get in between.
         const Run run = folder.Torv(verb + song + " -o /dev/stdout | cat > " + kIn + "read");
-        CHECK(run.said.find("1 notes") != std::string::npos);
+        CHECK(run.said.find("1 note,") != std::string::npos);
         CHECK(folder.Content("read") == whole);
         CHECK(folder.Count() == 4);
     }

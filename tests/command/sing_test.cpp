@@ -51,7 +51,8 @@ TEST_CASE("sing: the wave's pitches and times are the file's") {
             CHECK(report["notes"][static_cast<size_t>(i)]["lyric"][0]["phonemes"][0]["symbol"] == "l");
             const double expected = HzOf(kKeys[i] + shift);
             CHECK(std::abs(Cents(PitchOf(Part(sound, start + 120, start + 330), expected), expected)) < 3);
-            CHECK(Rms(Part(sound, start + 120, start + 330)) > 10 * Rms(Part(sound, start - 95, start - 75)));
+            CHECK(Rms(Part(sound, start + 120, start + 330)) >
+                  3 * Rms(Part(sound, start - 95, start - 75))); // an l is there
         }
         CHECK(folder.Count() == 3); // song, wave, report
     }
@@ -85,7 +86,7 @@ TEST_CASE("sing: what cannot be sung is told in one line and leaves nothing behi
     };
     const std::string out = " -o command_test_files/out.wav";
     for (const Row& row :
-         {Row{"sing " + text + out, 1, "not a standard MIDI file"}, Row{"sing " + silent + out, 1, "no notes"},
+         {Row{"sing " + text + out, 1, "so it cannot be sung"}, Row{"sing " + silent + out, 1, "no notes"},
           Row{"sing nowhere.mid" + out, 1, "cannot be opened"}, Row{"sing command_test_files" + out, 1, "is a folder"},
           Row{"sing " + good + out + " --voice alise", 1, "did you mean Alice"},
           Row{"sing " + good + out + " --track 9", 1, "no track 9"},

@@ -2,6 +2,7 @@
 
 #include "errors.h"
 #include "messages.h"
+#include "table.h"
 #include <torv/songs/databases.h>
 #include <torv/songs/nearest_names.h>
 #include <torv/songs/text_encoding.h>
@@ -30,22 +31,6 @@ void Print(const Json& json) { std::printf("%s\n", json.dump(2, ' ', false, Json
 void TellMessages(const MessageCatcher& messages) {
     for (const std::string& message : messages.Take())
         Remark(false, message);
-}
-
-/// Rows as columns of the width that they need.
-void PrintTable(const std::vector<std::vector<std::string>>& rows) {
-    std::vector<size_t> widths;
-    for (const auto& row : rows) {
-        widths.resize(std::max(widths.size(), row.size()));
-        for (size_t i = 0; i < row.size(); ++i)
-            widths[i] = std::max(widths[i], row[i].size());
-    }
-    for (const auto& row : rows) {
-        std::string line;
-        for (size_t i = 0; i < row.size(); ++i)
-            line += row[i] + (i + 1 < row.size() ? std::string(widths[i] - row[i].size() + 2, ' ') : "");
-        std::printf("%s\n", line.c_str());
-    }
 }
 
 Json ParametersOf(Databases& databases, DWORD id) {

@@ -15,7 +15,7 @@ void Encode(const EncodeOptions& options) {
     if (!file.SaveAsFormat1(options.output.c_str(), song.score.song.get(), nullptr))
         FailToWrite(options.output, file.GetError(0) == CFileException::diskFull, std::string(file.GetErrorMessage()));
     if (!options.song.quiet)
-        std::fprintf(SummaryStream(options.output), "%zu notes, the song begins %.1f s into the file: %s\n",
-                     song.score.parts.front().notes.size(), song.score.leadMilliseconds / 1000.0,
+        std::fprintf(SummaryStream(options.output), "%zu note%s, the song begins %.1f s into the file: %s\n",
+                     song.CountNotes(), song.CountNotes() == 1 ? "" : "s", song.score.leadMilliseconds / 1000.0,
                      options.output.c_str());
 }

@@ -25,11 +25,10 @@ constexpr int kWrongUse = 2;
 
 /// What is asked about a song wherever one is sung.
 void AddSong(CLI::App& command, SongOptions& options) {
-    command.add_option("INPUT", options.input, "The song: a standard MIDI file, format 0 or 1")->required();
     command.add_option("--language", options.language, "What the lyrics are sung as: ja, en, or auto to look at them")
         ->check(CLI::IsMember({"ja", "en", "auto"}))
         ->capture_default_str();
-    command.add_option("--voice", options.voice, "Who sings (torv voices); else the first voice of the language");
+    command.add_option("--voice", options.voice, "Who sings (torv voices); else the voice that suits the part");
     command.add_option("--voice-at", options.voicesAt, "Who sings from a bar on, as in 9=Thomas; may be repeated")
         ->type_name("BAR=NAME")
         ->expected(1)
@@ -46,14 +45,30 @@ void AddSong(CLI::App& command, SongOptions& options) {
     command.add_option("--transition", options.expressions.transition, "How notes go on into the next one");
     command.add_option("--vibrato", options.expressions.vibrato, "What long notes get, or none");
     command.add_flag("--plain", options.plain, "Leave out the attacks, releases, transitions and vibratos");
-    command.add_option("--track", options.track, "The track to sing, counted from 1; else the one with the lyrics")
+    command
+        .add_option("--part", options.parts,
+                    "A part to sing, by its name or number (torv sing --list), who sings it, how loud in dB and where "
+                    "from -1 (left) to 1, as in Alto=Alice:-3:0.5; may be repeated; else every part with words")
+        ->type_name("PART[=VOICE[:DB[:PAN]]]")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    command.add_option("--track", options.track, "The track to sing, counted from 1; else those with the lyrics")
         ->check(CLI::PositiveNumber);
-    command.add_option("--encoding", options.encoding,
-                       "How the lyrics' bytes are read: utf-8, shift-jis or latin-1; else they are looked at");
+    command.add_option("--verse", options.verse, "The verse to sing, counted from 1")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    command.add_option(
+        "--encoding", options.encoding,
+        "How the lyrics' bytes are read: utf-8, shift-jis, euc-jp, latin-1 or another that iconv -l lists; "
+        "else they are looked at");
     command.add_option("--transpose", options.transpose, "Semitones up, or down when negative")
         ->check(CLI::Range(-60, 60))
         ->capture_default_str();
     command.add_flag("--quiet", options.quiet, "No progress and no summary");
+}
+
+void AddInput(CLI::App& command, SongOptions& options) {
+    command.add_option("INPUT", options.input, "The song: a standard MIDI file or a MusicXML score")->required();
 }
 
 void AddRate(CLI::App& command, unsigned& rate) {
@@ -63,14 +78,22 @@ void AddRate(CLI::App& command, unsigned& rate) {
 }
 
 CLI::App* AddSing(CLI::App& app, SingOptions& options) {
-    CLI::App* const sing = app.add_subcommand("sing", "Sing a standard MIDI file with lyrics into a wave file");
+    CLI::App* const sing = app.add_subcommand("sing", "Sing song files with lyrics into wave files");
+    sing->add_option("INPUT", options.inputs, "The songs: standard MIDI files or MusicXML scores")->required();
     AddSong(*sing, options.song);
-    sing->add_option("-o,--output", options.output, "The wave file to write")->required();
+    sing->add_option("-o,--output", options.output, "The wave file to write; of several songs the folder for theirs");
+    sing->add_option("--practice", options.practice,
+                     "Also write a wave for every part with this part in front, and one of all, into this folder")
+        ->type_name("FOLDER");
+    sing->add_flag("--list", options.list, "Only list the song's parts and who would sing them");
+    sing->add_option("--from", options.from, "Where to begin: a bar, or a time, as in 1:23.5 or 12.5s")
+        ->type_name("BAR|TIME");
+    sing->add_option("--to", options.to, "Where to end; else the song's end")->type_name("BAR|TIME");
     AddRate(*sing, options.rate);
     sing->add_option("--volume", options.volume, "Loudness: 1 as sung, 0.5 half the amplitude")
         ->check(CLI::Range(0.0, 16.0))
         ->capture_default_str();
-    sing->add_option("--pan", options.pan, "Makes the wave stereo: -1 left, 0 centre, 1 right")
+    sing->add_option("--pan", options.pan, "Makes the wave of a single part stereo: -1 left, 0 centre, 1 right")
         ->check(CLI::Range(-1.0, 1.0));
     sing->add_option("--report", options.report, "Also write what was sung, note by note, as JSON into this file");
     sing->footer("Example: torv sing song.mid -o song.wav --voice Thomas --dynamics 5=Crescendo\n"
@@ -79,7 +102,8 @@ CLI::App* AddSing(CLI::App& app, SingOptions& options) {
 }
 
 CLI::App* AddPlay(CLI::App& app, PlayOptions& options) {
-    CLI::App* const play = app.add_subcommand("play", "Sing a standard MIDI file with lyrics through the sound card");
+    CLI::App* const play = app.add_subcommand("play", "Sing a song with lyrics through the sound card");
+    AddInput(*play, options.song);
     AddSong(*play, options.song);
     play->add_option("--from", options.from, "Where to begin: a bar, counted from 1, or a time, as in 1:23.5 or 12.5s")
         ->type_name("BAR|TIME");
@@ -99,6 +123,7 @@ CLI::App* AddPlay(CLI::App& app, PlayOptions& options) {
 
 CLI::App* AddEncode(CLI::App& app, EncodeOptions& options) {
     CLI::App* const encode = app.add_subcommand("encode", "Write a song as a MIDI file in the voice engine's dialect");
+    AddInput(*encode, options.song);
     AddSong(*encode, options.song);
     encode->add_option("-o,--output", options.output, "The MIDI file to write")->required();
     encode->footer(
@@ -193,6 +218,7 @@ int main(int argc, char** argv) {
         return WithOutputWritten(app.exit(error) == 0 ? 0 : kWrongUse);
     }
     try {
+        int status = 0;
         if (*voices)
             ListVoices(list.json);
         else if (*icons)
@@ -208,8 +234,8 @@ int main(int argc, char** argv) {
         else if (*playing)
             Play(play);
         else if (*singing)
-            Sing(sing);
-        return WithOutputWritten(0);
+            status = Sing(sing) > 0 ? kBadInput : 0;
+        return WithOutputWritten(status);
     } catch (const InputError& error) {
         std::fprintf(stderr, "torv: %s\n", error.message.c_str());
     } catch (const torv::songs::SongError& error) {

@@ -22,8 +22,8 @@ void OutputFile::Commit() {
 
 void OutputFile::Fail() const { FailToWrite(m_path, m_file.IsDiskFull(), m_file.Error().message()); }
 
-void OutputFile::Fail(const CFileException& error) const {
-    FailToWrite(m_path, error.m_cause == CFileException::diskFull, {});
+void OutputFile::Fail(const std::string& path, const CFileException& error) {
+    FailToWrite(path, error.m_cause == CFileException::diskFull, {});
 }
 
 void FailToWrite(const std::string& path, bool isDiskFull, const std::string& reason) {

@@ -18,7 +18,8 @@ public:
     void Commit();
 
     /// For writers that open it by name.
-    [[noreturn]] void Fail(const CFileException& error) const;
+    [[noreturn]] void Fail(const CFileException& error) const { Fail(m_path, error); }
+    [[noreturn]] static void Fail(const std::string& path, const CFileException& error);
 
 private:
     [[noreturn]] void Fail() const;

@@ -118,7 +118,9 @@ bool Obey(Key key, PlaySession& session, const PlaySession::Settings& settings, 
 } // namespace
 
 void Play(const PlayOptions& options) {
-    SongScore song = MakeSongScore(options.song);
+    SongOptions first = options.song;
+    first.onePart = true;
+    SongScore song = MakeSongScore(first);
     const std::unique_ptr<CQuillMidiBuffer> stream =
         MakeEngineStream(song.score, song.score.parts.front(), song.presend);
     const DWORD lead = song.score.leadMilliseconds;

@@ -1,24 +1,51 @@
 #pragma once
 
-#include <torv/songs/score_builder.h>
+#include "song_score.h"
 
+#include <deque>
 #include <functional>
 #include <string>
+
+/// How loud a part is in a mix, and where it stands.
+struct PartLevel {
+    double gain = 1.0; ///< linear
+    double pan = 0.0;  ///< -1 left .. 1 right
+};
 
 struct RenderOptions {
     DWORD rate = 44100;   ///< Hz
     DWORD presend = 2000; ///< milliseconds
-    double volume = 1.0;  ///< linear
-    double pan = 0.0;     ///< -1 left .. 1 right
+    DWORD from = 0;       ///< milliseconds of the file
+    DWORD to = 0;         ///< milliseconds of the file; 0: the end
     bool stereo = false;
 };
 
 struct RenderResult {
     double seconds = 0;       ///< length of the wave
     size_t clippedFrames = 0; ///< cut at full scale
+    double lowered = 0;       ///< dB that a mix of several parts is softer than asked for, so that nothing is cut
 };
 
-/// Encodes the score's track, has the engine sing it and writes the wave without the score's lead, so that its time 0
-/// is the file's. Throws InputError; then `path` is as it was.
-RenderResult Render(const torv::songs::Score& score, const std::string& path, const RenderOptions& options,
-                    const std::function<void(double done, double total)>& progress);
+/// A score's parts as the engine has sung them, each in a temporary wave beside an output, to be mixed any number of
+/// times. What fails throws InputError, which names the output.
+class Rendering {
+public:
+    Rendering(const torv::songs::Score& score, const std::string& output, const RenderOptions& options,
+              const std::function<void(double done, double total)>& progress);
+    ~Rendering();
+
+    /// Writes the parts together without the score's lead, so that the wave's time 0 is the file's. A single part is
+    /// written as it is; several are made softer where they would pass full scale. Then `path` is whole or as it was.
+    RenderResult Mix(const std::string& path, const std::vector<PartLevel>& levels);
+
+private:
+    struct SungWave;
+    struct Block;
+    bool Read(Block& block);
+    void Rewind(const std::vector<PartLevel>& levels);
+    double FindPeak(const std::vector<PartLevel>& levels);
+
+    const RenderOptions m_options;
+    const DWORD m_leadFrames;
+    std::deque<SungWave> m_waves;
+};

@@ -1,5 +1,6 @@
 #include "report.h"
 
+#include "key_names.h"
 #include "output_file.h"
 #include <torv/songs/text_encoding.h>
 
@@ -10,12 +11,6 @@ using namespace torv::songs;
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-/// Scientific pitch names: note 60 is C4.
-std::string NameOfKey(int key) {
-    constexpr const char* kNames[] = {"C", "C#", "D", "D#", "E", "F", "F#", "G", "G#", "A", "A#", "B"};
-    return kNames[key % 12] + std::to_string(key / 12 - 1);
-}
 
 Json LyricOf(CLyricObject& lyric) {
     Json elements = Json::array();

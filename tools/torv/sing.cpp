@@ -1,46 +1,198 @@
 #include "sing.h"
 
 #include "describe.h"
+#include "errors.h"
 #include "file_identity.h"
+#include "list_parts.h"
 #include "messages.h"
 #include "output_file.h"
+#include "play_place.h"
 #include "progress.h"
 #include "render.h"
 #include "report.h"
 
-#include <chrono>
-#include <cstdio>
+#include <torv/songs/song_error.h>
 
-void Sing(const SingOptions& options) {
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+
+using namespace torv::songs;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr double kPracticeBackground = -12; // dB of the other parts
+
+double Gain(double decibels) { return std::pow(10.0, decibels / 20); }
+
+/// What a part is called in a file's name: letters, digits and what else is harmless everywhere.
+std::string FileNameOf(const std::string& name) {
+    std::string safe;
+    for (const char c : name)
+        safe += std::string_view("/\\:*?\"<>|").find(c) != std::string_view::npos || static_cast<unsigned char>(c) < ' '
+                    ? '-'
+                    : c;
+    return safe;
+}
+
+void MakeFolder(const std::string& path) {
+    std::error_code error;
+    fs::create_directories(path, error);
+    if (!fs::is_directory(path, error))
+        throw InputError{path + ": cannot be made as a folder; check the name and whether you may write there"};
+}
+
+/// Milliseconds of the file.
+DWORD PlaceInFile(const char* option, const std::string& text, const SongScore& song) {
+    return text.empty() ? 0 : PlaceInStream(option, text, song) - song.score.leadMilliseconds;
+}
+
+RenderOptions MakeRenderOptions(const SingOptions& options, const SongScore& song) {
+    RenderOptions render;
+    render.rate = options.rate;
+    render.presend = song.presend;
+    render.from = PlaceInFile("--from", options.from, song);
+    render.to = PlaceInFile("--to", options.to, song);
+    render.stereo = options.pan.has_value() || song.parts.size() > 1;
+    if (!options.to.empty() && render.to <= render.from)
+        throw InputError{"--to " + options.to + ": lies before the beginning; choose a later bar or time"};
+    return render;
+}
+
+/// Every part at its place; when `front` is one of them, the others are softer.
+std::vector<PartLevel> LevelsOf(const SingOptions& options, const SongScore& song, size_t front) {
+    std::vector<PartLevel> levels;
+    for (size_t i = 0; i < song.parts.size(); ++i) {
+        const SungPart& part = song.parts[i];
+        const bool isBehind = front < song.parts.size() && i != front;
+        const double pan = song.parts.size() == 1 ? options.pan.value_or(part.pan) : part.pan;
+        levels.push_back({options.volume * Gain(part.decibels + (isBehind ? kPracticeBackground : 0)),
+                          front == i && song.parts.size() > 1 ? 0.0 : pan});
+    }
+    return levels;
+}
+
+RenderResult MixInto(Rendering& rendering, const std::string& path, const std::vector<PartLevel>& levels,
+                     bool isQuiet) {
+    const RenderResult result = rendering.Mix(path, levels);
+    if (result.clippedFrames > 0)
+        Remark(isQuiet, std::to_string(result.clippedFrames) + " samples are cut at full scale: lower --volume");
+    if (result.lowered > 0) {
+        char text[64];
+        std::snprintf(text, sizeof text, "is %.1f dB softer, so that nothing is cut", result.lowered);
+        Remark(isQuiet, path + " " + text);
+    }
+    return result;
+}
+
+/// A file for every part with this one in front, and one of all.
+RenderResult WritePractice(const SingOptions& options, const SongScore& song, Rendering& rendering) {
+    const fs::path folder = options.practice;
+    const std::string stem = fs::path(options.song.input).stem().string();
+    for (size_t i = 0; i < song.parts.size(); ++i) {
+        const std::string name = stem + "-" + std::to_string(i + 1) + "-" + FileNameOf(song.parts[i].name) + ".wav";
+        MixInto(rendering, (folder / name).string(), LevelsOf(options, song, i), options.song.quiet);
+    }
+    return MixInto(rendering, (folder / (stem + "-all.wav")).string(), LevelsOf(options, song, song.parts.size()),
+                   options.song.quiet);
+}
+
+void SingOne(const SingOptions& options) {
     const auto begin = std::chrono::steady_clock::now();
     const bool isQuiet = options.song.quiet;
-    std::vector<std::pair<const char*, std::string>> outputs{{"--output", options.output}};
+    std::vector<std::pair<const char*, std::string>> outputs;
+    if (!options.output.empty())
+        outputs.emplace_back("--output", options.output);
     if (!options.report.empty())
         outputs.emplace_back("--report", options.report);
     RefuseOverwriting({options.song.input}, outputs);
     SongScore song = MakeSongScore(options.song);
-    RenderOptions renderOptions;
-    renderOptions.rate = options.rate;
-    renderOptions.presend = song.presend;
-    renderOptions.volume = options.volume;
-    renderOptions.stereo = options.pan.has_value();
-    renderOptions.pan = options.pan.value_or(0.0);
+    if (options.list)
+        return PrintParts(song);
+    const RenderOptions render = MakeRenderOptions(options, song);
+    if (!options.practice.empty())
+        MakeFolder(options.practice);
+    const std::string beside =
+        options.output.empty() ? (fs::path(options.practice) / "sung.wav").string() : options.output;
     RenderResult result;
     {
         Progress progress("singing", isQuiet);
-        result = Render(song.score, options.output, renderOptions,
-                        [&progress](double done, double total) { progress.Show(done, total); });
+        Rendering rendering(song.score, beside, render,
+                            [&progress](double done, double total) { progress.Show(done, total); });
+        if (!options.practice.empty())
+            result = WritePractice(options, song, rendering);
+        if (!options.output.empty())
+            result = MixInto(rendering, options.output, LevelsOf(options, song, song.parts.size()), isQuiet);
     }
     if (!options.report.empty())
         WriteReport(
             options.report, song.score,
-            {options.song.input, options.output, song.voice, options.rate, result.seconds, options.song.transpose});
-    if (result.clippedFrames > 0)
-        Remark(isQuiet, std::to_string(result.clippedFrames) + " samples are cut at full scale: lower --volume");
-    if (!isQuiet) {
-        const double elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-        std::fprintf(SummaryStream(options.output), "%zu notes, %s, %.0f x real time: %s\n",
-                     song.score.parts.front().notes.size(), ClockText(result.seconds).c_str(),
-                     elapsed > 0 ? result.seconds / elapsed : 0.0, options.output.c_str());
+            {options.song.input, options.output, song.Voice(), options.rate, result.seconds, options.song.transpose});
+    if (isQuiet)
+        return;
+    const double elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    std::FILE* const summary = SummaryStream(options.output);
+    if (song.parts.size() > 1)
+        for (const SungPart& part : song.parts)
+            std::fprintf(summary, "%s: %s\n", part.name.c_str(), part.voice.c_str());
+    const std::string parts = song.parts.size() > 1 ? std::to_string(song.parts.size()) + " parts, " : std::string();
+    const size_t notes = song.CountNotes();
+    std::fprintf(summary, "%s%zu note%s, %s, %.0f x real time: %s\n", parts.c_str(), notes, notes == 1 ? "" : "s",
+                 ClockText(result.seconds).c_str(), elapsed > 0 ? result.seconds / elapsed : 0.0,
+                 options.output.empty() ? options.practice.c_str() : options.output.c_str());
+}
+
+/// Another input of the same name gets a number behind it.
+std::string OutputOf(const std::string& input, const std::string& folder, std::vector<std::string>& taken) {
+    const std::string stem = fs::path(input).stem().string();
+    std::string path = (fs::path(folder) / (stem + ".wav")).string();
+    for (int i = 2; std::find(taken.begin(), taken.end(), path) != taken.end(); ++i)
+        path = (fs::path(folder) / (stem + "-" + std::to_string(i) + ".wav")).string();
+    taken.push_back(path);
+    return path;
+}
+
+} // namespace
+
+size_t Sing(const SingOptions& options) {
+    if (options.output.empty() && options.practice.empty() && !options.list)
+        throw WrongUse{"--output is required: name the wave file to write, or ask for --practice FOLDER or --list"};
+    if (options.inputs.size() == 1) {
+        SingOptions one = options;
+        one.song.input = options.inputs.front();
+        SingOne(one);
+        return 0;
     }
+    if (!options.report.empty())
+        throw WrongUse{"--report tells of one song: sing them one by one"};
+    if (!options.output.empty() && !options.list)
+        MakeFolder(options.output);
+    size_t failures = 0;
+    std::vector<std::string> taken;
+    for (const std::string& input : options.inputs) {
+        SingOptions one = options;
+        one.song.input = input;
+        if (!options.output.empty())
+            one.output = OutputOf(input, options.output, taken);
+        if (options.list)
+            std::printf("%s\n", input.c_str());
+        std::string failure;
+        try {
+            SingOne(one);
+        } catch (const InputError& error) {
+            failure = error.message;
+        } catch (const SongError& error) {
+            failure = error.what();
+        }
+        if (failure.empty())
+            continue;
+        ++failures;
+        std::fprintf(stderr, "torv: %s\n", failure.c_str());
+    }
+    if (failures > 0)
+        std::fprintf(stderr, "torv: %zu of %zu songs could not be sung\n", failures, options.inputs.size());
+    return failures;
 }

@@ -4,13 +4,19 @@
 
 /// What `torv sing` is asked for.
 struct SingOptions {
-    SongOptions song;
-    std::string output;
-    std::string report; ///< empty: none
+    SongOptions song;                ///< but for its input
+    std::vector<std::string> inputs; ///< one at least
+    std::string output;              ///< a wave file; of several songs the folder for theirs; empty: none
+    std::string practice;            ///< a folder; empty: none
+    std::string report;              ///< empty: none
+    std::string from;                ///< bar or time; empty: the beginning
+    std::string to;                  ///< empty: the end
     unsigned rate = 44100;
     double volume = 1.0;       ///< linear
-    std::optional<double> pan; ///< -1 left .. 1 right; without one the wave is mono
+    std::optional<double> pan; ///< of a single part, -1 left .. 1 right; without one its wave is mono
+    bool list = false;         ///< only tell what would be sung
 };
 
-/// Sings a MIDI file into a wave file and prints a summary. Throws InputError; then no output file is left behind.
-void Sing(const SingOptions& options);
+/// Sings song files into wave files and prints a summary of each. With one song throws InputError and SongError, and no
+/// output is left behind; of several those that cannot be sung are told. Returns how many those are. Throws WrongUse.
+size_t Sing(const SingOptions& options);

@@ -3,7 +3,9 @@
 #include "bars.h"
 #include "errors.h"
 #include "messages.h"
+#include "part_choice.h"
 
+#include <torv/songs/casting.h>
 #include <torv/songs/read_song.h>
 
 #include <algorithm>
@@ -12,42 +14,45 @@ using namespace torv::songs;
 
 namespace {
 
-std::string Describe(const Song& song) {
-    std::string text;
-    for (const Part& part : song.parts)
-        text += (text.empty() ? "" : ", ") + std::to_string(part.track) +
-                (part.name.empty() ? "" : " \"" + part.name + "\"") + " (" + std::to_string(part.notes.size()) +
-                " notes)";
-    return text;
-}
-
-/// The track that was asked for, else the first part with words, else the first.
-const Part& ChoosePart(const SongOptions& options, const Song& song) {
+/// The parts that are sung: those named, else the track, else every part with words, else the first.
+std::vector<PartChoice> ChooseParts(const SongOptions& options, const Song& song) {
     if (song.parts.empty())
         throw InputError{options.input + ": there are no notes in it to sing"};
-    auto chosen = song.parts.begin();
-    if (options.track) {
-        chosen = std::find_if(chosen, song.parts.end(),
-                              [&](const Part& part) { return part.track == static_cast<int>(*options.track); });
-        if (chosen == song.parts.end())
-            throw InputError{options.input + ": there is no track " + std::to_string(*options.track) +
-                             " with notes; it has " + Describe(song)};
-        return *chosen;
-    }
-    chosen = std::find_if(chosen, song.parts.end(), [](const Part& part) { return HasWords(part, 1); });
-    return chosen != song.parts.end() ? *chosen : song.parts.front();
+    std::vector<PartChoice> choices;
+    for (const std::string& text : options.parts)
+        choices.push_back(ReadPartChoice(text, song));
+    const auto isWanted = [&](const Part& part) {
+        return options.track ? part.track == static_cast<int>(*options.track) : HasWords(part, options.verse);
+    };
+    for (size_t i = 0; options.parts.empty() && i < song.parts.size(); ++i)
+        if (isWanted(song.parts[i]))
+            choices.push_back({i, {}, 0, {}});
+    if (choices.empty() && options.track)
+        throw InputError{options.input + ": there is no track " + std::to_string(*options.track) +
+                         " with notes; it has the parts " + ListParts(song)};
+    if (const int verses = CountVerses(song); choices.empty() && verses > 0)
+        throw InputError{options.input + ": there is no verse " + std::to_string(options.verse) + "; the last one is " +
+                         std::to_string(verses)};
+    if (choices.empty())
+        choices.push_back({0, {}, 0, {}});
+    if (options.onePart)
+        choices.resize(1, choices.front());
+    return choices;
 }
 
-void RemarkOnVoice(const SongOptions& options, const VoiceLine& voice) {
+void RemarkOnPart(const SongOptions& options, const std::string& name, const VoiceLine& line) {
     const auto count = [](size_t n, const char* what) { return std::to_string(n) + " " + what + (n == 1 ? "" : "s"); };
-    if (!voice.hasWords)
-        Remark(options.quiet, options.input + " has no lyrics: it is sung on a vowel");
-    if (voice.cutNotes > 0)
+    if (!line.hasWords)
+        Remark(options.quiet, name + " has no lyrics: it is sung on a vowel");
+    if (line.cutNotes > 0)
+        Remark(options.quiet, name + ": " + count(line.cutNotes, "overlapping note") +
+                                  " cut: one voice sings one note at a time, the highest");
+    if (line.unreadableCharacters)
         Remark(options.quiet,
-               count(voice.cutNotes, "overlapping note") + " cut: one voice sings one note at a time, the highest");
-    if (voice.unreadableCharacters)
-        Remark(options.quiet,
-               "Chinese characters cannot be read aloud and are sung on a vowel: write the lyrics in kana");
+               name + ": Chinese characters cannot be read aloud and are sung on a vowel: write the lyrics in kana");
+    const std::string language = line.japanese ? std::string() : GuessOtherLanguage(WholeWords(line));
+    if (!language.empty())
+        Remark(options.quiet, name + ": the words look " + language + ", and are sung as if they were English");
 }
 
 /// What the user asked for, or what the lyrics look like.
@@ -57,17 +62,17 @@ std::optional<int> LanguageAskedFor(const SongOptions& options) {
     return options.language == "en" ? std::optional(torv::kEnglish) : std::nullopt;
 }
 
-/// Who sings from where: the voice named first, else the first one of the language, then those named for later bars.
-std::vector<ScoreMark> FindVoices(const SongOptions& options, const Song& song, const VoiceLine& line,
-                                  const Databases& databases) {
+/// Who sings from where: the voice named for the part, for all, or the one that suits it, then those for later bars.
+std::vector<ScoreMark> FindVoices(const SongOptions& options, const Song& song, const PartChoice& choice,
+                                  const VoiceLine& line, bool isAlone, Databases& databases) {
     const std::optional<int> asked = LanguageAskedFor(options);
     const int language = asked.value_or(line.japanese ? torv::kJapanese : torv::kEnglish);
+    const std::string& name = choice.voice.empty() ? options.voice : choice.voice;
     std::vector<ScoreMark> marks;
-    if (options.voice.empty())
-        marks.push_back({0, torv::MakeIconID(torv::kStatusSinger, torv::kSingerArticulation,
-                                             databases.Manager().GetDefaultSingerVariation(language))});
+    if (name.empty())
+        marks.push_back({0, CastVoice(song.parts[choice.index], language, !isAlone, databases)});
     else
-        marks.push_back({0, databases.Find(kVoices, options.voice)});
+        marks.push_back({0, databases.Find(kVoices, name)});
     for (const std::string& text : options.voicesAt) {
         const BarMark mark = ReadBarMark("--voice-at", text, true);
         marks.push_back({TickOfMeasure(song, mark.bar), databases.Find(kVoices, mark.name)});
@@ -75,13 +80,13 @@ std::vector<ScoreMark> FindVoices(const SongOptions& options, const Song& song, 
     std::stable_sort(marks.begin() + 1, marks.end(),
                      [](const ScoreMark& a, const ScoreMark& b) { return a.tick < b.tick; });
     for (const ScoreMark& mark : marks) {
-        const std::string name = databases.NameOf(mark.id);
+        const std::string singer = databases.NameOf(mark.id);
         const int sung = LanguageOfSinger(mark.id);
         if (asked && sung != *asked)
-            throw InputError{name + " sings " + LanguageName(sung) + ", and --language asks for " +
+            throw InputError{singer + " sings " + LanguageName(sung) + ", and --language asks for " +
                              LanguageName(*asked) + ": see torv voices for who sings it"};
         if (!asked && line.hasWords && sung != language)
-            Remark(options.quiet, "the lyrics look " + std::string(LanguageName(language)) + ", and " + name +
+            Remark(options.quiet, "the lyrics look " + std::string(LanguageName(language)) + ", and " + singer +
                                       " sings " + LanguageName(sung) + ": see torv voices for others");
     }
     return marks;
@@ -104,25 +109,40 @@ SongScore MakeSongScore(const SongOptions& options) {
     Song song = ReadSongFile(options.input, {options.encoding});
     for (const std::string& remark : song.remarks)
         Remark(options.quiet, options.input + ": " + remark);
-    const Part& part = ChoosePart(options, song);
-    PartPlan plan;
-    plan.name = part.name;
-    plan.line = MakeVoiceLine(part);
-    RemarkOnVoice(options, plan.line);
+    const std::vector<PartChoice> choices = ChooseParts(options, song);
+    const bool isAlone = choices.size() == 1;
 
     auto messages = std::make_unique<MessageCatcher>();
     auto databases = std::make_unique<Databases>(*messages);
     for (const std::string& message : messages->Take())
         Remark(options.quiet, message);
-    plan.voices = FindVoices(options, song, plan.line, *databases);
-    plan.dynamics = FindDynamics(options, song, *databases);
-    if (!options.plain)
-        plan.expressions = FindExpressions(*databases, options.expressions);
+    std::vector<PartPlan> plans;
+    std::vector<SungPart> parts;
+    for (const PartChoice& choice : choices) {
+        const Part& part = song.parts[choice.index];
+        PartPlan& plan = plans.emplace_back();
+        plan.name = part.name;
+        plan.line = MakeVoiceLine(part, options.verse);
+        RemarkOnPart(options, isAlone || part.name.empty() ? options.input : part.name, plan.line);
+        plan.voices = FindVoices(options, song, choice, plan.line, isAlone, *databases);
+        plan.dynamics = FindDynamics(options, song, *databases);
+        if (!options.plain)
+            plan.expressions = FindExpressions(*databases, options.expressions);
+        parts.push_back({choice.index, part.name.empty() ? "part " + std::to_string(choice.index + 1) : part.name,
+                         databases->NameOf(plan.voices.front().id), choice.decibels,
+                         choice.pan.value_or(StagePan(parts.size(), choices.size()))});
+    }
     ScoreOptions scoreOptions;
     scoreOptions.transpose = options.transpose;
-    Score score = BuildScore(song, {plan}, scoreOptions, *databases);
+    Score score = BuildScore(song, plans, scoreOptions, *databases);
     AddPhonemes(score, *messages);
-    std::string first = databases->NameOf(plan.voices.front().id);
     return {std::move(messages), std::move(databases), std::move(score),
-            std::move(song),     std::move(first),     scoreOptions.presend};
+            std::move(song),     std::move(parts),     scoreOptions.presend};
+}
+
+size_t SongScore::CountNotes() const {
+    size_t notes = 0;
+    for (const ScorePart& part : score.parts)
+        notes += part.notes.size();
+    return notes;
 }

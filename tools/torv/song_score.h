@@ -11,15 +11,27 @@
 struct SongOptions {
     std::string input;
     std::string language = "auto";     ///< ja, en or auto
-    std::string voice;                 ///< empty: the first one of the language
+    std::string voice;                 ///< of every part; empty: each the one that suits it
     std::vector<std::string> voicesAt; ///< BAR=NAME
     std::vector<std::string> dynamics; ///< NAME or BAR=NAME
+    std::vector<std::string> parts;    ///< NAME|NUMBER[=VOICE[:DB[:PAN]]]; none: every part with words
     torv::songs::ExpressionNames expressions;
     std::string encoding; ///< empty: detected
     int transpose = 0;
+    int verse = 1;
     std::optional<unsigned> track; ///< from 1
+    bool onePart = false;          ///< the first of those
     bool plain = false;
     bool quiet = false;
+};
+
+/// A part that is sung, beside what the score has of it.
+struct SungPart {
+    size_t index; ///< into Song::parts
+    std::string name;
+    std::string voice; ///< who begins
+    double decibels = 0;
+    double pan = 0; ///< -1 left .. 1 right
 };
 
 /// The databases are open while it lives: an icon is encoded by the number that it has there.
@@ -27,9 +39,12 @@ struct SongScore {
     std::unique_ptr<torv::songs::MessageCatcher> messages; ///< what the library would have shown
     std::unique_ptr<torv::songs::Databases> databases;
     torv::songs::Score score;
-    torv::songs::Song song; ///< as the file has it
-    std::string voice;      ///< who begins
-    DWORD presend = 0;      ///< milliseconds
+    torv::songs::Song song;      ///< as the file has it
+    std::vector<SungPart> parts; ///< as the score has them
+    DWORD presend = 0;           ///< milliseconds
+
+    const std::string& Voice() const { return parts.front().voice; }
+    size_t CountNotes() const;
 };
 
 /// Reads a song file and makes its score, with its lyrics as phonemes. Throws InputError and SongError; what the user
