@@ -39,7 +39,7 @@ RawSyllable Strip(uint32_t tick, std::string text) {
 
 void ReplaceAll(std::string& text, std::string_view what, std::string_view with) {
     for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + with.size()))
-        text.replace(at, what.size(), with);
+        text.erase(at, what.size()).insert(at, with);
 }
 
 /// A prolongation, or the text without the marks of one at its end and the hyphens around it. What ties two words to
