@@ -12,10 +12,10 @@ namespace rve {
 namespace {
 
 constexpr Voice kVoices[] = {
-    {Tract::Woman, 1.00F, 0.020F, 5200}, // soprano
-    {Tract::Man, 1.00F, 0.012F, 4800},   // tenor
-    {Tract::Child, 0.98F, 0.030F, 4600}, // child
-    {Tract::Man, 0.92F, 0.010F, 3600},   // bass
+    {Tract::Woman, 1.00F, 0.020F, 3400}, // soprano
+    {Tract::Man, 1.00F, 0.012F, 3100},   // tenor
+    {Tract::Child, 0.98F, 0.016F, 3200}, // child
+    {Tract::Man, 0.92F, 0.010F, 2500},   // bass
 };
 
 /// The rest of a vowel's formants by tract, and the distance of the resonances above: a tube's of 17.5, 15 and 13 cm.
@@ -23,7 +23,7 @@ constexpr float kFourth[kTracts] = {3500, 4150, 4700};
 constexpr float kApart[kTracts] = {1000, 1170, 1350};
 /// What a man's consonant places are multiplied by.
 constexpr float kPlaceScale[kTracts] = {1.0F, 1.17F, 1.35F};
-constexpr float kBandwidths[kFormants] = {70, 90, 130, 200};
+constexpr float kBandwidths[kFormants] = {85, 110, 155, 230};
 
 constexpr Time kBurst = FromMilliseconds(22);
 constexpr Time kBreathAfterBurst = FromMilliseconds(55);

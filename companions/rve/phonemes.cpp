@@ -18,12 +18,13 @@ constexpr VowelFormants kHod{{{730, 1090, 2440}, {850, 1220, 2810}, {1030, 1370,
 constexpr VowelFormants kHawed{{{570, 840, 2410}, {590, 920, 2710}, {680, 1060, 3180}}};
 constexpr VowelFormants kHood{{{440, 1020, 2240}, {470, 1160, 2680}, {560, 1410, 3310}}};
 constexpr VowelFormants kWhod{{{320, 1100, 2240}, {390, 1250, 2670}, {450, 1450, 3260}}};
-constexpr VowelFormants kHud{{{640, 1190, 2390}, {760, 1400, 2780}, {850, 1590, 3360}}};
+constexpr VowelFormants kHud{{{600, 1310, 2450}, {740, 1560, 2900}, {830, 1760, 3400}}};
 constexpr VowelFormants kHeard{{{490, 1350, 1690}, {500, 1640, 1960}, {560, 1820, 2160}}};
 // Where diphthongs begin and end that are neither of these vowels: an open one further forward, a close one closer.
 constexpr VowelFormants kOpen{{{740, 1270, 2440}, {880, 1500, 2820}, {1030, 1680, 3200}}};
 constexpr VowelFormants kHigh{{{350, 2120, 2700}, {390, 2600, 3180}, {470, 2900, 3650}}};
-constexpr VowelFormants kRounded{{{500, 1050, 2300}, {560, 1180, 2700}, {650, 1370, 3200}}};
+constexpr VowelFormants kForward{{{760, 1450, 2480}, {900, 1800, 2900}, {1050, 1980, 3280}}};
+constexpr VowelFormants kRounded{{{500, 1200, 2350}, {560, 1400, 2780}, {650, 1580, 3250}}};
 constexpr VowelFormants kClosed{{{370, 900, 2240}, {420, 1010, 2670}, {490, 1220, 3280}}};
 constexpr VowelFormants kNeutral{{{500, 1500, 2500}, {585, 1755, 2925}, {675, 2025, 3375}}};
 
@@ -109,7 +110,7 @@ constexpr Phoneme kJapanese[] = {Vowel("a", kJapaneseA),
                                  Consonant("p\\'", Manner::Fricative, false, {250, 1600, 2400}, 2400, 2400, 0.13F),
                                  Consonant("ts", Manner::Affricate, false, kRidge, 6500, 2200, 0.32F),
                                  Consonant("tS", Manner::Affricate, false, kPalate, 3200, 1400, 0.35F),
-                                 {"*in", Manner::Breath, false, nullptr, nullptr, {600, 1500, 2500}, 0, 0, 0, 0.5F}};
+                                 {"*in", Manner::Breath, false, nullptr, nullptr, {600, 1500, 2500}, 0, 0, 0, 2.0F}};
 
 constexpr Phoneme kEnglish[] = {Vowel("@", kNeutral),
                                 Vowel("V", kHud),
@@ -126,7 +127,7 @@ constexpr Phoneme kEnglish[] = {Vowel("@", kNeutral),
                                 Diphthong("aI", kOpen, kHigh),
                                 Diphthong("OI", kHawed, kHigh),
                                 Diphthong("@U", kRounded, kClosed),
-                                Diphthong("aU", kOpen, kClosed),
+                                Diphthong("aU", kForward, kClosed),
                                 Diphthong("I@", kHid, kHeard),
                                 Diphthong("e@", kHead, kHeard),
                                 Diphthong("U@", kHood, kHeard),
@@ -164,7 +165,7 @@ constexpr Phoneme kEnglish[] = {Vowel("@", kNeutral),
                                 Consonant("gh", Manner::Plosive, true, kVelum, 1900, 700, 0.2F),
                                 Consonant("l0", Manner::Glide, true, {420, 820, 2600}, 0, 0, 0),
                                 Consonant("hv", Manner::Aspirate, true, kThroat, 0, 0, 0.4F),
-                                {"Asp", Manner::Breath, false, nullptr, nullptr, {550, 1450, 2500}, 0, 0, 0, 0.4F}};
+                                {"Asp", Manner::Breath, false, nullptr, nullptr, {550, 1450, 2500}, 0, 0, 0, 2.0F}};
 
 template <size_t N>
 const Phoneme* FindIn(const Phoneme (&table)[N], std::string_view symbol) {

@@ -20,8 +20,11 @@ constexpr int kDefaultDynamics = 72;
 constexpr int kDefaultVelocity = 64;
 constexpr float kNoseHz = 270;      // of a man
 constexpr float kNotchAbove = 0.7F; // its notch when the nose is open, as a share of that
-constexpr float kMuffledHz = 250;   // the source's corner behind a closure
-constexpr float kAspirationLevel = 0.25F;
+constexpr float kEffort = 0.6F;     // decibels above its corner, more, for each of loudness
+constexpr float kEffortAtRest = -3; // decibels there, at the default loudness
+constexpr float kEffortHz = 500;
+constexpr float kMuffledHz = 250; // the source's corner behind a closure
+constexpr float kAspirationLevel = 0.4F;
 constexpr int kLevelHarmonics = 12;                // how many are asked for their level
 constexpr float kLevelEvenness = 0.85F;            // 1: all vowels on all notes are equally strong
 constexpr Time kSafetyTail = FromMilliseconds(60); // a segment that promised to go on and did not
@@ -89,7 +92,8 @@ void Singer::Reset() {
     m_nasality = m_muffling = {0};
     m_boost = {{{1}, {1}, {1}, {1}}};
     m_tilt = 1;
-    m_tiltState = m_shelf = m_shelfState = 0;
+    m_tiltState = m_effortState = m_shelf = m_shelfState = 0;
+    m_effort = {FromDb(kEffortAtRest)};
     m_tiltHz = {5000};
     m_shelfGain = {0};
     m_glottis.Reset();
@@ -177,7 +181,7 @@ void Singer::BeginSegment(const Segment& segment) {
 /// Out of silence every sound begins alike, wherever the song was begun: nothing of the one before is left to be heard.
 void Singer::BeginSound() {
     m_pitch.BeginSound();
-    m_tiltState = m_shelfState = 0;
+    m_tiltState = m_effortState = m_shelfState = 0;
     m_glottis.Reset();
     m_random.Reset(kSeed);
     m_recorded.Begin();
@@ -238,8 +242,10 @@ void Singer::MoveTract(const Target& target, float f0) {
         m_tract.Set(i, m_hz[f].value, m_bandwidth[f].value, static_cast<float>(m_rate));
         m_tract.SetBoost(i, m_boost[f].value);
     }
-    m_upperHz.Approach(target.upperHz * gender, pace);
-    m_upperApart.Approach(target.upperApart * gender, pace);
+    // What lies high up is heard at once when it is moved, so that it is moved slowly.
+    const float upperPace = m_isFirstTick ? 1.0F : Pace(500);
+    m_upperHz.Approach(target.upperHz * gender, upperPace);
+    m_upperApart.Approach(target.upperApart * gender, upperPace);
     m_tract.SetUpper(m_upperHz.value, m_upperApart.value, static_cast<float>(m_rate));
     m_nasality.Approach(target.nasality, m_isFirstTick ? 1.0F : Pace(8));
     const float nose = kNoseHz * m_upperApart.value / 1000; // as long as the tract
@@ -264,8 +270,10 @@ float Singer::LevelFor(float f0) const {
     float power = 0;
     for (int k = 1; k <= kLevelHarmonics && step * static_cast<float>(k) < 3.0F; ++k) {
         const float w = step * static_cast<float>(k);
+        const float u = f0 * static_cast<float>(k) / kEffortHz;
         power += static_cast<float>(m_tract.GainSquared(std::cos(w))) /
-                 (static_cast<float>(k * k) * (1 + w * w / (cut * cut)));
+                 (static_cast<float>(k * k) * (1 + w * w / (cut * cut))) *
+                 (1 + m_effort.value * m_effort.value * u * u) / (1 + u * u);
     }
     const float rms = 0.5F * std::sqrt(power / 2);
     return kLevel * std::pow(std::max(rms, 0.01F), -kLevelEvenness);
@@ -340,11 +348,13 @@ void Singer::Tick() {
     m_noiseStep = (m_noise.value * m_gain.value * kLevel * clearness - m_noiseNow) * perSample;
     m_breathNow = voice.breath * (VoiceControl(13) < 0 ? 1 + VoiceControl(13) : 1 + 7 * VoiceControl(13));
 
-    // Louder singing is brighter singing.
-    const float effort = std::exp2(static_cast<float>(dynamics - kDefaultDynamics) / 80.0F + 1.2F * VoiceControl(12));
     const float brightnessPace = m_isFirstTick ? 1.0F : Pace(15);
     m_muffling.Approach(target.muffling, m_isFirstTick ? 1.0F : Pace(4));
-    m_tiltHz.Approach(voice.tiltHz * effort, brightnessPace);
+    m_tiltHz.Approach(voice.tiltHz * std::exp2(1.2F * VoiceControl(12)), brightnessPace);
+    // Louder singing is brighter singing.
+    m_effort.Approach(FromDb(kEffortAtRest + kEffort * effortDb), segment ? brightnessPace : 0);
+    m_effortShare = 1 - std::exp(-6.2831853F * kEffortHz / static_cast<float>(m_rate));
+
     m_tilt = 1 - std::exp(-6.2831853F * std::min(CornerHz(), 15000.0F) / static_cast<float>(m_rate));
     m_shelfGain.Approach(FromDb(9 * VoiceControl(14)) - 1, brightnessPace);
     m_shelf = 1 - std::exp(-6.2831853F * 2500.0F / static_cast<float>(m_rate));
@@ -393,7 +403,9 @@ float Singer::NextSynthetic() {
     const float white = unit * m_whiteLevel;
     const float pulse = m_glottis.Next() + white * m_breathNow * m_glottis.Openness();
     m_tiltState += (pulse - m_tiltState) * m_tilt;
-    const float sound = m_tract.Next(m_tiltState * m_voicingNow + white * m_aspirationNow);
+    m_effortState += (m_tiltState - m_effortState) * m_effortShare;
+    const float source = m_effortState + (m_tiltState - m_effortState) * m_effort.value;
+    const float sound = m_tract.Next(source * m_voicingNow + white * m_aspirationNow);
     return sound + m_hiss[1].Next(m_hiss[0].Next(unit)) * m_hissGain * m_noiseNow;
 }
 

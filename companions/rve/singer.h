@@ -82,7 +82,8 @@ private:
     float m_whiteLevel = 1; ///< keeps noise as strong in a band whatever the rate
     float m_tilt = 1, m_tiltState = 0;
     float m_shelf = 0, m_shelfState = 0;
-    Smoothed m_tiltHz, m_shelfGain;
+    float m_effortShare = 0, m_effortState = 0;
+    Smoothed m_tiltHz, m_effort, m_shelfGain;
 
     Glottis m_glottis;
     Noise m_random;

@@ -10,6 +10,10 @@ namespace {
 constexpr float kPi = 3.14159265F;
 constexpr float kHighest = 0.47F; // of the sample rate: a formant beyond it could not be held
 constexpr float kNoseBandwidth = 100;
+constexpr float kUpperEnd = 0.4F; // of the sample rate
+constexpr float kUpperBandwidth = 150;
+constexpr float kUpperWidening = 0.04F;
+constexpr float kFading = 20;
 
 } // namespace
 
@@ -57,7 +61,9 @@ void VocalTract::SetUpper(float hz, float apart, float rate) {
     m_upperHz = hz;
     m_upperApart = apart;
     for (Resonator& upper : m_upper) {
-        upper.Set(hz, 150 + 0.04F * hz, rate);
+        // Towards half the rate they widen until nothing is left of them: one that goes beyond leaves without a click.
+        const float beyond = std::max(hz - kUpperEnd * rate, 0.0F);
+        upper.Set(hz, kUpperBandwidth + kUpperWidening * hz + kFading * beyond, rate);
         hz += apart;
     }
 }

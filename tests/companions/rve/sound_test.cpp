@@ -112,6 +112,38 @@ TEST_CASE("consonants: each manner has its own mark") {
     CHECK(slant(170, 230) > 4 * slant(400, 460));
 }
 
+TEST_CASE(
+    "sounds lean on their neighbours: breath after a burst, muffled closures, vowels that move to what ends them") {
+    const auto english = [](const char* phonemes) {
+        Stream stream;
+        stream.Value(0x60, 1).Value(0x53, 1).Note({.note = 45, .startMs = 300, .phonemes = phonemes});
+        return Sing(stream, 1.0);
+    };
+    // th: 53 ms of closure, 22 of burst, 55 of breath without a tone, then the vowel at 300 ms.
+    const auto aspirated = Part(english("th Q"), 250, 296), plain = english("t Q");
+    CHECK(Rms(aspirated) > 0.003);
+    CHECK(Tone(aspirated, 110) < 0.1 * Tone(Part(english("th Q"), 340, 386), 110));
+    CHECK(Rms(Part(plain, 225, 270)) < 0.001);
+
+    const auto closure = Part(english("b Q"), 235, 275);
+    CHECK(Band(closure, 60, 400) > 30 * Band(closure, 900, 3000));
+
+    // Before d the second formant of Q rises towards 1500 Hz in the vowel's last 50 ms, which end at 810 ms.
+    const auto ended = english("Q d"), open = english("Q");
+    const auto slant = [](const std::vector<double>& sound, double from, double to) {
+        return Band(Part(sound, from, to), 1250, 1700) / Band(Part(sound, from, to), 800, 1150);
+    };
+    CHECK(slant(ended, 785, 810) > 1.5 * slant(open, 785, 810));
+    CHECK(slant(ended, 700, 750) == doctest::Approx(slant(open, 700, 750)).epsilon(0.2));
+
+    // An r at the end of "I@" brings the third formant down from 2550 to 1690 Hz.
+    const auto ear = english("I@");
+    const auto low = [&](double from, double to) {
+        return Band(Part(ear, from, to), 1550, 1850) / Band(Part(ear, from, to), 2300, 2700);
+    };
+    CHECK(low(850, 895) > 4 * low(500, 700));
+}
+
 TEST_CASE("noise: as strong at every rate") {
     for (const char* sound : {"s a", "h a"}) {
         Stream stream;
@@ -147,6 +179,18 @@ TEST_CASE("loudness: dynamics and velocity by their decibels, monotonic, and nev
             }
     CHECK(peak < 0.9999);
     CHECK(peak > 0.5);
+}
+
+TEST_CASE("loud is bright: half a decibel at 3 kHz more for each of loudness") {
+    const auto highs = [](int dynamics) {
+        Stream stream;
+        stream.Value(0x53, 1).Value(0x63, dynamics).Note({.note = 45, .phonemes = "a"});
+        const auto sound = Part(Sing(stream), 300, 600);
+        return Db(Band(sound, 2500, 3500));
+    };
+    const double quiet = highs(22), usual = highs(72), loud = highs(122); // 10 dB apart
+    for (const double step : {usual - quiet, loud - usual})
+        CHECK(step == doctest::Approx(15).epsilon(0.12));
 }
 
 TEST_CASE("vibrato: rate and depth as told, where told; tremolo") {
