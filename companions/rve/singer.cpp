@@ -103,6 +103,7 @@ void Singer::Reset() {
     m_colour = {};
     m_recordedNow = m_recordedStep = 0;
     m_personShare = {};
+    m_shareNow = m_shareStep = 0;
     m_tract.Reset();
     for (Band& band : m_hiss)
         band.Reset();
@@ -243,7 +244,8 @@ void Singer::MoveTract(const Target& target, float f0) {
         m_tract.SetBoost(i, m_boost[f].value);
     }
     // What lies high up is heard at once when it is moved, so that it is moved slowly.
-    const float upperPace = m_isFirstTick ? 1.0F : Pace(500);
+    const bool isHeard = !m_isFirstTick && m_shareNow < 0.999F;
+    const float upperPace = isHeard ? Pace(500) : 1.0F;
     m_upperHz.Approach(target.upperHz * gender, upperPace);
     m_upperApart.Approach(target.upperApart * gender, upperPace);
     m_tract.SetUpper(m_upperHz.value, m_upperApart.value, static_cast<float>(m_rate));
@@ -363,6 +365,9 @@ void Singer::Tick() {
 /// What a recorded person takes of the controls, and the share that the person has of the sound.
 void Singer::MovePerson(const Segment* segment, Time now, float f0, float effortDb) {
     m_personShare.Approach(m_person ? 1.0F : 0.0F, m_isFirstTick ? 1.0F : Pace(20));
+    if (m_isFirstTick)
+        m_shareNow = m_personShare.value;
+    m_shareStep = (m_personShare.value - m_shareNow) / kTickSamples; // in a line, as the levels move
     if (!m_person || (!segment && m_gain.value == 0))
         return;
     Colour colour;
@@ -383,7 +388,8 @@ void Singer::MovePerson(const Segment* segment, Time now, float f0, float effort
 }
 
 float Singer::NextSample() {
-    const float share = m_personShare.value;
+    m_shareNow += m_shareStep;
+    const float share = m_shareNow;
     float sound = share < 0.999F ? NextSynthetic() * (1 - share) : 0;
     m_recordedNow += m_recordedStep;
     if (share > 0.001F)

@@ -93,6 +93,7 @@ private:
     Colour m_colour;
     float m_recordedNow = 0, m_recordedStep = 0;
     Smoothed m_personShare; ///< 1: the person alone, 0: the tract alone
+    float m_shareNow = 0, m_shareStep = 0;
     VocalTract m_tract;
     std::array<Band, 2> m_hiss; ///< one after the other, for steep edges
     float m_hissGain = 0;       ///< brings their noise to an RMS of 1
