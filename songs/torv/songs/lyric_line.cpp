@@ -38,8 +38,13 @@ RawSyllable Strip(uint32_t tick, std::string text) {
 }
 
 void ReplaceAll(std::string& text, std::string_view what, std::string_view with) {
-    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + with.size()))
-        text.erase(at, what.size()).insert(at, with);
+    std::string replaced;
+    size_t from = 0;
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, from)) {
+        replaced.append(text, from, at - from).append(with);
+        from = at + what.size();
+    }
+    text = replaced.append(text, from);
 }
 
 /// A prolongation, or the text without the marks of one at its end and the hyphens around it. What ties two words to
