@@ -40,15 +40,16 @@ TEST_CASE("sing: the wave's pitches and times are the file's") {
         const std::vector<double> sound = Wave(folder.path / "out.wav");
         std::ifstream file(folder.path / "out.json");
         const nlohmann::json report = nlohmann::json::parse(file);
-        REQUIRE(report["notes"].size() == 8);
+        const nlohmann::json& notes = report["parts"][0]["notes"];
+        REQUIRE(notes.size() == 8);
         const double shift = options == "--plain" ? 0 : 12;
         for (int i = 0; i < 8; ++i) {
             // Beats 1 to 4 at 500 ms, from beat 5 on at 750 ms.
             const double start = i < 4 ? 500.0 * (i + 1) : 2500 + 750.0 * (i - 4);
             CAPTURE(i);
-            CHECK(report["notes"][static_cast<size_t>(i)]["start"].get<double>() * 1000 ==
+            CHECK(notes[static_cast<size_t>(i)]["start"].get<double>() * 1000 ==
                   doctest::Approx(start).epsilon(0.001));
-            CHECK(report["notes"][static_cast<size_t>(i)]["lyric"][0]["phonemes"][0]["symbol"] == "l");
+            CHECK(notes[static_cast<size_t>(i)]["lyric"][0]["phonemes"][0]["symbol"] == "l");
             const double expected = HzOf(kKeys[i] + shift);
             CHECK(std::abs(Cents(PitchOf(Part(sound, start + 120, start + 330), expected), expected)) < 3);
             CHECK(Rms(Part(sound, start + 120, start + 330)) >

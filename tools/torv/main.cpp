@@ -95,7 +95,13 @@ CLI::App* AddSing(CLI::App& app, SingOptions& options) {
         ->capture_default_str();
     sing->add_option("--pan", options.pan, "Makes the wave of a single part stereo: -1 left, 0 centre, 1 right")
         ->check(CLI::Range(-1.0, 1.0));
-    sing->add_option("--report", options.report, "Also write what was sung, note by note, as JSON into this file");
+    sing->add_option(
+            "--report", options.reports,
+            "Also write what was sung: .html is a page to look at and listen to, .json every note, .lab labels "
+            "for a sound editor, .lrc karaoke lines; may be repeated")
+        ->type_name("FILE")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     sing->footer("Example: torv sing song.mid -o song.wav --voice Thomas --dynamics 5=Crescendo\n"
                  "The wave begins where the file does. Without lyrics the song is sung on a vowel.");
     return sing;

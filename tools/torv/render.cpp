@@ -131,3 +131,21 @@ RenderResult Rendering::Mix(const std::string& path, const std::vector<PartLevel
     finished.Commit();
     return result;
 }
+
+std::vector<KeptSound> Rendering::Keep(const std::vector<PartLevel>& levels, double lowered) {
+    std::vector<KeptSound> sounds;
+    Rewind(levels);
+    std::array<float, kBlock> left;
+    std::array<float, kBlock> right;
+    for (size_t i = 0; i < m_waves.size(); ++i) {
+        SoundKeeper keeper(m_options.rate);
+        const auto scale = static_cast<float>(std::pow(10, -lowered / 20) / 2); // of both sides' sum
+        while (const DWORD frames = m_waves[i].wave.ReadFramesForPlay(left.data(), right.data(), kBlock, kNoLoop))
+            for (DWORD frame = 0; frame < frames; ++frame)
+                keeper.Add(scale * (left[frame] + right[frame]));
+        sounds.push_back(keeper.Take());
+        sounds.back().left = 1 - levels[i].pan;
+        sounds.back().right = 1 + levels[i].pan;
+    }
+    return sounds;
+}

@@ -2,6 +2,8 @@
 
 #include "song_score.h"
 
+#include <torv/songs/sound_keeper.h>
+
 #include <deque>
 #include <functional>
 #include <string>
@@ -37,6 +39,9 @@ public:
     /// Writes the parts together without the score's lead, so that the wave's time 0 is the file's. A single part is
     /// written as it is; several are made softer where they would pass full scale. Then `path` is whole or as it was.
     RenderResult Mix(const std::string& path, const std::vector<PartLevel>& levels);
+
+    /// The parts' sound one by one, as it is in such a mix that is softer by so many dB.
+    std::vector<torv::songs::KeptSound> Keep(const std::vector<PartLevel>& levels, double lowered);
 
 private:
     struct SungWave;

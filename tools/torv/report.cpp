@@ -1,61 +1,34 @@
 #include "report.h"
 
-#include "key_names.h"
 #include "output_file.h"
-#include <torv/songs/text_encoding.h>
 
-#include <nlohmann/json.hpp>
+#include <torv/songs/report_writers.h>
+
+#include <algorithm>
+#include <cctype>
 
 using namespace torv::songs;
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+bool EndsIn(const std::string& path, const std::string& ending) {
+    return path.size() >= ending.size() &&
+           std::equal(ending.rbegin(), ending.rend(), path.rbegin(),
+                      [](char a, char b) { return a == std::tolower(static_cast<unsigned char>(b)); });
+}
 
-Json LyricOf(CLyricObject& lyric) {
-    Json elements = Json::array();
-    for (int i = 0; i < lyric.GetElementCount(); ++i) {
-        CLyricElement& element = *lyric.GetElementAt(i);
-        Json phonemes = Json::array();
-        for (int p = 0; p < element.GetPhonemeCharaCount(); ++p)
-            phonemes.push_back({{"symbol", std::string(element.GetPhonemeChara(p))},
-                                {"advancement", element.GetConsonantAdvancement(p)}});
-        elements.push_back({{"text", ToUtf8(std::string(element.GetLyricString()), kShiftJis)},
-                            {"share", element.GetDeltaRate()},
-                            {"phonemes", std::move(phonemes)}});
-    }
-    return elements;
+std::string ReportFor(const std::string& path, const Performance& performance) {
+    if (EndsIn(path, ".html") || EndsIn(path, ".htm"))
+        return ToPage(performance);
+    if (EndsIn(path, ".lab"))
+        return ToLabelTrack(performance);
+    return EndsIn(path, ".lrc") ? ToKaraokeLines(performance) : ToJsonReport(performance);
 }
 
 } // namespace
 
-void WriteReport(const std::string& path, const Score& score, const ReportFacts& facts) {
-    CArray<tagSequenceTimeMap> map;
-    score.song->GetMasterTrack()->GetSequenceTimeMap(map);
-    int hint = 0;
-    const auto seconds = [&](DWORD tick) {
-        hint = hint > 0 ? hint - 1 : 0;
-        const DWORD time = CMasterTrack::SearchTimePosition(tick, map, hint);
-        return (static_cast<double>(time) - score.leadMilliseconds) / 1000;
-    };
-    Json notes = Json::array();
-    for (const ScoredNote& note : score.parts.front().notes) {
-        const int sung = note.key + facts.transpose;
-        const double start = seconds(note.tick);
-        notes.push_back({{"start", start},
-                         {"end", seconds(note.tick + note.length)},
-                         {"tick", note.tick - score.leadTicks},
-                         {"length", note.length},
-                         {"key", sung},
-                         {"name", sung >= 0 ? NameOfKey(sung) : std::to_string(sung)},
-                         {"velocity", note.velocity},
-                         {"joined", note.joined},
-                         {"lyric", LyricOf(*note.lyric)}});
-    }
-    const Json report = {{"input", facts.input},     {"output", facts.output},   {"voice", facts.voice},
-                         {"rate", facts.rate},       {"seconds", facts.seconds}, {"transpose", facts.transpose},
-                         {"notes", std::move(notes)}};
+void WriteReport(const std::string& path, const Performance& performance) {
     OutputFile file(path);
-    file.Write(report.dump(2, ' ', false, Json::error_handler_t::replace) + '\n');
+    file.Write(ReportFor(path, performance));
     file.Commit();
 }

@@ -100,14 +100,31 @@ RenderResult WritePractice(const SingOptions& options, const SongScore& song, Re
                    options.song.quiet);
 }
 
+void WriteReports(const SingOptions& options, const SongScore& song, const RenderOptions& render,
+                  const RenderResult& result, Rendering& rendering) {
+    Performance performance =
+        DescribePerformance(song.song, song.score, song.plans, *song.databases,
+                            {.transpose = options.song.transpose, .songStart = render.from / -1000.0});
+    performance.output = options.output.empty() ? options.practice : options.output;
+    performance.rate = options.rate;
+    performance.seconds = result.seconds;
+    std::vector<KeptSound> sounds = rendering.Keep(LevelsOf(options, song, song.parts.size()), result.lowered);
+    for (size_t i = 0; i < sounds.size(); ++i) {
+        performance.parts[i].name = song.parts[i].name;
+        AddSound(std::move(sounds[i]), performance.parts[i]);
+    }
+    for (const std::string& report : options.reports)
+        WriteReport(report, performance);
+}
+
 void SingOne(const SingOptions& options) {
     const auto begin = std::chrono::steady_clock::now();
     const bool isQuiet = options.song.quiet;
     std::vector<std::pair<const char*, std::string>> outputs;
     if (!options.output.empty())
         outputs.emplace_back("--output", options.output);
-    if (!options.report.empty())
-        outputs.emplace_back("--report", options.report);
+    for (const std::string& report : options.reports)
+        outputs.emplace_back("--report", report);
     RefuseOverwriting({options.song.input}, outputs);
     SongScore song = MakeSongScore(options.song);
     if (options.list)
@@ -126,11 +143,9 @@ void SingOne(const SingOptions& options) {
             result = WritePractice(options, song, rendering);
         if (!options.output.empty())
             result = MixInto(rendering, options.output, LevelsOf(options, song, song.parts.size()), isQuiet);
+        if (!options.reports.empty())
+            WriteReports(options, song, render, result, rendering);
     }
-    if (!options.report.empty())
-        WriteReport(
-            options.report, song.score,
-            {options.song.input, options.output, song.Voice(), options.rate, result.seconds, options.song.transpose});
     if (isQuiet)
         return;
     const double elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
@@ -166,7 +181,7 @@ size_t Sing(const SingOptions& options) {
         SingOne(one);
         return 0;
     }
-    if (!options.report.empty())
+    if (!options.reports.empty())
         throw WrongUse{"--report tells of one song: sing them one by one"};
     if (!options.output.empty() && !options.list)
         MakeFolder(options.output);

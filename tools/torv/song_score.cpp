@@ -136,8 +136,8 @@ SongScore MakeSongScore(const SongOptions& options) {
     scoreOptions.transpose = options.transpose;
     Score score = BuildScore(song, plans, scoreOptions, *databases);
     AddPhonemes(score, *messages);
-    return {std::move(messages), std::move(databases), std::move(score),
-            std::move(song),     std::move(parts),     scoreOptions.presend};
+    return {std::move(messages), std::move(databases), std::move(score),    std::move(song),
+            std::move(parts),    std::move(plans),     scoreOptions.presend};
 }
 
 size_t SongScore::CountNotes() const {

@@ -39,9 +39,10 @@ struct SongScore {
     std::unique_ptr<torv::songs::MessageCatcher> messages; ///< what the library would have shown
     std::unique_ptr<torv::songs::Databases> databases;
     torv::songs::Score score;
-    torv::songs::Song song;      ///< as the file has it
-    std::vector<SungPart> parts; ///< as the score has them
-    DWORD presend = 0;           ///< milliseconds
+    torv::songs::Song song;                   ///< as the file has it
+    std::vector<SungPart> parts;              ///< as the score has them
+    std::vector<torv::songs::PartPlan> plans; ///< what the score was built from
+    DWORD presend = 0;                        ///< milliseconds
 
     const std::string& Voice() const { return parts.front().voice; }
     size_t CountNotes() const;
