@@ -31,6 +31,7 @@ constexpr Time kSafetyTail = FromMilliseconds(60); // a segment that promised to
 constexpr float kAttackFloor = 0.15F;              // of a note's loudness, where it begins
 constexpr float kAttackAfterConsonant = 0.5F;
 constexpr float kQuiet = 1e-5F;
+constexpr float kAlone = 0.999F;    // a person's share of the sound, where the other tract rests
 constexpr float kEffortTilt = 0.5F; // decibels at 3 kHz beside each of loudness
 constexpr float kHarmonicsTilt = 6; // decibels at 3 kHz, of that control
 
@@ -244,7 +245,7 @@ void Singer::MoveTract(const Target& target, float f0) {
         m_tract.SetBoost(i, m_boost[f].value);
     }
     // What lies high up is heard at once when it is moved, so that it is moved slowly.
-    const bool isHeard = !m_isFirstTick && m_shareNow < 0.999F;
+    const bool isHeard = !m_isFirstTick && m_shareNow < kAlone;
     const float upperPace = isHeard ? Pace(500) : 1.0F;
     m_upperHz.Approach(target.upperHz * gender, upperPace);
     m_upperApart.Approach(target.upperApart * gender, upperPace);
@@ -311,7 +312,13 @@ void Singer::Tick() {
     const float f0 =
         m_pitch.Advance(now, static_cast<float>(kTickSamples * 1000 / m_rate), m_timeline, segment, PitchControlsNow());
     m_glottis.SetFrequency(std::min(f0, static_cast<float>(m_rate) * 0.45F) / static_cast<float>(m_rate));
-    MoveTract(target, f0);
+    m_personShare.Approach(m_person ? 1.0F : 0.0F, m_isFirstTick ? 1.0F : Pace(20));
+    if (m_isFirstTick)
+        m_shareNow = m_personShare.value;
+    m_shareStep = (m_personShare.value - m_shareNow) / kTickSamples; // in a line, as the levels move
+    const bool isSynthetic = m_shareNow < kAlone || m_personShare.value < kAlone;
+    if (isSynthetic)
+        MoveTract(target, f0);
 
     const int velocity = segment ? segment->velocity : kDefaultVelocity;
     const int dynamics = ControlValue(Control::Dynamics);
@@ -345,7 +352,7 @@ void Singer::Tick() {
     const float clearness = FromDb(6 * VoiceControl(15));
     const float perSample = 1.0F / kTickSamples;
     m_recordedStep = (m_voicing.value * m_gain.value * kLevel / m_recorded.NucleusLevel() - m_recordedNow) * perSample;
-    m_voicingStep = (m_voicing.value * m_gain.value * LevelFor(f0) - m_voicingNow) * perSample;
+    m_voicingStep = (m_voicing.value * m_gain.value * (isSynthetic ? LevelFor(f0) : 0) - m_voicingNow) * perSample;
     m_aspirationStep = (m_aspiration.value * m_gain.value * kLevel * kAspirationLevel - m_aspirationNow) * perSample;
     m_noiseStep = (m_noise.value * m_gain.value * kLevel * clearness - m_noiseNow) * perSample;
     m_breathNow = voice.breath * (VoiceControl(13) < 0 ? 1 + VoiceControl(13) : 1 + 7 * VoiceControl(13));
@@ -362,12 +369,8 @@ void Singer::Tick() {
     m_shelf = 1 - std::exp(-6.2831853F * 2500.0F / static_cast<float>(m_rate));
 }
 
-/// What a recorded person takes of the controls, and the share that the person has of the sound.
+/// What a recorded person takes of the controls.
 void Singer::MovePerson(const Segment* segment, Time now, float f0, float effortDb) {
-    m_personShare.Approach(m_person ? 1.0F : 0.0F, m_isFirstTick ? 1.0F : Pace(20));
-    if (m_isFirstTick)
-        m_shareNow = m_personShare.value;
-    m_shareStep = (m_personShare.value - m_shareNow) / kTickSamples; // in a line, as the levels move
     if (!m_person || (!segment && m_gain.value == 0))
         return;
     Colour colour;
@@ -390,7 +393,7 @@ void Singer::MovePerson(const Segment* segment, Time now, float f0, float effort
 float Singer::NextSample() {
     m_shareNow += m_shareStep;
     const float share = m_shareNow;
-    float sound = share < 0.999F ? NextSynthetic() * (1 - share) : 0;
+    float sound = share < kAlone ? NextSynthetic() * (1 - share) : 0;
     m_recordedNow += m_recordedStep;
     if (share > 0.001F)
         sound += m_recorded.Next() * m_recordedNow * share;

@@ -35,15 +35,15 @@ TEST_CASE("choir: every part with words, each by a voice that suits it, from lef
     const std::string song = folder.File("duet.mid", Duet());
     const Run list = folder.Torv("sing --list " + song);
     CHECK(list.status == 0);
-    CHECK(list.said == "PART  NAME     VOICE   RANGE  NOTES  SYLLABLES\n"
-                       "1     Soprano  Alice   C5-C5  1      1\n"
-                       "2     Bass     George  C3-C3  1      1\n"
-                       "3     Piano    -       C4-C4  1      0\n"
+    CHECK(list.said == "PART  NAME     VOICE  RANGE  NOTES  SYLLABLES\n"
+                       "1     Soprano  Susan  C5-C5  1      1\n"
+                       "2     Bass     Angus  C3-C3  1      1\n"
+                       "3     Piano    -      C4-C4  1      0\n"
                        "2 measures, 1 verse\n");
     const Run run =
         folder.Torv("sing " + song + " -o command_test_files/all.wav --practice command_test_files/practice");
     CHECK(run.status == 0);
-    CHECK(run.said.find("Soprano: Alice\nBass: George\n2 parts, 2 notes, ") != std::string::npos);
+    CHECK(run.said.find("Soprano: Susan\nBass: Angus\n2 parts, 2 notes, ") != std::string::npos);
     const auto left = LevelsOf(folder.path / "all.wav", 0);
     const auto right = LevelsOf(folder.path / "all.wav", 1);
     CHECK(left[0] > right[0] + 3);

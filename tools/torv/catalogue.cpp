@@ -1,5 +1,6 @@
 #include "catalogue.h"
 
+#include "engine_voices.h"
 #include "errors.h"
 #include "messages.h"
 #include "table.h"
@@ -49,14 +50,22 @@ void ListVoices(bool json) {
     const MessageCatcher messages;
     Databases databases(messages);
     Json list = Json::array();
-    std::vector<std::vector<std::string>> rows{{"NAME", "LANGUAGE", "VOICE"}};
-    for (const Databases::Entry& voice : databases.List(kVoices)) {
+    std::vector<std::vector<std::string>> rows{{"NAME", "LANGUAGE", "KIND", "RANGE", "VOICE"}};
+    std::vector<Databases::Entry> voices = databases.List(kVoices);
+    std::stable_partition(voices.begin(), voices.end(),
+                          [](const Databases::Entry& voice) { return EngineVoiceOf(voice.id).isPerson; });
+    for (const Databases::Entry& voice : voices) {
+        const EngineVoice engine = EngineVoiceOf(voice.id);
+        const std::string kind = engine.isPerson ? "person" : "synthetic";
+        const std::string range = KeyName(engine.lowest) + "-" + KeyName(engine.highest);
         const int program = torv::VariationFromID(voice.id) & 0xFF;
         const std::string installed =
             Utf8(databases.Voices().GetInstalledVoiceName(LanguageOfSinger(voice.id), program));
-        rows.push_back({voice.name, LanguageName(LanguageOfSinger(voice.id)), installed});
+        rows.push_back({voice.name, LanguageName(LanguageOfSinger(voice.id)), kind, range, installed});
         list.push_back({{"name", voice.name},
                         {"language", LanguageName(LanguageOfSinger(voice.id))},
+                        {"kind", kind},
+                        {"range", range},
                         {"voice", installed},
                         {"program", program},
                         {"id", Hex(voice.id)},

@@ -64,13 +64,13 @@ std::optional<int> LanguageAskedFor(const SongOptions& options) {
 
 /// Who sings from where: the voice named for the part, for all, or the one that suits it, then those for later bars.
 std::vector<ScoreMark> FindVoices(const SongOptions& options, const Song& song, const PartChoice& choice,
-                                  const VoiceLine& line, bool isAlone, Databases& databases) {
+                                  const VoiceLine& line, Databases& databases) {
     const std::optional<int> asked = LanguageAskedFor(options);
     const int language = asked.value_or(line.japanese ? torv::kJapanese : torv::kEnglish);
     const std::string& name = choice.voice.empty() ? options.voice : choice.voice;
     std::vector<ScoreMark> marks;
     if (name.empty())
-        marks.push_back({0, CastVoice(song.parts[choice.index], language, !isAlone, databases)});
+        marks.push_back({0, CastVoice(song.parts[choice.index], language, databases)});
     else
         marks.push_back({0, databases.Find(kVoices, name)});
     for (const std::string& text : options.voicesAt) {
@@ -124,7 +124,7 @@ SongScore MakeSongScore(const SongOptions& options) {
         plan.name = part.name;
         plan.line = MakeVoiceLine(part, options.verse);
         RemarkOnPart(options, isAlone || part.name.empty() ? options.input : part.name, plan.line);
-        plan.voices = FindVoices(options, song, choice, plan.line, isAlone, *databases);
+        plan.voices = FindVoices(options, song, choice, plan.line, *databases);
         plan.dynamics = FindDynamics(options, song, *databases);
         if (!options.plain)
             plan.expressions = FindExpressions(*databases, options.expressions);

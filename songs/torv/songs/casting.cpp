@@ -73,30 +73,30 @@ Kind KindOfRange(const Part& part) {
     return *middle >= kLowestOfWomen ? Kind::Soprano : *middle >= kLowestOfTenors ? Kind::Tenor : Kind::Bass;
 }
 
-/// The nearest kinds, the kind itself first.
+/// The nearest kinds, the recorded persons' first.
 std::vector<const char*> SoundsOf(Kind kind) {
     switch (kind) {
     case Kind::Soprano:
-        return {"soprano", "child"};
+        return {"woman", "soprano", "child"};
     case Kind::Child:
-        return {"child", "soprano"};
+        return {"child", "woman", "soprano"};
     case Kind::Tenor:
-        return {"tenor", "bass"};
+        return {"man (tenor)", "tenor", "bass"};
     case Kind::Bass:
         break;
     }
-    return {"bass", "tenor"};
+    return {"man (baritone)", "bass", "tenor"};
 }
 
 } // namespace
 
-DWORD CastVoice(const Part& part, int language, bool byRange, Databases& databases) {
+DWORD CastVoice(const Part& part, int language, Databases& databases) {
     const DWORD first = torv::MakeIconID(torv::kStatusSinger, torv::kSingerArticulation,
                                          databases.Manager().GetDefaultSingerVariation(language));
     std::optional<Kind> kind = KindOfName(part.name);
     if (!kind)
         kind = KindOfClef(part.clef);
-    if (!kind && byRange && !part.notes.empty())
+    if (!kind && !part.notes.empty())
         kind = KindOfRange(part);
     if (!kind)
         return first;

@@ -5,9 +5,9 @@
 
 namespace torv::songs {
 
-/// The voice that suits a part, as its icon's id: by what its name says, else by its clef and, when `byRange`, by how
-/// high it lies; the first voice of the language where nothing says more, or where it has no such voice. 0 without any.
-TORV_SONGS_API DWORD CastVoice(const Part& part, int language, bool byRange, Databases& databases);
+/// The voice that suits a part, as its icon's id: by what its name says, else by its clef, else by how high it lies;
+/// recorded persons before synthetic voices. The first voice of the language where it has no such voice, 0 without any.
+TORV_SONGS_API DWORD CastVoice(const Part& part, int language, Databases& databases);
 
 /// Where one of several parts stands, -1 left to 1 right, as a choir does: the first one left, the last one right. One
 /// alone stands in the centre.
