@@ -33,13 +33,14 @@ function(torv_add_companion name)
   set_target_properties(${name} PROPERTIES PREFIX "")
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/companions/include ${CMAKE_CURRENT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES})
-  # Where the library looks for companions: beside itself on Windows, in its folder of that name elsewhere.
+  # Where the library looks for companions: beside itself on Windows, in the folder torv there elsewhere. They need
+  # nothing from its place: what they link is the system's.
   if(ARG_FOR_TESTS)
     return()
   elseif(WIN32)
-    install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR} OPTIONAL)
   else()
-    install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/companions)
+    install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/torv OPTIONAL)
   endif()
 endfunction()
 

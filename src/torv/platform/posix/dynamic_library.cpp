@@ -70,7 +70,7 @@ std::vector<std::string> SearchFolders() {
     if (!OwnPath().empty()) {
         const std::string own = torv::FolderOf(OwnPath());
         folders.push_back(own);
-        folders.push_back(own + "/companions");
+        folders.push_back(own + "/torv");
     }
     return folders;
 }
