@@ -324,6 +324,22 @@ TEST_CASE("words: every line to the part that it fits, under the notes that are 
     CHECK(placed == Texts{"0late", "480early", "960met", "960more", "1440near"});
 }
 
+TEST_CASE("voice: staccato and breaths shorten what is sung, unless it is to be plain") {
+    Part part;
+    for (uint32_t i = 0; i < 3; ++i)
+        part.notes.push_back({i * 480, 480, 60, 80, {}});
+    part.notes[0].staccato = true;
+    part.notes[1].breathAfter = true;
+    const auto lengths = [&part](bool isPlain) {
+        std::vector<uint32_t> all;
+        for (const SungNote& note : MakeVoiceLine(part, 1, isPlain).notes)
+            all.push_back(note.joined ? note.length + 1 : note.length);
+        return all;
+    };
+    CHECK(lengths(false) == std::vector<uint32_t>{240, 420, 480}); // none is joined to the one before
+    CHECK(lengths(true) == std::vector<uint32_t>{480, 481, 481});
+}
+
 TEST_CASE("measures: after the meters, by number, and the bar line behind the last") {
     Song song;
     song.end = 12000;

@@ -92,8 +92,16 @@ std::vector<ScoreMark> FindVoices(const SongOptions& options, const Song& song, 
     return marks;
 }
 
-std::vector<ScoreMark> FindDynamics(const SongOptions& options, const Song& song, const Databases& databases) {
+/// Those that the user names; without any the part's own levels, as far as the databases have them.
+std::vector<ScoreMark> FindDynamics(const SongOptions& options, const Song& song, const Part& part,
+                                    const Databases& databases) {
     std::vector<ScoreMark> marks;
+    const std::vector<Databases::Entry> levels = databases.List(kDynamics);
+    for (const Dynamic& dynamic : part.dynamics)
+        for (const Databases::Entry& level : levels)
+            if (options.dynamics.empty() && !options.plain && dynamic.kind == Dynamic::Kind::Level &&
+                level.name == dynamic.level)
+                marks.push_back({dynamic.tick, level.id});
     for (const std::string& text : options.dynamics) {
         const BarMark mark = ReadBarMark("--dynamics", text, false);
         marks.push_back({TickOfMeasure(song, mark.bar), databases.Find(kDynamics, mark.name)});
@@ -122,10 +130,10 @@ SongScore MakeSongScore(const SongOptions& options) {
         const Part& part = song.parts[choice.index];
         PartPlan& plan = plans.emplace_back();
         plan.name = part.name;
-        plan.line = MakeVoiceLine(part, options.verse);
+        plan.line = MakeVoiceLine(part, options.verse, options.plain);
         RemarkOnPart(options, isAlone || part.name.empty() ? options.input : part.name, plan.line);
         plan.voices = FindVoices(options, song, choice, plan.line, *databases);
-        plan.dynamics = FindDynamics(options, song, *databases);
+        plan.dynamics = FindDynamics(options, song, part, *databases);
         if (!options.plain)
             plan.expressions = FindExpressions(*databases, options.expressions);
         parts.push_back({choice.index, part.name.empty() ? "part " + std::to_string(choice.index + 1) : part.name,

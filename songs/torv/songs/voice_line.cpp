@@ -19,7 +19,7 @@ std::vector<Word> WordsOf(const Note& note, int verse) {
     return words;
 }
 
-void PutNote(const Note& note, std::vector<Word> words, VoiceLine& line) {
+void PutNote(const Note& note, uint32_t length, std::vector<Word> words, VoiceLine& line) {
     if (!line.notes.empty()) {
         SungNote& before = line.notes.back();
         if (before.tick == note.tick) { // sorted by key: the later one is higher
@@ -32,7 +32,16 @@ void PutNote(const Note& note, std::vector<Word> words, VoiceLine& line) {
             before.length = note.tick - before.tick;
         }
     }
-    line.notes.push_back({note.tick, note.length, note.key, note.velocity, std::move(words)});
+    line.notes.push_back({note.tick, length, note.key, note.velocity, std::move(words)});
+}
+
+/// As long as it is sung.
+uint32_t SungLength(const Note& note, bool isPlain) {
+    if (isPlain)
+        return note.length;
+    if (note.staccato)
+        return std::max<uint32_t>(note.length / 2, 1);
+    return note.breathAfter && note.length > 2 * kShortGap ? note.length - kShortGap : note.length;
 }
 
 void CloseGaps(std::vector<SungNote>& notes) {
@@ -48,10 +57,10 @@ void CloseGaps(std::vector<SungNote>& notes) {
 
 } // namespace
 
-VoiceLine MakeVoiceLine(const Part& part, int verse) {
+VoiceLine MakeVoiceLine(const Part& part, int verse, bool isPlain) {
     VoiceLine line;
     for (const Note& note : part.notes)
-        PutNote(note, WordsOf(note, verse), line);
+        PutNote(note, SungLength(note, isPlain), WordsOf(note, verse), line);
     CloseGaps(line.notes);
     std::vector<std::string> texts;
     for (const SungNote& note : line.notes)
