@@ -36,8 +36,8 @@ enum {
 
 /** Languages of voices. */
 enum { DBM_JAPANESE = 0, DBM_ENGLISH = 1, DBM_LANGUAGES = 2 };
-/** Programs of virtual voices are 0..127; the engine sings program p with its own program p % 4, which is synthetic, but
-    those of 96..111 with 96 + p % 4, a recorded person. */
+/** Programs of virtual voices are 0..127; the engine sings program p with its own program p % 4, which is synthetic,
+   but those of 96..111 with 96 + p % 4, a recorded person. */
 enum { DBM_PROGRAMS = 128, DBM_ENGINE_PROGRAMS = 4, DBM_FIRST_PERSON = 96, DBM_LAST_PERSON = 111 };
 
 /** What an expression is for, as the engine takes it; the number is that of the icons made from it. */

@@ -47,8 +47,7 @@ TEST_CASE("sing: the wave's pitches and times are the file's") {
             // Beats 1 to 4 at 500 ms, from beat 5 on at 750 ms.
             const double start = i < 4 ? 500.0 * (i + 1) : 2500 + 750.0 * (i - 4);
             CAPTURE(i);
-            CHECK(notes[static_cast<size_t>(i)]["start"].get<double>() * 1000 ==
-                  doctest::Approx(start).epsilon(0.001));
+            CHECK(notes[static_cast<size_t>(i)]["start"].get<double>() * 1000 == doctest::Approx(start).epsilon(0.001));
             CHECK(notes[static_cast<size_t>(i)]["lyric"][0]["phonemes"][0]["symbol"] == "l");
             const double expected = HzOf(kKeys[i] + shift);
             CHECK(std::abs(Cents(PitchOf(Part(sound, start + 120, start + 330), expected), expected)) < 3);

@@ -164,8 +164,8 @@ TEST_CASE("wave out: the sound library gets every byte once, 24 bits widened to 
     // The library's driver that writes a file, as fast as it gets the samples, in a program of its own: one that hangs
     // must not fill the disk.
     const std::string command =
-        "ulimit -f 100000; TORV_TEST_ALONE=1 SDL_AUDIODRIVER=disk SDL_DISKAUDIODELAY=0 SDL_DISKAUDIOFILE=" + folder.Path("sound") +
-        " \"/proc/$PPID/exe\" -tc='wave out: the sound library gets*' >/dev/null 2>&1";
+        "ulimit -f 100000; TORV_TEST_ALONE=1 SDL_AUDIODRIVER=disk SDL_DISKAUDIODELAY=0 SDL_DISKAUDIOFILE=" +
+        folder.Path("sound") + " \"/proc/$PPID/exe\" -tc='wave out: the sound library gets*' >/dev/null 2>&1";
     CHECK(std::system(command.c_str()) == 0);
     const std::string sound = folder.Content("sound");
     std::string heard, expected;
