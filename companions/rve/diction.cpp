@@ -1,6 +1,7 @@
 #include "diction.h"
 
 #include "articulator.h"
+#include "place.h"
 
 #include <algorithm>
 #include <cmath>
@@ -48,14 +49,13 @@ const SpokenFrame& Diction::At(Time time, const Timeline& timeline, const VoiceB
         return m_now;
 
     int index = m_firstOwn;
-    while (index + 1 < m_firstOwn + m_ownCount && m_sounds[static_cast<size_t>(index + 1)].begin <= time)
+    while (index + 1 < m_firstOwn + m_ownCount && m_sounds[Place(index + 1)].begin <= time)
         ++index;
-    const float place =
-        std::clamp(FrameOf(m_sounds[static_cast<size_t>(index)], time), 0.0F, static_cast<float>(m_frameCount - 1));
+    const float place = std::clamp(FrameOf(m_sounds[Place(index)], time), 0.0F, static_cast<float>(m_frameCount - 1));
     const auto at = std::min(static_cast<int>(place), m_frameCount - 2);
     const float share = m_frameCount < 2 ? 0 : place - static_cast<float>(at);
-    const SpokenFrame& a = m_frames[static_cast<size_t>(std::max(at, 0))];
-    const SpokenFrame& b = m_frames[static_cast<size_t>(std::max(at, 0) + (m_frameCount < 2 ? 0 : 1))];
+    const SpokenFrame& a = m_frames[Place(std::max(at, 0))];
+    const SpokenFrame& b = m_frames[Place(std::max(at, 0) + (m_frameCount < 2 ? 0 : 1))];
     const auto mix = [share](auto& to, const auto& from, const auto& other) {
         for (size_t i = 0; i < to.size(); ++i)
             to[i] = from[i] + (other[i] - from[i]) * share;
@@ -114,7 +114,7 @@ float Diction::FrameOf(const Sound& sound, Time time) const {
 
 void Diction::AddSound(const Sound& sound) {
     if (m_soundCount < kMostSounds && sound.phone != VoiceBank::kSilence)
-        m_sounds[static_cast<size_t>(m_soundCount++)] = sound;
+        m_sounds[Place(m_soundCount++)] = sound;
 }
 
 /// The phones of one symbol, in the time that it has: of two the second one takes what it would take when spoken.
@@ -156,7 +156,7 @@ void Diction::Plan(const Segment& segment, const Segment* next, const VoiceBank&
     if (segment.start != m_start) {
         const bool follows = m_start >= 0 && segment.Onset() <= m_end + kGap && m_ownCount > 0;
         const auto phoneAt = [this](int index) {
-            return index >= 0 ? m_sounds[static_cast<size_t>(index)].phone : int{VoiceBank::kSilence};
+            return index >= 0 ? m_sounds[Place(index)].phone : int{VoiceBank::kSilence};
         };
         m_before = {VoiceBank::kSilence, VoiceBank::kSilence};
         if (follows)
@@ -184,9 +184,8 @@ void Diction::Plan(const Segment& segment, const Segment* next, const VoiceBank&
     }
     const Phoneme* const nucleus = NucleusOf(segment);
     for (int i = 0; i < segment.unitCount; ++i) {
-        const Unit& unit = segment.units[static_cast<size_t>(i)];
-        const Phoneme* const following =
-            i + 1 < segment.unitCount ? segment.units[static_cast<size_t>(i + 1)].phoneme : nullptr;
+        const Unit& unit = segment.units[Place(i)];
+        const Phoneme* const following = i + 1 < segment.unitCount ? segment.units[Place(i + 1)].phoneme : nullptr;
         const bool isNucleus = IsVowel(*unit.phoneme) || unit.phoneme == nucleus;
         AddUnit(unit, following, unit.begin, unit.end, isNucleus, bank);
     }
@@ -196,16 +195,16 @@ void Diction::Plan(const Segment& segment, const Segment* next, const VoiceBank&
     if (next && !m_goesOn) {
         const int own = m_soundCount;
         for (int i = 0; i < std::min(next->unitCount, 2); ++i)
-            AddUnit(next->units[static_cast<size_t>(i)], nullptr, end, end, false, bank);
+            AddUnit(next->units[Place(i)], nullptr, end, end, false, bank);
         m_soundCount = std::min(m_soundCount, own + 2);
     }
     Speak(bank, tract);
     LayOut(segment.start, end);
     Smooth();
     for (int i = m_firstOwn; i < m_firstOwn + m_ownCount; ++i) {
-        const Sound& sound = m_sounds[static_cast<size_t>(i)];
+        const Sound& sound = m_sounds[Place(i)];
         if (sound.isNucleus && sound.frames > 0)
-            m_nucleus = m_frames[static_cast<size_t>(sound.first + sound.frames * (sound.isDiphthong ? 3 : 5) / 10)];
+            m_nucleus = m_frames[Place(sound.first + sound.frames * (sound.isDiphthong ? 3 : 5) / 10)];
     }
 }
 
@@ -252,9 +251,9 @@ void Diction::LayOut(Time start, Time end) {
 void Diction::Speak(const VoiceBank& bank, Tract tract) {
     m_frameCount = 0;
     for (int i = 0; i < m_soundCount; ++i) {
-        Sound& sound = m_sounds[static_cast<size_t>(i)];
-        const int before = i > 0 ? m_sounds[static_cast<size_t>(i - 1)].phone : int{VoiceBank::kSilence};
-        int after = i + 1 < m_soundCount ? m_sounds[static_cast<size_t>(i + 1)].phone : int{VoiceBank::kSilence};
+        Sound& sound = m_sounds[Place(i)];
+        const int before = i > 0 ? m_sounds[Place(i - 1)].phone : int{VoiceBank::kSilence};
+        int after = i + 1 < m_soundCount ? m_sounds[Place(i + 1)].phone : int{VoiceBank::kSilence};
         VoiceBank::Sequence sequence = bank.SequenceOf(before, sound.phone, after);
         if (sequence.frameCount == 0) // a consonant on its own: as ahead of a vowel
             sequence = bank.SequenceOf(before, sound.phone, bank.PhoneNamed("ax"));
@@ -263,7 +262,7 @@ void Diction::Speak(const VoiceBank& bank, Tract tract) {
         sound.closure = std::min(sequence.stateFrames[0], sound.frames);
         for (int f = 0; f < sound.frames; ++f) {
             const bank::Frame& stored = bank.FrameAt(sequence.frames[f]);
-            SpokenFrame& frame = m_raw[static_cast<size_t>(m_frameCount++)];
+            SpokenFrame& frame = m_raw[Place(m_frameCount++)];
             for (size_t m = 0; m < frame.cepstrum.size(); ++m)
                 frame.cepstrum[m] = static_cast<float>(stored.cepstrum[m]) * bank::kCepstrumUnit;
             for (size_t b = 0; b < frame.strength.size(); ++b)
@@ -276,10 +275,10 @@ void Diction::Speak(const VoiceBank& bank, Tract tract) {
         // Another language's vowel: from where the middle of the spoken one lies.
         if (sound.target && sound.frames > 0) {
             const int middle = sound.first + sound.frames * (sound.isDiphthong ? 3 : 5) / 10;
-            const SpokenFrame& steady = m_raw[static_cast<size_t>(middle)];
+            const SpokenFrame& steady = m_raw[Place(middle)];
             for (int f = sound.first; f < sound.first + sound.frames; ++f)
                 for (size_t k = 0; k < 2; ++k)
-                    m_raw[static_cast<size_t>(f)].shift[k] = std::clamp(
+                    m_raw[Place(f)].shift[k] = std::clamp(
                         std::log2(sound.target->hz[static_cast<size_t>(tract)][k] / steady.formants[k]), -0.6F, 0.6F);
         }
     }
@@ -289,15 +288,14 @@ void Diction::Speak(const VoiceBank& bank, Tract tract) {
 void Diction::Smooth() {
     std::array<float, 2 * kSmoothing + 1> window;
     for (int k = -kSmoothing; k <= kSmoothing; ++k)
-        window[static_cast<size_t>(k + kSmoothing)] =
-            0.5F + 0.5F * std::cos(3.14159265F * static_cast<float>(k) / (kSmoothing + 1));
+        window[Place(k + kSmoothing)] = 0.5F + 0.5F * std::cos(3.14159265F * static_cast<float>(k) / (kSmoothing + 1));
     for (int i = 0; i < m_frameCount; ++i) {
-        SpokenFrame& to = m_frames[static_cast<size_t>(i)];
+        SpokenFrame& to = m_frames[Place(i)];
         to = {};
         float sum = 0;
         for (int k = std::max(-kSmoothing, -i); k <= std::min(kSmoothing, m_frameCount - 1 - i); ++k) {
-            const float weight = window[static_cast<size_t>(k + kSmoothing)];
-            const SpokenFrame& from = m_raw[static_cast<size_t>(i + k)];
+            const float weight = window[Place(k + kSmoothing)];
+            const SpokenFrame& from = m_raw[Place(i + k)];
             const auto add = [weight](auto& sums, const auto& values) {
                 for (size_t n = 0; n < sums.size(); ++n)
                     sums[n] += values[n] * weight;

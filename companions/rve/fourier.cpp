@@ -1,5 +1,7 @@
 #include "fourier.h"
 
+#include "place.h"
+
 #include <cmath>
 #include <numbers>
 #include <utility>
@@ -20,7 +22,7 @@ Complex Product(Complex a, Complex b) {
 Fourier::Fourier() {
     for (int k = 0; k < kMostPoints / 2; ++k) {
         const double angle = 2 * std::numbers::pi * k / kMostPoints;
-        m_turns[static_cast<size_t>(k)] = {static_cast<float>(std::cos(angle)), static_cast<float>(std::sin(angle))};
+        m_turns[Place(k)] = {static_cast<float>(std::cos(angle)), static_cast<float>(std::sin(angle))};
     }
 }
 
@@ -34,7 +36,7 @@ void Fourier::ToSignal(Complex* spectrum, int points, float* signal) const {
         const Complex a = k == 0 ? Complex(spectrum[0].real() * 2, 0) : spectrum[k];
         const Complex b = k == 0 ? Complex(0, 0) : std::conj(spectrum[half - k]);
         const Complex sum = a + b, difference = a - b;
-        const Complex odd = Product(difference, m_turns[static_cast<size_t>(k * turn)]);
+        const Complex odd = Product(difference, m_turns[Place(k * turn)]);
         const Complex i_odd(-odd.imag(), odd.real());
         spectrum[k] = (sum + i_odd) * 0.5F;
         if (k > 0 && k < half - k)
@@ -53,7 +55,7 @@ void Fourier::ToSignal(Complex* spectrum, int points, float* signal) const {
         const int reach = length / 2;
         for (int base = 0; base < half; base += length)
             for (int k = 0; k < reach; ++k) {
-                const Complex odd = Product(z[base + k + reach], m_turns[static_cast<size_t>(k * stride)]);
+                const Complex odd = Product(z[base + k + reach], m_turns[Place(k * stride)]);
                 const Complex even = z[base + k];
                 z[base + k] = even + odd;
                 z[base + k + reach] = even - odd;

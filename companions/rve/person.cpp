@@ -1,6 +1,7 @@
 #include "person.h"
 
 #include "fourier.h"
+#include "place.h"
 
 #include <algorithm>
 #include <cmath>
@@ -30,7 +31,7 @@ void Person::Configure(double rate) {
     m_hop = rate > 50000 ? 448 : 224;
     m_noisePoints = 2 * m_hop > 512 ? 1024 : 512;
     for (int i = 0; i < 2 * m_hop; ++i)
-        m_window[static_cast<size_t>(i)] = static_cast<float>(std::sin(std::numbers::pi * (i + 0.5) / (2 * m_hop)));
+        m_window[Place(i)] = static_cast<float>(std::sin(std::numbers::pi * (i + 0.5) / (2 * m_hop)));
     for (size_t k = 0; k < m_pulsePhases.size(); ++k) {
         const auto harmonic = static_cast<float>(k);
         const float lag = std::atan2(kOpenWidth * harmonic, kOpenResonance * kOpenResonance - harmonic * harmonic);
@@ -91,8 +92,9 @@ void Person::MakeFrame(Time at, float f0, const Colour& colour, const Timeline& 
 /// RMS of the harmonics of the steady vowel.
 float Person::LevelOn(float f0) {
     float power = 0;
-    for (float hz = f0; hz < 4000; hz += f0) {
-        const float level = m_steady.VoiceLevelAt(hz);
+    const int count = static_cast<int>(4000 / f0);
+    for (int harmonic = 1; harmonic <= count; ++harmonic) {
+        const float level = m_steady.VoiceLevelAt(static_cast<float>(harmonic) * f0);
         power += level * level;
     }
     return std::max(std::sqrt(power * 2 * f0 / static_cast<float>(bank::kRate)), 1e-3F);
@@ -102,7 +104,7 @@ float Person::LevelOn(float f0) {
 /// of this amplitude times the spectrum's.
 void Person::MakeCycle(float f0) {
     m_newest ^= 1;
-    const auto newest = static_cast<size_t>(m_newest);
+    const auto newest = Place(m_newest);
     const float highest = std::min(static_cast<float>(m_rate) * kHighestHarmonic, std::max(kHighestVoice, f0 * 1.5F));
     const int harmonics = std::clamp(static_cast<int>(highest / f0), 1, 255);
     const int points = harmonics < 128 ? 1024 : 2048;
@@ -113,9 +115,9 @@ void Person::MakeCycle(float f0) {
         const float hz = f0 * static_cast<float>(k);
         const float fade = hz > edge ? std::max(0.0F, (highest - hz) / (highest - edge)) : 1.0F;
         const std::complex<float> voice = m_envelope.VoiceAt(hz) * (unit * fade);
-        const std::complex<float> pulse = m_pulsePhases[static_cast<size_t>(k)];
-        m_spectrum[static_cast<size_t>(k)] = {voice.real() * pulse.real() - voice.imag() * pulse.imag(),
-                                              voice.real() * pulse.imag() + voice.imag() * pulse.real()};
+        const std::complex<float> pulse = m_pulsePhases[Place(k)];
+        m_spectrum[Place(k)] = {voice.real() * pulse.real() - voice.imag() * pulse.imag(),
+                                voice.real() * pulse.imag() + voice.imag() * pulse.real()};
     }
     float* const cycle = m_cycles[newest].data();
     SharedFourier().ToSignal(m_spectrum.data(), points, cycle + 1);
@@ -128,7 +130,7 @@ void Person::MakeCycle(float f0) {
 /// Noise of the frame's spectrum, faded in over one hop and out over the next, where the next frame's comes in.
 void Person::MakeNoise() {
     for (int i = 0; i < m_hop; ++i)
-        m_noise[static_cast<size_t>(i)] = m_noise[static_cast<size_t>(i + m_hop)];
+        m_noise[Place(i)] = m_noise[Place(i + m_hop)];
     const float spacing = static_cast<float>(m_rate) / static_cast<float>(m_noisePoints);
     // White noise of the recording's density: at a higher rate it is stronger, as there is more of it.
     const auto unit = static_cast<float>(std::sqrt(m_rate / bank::kRate) * std::sqrt(6.0) /
@@ -136,13 +138,12 @@ void Person::MakeNoise() {
     for (int k = 0; k < m_noisePoints / 2; ++k) {
         const float hz = spacing * static_cast<float>(k);
         const float level = k == 0 || hz > 20000 ? 0 : m_envelope.NoiseLevelAt(hz) * unit;
-        m_spectrum[static_cast<size_t>(k)] = {m_random.Next() * level, m_random.Next() * level};
+        m_spectrum[Place(k)] = {m_random.Next() * level, m_random.Next() * level};
     }
     SharedFourier().ToSignal(m_spectrum.data(), m_noisePoints, m_signal.data());
     for (int i = 0; i < m_hop; ++i) {
-        m_noise[static_cast<size_t>(i)] += m_signal[static_cast<size_t>(i)] * m_window[static_cast<size_t>(i)];
-        m_noise[static_cast<size_t>(i + m_hop)] =
-            m_signal[static_cast<size_t>(i + m_hop)] * m_window[static_cast<size_t>(i + m_hop)];
+        m_noise[Place(i)] += m_signal[Place(i)] * m_window[Place(i)];
+        m_noise[Place(i + m_hop)] = m_signal[Place(i + m_hop)] * m_window[Place(i + m_hop)];
     }
     m_noiseAt = 0;
 }
@@ -167,14 +168,14 @@ float Person::Next() {
         const float c3 = 0.5F * (y[3] - y[0]) + 1.5F * (y[1] - y[2]);
         return ((c3 * x + c2) * x + c1) * x + y[1];
     };
-    const float before = read(static_cast<size_t>(m_newest ^ 1));
-    const float now = read(static_cast<size_t>(m_newest));
+    const float before = read(Place(m_newest ^ 1));
+    const float now = read(Place(m_newest));
     const float voice = (before + (now - before) * m_blend) * m_shimmer;
     // Breath comes in puffs while the glottis opens and shuts.
     const float voicing = m_voicingFrom + (m_voicingTo - m_voicingFrom) * m_blend;
     const float open = 2 * std::abs(static_cast<float>(m_phase) - 0.5F); // 1 at the pulse
     const float puff = 1 + voicing * (0.45F + 1.05F * open - 1);
-    const float noise = m_noiseAt < m_hop ? m_noise[static_cast<size_t>(m_noiseAt++)] : 0;
+    const float noise = m_noiseAt < m_hop ? m_noise[Place(m_noiseAt++)] : 0;
     return voice + noise * puff;
 }
 

@@ -49,7 +49,7 @@ private:
     int m_noiseAt = 0;
     float m_voicingFrom = 0, m_voicingTo = 0;
     double m_phase = 0;
-    float m_step = 0, m_stepTarget = 0, m_stepSlope = 0;
+    float m_step = 0, m_stepSlope = 0;
     float m_jitter = 1, m_shimmer = 1, m_shimmerTo = 1;
     float m_level = 1;
     Noise m_random, m_cycleRandom;

@@ -77,7 +77,8 @@ class Contents {
 public:
     Contents(RecordedVoice& voice, float size) : m_voice(voice), m_size(size) {
         const int phones = static_cast<int>(voice.Phones().size());
-        m_places.assign(static_cast<size_t>(phones * phones * phones), bank::kNoSequence);
+        const auto count = static_cast<size_t>(phones);
+        m_places.assign(count * count * count, bank::kNoSequence);
         std::vector<RecordedVoice::Triple> triples;
         for (int phone = 1; phone < phones; ++phone)
             for (int before = 0; before < phones; ++before)

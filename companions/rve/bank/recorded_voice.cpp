@@ -64,12 +64,11 @@ float StateSeconds(cst_item* state, bool isAsked, const cst_cg_db* models) {
     const float deviations = isAsked ? val_float(cart_interpret(state, models->dur_cart[0])) : 0;
     const char* const name = item_feat_string(state, "name");
     const dur_stat* const* stats = models->dur_stats[0];
-    int at = 0;
-    while (stats[at] && std::strcmp(stats[at]->phone, name) != 0)
-        ++at;
-    if (!stats[at])
-        at = 0;
-    return deviations * stats[at]->stddev + stats[at]->mean;
+    const dur_stat* found = stats[0]; // of a name that is not there
+    for (int at = 1; stats[at]; ++at)
+        if (std::strcmp(stats[at]->phone, name) == 0)
+            found = stats[at];
+    return deviations * found->stddev + found->mean;
 }
 
 /// The relations that the models' questions walk: states below segments, frames below states.
@@ -80,15 +79,14 @@ cst_utterance* LayFrames(cst_utterance* utterance) {
     for (cst_item* segment = relation_head(utt_relation(utterance, "Segment")); segment; segment = item_next(segment)) {
         cst_item* const parent = relation_append(ofSegments, segment);
         const char* const name = item_feat_string(segment, "name");
-        int phone = 0;
-        while (models->phone_states[phone] && std::strcmp(models->phone_states[phone][0], name) != 0)
-            ++phone;
-        if (!models->phone_states[phone])
-            phone = 0;
-        for (int i = 1; models->phone_states[phone][i]; ++i) {
+        const char* const* names = models->phone_states[0];
+        for (int phone = 1; models->phone_states[phone]; ++phone)
+            if (std::strcmp(models->phone_states[phone][0], name) == 0)
+                names = models->phone_states[phone];
+        for (int i = 1; names[i]; ++i) {
             cst_item* const state = relation_append(states, nullptr);
             item_add_daughter(parent, state);
-            item_set_string(state, "name", models->phone_states[phone][i]);
+            item_set_string(state, "name", names[i]);
             item_set_int(state, "statepos", i);
         }
     }

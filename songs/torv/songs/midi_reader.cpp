@@ -12,13 +12,13 @@ namespace {
 std::optional<TextEncoding> EncodingOf(const ReadOptions& options) {
     if (options.encoding.empty())
         return std::nullopt;
-    if (const auto encoding = TextEncodingNamed(options.encoding))
+    if (auto encoding = TextEncodingNamed(options.encoding))
         return encoding;
     throw SongError("there is no encoding \"" + options.encoding +
                     "\": choose utf-8, shift-jis, euc-jp, latin-1 or another that iconv -l lists");
 }
 
-Part MakePart(const MidiTrack& track, int number, std::optional<TextEncoding> encoding) {
+Part MakePart(const MidiTrack& track, int number, const std::optional<TextEncoding>& encoding) {
     Part part;
     part.name = ToUtf8(track.name, encoding.value_or(DetectEncoding(track.name)));
     part.track = number;
@@ -39,7 +39,7 @@ Part MakePart(const MidiTrack& track, int number, std::optional<TextEncoding> en
 }
 
 /// Lyric events; in a file without any, karaoke's texts.
-std::vector<WordLine> ReadLines(const MidiData& data, std::optional<TextEncoding> encoding) {
+std::vector<WordLine> ReadLines(const MidiData& data, const std::optional<TextEncoding>& encoding) {
     const auto isLyric = [](const MidiText& text) { return text.lyric; };
     const bool hasLyrics = std::any_of(data.tracks.begin(), data.tracks.end(), [&](const MidiTrack& track) {
         return std::any_of(track.texts.begin(), track.texts.end(), isLyric);

@@ -264,6 +264,7 @@ Song ReadMusicXmlSong(Bytes bytes, const ReadOptions&) {
     ReadHeader(score, song);
     const std::vector<ScorePart> scoreParts = PartsOf(score);
     std::vector<WrittenPart> written;
+    written.reserve(scoreParts.size());
     for (const ScorePart& part : scoreParts)
         written.push_back(ReadPart(part.measures));
     MeasureOrder order = UnfoldMeasures(SignsOf(written));

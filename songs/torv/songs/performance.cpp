@@ -14,7 +14,8 @@ namespace {
 std::string NameOfKey(int key, bool flats) {
     constexpr const char* kSharps[] = {"C", "C#", "D", "D#", "E", "F", "F#", "G", "G#", "A", "A#", "B"};
     constexpr const char* kFlats[] = {"C", "Db", "D", "Eb", "E", "F", "Gb", "G", "Ab", "A", "Bb", "B"};
-    return (flats ? kFlats : kSharps)[key % 12] + std::to_string(key / 12 - 1);
+    const char* const name = flats ? kFlats[key % 12] : kSharps[key % 12];
+    return name + std::to_string(key / 12 - 1);
 }
 
 /// Whether the signature has flats when all is transposed: a semitone is seven steps on the circle of fifths.
