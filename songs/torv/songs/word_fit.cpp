@@ -184,6 +184,7 @@ bool MovesWith(const Part& part, const Part& singing) {
 size_t PlaceWords(const std::vector<Syllable>& syllables, Part& part) {
     Places places(part);
     std::vector<Note*> notes;
+    notes.reserve(syllables.size());
     for (const Syllable& syllable : syllables)
         notes.push_back(syllable.prolongs ? nullptr : places.Meet(syllable.tick, syllable.word.verse));
     size_t lost = 0;
