@@ -89,10 +89,10 @@ std::string ErrorOf(const std::string& text) {
     return "";
 }
 
-std::string Number(size_t value, int bytes) {
+std::string Number(uint64_t value, int bytes) {
     std::string number;
     for (int i = 0; i < bytes; ++i)
-        number += static_cast<char>(value >> 8 * i);
+        number += i < 8 ? static_cast<char>(value >> 8 * i) : '\0';
     return number;
 }
 

@@ -120,7 +120,7 @@ SynthRing::Portion SynthRing::Next(DWORD maxBlocks, bool isMore) const {
 
 void SynthRing::Read(BYTE* out, DWORD blocks, const MixGains& master) {
     const auto read = static_cast<DWORD>(m_read);
-    std::memset(out, 0, blocks * BlockBytes());
+    std::fill_n(out, blocks * BlockBytes(), BYTE{0}); // no blocks may stand nowhere
     for (const SynthTrack& track : m_tracks)
         Mix(track, out, blocks * BlockBytes(), read * BlockBytes(), master);
     m_read = static_cast<SHORT>((read + blocks) % kRingBlocks);
