@@ -167,3 +167,28 @@ TEST_CASE("encode: an engine's file with the song's name, notes and tempos, or t
     CHECK((run.status == 1 && run.said.find("CFileException::badPath") != std::string::npos));
     CHECK(!fs::exists(folder.path / "nowhere"));
 }
+
+TEST_CASE("info: songs of other formats, as they are sung") {
+    torv::songs::Song song;
+    song.source = "s.mxl";
+    song.format = "MusicXML";
+    song.title = "Song";
+    song.end = 960;
+    song.measures = {{0, 960, 1}};
+    song.remarks = {"something is left out"};
+    song.parts.resize(1);
+    song.parts[0].name = "Alto";
+    song.parts[0].notes.resize(2);
+    song.parts[0].notes[0].key = 65;
+    song.parts[0].notes[0].words.resize(2);
+    song.parts[0].notes[0].words[1].verse = 2;
+    CHECK(DescribeSong(song) ==
+          Json{{"file", "s.mxl"},
+               {"kind", "MusicXML"},
+               {"title", "Song"},
+               {"seconds", 1.0},
+               {"measures", 1},
+               {"verses", 2},
+               {"parts", {{{"name", "Alto"}, {"notes", 2}, {"lowest", 60}, {"highest", 65}, {"syllables", 1}}}},
+               {"remarks", {"something is left out"}}});
+}

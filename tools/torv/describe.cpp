@@ -3,6 +3,7 @@
 #include "errors.h"
 #include <torv/songs/input_file.h>
 #include <torv/songs/midi_data.h>
+#include <torv/songs/read_song.h>
 
 #include <algorithm>
 #include <cmath>
@@ -47,6 +48,10 @@ void Print(const Json& json, int depth) {
         int number = 0;
         for (const Json& item : value) {
             std::printf("%s  %d:", indent.c_str(), ++number);
+            if (!item.is_structured()) {
+                std::printf(" %s\n", TextOf(item).c_str());
+                continue;
+            }
             const bool isFlat =
                 std::none_of(item.begin(), item.end(), [](const Json& part) { return part.is_structured(); });
             if (isFlat) {
@@ -85,7 +90,10 @@ void Describe(const std::string& path, bool json) {
     } else if (std::memcmp(id, "RIFF", 4) == 0) {
         about = DescribeWave(path, *file);
     } else {
-        throw InputError{path + ": neither a standard MIDI file nor a wave file"};
+        const std::vector<unsigned char> bytes{std::istreambuf_iterator<char>(*file), std::istreambuf_iterator<char>()};
+        if (FormatOf(bytes) == SongFormat::Unknown)
+            throw InputError{path + ": neither a song (standard MIDI file, MusicXML, UST) nor a wave file"};
+        about = DescribeSong(ReadSong(bytes, path));
     }
     if (json)
         std::printf("%s\n", about.dump(2, ' ', false, Json::error_handler_t::replace).c_str());

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <torv/songs/song.h>
+
 #include <nlohmann/json.hpp>
 
 #include <iosfwd>
@@ -8,7 +10,7 @@
 
 using Json = nlohmann::ordered_json;
 
-/// Prints what a standard MIDI file or a wave file holds, as text or as JSON. Throws InputError.
+/// Prints what a song file or a wave file holds, as text or as JSON. Throws InputError.
 void Describe(const std::string& path, bool json);
 
 /// What a MIDI file holds: format, division, length, tempos, signatures, tracks with notes, lyrics and engine blocks.
@@ -17,6 +19,10 @@ Json DescribeMidi(const std::string& path, const std::vector<unsigned char>& byt
 
 /// What a wave file holds: format, length and chunks, of a damaged one what is there. Only its headers are read.
 Json DescribeWave(const std::string& path, std::istream& file);
+
+/// What a song of another format holds, as it is sung, repeats unfolded: parts with ranges and verses, measures,
+/// tempos.
+Json DescribeSong(const torv::songs::Song& song);
 
 /// "0:31.4".
 std::string ClockText(double seconds);

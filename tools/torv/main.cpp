@@ -143,7 +143,7 @@ struct InfoOptions {
 };
 
 CLI::App* AddInfo(CLI::App& app, InfoOptions& options) {
-    CLI::App* const info = app.add_subcommand("info", "Describe a standard MIDI file or a wave file");
+    CLI::App* const info = app.add_subcommand("info", "Describe a song file or a wave file");
     info->add_option("FILE", options.input, "The file")->required();
     info->add_flag("--json", options.json, "As JSON");
     return info;
