@@ -6,16 +6,19 @@
 
 namespace rve {
 
+/// |1 - b/z - c/z²|² on the unit circle. Double: near the peak of a low formant these terms all but cancel.
+inline double PolynomialSquared(double b, double c, double cosine) {
+    return 1 + b * b + c * c - 2 * b * (1 - c) * cosine - 2 * c * (2 * cosine * cosine - 1);
+}
+
 /// A two-pole resonance with a gain of 1 at 0 Hz, as one of a chain of formants.
 class Resonator {
 public:
     void Reset() { m_y1 = m_y2 = 0; }
     void Set(float hz, float bandwidth, float rate);
     /// The square of its gain where the cosine of the frequency (in radians a sample) is `cosine`.
-    double GainSquared(double cosine) const { // double: near the peak of a low formant these terms all but cancel
-        const double b = m_b;
-        const double c = m_c;
-        const double below = 1 + b * b + c * c - 2 * b * (1 - c) * cosine - 2 * c * (2 * cosine * cosine - 1);
+    double GainSquared(double cosine) const {
+        const double below = PolynomialSquared(m_b, m_c, cosine);
         return m_a * m_a / (below > 1e-12 ? below : 1e-12);
     }
     float Next(float x) {
@@ -35,11 +38,7 @@ class Antiresonator {
 public:
     void Reset() { m_x1 = m_x2 = 0; }
     void Set(float hz, float bandwidth, float rate);
-    double GainSquared(double cosine) const {
-        const double b = m_b;
-        const double c = m_c;
-        return m_a * m_a * (1 + b * b + c * c - 2 * b * (1 - c) * cosine - 2 * c * (2 * cosine * cosine - 1));
-    }
+    double GainSquared(double cosine) const { return m_a * m_a * PolynomialSquared(m_b, m_c, cosine); }
     float Next(float x) {
         const float y = m_a * (x - m_b * m_x1 - m_c * m_x2);
         m_x2 = m_x1;

@@ -29,7 +29,6 @@ struct BlockTree::Node {
 };
 
 bool BlockTree::Build(CxShortBuff* first) {
-    Clear();
     m_root = new (std::nothrow) Node;
     if (!m_root || !Insert(m_root, 0, first))
         return false;

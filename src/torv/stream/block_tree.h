@@ -31,7 +31,7 @@ public:
     BlockTree& operator=(const BlockTree&) = delete;
 
     bool IsEmpty() const { return !m_root; }
-    /// Takes a whole chain in. False, and empty, without memory.
+    /// An empty tree takes a whole chain in. False, and empty, without memory.
     bool Build(CxShortBuff* first);
     /// Takes in a block that is chained after one of its own; does nothing when it is empty.
     void InsertAfter(CxShortBuff* at, CxShortBuff* block);
