@@ -1,7 +1,7 @@
 /// Expression databases: expressions and the items that set them.
 #pragma once
 
-#include "dbm_abi.h"
+#include "torv/abi/dbm.h"
 
 #include <cstdint>
 #include <string>

@@ -1,8 +1,8 @@
 /// Failures of this library are DBM_ statuses.
 #pragma once
 
-#include "dbm_abi.h"
 #include "status.h"
+#include "torv/abi/dbm.h"
 
 namespace dbm {
 

@@ -2,7 +2,7 @@
 /// since. What fails leaves all as it was.
 #pragma once
 
-#include "dbm_abi.h"
+#include "torv/abi/dbm.h"
 #include "user_file.h"
 #include "voices.h"
 

@@ -1,7 +1,7 @@
 /// Installed voices and the singers over them, with the rules that hold between them.
 #pragma once
 
-#include "dbm_abi.h"
+#include "torv/abi/dbm.h"
 
 #include <array>
 #include <cstdint>

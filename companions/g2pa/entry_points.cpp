@@ -1,6 +1,6 @@
 #include "converter.h"
 
-#include <g2pa_abi.h>
+#include "torv/abi/g2pa.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -2,7 +2,7 @@
 
 #include "allophones.h"
 
-#include <g2pa_abi.h>
+#include "torv/abi/g2pa.h"
 
 #include <algorithm>
 

@@ -1,9 +1,9 @@
 #include "lyric_text.h"
 
 #include "code_page_932.h"
+#include "torv/abi/g2pa.h"
 
 #include <algorithm>
-#include <g2pa_abi.h>
 
 namespace g2pa_eng {
 namespace {

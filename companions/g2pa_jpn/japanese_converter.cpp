@@ -3,7 +3,7 @@
 #include "kana_text.h"
 #include "mora_reader.h"
 
-#include <g2pa_abi.h>
+#include "torv/abi/g2pa.h"
 
 #include <algorithm>
 

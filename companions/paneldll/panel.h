@@ -1,6 +1,6 @@
 #pragma once
 
-#include "panel_abi.h"
+#include "torv/abi/panel.h"
 
 #include <mutex>
 

@@ -1,11 +1,10 @@
 #pragma once
 
 #include "timeline.h"
+#include "torv/abi/rve.h"
 
 #include <array>
 #include <cstdint>
-
-#include <rve_abi.h>
 
 namespace rve {
 

@@ -2,10 +2,10 @@
 
 #include "articulator.h"
 #include "place.h"
+#include "torv/abi/rve.h"
 
 #include <algorithm>
 #include <cmath>
-#include <rve_abi.h>
 
 namespace rve {
 

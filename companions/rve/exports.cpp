@@ -1,6 +1,6 @@
 // The eight entry points over a table of instances. Creating and deleting take a lock; stepping does not.
-#include "rve_abi.h"
 #include "singer.h"
+#include "torv/abi/rve.h"
 
 #include <array>
 #include <atomic>

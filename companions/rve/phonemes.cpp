@@ -1,6 +1,6 @@
 #include "phonemes.h"
 
-#include <rve_abi.h>
+#include "torv/abi/rve.h"
 
 #include <iterator>
 

@@ -6,8 +6,8 @@
 #include "person.h"
 #include "pitch_line.h"
 #include "recorded_persons.h"
-#include "rve_abi.h"
 #include "timeline.h"
+#include "torv/abi/rve.h"
 #include "tract.h"
 
 #include <array>

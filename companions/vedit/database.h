@@ -1,7 +1,7 @@
 /// The database manager's library beside ours. A host that has loaded it too shares its state with us.
 #pragma once
 
-#include "dbm_abi.h"
+#include "torv/abi/dbm.h"
 
 #include <memory>
 #include <string>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "status.h"
-#include "vedit_abi.h"
+#include "torv/abi/vedit.h"
 
 namespace vedit {
 

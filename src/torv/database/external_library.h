@@ -2,8 +2,8 @@
 
 #include "torv/platform/platform.h"
 
-#include "dbm_abi.h"
-#include "vedit_abi.h"
+#include "torv/abi/dbm.h"
+#include "torv/abi/vedit.h"
 
 #include <vector>
 

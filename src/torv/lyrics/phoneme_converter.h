@@ -1,11 +1,10 @@
 #pragma once
 
+#include "torv/abi/g2pa.h"
 #include "torv/platform/platform.h"
 
 #include <deque>
 #include <vector>
-
-#include "g2pa_abi.h"
 
 namespace torv {
 

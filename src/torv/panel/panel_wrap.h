@@ -1,8 +1,7 @@
 #pragma once
 
+#include "torv/abi/panel.h"
 #include "torv/platform/platform.h"
-
-#include <panel_abi.h>
 
 #include <memory>
 #include <type_traits>

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "torv/abi/rve.h"
 #include "torv/encoding/quill_midi_buffer.h"
-
-#include <rve_abi.h>
 
 #include <vector>
 

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "torv/abi/rve.h"
 #include "torv/platform/platform.h"
-
-#include <rve_abi.h>
 
 #include <memory>
 

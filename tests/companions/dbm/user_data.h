@@ -3,9 +3,9 @@
 
 #include "companions/companion_module.h"
 #include "platform/temp_folder.h"
+#include "torv/abi/dbm.h"
 #include "values.h"
 
-#include <dbm_abi.h>
 #include <doctest/doctest.h>
 
 #include <algorithm>

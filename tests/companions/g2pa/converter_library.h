@@ -2,9 +2,9 @@
 #pragma once
 
 #include "companions/companion_module.h"
+#include "torv/abi/g2pa.h"
 
 #include <doctest/doctest.h>
-#include <g2pa_abi.h>
 
 #include <algorithm>
 #include <cstddef>

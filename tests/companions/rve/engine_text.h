@@ -1,6 +1,6 @@
 #pragma once
 
-#include "rve_abi.h"
+#include "torv/abi/rve.h"
 
 #include <cstdint>
 #include <string>

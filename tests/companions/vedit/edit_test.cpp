@@ -1,6 +1,6 @@
 #include "companions/dbm/user_data.h"
 
-#include <vedit_abi.h>
+#include "torv/abi/vedit.h"
 
 #if !defined(_WIN32)
 #include <unistd.h>

@@ -1,7 +1,7 @@
 // A database manager and a voice editor in one library, which answer what a test told them.
 #include "fake_database.h"
 
-#include "vedit_abi.h"
+#include "torv/abi/vedit.h"
 
 #include <cstdio>
 #include <cstring>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dbm_abi.h"
+#include "torv/abi/dbm.h"
 
 /// What the fake database manager answers, and what was asked of it. A test fills it in through FakeDatabaseState().
 struct FakeDatabase {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "g2pa_abi.h"
+#include "torv/abi/g2pa.h"
 
 /// What the test tells the fake, and what the fake saw: handed over through its entry point "fakeState".
 struct FakeState {

@@ -1,6 +1,6 @@
 #include "fake_panel.h"
 
-#include <panel_abi.h>
+#include "torv/abi/panel.h"
 
 #include <cstring>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <rve_abi.h>
+#include "torv/abi/rve.h"
 
 /// What the fake engine was asked, for tests to look at and to clear.
 struct FakeLog {
