@@ -8,7 +8,7 @@
 #include <cstdio>
 
 void Encode(const EncodeOptions& options) {
-    RefuseOverwriting({options.song.input}, {{"--output", options.output}});
+    RefuseOverwriting(InputsOf(options.song), {{"--output", options.output}});
     SongScore song = MakeSongScore(options.song);
     CxQuillMidiFile file;
     file.SetPresendTime(song.presend);

@@ -57,6 +57,11 @@ void AddSong(CLI::App& command, SongOptions& options) {
     command.add_option("--verse", options.verse, "The verse to sing, counted from 1")
         ->check(CLI::PositiveNumber)
         ->capture_default_str();
+    command
+        .add_option("--words", options.words,
+                    "Words to sing in place of the song's: a text, line by line, with hyphens between the syllables "
+                    "of a word, 2. before the second verse and [Alto] before the words of one part")
+        ->type_name("FILE");
     command.add_option(
         "--encoding", options.encoding,
         "How the lyrics' bytes are read: utf-8, shift-jis, euc-jp, latin-1 or another that iconv -l lists; "

@@ -125,7 +125,7 @@ void SingOne(const SingOptions& options) {
         outputs.emplace_back("--output", options.output);
     for (const std::string& report : options.reports)
         outputs.emplace_back("--report", report);
-    RefuseOverwriting({options.song.input}, outputs);
+    RefuseOverwriting(InputsOf(options.song), outputs);
     SongScore song = MakeSongScore(options.song);
     if (options.list)
         return PrintParts(song);

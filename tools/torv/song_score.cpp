@@ -6,6 +6,8 @@
 #include "part_choice.h"
 
 #include <torv/songs/casting.h>
+#include <torv/songs/given_words.h>
+#include <torv/songs/hand_phonemes.h>
 #include <torv/songs/read_song.h>
 
 #include <algorithm>
@@ -113,8 +115,26 @@ std::vector<ScoreMark> FindDynamics(const SongOptions& options, const Song& song
 
 } // namespace
 
-SongScore MakeSongScore(const SongOptions& options) {
+std::vector<std::string> InputsOf(const SongOptions& options) {
+    std::vector<std::string> inputs{options.input};
+    if (!options.words.empty())
+        inputs.push_back(options.words);
+    return inputs;
+}
+
+Song ReadSongAskedFor(const SongOptions& options) {
     Song song = ReadSongFile(options.input, {options.encoding});
+    if (!options.words.empty()) {
+        std::vector<size_t> chosen;
+        for (const std::string& text : options.parts)
+            chosen.push_back(ReadPartChoice(text, song).index);
+        SetWords(song, ReadWordsFile(options.words, {options.encoding}), options.words, chosen);
+    }
+    return song;
+}
+
+SongScore MakeSongScore(const SongOptions& options) {
+    Song song = ReadSongAskedFor(options);
     for (const std::string& remark : song.remarks)
         Remark(options.quiet, options.input + ": " + remark);
     const std::vector<PartChoice> choices = ChooseParts(options, song);
@@ -133,6 +153,13 @@ SongScore MakeSongScore(const SongOptions& options) {
         plan.line = MakeVoiceLine(part, options.verse, options.plain);
         RemarkOnPart(options, isAlone || part.name.empty() ? options.input : part.name, plan.line);
         plan.voices = FindVoices(options, song, choice, plan.line, *databases);
+        for (const std::string& remark :
+             DropUnknownPhonemes(plan.line, LanguageOfSinger(plan.voices.front().id), song)) {
+            if (std::find(song.remarks.begin(), song.remarks.end(), remark) != song.remarks.end())
+                continue; // parts share their words
+            Remark(options.quiet, options.input + ": " + remark);
+            song.remarks.push_back(remark);
+        }
         plan.dynamics = FindDynamics(options, song, part, *databases);
         if (!options.plain)
             plan.expressions = FindExpressions(*databases, options.expressions);

@@ -17,6 +17,7 @@ struct SongOptions {
     std::vector<std::string> parts;    ///< NAME|NUMBER[=VOICE[:DB[:PAN]]]; none: every part with words
     torv::songs::ExpressionNames expressions;
     std::string encoding; ///< empty: detected
+    std::string words;    ///< a file with words in place of the song's; empty: none
     int transpose = 0;
     int verse = 1;
     std::optional<unsigned> track; ///< from 1
@@ -24,6 +25,9 @@ struct SongOptions {
     bool plain = false;
     bool quiet = false;
 };
+
+/// The files that are read.
+std::vector<std::string> InputsOf(const SongOptions& options);
 
 /// A part that is sung, beside what the score has of it.
 struct SungPart {
@@ -47,6 +51,9 @@ struct SongScore {
     const std::string& Voice() const { return parts.front().voice; }
     size_t CountNotes() const;
 };
+
+/// Reads the song file, and what the user gives in place of its words. Throws InputError and SongError.
+torv::songs::Song ReadSongAskedFor(const SongOptions& options);
 
 /// Reads a song file and makes its score, with its lyrics as phonemes. Throws InputError and SongError; what the user
 /// should know besides goes to standard error.

@@ -2,9 +2,9 @@
 
 #include "torv/songs/song_error.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 
 namespace torv::songs {
@@ -24,9 +24,18 @@ std::unique_ptr<std::istream> OpenInputFile(const std::string& path) {
     return content;
 }
 
-std::vector<unsigned char> ReadInputFile(const std::string& path) {
+std::vector<unsigned char> ReadInputFile(const std::string& path, size_t most) {
+    constexpr size_t kFirst = 4096;
     const std::unique_ptr<std::istream> file = OpenInputFile(path);
-    return {std::istreambuf_iterator<char>(*file), std::istreambuf_iterator<char>()};
+    std::vector<unsigned char> bytes;
+    for (size_t size = 0; *file && size < most;) {
+        const size_t next = std::min(std::max(2 * size, kFirst), most);
+        bytes.resize(next);
+        file->read(reinterpret_cast<char*>(bytes.data() + size), static_cast<std::streamsize>(next - size));
+        size += static_cast<size_t>(file->gcount());
+        bytes.resize(size);
+    }
+    return bytes;
 }
 
 } // namespace torv::songs

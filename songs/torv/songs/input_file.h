@@ -13,7 +13,7 @@ namespace torv::songs {
 /// cannot be opened.
 TORV_SONGS_API std::unique_ptr<std::istream> OpenInputFile(const std::string& path);
 
-/// All bytes of a file; throws SongError when it cannot be read.
-TORV_SONGS_API std::vector<unsigned char> ReadInputFile(const std::string& path);
+/// The first bytes of a file, all when it has fewer; throws SongError when it cannot be read.
+TORV_SONGS_API std::vector<unsigned char> ReadInputFile(const std::string& path, size_t most);
 
 } // namespace torv::songs

@@ -1,6 +1,5 @@
 #include "torv/songs/midi_reader.h"
 
-#include "torv/songs/song_error.h"
 #include "torv/songs/word_fit.h"
 
 #include <algorithm>
@@ -8,15 +7,6 @@
 namespace torv::songs {
 
 namespace {
-
-std::optional<TextEncoding> EncodingOf(const ReadOptions& options) {
-    if (options.encoding.empty())
-        return std::nullopt;
-    if (auto encoding = TextEncodingNamed(options.encoding))
-        return encoding;
-    throw SongError("there is no encoding \"" + options.encoding +
-                    "\": choose utf-8, shift-jis, euc-jp, latin-1 or another that iconv -l lists");
-}
 
 Part MakePart(const MidiTrack& track, int number, const std::optional<TextEncoding>& encoding) {
     Part part;
@@ -60,7 +50,7 @@ std::vector<WordLine> ReadLines(const MidiData& data, const std::optional<TextEn
 Song ReadMidiSong(Bytes bytes, const ReadOptions& options) { return MakeSong(ReadMidiData(bytes), options); }
 
 Song MakeSong(const MidiData& data, const ReadOptions& options) {
-    const std::optional<TextEncoding> encoding = EncodingOf(options);
+    const std::optional<TextEncoding> encoding = EncodingAskedFor(options.encoding);
     Song song;
     song.format = "standard MIDI file";
     song.end = data.end;

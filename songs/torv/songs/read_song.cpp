@@ -1,5 +1,6 @@
 #include "torv/songs/read_song.h"
 
+#include "torv/songs/hand_phonemes.h"
 #include "torv/songs/input_file.h"
 #include "torv/songs/midi_reader.h"
 #include "torv/songs/musicxml_reader.h"
@@ -55,6 +56,7 @@ Song ReadSong(Bytes bytes, const std::string& source, const ReadOptions& options
             Song song = reader.read(bytes, options);
             song.source = source;
             CompleteSong(song);
+            TakePhonemes(song);
             return song;
         } catch (const SongError& error) {
             throw SongError(Named(source, error.what()));

@@ -1,5 +1,6 @@
 #include "torv/songs/score_builder.h"
 
+#include "torv/songs/hand_phonemes.h"
 #include "torv/songs/song_error.h"
 #include "torv/songs/syllables.h"
 #include "torv/songs/tempo_trail.h"
@@ -78,13 +79,24 @@ private:
 /// A note without words goes on with the vowel before it.
 CLyricObject* MakeLyric(const std::vector<Word>& words, int language) {
     auto* const lyric = new CLyricObject;
-    const auto add = [&](const std::string& text) {
-        for (const std::string& syllable : CutIntoSyllables(Utf8ToCodePage932(text), language))
-            if (CLyricElement* const element = lyric->AddNewElement())
-                element->SetLyricString(syllable.c_str());
+    const auto add = [lyric](const std::string& text) {
+        CLyricElement* const element = lyric->AddNewElement();
+        if (element)
+            element->SetLyricString(text.c_str());
+        return element;
     };
-    for (const Word& word : words)
-        add(word.text + (word.hyphenAfter ? "-" : ""));
+    for (const Word& word : words) {
+        const std::string text = Utf8ToCodePage932(word.text + (word.hyphenAfter ? "-" : ""));
+        if (!word.phonemes.empty()) {
+            if (CLyricElement* const element = add(text)) {
+                element->SetPhonemeString(word.phonemes.c_str(), language);
+                element->SetPhonemeEditMark(1);
+            }
+            continue;
+        }
+        for (const std::string& syllable : CutIntoSyllables(text, language))
+            add(syllable);
+    }
     if (words.empty())
         add("-");
     const int count = lyric->GetElementCount();
@@ -192,7 +204,8 @@ private:
 
 ScorePart BuildPart(const Song& song, const PartPlan& plan, const Databases& databases, CArray<tagSequenceTimeMap>& map,
                     const Score& score) {
-    const std::vector<SungNote> notes = CutLongNotes(plan.line.notes, map, score.leadTicks);
+    std::vector<SungNote> notes = CutLongNotes(plan.line.notes, map, score.leadTicks);
+    SpreadPhonemes(notes, LanguageOfSinger(plan.voices.front().id));
     if (notes.size() > kMostHandles)
         throw SongError(Named(song, std::to_string(notes.size()) + " notes are more than one track can give lyrics (" +
                                         std::to_string(kMostHandles) + "); sing it in parts"));

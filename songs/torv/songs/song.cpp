@@ -97,6 +97,12 @@ uint32_t TickOfMeasure(const Song& song, int number) {
                     "; the last one is " + std::to_string(last.number));
 }
 
+int NumberOfMeasureAt(const Song& song, uint32_t tick) {
+    const auto next = std::upper_bound(song.measures.begin(), song.measures.end(), tick,
+                                       [](uint32_t at, const Measure& measure) { return at < measure.tick; });
+    return next == song.measures.begin() ? 1 : (next - 1)->number;
+}
+
 bool HasWords(const Part& part, int verse) {
     return std::any_of(part.notes.begin(), part.notes.end(), [verse](const Note& note) {
         return std::any_of(note.words.begin(), note.words.end(),

@@ -29,7 +29,7 @@ struct Word {
     bool hyphenBefore = false; ///< its word has begun with an earlier syllable
     bool hyphenAfter = false;  ///< its word goes on with the next syllable
     bool extends = false;      ///< the file says that the notes after it go on with its vowel
-    std::string phonemes;      ///< given by hand, blanks between them; empty: to be looked up
+    std::string phonemes;      ///< given by hand ("night[n aI t]"), blanks between them; empty: to be looked up
 
     bool operator==(const Word&) const = default;
 };
@@ -143,6 +143,9 @@ TORV_SONGS_API void CompleteSong(Song& song);
 /// The tick at which the measure of this number begins, the first time that it is sung; the one after the last begins
 /// where that ends. Throws SongError, naming the last measure, when there is none.
 TORV_SONGS_API uint32_t TickOfMeasure(const Song& song, int number);
+
+/// The number of the measure that sounds at a tick; of the last one behind the end.
+TORV_SONGS_API int NumberOfMeasureAt(const Song& song, uint32_t tick);
 
 /// Whether any note has a word of the verse.
 TORV_SONGS_API bool HasWords(const Part& part, int verse);

@@ -1,5 +1,7 @@
 #include "torv/songs/text_encoding.h"
 
+#include "torv/songs/song_error.h"
+
 #include <torv/platform/text.h>
 
 #include <algorithm>
@@ -208,6 +210,15 @@ std::optional<TextEncoding> TextEncodingNamed(std::string_view name) {
             return known.encoding;
     const std::string other(name);
     return !plain.empty() && IsKnownEncoding(other) ? std::optional(other) : std::nullopt;
+}
+
+std::optional<TextEncoding> EncodingAskedFor(std::string_view name) {
+    if (name.empty())
+        return std::nullopt;
+    if (auto encoding = TextEncodingNamed(name))
+        return encoding;
+    throw SongError("there is no encoding \"" + std::string(name.substr(0, 40)) +
+                    "\": choose utf-8, shift-jis, euc-jp, latin-1 or another that iconv -l lists");
 }
 
 namespace {

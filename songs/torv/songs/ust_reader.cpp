@@ -32,17 +32,11 @@ double DecimalOf(string_view value, double otherwise) {
 
 /// The encoding that the text names, which its own bytes can be read for in any.
 std::string EncodingOf(string_view text, const ReadOptions& options) {
-    const auto encodingNamed = [](string_view name) {
-        const auto encoding = TextEncodingNamed(name);
-        if (!encoding)
-            throw SongError("the encoding \"" + std::string(name.substr(0, 40)) + "\" is not known");
-        return *encoding;
-    };
-    if (!options.encoding.empty())
-        return encodingNamed(options.encoding);
+    if (const auto asked = EncodingAskedFor(options.encoding))
+        return *asked;
     for (string_view rest = text; !rest.empty();)
         if (string_view line = TakeLine(rest); line.starts_with("Charset="))
-            return encodingNamed(line.substr(line.find('=') + 1));
+            return EncodingAskedFor(line.substr(line.find('=') + 1)).value_or(kShiftJis);
     const std::string looksLike = DetectEncoding(text);
     return looksLike == kWestern ? kShiftJis : looksLike; // of Japanese without kana nothing else can be told
 }
