@@ -169,7 +169,7 @@ TEST_CASE("outputs: a full disk is called that, on standard output too") {
     const std::string song = folder.File("song.mid", Song(4, 60));
     folder.File("out.wav", {'o', 'l', 'd'});
     for (const std::string command :
-         {"sing", "sing --pan 0 --volume 0.5", "sing --rate 96000 --report command_test_files/r.json", "encode"}) {
+         {"sing", "sing --pan 0 --level -6", "sing --rate 96000 --report command_test_files/r.json", "encode"}) {
         CAPTURE(command);
         const Run run = folder.Shell("ulimit -f 1; ./torv " + command + " --quiet " + song + " -o " + kIn + "out.wav");
         CHECK(run.status == 1);

@@ -1,7 +1,9 @@
 #include "describe.h"
 
+#include "coded_sound.h"
 #include "errors.h"
-#include <torv/songs/input_file.h>
+#include "input.h"
+
 #include <torv/songs/midi_data.h>
 #include <torv/songs/read_song.h>
 
@@ -78,7 +80,8 @@ std::string ClockText(double seconds) {
 }
 
 void Describe(const std::string& path, bool json) {
-    const std::unique_ptr<std::istream> file = OpenInputFile(path);
+    const std::unique_ptr<std::istream> file = OpenInput(path);
+    const std::string name = NameOfInput(path);
     unsigned char id[12] = "";
     file->read(reinterpret_cast<char*>(id), sizeof id);
     file->clear();
@@ -86,14 +89,18 @@ void Describe(const std::string& path, bool json) {
     Json about;
     if (IsMidi(id)) {
         const std::vector<unsigned char> bytes{std::istreambuf_iterator<char>(*file), std::istreambuf_iterator<char>()};
-        about = DescribeMidi(path, bytes);
+        about = DescribeMidi(name, bytes);
     } else if (std::memcmp(id, "RIFF", 4) == 0) {
-        about = DescribeWave(path, *file);
+        about = DescribeWave(name, *file);
+    } else if (const auto sound = OpenCodedSound(*file)) {
+        about = DescribeSound(name, *sound);
     } else {
+        file->clear();
+        file->seekg(0);
         const std::vector<unsigned char> bytes{std::istreambuf_iterator<char>(*file), std::istreambuf_iterator<char>()};
         if (FormatOf(bytes) == SongFormat::Unknown)
-            throw InputError{path + ": neither a song (standard MIDI file, MusicXML, UST) nor a wave file"};
-        about = DescribeSong(ReadSong(bytes, path));
+            throw InputError{name + ": neither a song (standard MIDI file, MusicXML, UST) nor a sound file"};
+        about = DescribeSong(ReadSong(bytes, name));
     }
     if (json)
         std::printf("%s\n", about.dump(2, ' ', false, Json::error_handler_t::replace).c_str());

@@ -59,3 +59,10 @@ Json DescribeWave(const std::string& path, std::istream& file) {
         about["remark"] = "the header does not tell how long the sound is: it is taken to reach to the file's end";
     return about;
 }
+
+Json DescribeSound(const std::string& path, const SoundReader& sound) {
+    const double seconds = static_cast<double>(sound.Frames()) / sound.Rate();
+    return {
+        {"file", path},         {"kind", "sound file"},     {"encoding", sound.Kind()}, {"channels", sound.Channels()},
+        {"rate", sound.Rate()}, {"frames", sound.Frames()}, {"seconds", seconds},       {"length", ClockText(seconds)}};
+}

@@ -1,6 +1,7 @@
 #include "encode.h"
 
 #include "file_identity.h"
+#include "messages.h"
 #include "output_file.h"
 
 #include <torv/torv.h>
@@ -12,10 +13,12 @@ void Encode(const EncodeOptions& options) {
     SongScore song = MakeSongScore(options.song);
     CxQuillMidiFile file;
     file.SetPresendTime(song.presend);
-    if (!file.SaveAsFormat1(options.output.c_str(), song.score.song.get(), nullptr))
+    OutputFile output(options.output);
+    if (!file.SaveAsFormat1(output.GrowingPath(), song.score.song.get(), nullptr))
         FailToWrite(options.output, file.GetError(0) == CFileException::diskFull, std::string(file.GetErrorMessage()));
+    output.Commit();
     if (!options.song.quiet)
-        std::fprintf(SummaryStream(options.output), "%zu note%s, the song begins %.1f s into the file: %s\n",
-                     song.CountNotes(), song.CountNotes() == 1 ? "" : "s", song.score.leadMilliseconds / 1000.0,
-                     options.output.c_str());
+        std::fprintf(SummaryStream(options.output), "%s, the song begins %.1f s into the file: %s\n",
+                     Counted(song.CountNotes(), "note").c_str(), song.score.leadMilliseconds / 1000.0,
+                     NameOfOutput(options.output).c_str());
 }

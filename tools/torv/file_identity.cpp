@@ -51,7 +51,7 @@ std::optional<FileIdentity> IdentityOf(const std::string& path) {
 
 } // namespace
 
-bool IsStandardOutput(const std::string&) { return false; } // which has no path here
+bool IsStandardOutput(const std::string& path) { return path == "-"; } // it has no other name here
 
 #else
 #include <sys/stat.h>
@@ -83,8 +83,8 @@ std::optional<FileIdentity> IdentityOf(const std::string& path) {
 bool IsStandardOutput(const std::string& path) {
     struct stat output {};
     struct stat named {};
-    return fstat(STDOUT_FILENO, &output) == 0 && stat(path.c_str(), &named) == 0 && output.st_dev == named.st_dev &&
-           output.st_ino == named.st_ino;
+    return path == "-" || (fstat(STDOUT_FILENO, &output) == 0 && stat(path.c_str(), &named) == 0 &&
+                           output.st_dev == named.st_dev && output.st_ino == named.st_ino);
 }
 #endif
 
@@ -97,9 +97,9 @@ void RefuseOverwriting(const std::vector<std::string>& inputs,
     std::vector<Named> named;
     named.reserve(inputs.size() + outputs.size());
     for (const std::string& input : inputs)
-        named.push_back({"the input " + input, IdentityOf(input)});
+        named.push_back({"the input " + input, input == "-" ? std::nullopt : IdentityOf(input)});
     for (const auto& [option, path] : outputs) {
-        const std::optional<FileIdentity> identity = IdentityOf(path);
+        const std::optional<FileIdentity> identity = path == "-" ? std::nullopt : IdentityOf(path);
         for (const Named& other : named)
             if (identity && identity == other.identity)
                 throw WrongUse{std::string(option) + " " + path + ": is " + other.what +

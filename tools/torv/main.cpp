@@ -4,7 +4,9 @@
 #include "encode.h"
 #include "errors.h"
 #include "interruption.h"
+#include "messages.h"
 #include "mix.h"
+#include "optional_values.h"
 #include "play.h"
 #include "sing.h"
 
@@ -13,7 +15,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <iostream>
 #include <new>
@@ -73,7 +77,10 @@ void AddSong(CLI::App& command, SongOptions& options) {
 }
 
 void AddInput(CLI::App& command, SongOptions& options) {
-    command.add_option("INPUT", options.input, "The song: a standard MIDI file or a MusicXML score")->required();
+    command
+        .add_option("INPUT", options.input,
+                    "The song: a standard MIDI file, a MusicXML score or a UST; - is standard input")
+        ->required();
 }
 
 void AddRate(CLI::App& command, unsigned& rate) {
@@ -82,11 +89,42 @@ void AddRate(CLI::App& command, unsigned& rate) {
         ->capture_default_str();
 }
 
+/// How a sound file is written, wherever one is.
+void AddSoundOutput(CLI::App& command, SoundOptions& options) {
+    command
+        .add_option("--format", options.format,
+                    "The kind of sound file, as an ending: wav, flac, ogg, ...; else the name's own ending says it")
+        ->type_name("ENDING");
+    command
+        .add_option("--bits", options.bits,
+                    "Bits of a sample: 16, 24, or 32 as floats; kinds that lose something anyway take no notice")
+        ->check(CLI::IsMember({16U, 24U, 32U}))
+        ->capture_default_str();
+    command
+        .add_option("--normalize", options.normalize,
+                    "Make all louder or softer, so that the loudest sample is at -1 dB, or at so many")
+        ->type_name("[DB]")
+        ->check(CLI::Range(-60.0, 0.0));
+}
+
+/// Loudness is dB everywhere.
+CLI::Option* AddLevel(CLI::App& command, double& level) {
+    return command.add_option("--level", level, "Loudness in dB: 0 as sung, -6 half the amplitude")
+        ->type_name("DB")
+        ->check(CLI::Range(-60.0, 24.0))
+        ->capture_default_str();
+}
+
 CLI::App* AddSing(CLI::App& app, SingOptions& options) {
     CLI::App* const sing = app.add_subcommand("sing", "Sing song files with lyrics into wave files");
-    sing->add_option("INPUT", options.inputs, "The songs: standard MIDI files or MusicXML scores")->required();
+    sing->add_option("INPUT", options.inputs,
+                     "The songs: standard MIDI files, MusicXML scores or USTs; - is standard input")
+        ->required();
     AddSong(*sing, options.song);
-    sing->add_option("-o,--output", options.output, "The wave file to write; of several songs the folder for theirs");
+    sing->add_option("-o,--output", options.output,
+                     "The sound file to write, of the kind that its ending says (.wav, .flac, .ogg, ...), or - for "
+                     "standard output; of several songs the folder for theirs")
+        ->type_name("FILE");
     sing->add_option("--practice", options.practice,
                      "Also write a wave for every part with this part in front, and one of all, into this folder")
         ->type_name("FOLDER");
@@ -95,9 +133,20 @@ CLI::App* AddSing(CLI::App& app, SingOptions& options) {
         ->type_name("BAR|TIME");
     sing->add_option("--to", options.to, "Where to end; else the song's end")->type_name("BAR|TIME");
     AddRate(*sing, options.rate);
-    sing->add_option("--volume", options.volume, "Loudness: 1 as sung, 0.5 half the amplitude")
-        ->check(CLI::Range(0.0, 16.0))
-        ->capture_default_str();
+    AddSoundOutput(*sing, options.sound);
+    AddLevel(*sing, options.level);
+    sing->add_option_function<double>(
+            "--volume",
+            [&options](double factor) {
+                options.level = 20 * std::log10(factor);
+                char text[120];
+                std::snprintf(text, sizeof text,
+                              "--volume goes with the next release: --level %.1f says the same in dB", options.level);
+                Remark(false, text);
+            },
+            "Loudness as a factor; goes with the next release, --level stays")
+        ->check(CLI::Range(0.0001, 16.0))
+        ->excludes("--level");
     sing->add_option("--pan", options.pan, "Makes the wave of a single part stereo: -1 left, 0 centre, 1 right")
         ->check(CLI::Range(-1.0, 1.0));
     sing->add_option(
@@ -122,9 +171,10 @@ CLI::App* AddPlay(CLI::App& app, PlayOptions& options) {
     play->add_flag("--loop", options.loop, "Again and again, until q is pressed");
     play->add_option("--device", options.device, "The wave output (torv devices); else the first one");
     AddRate(*play, options.rate);
-    play->add_option("--volume", options.volume, "Loudness in dB")
+    AddLevel(*play, options.level);
+    play->add_option("--volume", options.level, "Loudness in dB; goes with the next release, --level stays")
         ->check(CLI::Range(-60.0, 12.0))
-        ->capture_default_str();
+        ->excludes("--level");
     play->footer(
         "Example: torv play song.mid --from 9 --to 17 --loop\n"
         "On a terminal: space pauses and goes on, left and right seek 5 s, up and down change the volume, Home "
@@ -136,7 +186,7 @@ CLI::App* AddEncode(CLI::App& app, EncodeOptions& options) {
     CLI::App* const encode = app.add_subcommand("encode", "Write a song as a MIDI file in the voice engine's dialect");
     AddInput(*encode, options.song);
     AddSong(*encode, options.song);
-    encode->add_option("-o,--output", options.output, "The MIDI file to write")->required();
+    encode->add_option("-o,--output", options.output, "The MIDI file to write; - is standard output")->required();
     encode->footer(
         "The engine must know of a note two seconds ahead, so that the song begins some bars into the file.");
     return encode;
@@ -148,8 +198,8 @@ struct InfoOptions {
 };
 
 CLI::App* AddInfo(CLI::App& app, InfoOptions& options) {
-    CLI::App* const info = app.add_subcommand("info", "Describe a song file or a wave file");
-    info->add_option("FILE", options.input, "The file")->required();
+    CLI::App* const info = app.add_subcommand("info", "Describe a song file or a sound file");
+    info->add_option("FILE", options.input, "The file; - is standard input")->required();
     info->add_flag("--json", options.json, "As JSON");
     return info;
 }
@@ -179,14 +229,19 @@ CLI::App* AddDevices(CLI::App& app, ListOptions& options) {
 }
 
 CLI::App* AddMix(CLI::App& app, MixOptions& options) {
-    CLI::App* const mix = app.add_subcommand("mix", "Mix wave files into a stereo wave file");
-    mix->add_option("FILES", options.inputs, "PCM waves of one rate, each with its level in dB and pan (-1..1)")
+    CLI::App* const mix = app.add_subcommand("mix", "Mix sound files into a stereo one");
+    mix->add_option("FILES", options.inputs,
+                    "Sound files of one rate, each with its level in dB and pan (-1..1); - is standard input")
         ->type_name("FILE[:DB[:PAN]]")
         ->required();
-    mix->add_option("-o,--output", options.output, "The wave file to write: 16-bit stereo")->required();
+    mix->add_option("-o,--output", options.output,
+                    "The sound file to write, of the kind that its ending says, or - for standard output")
+        ->type_name("FILE")
+        ->required();
+    AddSoundOutput(*mix, options.sound);
     mix->add_flag("--quiet", options.quiet, "No summary");
     mix->footer("Example: torv mix voice.wav piano.wav:-6 strings.wav:-9.5:0.4 -o song.wav\n"
-                "At most 16 files, of which a stereo file counts as two. All begin together.");
+                "All begin together.");
     return mix;
 }
 
@@ -224,7 +279,10 @@ int main(int argc, char** argv) {
     const CLI::App* const icons = AddIcons(app, list);
     const CLI::App* const devices = AddDevices(app, list);
     try {
-        app.parse(argc, argv);
+        std::vector<std::string> arguments =
+            WithOptionalValues({argv + 1, argv + std::max(argc, 1)}, {{"--normalize", "-1"}});
+        std::reverse(arguments.begin(), arguments.end()); // as the parser takes them
+        app.parse(std::move(arguments));
     } catch (const CLI::ParseError& error) {
         return WithOutputWritten(app.exit(error) == 0 ? 0 : kWrongUse);
     }

@@ -3,113 +3,109 @@
 #include "describe.h"
 #include "errors.h"
 #include "file_identity.h"
+#include "input.h"
 #include "messages.h"
 #include "mix_input.h"
-#include "mix_source.h"
 #include "output_file.h"
+#include "sound_reader.h"
+#include "write_sound.h"
 
-#include <torv/torv.h>
+#include <torv/audio/gain.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <deque>
-#include <filesystem>
 
 namespace {
 
-constexpr uint64_t kStereoFrameBytes = 4;
+/// A sound at its level and place. A mono one is panned by the library's law; of a stereo one the sides are balanced by
+/// it, so that in the middle it is as it was.
+struct Placed {
+    std::unique_ptr<SoundReader> sound;
+    torv::StereoGain gain;
+};
 
-std::string Text(size_t number) { return std::to_string(number); }
-
-std::vector<MixInput> ParseInputs(const MixOptions& options) {
-    std::vector<MixInput> inputs;
-    std::vector<std::string> paths;
-    for (const std::string& argument : options.inputs)
-        paths.push_back(inputs.emplace_back(ParseMixInput(argument)).path);
-    RefuseOverwriting(paths, {{"--output", options.output}});
-    return inputs;
-}
-
-std::deque<MixSource> OpenSources(const std::vector<MixInput>& inputs, const MixOptions& options) {
-    std::deque<MixSource> sources;
-    size_t tracks = 0;
-    for (const MixInput& input : inputs) {
-        const MixSource& source = sources.emplace_back(input, options.output);
-        const MixSource& first = sources.front();
-        if (source.Rate() != first.Rate())
-            throw InputError{source.Path() + ": has " + Text(source.Rate()) + " samples a second, but " + first.Path() +
-                             " has " + Text(first.Rate()) + "; convert it with: sox " + source.Path() + " -r " +
-                             Text(first.Rate()) + " converted.wav"};
-        if (source.IsStreamed())
-            Remark(options.quiet,
-                   source.Path() + ": its header does not tell how long it is; it is read to the file's end");
-        tracks += source.Tracks();
+class MixedSounds : public SoundSource {
+public:
+    MixedSounds(const std::vector<MixInput>& inputs, bool isQuiet) {
+        m_channels = 2;
+        for (const MixInput& input : inputs)
+            Add(input, NameOfInput(inputs.front().path), isQuiet);
     }
-    if (tracks > static_cast<size_t>(torv::kMixerTracks))
-        throw InputError{"these are " + Text(tracks) + " tracks (a stereo file counts as two), and " +
-                         Text(torv::kMixerTracks) +
-                         " is the most: mix some of them first, then their mix with the rest"};
-    return sources;
-}
 
-/// The mixer writes whole blocks: what is behind the longest track is cut off.
-void CutTo(const char* path, DWORD frames) {
-    CWaveFile wave(path);
-    WAVEFORMATEX format{};
-    wave.GetWaveFormat(format);
-    wave.SetLength(static_cast<ULONGLONG>(frames) * format.nBlockAlign);
-    wave.Close();
-}
+    void Rewind() override {
+        for (const Placed& placed : m_sounds)
+            placed.sound->Rewind();
+    }
 
-/// The mixer does not tell why it failed.
-bool HasRoomFor(const char* path, DWORD frames) {
-    std::error_code error;
-    const auto space = std::filesystem::space(std::filesystem::path(path).parent_path(), error);
-    return error || space.available > kStereoFrameBytes * frames;
-}
+    size_t Read(double* frames, size_t count) override {
+        std::fill(frames, frames + 2 * count, 0.0);
+        size_t longest = 0;
+        for (const Placed& placed : m_sounds) {
+            const unsigned channels = placed.sound->Channels();
+            m_block.resize(count * channels);
+            const size_t got = placed.sound->Read(m_block.data(), count);
+            for (size_t i = 0; i < got; ++i) {
+                frames[2 * i] += placed.gain.left * m_block[i * channels];
+                frames[2 * i + 1] += placed.gain.right * m_block[i * channels + channels - 1];
+            }
+            longest = std::max(longest, got);
+        }
+        return longest;
+    }
 
-void WarnOfWrapping(const CWaveOut& mixer) {
-    if (mixer.GetWrappedFrames() == 0)
+private:
+    void Add(const MixInput& input, const std::string& first, bool isQuiet) {
+        const std::string name = NameOfInput(input.path);
+        std::unique_ptr<SoundReader> sound = OpenSound(input.path);
+        if (sound->Channels() > 2)
+            throw InputError{name + ": has " + std::to_string(sound->Channels()) +
+                             " channels, and two are the most; convert it with: sox " + name + " -c 2 converted.wav"};
+        if (m_rate == 0)
+            m_rate = sound->Rate();
+        if (sound->Rate() != m_rate)
+            throw InputError{name + ": has " + std::to_string(sound->Rate()) + " samples a second, but " + first +
+                             " has " + std::to_string(m_rate) + "; convert it with: sox " + name + " -r " +
+                             std::to_string(m_rate) + " converted.wav"};
+        if (sound->IsStreamed())
+            Remark(isQuiet, name + ": its header does not tell how long it is; it is read to the file's end");
+        const double volume = std::pow(10.0, input.level / 20);
+        m_sounds.push_back({std::move(sound), torv::GainsAt(volume, volume, input.pan)});
+    }
+
+    std::vector<Placed> m_sounds;
+    std::vector<double> m_block;
+};
+
+void WarnOfCutting(const WrittenSound& written) {
+    if (written.cutFrames == 0)
         return;
-    const double excess = std::floor(CWaveOut::Amplitude2Db(mixer.GetPeakLevel()) * 10) / 10 + 0.1;
-    char advice[80];
-    std::snprintf(advice, sizeof advice, "lower every level by %.1f dB, as in FILE:%.1f", excess, -excess);
-    const DWORD frames = mixer.GetWrappedFrames();
-    Remark(false,
-           Text(frames) + (frames == 1 ? " frame" : " frames") + " passed full scale and will crackle: " + advice);
+    const double excess = std::floor(20 * std::log10(written.peak) * 10) / 10 + 0.1;
+    char advice[120];
+    std::snprintf(advice, sizeof advice, "lower every level by %.1f dB, as in FILE:%.1f, or ask for --normalize",
+                  excess, -excess);
+    Remark(false, Counted(written.cutFrames, "frame") + " passed full scale and " +
+                      (written.cutFrames == 1 ? "is" : "are") + " cut: " + advice);
 }
 
 } // namespace
 
 void Mix(const MixOptions& options) {
     const auto begin = std::chrono::steady_clock::now();
-    const std::vector<MixInput> inputs = ParseInputs(options);
-    std::deque<MixSource> sources = OpenSources(inputs, options);
-    const DWORD rate = sources.front().Rate();
-    OutputFile mixed(options.output);
-    DWORD frames = 0;
-    CWaveOut mixer;
-    try {
-        std::vector<tagMixDownTrack> tracks;
-        for (MixSource& source : sources) {
-            source.AddTracks(tracks);
-            frames = std::max(frames, source.Frames());
-        }
-        if (!mixer.AudioMixDown(mixed.GrowingPath(), tracks.data(), static_cast<int>(tracks.size()),
-                                static_cast<int>(rate)))
-            FailToWrite(options.output, !HasRoomFor(mixed.GrowingPath(), frames), {});
-        CutTo(mixed.GrowingPath(), frames);
-    } catch (const CFileException& error) {
-        mixed.Fail(error);
-    }
-    mixed.Commit();
-    WarnOfWrapping(mixer);
+    std::vector<MixInput> inputs;
+    std::vector<std::string> paths;
+    for (const std::string& argument : options.inputs)
+        paths.push_back(inputs.emplace_back(ParseMixInput(argument)).path);
+    RefuseOverwriting(paths, {{"--output", options.output}});
+    EndingFor(options.output, options.sound); // before the work
+    MixedSounds mixed(inputs, options.quiet);
+    const WrittenSound written = WriteSound(mixed, options.output, options.sound, Overload::IsCut);
+    WarnOfCutting(written);
     if (options.quiet)
         return;
-    const double seconds = rate ? static_cast<double>(frames) / rate : 0;
     const double elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    std::fprintf(SummaryStream(options.output), "%zu files, %s, %.0f x real time: %s\n", options.inputs.size(),
-                 ClockText(seconds).c_str(), elapsed > 0 ? seconds / elapsed : 0.0, options.output.c_str());
+    std::fprintf(SummaryStream(options.output), "%s, %s, %.0f x real time: %s\n",
+                 Counted(inputs.size(), "file").c_str(), ClockText(written.seconds).c_str(),
+                 elapsed > 0 ? written.seconds / elapsed : 0.0, NameOfOutput(options.output).c_str());
 }

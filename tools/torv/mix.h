@@ -1,5 +1,7 @@
 #pragma once
 
+#include "sound_format.h"
+
 #include <string>
 #include <vector>
 
@@ -7,9 +9,10 @@
 struct MixOptions {
     std::vector<std::string> inputs; ///< as ParseMixInput takes them
     std::string output;
+    SoundOptions sound;
     bool quiet = false;
 };
 
-/// Mixes PCM waves of one rate into a 16-bit stereo wave as long as the longest of them, and prints a summary. Throws
+/// Mixes sound files of one rate into a stereo file as long as the longest of them, and prints a summary. Throws
 /// InputError; then the output file is as it was.
 void Mix(const MixOptions& options);

@@ -1,9 +1,8 @@
 #include "mix_input.h"
 
 #include "errors.h"
+#include "number_text.h"
 
-#include <charconv>
-#include <cmath>
 #include <filesystem>
 #include <optional>
 
@@ -17,24 +16,13 @@ bool Exists(const std::string& path) {
     return std::filesystem::exists(path, ignored);
 }
 
-/// All of the text is a number, with or without a plus sign.
-std::optional<double> Number(const std::string& text) {
-    const char* const begin = text.data() + (!text.empty() && text.front() == '+');
-    const char* const end = text.data() + text.size();
-    double value = 0;
-    const auto [stop, error] = std::from_chars(begin, end, value);
-    if (error != std::errc() || stop != end || !std::isfinite(value))
-        return std::nullopt;
-    return value;
-}
-
 /// Empty when what follows the name is no level, or no level and pan.
 std::optional<MixInput> Split(const std::string& argument, size_t nameEnd) {
     const std::string rest = argument.substr(nameEnd + 1);
     const size_t colon = rest.find(':');
     const std::string levelText = rest.substr(0, colon);
-    const auto level = levelText.empty() && colon != std::string::npos ? 0.0 : Number(levelText);
-    const auto pan = colon == std::string::npos ? 0.0 : Number(rest.substr(colon + 1));
+    const auto level = levelText.empty() && colon != std::string::npos ? 0.0 : NumberOf(levelText);
+    const auto pan = colon == std::string::npos ? 0.0 : NumberOf(rest.substr(colon + 1));
     if (!level || !pan)
         return std::nullopt;
     return MixInput{argument.substr(0, nameEnd), *level, *pan};

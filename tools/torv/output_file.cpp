@@ -2,10 +2,23 @@
 
 #include "errors.h"
 #include "file_identity.h"
+#include "standard_streams.h"
 
+#include <filesystem>
+#include <fstream>
 #include <utility>
 
-OutputFile::OutputFile(std::string path) : m_path(std::move(path)), m_file(m_path.c_str()) {
+namespace {
+
+/// What goes to standard output grows among the temporary files.
+std::string PlaceOf(const std::string& path) {
+    std::error_code error;
+    return path == "-" ? (std::filesystem::temp_directory_path(error) / "torv-output").string() : path;
+}
+
+} // namespace
+
+OutputFile::OutputFile(std::string path) : m_path(std::move(path)), m_file(PlaceOf(m_path).c_str()) {
     if (!m_file.IsOpen())
         Fail();
 }
@@ -15,7 +28,26 @@ void OutputFile::Write(const std::string& bytes) {
         Fail();
 }
 
+void OutputFile::Seek(uint64_t position) {
+    if (!m_file.Seek(position))
+        Fail();
+}
+
+void OutputFile::PourOut() {
+    if (m_file.Error())
+        Fail();
+    MakeStandardOutputBinary();
+    std::ifstream grown(m_file.Path(), std::ios::binary);
+    char part[16384];
+    while (grown.read(part, sizeof part) || grown.gcount() > 0)
+        if (std::fwrite(part, 1, static_cast<size_t>(grown.gcount()), stdout) != static_cast<size_t>(grown.gcount()))
+            break; // which is told at the end
+    m_file.Discard();
+}
+
 void OutputFile::Commit() {
+    if (m_path == "-")
+        return PourOut();
     if (!m_file.Commit())
         Fail();
 }
@@ -28,9 +60,11 @@ void OutputFile::Fail(const std::string& path, const CFileException& error) {
 
 void FailToWrite(const std::string& path, bool isDiskFull, const std::string& reason) {
     if (isDiskFull)
-        throw InputError{path + ": the disk is full; make room and try again"};
-    throw InputError{path + ": cannot be written" + (reason.empty() ? "" : " (" + reason + ")") +
+        throw InputError{NameOfOutput(path) + ": the disk is full; make room and try again"};
+    throw InputError{NameOfOutput(path) + ": cannot be written" + (reason.empty() ? "" : " (" + reason + ")") +
                      "; check the folder and whether you may write there"};
 }
+
+std::string NameOfOutput(const std::string& path) { return path == "-" ? "standard output" : path; }
 
 std::FILE* SummaryStream(const std::string& output) { return IsStandardOutput(output) ? stderr : stdout; }

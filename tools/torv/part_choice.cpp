@@ -1,11 +1,11 @@
 #include "part_choice.h"
 
 #include "errors.h"
+#include "number_text.h"
 
 #include <torv/songs/nearest_names.h>
 
 #include <charconv>
-#include <cmath>
 
 using namespace torv::songs;
 
@@ -21,12 +21,10 @@ constexpr double kMostLevel = 24;
 }
 
 double ReadNumber(const std::string& text, const std::string& number, double least, double most) {
-    double value = 0;
-    const char* const end = number.data() + number.size();
-    const auto [at, error] = std::from_chars(number.data(), end, value);
-    if (error != std::errc() || at != end || !(value >= least && value <= most))
+    const std::optional<double> value = NumberOf(number);
+    if (!value || *value < least || *value > most)
         Fail(text);
-    return value;
+    return *value;
 }
 
 size_t FindPart(const std::string& wanted, const Song& song) {

@@ -138,7 +138,7 @@ void Play(const PlayOptions& options) {
     settings.device = ChooseDevice(options);
 
     song.messages->Take(); // what comes from here on is about the play
-    double volume = options.volume;
+    double volume = options.level;
     Display display(options, lead, std::min(settings.end, songEnd));
     PlaySession session(*stream, settings);
     session.SetVolume(volume);

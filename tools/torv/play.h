@@ -9,7 +9,7 @@ struct PlayOptions {
     std::string from;   ///< bar or time; empty: the beginning
     std::string to;     ///< empty: the end
     unsigned rate = 44100;
-    double volume = 0.0; ///< dB
+    double level = 0.0; ///< dB
     bool loop = false;
 };
 

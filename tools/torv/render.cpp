@@ -16,18 +16,10 @@ using namespace torv::songs;
 namespace {
 
 constexpr DWORD kBlock = 1024; // frames
-constexpr double kFullScale = 32767.0 / 32768.0;
 constexpr int kNoLoop = 0;
 
 DWORD Frames(DWORD milliseconds, DWORD rate) {
     return static_cast<DWORD>(static_cast<uint64_t>(milliseconds) * rate / 1000);
-}
-
-DWORD Sample16(double value, bool& isCut) {
-    const double scaled = std::round(value * 32768.0);
-    const double cut = std::clamp(scaled, -32768.0, 32767.0);
-    isCut = isCut || cut != scaled;
-    return static_cast<WORD>(static_cast<SHORT>(cut));
 }
 
 } // namespace
@@ -38,10 +30,40 @@ struct Rendering::SungWave {
     CWaveFile wave;
 };
 
-struct Rendering::Block {
-    std::array<float, kBlock> left;
-    std::array<float, kBlock> right;
-    DWORD frames = 0;
+/// All parts at their levels.
+class Rendering::Together : public SoundSource {
+public:
+    Together(Rendering& rendering, const std::vector<PartLevel>& levels) : m_rendering(rendering), m_levels(levels) {
+        m_rate = rendering.m_options.rate;
+        m_channels = rendering.m_options.stereo ? 2 : 1;
+    }
+    void Rewind() override { m_rendering.Rewind(m_levels); }
+
+    size_t Read(double* frames, size_t count) override {
+        const auto most = static_cast<DWORD>(std::min<size_t>(count, kBlock));
+        std::array<float, kBlock> left, right, partLeft, partRight;
+        left.fill(0);
+        right.fill(0);
+        DWORD longest = 0;
+        for (SungWave& sung : m_rendering.m_waves) {
+            const DWORD got = sung.wave.ReadFramesForPlay(partLeft.data(), partRight.data(), most, kNoLoop);
+            for (DWORD i = 0; i < got; ++i) {
+                left[i] += partLeft[i];
+                right[i] += partRight[i];
+            }
+            longest = std::max(longest, got);
+        }
+        for (DWORD i = 0; i < longest; ++i) {
+            *frames++ = left[i];
+            if (m_channels == 2)
+                *frames++ = right[i];
+        }
+        return longest;
+    }
+
+private:
+    Rendering& m_rendering;
+    const std::vector<PartLevel>& m_levels;
 };
 
 Rendering::Rendering(const Score& score, const std::string& output, const RenderOptions& options,
@@ -74,72 +96,19 @@ void Rendering::Rewind(const std::vector<PartLevel>& levels) {
     }
 }
 
-/// The next frames of all parts together; false behind the longest one.
-bool Rendering::Read(Block& block) {
-    std::array<float, kBlock> left;
-    std::array<float, kBlock> right;
-    block.left.fill(0);
-    block.right.fill(0);
-    block.frames = 0;
-    for (SungWave& sung : m_waves) {
-        const DWORD frames = sung.wave.ReadFramesForPlay(left.data(), right.data(), kBlock, kNoLoop);
-        for (DWORD i = 0; i < frames; ++i) {
-            block.left[i] += left[i];
-            block.right[i] += right[i];
-        }
-        block.frames = std::max(block.frames, frames);
-    }
-    return block.frames > 0;
+WrittenSound Rendering::Mix(const std::string& path, const std::vector<PartLevel>& levels, const SoundOptions& sound) {
+    Together together(*this, levels);
+    return WriteSound(together, path, sound, m_waves.size() > 1 ? Overload::IsLowered : Overload::IsCut);
 }
 
-double Rendering::FindPeak(const std::vector<PartLevel>& levels) {
-    Rewind(levels);
-    double peak = 0;
-    for (Block block; Read(block);)
-        for (DWORD i = 0; i < block.frames; ++i)
-            peak = std::max<double>({peak, std::abs(block.left[i]), std::abs(block.right[i])});
-    return peak;
-}
-
-RenderResult Rendering::Mix(const std::string& path, const std::vector<PartLevel>& levels) {
-    OutputFile finished(path);
-    RenderResult result;
-    try {
-        const double peak = m_waves.size() > 1 ? FindPeak(levels) : 0.0;
-        const double scale = peak > kFullScale ? kFullScale / peak : 1.0;
-        result.lowered = -20 * std::log10(scale);
-        CWaveFile wave(finished.GrowingPath());
-        WAVEFORMATEX format{};
-        m_waves.front().wave.GetWaveFormat(format);
-        format.nChannels = m_options.stereo ? 2 : 1;
-        format.nBlockAlign = static_cast<WORD>(format.nChannels * 2);
-        format.nAvgBytesPerSec = format.nBlockAlign * format.nSamplesPerSec;
-        wave.SetWaveFormat(format);
-        Rewind(levels);
-        for (Block block; Read(block);)
-            for (DWORD i = 0; i < block.frames; ++i) {
-                bool isCut = false;
-                const DWORD left = Sample16(block.left[i] * scale, isCut);
-                wave.AppendSample(left, m_options.stereo ? Sample16(block.right[i] * scale, isCut) : left);
-                result.clippedFrames += isCut;
-            }
-        result.seconds = static_cast<double>(wave.GetTotalSamples()) / format.nSamplesPerSec;
-        wave.Close();
-    } catch (const CFileException& error) {
-        finished.Fail(error);
-    }
-    finished.Commit();
-    return result;
-}
-
-std::vector<KeptSound> Rendering::Keep(const std::vector<PartLevel>& levels, double lowered) {
+std::vector<KeptSound> Rendering::Keep(const std::vector<PartLevel>& levels, double decibels) {
     std::vector<KeptSound> sounds;
     Rewind(levels);
     std::array<float, kBlock> left;
     std::array<float, kBlock> right;
     for (size_t i = 0; i < m_waves.size(); ++i) {
         SoundKeeper keeper(m_options.rate);
-        const auto scale = static_cast<float>(std::pow(10, -lowered / 20) / 2); // of both sides' sum
+        const auto scale = static_cast<float>(std::pow(10, decibels / 20) / 2); // of both sides' sum
         while (const DWORD frames = m_waves[i].wave.ReadFramesForPlay(left.data(), right.data(), kBlock, kNoLoop))
             for (DWORD frame = 0; frame < frames; ++frame)
                 keeper.Add(scale * (left[frame] + right[frame]));

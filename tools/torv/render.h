@@ -1,6 +1,7 @@
 #pragma once
 
 #include "song_score.h"
+#include "write_sound.h"
 
 #include <torv/songs/sound_keeper.h>
 
@@ -22,12 +23,6 @@ struct RenderOptions {
     bool stereo = false;
 };
 
-struct RenderResult {
-    double seconds = 0;       ///< length of the wave
-    size_t clippedFrames = 0; ///< cut at full scale
-    double lowered = 0;       ///< dB that a mix of several parts is softer than asked for, so that nothing is cut
-};
-
 /// A score's parts as the engine has sung them, each in a temporary wave beside an output, to be mixed any number of
 /// times. What fails throws InputError, which names the output.
 class Rendering {
@@ -38,17 +33,15 @@ public:
 
     /// Writes the parts together without the score's lead, so that the wave's time 0 is the file's. A single part is
     /// written as it is; several are made softer where they would pass full scale. Then `path` is whole or as it was.
-    RenderResult Mix(const std::string& path, const std::vector<PartLevel>& levels);
+    WrittenSound Mix(const std::string& path, const std::vector<PartLevel>& levels, const SoundOptions& sound);
 
-    /// The parts' sound one by one, as it is in such a mix that is softer by so many dB.
-    std::vector<torv::songs::KeptSound> Keep(const std::vector<PartLevel>& levels, double lowered);
+    /// The parts' sound one by one, as it is in such a mix that is louder by so many dB.
+    std::vector<torv::songs::KeptSound> Keep(const std::vector<PartLevel>& levels, double decibels);
 
 private:
     struct SungWave;
-    struct Block;
-    bool Read(Block& block);
+    class Together;
     void Rewind(const std::vector<PartLevel>& levels);
-    double FindPeak(const std::vector<PartLevel>& levels);
 
     const RenderOptions m_options;
     const DWORD m_leadFrames;

@@ -3,6 +3,7 @@
 #include "describe.h"
 #include "errors.h"
 #include "file_identity.h"
+#include "input.h"
 #include "list_parts.h"
 #include "messages.h"
 #include "output_file.h"
@@ -38,6 +39,11 @@ std::string FileNameOf(const std::string& name) {
     return safe;
 }
 
+/// What names made from an input begin with.
+std::string StemOf(const std::string& input) {
+    return IsStandardInput(input) ? "song" : fs::path(input).stem().string();
+}
+
 void MakeFolder(const std::string& path) {
     std::error_code error;
     fs::create_directories(path, error);
@@ -69,46 +75,48 @@ std::vector<PartLevel> LevelsOf(const SingOptions& options, const SongScore& son
         const SungPart& part = song.parts[i];
         const bool isBehind = front < song.parts.size() && i != front;
         const double pan = song.parts.size() == 1 ? options.pan.value_or(part.pan) : part.pan;
-        levels.push_back({options.volume * Gain(part.decibels + (isBehind ? kPracticeBackground : 0)),
+        levels.push_back({Gain(options.level + part.decibels + (isBehind ? kPracticeBackground : 0)),
                           front == i && song.parts.size() > 1 ? 0.0 : pan});
     }
     return levels;
 }
 
-RenderResult MixInto(Rendering& rendering, const std::string& path, const std::vector<PartLevel>& levels,
-                     bool isQuiet) {
-    const RenderResult result = rendering.Mix(path, levels);
-    if (result.clippedFrames > 0)
-        Remark(isQuiet, std::to_string(result.clippedFrames) + " samples are cut at full scale: lower --volume");
-    if (result.lowered > 0) {
+WrittenSound MixInto(Rendering& rendering, const std::string& path, const std::vector<PartLevel>& levels,
+                     const SingOptions& options) {
+    const WrittenSound written = rendering.Mix(path, levels, options.sound);
+    if (written.cutFrames > 0)
+        Remark(options.song.quiet, Counted(written.cutFrames, "sample") + (written.cutFrames == 1 ? " is" : " are") +
+                                       " cut at full scale: lower --level, or ask for --normalize");
+    if (written.decibels < 0 && !options.sound.normalize) {
         char text[64];
-        std::snprintf(text, sizeof text, "is %.1f dB softer, so that nothing is cut", result.lowered);
-        Remark(isQuiet, path + " " + text);
+        std::snprintf(text, sizeof text, "is %.1f dB softer, so that nothing is cut", -written.decibels);
+        Remark(options.song.quiet, NameOfOutput(path) + " " + text);
     }
-    return result;
+    return written;
 }
 
 /// A file for every part with this one in front, and one of all.
-RenderResult WritePractice(const SingOptions& options, const SongScore& song, Rendering& rendering) {
+WrittenSound WritePractice(const SingOptions& options, const SongScore& song, Rendering& rendering) {
     const fs::path folder = options.practice;
-    const std::string stem = fs::path(options.song.input).stem().string();
+    const std::string stem = StemOf(options.song.input);
+    const std::string ending = "." + EndingFor({}, options.sound);
     for (size_t i = 0; i < song.parts.size(); ++i) {
-        const std::string name = stem + "-" + std::to_string(i + 1) + "-" + FileNameOf(song.parts[i].name) + ".wav";
-        MixInto(rendering, (folder / name).string(), LevelsOf(options, song, i), options.song.quiet);
+        const std::string name = stem + "-" + std::to_string(i + 1) + "-" + FileNameOf(song.parts[i].name) + ending;
+        MixInto(rendering, (folder / name).string(), LevelsOf(options, song, i), options);
     }
-    return MixInto(rendering, (folder / (stem + "-all.wav")).string(), LevelsOf(options, song, song.parts.size()),
-                   options.song.quiet);
+    return MixInto(rendering, (folder / (stem + "-all" + ending)).string(), LevelsOf(options, song, song.parts.size()),
+                   options);
 }
 
 void WriteReports(const SingOptions& options, const SongScore& song, const RenderOptions& render,
-                  const RenderResult& result, Rendering& rendering) {
+                  const WrittenSound& result, Rendering& rendering) {
     Performance performance =
         DescribePerformance(song.song, song.score, song.plans, *song.databases,
                             {.transpose = options.song.transpose, .songStart = render.from / -1000.0});
     performance.output = options.output.empty() ? options.practice : options.output;
     performance.rate = options.rate;
     performance.seconds = result.seconds;
-    std::vector<KeptSound> sounds = rendering.Keep(LevelsOf(options, song, song.parts.size()), result.lowered);
+    std::vector<KeptSound> sounds = rendering.Keep(LevelsOf(options, song, song.parts.size()), result.decibels);
     for (size_t i = 0; i < sounds.size(); ++i) {
         performance.parts[i].name = song.parts[i].name;
         AddSound(std::move(sounds[i]), performance.parts[i]);
@@ -126,6 +134,8 @@ void SingOne(const SingOptions& options) {
     for (const std::string& report : options.reports)
         outputs.emplace_back("--report", report);
     RefuseOverwriting(InputsOf(options.song), outputs);
+    if (!options.output.empty())
+        EndingFor(options.output, options.sound); // before the work
     SongScore song = MakeSongScore(options.song);
     if (options.list)
         return PrintParts(song);
@@ -134,7 +144,7 @@ void SingOne(const SingOptions& options) {
         MakeFolder(options.practice);
     const std::string beside =
         options.output.empty() ? (fs::path(options.practice) / "sung.wav").string() : options.output;
-    RenderResult result;
+    WrittenSound result;
     {
         Progress progress("singing", isQuiet);
         Rendering rendering(song.score, beside, render,
@@ -142,7 +152,7 @@ void SingOne(const SingOptions& options) {
         if (!options.practice.empty())
             result = WritePractice(options, song, rendering);
         if (!options.output.empty())
-            result = MixInto(rendering, options.output, LevelsOf(options, song, song.parts.size()), isQuiet);
+            result = MixInto(rendering, options.output, LevelsOf(options, song, song.parts.size()), options);
         if (!options.reports.empty())
             WriteReports(options, song, render, result, rendering);
     }
@@ -154,18 +164,19 @@ void SingOne(const SingOptions& options) {
         for (const SungPart& part : song.parts)
             std::fprintf(summary, "%s: %s\n", part.name.c_str(), part.voice.c_str());
     const std::string parts = song.parts.size() > 1 ? std::to_string(song.parts.size()) + " parts, " : std::string();
-    const size_t notes = song.CountNotes();
-    std::fprintf(summary, "%s%zu note%s, %s, %.0f x real time: %s\n", parts.c_str(), notes, notes == 1 ? "" : "s",
+    std::fprintf(summary, "%s%s, %s, %.0f x real time: %s\n", parts.c_str(), Counted(song.CountNotes(), "note").c_str(),
                  ClockText(result.seconds).c_str(), elapsed > 0 ? result.seconds / elapsed : 0.0,
-                 options.output.empty() ? options.practice.c_str() : options.output.c_str());
+                 options.output.empty() ? options.practice.c_str() : NameOfOutput(options.output).c_str());
 }
 
 /// Another input of the same name gets a number behind it.
-std::string OutputOf(const std::string& input, const std::string& folder, std::vector<std::string>& taken) {
-    const std::string stem = fs::path(input).stem().string();
-    std::string path = (fs::path(folder) / (stem + ".wav")).string();
+std::string OutputOf(const std::string& input, const SingOptions& options, std::vector<std::string>& taken) {
+    const fs::path folder = options.output;
+    const std::string stem = StemOf(input);
+    const std::string ending = "." + EndingFor({}, options.sound);
+    std::string path = (folder / (stem + ending)).string();
     for (int i = 2; std::find(taken.begin(), taken.end(), path) != taken.end(); ++i)
-        path = (fs::path(folder) / (stem + "-" + std::to_string(i) + ".wav")).string();
+        path = (folder / (stem + "-" + std::to_string(i) + ending)).string();
     taken.push_back(path);
     return path;
 }
@@ -174,7 +185,7 @@ std::string OutputOf(const std::string& input, const std::string& folder, std::v
 
 size_t Sing(const SingOptions& options) {
     if (options.output.empty() && options.practice.empty() && !options.list)
-        throw WrongUse{"--output is required: name the wave file to write, or ask for --practice FOLDER or --list"};
+        throw WrongUse{"--output is required: name the sound file to write, or ask for --practice FOLDER or --list"};
     if (options.inputs.size() == 1) {
         SingOptions one = options;
         one.song.input = options.inputs.front();
@@ -191,7 +202,7 @@ size_t Sing(const SingOptions& options) {
         SingOptions one = options;
         one.song.input = input;
         if (!options.output.empty())
-            one.output = OutputOf(input, options.output, taken);
+            one.output = OutputOf(input, options, taken);
         if (options.list)
             std::printf("%s\n", input.c_str());
         std::string failure;

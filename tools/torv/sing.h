@@ -1,18 +1,20 @@
 #pragma once
 
 #include "song_score.h"
+#include "sound_format.h"
 
 /// What `torv sing` is asked for.
 struct SingOptions {
     SongOptions song;                 ///< but for its input
     std::vector<std::string> inputs;  ///< one at least
-    std::string output;               ///< a wave file; of several songs the folder for theirs; empty: none
+    std::string output;               ///< a sound file; of several songs the folder for theirs; empty: none
     std::string practice;             ///< a folder; empty: none
     std::vector<std::string> reports; ///< files, each written as its ending says
     std::string from;                 ///< bar or time; empty: the beginning
     std::string to;                   ///< empty: the end
     unsigned rate = 44100;
-    double volume = 1.0;       ///< linear
+    SoundOptions sound;        ///< of every file
+    double level = 0;          ///< dB
     std::optional<double> pan; ///< of a single part, -1 left .. 1 right; without one its wave is mono
     bool list = false;         ///< only tell what would be sung
 };

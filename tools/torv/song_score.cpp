@@ -2,6 +2,7 @@
 
 #include "bars.h"
 #include "errors.h"
+#include "input.h"
 #include "messages.h"
 #include "part_choice.h"
 
@@ -15,6 +16,12 @@
 using namespace torv::songs;
 
 namespace {
+
+Song ReadInput(const SongOptions& options) {
+    if (!IsStandardInput(options.input))
+        return ReadSongFile(options.input, {options.encoding});
+    return ReadSong(*OpenInput(options.input), NameOfInput(options.input), {options.encoding});
+}
 
 /// The parts that are sung: those named, else the track, else every part with words, else the first.
 std::vector<PartChoice> ChooseParts(const SongOptions& options, const Song& song) {
@@ -43,11 +50,10 @@ std::vector<PartChoice> ChooseParts(const SongOptions& options, const Song& song
 }
 
 void RemarkOnPart(const SongOptions& options, const std::string& name, const VoiceLine& line) {
-    const auto count = [](size_t n, const char* what) { return std::to_string(n) + " " + what + (n == 1 ? "" : "s"); };
     if (!line.hasWords)
         Remark(options.quiet, name + " has no lyrics: it is sung on a vowel");
     if (line.cutNotes > 0)
-        Remark(options.quiet, name + ": " + count(line.cutNotes, "overlapping note") +
+        Remark(options.quiet, name + ": " + Counted(line.cutNotes, "overlapping note") +
                                   " cut: one voice sings one note at a time, the highest");
     if (line.unreadableCharacters)
         Remark(options.quiet,
@@ -123,7 +129,7 @@ std::vector<std::string> InputsOf(const SongOptions& options) {
 }
 
 Song ReadSongAskedFor(const SongOptions& options) {
-    Song song = ReadSongFile(options.input, {options.encoding});
+    Song song = ReadInput(options);
     if (!options.words.empty()) {
         std::vector<size_t> chosen;
         for (const std::string& text : options.parts)
@@ -133,8 +139,10 @@ Song ReadSongAskedFor(const SongOptions& options) {
     return song;
 }
 
-SongScore MakeSongScore(const SongOptions& options) {
-    Song song = ReadSongAskedFor(options);
+SongScore MakeSongScore(const SongOptions& asked) {
+    SongOptions options = asked;
+    options.input = NameOfInput(asked.input);
+    Song song = ReadSongAskedFor(asked);
     for (const std::string& remark : song.remarks)
         Remark(options.quiet, options.input + ": " + remark);
     const std::vector<PartChoice> choices = ChooseParts(options, song);

@@ -65,23 +65,26 @@ Song ReadSong(Bytes bytes, const std::string& source, const ReadOptions& options
     FailUnknown(source);
 }
 
-Song ReadSongFile(const std::string& path, const ReadOptions& options) {
-    const std::unique_ptr<std::istream> file = OpenInputFile(path);
+Song ReadSong(std::istream& stream, const std::string& source, const ReadOptions& options) {
     std::vector<unsigned char> bytes;
     const auto readUpTo = [&](size_t size) {
         const size_t before = bytes.size();
         bytes.resize(size);
-        file->read(reinterpret_cast<char*>(bytes.data() + before), static_cast<std::streamsize>(size - before));
-        bytes.resize(before + static_cast<size_t>(file->gcount()));
+        stream.read(reinterpret_cast<char*>(bytes.data() + before), static_cast<std::streamsize>(size - before));
+        bytes.resize(before + static_cast<size_t>(stream.gcount()));
     };
     readUpTo(kEnoughToTell);
     if (FormatOf(bytes) == SongFormat::Unknown)
-        FailUnknown(path); // before the rest of a file that may be large
-    for (size_t size = bytes.size(); *file && size < kLargestFile;)
+        FailUnknown(source); // before the rest of a file that may be large
+    for (size_t size = bytes.size(); stream && size < kLargestFile;)
         readUpTo(size = std::min(size * 2, kLargestFile));
-    if (*file && file->peek() != std::istream::traits_type::eof())
-        throw SongError(Named(path, "is larger than 256 MB, which no song is"));
-    return ReadSong(bytes, path, options);
+    if (stream && stream.peek() != std::istream::traits_type::eof())
+        throw SongError(Named(source, "is larger than 256 MB, which no song is"));
+    return ReadSong(bytes, source, options);
+}
+
+Song ReadSongFile(const std::string& path, const ReadOptions& options) {
+    return ReadSong(*OpenInputFile(path), path, options);
 }
 
 } // namespace torv::songs

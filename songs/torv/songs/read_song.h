@@ -2,6 +2,7 @@
 
 #include "torv/songs/song.h"
 
+#include <iosfwd>
 #include <span>
 #include <string>
 
@@ -21,6 +22,9 @@ TORV_SONGS_API SongFormat FormatOf(Bytes bytes);
 /// Reads a song of any format. `source` is only named in messages. Throws SongError for bytes that are no song, and for
 /// those that cannot be followed; time and memory are linear in them.
 TORV_SONGS_API Song ReadSong(Bytes bytes, const std::string& source, const ReadOptions& options = {});
+
+/// The same for a stream, of which no more is read than a song can have.
+TORV_SONGS_API Song ReadSong(std::istream& stream, const std::string& source, const ReadOptions& options = {});
 
 /// The same for a file.
 TORV_SONGS_API Song ReadSongFile(const std::string& path, const ReadOptions& options = {});

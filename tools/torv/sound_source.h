@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+
+/// Sound that comes frame by frame, and again from the beginning as often as it is wanted.
+class SoundSource {
+public:
+    virtual ~SoundSource() = default;
+    SoundSource() = default;
+    SoundSource(const SoundSource&) = delete;
+    SoundSource& operator=(const SoundSource&) = delete;
+
+    unsigned Rate() const { return m_rate; } ///< Hz
+    unsigned Channels() const { return m_channels; }
+
+    /// The next frames, channel beside channel, full scale 1: at most `count`, none at the end. Throws InputError for
+    /// what breaks off.
+    virtual size_t Read(double* frames, size_t count) = 0;
+    /// To the first frame.
+    virtual void Rewind() = 0;
+
+protected:
+    unsigned m_rate = 0;
+    unsigned m_channels = 0;
+};

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "sound_reader.h"
+
+#include <iosfwd>
+#include <string>
+
+/// Reads a RIFF wave of whole numbers of up to 32 bits, or of floats. `path` is named in messages; `file` is read as
+/// long as the reader lives. Null for a wave of another kind: then `reason` says which. Throws InputError for one that
+/// is damaged.
+std::unique_ptr<SoundReader> OpenWave(const std::string& path, std::istream& file, std::string& reason);
