@@ -7,6 +7,11 @@ if(TORV_SANITIZE)
   add_compile_options(-fsanitize=${TORV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${TORV_SANITIZE})
 endif()
+# What ships is the same bytes wherever it is built.
+add_compile_options($<$<CONFIG:RelWithDebInfo>:-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.>)
+if(WIN32)
+  add_link_options(-Wl,--no-insert-timestamp)
+endif()
 if(NOT WIN32)
   # The library calls its own exported functions directly, as the other target always does.
   add_compile_options($<$<CONFIG:RelWithDebInfo>:-fno-semantic-interposition>)

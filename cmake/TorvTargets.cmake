@@ -1,4 +1,5 @@
 # torv_add_folder(NAME)               one object library a subsystem folder of src/torv/: torv_<name>
+# torv_install_library(NAME)          a library that hosts link: its version, and its parts in their packages
 # torv_add_companion(NAME SOURCES..)  one external-style library, named exactly NAME, with undecorated C entry points;
 #                                     installed, unless it is FOR_TESTS
 # torv_add_test(NAME FOLDERS ..)      tests/<name>/*.cpp as one doctest program over just these subsystem folders; without
@@ -25,6 +26,18 @@ function(torv_add_folder name)
   if(NOT name STREQUAL "platform") # the door itself is built without having passed it
     torv_precompile(torv_${name} library <torv/platform/platform.h>)
   endif()
+endfunction()
+
+function(torv_install_library name)
+  if(WIN32)
+    set_target_properties(${name} PROPERTIES PREFIX "")
+  else()
+    set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 0)
+  endif()
+  install(TARGETS ${name} EXPORT torvTargets
+          RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+          LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_COMPONENT development
+          ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 endfunction()
 
 function(torv_add_companion name)

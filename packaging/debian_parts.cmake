@@ -1,0 +1,35 @@
+# What a Debian package holds beside what is installed elsewhere: who may do what with it, what changed, why a checker may
+# be quiet. Run by cpack on each package's folder before it is packed.
+cmake_policy(VERSION 3.25)
+if(DEFINED ENV{SOURCE_DATE_EPOCH})
+  set(when $ENV{SOURCE_DATE_EPOCH})
+else()
+  execute_process(COMMAND git -C ${CPACK_TORV_PACKAGING} log -1 --format=%ct OUTPUT_VARIABLE when OUTPUT_STRIP_TRAILING_WHITESPACE)
+endif()
+execute_process(COMMAND date -u -R -d @${when} OUTPUT_VARIABLE date OUTPUT_STRIP_TRAILING_WHITESPACE)
+
+foreach(component ${CPACK_COMPONENTS_ALL})
+  set(tree ${CPACK_TEMPORARY_DIRECTORY}/${component}/usr)
+  if(NOT IS_DIRECTORY ${tree})
+    continue()
+  endif()
+  string(TOUPPER ${component} upper)
+  set(name ${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
+  set(documents ${tree}/share/doc/${name})
+  file(COPY ${CPACK_TORV_PACKAGING}/copyright DESTINATION ${documents})
+  file(WRITE ${documents}/changelog
+       "${name} (${CPACK_PACKAGE_VERSION}) stable; urgency=medium\n\n  * See CHANGELOG.md in torv-doc.\n\n"
+       " -- ${CPACK_PACKAGE_CONTACT}  ${date}\n")
+  execute_process(COMMAND gzip -9nf ${documents}/changelog)
+  file(MAKE_DIRECTORY ${tree}/share/lintian/overrides)
+  configure_file(${CPACK_TORV_PACKAGING}/lintian-overrides ${tree}/share/lintian/overrides/${name} COPYONLY)
+  # Where the system's libraries are, no program says where to find them.
+  file(GLOB programs ${tree}/bin/* ${tree}/lib/*.so.*)
+  foreach(program ${programs})
+    if(NOT IS_SYMLINK ${program})
+      file(RPATH_REMOVE FILE ${program})
+    endif()
+  endforeach()
+  execute_process(COMMAND find ${tree} ! -type l -exec chmod u=rwX,go=rX {} +)
+  execute_process(COMMAND find ${tree} -exec touch -h -d @${when} {} +)
+endforeach()
