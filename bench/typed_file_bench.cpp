@@ -1,10 +1,14 @@
-// Loading and saving a sectioned text file of 5 MB: CxTypedFile, GLib's GKeyFile, Boost's property tree and inih's
-// INIReader (which does not save). Every reader keeps what it has read, so that any key can be asked for.
+// Loading, letting go of, looking up in and saving a sectioned text file of 5 MB: CxTypedFile, GLib's GKeyFile,
+// SimpleIni, Boost's property tree and inih's INIReader (which does not save). Every reader keeps what it has read, so
+// that any key can be asked for.
 #include "bench_file.h"
 
 #include "torv/typed_file/typed_file.h"
 
+#include <malloc.h>
+
 #include <cstdio>
+#include <memory>
 #include <random>
 #include <string_view>
 #include <vector>
@@ -15,14 +19,19 @@
 #ifdef TORV_HAS_INIH
 #include <INIReader.h>
 #endif
+#ifdef TORV_HAS_SIMPLEINI
+#define SI_NO_CONVERSION
+#include <SimpleIni.h>
+#endif
 #ifdef TORV_HAS_BOOST
 #include <boost/property_tree/ini_parser.hpp>
 #endif
 
 namespace {
 
+constexpr int kLookUps = 100000;
 constexpr int kSections = 2000;
-constexpr int kEntries = 70;
+constexpr int kEntries = 155;
 
 struct Section {
     std::string name;
@@ -45,12 +54,14 @@ const std::vector<Section>& Sections() {
             Section& section = made[static_cast<size_t>(s)];
             section.name = "section_" + std::to_string(s);
             for (int e = 0; e < kEntries; ++e)
-                section.entries.emplace_back("k" + std::to_string(e) + Word(random, 2, 12), Word(random, 4, 36));
+                section.entries.emplace_back("k" + std::to_string(e) + "_" + Word(random, 1, 2), Word(random, 3, 8));
         }
         return made;
     }();
     return sections;
 }
+
+using Asked = std::vector<std::pair<std::string, std::string>>; // sections and keys
 
 /// The text as CxTypedFile saves it; the others read it all the same.
 const std::string& Text() {
@@ -120,6 +131,18 @@ struct Glib {
 };
 #endif
 
+#ifdef TORV_HAS_SIMPLEINI
+/// It tells letters by their case here, as the others do.
+struct Simple {
+    CSimpleIniCaseA file;
+    void Load(const std::string& path) { file.LoadFile(path.c_str()); }
+    std::string ReadAt(const std::string& section, const std::string& key) const {
+        return file.GetValue(section.c_str(), key.c_str(), "");
+    }
+    void Save(const std::string& path) { file.SaveFile(path.c_str(), false); }
+};
+#endif
+
 #ifdef TORV_HAS_BOOST
 struct Boost {
     boost::property_tree::ptree tree;
@@ -141,12 +164,23 @@ struct Inih {
 };
 #endif
 
-/// What is loaded is also let go of within the measured time.
 template <class Reader>
-[[gnu::noinline]] void MeasuredLoad(const std::string& path) {
-    Reader reader;
+[[gnu::noinline]] void MeasuredLoad(Reader& reader, const std::string& path) {
     reader.Load(path);
     benchmark::ClobberMemory();
+}
+
+template <class Reader>
+[[gnu::noinline]] void MeasuredFree(std::unique_ptr<Reader>& reader) {
+    reader.reset();
+}
+
+template <class Reader>
+[[gnu::noinline]] size_t MeasuredLookUp(const Reader& reader, const Asked& asked) {
+    size_t bytes = 0;
+    for (const auto& [section, key] : asked)
+        bytes += reader.ReadAt(section, key).size();
+    return bytes;
 }
 
 template <class Reader>
@@ -154,15 +188,57 @@ template <class Reader>
     reader.Save(path);
 }
 
+size_t BytesTaken() {
+    const struct mallinfo2 heap = mallinfo2();
+    return heap.uordblks + heap.hblkhd;
+}
+
 template <class Reader>
 void Load(benchmark::State& state) {
     const std::string& path = LoadPath();
-    for ([[maybe_unused]] auto _ : state)
-        MeasuredLoad<Reader>(path);
-    Reader reader;
-    reader.Load(path);
-    bench::Expect(state, HoldsAll([&](const auto& section, const auto& key) { return reader.ReadAt(section, key); }));
+    auto reader = std::make_unique<Reader>();
+    const size_t before = BytesTaken();
+    reader->Load(path);
+    state.counters["memory/file"] = static_cast<double>(BytesTaken() - before) / static_cast<double>(Text().size());
+    bench::Expect(state, HoldsAll([&](const auto& section, const auto& key) { return reader->ReadAt(section, key); }));
+    for ([[maybe_unused]] auto _ : state) {
+        state.PauseTiming();
+        reader.reset();
+        reader = std::make_unique<Reader>();
+        state.ResumeTiming();
+        MeasuredLoad(*reader, path);
+    }
     state.counters["MB"] = static_cast<double>(Text().size()) / 1e6;
+}
+
+template <class Reader>
+void Free(benchmark::State& state) {
+    for ([[maybe_unused]] auto _ : state) {
+        state.PauseTiming();
+        auto reader = std::make_unique<Reader>();
+        reader->Load(LoadPath());
+        state.ResumeTiming();
+        MeasuredFree(reader);
+    }
+}
+
+template <class Reader>
+void LookUp(benchmark::State& state) {
+    std::mt19937 random(21);
+    Asked asked;
+    size_t expected = 0;
+    for (int i = 0; i < kLookUps; ++i) {
+        const Section& section = Sections()[random() % kSections];
+        const auto& [key, value] = section.entries[random() % kEntries];
+        asked.emplace_back(section.name, key);
+        expected += value.size();
+    }
+    Reader reader;
+    reader.Load(LoadPath());
+    size_t bytes = expected;
+    for ([[maybe_unused]] auto _ : state)
+        bytes = MeasuredLookUp(reader, asked);
+    bench::Expect(state, bytes == expected);
 }
 
 template <class Reader>
@@ -187,17 +263,31 @@ void CopyBytes(benchmark::State& state) {
 }
 
 BENCHMARK_TEMPLATE(Load, Typed)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(Free, Typed)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(LookUp, Typed)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(Save, Typed)->Unit(benchmark::kMillisecond);
 #ifdef TORV_HAS_GLIB
 BENCHMARK_TEMPLATE(Load, Glib)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(Free, Glib)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(LookUp, Glib)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(Save, Glib)->Unit(benchmark::kMillisecond);
+#endif
+#ifdef TORV_HAS_SIMPLEINI
+BENCHMARK_TEMPLATE(Load, Simple)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(Free, Simple)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(LookUp, Simple)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(Save, Simple)->Unit(benchmark::kMillisecond);
 #endif
 #ifdef TORV_HAS_BOOST
 BENCHMARK_TEMPLATE(Load, Boost)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(Free, Boost)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(LookUp, Boost)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(Save, Boost)->Unit(benchmark::kMillisecond);
 #endif
 #ifdef TORV_HAS_INIH
 BENCHMARK_TEMPLATE(Load, Inih)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(Free, Inih)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(LookUp, Inih)->Unit(benchmark::kMillisecond);
 #endif
 BENCHMARK(CopyBytes)->Unit(benchmark::kMillisecond);
 

@@ -8,86 +8,80 @@
 namespace {
 
 constexpr std::size_t kFewestBuckets = 8;
-constexpr std::size_t kFewestEntries = 4; // in a block; each further block doubles them
-constexpr std::size_t kMostDoublings = 6;
 
-std::size_t HashOf(std::string_view key) { return std::hash<std::string_view>()(key); }
+std::uint32_t HashOf(std::string_view key) { return static_cast<std::uint32_t>(std::hash<std::string_view>()(key)); }
 
 CString Text(std::string_view text) { return CString(std::string(text)); }
 
 } // namespace
 
-CxEntryMap::CxEntryMap(const char* name) : m_name(name) {}
+CxEntryMap::CxEntryMap(const char* name) : CxEntryMap(name, std::make_shared<torv::EntryPool>()) {}
 
-CxEntryMap::~CxEntryMap() = default;
+CxEntryMap::CxEntryMap(const char* name, std::shared_ptr<torv::EntryPool> pool)
+    : m_name(name), m_pool(std::move(pool)) {}
+
+CxEntryMap::~CxEntryMap() { RemoveAll(); }
 
 int CxEntryMap::SetAt(const char* key, const char* value) {
     try {
-        Set(torv::View(key), torv::View(value));
+        Set(torv::View(key), torv::View(value), false);
         return 1;
     } catch (const std::bad_alloc&) {
         return 0;
     }
 }
 
-void CxEntryMap::Set(std::string_view key, std::string_view value) {
-    const std::size_t hash = HashOf(key);
-    if (Entry* const found = Find(key, hash)) {
-        found->value = Text(value);
+void CxEntryMap::Set(std::string_view key, std::string_view value, bool areKept) {
+    const std::uint32_t hash = HashOf(key);
+    if (const Place found = Find(key, hash); found != kNone) {
+        m_pool->SetTexts(m_pool->At(found), key, value, areKept);
         return;
     }
     // All that can fail comes first.
     if (static_cast<std::size_t>(m_count) >= m_buckets.size())
         MakeBuckets();
-    if (!m_free)
-        MakeFreeEntries();
-    Entry& entry = *m_free;
-    entry.key = Text(key);
-    entry.value = Text(value);
-    m_free = entry.sameBucket;
+    const Place place = m_pool->Add(key, value, areKept);
+    Entry& entry = m_pool->At(place);
     entry.hash = hash;
-    Entry*& bucket = BucketOf(hash);
+    Place& bucket = BucketOf(hash);
     entry.sameBucket = bucket;
-    bucket = &entry;
+    bucket = place;
     entry.previous = m_last;
-    entry.next = nullptr;
-    (m_last ? m_last->next : m_first) = &entry;
-    m_last = &entry;
+    entry.next = kNone;
+    (m_last == kNone ? m_first : m_pool->At(m_last).next) = place;
+    m_last = place;
     ++m_count;
 }
 
-CxEntryMap::Entry* CxEntryMap::Find(std::string_view key, std::size_t hash) const {
+CxEntryMap::Place CxEntryMap::Find(std::string_view key, std::uint32_t hash) const {
     if (m_buckets.empty())
-        return nullptr;
-    Entry* entry = m_buckets[hash & (m_buckets.size() - 1)];
-    while (entry && (entry->hash != hash || entry->key.GetStdString() != key))
-        entry = entry->sameBucket;
-    return entry;
-}
-
-void CxEntryMap::MakeFreeEntries() {
-    const std::size_t count = kFewestEntries << std::min(m_blocks.size(), kMostDoublings);
-    Entry* const block = m_blocks.emplace_back(std::make_unique<Entry[]>(count)).get();
-    for (std::size_t i = count; i-- > 0; m_free = &block[i])
-        block[i].sameBucket = m_free;
+        return kNone;
+    Place place = m_buckets[hash & (m_buckets.size() - 1)];
+    while (place != kNone) {
+        const Entry& entry = m_pool->At(place);
+        if (entry.hash == hash && entry.Key() == key)
+            break;
+        place = entry.sameBucket;
+    }
+    return place;
 }
 
 void CxEntryMap::MakeBuckets() {
-    m_buckets = std::vector<Entry*>(std::max(kFewestBuckets, 2 * m_buckets.size()));
-    for (Entry* entry = m_first; entry; entry = entry->next) {
-        Entry*& bucket = BucketOf(entry->hash);
-        entry->sameBucket = bucket;
-        bucket = entry;
+    m_buckets = std::vector<Place>(std::max(kFewestBuckets, 2 * m_buckets.size()), kNone);
+    for (Place place = m_first; place != kNone;) {
+        Entry& entry = m_pool->At(place);
+        entry.sameBucket = std::exchange(BucketOf(entry.hash), place);
+        place = entry.next;
     }
 }
 
 int CxEntryMap::Lookup(const char* key, CString& value) const {
     const std::string_view text = torv::View(key);
-    const Entry* const found = Find(text, HashOf(text));
+    const Place found = Find(text, HashOf(text));
     try {
-        if (found)
-            value = found->value;
-        return found != nullptr;
+        if (found != kNone)
+            value = Text(m_pool->At(found).Value());
+        return found != kNone;
     } catch (const std::bad_alloc&) {
         return 0;
     }
@@ -95,42 +89,41 @@ int CxEntryMap::Lookup(const char* key, CString& value) const {
 
 CString CxEntryMap::ValueAt(const char* key) const {
     const std::string_view text = torv::View(key);
-    const Entry* const found = Find(text, HashOf(text));
-    return found ? found->value : CString();
+    const Place found = Find(text, HashOf(text));
+    return found == kNone ? CString() : Text(m_pool->At(found).Value());
 }
 
 int CxEntryMap::RemoveEntry(const char* key) {
     const std::string_view text = torv::View(key);
-    const std::size_t hash = HashOf(text);
-    Entry* const found = Find(text, hash);
-    if (!found)
+    const std::uint32_t hash = HashOf(text);
+    const Place found = Find(text, hash);
+    if (found == kNone)
         return 0;
-    Entry** link = &BucketOf(hash);
+    const Entry& entry = m_pool->At(found);
+    Place* link = &BucketOf(hash);
     while (*link != found)
-        link = &(*link)->sameBucket;
-    *link = found->sameBucket;
-    (found->previous ? found->previous->next : m_first) = found->next;
-    (found->next ? found->next->previous : m_last) = found->previous;
+        link = &m_pool->At(*link).sameBucket;
+    *link = entry.sameBucket;
+    (entry.previous == kNone ? m_first : m_pool->At(entry.previous).next) = entry.next;
+    (entry.next == kNone ? m_last : m_pool->At(entry.next).previous) = entry.previous;
     --m_count;
-    found->key = CString(); // its memory goes now, not with the section
-    found->value = CString();
-    found->sameBucket = m_free;
-    m_free = found;
+    m_pool->Remove(found, found);
     return 1;
 }
 
 void CxEntryMap::RemoveAll() {
+    if (m_count)
+        m_pool->Remove(m_first, m_last);
     m_buckets.clear();
-    m_first = m_last = m_free = nullptr;
+    m_first = m_last = kNone;
     m_count = 0;
-    m_blocks.clear();
 }
 
 void CxEntryMap::GetNextAssoc(POSITION& position, CString& key, CString& value) const {
     if (!position)
         return;
-    const Entry* const entry = reinterpret_cast<const Entry*>(position);
-    key = entry->key;
-    value = entry->value;
-    position = reinterpret_cast<POSITION>(entry->next);
+    const Entry& entry = m_pool->At(static_cast<Place>(reinterpret_cast<std::uintptr_t>(position) - 1));
+    key = Text(entry.Key());
+    value = Text(entry.Value());
+    position = PositionOf(entry.next);
 }

@@ -1,11 +1,12 @@
 #pragma once
 
-#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string_view>
 #include <vector>
 
 #include "torv/platform/platform.h"
+#include "torv/typed_file/entry_pool.h"
 
 namespace torv {
 
@@ -37,32 +38,39 @@ public:
 
     /// Null when there is no entry. GetNextAssoc yields one and moves on; after the last, `position` is null. Throws
     /// std::bad_alloc, without having moved on.
-    POSITION GetStartPosition() const { return reinterpret_cast<POSITION>(m_first); }
+    POSITION GetStartPosition() const { return PositionOf(m_first); }
     void GetNextAssoc(POSITION& position, CString& key, CString& value) const;
 
 private:
-    friend class CxTypedFile; // its lines are parts of a longer text
-    /// A file has hundreds of thousands of entries, so each stands in a block of them and carries its own links.
-    struct Entry {
-        CString key;
-        CString value;
-        Entry* next = nullptr;
-        Entry* previous = nullptr;
-        Entry* sameBucket = nullptr; ///< of a free entry: the next free one
-        std::size_t hash = 0;
-    };
+    friend class CxSectionMap; // its sections share a pool
+    friend class CxTypedFile;  // its lines are parts of a text that is kept
+    using Place = torv::EntryPool::Place;
+    using Entry = torv::EntryPool::Entry;
+    static constexpr Place kNone = torv::EntryPool::kNone;
 
-    void Set(std::string_view key, std::string_view value);
-    Entry* Find(std::string_view key, std::size_t hash) const;
-    Entry*& BucketOf(std::size_t hash) { return m_buckets[hash & (m_buckets.size() - 1)]; }
-    void MakeFreeEntries();
+    CxEntryMap(const char* name, std::shared_ptr<torv::EntryPool> pool);
+
+    void Set(std::string_view key, std::string_view value, bool areKept);
+    Place Find(std::string_view key, std::uint32_t hash) const;
+    Place& BucketOf(std::uint32_t hash) { return m_buckets[hash & (m_buckets.size() - 1)]; }
     void MakeBuckets();
+    /// Views of each key and value in turn.
+    template <class Take>
+    void ForEach(Take take) const {
+        for (Place place = m_first; place != kNone;) {
+            const Entry& entry = m_pool->At(place);
+            take(entry.Key(), entry.Value());
+            place = entry.next;
+        }
+    }
+    static POSITION PositionOf(Place place) {
+        return place == kNone ? nullptr : reinterpret_cast<POSITION>(static_cast<std::uintptr_t>(place) + 1);
+    }
 
     CString m_name;
+    std::shared_ptr<torv::EntryPool> m_pool;
     int m_count = 0;
-    Entry* m_first = nullptr;
-    Entry* m_last = nullptr;
-    Entry* m_free = nullptr;
-    std::vector<Entry*> m_buckets; ///< a power of two of them, more than there are entries
-    std::vector<std::unique_ptr<Entry[]>> m_blocks;
+    Place m_first = kNone;
+    Place m_last = kNone;
+    std::vector<Place> m_buckets; ///< a power of two of them, more than there are entries
 };

@@ -5,12 +5,19 @@
 
 CxSectionMap::~CxSectionMap() { RemoveAll(); }
 
+torv::EntryPool& CxSectionMap::Pool() {
+    if (!m_pool)
+        m_pool = std::make_shared<torv::EntryPool>();
+    return *m_pool;
+}
+
 CxEntryMap* CxSectionMap::AddNew(const char* name) {
     CxEntryMap* map = nullptr;
     if (Lookup(name, map))
         return map;
     try {
-        auto section = std::make_unique<CxEntryMap>(name);
+        Pool();
+        std::unique_ptr<CxEntryMap> section(new CxEntryMap(name, m_pool));
         const POSITION place = m_order.AddTail(section.get());
         try {
             m_places.emplace(section->GetSectionName(), place);
@@ -68,6 +75,7 @@ void CxSectionMap::RemoveAll() {
     m_places.clear();
     while (!m_order.IsEmpty())
         delete m_order.RemoveHead();
+    m_pool.reset();
 }
 
 void CxSectionMap::GetNextAssoc(POSITION& position, CString& name, CxEntryMap*& map) const {

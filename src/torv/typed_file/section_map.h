@@ -32,6 +32,16 @@ public:
     void GetNextAssoc(POSITION& position, CString& name, CxEntryMap*& map) const;
 
 private:
+    friend class CxTypedFile; // the text that it reads stays in the pool
+
+    torv::EntryPool& Pool();
+    template <class Take>
+    void ForEach(Take take) const {
+        for (POSITION place = m_order.GetHeadPosition(); place;)
+            take(*m_order.GetNext(place));
+    }
+
+    std::shared_ptr<torv::EntryPool> m_pool; ///< made with the first section
     CList<CxEntryMap*, CxEntryMap*> m_order{10};
     std::unordered_map<std::string_view, POSITION> m_places; // its keys are views of the entry maps' names
 };

@@ -2,6 +2,7 @@
 
 #include "torv/platform/new_file.h"
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <new>
@@ -11,6 +12,13 @@ namespace {
 
 constexpr size_t kMaxLine = 65535;
 constexpr ULONGLONG kMaxFile = 0x7FFFFFFF; // what a 32-bit process could hold at the very most
+
+constexpr auto kEndsLine = [] {
+    std::array<bool, 256> ends = {};
+    std::fill_n(ends.begin(), ' ', true);
+    ends['\t'] = false;
+    return ends;
+}();
 
 bool IsBlank(char c) { return static_cast<unsigned char>(c) <= 32; }
 
@@ -57,37 +65,6 @@ private:
     std::array<char, 16384> m_gathered;
 };
 
-struct Form {
-    std::string_view lineEnd;
-    std::string_view equals;
-    std::string_view sectionEnd;
-};
-
-int WriteSections(const CxSectionMap& sections, CFile* file, const Form& form) {
-    LineWriter lines(file);
-    CString name;
-    CString key;
-    CString value;
-    CxEntryMap* map = nullptr;
-    for (POSITION section = sections.GetStartPosition(); section;) {
-        sections.GetNextAssoc(section, name, map);
-        lines.Put("[");
-        lines.Put(name.GetStdString());
-        lines.Put("]");
-        lines.Put(form.lineEnd);
-        for (POSITION entry = map->GetStartPosition(); entry;) {
-            map->GetNextAssoc(entry, key, value);
-            lines.Put(key.GetStdString());
-            lines.Put(form.equals);
-            lines.Put(value.GetStdString());
-            lines.Put(form.lineEnd);
-        }
-        lines.Put(form.sectionEnd);
-    }
-    lines.Flush();
-    return 1;
-}
-
 /// What a file or the memory refuses is a failure like any other.
 template <class Operation>
 int Attempt(Operation operation) {
@@ -127,9 +104,10 @@ int CxTypedFile::ReadWhole(CFile* file) {
     const ULONGLONG length = file->GetLength();
     if (length > kMaxFile)
         return 0;
-    const auto text = std::make_unique_for_overwrite<unsigned char[]>(static_cast<size_t>(length));
+    auto text = std::make_unique_for_overwrite<char[]>(static_cast<size_t>(length));
     file->SeekToBegin();
-    return ProfileToMap(text.get(), file->Read(text.get(), static_cast<UINT>(length)));
+    const size_t read = file->Read(text.get(), static_cast<UINT>(length));
+    return Parse(std::move(text), read);
 }
 
 int CxTypedFile::Save() {
@@ -188,9 +166,17 @@ void CxTypedFile::RemoveAll() {
 void CxTypedFile::SetPathName(const char* path) { m_path = path; }
 
 int CxTypedFile::ProfileToMap(const unsigned char* text, DWORD length) {
+    return Attempt([&] {
+        auto copy = std::make_unique_for_overwrite<char[]>(length);
+        std::copy_n(text, length, copy.get());
+        return Parse(std::move(copy), length);
+    });
+}
+
+int CxTypedFile::Parse(std::unique_ptr<char[]> text, size_t size) {
     m_sections.RemoveAll();
-    const std::string_view whole(reinterpret_cast<const char*>(text), length);
     const int parsed = Attempt([&] {
+        const std::string_view whole = m_sections.Pool().Keep(std::move(text), size);
         CxEntryMap* section = nullptr;
         for (size_t position = 0; position < whole.size();)
             if (!ParseLine(TrimRight(ReadLine(whole, position)), section))
@@ -215,19 +201,37 @@ bool CxTypedFile::ParseLine(std::string_view line, CxEntryMap*& section) {
         return true;
     const std::string_view key = TrimRight(line.substr(0, equals));
     const std::string_view value = line.substr(equals + 1);
-    section->Set(key, TrimRight(TrimLeft(value.substr(0, value.find(';')))));
+    section->Set(key, TrimRight(TrimLeft(value.substr(0, value.find(';')))), true);
     return true;
 }
 
 std::string_view CxTypedFile::ReadLine(std::string_view text, size_t& position) {
-    while (position < text.size() && IsBlank(text[position]))
-        ++position;
-    const size_t start = position;
-    while (position < text.size() && (static_cast<unsigned char>(text[position]) >= 32 || text[position] == '\t'))
-        ++position;
-    return text.substr(start, position - start).substr(0, kMaxLine);
+    const auto start = std::find_if_not(text.begin() + static_cast<ptrdiff_t>(position), text.end(), IsBlank);
+    const auto end = std::find_if(start, text.end(), [](char c) { return kEndsLine[static_cast<unsigned char>(c)]; });
+    position = static_cast<size_t>(end - text.begin());
+    return std::string_view(start, end).substr(0, kMaxLine);
 }
 
-int CxTypedFile::MapToProfile(CFile* file) const { return WriteSections(m_sections, file, {"\r\n", " = ", "\r\n"}); }
+int CxTypedFile::MapToProfile(CFile* file) const { return Write(file, "\r\n", " = ", "\r\n"); }
 
-int CxTypedFile::MapToProfile2(CFile* file) const { return WriteSections(m_sections, file, {"\n", "=", ""}); }
+int CxTypedFile::MapToProfile2(CFile* file) const { return Write(file, "\n", "=", ""); }
+
+int CxTypedFile::Write(CFile* file, std::string_view lineEnd, std::string_view equals,
+                       std::string_view sectionEnd) const {
+    LineWriter lines(file);
+    m_sections.ForEach([&](const CxEntryMap& section) {
+        lines.Put("[");
+        lines.Put(section.GetSectionName());
+        lines.Put("]");
+        lines.Put(lineEnd);
+        section.ForEach([&](std::string_view key, std::string_view value) {
+            lines.Put(key);
+            lines.Put(equals);
+            lines.Put(value);
+            lines.Put(lineEnd);
+        });
+        lines.Put(sectionEnd);
+    });
+    lines.Flush();
+    return 1;
+}

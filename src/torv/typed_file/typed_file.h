@@ -80,7 +80,9 @@ protected:
 
 private:
     int ReadWhole(CFile* file);
+    int Parse(std::unique_ptr<char[]> text, size_t size);
     bool ParseLine(std::string_view line, CxEntryMap*& section);
+    int Write(CFile* file, std::string_view lineEnd, std::string_view equals, std::string_view sectionEnd) const;
 
     CString m_path;
     CxSectionMap m_sections;
