@@ -1,5 +1,5 @@
 /// What the two converters share: the life of an element between put and get. Each language derives one class and
-/// defines the functions at the end; entry_points.cpp turns them into the library's five entry points.
+/// defines the functions at the end; entry_points.cpp turns them into the library's entry points.
 #pragma once
 
 #include <list>
@@ -43,6 +43,8 @@ private:
 
 std::unique_ptr<Converter> MakeConverter();
 extern const char* const versionText;
+/// A value of G2PA_WORD_...: where the sounds of a text come from, of several words those of the least known.
+int FindWord(std::string_view text);
 /// True when every slot but the last of an output ends with a blank: the host then joins slots without a separator.
 extern const bool slotsEndWithBlank;
 

@@ -126,4 +126,8 @@ G2PA_EXPORT int32_t G2PA_CALL g2paDelete(int32_t handle) {
     return Guarded([=]() -> int32_t { return Sessions().Remove(handle) ? G2PA_OK : G2PA_BAD_HANDLE; });
 }
 
+G2PA_EXPORT int32_t G2PA_CALL g2paFindWord(const char* word) {
+    return Guarded([=]() -> int32_t { return word ? g2pa::FindWord(word) : G2PA_BAD_RECORD; });
+}
+
 G2PA_EXPORT const char* G2PA_CALL g2paGetVersionString(void) { return g2pa::versionText; }

@@ -15,6 +15,8 @@ public:
     virtual ~Dictionary() = default;
     /// `letters` are a to z, at least one. The same letters give the same phones, on any thread.
     virtual Phones Pronounce(std::string_view letters) const = 0;
+    /// Whether they stand in a lexicon, rather than being read by rules.
+    virtual bool Has(std::string_view letters) const = 0;
 };
 
 /// The pronunciation library's lexicon and letter-to-sound rules. Its look-ups take turns under one lock.
@@ -29,6 +31,9 @@ std::optional<Phones> FindSongWord(std::string_view word);
 /// letters a to z and apostrophes; of a longer one the first `maxWordLetters` count. Without letters: empty.
 Phones PronounceWord(const Dictionary& dictionary, std::string_view word);
 constexpr size_t maxWordLetters = 64;
+
+/// A value of G2PA_WORD_...: where the sounds of PronounceWord come from.
+int FindWord(const Dictionary& dictionary, std::string_view word);
 
 /// The plural or possessive s, and the d of the past, as they sound after `phones`.
 void AppendPluralEnding(Phones& phones);

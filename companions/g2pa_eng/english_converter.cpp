@@ -23,16 +23,14 @@ bool AreRefrain(const std::vector<std::string_view>& parts) {
     return std::all_of(parts.begin(), parts.end(), repeats) || std::all_of(parts.begin(), parts.end(), isRefrain);
 }
 
-/// The sounds of a word that its parts share; no phones when the parts are words of their own. Nothing longer than the
-/// longest word is looked up as one.
-Phones PronounceJoined(const Dictionary& dictionary, const std::vector<std::string_view>& parts) {
+/// The word that its parts share; empty when they are words of their own. Nothing longer than the longest word is
+/// looked up as one.
+std::string JoinParts(const std::vector<std::string_view>& parts) {
     std::string word;
     for (const std::string_view part : parts)
         if (word.size() <= maxWordLetters)
             word += part;
-    if (parts.size() > 1 && (word.size() > maxWordLetters || AreRefrain(parts)))
-        return {};
-    return PronounceWord(dictionary, word);
+    return parts.size() > 1 && (word.size() > maxWordLetters || AreRefrain(parts)) ? std::string() : word;
 }
 
 /// Appends an element's output and those of the elements that prolong it. The consonants after the last vowel are sung
@@ -79,6 +77,36 @@ void EnglishConverter::Put(std::string_view bytes) {
     m_wordGoesOn = lyric.joinsNext;
 }
 
+int FindWords(const Dictionary& dictionary, std::string_view text) {
+    std::vector<LyricText> elements;
+    for (size_t end; !text.empty(); text.remove_prefix(end)) {
+        end = std::min(text.find('-'), text.size() - 1) + 1;
+        elements.push_back(ReadLyric(text.substr(0, end)));
+    }
+    std::vector<std::vector<std::string_view>> words;
+    bool goesOn = false;
+    for (const LyricText& element : elements) {
+        for (const std::string& word : element.words) {
+            if (!goesOn)
+                words.emplace_back();
+            words.back().push_back(word);
+            goesOn = false;
+        }
+        goesOn = !words.empty() && element.joinsNext;
+    }
+    int least = G2PA_WORD_SILENT;
+    const auto count = [&](std::string_view word) {
+        const int found = FindWord(dictionary, word);
+        least = least == G2PA_WORD_SILENT ? found : std::min(least, found);
+    };
+    for (const auto& parts : words)
+        if (const std::string joined = JoinParts(parts); !joined.empty())
+            count(joined);
+        else
+            std::for_each(parts.begin(), parts.end(), count);
+    return least;
+}
+
 void EnglishConverter::Finish() {
     Deliver(SingHeld());
     m_held.clear();
@@ -105,7 +133,7 @@ void EnglishConverter::PronounceFrom(size_t held, size_t word, std::vector<g2pa:
                 break;
         }
     }
-    const Phones joined = PronounceJoined(m_dictionary, parts);
+    const Phones joined = PronounceWord(m_dictionary, JoinParts(parts));
     const SyllablesOfParts shares = DivideWord(joined, parts);
     for (size_t part = 0; part < parts.size(); ++part) {
         const bool alone = joined.empty() && parts.size() > 1;

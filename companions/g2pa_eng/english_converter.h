@@ -30,4 +30,8 @@ private:
     bool m_wordGoesOn = false;
 };
 
+/// A value of G2PA_WORD_...: where the converter has the sounds of a text from, of several words those of the least
+/// known. Hyphens stand between syllables.
+int FindWords(const Dictionary& dictionary, std::string_view text);
+
 } // namespace g2pa_eng

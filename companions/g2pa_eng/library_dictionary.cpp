@@ -24,6 +24,11 @@ public:
             AppendPhones(phones, val_string(val_car(each)));
         return phones;
     }
+    bool Has(std::string_view letters) const override {
+        const std::string word(letters);
+        const std::lock_guard lock(m_mutex);
+        return in_lex(m_lexicon, word.c_str(), nullptr, nullptr) != 0;
+    }
 
 private:
     mutable std::mutex m_mutex;

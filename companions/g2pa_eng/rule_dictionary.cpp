@@ -65,6 +65,7 @@ public:
         MarkStress(phones, letters);
         return phones;
     }
+    bool Has(std::string_view) const override { return false; }
 
 private:
     static Phones PronounceUnmarked(std::string_view word) {

@@ -1,5 +1,7 @@
 #include "dictionary.h"
 
+#include "torv/abi/g2pa.h"
+
 #include <algorithm>
 #include <string>
 
@@ -46,6 +48,22 @@ Phones PronounceLetters(const Dictionary& dictionary, const std::string& letters
     return dictionary.Pronounce(spelled);
 }
 
+/// Watches what a dictionary is asked for.
+class WatchedDictionary : public Dictionary {
+public:
+    explicit WatchedDictionary(const Dictionary& dictionary) : m_dictionary(dictionary) {}
+    Phones Pronounce(std::string_view letters) const override {
+        m_found = m_dictionary.Has(letters) ? G2PA_WORD_LEXICON : G2PA_WORD_RULE;
+        return m_dictionary.Pronounce(letters);
+    }
+    bool Has(std::string_view letters) const override { return m_dictionary.Has(letters); }
+    int Found() const { return m_found; }
+
+private:
+    const Dictionary& m_dictionary;
+    mutable int m_found = G2PA_WORD_COMMON; // the song lexicon comes first
+};
+
 struct Contraction {
     std::string_view ending;
     std::string_view phones;
@@ -66,6 +84,11 @@ void AppendPastEnding(Phones& phones) {
         AppendPhones(phones, "ax d");
     else
         AppendPhones(phones, EndsVoiceless(phones) ? "t" : "d");
+}
+
+int FindWord(const Dictionary& dictionary, std::string_view word) {
+    const WatchedDictionary watched(dictionary);
+    return PronounceWord(watched, word).empty() ? G2PA_WORD_SILENT : watched.Found();
 }
 
 Phones PronounceWord(const Dictionary& dictionary, std::string_view word) {

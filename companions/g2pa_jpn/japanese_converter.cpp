@@ -130,6 +130,13 @@ private:
 namespace g2pa {
 
 std::unique_ptr<Converter> MakeConverter() { return std::make_unique<g2pa_jpn::JapaneseConverter>(); }
+/// Kana and Roman letters are read as they are spelled.
+int FindWord(std::string_view text) {
+    const auto converter = MakeConverter();
+    converter->Put(text);
+    converter->Finish();
+    return converter->HasOutput() && !converter->NextOutput().empty() ? G2PA_WORD_RULE : G2PA_WORD_SILENT;
+}
 const char* const versionText = "G2PA_JPN 1.0";
 const bool slotsEndWithBlank = true;
 

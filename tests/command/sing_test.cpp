@@ -101,3 +101,21 @@ TEST_CASE("sing: what cannot be sung is told in one line and leaves nothing behi
         CHECK(folder.Count() == before);
     }
 }
+
+TEST_CASE("phonemes: of a song with other words and of a text, and where they come from") {
+    const Folder folder;
+    const std::string song = folder.File("scale.mid", Scale(true));
+    const std::string words = "night[n i: t] _ la";
+    folder.File("words.txt", {words.begin(), words.end()});
+    const Run run = folder.Torv("phonemes " + song + " --words command_test_files/words.txt");
+    CHECK(run.said.find("words.txt has 5 syllables too few: from bar 2 on the vowel before goes on") !=
+          std::string::npos);
+    CHECK(run.said.find("night-_       n i: - i: t              by hand\n") != std::string::npos);
+    CHECK(run.said.find("la-_-_-_-_-_  l Q - Q - Q - Q - Q - Q  lexicon\n") != std::string::npos);
+    const auto json = nlohmann::json::parse(folder.Torv("phonemes --json --text \"sa-ku[k M] ra\" --language ja").said);
+    const auto& sung = json.at(0).at("words");
+    CHECK(sung.at(0).at("syllables").at(1).at("from") == "by hand");
+    CHECK(sung.at(1).at("syllables").at(0).at("from") == "rule");
+    CHECK(sung.at(1).at("syllables").at(0).at("phonemes") == nlohmann::json{"4", "a"});
+    CHECK(folder.Torv("phonemes").status == 2);
+}

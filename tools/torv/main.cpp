@@ -7,6 +7,7 @@
 #include "messages.h"
 #include "mix.h"
 #include "optional_values.h"
+#include "phonemes.h"
 #include "play.h"
 #include "sing.h"
 
@@ -27,11 +28,28 @@ namespace {
 constexpr int kBadInput = 1;
 constexpr int kWrongUse = 2;
 
-/// What is asked about a song wherever one is sung.
-void AddSong(CLI::App& command, SongOptions& options) {
+/// What is asked about a song's words.
+void AddWords(CLI::App& command, SongOptions& options) {
     command.add_option("--language", options.language, "What the lyrics are sung as: ja, en, or auto to look at them")
         ->check(CLI::IsMember({"ja", "en", "auto"}))
         ->capture_default_str();
+    command.add_option("--verse", options.verse, "The verse to sing, counted from 1")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    command
+        .add_option("--words", options.words,
+                    "Words to sing in place of the song's: a text, line by line, with hyphens between the syllables "
+                    "of a word, 2. before the second verse and [Alto] before the words of one part")
+        ->type_name("FILE");
+    command.add_option(
+        "--encoding", options.encoding,
+        "How the lyrics' bytes are read: utf-8, shift-jis, euc-jp, latin-1 or another that iconv -l lists; "
+        "else they are looked at");
+}
+
+/// What is asked about a song wherever one is sung.
+void AddSong(CLI::App& command, SongOptions& options) {
+    AddWords(command, options);
     command.add_option("--voice", options.voice, "Who sings (torv voices); else the voice that suits the part");
     command.add_option("--voice-at", options.voicesAt, "Who sings from a bar on, as in 9=Thomas; may be repeated")
         ->type_name("BAR=NAME")
@@ -58,18 +76,6 @@ void AddSong(CLI::App& command, SongOptions& options) {
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     command.add_option("--track", options.track, "The track to sing, counted from 1; else those with the lyrics")
         ->check(CLI::PositiveNumber);
-    command.add_option("--verse", options.verse, "The verse to sing, counted from 1")
-        ->check(CLI::PositiveNumber)
-        ->capture_default_str();
-    command
-        .add_option("--words", options.words,
-                    "Words to sing in place of the song's: a text, line by line, with hyphens between the syllables "
-                    "of a word, 2. before the second verse and [Alto] before the words of one part")
-        ->type_name("FILE");
-    command.add_option(
-        "--encoding", options.encoding,
-        "How the lyrics' bytes are read: utf-8, shift-jis, euc-jp, latin-1 or another that iconv -l lists; "
-        "else they are looked at");
     command.add_option("--transpose", options.transpose, "Semitones up, or down when negative")
         ->check(CLI::Range(-60, 60))
         ->capture_default_str();
@@ -204,6 +210,17 @@ CLI::App* AddInfo(CLI::App& app, InfoOptions& options) {
     return info;
 }
 
+CLI::App* AddPhonemes(CLI::App& app, PhonemesOptions& options) {
+    CLI::App* const phonemes = app.add_subcommand("phonemes", "Show how a song's words are pronounced");
+    phonemes->add_option("INPUT", options.song.input, "The song: a standard MIDI file, a MusicXML score or a UST");
+    phonemes->add_option("--text", options.text, "Words in place of a song, with hyphens between syllables");
+    AddWords(*phonemes, options.song);
+    phonemes->add_flag("--json", options.json, "As JSON");
+    phonemes->footer("Example: torv phonemes --text \"si-lent night[n aI t]\"\n"
+                     "In any lyric and in --words, brackets behind a word give its phonemes by hand.");
+    return phonemes;
+}
+
 struct ListOptions {
     std::string kind;
     bool json = false;
@@ -271,6 +288,8 @@ int main(int argc, char** argv) {
     const CLI::App* const singing = AddSing(app, sing);
     const CLI::App* const encoding = AddEncode(app, encode);
     const CLI::App* const describing = AddInfo(app, info);
+    PhonemesOptions phonemes;
+    const CLI::App* const spelling = AddPhonemes(app, phonemes);
     MixOptions mix;
     PlayOptions play;
     const CLI::App* const playing = AddPlay(app, play);
@@ -296,6 +315,8 @@ int main(int argc, char** argv) {
             ListDevices(list.json);
         else if (*describing)
             Describe(info.input, info.json);
+        else if (*spelling)
+            PrintPhonemes(phonemes);
         else if (*encoding)
             Encode(encode);
         else if (*mixing)

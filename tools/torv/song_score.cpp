@@ -139,10 +139,11 @@ Song ReadSongAskedFor(const SongOptions& options) {
     return song;
 }
 
-SongScore MakeSongScore(const SongOptions& asked) {
+SongScore MakeSongScore(const SongOptions& options) { return MakeSongScore(options, ReadSongAskedFor(options)); }
+
+SongScore MakeSongScore(const SongOptions& asked, Song song) {
     SongOptions options = asked;
     options.input = NameOfInput(asked.input);
-    Song song = ReadSongAskedFor(asked);
     for (const std::string& remark : song.remarks)
         Remark(options.quiet, options.input + ": " + remark);
     const std::vector<PartChoice> choices = ChooseParts(options, song);

@@ -49,6 +49,12 @@ CString CxSampaTransformer::GetG2PAVersionString(int language) {
     return version ? CString(version()) : CString();
 }
 
+int CxSampaTransformer::FindWord(const char* word, int language) {
+    const HMODULE module = torv::ConverterModule(language);
+    const auto find = module ? torv::EntryPoint<G2paFindWordProc>(module, "g2paFindWord") : nullptr;
+    return find && word ? find(word) : -1;
+}
+
 int CxSampaTransformer::LoadFunction(Converters& converters, int language) {
     return converters.emplace_back(language).Bind();
 }

@@ -37,6 +37,9 @@ public:
     int DoTransform(CSequenceObject* track, DWORD value);
     /// A converter's version text; empty for any other language or when it is not loaded. Throws std::bad_alloc.
     static CString GetG2PAVersionString(int language);
+    /// Where a loaded converter has a word's sounds from, a value of G2PA_WORD_... (torv/abi/g2pa.h); below 0 when it
+    /// does not tell. The word is code page 932, with hyphens between its syllables or without.
+    static int FindWord(const char* word, int language);
 
     /// The last error code of a converter, 0 for none.
     int GetLastReturnCode() const { return m_nReturnCode; }

@@ -191,3 +191,17 @@ TEST_CASE("English: the rules take random songs as the library does") {
         REQUIRE(SungByRules(song).size() == song.size());
     }
 }
+
+TEST_CASE("English: where a word's sounds come from") {
+    for (const auto& [text, source] : {std::pair{"night", G2PA_WORD_COMMON},
+                                       {"si-lent NIGHT", G2PA_WORD_COMMON},
+                                       {"la-la-la", G2PA_WORD_COMMON}, // words of their own
+                                       {"sooo", G2PA_WORD_COMMON},
+                                       {"night blorf", G2PA_WORD_RULE},
+                                       {"blor-fing's", G2PA_WORD_RULE},
+                                       {"- ?", G2PA_WORD_SILENT},
+                                       {"", G2PA_WORD_SILENT}}) {
+        CAPTURE(text);
+        CHECK(g2pa_eng::FindWords(g2pa_eng::RuleDictionary(), text) == source);
+    }
+}

@@ -33,6 +33,14 @@ enum {
     G2PA_NO_MEMORY = -4
 };
 
+/** What G2paFindWordProc answers; a negative value is an error code. */
+enum {
+    G2PA_WORD_SILENT = 0,  /**< nothing in it sounds */
+    G2PA_WORD_RULE = 1,    /**< read by its letters */
+    G2PA_WORD_LEXICON = 2, /**< stands in a lexicon, itself or as the stem of an ending */
+    G2PA_WORD_COMMON = 3   /**< is among the commonest words of songs */
+};
+
 /* NOLINTBEGIN(modernize-use-using): hosts in C include this too. */
 /** One lyric element. The text is inline and zero-terminated; the record has room for at least G2PA_MIN_TEXT_BYTES of
     it, and more when the text is longer. Lyrics are code page 932 bytes. */
@@ -57,6 +65,9 @@ typedef int32_t(G2PA_CALL* G2paGetProc)(int32_t handle, void* output);
 typedef int32_t(G2PA_CALL* G2paDeleteProc)(int32_t handle);
 /** A static text. */
 typedef const char*(G2PA_CALL* G2paGetVersionStringProc)(void);
+/** "g2paFindWord", which a converter need not have: where the sounds of a word come from; hyphens stand between its
+    syllables, code page 932. Of several words the least known one counts. It has no effect on any conversion. */
+typedef int32_t(G2PA_CALL* G2paFindWordProc)(const char* word);
 /* NOLINTEND(modernize-use-using) */
 
 #ifdef __cplusplus
