@@ -20,10 +20,14 @@ public:
     CCrossReferenceMap& operator=(const CCrossReferenceMap&) = delete;
     ~CCrossReferenceMap() override;
 
+    /// Appends a pair at an end, or beside a position, and enters both keys. Its position; null when memory is short,
+    /// and at a null position.
+    /// @{
     POSITION AddHead(DWORD id, const char* name);
     POSITION AddTail(DWORD id, const char* name);
     POSITION InsertBefore(POSITION position, DWORD id, const char* name);
     POSITION InsertAfter(POSITION position, DWORD id, const char* name);
+    /// @}
     /// Overwrites the pair and enters its new keys. The old id and name go on finding it until it is removed or they
     /// are entered for another.
     void SetAt(POSITION position, DWORD id, const char* name);
@@ -32,29 +36,43 @@ public:
     void RemoveAt(POSITION position);
     /// 0 when the list is empty.
     int RemoveHead();
+    /// As RemoveHead.
     int RemoveTail();
+    /// Removes every pair and key.
     void RemoveAll();
 
     /// 0, with the outputs untouched, when there is no such pair.
     int GetHead(DWORD& id, CString& name) const;
+    /// As GetHead.
+    /// @{
     int GetTail(DWORD& id, CString& name) const;
     int GetAt(POSITION position, DWORD& id, CString& name) const;
+    /// @}
     /// The pair at the position, which moves on to its neighbour (null after the last).
     int GetNext(POSITION& position, DWORD& id, CString& name) const;
+    /// As GetNext, backwards.
     int GetPrev(POSITION& position, DWORD& id, CString& name) const;
 
+    /// Null when the list is empty.
+    /// @{
     POSITION GetHeadPosition() const { return m_list.GetHeadPosition(); }
     POSITION GetTailPosition() const { return m_list.GetTailPosition(); }
+    /// @}
     /// Null out of range.
     POSITION FindIndex(int index) const { return m_list.FindIndex(index); }
+    /// Pairs, repeated ones counted each.
+    /// @{
     int GetCount() const { return m_list.GetCount(); }
     BOOL IsEmpty() const { return m_list.IsEmpty(); }
+    /// @}
 
     /// Null when the key is not there.
     POSITION Find(DWORD id) const;
+    /// By name, as by id.
     POSITION Find(const char* name) const;
     /// The other half of the pair found; 0, with the output untouched, when the key is not there.
     int Lookup(DWORD id, CString& name) const;
+    /// As by id.
     int Lookup(const char* name, DWORD& id) const;
 
 protected:

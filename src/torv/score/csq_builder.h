@@ -6,7 +6,7 @@ class CIconObject;
 
 /// Any chart record; its first 16 bits are the type.
 struct tagChartSeqEvent {
-    tagEventHeader header;
+    tagEventHeader header; ///< of the record that follows
 };
 
 /// Fills an empty track in time order and keeps its length. Icons and lyrics are attached to the track first; events
@@ -25,11 +25,16 @@ public:
 
     /// Zeroed records of their kind; null when memory is short. They belong to the caller until they are set.
     static tagCsqEventAnote* CreateNoteEvent();
+    /// As CreateNoteEvent.
+    /// @{
     static tagCsqEventAicon* CreateIconEvent();
     static tagCsqEventSinger* CreateSingerEvent();
+    /// @}
     /// Attaches an icon to the track and returns its handle.
     void* RegisterIconObject(CIconObject* icon);
 
+    /// Ticks: the end of the longest note or lasting icon so far; a singer change or a null record sets it back to its
+    /// own clock.
     DWORD GetEndClock() const { return m_dwEndClock; }
 
 private:

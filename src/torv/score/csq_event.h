@@ -13,6 +13,7 @@ class CSequenceObject;
 class TORV_API CCsqEvent : public CObject {
 public:
     CCsqEvent();
+    /// Attached where the other is, with its status, entry and cached record.
     CCsqEvent(const CCsqEvent& other);
     /// Attaches to the other's track when detached, and takes its status, entry and cached record.
     CCsqEvent& operator=(const CCsqEvent& other);
@@ -20,41 +21,59 @@ public:
 
     /// Step and parse; the type of the event reached, or 242 / 241.
     virtual int GetNext();
+    /// As GetNext, backwards.
     virtual int GetPrev();
     /// Inserts an entry for a record of the event pool at the cursor and sets the track's modify flag.
     virtual int Insert(DWORD id, int after);
 
     /// Rewinds the track. 0 when attached already, or for null.
     int Attach(CSequenceObject* track);
+    /// The track attached to; null when detached.
     CSequenceObject* GetSequence() const { return m_pTrack; }
+    /// See above.
     int GetStatus() const { return m_nStatus; }
+    /// The current entry's id in the event pool, 0 when there is none, and the whole entry with its delta.
+    /// @{
     DWORD GetEventID() const { return m_entry.eventId; }
     tagEventEntry GetEntry() const { return m_entry; }
+    /// @}
 
+    /// Before the first event (status 241), behind the last (242).
+    /// @{
     void SeekToBegin();
     void SeekToEnd();
+    /// @}
     /// Moves to a time and returns the time reached; on an event it is parsed.
     DWORD MoveTo(DWORD clock);
     /// To the first (last) of the events at the current clock; nothing between events and at the end. 1.
     int MoveToFront();
+    /// As MoveToFront, to the last.
     int MoveToRear();
     /// Removes the current entry, but not its record, and sets the track's modify flag.
     int RemoveEntry();
+    /// The cursor's clock in ticks.
     DWORD GetPosition() const;
+    /// The current event's clock and the ticks after it. 0 when detached, and for null.
     int GetPosition(tagClockPosition* position) const;
+    /// Keeps the place in the track; a null marker is left alone.
     void StoreLocation(tagLocateMarker* marker) const;
+    /// Goes back there and forgets the cached record, which a non-zero `reread` reads anew.
     void RestoreLocation(const tagLocateMarker* marker, int reread);
 
     /// Whether the cached record has this type and, when it is not 0, this status word.
     int IsValidEvent(WORD type, WORD status) const;
     /// The cached record as one of its kind; null when the current event is another kind.
     tagCsqEventAnote* GetAnoteEventParam();
+    /// As GetAnoteEventParam, for their kinds. The records are the cursor's, valid until it moves.
+    /// @{
     tagCsqEventAicon* GetAiconEventParam();
     tagCsqEventSinger* GetSingerEventParam();
     tagCsqEventMidi* GetMidiEventParam();
+    /// @}
 
     /// The track's stored length.
     DWORD GetSequenceLength() const;
+    /// Stores it, in ticks, and returns it.
     DWORD SetSequenceLength(DWORD length);
     /// The latest end of any event in the chart: of notes with their lengths, of placements and singers with their
     /// icons'.

@@ -6,12 +6,14 @@
 class TORV_API CCsqEventMidi : public torv::KindCursor<tagCsqEventMidi> {
 public:
     ~CCsqEventMidi() override;
+    /// Removes the event and frees its record; 0 on another kind.
     virtual int Remove();
 
     /// A zeroed record; null when memory is short. It belongs to the caller until Insert has put it into a track by its
     /// id (torv::EventIdOf).
     static tagCsqEventMidi* CreateMidiEvent();
 
+    /// Status and data bytes. 1; 0 on another kind and for null.
     int GetMidiMessage(tagMidiChannelMessage* message) const;
     /// Only for a message with the event's own status byte; a status byte of 0 is not tested, and is stored, so that
     /// Write then refuses the event.

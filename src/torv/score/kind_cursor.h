@@ -16,6 +16,7 @@ namespace torv {
 template <class Event, int FirstStatus = 1, int LastStatus = 0>
 class KindCursor : public CCsqEvent {
 public:
+    /// To the next event of the kind; its type, or 242 at the end.
     int GetNext() override {
         int status = 0;
         do
@@ -23,6 +24,7 @@ public:
         while (status != kEventTypeOf<Event> && status != kEventEnd);
         return status;
     }
+    /// The same backwards; 241 at the top.
     int GetPrev() override {
         int status = 0;
         do
@@ -30,6 +32,7 @@ public:
         while (status != kEventTypeOf<Event> && status != kEventTop);
         return status;
     }
+    /// As CCsqEvent::Insert; 0 for a record that is too small for the kind.
     int Insert(DWORD id, int after) override {
         return EventRecordSize(id) >= sizeof(Event) ? CCsqEvent::Insert(id, after) : 0;
     }
@@ -46,7 +49,9 @@ public:
         return 1;
     }
 
+    /// Whether events of the kind may name an icon of this status.
     static int IsValidIcon(int status) { return status >= FirstStatus && status <= LastStatus; }
+    /// The same of the track's icon under a handle; 0 for one that names nothing.
     int IsValidIcon(void* handle) const {
         const CIconObject* const icon = IconOf(HandleOf(handle));
         return icon && IsValidIcon(static_cast<int>(StatusFromID(icon->GetIconID())));

@@ -4,8 +4,8 @@
 
 /// The denominator is 2 to the power of its exponent; 4/4 at first.
 struct tagTimeSignature {
-    BYTE numerator = 4;
-    BYTE denominatorExponent = 2;
+    BYTE numerator = 4;           ///< how many beats a measure has
+    BYTE denominatorExponent = 2; ///< 2: quarters
 };
 static_assert(sizeof(tagTimeSignature) == 2);
 

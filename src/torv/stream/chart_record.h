@@ -10,38 +10,40 @@
 
 namespace torv {
 
-inline constexpr WORD kEventTop = 241; ///< cursor status: before the first event
-inline constexpr WORD kEventEnd = 242; ///< cursor status: after the last event
-inline constexpr WORD kEventMidi = 243;
-inline constexpr WORD kEventAicon = 244;
-inline constexpr WORD kEventAnote = 245;
+inline constexpr WORD kEventTop = 241;           ///< cursor status: before the first event
+inline constexpr WORD kEventEnd = 242;           ///< cursor status: after the last event
+inline constexpr WORD kEventMidi = 243;          ///< a tagCsqEventMidi
+inline constexpr WORD kEventAicon = 244;         ///< a tagCsqEventAicon
+inline constexpr WORD kEventAnote = 245;         ///< a tagCsqEventAnote
 inline constexpr WORD kEventTimeSignature = 246; ///< master track
 inline constexpr WORD kEventTempo = 247;         ///< master track
-inline constexpr WORD kEventSinger = 249;
+inline constexpr WORD kEventSinger = 249;        ///< a tagCsqEventSinger
 
 inline constexpr WORD kNoteStatus = 144; ///< status word of a note that a cursor inserts
 
 } // namespace torv
 
+/// What every record begins with.
 struct tagEventHeader {
-    WORD type;
-    WORD status;
+    WORD type;           ///< torv::kEventAnote and its like
+    WORD status;         ///< of a note torv::kNoteStatus or 0, of a MIDI event its status byte, else 0
     DWORD parameterSize; ///< bytes after this header
 };
 static_assert(sizeof(tagEventHeader) == 8 && offsetof(tagEventHeader, status) == 2 &&
               offsetof(tagEventHeader, parameterSize) == 4);
 
+/// A note with its lyric and icons.
 struct tagCsqEventAnote {
     tagEventHeader header; ///< the low 4 bits of the status word are the channel
     DWORD noteLength;      ///< ticks
-    WORD noteNumber;
-    WORD noteDynamics;
-    DWORD noteAttribute; ///< only the low 16 bits are used
-    DWORD lyricHandle;   ///< handles: 0 none
-    DWORD noteHeadHandle;
-    DWORD noteTailHandle;
-    DWORD vibratoHandle;
-    LONG vibratoOffset; ///< ticks
+    WORD noteNumber;       ///< MIDI key, 60 is C4
+    WORD noteDynamics;     ///< velocity, 0 to 127
+    DWORD noteAttribute;   ///< only the low 16 bits are used
+    DWORD lyricHandle;     ///< handles: 0 none
+    DWORD noteHeadHandle;  ///< an attack's
+    DWORD noteTailHandle;  ///< a release's or transition's
+    DWORD vibratoHandle;   ///< a vibrato's
+    LONG vibratoOffset;    ///< ticks from the note's start
 };
 static_assert(sizeof(tagCsqEventAnote) == 40 && offsetof(tagCsqEventAnote, noteLength) == 8 &&
               offsetof(tagCsqEventAnote, noteNumber) == 12 && offsetof(tagCsqEventAnote, noteDynamics) == 14 &&
@@ -49,37 +51,43 @@ static_assert(sizeof(tagCsqEventAnote) == 40 && offsetof(tagCsqEventAnote, noteL
               offsetof(tagCsqEventAnote, noteHeadHandle) == 24 && offsetof(tagCsqEventAnote, noteTailHandle) == 28 &&
               offsetof(tagCsqEventAnote, vibratoHandle) == 32 && offsetof(tagCsqEventAnote, vibratoOffset) == 36);
 
+/// A dynamics icon on the timeline.
 struct tagCsqEventAicon {
-    tagEventHeader header;
-    DWORD reserved; ///< 0
-    DWORD iconHandle;
+    tagEventHeader header; ///< status 0
+    DWORD reserved;        ///< 0
+    DWORD iconHandle;      ///< in the track; 0 none
 };
 static_assert(sizeof(tagCsqEventAicon) == 16 && offsetof(tagCsqEventAicon, reserved) == 8 &&
               offsetof(tagCsqEventAicon, iconHandle) == 12);
 
+/// From here on another singer.
 struct tagCsqEventSinger {
-    tagEventHeader header;
-    WORD value;    ///< given when the event is inserted
-    WORD reserved; ///< 0
-    DWORD iconHandle;
+    tagEventHeader header; ///< status 0
+    WORD value;            ///< given when the event is inserted
+    WORD reserved;         ///< 0
+    DWORD iconHandle;      ///< in the track; 0 none
 };
 static_assert(sizeof(tagCsqEventSinger) == 16 && offsetof(tagCsqEventSinger, value) == 8 &&
               offsetof(tagCsqEventSinger, reserved) == 10 && offsetof(tagCsqEventSinger, iconHandle) == 12);
 
+/// A plain MIDI message; the encoder passes it over.
 struct tagCsqEventMidi {
     tagEventHeader header; ///< the MIDI status byte is the low byte of the status word
-    BYTE data1;
-    BYTE data2;
-    BYTE unused[2];
+    BYTE data1;            ///< 0 to 127
+    BYTE data2;            ///< 0 to 127
+    BYTE unused[2];        ///< 0
 };
 static_assert(sizeof(tagCsqEventMidi) == 12 && offsetof(tagCsqEventMidi, data1) == 8 &&
               offsetof(tagCsqEventMidi, data2) == 9 && offsetof(tagCsqEventMidi, unused) == 10);
 
 /// A MIDI channel message as it is exchanged.
 struct tagMidiChannelMessage {
-    BYTE status;
+    BYTE status; ///< command and channel
+    /// 0 to 127.
+    /// @{
     BYTE data1;
     BYTE data2;
+    /// @}
 };
 static_assert(sizeof(tagMidiChannelMessage) == 3 && offsetof(tagMidiChannelMessage, data1) == 1 &&
               offsetof(tagMidiChannelMessage, data2) == 2);
@@ -96,6 +104,8 @@ namespace torv {
 /// The event type of a record's kind.
 template <class Record>
 inline constexpr WORD kEventTypeOf = 0;
+/// Of the four kinds.
+/// @{
 template <>
 inline constexpr WORD kEventTypeOf<tagCsqEventMidi> = kEventMidi;
 template <>
@@ -104,6 +114,7 @@ template <>
 inline constexpr WORD kEventTypeOf<tagCsqEventAnote> = kEventAnote;
 template <>
 inline constexpr WORD kEventTypeOf<tagCsqEventSinger> = kEventSinger;
+/// @}
 
 /// The bytes of a record of this type; 0 for a type that is no chart event.
 constexpr DWORD EventSizeOf(WORD type) {
@@ -123,6 +134,7 @@ constexpr DWORD EventSizeOf(WORD type) {
 
 /// A handle of an icon or lyric as records hold it (16 bits, 0 none), and as functions take it.
 inline WORD HandleOf(void* handle) { return static_cast<WORD>(reinterpret_cast<uintptr_t>(handle)); }
+/// The reverse of HandleOf.
 inline void* PointerOf(DWORD handle) { return reinterpret_cast<void*>(static_cast<uintptr_t>(handle)); }
 
 } // namespace torv

@@ -19,21 +19,32 @@ public:
     /// and nothing has changed, when there was one already.
     virtual int Create(DWORD blockSize, int flags);
 
+    /// The data's size and the position, in bytes.
+    /// @{
     DWORD GetSize() const { return m_dwSize; }
     DWORD GetIndex() const { return m_dwPosition; }
+    /// @}
+    /// Non-zero when the position is at the start, at the end.
+    /// @{
     int IsTop() const { return m_dwPosition == 0; }
     int IsBottom() const { return m_dwPosition == m_dwSize; }
+    /// @}
 
     /// From 0 the start, 1 the position, 2 the end; any other origin moves nothing. The target is clamped to the data.
     /// Returns the position.
     DWORD Seek(LONG offset, int from);
+    /// Clamped to the data; returns the position. A block's free room stays behind it: see Write.
     DWORD SeekTo(DWORD position);
 
+    /// Copies out from the position on and moves it; the count that was read.
     DWORD Read(char* destination, DWORD count);
     /// Overwrites from the position on, adding blocks at the end. At the end of a block that has free room (where a
     /// Read stops) it grows that block, so it inserts there; after SeekTo of the same position it overwrites.
     DWORD Write(const char* source, DWORD count);
+    /// Writes at the end, wherever the position was; it is at the new end then.
     DWORD Append(const char* source, DWORD count);
+    /// Moves what follows the position back and puts the bytes there; the position is behind them. Give it no more at
+    /// once than a block holds: a longer piece repeats its first bytes where it goes on in a further block.
     DWORD Insert(const char* source, DWORD count);
     /// The position stays. The count is clamped to the size, and what lies after the position ends it.
     DWORD Remove(DWORD count);

@@ -7,9 +7,12 @@
 class TORV_API CxGlobalBuffer {
 public:
     CxGlobalBuffer() = default;
+    /// As the Create functions; GetBuffer is null when that fails.
+    /// @{
     CxGlobalBuffer(DWORD size, int fixed, int zeroInit);
     CxGlobalBuffer(const char* path, int fixed);
     CxGlobalBuffer(CFile* file, int fixed);
+    /// @}
     virtual ~CxGlobalBuffer();
     CxGlobalBuffer(const CxGlobalBuffer&) = default;
     CxGlobalBuffer& operator=(const CxGlobalBuffer&) = default;
@@ -21,12 +24,16 @@ public:
     /// The whole file from its beginning, wherever its position is.
     void* Create(CFile* file, int fixed);
 
+    /// Frees the memory; GetBuffer is null then.
     void Delete();
     /// The handle, unlocked and from now on the caller's to free; null when empty.
     HGLOBAL Detach();
 
+    /// The locked memory and its bytes; null and 0 when empty.
+    /// @{
     void* GetBuffer() const { return m_pData; }
     DWORD GetSize() const { return m_dwSize; }
+    /// @}
 
 private:
     HGLOBAL m_hMemory = nullptr;

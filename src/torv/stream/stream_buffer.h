@@ -13,14 +13,18 @@ static_assert(sizeof(tagEventEntryHdr) == 8 && offsetof(tagEventEntryHdr, tag) =
 
 /// A saved cursor.
 struct tagLocateMarker {
+    /// The cursor's own fields; a host keeps them and gives them back as they are.
+    /// @{
     LONG state;
     DWORD entryEnd;
     DWORD clock;
     DWORD extra;
+    /// @}
 };
 static_assert(sizeof(tagLocateMarker) == 16 && offsetof(tagLocateMarker, entryEnd) == 4 &&
               offsetof(tagLocateMarker, clock) == 8 && offsetof(tagLocateMarker, extra) == 12);
 
+/// A clock as the cursor has it.
 struct tagClockPosition {
     DWORD clock; ///< of the current entry
     DWORD extra; ///< ticks from there to the cursor
@@ -33,12 +37,15 @@ inline constexpr DWORD kEndMarkTag = 0xFFFFFFFE; ///< closes every stream; no en
 inline constexpr DWORD kTopTag = 0xFFFFFFFF;     ///< the cursor's place before the first entry; no entry may carry it
 inline constexpr DWORD kMaxClock = 0x7FFFFFFF;   ///< what all deltas and the end mark's add up to
 inline constexpr DWORD kStreamBlockSize = 2048;  ///< bytes asked for by every stream of the library
-inline constexpr int kHeapBlocks = -1;
+inline constexpr int kHeapBlocks = -1;           ///< flag of CExtendBuffer::Create: blocks from the heap
 
+/// A cursor's state.
+/// @{
 inline constexpr LONG kCursorAtTop = -1;
 inline constexpr LONG kCursorOnEntry = 0;
 inline constexpr LONG kCursorBetween = 1;
 inline constexpr LONG kCursorAtEnd = -2;
+/// @}
 
 } // namespace torv
 
@@ -52,10 +59,14 @@ public:
 
     /// Entries of `entrySize` bytes (8 or more) in blocks of `blockSize` rounded down to whole entries.
     int Create(DWORD entrySize, DWORD blockSize, int flags);
+    /// Removes every entry; the cursor is at the top.
     void Empty();
 
+    /// Before the first entry, at the end mark.
+    /// @{
     void SeekToBegin();
     void SeekToEnd();
+    /// @}
     /// Moves to a time and returns it, at most 0x7FFFFFFF. Lands on the first entry at that clock, between two entries
     /// (state 1) when there is none, or at the end with a rest. Clock 0 is always the top, before an entry at 0.
     DWORD MoveTo(DWORD clock);
@@ -64,10 +75,12 @@ public:
     DWORD GetStreamLength() const;
     /// The cursor's time: the current entry's clock, and the ticks after it.
     DWORD GetPosition() const { return m_dwClock + m_dwExtra; }
+    /// The same in two numbers. 0 for null.
     int GetPosition(tagClockPosition* position) const;
 
     /// Step and copy the entry out (`entry` may be null). At the end the clock stays at the last entry's.
     int ReadNextEntry(void* entry);
+    /// As ReadNextEntry, backwards; 0 at the top.
     int ReadPrevEntry(void* entry);
     /// The current entry, without moving; between two entries it is the one before the cursor.
     int ReadEntry(void* entry);
@@ -82,6 +95,7 @@ public:
     /// Removes the entry under the cursor; the cursor keeps its time and later entries theirs.
     int RemoveEntry();
 
+    /// Keeps the cursor; 0 for null.
     int StoreLocation(tagLocateMarker* marker) const;
     /// A location that no longer fits is moved to the nearest place that does. The header under the cursor is reloaded
     /// in any case, as a step back from a stale one would lose the clock.
@@ -89,6 +103,7 @@ public:
 
     /// Both do nothing and return 1.
     int InsertTime(DWORD ticks);
+    /// See InsertTime.
     int RemoveTime(DWORD ticks);
 
 protected:
