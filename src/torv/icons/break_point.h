@@ -22,6 +22,6 @@ namespace torv {
 inline constexpr WORD kBreakPointEdge = 0x8000;
 /// What positions inside an icon count to.
 inline constexpr int kIconUnits = 10000;
-inline constexpr int kBreakPointListBlock = 10;
+inline constexpr int kBreakPointListBlock = 10; ///< elements that lists of points are made for at a time
 
 } // namespace torv

@@ -4,12 +4,15 @@
 
 /// Host record of the dynamics icon; the points are in ten-thousandths of the length.
 struct tagDynamicsIconObject {
-    tagIconHeader header;
-    DWORD length; ///< ticks
+    tagIconHeader header; ///< what every icon record begins with
+    DWORD length;         ///< ticks
+    /// 0 to 127 of a level, -127 to 127 of a change.
+    /// @{
     SHORT startDynamics;
     SHORT endDynamics;
-    WORD pointCount;
-    tagBreakPoint* points;
+    /// @}
+    WORD pointCount;       ///< of `points`
+    tagBreakPoint* points; ///< null when there are none
 };
 static_assert(sizeof(void*) != 4 ||
               (offsetof(tagDynamicsIconObject, length) == 148 &&
@@ -19,6 +22,7 @@ static_assert(sizeof(void*) != 4 ||
 
 namespace torv {
 
+/// As for tagIconHeader, with the points.
 TORV_API void ReleaseIconRecord(tagDynamicsIconObject* record);
 
 } // namespace torv
@@ -27,7 +31,9 @@ TORV_API void ReleaseIconRecord(tagDynamicsIconObject* record);
 /// begins: their numbers are offsets, -127..127.
 class TORV_API CIconDynamics : public CIconObject {
 public:
+    /// The icon as newly made: 0 from start to end, without a length.
     CIconDynamics(int status, int articulation, int variation);
+    /// Copies id and all; null as an icon of id 0.
     explicit CIconDynamics(CIconDynamics* other);
 
     int IsContinuance() override; ///< 1 for every articulation but 1
@@ -35,25 +41,35 @@ public:
     int LoadPreset(const char* path) override;
     /// A song's icon is read as it was written: its length and its points' values are not touched.
     int ConstructParameter(CxTypedFile* file, const char* section) override;
+    /// Writes what ConstructParameter reads; points only when there are any.
     int DescribeParameter(CxTypedFile* file, const char* section) override;
     int ReplaceParameter(CIconObject* other) override;
     /// Start and end stay as they were: the value at the cut goes with the point that stood there.
     int TrimIconHead(DWORD clock) override;
     /// The end becomes the value at the cut.
     int TrimIconTail(DWORD clock) override;
+    /// From and into a host's record; 0 for null. The second allocates texts and points: torv::ReleaseIconRecord.
+    /// @{
     using CIconObject::ConstructParameter;
     using CIconObject::DescribeParameter;
     int ConstructParameter(const tagDynamicsIconObject* record);
     int DescribeParameter(tagDynamicsIconObject* record) const;
+    /// @}
 
+    /// Level or offset at the icon's begin and end.
+    /// @{
     int GetStartDynamics() const { return m_nStart; }
     int GetEndDynamics() const { return m_nEnd; }
+    /// @}
     /// A level sets both, in 0..127. For a change any start is stored, while an end beyond -127..127 is refused.
     int SetStartDynamics(int dynamics);
+    /// See SetStartDynamics.
     int SetEndDynamics(int dynamics);
+    /// The value brought into the range of the icon's articulation.
     int NormalizeValue(int value) const;
     /// Brings start and end into the range that files have.
     void NormalizeEnds();
+    /// The curve between start and end, in ten-thousandths of the length; the icon's.
     CBreakPointList* GetDynamicsBPList() { return &m_points; }
 
     /// Appends start, curve and end as they stand when the icon begins at `clock`, with the icon's own values; returns
@@ -68,10 +84,12 @@ public:
     static int GetThreshold(int index);
     /// The first level at or below `value`; 7 when none is.
     static int ScanThresholdIndex(int value);
+    /// The level at a song's start, before any dynamics icon.
     static int GetDefaultDynamics();
 
     /// Dynamics carry no names: always "non" and "".
     CString GetOriginalSingerName() const { return "non"; }
+    /// See GetOriginalSingerName.
     CString GetDevelopperName() const { return ""; }
 
 private:

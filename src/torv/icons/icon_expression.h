@@ -7,22 +7,28 @@
 
 /// The identity of an expression item in the database it comes from.
 struct tagExpressionEntry {
-    int database; ///< number of the expression database
-    int idHigh;   ///< the two parts of the expression id, of which the low 8 bits count
-    int idLow;
+    int database;    ///< number of the expression database
+    int idHigh;      ///< the two parts of the expression id, of which the low 8 bits count
+    int idLow;       ///< see idHigh
     DWORD itemValue; ///< the database's own, passed back unchanged
 };
 static_assert(sizeof(tagExpressionEntry) == 16);
 
 /// Host record of the note icons. Null names leave the icon's names unchanged.
 struct tagNoteIconObject {
-    tagIconHeader header;
+    tagIconHeader header; ///< what every icon record begins with
+    /// As tagExpressionEntry has them.
+    /// @{
     DWORD database;
     DWORD idHigh;
     DWORD idLow;
     DWORD itemValue;
+    /// @}
+    /// NUL-terminated; described ones are new[].
+    /// @{
     char* originalSingerName;
     char* developerName;
+    /// @}
     BYTE duration; ///< low 8 bits
     BYTE depth;    ///< low 8 bits; unused by transitions
 };
@@ -36,6 +42,7 @@ namespace torv {
 /// What a shape has whose file does not say: the middle of 0..127.
 inline constexpr int kDefaultShape = 64;
 
+/// As for tagIconHeader, with the two names.
 TORV_API void ReleaseIconRecord(tagNoteIconObject* record);
 
 } // namespace torv
@@ -43,13 +50,16 @@ TORV_API void ReleaseIconRecord(tagNoteIconObject* record);
 /// An icon from the expression database: the note shapes and the vibrato.
 class TORV_API CIconExpression : public CIconObject {
 public:
+    /// The icon as newly made, of no item in the database.
     CIconExpression(int status, int articulation, int variation);
+    /// Copies id and all; null as an icon of id 0.
     explicit CIconExpression(CIconExpression* other);
     CIconExpression(const CIconExpression&) = default;
 
     /// Expressions of no kind have no preset files: 0.
     int LoadPreset(const char* path) override;
     int ConstructParameter(CxTypedFile* file, const char* section) override;
+    /// Writes what ConstructParameter reads.
     int DescribeParameter(CxTypedFile* file, const char* section) override;
     int ReplaceParameter(CIconObject* other) override;
     /// Writes the icon as a user's expression file: its articulation's name and its caption into "Common", its numbers
@@ -57,20 +67,28 @@ public:
     virtual int DescribeUserExpression(CxTypedFile* file);
     /// What the encoder sends; 64 where a kind has none.
     virtual int GetDuration() const;
+    /// See GetDuration.
     virtual int GetDepth() const;
 
+    /// From and into a host's record; 0 for null. The second allocates texts: torv::ReleaseIconRecord.
+    /// @{
     using CIconObject::ConstructParameter;
     using CIconObject::DescribeParameter;
     int ConstructParameter(const tagNoteIconObject* record);
     int DescribeParameter(tagNoteIconObject* record) const;
+    /// @}
 
+    /// The icon's own, to read and to change.
     tagExpressionEntry* GetExpressionEntry() { return &m_entry; }
     /// The engine's code: both id parts as bytes of 16 bits.
     int GetExpressionID() const { return (m_entry.idHigh & 0xFF) << 8 | (m_entry.idLow & 0xFF); }
+    /// Who sang the expression, who made it: texts for the user, kept in files. Setting one throws std::bad_alloc.
+    /// @{
     CString GetOriginalSingerName() const { return m_strSinger; }
     CString GetDevelopperName() const { return m_strDeveloper; }
     void SetOriginalSingerName(const char* name) { m_strSinger = name; }
     void SetDevelopperName(const char* name) { m_strDeveloper = name; }
+    /// @}
 
 protected:
     /// The keys that a kind has beside those of all icons, in a section that exists.

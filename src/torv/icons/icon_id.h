@@ -14,10 +14,13 @@ enum IconStatus : int {
     kStatusDynamics = 5,
     kStatusSinger = 7,
 };
+/// Of dynamics icons: a level, a rise, a fall.
 enum DynamicsArticulation : int { kDynaff = 1, kCrescendo = 2, kDecrescendo = 3 };
-inline constexpr int kSingerArticulation = 1;
-inline constexpr DWORD kUserIconBit = 0x8000;
+inline constexpr int kSingerArticulation = 1; ///< of singer icons, their only one
+inline constexpr DWORD kUserIconBit = 0x8000; ///< in the variation, and so in the id
 
+/// An id from its three parts, of which the low bits count, and the parts of an id.
+/// @{
 constexpr DWORD MakeIconID(int status, int articulation, int variation) {
     return static_cast<DWORD>(status & 0xFF) << 24 | static_cast<DWORD>(articulation & 0xFF) << 16 |
            static_cast<DWORD>(variation & 0xFFFF);
@@ -25,6 +28,7 @@ constexpr DWORD MakeIconID(int status, int articulation, int variation) {
 constexpr int StatusFromID(DWORD id) { return static_cast<int>(id >> 24); }
 constexpr int ArticulationFromID(DWORD id) { return static_cast<int>(id >> 16 & 0xFF); }
 constexpr int VariationFromID(DWORD id) { return static_cast<int>(id & 0xFFFF); }
+/// @}
 /// A singer's variation packs its two codes; `high` is the language, `low` the program.
 constexpr DWORD MakeSingerIconID(int high, int low) {
     const DWORD variation = static_cast<DWORD>(high) * 256 + static_cast<DWORD>(low);

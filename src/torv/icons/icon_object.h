@@ -10,11 +10,11 @@ class CxTypedFile;
 /// What every icon record of the host begins with. A record that an icon describes itself into owns newly allocated
 /// texts and arrays, which the receiver frees with delete[] or torv::ReleaseIconRecord.
 struct tagIconHeader {
-    DWORD iconId;
-    DWORD originalVariation;
-    DWORD reserved;     ///< the host's own
-    char idString[129]; ///< at most 128 characters and a NUL
-    char* caption;      ///< NUL-terminated; may be null on constructing
+    DWORD iconId;            ///< status, articulation, variation: torv::MakeIconID
+    DWORD originalVariation; ///< the variation of the preset that a user's icon was made from
+    DWORD reserved;          ///< the host's own
+    char idString[129];      ///< at most 128 characters and a NUL
+    char* caption;           ///< NUL-terminated; may be null on constructing
 };
 static_assert(sizeof(void*) != 4 || (offsetof(tagIconHeader, idString) == 12 &&
                                      offsetof(tagIconHeader, caption) == 144 && sizeof(tagIconHeader) == 148));
@@ -42,7 +42,9 @@ public:
     /// Ticks, of an icon whose file does not tell.
     static constexpr int kDefaultLength = 240;
 
+    /// The three parts of the id. No texts, no length.
     CIconObject(int status, int articulation, int variation);
+    /// Copies id and all; null as an icon of id 0.
     explicit CIconObject(CIconObject* other);
     CIconObject(const CIconObject&) = default;
     CIconObject& operator=(const CIconObject&) = delete;
@@ -58,33 +60,50 @@ public:
     virtual int LoadPreset(const char* path);
     /// Reads from, or writes into, one section of a file. Missing keys take their defaults.
     virtual int ConstructParameter(CxTypedFile* file, const char* section);
+    /// Writes what ConstructParameter reads. 1; 0 when memory is refused.
     virtual int DescribeParameter(CxTypedFile* file, const char* section);
     /// Takes over the other icon's parameters and keeps the own id; of an icon of another kind, what they share.
     virtual int ReplaceParameter(CIconObject* other);
     /// Cuts away what lies before (after) `clock` ticks; 0 when the kind has nothing to trim.
     virtual int TrimIconHead(DWORD clock);
+    /// See TrimIconHead.
     virtual int TrimIconTail(DWORD clock);
 
     // Memory that is refused is answered with 0, and then the icon is as it was.
 
+    /// From and into a host's record. The second allocates the texts: torv::ReleaseIconRecord.
+    /// @{
     int ConstructParameter(const tagIconHeader* record);
     int DescribeParameter(tagIconHeader* record) const;
+    /// @}
 
+    /// The ID string names the icon in its database (a preset's: its file's or model's name), the caption is for
+    /// display. Null is empty.
+    /// @{
     CString GetIDString() const { return m_strID; }
     int SetIDString(const char* text);
     CString GetCaption() const { return m_strCaption; }
     void GetCaption(CString& caption) const { caption = m_strCaption; }
     int SetCaption(const char* text);
+    /// @}
     DWORD GetLength() const { return m_dwLength; } ///< ticks
     /// 0 is refused.
     int SetLength(DWORD length);
+    /// Status, articulation and variation as one number.
     DWORD GetIconID() const { return torv::MakeIconID(m_nStatus, m_nArticulation, m_nVariation); }
+    /// The variation of the preset that the icon was made from; carried along, never looked at.
+    /// @{
     DWORD GetOriginalVariation() const { return m_dwOriginalVariation; }
     void SetOriginalVariation(DWORD variation) { m_dwOriginalVariation = variation; }
+    /// @}
+    /// Gives the icon another number; status and articulation are for good.
     void SetVariation(int variation) { m_nVariation = variation; }
 
+    /// Non-zero when the user bit is in the variation: the icon is one that a user made.
+    /// @{
     int IsUserIcon() const;
     static int IsUserIcon(DWORD id);
+    /// @}
 
 protected:
     /// The two sections of icon files of their own.

@@ -19,8 +19,11 @@ public:
     /// IsConsonant without a neighbour.
     static int Verify(const char* phoneme, int language);
 
+    /// For Japanese alone: a i M e o; what ん can be.
+    /// @{
     static int IsVowelJpn(const char* phoneme);
     static int IsSyllabicNasalJpn(const char* phoneme);
+    /// @}
     static int IsConsonantJpn(const char* phoneme); ///< nasals included
     /// "*in", and four English vowels: hosts mark those as symbols too.
     static int IsSymbolJpn(const char* phoneme);

@@ -17,7 +17,7 @@ class PhonemeConverter;
 /// One singer change of a track.
 struct TSingerInfo {
     DWORD position; ///< tick
-    int language;
+    int language;   ///< whose symbols are sung from there on: torv::kJapanese or torv::kEnglish
 };
 static_assert(sizeof(TSingerInfo) == 8);
 
