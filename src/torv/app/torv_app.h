@@ -14,6 +14,7 @@ public:
 
     BOOL InitInstance() override;
     int ExitInstance() override;
+    /// Empty: the application object handles no messages.
     const AFX_MSGMAP* GetMessageMap() const override;
 
     /// String resource 10000. Throws std::bad_alloc.
@@ -21,5 +22,6 @@ public:
 
     /// The phoneme converters, `torv::LoadConverters` and `torv::FreeConverters`.
     int LoadG2PALibrary();
+    /// See LoadG2PALibrary.
     void FreeG2PALibrary();
 };

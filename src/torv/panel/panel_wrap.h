@@ -14,8 +14,11 @@
 class TORV_API CPanelWrap {
 public:
     CPanelWrap();
+    /// Shares the other's library; see above.
+    /// @{
     CPanelWrap(const CPanelWrap&);
     CPanelWrap& operator=(const CPanelWrap&);
+    /// @}
     ~CPanelWrap();
 
     /// Another library than "paneldll.dll", for the next LoadPanelWrap. Throws std::bad_alloc.
@@ -34,17 +37,27 @@ public:
     /// point is missing.
     int GetStatus() const { return m_nStatus; }
 
+    /// The window that the panel is shown in; null for none.
     void SetParent(HWND window);
+    /// Playing starts at a position, in the unit that the host counts plays in; it stops.
+    /// @{
     void SetPlay(LONG position);
     void SetStop();
+    /// @}
     /// The record stays the caller's.
     int SendDeviceData(WAV_DATAS* data);
     /// Ticks.
     int SendPPQPos(LONG position);
+    /// The panel's song position in ticks, its tempo in microseconds to a quarter note.
+    /// @{
     int SendGetPPQPos();
     int SendGetTempo();
+    /// @}
+    /// The host has made the data to play.
     void SetMakeData();
+    /// Everything on show is to be drawn anew.
     void SendAllFlash();
+    /// The track that is selected, from 0.
     void SendSelectTrack(DWORD track);
 
 protected:

@@ -11,6 +11,7 @@ TORV_API int MulDiv(int a, int b, int c);
 
 /// Toward zero; beyond the type's range its nearest end; 0 for NaN.
 TORV_API LONG TruncateToLong(double value);
+/// See TruncateToLong.
 TORV_API long long TruncateToInt64(double value);
 
 } // namespace torv

@@ -11,6 +11,7 @@ namespace torv {
 
 /// Shows `text` with buttons and icon by `type` (MB_...) and returns the answer (IDOK, IDYES, IDNO...).
 using MessageBoxHandler = std::function<int(HWND owner, const char* text, const char* caption, UINT type)>;
+/// Sounds the beep of an icon type (MB_ICON...).
 using BeepHandler = std::function<void(UINT type)>;
 
 /// Installs a handler, or with an empty one the default: the system's box on Windows; elsewhere the text on standard

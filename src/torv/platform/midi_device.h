@@ -18,7 +18,9 @@ public:
     virtual ~MidiOutDevice() = default;
     /// At most 31 bytes of it are shown.
     virtual const char* Name() const = 0;
+    /// Takes the device for a caller. False when it cannot be had.
     virtual bool Open() = 0;
+    /// Gives it back; what still sounds goes silent.
     virtual void Close() = 0;
     /// A whole message of 1 to 3 bytes; on the caller's thread, often a timer's: it should not wait.
     virtual bool ShortMessage(const BYTE* bytes, DWORD count) = 0;

@@ -12,7 +12,7 @@ namespace torv {
 #if defined(_WIN32)
 constexpr char kPathSeparator = '\\';
 #else
-constexpr char kPathSeparator = '/';
+constexpr char kPathSeparator = '/'; ///< what the library writes between folder and file
 #endif
 
 /// Folder and file with one separator between them; the file alone for an empty folder. Null texts are empty.

@@ -46,6 +46,7 @@ public:
 
     /// The first failure, with the system's own number; none before it.
     std::error_code Error() const noexcept { return {m_error, std::system_category()}; }
+    /// Whether that failure was for want of room.
     bool IsDiskFull() const noexcept;
 
     /// Removes every file that is under way in this process, up to 256 of them; each later Commit answers false. Safe

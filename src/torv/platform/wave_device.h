@@ -13,9 +13,9 @@ namespace torv {
 
 /// Whole frames to be played; the bytes stay the caller's, and valid, until the block is done or dropped.
 struct WaveBlock {
-    const BYTE* bytes = nullptr;
-    DWORD count = 0;
-    ULONGLONG number = 0; ///< one more than that of the block before; the first has 1
+    const BYTE* bytes = nullptr; ///< in the stream's format
+    DWORD count = 0;             ///< bytes
+    ULONGLONG number = 0;        ///< one more than that of the block before; the first has 1
 };
 
 /// Hears of a stream's blocks. The call may come on any thread, also within a call of the stream. It neither allocates
@@ -36,6 +36,7 @@ public:
     virtual void Write(const WaveBlock& block) = 0;
     /// Stops where it is; blocks are still queued.
     virtual void Pause() = 0;
+    /// Goes on after a pause.
     virtual void Restart() = 0;
     /// Drops all blocks: none of their bytes is touched any more. Ends a pause.
     virtual void Reset() = 0;

@@ -10,6 +10,7 @@
 
 namespace torv {
 
+/// A text that may be null as a view.
 inline std::string_view View(const char* text) { return text ? text : ""; }
 
 } // namespace torv
@@ -18,6 +19,7 @@ inline std::string_view View(const char* text) { return text ? text : ""; }
 /// Texts are compared byte by byte; a null text counts as an empty one.
 class TORV_API CxEntryMap {
 public:
+    /// A section of this name without entries. Throws std::bad_alloc.
     explicit CxEntryMap(const char* name);
     virtual ~CxEntryMap();
     CxEntryMap(const CxEntryMap&) = delete;
@@ -30,15 +32,21 @@ public:
     int Lookup(const char* key, CString& value) const;
     /// Empty when there is no such key. Throws std::bad_alloc.
     CString ValueAt(const char* key) const;
+    /// 0 when there is no such key.
     int RemoveEntry(const char* key);
+    /// Every entry; the name stays.
     void RemoveAll();
 
+    /// Entries; the section's name, valid as long as the map.
+    /// @{
     int GetCount() const { return m_count; }
     const char* GetSectionName() const { return m_name; }
+    /// @}
 
     /// Null when there is no entry. GetNextAssoc yields one and moves on; after the last, `position` is null. Throws
     /// std::bad_alloc, without having moved on.
     POSITION GetStartPosition() const { return PositionOf(m_first); }
+    /// See GetStartPosition.
     void GetNextAssoc(POSITION& position, CString& key, CString& value) const;
 
 private:

@@ -22,11 +22,17 @@ public:
     /// 1 when the section exists, whether or not the key does: a missing key reads as an empty text, and that is how
     /// readers detect it. 0, with `value` untouched, when the section is missing or there is no memory.
     int ReadEntry(CString& value, const char* section, const char* key) const;
+    /// 0 when there is no such section, or no such key in it.
+    /// @{
     int RemoveSection(const char* name);
     int RemoveEntry(const char* section, const char* key);
+    /// @}
+    /// Every section with its entries.
     void RemoveAll();
 
+    /// Sections.
     int GetCount() const { return static_cast<int>(m_order.GetCount()); }
+    /// Null when there is none; GetNextAssoc yields one and moves on.
     POSITION GetStartPosition() const { return m_order.GetHeadPosition(); }
     /// Throws std::bad_alloc, without having moved on.
     void GetNextAssoc(POSITION& position, CString& name, CxEntryMap*& map) const;

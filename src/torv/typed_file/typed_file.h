@@ -28,6 +28,7 @@ public:
     /// To the path name, in the spaced form. The file is replaced when the new one is whole: a save that answers 0 has
     /// left the old one as it was.
     int Save();
+    /// As Save, to another path, which is the path name from then on.
     int SaveAs(const char* path);
     /// Into an open file at its position, "key = value" with CR LF and an empty line after each section; 0 for a file
     /// error.
@@ -35,23 +36,32 @@ public:
     /// The compact form: "key=value" with LF and no empty lines.
     int Save2(CFile* file);
 
+    /// The section of this name, made at the end when it is missing.
     int AddSection(const char* name);
+    /// Sets a key, making the section when it is missing. A key that is there keeps its place.
     int WriteAt(const char* section, const char* key, const char* value);
     /// `defaultValue` (may be null) only when the section is missing; a missing key of a section that exists reads as
     /// an empty text. Throws std::bad_alloc.
     CString ReadAt(const char* section, const char* key, const char* defaultValue) const;
+    /// 0 when there is nothing of that name.
+    /// @{
     int RemoveSection(const char* name);
     int RemoveEntry(const char* section, const char* key);
+    /// @}
 
     /// Null when there is no such section; valid until it is removed or another file is loaded.
     CxEntryMap* GetEntryMap(const char* name) const;
+    /// The sections in order, and how many there are. They stay the file's.
+    /// @{
     CxSectionMap* GetSectionMap() { return &m_sections; }
     int GetSectionCount() const { return m_sections.GetCount(); }
+    /// @}
     /// Empties the path name as well.
     void RemoveAll();
 
     /// Throws std::bad_alloc.
     void SetPathName(const char* path);
+    /// Of the file loaded last, or as set; empty at first.
     CString GetPathName() const { return m_path; }
 
     /// Copies the first field of a list separated by `separator` (which never matches half of a double-byte character)

@@ -11,24 +11,28 @@
 template <class TYPE, class ARG_TYPE = const TYPE&>
 class CArray : public CObject {
 public:
+    /// Elements.
     int GetSize() const { return static_cast<int>(m_data.size()); }
-    int GetCount() const { return GetSize(); }
-    BOOL IsEmpty() const { return m_data.empty(); }
+    int GetCount() const { return GetSize(); }      ///< as GetSize
+    BOOL IsEmpty() const { return m_data.empty(); } ///< whether GetSize is 0
     /// -1 for an empty array.
     int GetUpperBound() const { return GetSize() - 1; }
     /// New elements are empty ones; a negative size counts as 0. Growth steps are the array's own affair.
     void SetSize(int size, [[maybe_unused]] int growBy = -1) {
         m_data.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
     }
+    /// Gives unused memory back.
     void FreeExtra() { m_data.shrink_to_fit(); }
-    void RemoveAll() { m_data.clear(); }
+    void RemoveAll() { m_data.clear(); } ///< every element
 
+    /// The element at an index; see above for one out of range.
     const TYPE& GetAt(int index) const { return At(index); }
-    TYPE& GetAt(int index) { return At(index); }
-    TYPE& ElementAt(int index) { return At(index); }
-    const TYPE& ElementAt(int index) const { return At(index); }
-    TYPE& operator[](int index) { return At(index); }
-    const TYPE& operator[](int index) const { return At(index); }
+    TYPE& GetAt(int index) { return At(index); }                  ///< as above
+    TYPE& ElementAt(int index) { return At(index); }              ///< as GetAt
+    const TYPE& ElementAt(int index) const { return At(index); }  ///< as GetAt
+    TYPE& operator[](int index) { return At(index); }             ///< as GetAt
+    const TYPE& operator[](int index) const { return At(index); } ///< as GetAt
+    /// Overwrites; an index out of range writes nothing.
     void SetAt(int index, ARG_TYPE element) {
         if (Has(index))
             m_data[static_cast<std::size_t>(index)] = element;
@@ -54,6 +58,7 @@ public:
         m_data.insert(m_data.end(), copy.begin(), copy.end());
         return first;
     }
+    /// Becomes equal to the other.
     void Copy(const CArray& other) { m_data = other.m_data; }
     /// An index beyond the end fills the gap with empty elements; a negative index or count inserts nothing.
     void InsertAt(int index, ARG_TYPE element, int count = 1) {
@@ -64,6 +69,7 @@ public:
             SetSize(index);
         m_data.insert(m_data.begin() + index, static_cast<std::size_t>(count), copy);
     }
+    /// The other array's elements; null inserts nothing.
     void InsertAt(int index, CArray* other) {
         if (index < 0 || !other)
             return;
@@ -82,6 +88,7 @@ public:
 
     /// Null for an empty array.
     TYPE* GetData() { return m_data.empty() ? nullptr : m_data.data(); }
+    /// See above.
     const TYPE* GetData() const { return m_data.empty() ? nullptr : m_data.data(); }
 
 private:
@@ -97,15 +104,17 @@ private:
     mutable TYPE m_nothing{};
 };
 
-/// Objects, pointers and texts. None of them owns what its elements point to.
+/// Objects and pointers. The array does not own what its elements point to.
 class TORV_API CObArray : public CArray<CObject*, CObject*> {
 public:
     ~CObArray() override;
 };
+/// See CObArray.
 class TORV_API CPtrArray : public CArray<void*, void*> {
 public:
     ~CPtrArray() override;
 };
+/// An array of texts, which it holds.
 class TORV_API CStringArray : public CArray<CString, LPCSTR> {
 public:
     ~CStringArray() override;

@@ -13,6 +13,7 @@ public:
     virtual BOOL GetErrorMessage(LPSTR text, UINT size, PUINT helpContext = nullptr) const = 0;
 };
 
+/// Memory was refused.
 class TORV_API CMemoryException : public CException {
 public:
     BOOL GetErrorMessage(LPSTR text, UINT size, PUINT helpContext = nullptr) const override;
@@ -21,6 +22,7 @@ public:
 /// What went wrong with a file: a cause that is the same on every system, the system's own number, and the path.
 class TORV_API CFileException : public CException {
 public:
+    /// Causes, the same numbers on every system.
     enum {
         none,
         generic,
@@ -39,6 +41,7 @@ public:
         endOfFile
     };
 
+    /// The path may be null.
     explicit CFileException(int cause = none, LONG osError = -1, LPCSTR fileName = nullptr)
         : m_cause(cause), m_lOsError(osError), m_strFileName(fileName) {}
 
@@ -47,7 +50,7 @@ public:
 
     BOOL GetErrorMessage(LPSTR text, UINT size, PUINT helpContext = nullptr) const override;
 
-    int m_cause;
-    LONG m_lOsError; ///< a Windows error number, on POSIX too; -1 when there was none
-    CString m_strFileName;
+    int m_cause;           ///< one of the causes above
+    LONG m_lOsError;       ///< a Windows error number, on POSIX too; -1 when there was none
+    CString m_strFileName; ///< may be empty
 };

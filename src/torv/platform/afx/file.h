@@ -10,6 +10,7 @@
 /// lengths are 64-bit. No buffer stands between caller and system.
 class TORV_API CFile : public CObject {
 public:
+    /// How Open opens; to be combined.
     enum OpenFlags {
         modeRead = 0x0000,
         modeWrite = 0x0001,
@@ -25,8 +26,9 @@ public:
         typeText = 0x4000,
         typeBinary = 0x8000
     };
+    /// Origins of Seek.
     enum SeekPosition { begin = 0, current = 1, end = 2 };
-    static constexpr INT_PTR hFileNull = -1;
+    static constexpr INT_PTR hFileNull = -1; ///< m_hFile while nothing is open
 
     CFile() = default;
     /// Throws when the file cannot be opened.
@@ -49,8 +51,12 @@ public:
     virtual void Write(const void* buffer, UINT bytes);
     /// The new position. Beyond the end is allowed; before the beginning throws and moves nothing.
     virtual ULONGLONG Seek(LONGLONG offset, UINT from);
+    /// Shorthands; the second returns the file's length.
+    /// @{
     void SeekToBegin() { Seek(0, begin); }
     ULONGLONG SeekToEnd() { return Seek(0, end); }
+    /// @}
+    /// From the beginning, in bytes.
     virtual ULONGLONG GetPosition() const;
     /// The position does not change.
     virtual ULONGLONG GetLength() const;
@@ -66,9 +72,10 @@ public:
 
     /// Both throw; Rename refuses to replace a file.
     static void Remove(LPCSTR path);
+    /// See Remove.
     static void Rename(LPCSTR from, LPCSTR to);
 
-    INT_PTR m_hFile = hFileNull;
+    INT_PTR m_hFile = hFileNull; ///< the system's handle
 
 protected:
     CString m_strFileName; ///< the absolute path

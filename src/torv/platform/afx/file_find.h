@@ -18,10 +18,12 @@ public:
     BOOL FindFile(LPCSTR pattern = nullptr, DWORD unused = 0);
     /// FALSE for the last match too, and when there is no search.
     BOOL FindNextFile();
+    /// Ends the search; harmless without one.
     void Close();
 
     /// These speak of the current match; empty or FALSE before the first FindNextFile.
     CString GetFileName() const;
+    /// Whether it is a folder.
     BOOL IsDirectory() const { return m_hasCurrent && (m_current.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY); }
 
 private:

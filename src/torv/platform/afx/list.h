@@ -15,10 +15,12 @@ class CList : public CObject {
 public:
     /// The block size, in elements, is part of the interface; nodes are allocated one by one.
     explicit CList([[maybe_unused]] int blockSize = 10) {}
+    /// Copies the elements; positions of the copy are its own.
     CList(const CList& other) : CList() {
         for (Node* node = other.m_head; node; node = node->next)
             AddTail(node->data);
     }
+    /// As copying.
     CList& operator=(const CList& other) {
         if (this != &other)
             CList(other).Swap(*this);
@@ -26,37 +28,46 @@ public:
     }
     ~CList() override { RemoveAll(); }
 
+    /// Elements.
     int GetCount() const { return m_count; }
-    int GetSize() const { return m_count; }
-    BOOL IsEmpty() const { return m_count == 0; }
+    int GetSize() const { return m_count; }       ///< as GetCount
+    BOOL IsEmpty() const { return m_count == 0; } ///< whether GetCount is 0
 
     // The analyser does not follow head and tail through Unlink's conditional and takes them for nodes that are gone.
+    /// Null when the list is empty.
     POSITION GetHeadPosition() const { return PositionOf(m_head); } // NOLINT(clang-analyzer-cplusplus.NewDelete)
-    POSITION GetTailPosition() const { return PositionOf(m_tail); }
+    POSITION GetTailPosition() const { return PositionOf(m_tail); } ///< as GetHeadPosition
+    /// An empty element when the list is empty.
     TYPE& GetHead() { return DataOf(m_head); }
-    const TYPE& GetHead() const { return DataOf(m_head); }
-    TYPE& GetTail() { return DataOf(m_tail); }
-    const TYPE& GetTail() const { return DataOf(m_tail); }
+    const TYPE& GetHead() const { return DataOf(m_head); } ///< as above
+    TYPE& GetTail() { return DataOf(m_tail); }             ///< as GetHead
+    const TYPE& GetTail() const { return DataOf(m_tail); } ///< as GetHead
 
     /// The element at the position, which moves on to its neighbour (null after the last).
     TYPE& GetNext(POSITION& position) { return Step(position, &Node::next); }
+    /// See above.
     const TYPE& GetNext(POSITION& position) const { return Step(position, &Node::next); }
-    TYPE& GetPrev(POSITION& position) { return Step(position, &Node::previous); }
-    const TYPE& GetPrev(POSITION& position) const { return Step(position, &Node::previous); }
-    TYPE& GetAt(POSITION position) { return DataOf(NodeOf(position)); }
-    const TYPE& GetAt(POSITION position) const { return DataOf(NodeOf(position)); }
+    TYPE& GetPrev(POSITION& position) { return Step(position, &Node::previous); }             ///< backwards
+    const TYPE& GetPrev(POSITION& position) const { return Step(position, &Node::previous); } ///< backwards
+    TYPE& GetAt(POSITION position) { return DataOf(NodeOf(position)); }                       ///< without a step
+    const TYPE& GetAt(POSITION position) const { return DataOf(NodeOf(position)); }           ///< without a step
+    /// Overwrites the element; nothing at a null position.
     void SetAt(POSITION position, ARG_TYPE element) {
         if (position)
             NodeOf(position)->data = element;
     }
 
+    /// The new element's position.
     POSITION AddHead(ARG_TYPE element) { return Link(new Node{nullptr, nullptr, element}, nullptr, m_head); }
-    POSITION AddTail(ARG_TYPE element) { return Link(new Node{nullptr, nullptr, element}, m_tail, nullptr); }
+    POSITION AddTail(ARG_TYPE element) {
+        return Link(new Node{nullptr, nullptr, element}, m_tail, nullptr);
+    } ///< as AddHead
     /// The other list's elements, in order; itself included as it stood.
     void AddTail(CList* other) {
         if (other)
             CList(*other).MoveTo(*this, m_tail, nullptr);
     }
+    /// See above; they come before what is there.
     void AddHead(CList* other) {
         if (other)
             CList(*other).MoveTo(*this, nullptr, m_head);
@@ -72,13 +83,16 @@ public:
         return Link(new Node{nullptr, nullptr, element}, at, at ? at->next : nullptr);
     }
 
+    /// Nothing at a null position. No other element's position changes.
     void RemoveAt(POSITION position) {
         if (position)
             Unlink(NodeOf(position));
     }
     /// The removed element; an empty one from an empty list.
     TYPE RemoveHead() { return Take(m_head); }
+    /// See RemoveHead.
     TYPE RemoveTail() { return Take(m_tail); } // NOLINT(clang-analyzer-cplusplus.NewDelete)
+    /// No position is good afterwards.
     void RemoveAll() {
         for (Node* node = m_head; node;)
             delete std::exchange(node, node->next);
@@ -169,18 +183,20 @@ private:
     mutable TYPE m_nothing{};
 };
 
-/// Objects, pointers and texts. None of them owns what its elements point to. Their destructors stand in a source file:
-/// a class whose virtual functions are all inline would have no table in the library that exports it.
+/// Objects and pointers. The list does not own what its elements point to. Destructors stand in a source file: a class
+/// whose virtual functions are all inline would have no table in the library that exports it.
 class TORV_API CObList : public CList<CObject*, CObject*> {
 public:
     using CList::CList;
     ~CObList() override;
 };
+/// See CObList.
 class TORV_API CPtrList : public CList<void*, void*> {
 public:
     using CList::CList;
     ~CPtrList() override;
 };
+/// A list of texts, which it holds.
 class TORV_API CStringList : public CList<CString, LPCSTR> {
 public:
     using CList::CList;

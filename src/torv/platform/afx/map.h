@@ -15,10 +15,12 @@ class CMap : public CObject {
 public:
     /// The block size, in associations, is part of the interface; they are allocated one by one.
     explicit CMap([[maybe_unused]] int blockSize = 10) {}
+    /// Copies the associations in their order.
     CMap(const CMap& other) : CMap() {
         for (const Association* at = other.m_first; at; at = at->second.next)
             (*this)[at->first] = at->second.value;
     }
+    /// As copying.
     CMap& operator=(const CMap& other) {
         if (this != &other) {
             CMap copy(other);
@@ -29,9 +31,10 @@ public:
         return *this;
     }
 
+    /// Associations.
     int GetCount() const { return static_cast<int>(m_table.size()); }
-    int GetSize() const { return GetCount(); }
-    BOOL IsEmpty() const { return m_table.empty(); }
+    int GetSize() const { return GetCount(); }       ///< as GetCount
+    BOOL IsEmpty() const { return m_table.empty(); } ///< whether GetCount is 0
 
     /// FALSE, and the value is untouched, for a key that is not there.
     BOOL Lookup(ARG_KEY key, VALUE& value) const {
@@ -41,6 +44,7 @@ public:
         value = found->second.value;
         return TRUE;
     }
+    /// Sets the key's value; a key that is there keeps its place in the walk.
     void SetAt(ARG_KEY key, ARG_VALUE value) { (*this)[key] = value; }
     /// The key's value; an empty one is put there first when it has none.
     VALUE& operator[](ARG_KEY key) {
@@ -63,11 +67,13 @@ public:
         m_table.erase(found);
         return TRUE;
     }
+    /// No position is good afterwards.
     void RemoveAll() {
         m_table.clear();
         m_first = m_last = nullptr;
     }
 
+    /// Null for an empty map.
     POSITION GetStartPosition() const { return reinterpret_cast<POSITION>(m_first); }
     /// The association at the position, which moves on (null after the last). A null position changes nothing.
     void GetNextAssoc(POSITION& position, KEY& key, VALUE& value) const {

@@ -21,11 +21,16 @@
 class TORV_API CString {
 public:
     CString() = default;
+    /// A copy of a text: up to its NUL; of `length` bytes; of one character, `count` times; taken over.
+    /// @{
     CString(LPCSTR text) : m_text(text ? text : "") {} // implicit: texts pass as strings everywhere
     CString(LPCSTR text, int length);
     explicit CString(char c, int count = 1);
     explicit CString(std::string text) : m_text(std::move(text)) {}
+    /// @}
 
+    /// As the constructors; what is assigned may be a part of the text itself.
+    /// @{
     CString& operator=(LPCSTR text) {
         m_text = std::string(text ? text : "");
         return *this;
@@ -34,22 +39,33 @@ public:
         m_text.assign(1, c);
         return *this;
     }
+    /// @}
 
+    /// NUL-terminated, valid until the text changes.
     operator LPCSTR() const { return m_text.c_str(); }
 
+    /// Bytes; whether there are none; and none from now on.
+    /// @{
     int GetLength() const { return static_cast<int>(m_text.size()); }
     BOOL IsEmpty() const { return m_text.empty(); }
     void Empty() { m_text.clear(); }
+    /// @}
+    /// A byte by its index.
+    /// @{
     char GetAt(int index) const { return Has(index) ? m_text[static_cast<std::size_t>(index)] : '\0'; }
     void SetAt(int index, char c) {
         if (Has(index))
             m_text[static_cast<std::size_t>(index)] = c;
     }
+    /// @}
     template <std::integral Index>
+    /// As GetAt.
     char operator[](Index index) const {
         return std::in_range<int>(index) ? GetAt(static_cast<int>(index)) : '\0';
     }
 
+    /// Appends; the text may be its own.
+    /// @{
     CString& operator+=(const CString& other) {
         m_text += other.m_text;
         return *this;
@@ -63,27 +79,42 @@ public:
         m_text += c;
         return *this;
     }
+    /// @}
 
     /// Negative, 0 or positive, by unsigned bytes.
     int Compare(LPCSTR other) const;
+    /// With ASCII letters of both cases alike.
     int CompareNoCase(LPCSTR other) const;
 
     /// Parts; a start or a count out of range is cut to what there is.
     CString Mid(int first) const;
+    /// See above.
+    /// @{
     CString Mid(int first, int count) const;
     CString Left(int count) const;
     CString Right(int count) const;
+    /// @}
 
     /// The index of the first match at or after `start`, or -1.
     int Find(char c, int start = 0) const;
+    /// The same of a text; an empty one is found at `start`.
     int Find(LPCSTR part, int start = 0) const;
+    /// The index of the last such character; of the first that is in the set. -1 when there is none.
+    /// @{
     int ReverseFind(char c) const;
     int FindOneOf(LPCSTR set) const;
+    /// @}
 
+    /// White space at one end goes.
+    /// @{
     void TrimLeft();
     void TrimRight();
+    /// @}
+    /// ASCII letters alone.
+    /// @{
     void MakeUpper();
     void MakeLower();
+    /// @}
     /// The number of matches replaced.
     int Replace(LPCSTR from, LPCSTR to);
 
@@ -98,6 +129,7 @@ public:
     /// The text of a string resource. FALSE, and the string is empty, when there is none.
     BOOL LoadString(UINT id);
 
+    /// The text itself.
     const std::string& GetStdString() const { return m_text; }
 
 private:

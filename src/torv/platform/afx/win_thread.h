@@ -4,6 +4,7 @@
 #include "torv/platform/export.h"
 #include "torv/platform/system.h"
 
+/// What a thread runs; what it returns is its exit code.
 using AFX_THREADPROC = UINT (*)(LPVOID parameter);
 
 /// A worker thread. While m_bAutoDelete is TRUE, as it is at first, the object goes with its thread and its handle with
@@ -12,6 +13,7 @@ using AFX_THREADPROC = UINT (*)(LPVOID parameter);
 /// suspended and wait for that. A wait that has begun outlives object and handle.
 class TORV_API CWinThread : public CObject {
 public:
+    /// Not begun yet; see CreateThread.
     CWinThread(AFX_THREADPROC proc, LPVOID parameter);
     CWinThread(const CWinThread&) = delete;
     CWinThread& operator=(const CWinThread&) = delete;
@@ -22,20 +24,24 @@ public:
     BOOL CreateThread(DWORD createFlags = 0, UINT stackSize = 0, LPSECURITY_ATTRIBUTES attributes = nullptr);
     /// The count before, or -1.
     DWORD SuspendThread() { return ::SuspendThread(m_hThread); }
+    /// As the system's calls of these names.
+    /// @{
     DWORD ResumeThread() { return ::ResumeThread(m_hThread); }
     BOOL SetThreadPriority(int priority) { return ::SetThreadPriority(m_hThread, priority); }
+    /// @}
     /// FALSE until the thread has looked for messages for the first time.
     BOOL PostThreadMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         return ::PostThreadMessageA(m_nThreadID, message, wParam, lParam);
     }
+    /// m_hThread.
     operator HANDLE() const { return m_hThread; }
 
     /// At the thread's end, on the thread itself: deletes the object if m_bAutoDelete says so.
     virtual void Delete();
 
-    BOOL m_bAutoDelete = TRUE;
-    HANDLE m_hThread = nullptr;
-    DWORD m_nThreadID = 0;
+    BOOL m_bAutoDelete = TRUE;  ///< see above
+    HANDLE m_hThread = nullptr; ///< null before CreateThread
+    DWORD m_nThreadID = 0;      ///< 0 before CreateThread
 
 private:
     static DWORD WINAPI Run(LPVOID self);

@@ -8,9 +8,11 @@
 /// A name for a host's window; it owns nothing, and a window that is gone is only refused.
 class TORV_API CWnd : public CObject {
 public:
+    /// For a window that need not exist; null is none.
     explicit CWnd(HWND window = nullptr) : m_hWnd(window) {}
     ~CWnd() override;
 
+    /// The handle, null for none.
     HWND GetSafeHwnd() const { return m_hWnd; }
     /// FALSE when there is no such window.
     BOOL PostMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
@@ -21,5 +23,5 @@ public:
         return torv::ShowMessageBox(m_hWnd, text, caption, type);
     }
 
-    HWND m_hWnd;
+    HWND m_hWnd; ///< the host's
 };
