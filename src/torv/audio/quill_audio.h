@@ -20,7 +20,7 @@ static_assert(sizeof(void*) != 4 || sizeof(__tagMixDownTrack) == 20);
 
 namespace torv {
 
-using ChunkList = std::vector<CHUNK_INFO>;
+using ChunkList = std::vector<CHUNK_INFO>; ///< the chunks of a file in order
 
 constexpr BYTE kOneBlock = 1; ///< for CxQuillAudio::ReadWave
 
@@ -34,7 +34,7 @@ constexpr WPARAM kAudioFailed = static_cast<WPARAM>(-1); ///< sent: there is a d
 constexpr int kAudioIdle = 0;
 constexpr int kAudioLoading = 1;  ///< playing, with more to come
 constexpr int kAudioLastData = 2; ///< playing, and all of it is at the device
-constexpr int kAudioError = -1;
+constexpr int kAudioError = -1;   ///< a device error ended the play
 
 } // namespace torv
 
@@ -62,6 +62,7 @@ public:
     void GetWaveFormat(WAVEFORMATEX& format) const { format = m_Format; }
     /// Whole frames in the file.
     DWORD GetNumSamples() const;
+    /// The chunks of that file, without the wave chunk around them.
     const torv::ChunkList& GetChunkList() const { return m_chunks; }
 
     /// Gives the buffer the format and the place of the data. 0 when the file has none.
@@ -108,6 +109,7 @@ public:
     static int AddNewChunkInfo(torv::ChunkList& chunks, const CHUNK_INFO& info);
     /// The index-th chunk of this identifier, or null.
     static const CHUNK_INFO* GetChunkInfo(const torv::ChunkList& chunks, DWORD id, int index);
+    /// Takes the chunk of this identifier out of the list, the `index`th from 0. 0 when there is none.
     static int DeleteChunkInfo(torv::ChunkList& chunks, DWORD id, int index);
 
     /// Makes the player ready: 0 while a device is open, when nothing changes.
@@ -141,11 +143,12 @@ public:
     /// Waits until no block is at the device; 0 when the time (ms) is over first. Blocks that wait there last two
     /// seconds at most.
     static int WaitReleaseCue(DWORD milliseconds = 3000);
+    /// Forgets the errors, not that the play has ended with one.
     static void ClearAudioError();
     /// Both set kAudioError, and keep what GetAudioErrorMessage tells: 1 is the internal error, and so is what has no
     /// text; a device error is told to the owner, too (kAudioFailed).
     static void SetAoudioError(int error);
-    static void SetMMeError(UINT error);
+    static void SetMMeError(UINT error); ///< of the device, the system's number
 
 protected:
     static HWAVEOUT& m_hWaveOut;              ///< null: closed

@@ -9,8 +9,8 @@
 
 /// A length of audio; the three last are the whole of it, split.
 struct SAMPLE_TIME {
-    DWORD samples; ///< frames
-    DWORD minutes;
+    DWORD samples;      ///< frames
+    DWORD minutes;      ///< whole ones
     DWORD seconds;      ///< 0..59
     DWORD milliseconds; ///< 0..999, rounded down
 };
@@ -18,8 +18,11 @@ static_assert(sizeof(SAMPLE_TIME) == 16 && offsetof(SAMPLE_TIME, milliseconds) =
 
 namespace torv {
 
+/// For CWaveBuffer::SetPlayParam and GetPlaySource.
+/// @{
 constexpr int kPlayFromMemory = 1;
 constexpr int kPlayFromFile = 2;
+/// @}
 constexpr DWORD kAllFrames = 0xFFFFFFFF; ///< for CWaveBuffer::RemoveSample
 
 } // namespace torv
@@ -43,53 +46,72 @@ public:
 
     /// 0, or what no wave format can tell (below 0 or above 65535), stands for 1 channel, 16 bits, 44100 Hz.
     void SetWaveInfo(int channels, int bits, DWORD rate);
+    /// Fills in the record, block alignment and bytes a second included.
     void MakeWaveFormat(WAVEFORMATEX& format) const;
     DWORD GetWaveSize() const; ///< bytes
+    /// Of the format.
     DWORD GetAverageBytesPerSec() const;
     /// Bytes of so many seconds.
     DWORD CalcBuffSize(DWORD seconds) const;
+    /// How long the buffer is, by its count of frames.
     void GetSmapleTime(SAMPLE_TIME& time) const;
+    /// Bits of a value, Hz, bytes of a frame.
+    /// @{
     DWORD GetSampleBitLength() const { return m_dwBits; }
     DWORD GetSampleRate() const { return m_dwRate; }
     DWORD GetSampleUnitSize() const { return m_dwUnitSize; }
+    /// @}
+    /// Frames; see above.
     DWORD GetNumSamples() const { return m_dwSamples; }
 
     /// To the frame, or behind the last one. Returns the frame reached.
     DWORD MoveTo(DWORD sample);
     /// To a time; before 0 is 0. Multiplies by the channels: in stereo it goes twice as far as the time says.
     DWORD MoveTo(short minutes, short seconds, short milliseconds);
+    /// The cursor in frames.
     DWORD GetSamplePosition() const { return m_dwPosition / m_dwUnitSize; }
 
     /// One frame: 1 when all of it was moved. Several: how many. A null pointer moves nothing.
     int ReadSample(void* frame);
+    /// See above.
     DWORD ReadSample(void* frames, DWORD count);
     /// Overwrites at the cursor, and goes on behind the end.
     int WriteSample(const void* frame);
+    /// See above.
     DWORD WriteSample(const void* frames, DWORD count);
     /// At the cursor, which ends behind them. One frame adds its bytes to the count of frames: see AddSample.
     int InsertSample(const void* frame);
+    /// See above.
     DWORD InsertSample(const void* frames, DWORD count);
     /// At the end. One frame adds its size in bytes, not 1, to the count of frames; WriteSample makes it true again.
     int AddSample(const void* frame);
+    /// See above; the count of frames grows by as many as were added.
     DWORD AddSample(const void* frames, DWORD count);
     /// At the cursor; kAllFrames empties the memory and sets the count to 0. Returns how many.
     DWORD RemoveSample(DWORD count);
 
+    /// Non-zero when the data are in memory.
+    /// @{
     int IsLoaded() const { return m_nLoaded; }
     void SetLoadMark(int mark) { m_nLoaded = mark; }
+    /// @}
     /// Non-zero after every edit.
     int GetModify() const { return m_nModify; }
+    /// Sets or clears the mark.
     void SetModify(int modify) { m_nModify = modify; }
 
     /// Where the data lie in a wave file; SetWaveInfo then counts the frames. Without memory for the path
     /// std::bad_alloc is thrown, and nothing has changed.
     void SetRiffInfo(const char* path, DWORD dataOffset, DWORD dataLength);
+    /// The same without a copy.
     void SetRiffInfo(CString&& path, DWORD dataOffset, DWORD dataLength) noexcept;
+    /// The wave file; empty for none.
     const CString& GetFilePath() const { return m_strPath; }
 
     /// What to play, in frames, `end` excluded and clamped to the count. Source 0 is the memory if it holds data, else
     /// the file. 1 when there is something to play; 0 also for a region beyond 4 GiB.
     int SetPlayParam(DWORD start, DWORD end, int loop, int source);
+    /// What plays: kPlayFromMemory or kPlayFromFile.
     int GetPlaySource() const { return m_nPlaySource; }
     /// Begins to play: gives each of two headers a block of one second, which this buffer owns, and fills both. 0 when
     /// memory or the file cannot be had. The blocks of an earlier play are freed.

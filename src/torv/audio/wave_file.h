@@ -47,6 +47,7 @@ public:
     /// Puts one frame behind the data, values in their low bits; a mono file takes the left one. Returns 1, or 0 when
     /// nothing is open or the data would pass what a header can tell. Writes only when the buffer is full.
     int AppendSample(DWORD left, DWORD right);
+    /// The same value on both sides.
     int AppendSample(DWORD both) { return AppendSample(both, both); }
     /// As many calls of AppendSample with frames as they lie in this file's data. 0 when not all of them fit; then none
     /// is put there.
@@ -58,6 +59,7 @@ public:
     /// whence.
     int SeekSample(LONG frame, int whence);
 
+    /// The file's format, once it is open.
     void GetWaveFormat(WAVEFORMATEX& format) const { format = m_Format; }
     /// Only an empty file changes its format; its header is rewritten. A format whose block alignment does not fit its
     /// channels and bits is refused as well. Throws CMemoryException, and nothing has changed, without room for the
@@ -68,12 +70,16 @@ public:
     void SetPrePostBlanks(DWORD leadIn, DWORD tail);
     /// The frames to play, `endFrame` excluded; an end of 0 keeps the old one. Appending moves the end to the data's.
     void SetPlayDuration(DWORD start, DWORD endFrame);
+    /// In frames; the end is excluded.
+    /// @{
     DWORD GetPlayStartPosition() const { return m_dwPlayStart; }
     DWORD GetPlayEndPosition() const { return m_dwPlayEnd; }
+    /// @}
     /// Length of the timeline in frames.
     DWORD GetPlaySamples() const;
     /// Moves on the timeline: absolute (`whence` 0) or relative (1). Returns 1, or 0 for another whence.
     int SeekPlayPointer(LONG position, int whence);
+    /// In frames of the timeline, lead-in included.
     DWORD GetCurrentPlayPointer() const { return static_cast<DWORD>(m_qwPlayPointer); }
     /// The next frame of the timeline, scaled by the gains (full scale 1.0); with `loop` the timeline starts again.
     /// Returns 1 while the file plays, 0 with silence when it has ended.
@@ -87,15 +93,22 @@ public:
 
     /// Linear volumes (1.0 leaves the samples as they are); pans outside -1.0..+1.0 become the centre.
     void SetAmplitudes(double volumeLeft, double volumeRight, double pan);
+    /// See SetAmplitudes; the volume is for both sides.
+    /// @{
     void SetVolume(double volume);
     void SetPanpot(double pan);
+    /// @}
+    /// Non-zero plays silence.
     void SetMute(int mute) { m_nMute = mute; }
     /// Peaks of what is read for playing go to two windows; a code or an interval (frames) of 0 keeps the old one,
     /// which at first is 50 ms of the file that is open.
     void SetLevelNotify(CWnd* left, CWnd* right, UINT message, WORD code, DWORD interval);
 
+    /// Frames and bytes of sample data, buffered ones included.
+    /// @{
     DWORD GetTotalSamples() const { return m_dwFrames; }
     DWORD GetWaveDataByte() const { return m_dwDataBytes; }
+    /// @}
     /// Copies up to `bytes` bytes of sample data from the beginning; returns how many.
     DWORD GetWaveData(BYTE* data, DWORD bytes);
     /// Scales raw sample data of this file's format by its gains, from `in` to `out` (which may be the same), each
@@ -103,8 +116,11 @@ public:
     /// at the end is copied. Returns 1, or 0 for a null pointer or a format that cannot be scaled.
     int AddVolumeToWaveData(const BYTE* in, BYTE* out, DWORD bytes, int clip) const;
 
+    /// At the file's rate.
+    /// @{
     double SamplesToMilliSec(double samples) const;
     double MilliSecToSamples(double milliseconds) const;
+    /// @}
 
 private:
     bool IsReady() const { return m_hFile != hFileNull && m_pBuffer; }

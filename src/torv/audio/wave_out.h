@@ -24,9 +24,12 @@ namespace torv {
 
 struct MixPass;
 
-constexpr int kMixerTracks = 16;
+constexpr int kMixerTracks = 16; ///< slots that play: 0 to 15
+/// For CWaveOut::SetRouting.
+/// @{
 constexpr int kDeviceRoute = 0;
 constexpr int kReWireRoute = 1;
+/// @}
 constexpr int kSilentDevice = 1;         ///< for CWaveOut::SetOutputDeviseType
 constexpr DWORD kWholeFile = 0xFFFFFFFF; ///< for tagMixDownTrack::end
 
@@ -44,13 +47,17 @@ constexpr DWORD kWholeFile = 0xFFFFFFFF; ///< for tagMixDownTrack::end
 class TORV_API CWaveOut {
 public:
     CWaveOut();
+    /// Settings, tracks and meters of the other; it plays nothing.
+    /// @{
     CWaveOut(const CWaveOut& other);
     CWaveOut& operator=(const CWaveOut& other);
+    /// @}
     /// Stops.
     virtual ~CWaveOut();
 
     /// Decibels to a linear gain and back; 0 has no decibels and gives minus infinity.
     static double Db2Amplitude(double decibels);
+    /// See Db2Amplitude.
     static double Amplitude2Db(double amplitude);
     /// The product names of the output devices in their order, in place of what the list held; returns how many, and
     /// none without memory for all of them.
@@ -65,9 +72,11 @@ public:
     /// Clears a slot; any other number does nothing. When this returns the play no longer reads the file. To be done
     /// before a file goes, which nothing here can know.
     void UnregisterTrack(int slot);
+    /// Every slot, as UnregisterTrack.
     void UnregisterTrackAll();
     /// Null for an empty slot, and for none.
     CWaveFile* GetTrack(int slot) const;
+    /// Files in the slots 0 to 15.
     int GetRegisteredTrackCount() const;
     /// Moves every file on its timeline, absolute (`whence` 0) or relative (1); while it plays, between two blocks.
     /// Returns the whence value and-ed with every file's result: so 0 whenever it is 0.
@@ -102,6 +111,7 @@ public:
     void PostMessageToScoreWnd(UINT message, WPARAM code, LONG samplePosition);
     /// In ReWire mode: post the position as it is, or the end with -1 (unless the end code is 0).
     void REWIRE_WaveOut(LONG position);
+    /// Posts the end; see REWIRE_WaveOut.
     void REWIRE_WaveOutEnd();
     /// Peaks of the mix, times the master gains but not the mute, go to two windows; a code or an interval (frames; 50
     /// ms at first) of 0 keeps the old one.
@@ -117,11 +127,16 @@ public:
     /// Linear volume, 1.0 at first. A pan outside -1.0..+1.0 becomes the centre, and so does every pan while there is
     /// one output channel.
     void SetMasterVolume(double volume, double pan);
+    /// See above.
+    /// @{
     void SetMasterVolume(double volume);
     void SetMasterPanpot(double pan);
+    /// @}
     /// 1 or 2; any other number is passed over. Always returns 1.
     int SetMasterOutputChannels(WORD channels);
+    /// Non-zero silences what is heard; the play goes on.
     void SetMute(int mute) { m_nMasterMute = mute; }
+    /// Non-zero starts the files again at their ends.
     void SetLoop(int loop) { m_nLoop = loop; }
 
     /// Renders the mix, with the master gains and without loop, into a new wave file: 16-bit stereo at 44100 Hz. A mix
@@ -139,6 +154,7 @@ public:
     /// Of the last play or mix down: the largest magnitude (full scale 1.0), and how many frames passed what a sample
     /// can hold, and wrapped.
     double GetPeakLevel() const { return m_dPeakLevel; }
+    /// See GetPeakLevel.
     DWORD GetWrappedFrames() const { return m_dwWrappedFrames; }
 
 protected:

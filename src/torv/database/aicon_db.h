@@ -10,8 +10,10 @@ public:
     /// Empties the database and reads it anew. 0 when the definition file cannot be used, which the user is told; what
     /// was read until then stays. An icon that cannot be read is told and passed over.
     int LoadDatabase(const char* path);
+    /// Forgets every icon.
     void CloseDatabase();
 
+    /// Of the definition file that was read.
     CString GetPathName() const { return m_strPath; }
     /// The title of the definition file.
     CString GetDatabaseName() const { return m_strName; }

@@ -26,6 +26,7 @@ public:
     /// Reads every expression's items. 0, after a message, when the library does not tell them; it must stay loaded
     /// until the database closes. An item whose icon file cannot be read is told and passed over.
     int OpenDatabase(torv::DatabaseLibrary* library);
+    /// Forgets every icon; the library is not called any more.
     void CloseDatabase();
 
     bool HasArticulation(int status, int articulation) const override;

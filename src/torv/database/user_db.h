@@ -26,6 +26,7 @@ public:
     /// file, ours gets a new one, and the user is told. 0, and the file is as it was, when there is one that cannot be
     /// read, or when it cannot be written.
     int SaveDatabase();
+    /// Forgets every icon and the file.
     void CloseDatabase();
 
     bool HasArticulation(int status, int articulation) const override;

@@ -13,12 +13,13 @@ class DatabaseLibrary;
 
 /// A voice as a host gets it.
 struct tagVoiceParameters {
-    char* name; ///< newly allocated; freed with delete[] or torv::ReleaseVoiceParameters
-    tagVoiceChangeParam parameters;
+    char* name;                     ///< newly allocated; freed with delete[] or torv::ReleaseVoiceParameters
+    tagVoiceChangeParam parameters; ///< the seventeen settings
 };
 
 namespace torv {
 
+/// Frees the name and clears it; null is left alone.
 TORV_API void ReleaseVoiceParameters(tagVoiceParameters* record);
 
 } // namespace torv
@@ -32,6 +33,7 @@ public:
     /// Reads every voice. 0, after a message, when the library does not tell them; it must stay loaded until the
     /// database closes. A second voice of the same two numbers is told and passed over.
     int OpenDatabase(torv::DatabaseLibrary* library);
+    /// Forgets every voice; singer icons are answered by others that are open, or not at all.
     void CloseDatabase();
     /// Reads the voices anew, as after they were edited. Earlier singer models are gone.
     int ReloadDatabase();
@@ -51,11 +53,15 @@ public:
     /// The user's voices: each call asks the library and reads the voices anew when it agrees. 1, or 0 with the
     /// library's answer in GetLastStatus.
     int CreateVoice(int language, int installedVoice, const char* name, int* program);
+    /// Of a voice that a user made, by its two numbers: a copy under the next free program, another name, other
+    /// numbers, other settings, its end. Voices that came with the library can only be copied.
+    /// @{
     int CopyVoice(int language, int program, const char* name, int* newProgram);
     int RenameVoice(int language, int program, const char* name);
     int MoveVoice(int language, int program, int toLanguage, int toProgram);
     int SetVoiceParameters(int language, int program, const tagVoiceChangeParam& parameters);
     int DeleteVoice(int language, int program);
+    /// @}
     /// What the library answered last.
     int GetLastStatus() const { return m_status; }
 

@@ -6,7 +6,7 @@
 struct tagKelControllerEntry {
     DWORD delta; ///< ticks after the entry before
     DWORD tag;   ///< the host's own
-    DWORD value;
+    DWORD value; ///< see above
 };
 static_assert(sizeof(tagKelControllerEntry) == 12 && offsetof(tagKelControllerEntry, value) == 8);
 
@@ -19,14 +19,22 @@ public:
     /// 0 when memory is short, and on a buffer that was created, whose entries stay.
     int Create();
 
+    /// The current entry, read or overwritten (its delta stays), and one more at the end. 0 when there is none, and for
+    /// null.
+    /// @{
     int ReadEvent(tagKelControllerEntry* entry) { return ReadEntry(entry); }
     int WriteEvent(tagKelControllerEntry* entry) { return WriteEntry(entry); }
     int AddEvent(tagKelControllerEntry* entry) { return AddEntry(entry); }
+    /// @}
     /// At the cursor, after the current entry when on one.
     int InsertEvent(tagKelControllerEntry* entry) { return InsertEntry(entry, 1); }
     /// The tag of the entry reached, or torv::kEventEnd at the end and torv::kEventTop at the top.
     DWORD SeekNext();
+    /// As SeekNext, backwards.
     DWORD SeekPrev();
+    /// Removes the entry under the cursor (0 when there is none); removes all.
+    /// @{
     int RemoveEvent() { return RemoveEntry(); }
     void RemoveAll() { Empty(); }
+    /// @}
 };

@@ -11,21 +11,24 @@
 
 /// Tag torv::kEventAnote.
 struct tagKelNoteEvent {
-    tagLyricObject lyric;
+    tagLyricObject lyric; ///< with its syllables
+    /// With their texts and curves; null for none.
+    /// @{
     tagNoteIconObject* noteIcon;
     tagVibratoIconObject* vibratoIcon;
+    /// @}
 };
 static_assert(sizeof(void*) != 4 || (sizeof(tagKelNoteEvent) == 16 && offsetof(tagKelNoteEvent, noteIcon) == 8 &&
                                      offsetof(tagKelNoteEvent, vibratoIcon) == 12));
 
 /// Tag torv::kEventAicon.
 struct tagKelDynamicsEvent {
-    tagDynamicsIconObject icon;
+    tagDynamicsIconObject icon; ///< with its texts and points
 };
 
 /// Tag torv::kEventSinger.
 struct tagKelSingerEvent {
-    tagSingerIconObject icon;
+    tagSingerIconObject icon; ///< with its caption
 };
 
 /// One entry of a CKelEventBuffer.
@@ -58,14 +61,19 @@ public:
 
     /// The current entry; the buffer's record comes along and stays the buffer's.
     int ReadEvent(tagKelEventEntry* entry) { return ReadEntry(entry); }
+    /// Overwrites the current entry but for its delta; appends. The records' owners are as said above.
+    /// @{
     int WriteEvent(tagKelEventEntry* entry) { return WriteEntry(entry); }
     int AddEvent(tagKelEventEntry* entry) { return AddEntry(entry); }
+    /// @}
     /// At the cursor, after the current entry when on one.
     int InsertEvent(tagKelEventEntry* entry) { return InsertEntry(entry, 1); }
     /// The tag of the entry reached, or torv::kEventEnd at the end and torv::kEventTop at the top.
     DWORD SeekNext();
+    /// As SeekNext, backwards.
     DWORD SeekPrev();
     /// Removes the entry under the cursor and frees its record.
     int RemoveEvent();
+    /// Removes every entry and frees every record.
     void RemoveAll();
 };

@@ -14,8 +14,10 @@ public:
     /// memory is short.
     int Create(DWORD blockSize);
 
+    /// Sets or clears the mark of a change.
     void SetModify(int modify) { m_nModify = modify; }
     int GetModify() const { return m_nModify; } ///< 1 after every change but Create and Load
+    /// Frames held; see InsertData for how it counts.
     DWORD GetNumFrames() const { return m_dwFrames; }
     DWORD GetSampleRate() const { return m_dwSampleRate; } ///< Hz
     DWORD GetFrameStep() const { return m_dwFrameStep; }   ///< samples from frame to frame
@@ -23,19 +25,25 @@ public:
 
     /// Clamped to the frames there are. The new position.
     DWORD MoveTo(DWORD frame);
+    /// In frames.
     DWORD GetFramePosition() const { return m_dwFrameSize ? GetIndex() / m_dwFrameSize : 0; }
     /// One frame: 1 when the whole of it was read. A count: the frames read.
     int ReadData(void* frame);
+    /// See above.
     DWORD ReadData(void* frames, DWORD count);
     /// Overwrites from the position on, as CExtendBuffer::Write does, and counts the frames anew.
     int WriteData(const void* frame);
+    /// See above.
     DWORD WriteData(const void* frames, DWORD count);
     /// Inserts at the position, or appends. The count grows by 4 for a single frame, and by the frames placed for many;
     /// many at once spill into further blocks as CExtendBuffer::Insert does.
     int InsertData(const void* frame);
+    /// See InsertData.
+    /// @{
     int AddData(const void* frame);
     DWORD InsertData(const void* frames, DWORD count);
     DWORD AddData(const void* frames, DWORD count);
+    /// @}
     /// Removes frames at the position; 0xFFFFFFFF stands for as many as are counted.
     DWORD RemoveData(DWORD count);
     /// As CExtendBuffer::Load. The count becomes the frames loaded, whatever was held before.

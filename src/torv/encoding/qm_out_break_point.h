@@ -19,6 +19,7 @@ public:
     CxQMOutBreakPoint& operator=(const CxQMOutBreakPoint&) = delete;
     virtual ~CxQMOutBreakPoint();
 
+    /// Whether no points are attached.
     bool IsEmpty() const { return m_points.empty(); }
     /// Forgets the points.
     virtual void DetachObject();

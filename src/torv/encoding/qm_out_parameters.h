@@ -10,6 +10,7 @@ class CIconVibrato;
 /// Loudness, 0..127.
 class TORV_API CxQMOutDynamics : public CxQMOutBreakPoint {
 public:
+    /// The track's curve. 1; 0 for null and when memory is short.
     int AttachObject(const CBreakPointList* list);
     /// The icon's curve from `tick` on, with `currentDynamics` as the level in force.
     int AttachObject(CIconDynamics* icon, DWORD tick, int currentDynamics);
@@ -20,17 +21,21 @@ public:
 /// A vibrato icon's curve from a tick on: mode 0 its depth, mode 1 its rate; any other mode fails.
 class TORV_API CxQMOutVibrato : public CxQMOutBreakPoint {
 public:
+    /// 1; 0 for null, another mode, and when memory is short.
     int AttachObject(CIconVibrato* icon, DWORD tick, int mode);
 };
 
+/// Tremolo depth, 0..127.
 class TORV_API CxQMOutTremoloDepth : public CxQMOutBreakPoint {
 public:
+    /// The track's curve. 1; 0 for null and when memory is short.
     int AttachObject(const CBreakPointList* list);
 };
 
 /// Pitch bend, -8192..8191 in the list, sent as 14 bits from 0.
 class TORV_API CxQMOutPitchBend : public CxQMOutBreakPoint {
 public:
+    /// The track's curve. 1; 0 for null and when memory is short.
     int AttachObject(const CBreakPointList* list);
     DWORD WriteNextNPRNEvents(BYTE* out, int value, tagQuillNPRNBlock* block) const override;
 };
@@ -38,6 +43,7 @@ public:
 /// Pitch bend sensitivity in semitones, sent with a data LSB of 0.
 class TORV_API CxQMOutPitchBendSens : public CxQMOutBreakPoint {
 public:
+    /// The track's curve. 1; 0 for null and when memory is short.
     int AttachObject(const CBreakPointList* list);
     DWORD WriteNextNPRNEvents(BYTE* out, int value, tagQuillNPRNBlock* block) const override;
 };
@@ -45,6 +51,7 @@ public:
 /// One of the seventeen voice controls, named by its selector.
 class TORV_API CxQMOutVoiceControl : public CxQMOutBreakPoint {
 public:
+    /// The track's curve. 1; 0 for null and when memory is short.
     int AttachObject(const CBreakPointList* list, BYTE selector);
     DWORD WriteNextNPRNEvents(BYTE* out, int value, tagQuillNPRNBlock* block) const override;
 

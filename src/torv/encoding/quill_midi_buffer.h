@@ -17,11 +17,11 @@ static_assert(sizeof(tagQuillMidiEntry) == 16);
 
 /// The first 24 bytes of a block that carries a delay.
 struct tagQuillMidiMessageHead {
-    BYTE bytes[24];
+    BYTE bytes[24]; ///< control changes of three bytes
 };
 /// The first 60 bytes of a note segment's block, as far as its duration and beyond.
 struct tagQuillNoteMidiMessage {
-    BYTE bytes[60];
+    BYTE bytes[60]; ///< control changes of three bytes
 };
 
 /// The encoded engine stream of one track: an index of entries ordered by tick over a store of event bytes that only
@@ -30,8 +30,11 @@ struct tagQuillNoteMidiMessage {
 class TORV_API CQuillMidiBuffer {
 public:
     CQuillMidiBuffer();
+    /// Shares the other's entries and bytes; see above.
+    /// @{
     CQuillMidiBuffer(const CQuillMidiBuffer&);
     CQuillMidiBuffer& operator=(const CQuillMidiBuffer&);
+    /// @}
     virtual ~CQuillMidiBuffer();
 
     /// `mode` 1: real time, one entry a block, with a time; 0: file, one entry a message. `presend` in milliseconds,
@@ -41,9 +44,11 @@ public:
     /// Appends an event `delta` ticks after the last entry. Returns 0, with no entry added, when the bytes cannot be
     /// stored. The second form stores two runs back to back as one event.
     int AddEvent(DWORD delta, const BYTE* bytes, DWORD length, LONG time);
+    /// See above.
     int AddEvent(DWORD delta, const BYTE* bytes1, DWORD length1, const BYTE* bytes2, DWORD length2, LONG time);
     /// Inserts an event at the index's position: after the current entry (`where` 1) or before it (0).
     int InsertEvent(const BYTE* bytes, DWORD length, LONG time, int where);
+    /// The same from two runs, as one event.
     int InsertEvent(const BYTE* bytes1, DWORD length1, const BYTE* bytes2, DWORD length2, LONG time, int where);
     /// MoveTo(tick), then InsertEvent.
     int InsertEventAt(DWORD tick, const BYTE* bytes, DWORD length, LONG time, int where);
@@ -61,11 +66,17 @@ public:
     /// Places the index so that a following insert lands after every entry at or before `tick`. Returns 0 when it
     /// cannot stand exactly there.
     int MoveTo(DWORD tick);
+    /// The entry at the index, the next and the one before. 1; 0 when there is none, and for null.
+    /// @{
     int ReadEntry(tagQuillMidiEntry* entry);
     int ReadNextEntry(tagQuillMidiEntry* entry);
     int ReadPrevEntry(tagQuillMidiEntry* entry);
+    /// @}
+    /// The index before the first entry, behind the last.
+    /// @{
     void SeekToBegin();
     void SeekToEnd();
+    /// @}
     /// Ticks.
     DWORD GetPosition();
 
@@ -78,6 +89,7 @@ public:
     /// Looks whether `time` falls inside a sounding note segment, from the last entry at or before it on, and keeps the
     /// answer as the loop-end state. Returns 1.
     int SetLoopEndState(DWORD time);
+    /// 1 when that time falls inside a sounding note, else 0.
     int GetLoopEndState() const { return m_nLoopEndState; }
     /// Empties `table` and returns 0: the state at a position is restored by the synthesis driver's own chasing, so no
     /// caller may rely on an output here.
@@ -85,16 +97,22 @@ public:
 
     /// A block's delay in milliseconds, 14 bits.
     static DWORD GetDelay(const tagQuillMidiMessageHead* head);
+    /// Writes it; the low 14 bits count.
     static void SetDelay(tagQuillMidiMessageHead* head, DWORD delay);
     /// A note segment's duration in milliseconds, 14 bits.
     static DWORD GetNoteDuration(const tagQuillNoteMidiMessage* message);
 
+    /// As given to Create: mode, ticks between a block's messages in a file, milliseconds.
+    /// @{
     int GetMode() const { return m_nMode; }
     DWORD GetEventInterval() const { return m_dwInterval; }
     DWORD GetPresendTime() const { return m_dwPresend; }
+    /// @}
     /// The end of the latest sounding content, in ticks and in milliseconds; kept by the encoders.
     DWORD GetLastTick() const { return m_dwLastTick; }
+    /// See GetLastTick.
     DWORD GetLastTime() const { return m_dwLastTime; }
+    /// Sets both ends, tick and milliseconds.
     void SetLast(DWORD tick, DWORD time);
     /// SetLast, but only when `tick` is later than the last tick.
     void RaiseLast(DWORD tick, DWORD time);

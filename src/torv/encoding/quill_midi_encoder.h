@@ -17,7 +17,7 @@ class CxQMOutBreakPoint;
 
 /// What EncodeSequenceTrack is given; both are borrowed.
 struct tagQuillMidiEncodeStruct {
-    CSequenceObject* track;
+    CSequenceObject* track;      ///< as it stands; its cursor is moved
     tagSequenceTimeMap* timeMap; ///< from CreateSequenceTimeMap
 };
 
@@ -33,7 +33,9 @@ public:
     CxQuillMidiEncoder(const CxQuillMidiEncoder&) = delete;
     CxQuillMidiEncoder& operator=(const CxQuillMidiEncoder&) = delete;
 
+    /// What is written: an entry a message, for files, or an entry a block with its time, for engines.
     enum OutMode { kFileMode = 0, kRealTimeMode = 1 };
+    /// Which curves are sampled how densely.
     enum ResolutionSlot { kDynamicsSlot = 0, kVibratoDepthSlot = 1, kVibratoRateSlot = 2, kResolutionSlots = 3 };
 
     /// Encodes in real-time mode, which the object keeps; a presend time outside its range is replaced by the default.
@@ -44,18 +46,31 @@ public:
     /// resolution of a slot is tested at once: -1 (a curve's own points only) or an entry of the table, else 0 and
     /// nothing changes.
     void SetPresendTime(DWORD milliseconds) { m_dwPresend = milliseconds; }
+    /// Milliseconds by which every block is sent ahead, 2000 at first.
     DWORD GetPresendTime() const { return m_dwPresend; }
+    /// Ticks between the messages of a block in a file, 0 at first.
+    /// @{
     void SetEventInterval(DWORD ticks) { m_dwInterval = ticks; }
     DWORD GetEventInterval() const { return m_dwInterval; }
+    /// @}
+    /// kFileMode or kRealTimeMode; a run sets its own.
+    /// @{
     void SetOutMode(int mode) { m_nOutMode = mode; }
     int GetOutMode() const { return m_nOutMode; }
+    /// @}
+    /// Ticks between two samples of the slot's curves. Slots beyond the three: 0.
+    /// @{
     int SetExtractResolutionAt(int slot, int ticks);
     int GetExtractResolutionAt(int slot) const;
+    /// @}
 
     static int IsValidPresendTime(DWORD milliseconds); ///< 500..5000
     static int IsValidEventInterval(DWORD ticks);      ///< 0..255
+    /// Non-zero for one of OutMode's; for -1 or an entry of the table 1, 2, 4, 8, 16, 30, 60, 90, 120, 240, 480.
+    /// @{
     static int IsValidOutMode(int mode);
     static int IsValidExtractResolution(int ticks);
+    /// @}
     static DWORD GetDefaultPresendTime();     ///< 2000
     static DWORD GetDefaultEventInterval();   ///< 0
     static int GetDefaultExtractResolution(); ///< 30
@@ -71,9 +86,11 @@ public:
     static tagSequenceTimeMap* CreateSequenceTimeMap(CMasterTrack* master);
     /// Milliseconds to ticks and back.
     static DWORD SearchTickPosition(DWORD time, const tagSequenceTimeMap* map, DWORD hint);
+    /// See SearchTickPosition.
     static DWORD SearchTimePosition(DWORD tick, const tagSequenceTimeMap* map, DWORD hint);
     /// What [a0, a1) and [b0, b1) share, into `start` and `end`; non-zero when that is not empty.
     static int IntersectTime(DWORD* start, DWORD* end, DWORD a0, DWORD a1, DWORD b0, DWORD b1);
+    /// Back to tick 0, time 0 and the map's beginning; the map stays.
     static void ResetRealTimeInfo(tagQuillMidiRealtimeInfo* info);
     /// Advances to `tick`. 0, and nothing changes, for a tick before the current one.
     static int UpdateRealTimeInfo(tagQuillMidiRealtimeInfo* info, DWORD tick);

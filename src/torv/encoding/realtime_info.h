@@ -7,11 +7,11 @@
 struct tagQuillMidiRealtimeInfo {
     DWORD index;                   ///< the time map's triple that holds the position
     const tagSequenceTimeMap* map; ///< borrowed; closed by {0, 0xFFFFFFFF, 0xFFFFFFFF}
-    DWORD tick;
-    DWORD time;            ///< milliseconds
-    DWORD lastSegmentTick; ///< where the last segment of the last note written starts
-    DWORD channel;         ///< MIDI channel of the track, 0..15
-    LONG dynamics;         ///< level left by the last dynamics icon
+    DWORD tick;                    ///< where the encoder is
+    DWORD time;                    ///< milliseconds
+    DWORD lastSegmentTick;         ///< where the last segment of the last note written starts
+    DWORD channel;                 ///< MIDI channel of the track, 0..15
+    LONG dynamics;                 ///< level left by the last dynamics icon
 };
 
 namespace torv {
@@ -20,6 +20,7 @@ namespace torv {
 /// with ReleaseSequenceTimeMap from another runtime. Null without a master track and when memory is short. Moves the
 /// master track's cursor.
 TORV_API tagSequenceTimeMap* CreateSequenceTimeMap(CMasterTrack* master);
+/// Frees such an array; null is left alone.
 TORV_API void ReleaseSequenceTimeMap(tagSequenceTimeMap* map);
 
 // What follows trusts its map and its hint: a triple of the map, from which it seeks.
@@ -27,6 +28,7 @@ TORV_API void ReleaseSequenceTimeMap(tagSequenceTimeMap* map);
 /// Milliseconds to ticks and back, through the last triple that starts at or before the target. 0 in a map of nothing
 /// but its end.
 DWORD SearchTickPosition(DWORD time, const tagSequenceTimeMap* map, DWORD hint);
+/// See SearchTickPosition.
 DWORD SearchTimePosition(DWORD tick, const tagSequenceTimeMap* map, DWORD hint);
 
 /// Back to the start of the track: index, tick and time 0.

@@ -22,18 +22,25 @@ constexpr WPARAM kMidiPlayTimeSignature = 4; ///< the meta event's four bytes, t
 /// How far a sequence has been read. Tempo is microseconds per quarter note, time milliseconds.
 struct tagMidiSequence {
     DWORD value1; ///< the two values given to Create: the host's own
-    DWORD value2;
+    DWORD value2; ///< see value1
+    /// As the file's header tells them.
+    /// @{
     DWORD format;
     DWORD trackCount;
-    DWORD division; ///< ticks per quarter note
-    tagMidiTrack** trackList;
-    DWORD tempo;
-    DWORD timeSignature; ///< the meta event's four bytes, the first one lowest
-    DWORD keySignature;  ///< the meta event's two bytes, the first one lowest
+    /// @}
+    DWORD division;           ///< ticks per quarter note
+    tagMidiTrack** trackList; ///< one for each place prepared; owned
+    DWORD tempo;              ///< at first 500000
+    DWORD timeSignature;      ///< the meta event's four bytes, the first one lowest
+    DWORD keySignature;       ///< the meta event's two bytes, the first one lowest
+    /// Where the event taken last stands: its tick, ticks since the tempo changed, its time, and what that has below a
+    /// millisecond.
+    /// @{
     DWORD lastTick;
     DWORD ticksSinceTempo;
     DWORD time;
     WORD remainder;
+    /// @}
     int end; ///< bit 0: exhausted
 };
 static_assert(sizeof(void*) != 4 || (offsetof(tagMidiSequence, tempo) == 24 && sizeof(tagMidiSequence) == 56));
@@ -68,8 +75,10 @@ public:
     /// A track over the event data that follows a chunk's header. Null when all prepared places are taken or memory
     /// is short. The sequence owns it.
     CxMidiTrack* AddNewTrack(const BYTE* data, DWORD size);
+    /// Stops a play of it and drops all tracks; Create begins anew.
     void CleanUp();
 
+    /// All tracks back to their first event, at time 0, without signatures; the tempo stays what was read last.
     void SeekToBegin();
     /// The next event that passes; its delta counts from the event returned before. 1, or 0 at the end, when a track
     /// is malformed, and for null.
@@ -77,27 +86,36 @@ public:
 
     /// Null outside the tracks added.
     CxMidiTrack* GetTrack(int index) const;
+    /// As given to PrepareTrackList; 0 before.
+    /// @{
     DWORD GetFormat() const { return m_state.format; }
     DWORD GetNumTracks() const { return m_state.trackCount; }
     DWORD GetTimeDivision() const { return m_state.division; }
+    /// @}
     /// Milliseconds of the last event taken.
     DWORD GetTimePosition() const { return torv::ReadShared(m_state.time); }
     /// Microseconds per quarter note.
     DWORD GetSequenceTempo() const { return torv::ReadShared(m_state.tempo); }
     /// The last signatures' bytes, the first one lowest; 0 before the first.
     DWORD GetTimeSig() const { return torv::ReadShared(m_state.timeSignature); }
+    /// See GetTimeSig.
     DWORD GetKeySig() const { return torv::ReadShared(m_state.keySignature); }
 
     /// Bit n lets channel n pass.
     void SetChannelFilter(WORD mask);
+    /// See SetChannelFilter.
     WORD GetChannelFilter() const;
     /// Whether events of this kind pass: by the status's high nibble, all above 0xF0 together. 0 outside 0..255.
     void SetMessageFilter(int status, int flag);
+    /// Non-zero when they pass.
     int GetMessageFilter(int status) const;
     /// A muted track delivers nothing; the times of the others stay.
     int GetMute(int track) const;
+    /// Non-zero mutes one track, or all. A track outside those added is left alone.
+    /// @{
     void SetMute(int track, int mute);
     void SetMuteAll(int mute);
+    /// @}
 
     /// Bytes of a channel message with this status: 3, 2, or 0 for anything else.
     static int GetMidiEventLength(int status) { return torv::MidiEventLength(status); }

@@ -8,7 +8,7 @@
 
 /// One chunk. Identifier and form type are four characters, the first one lowest, as torv::ChunkId makes them.
 struct CHUNK_INFO {
-    DWORD id;
+    DWORD id;     ///< as ChunkId makes it
     DWORD form;   ///< 0 for a chunk without one
     DWORD offset; ///< file position of the data, behind the header and the form type
     DWORD size;   ///< bytes of data; a form type is not counted
@@ -18,6 +18,7 @@ static_assert(sizeof(CHUNK_INFO) == 16 && offsetof(CHUNK_INFO, form) == 4 && off
 
 namespace torv {
 
+/// Four characters as a chunk's identifier, the first one lowest.
 constexpr DWORD ChunkId(const char (&text)[5]) {
     DWORD id = 0;
     for (int i = 3; i >= 0; --i)
@@ -56,13 +57,16 @@ public:
     /// Closes what Open has opened. Chunks still being written are closed first, so that their sizes are true. 0 when
     /// there was nothing to close, and when a size or the file's end could not be written; it is closed all the same.
     int Close();
+    /// Non-zero when Open has opened a file that is not closed yet.
     int IsOpen() const { return m_nOpened; }
 
+    /// Deletes a file by name. 0 when the system refuses.
     int Remove(const char* name);
     /// Refuses to replace a file.
     int Rename(const char* oldName, const char* newName);
     /// CFile's origins. The new position.
     ULONGLONG Seek(LONGLONG offset, UINT from);
+    /// Of the file, in bytes; 0 when it cannot be told.
     ULONGLONG GetPosition();
     /// Bytes read, fewer than asked for at the end of the file.
     DWORD Read(void* buffer, DWORD count);
@@ -98,6 +102,7 @@ public:
 
     /// The cause of the last failure (CFileException's), 0 for none; non-zero `reset` forgets it.
     int GetError(int reset);
+    /// The text of that cause; empty for none.
     const char* GetErrorText() const { return torv::FileErrorText(m_nError); }
     /// Tells the user of a failure, if there was one, and forgets it. A null parent is the application's window. Throws
     /// std::bad_alloc.

@@ -15,8 +15,8 @@
 
 /// What to render, and into what. Neither is owned.
 struct tagQuillSynthOut {
-    CQuillMidiBuffer* stream;
-    CWaveFile* file;
+    CQuillMidiBuffer* stream; ///< from an encoder, in real-time mode
+    CWaveFile* file;          ///< open for writing
 };
 
 /// Drives the singing engine: one instance a track, fed with the track's engine stream. Offline it renders a stream
@@ -38,22 +38,33 @@ struct tagQuillSynthOut {
 class TORV_API CRtSynthesis : public CWaveOut {
 public:
     CRtSynthesis();
+    /// Shares the engine's library, instances and rings; see above.
+    /// @{
     CRtSynthesis(const CRtSynthesis&);
     CRtSynthesis& operator=(const CRtSynthesis&);
+    /// @}
     ~CRtSynthesis() override;
 
+    /// 44100 Hz, 16 bits.
+    /// @{
     static DWORD GetDefaultSampleRate();
     static int GetDefaultSampleBit();
+    /// @}
     /// The engine's rates, closed by 0xFFFFFFFF.
     static const DWORD* GetSampleRateList();
+    /// Non-zero for one of the list; for 16 bits.
+    /// @{
     static int IsValidSampleRate(DWORD rate);
     static int IsValidSampleBit(int bits);
+    /// @}
+    /// A fixed text: the driver tells no version.
     static const char* GetQSMVersionString();
 
     /// Another engine library than "RVE.dll", for the next OpenSynthesizer that loads one.
     void SetEngineLibrary(const CString& name) { m_strLibrary = name; }
     /// Handed unchanged to every instance made from now on; empty at first.
     void SetEngineOption(const CString& option) { m_strOption = option; }
+    /// Hz; what was set last.
     DWORD GetSampleRate() const { return m_dwRate; }
 
     /// Sets the rate to 44100, loads the engine library unless it is loaded, and proves that an instance can be made.
@@ -63,6 +74,7 @@ public:
     int CloseSynthesizer();
     /// A new instance at the current rate, which the caller deletes; -2 when none can be made.
     int CreateRVE();
+    /// An instance that CreateRVE made; any other number does nothing.
     void DeleteRVE(int handle);
 
     /// Renders the stream behind the file's data: 16 bits, the current rate, the wave output's number of channels. An
@@ -76,6 +88,7 @@ public:
 
     /// `mode` 1 plays while synthesizing. At most 1024 tracks; `chase` 0 restores no controllers at a start position.
     void RTS_SetSynthesisParam(int mode, int tracks, DWORD startDelayMs, DWORD rate, DWORD prerollMs, int chase);
+    /// Milliseconds. Region and position as docs/playing.md has them; `loop` non-zero turns at the region's end.
     void RTS_SetPlayParam(DWORD regionStart, DWORD regionEnd, DWORD position, int loop);
     /// The track's stream, null for none. 1, or 0 for a track out of range.
     int RTS_SetQuillMidiBuffer(int track, CQuillMidiBuffer* stream);
@@ -91,6 +104,7 @@ public:
     int RTS_DoSynthesis();
     /// Makes the instances and begins to synthesize. 1, or 0 with everything undone.
     int RTS_PlayWithSynthesis();
+    /// Nothing is done: the rendered files are played by RTS_Play.
     int RTS_PlayAfterSynthesis();
     /// Begins the synthesis thread, after those of an earlier play have ended. One that would never end by itself,
     /// since it loops or is not heard, is stopped. Returns 1, or 0 when no thread can be had.
@@ -109,6 +123,7 @@ public:
     int HasSynthesisFailed() const { return m_state.HasFailed(); }
     /// What the two threads run; called otherwise they run here, and return when the play is over.
     void RTS_SynthesisThread_2();
+    /// See above.
     void RTS_WaveOutThread_2();
 
     /// Makes and configures an instance and a ring for every track, when the threads of an earlier play have ended. 1,
@@ -121,6 +136,7 @@ public:
     DWORD RTS_GetEndPosition();
     /// Sample frames of a block at the current rate.
     DWORD RTS_GetFrameSize() const;
+    /// A time as sample frames, truncated.
     LONGLONG RTS_MsToSample(DWORD milliseconds, DWORD rate) const;
     /// At the current rate, truncated: so a time that became a sample may come back a millisecond early.
     DWORD RTS_SampleToMs(LONGLONG sample) const;
@@ -128,6 +144,7 @@ public:
     /// New region, position or loop flag. A position at or past the region's end, and any position of an empty region,
     /// becomes the region's start.
     void RTS_ChangePlayRegion(DWORD start, DWORD end, DWORD position);
+    /// See above.
     void RTS_ChangeLoop(int loop, DWORD position);
     /// Seeks, and tells the host's window at once. Past the region's end the region's start is played instead.
     void RTS_ChangeSongPosition(DWORD position);
@@ -135,8 +152,11 @@ public:
     /// Effective with the next block mixed; without instances nothing changes. A pan outside -1.0..+1.0, and any pan
     /// with one output channel, is the centre.
     void RTS_SetTrackVolume(int track, double volume);
+    /// See above.
+    /// @{
     void RTS_SetTrackPanpot(int track, double pan);
     void RTS_SetTrackMute(int track, int mute);
+    /// @}
     /// Takes over the wave output's master gains, pan and mute.
     void RTS_SetMasterPlayParam();
 
@@ -185,6 +205,7 @@ public:
     int PostMessageToMsgDestination(UINT message, WORD code, LONGLONG sample);
     /// Format a dump for a debugger and let go of it.
     void TraceEvent(const BYTE* data, int length);
+    /// See above.
     void TraceEvent2(const BYTE* data, int length);
 
 protected:
