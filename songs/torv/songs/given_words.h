@@ -6,16 +6,16 @@ namespace torv::songs {
 
 /// A syllable of words that are given beside a song.
 struct GivenSyllable {
-    Word word;
+    Word word;             ///< as a reader would fill it
     bool prolongs = false; ///< the vowel before goes on over one more note
     int line = 0;          ///< of the text, from 1
 };
 
 /// Words for one part, or for all that have none of their own here.
 struct GivenWords {
-    std::string part; ///< its name or number; empty: all others
-    int line = 0;     ///< where it is named
-    std::vector<GivenSyllable> syllables;
+    std::string part;                     ///< its name or number; empty: all others
+    int line = 0;                         ///< where it is named
+    std::vector<GivenSyllable> syllables; ///< in their order
 };
 
 /// Reads words as people write them down: line by line, hyphens between the syllables of a word.

@@ -10,14 +10,15 @@ namespace torv::songs {
 
 /// One syllable as the file gives it, with its conventions resolved.
 struct Syllable {
-    uint32_t tick;
+    uint32_t tick;         ///< of the note that sings it
     Word word;             ///< without text for a prolongation
     bool prolongs = false; ///< a lone '-', '_' and the like: the vowel before goes on
 };
 
+/// A track's words.
 struct LyricLine {
     std::vector<Syllable> syllables; ///< by verse, then tick
-    TextEncoding encoding = kUtf8;
+    TextEncoding encoding = kUtf8;   ///< what their bytes were read as
 };
 
 /// Whether a track's text events are a karaoke file's lyrics rather than titles and remarks: there are several, at

@@ -8,29 +8,32 @@
 
 namespace torv::songs {
 
+/// A note that has ended.
 struct MidiNote {
-    uint32_t tick;
+    uint32_t tick;   ///< where it begins
     uint32_t length; ///< ticks, 1 or more
     int key;         ///< 0..127
     int velocity;    ///< 1..127
 };
 
+/// A text event.
 struct MidiText {
-    uint32_t tick;
-    bool lyric; ///< a lyric event; else a text event, which karaoke files use for lyrics
-    std::string bytes;
+    uint32_t tick;     ///< where it stands
+    bool lyric;        ///< a lyric event; else a text event, which karaoke files use for lyrics
+    std::string bytes; ///< as they stand in the file
 };
 
+/// One track, or one channel of a track.
 struct MidiTrack {
-    std::string name;       ///< bytes of the track-name event
-    std::string instrument; ///< bytes of the instrument-name event
-    std::vector<MidiNote> notes;
-    std::vector<MidiText> texts;
+    std::string name;                    ///< bytes of the track-name event
+    std::string instrument;              ///< bytes of the instrument-name event
+    std::vector<MidiNote> notes;         ///< by tick, then key
+    std::vector<MidiText> texts;         ///< by tick, in file order
     int channel = 0;                     ///< 0..15, of the notes
     int program = -1;                    ///< 0..127, the first; -1: none
     std::vector<Controller> controllers; ///< volume (7), pan (10) and expression (11)
-    std::vector<PitchBend> bends;
-    std::map<int, size_t> engineBlocks; ///< how many of each the engine's stream has, by number 0x50..0x67
+    std::vector<PitchBend> bends;        ///< in semitones, the bend range worked in
+    std::map<int, size_t> engineBlocks;  ///< how many of each the engine's stream has, by number 0x50..0x67
 };
 
 /// What a standard MIDI file of format 0 or 1 holds, with every time in ticks of 480 to a quarter note. A file whose
@@ -38,14 +41,18 @@ struct MidiTrack {
 /// sorted by tick, one a tick; notes by tick, then key; texts by tick, in file order.
 struct MidiData {
     std::vector<MidiTrack> tracks; ///< a track with several channels gives one for each, the texts with the first
+    /// See above.
+    /// @{
     std::vector<Tempo> tempos;
     std::vector<Meter> meters;
     std::vector<KeySignature> keys;
+    /// @}
     std::vector<std::string> remarks; ///< how the file is damaged; what is whole before that is here
     uint32_t end = 0;                 ///< tick of the last event
-    int format = 0;
-    int division = 0; ///< as the header has it; ticks to a quarter note, or above 0x8000 SMPTE frames
+    int format = 0;                   ///< 0 or 1
+    int division = 0;                 ///< as the header has it; ticks to a quarter note, or above 0x8000 SMPTE frames
 
+    /// Whether the file counts in frames.
     bool IsSmpte() const { return (division & 0x8000) != 0; }
 };
 

@@ -8,12 +8,15 @@
 
 namespace torv::songs {
 
+/// A file's bytes; the caller's.
 using Bytes = std::span<const unsigned char>;
 
+/// What a reader is told beside the bytes.
 struct ReadOptions {
     std::string encoding; ///< how the words' bytes are read, see TextEncodingNamed; empty: they are looked at
 };
 
+/// What ReadSong can tell from a file's first bytes.
 enum class SongFormat { Unknown, Midi, MusicXml, Ust };
 
 /// What kind of song file the bytes are, by their content.

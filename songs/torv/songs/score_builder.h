@@ -13,7 +13,7 @@ namespace torv::songs {
 /// An icon of the databases that stands somewhere in the song.
 struct ScoreMark {
     DWORD tick; ///< of the file
-    DWORD id;
+    DWORD id;   ///< an icon's in the databases
 };
 
 /// One part as it is to be sung.
@@ -22,9 +22,10 @@ struct PartPlan {
     VoiceLine line;                  ///< with one note at least
     std::vector<ScoreMark> voices;   ///< by tick; the first at 0
     std::vector<ScoreMark> dynamics; ///< by tick
-    Expressions expressions;
+    Expressions expressions;         ///< what its notes get
 };
 
+/// For the whole song.
 struct ScoreOptions {
     int transpose = 0;    ///< semitones, for all parts
     DWORD presend = 2000; ///< milliseconds that the engine must know of a note in advance
@@ -32,26 +33,30 @@ struct ScoreOptions {
 
 /// A note as it stands in the score, for the report.
 struct ScoredNote {
-    DWORD tick;
-    DWORD length;
-    int key;
-    int velocity;
-    bool joined;
+    DWORD tick;          ///< of the score, its lead included
+    DWORD length;        ///< ticks
+    int key;             ///< as it sounds, transposed
+    int velocity;        ///< 1 to 127
+    bool joined;         ///< goes on from the note before
     CLyricObject* lyric; ///< the track's
 };
 
+/// What was built of a plan.
 struct ScorePart {
     CSequenceObject* track = nullptr; ///< the song's
-    std::vector<ScoredNote> notes;
+    std::vector<ScoredNote> notes;    ///< by tick
 };
 
 /// The library's song with a track for each part, later than its file by a lead of whole measures, so that the first
 /// note can be sent ahead.
 struct Score {
-    std::unique_ptr<CSequence> song;
-    std::vector<ScorePart> parts; ///< in the order of their plans
+    std::unique_ptr<CSequence> song; ///< holds all below
+    std::vector<ScorePart> parts;    ///< in the order of their plans
+    /// What was put before the file's beginning.
+    /// @{
     DWORD leadTicks = 0;
     DWORD leadMilliseconds = 0;
+    /// @}
 };
 
 /// Builds the score of some parts of a song: the last step before the library's own. The lyrics have no phonemes yet.

@@ -17,7 +17,7 @@
 /// - Every text is UTF-8.
 namespace torv::songs {
 
-constexpr uint32_t kTicksPerQuarter = 480;
+constexpr uint32_t kTicksPerQuarter = 480; ///< what every time counts in
 constexpr uint32_t kDefaultTempo = 500000; ///< microseconds a quarter, where a song names none
 constexpr uint32_t kLastTick = 0x3FFFFFFF; ///< far beyond any song, well inside the library's clocks
 constexpr int kPercussionChannel = 9;      ///< MIDI's channel 10: its keys are drums
@@ -31,6 +31,7 @@ struct Word {
     bool extends = false;      ///< the file says that the notes after it go on with its vowel
     std::string phonemes;      ///< given by hand ("night[n aI t]"), blanks between them; empty: to be looked up
 
+    /// Whether all of it is equal.
     bool operator==(const Word&) const = default;
 };
 
@@ -40,39 +41,40 @@ struct Word {
 /// A note without words in a verse that is sung goes on with the vowel before it. Several words of one verse share the
 /// note's time in their order.
 struct Note {
-    uint32_t tick = 0;
+    uint32_t tick = 0;                  ///< where it begins
     uint32_t length = kTicksPerQuarter; ///< as written, 1 or more; articulations below do not change it
     int key = 60;                       ///< 0..127
     int velocity = 80;                  ///< 1..127
-    std::vector<Word> words;
-    bool slurred = false;  ///< goes on into the part's next note without a new attack
-    bool staccato = false; ///< sounds about half its length
-    bool tenuto = false;   ///< sounds for all of its length, whatever stands around it
-    bool accent = false;
-    bool fermata = false;     ///< is held
-    bool breathAfter = false; ///< a breath mark stands behind it
+    std::vector<Word> words;            ///< of all verses
+    bool slurred = false;               ///< goes on into the part's next note without a new attack
+    bool staccato = false;              ///< sounds about half its length
+    bool tenuto = false;                ///< sounds for all of its length, whatever stands around it
+    bool accent = false;                ///< is louder than its neighbours
+    bool fermata = false;               ///< is held
+    bool breathAfter = false;           ///< a breath mark stands behind it
 };
 
 /// A dynamic mark, or a hairpin and its like.
 struct Dynamic {
-    enum class Kind { Level, Crescendo, Diminuendo };
-    uint32_t tick = 0;
-    Kind kind = Kind::Level;
+    /// A mark, or a change over some time.
+    enum class Kind { Level, Crescendo, Diminuendo }; ///< what it is
+    uint32_t tick = 0;                                ///< where it begins
+    Kind kind = Kind::Level;                          ///< see `level`
     std::string level;   ///< of a level: "ppp" to "fff", "sfz" and the like; of a change: where it leads, or empty
     uint32_t length = 0; ///< ticks of a change; 0 for a level
 };
 
 /// A controller of MIDI: 7 is the part's volume, 11 its expression, 10 where it stands.
 struct Controller {
-    uint32_t tick = 0;
-    int number = 0; ///< 0..127
-    int value = 0;  ///< 0..127
+    uint32_t tick = 0; ///< from where it holds
+    int number = 0;    ///< 0..127
+    int value = 0;     ///< 0..127
 };
 
 /// From its tick on the part sounds this much higher; the file's bend range is worked in.
 struct PitchBend {
-    uint32_t tick = 0;
-    double semitones = 0;
+    uint32_t tick = 0;    ///< from where it holds
+    double semitones = 0; ///< 0 ends the bend
 };
 
 /// One part: what one voice or one instrument has. A staff with two voices gives two parts. Only chords and overlaps
@@ -89,42 +91,46 @@ struct Part {
     std::vector<Controller> controllers; ///< by tick
     std::vector<PitchBend> bends;        ///< by tick
 
+    /// Whether its keys are drums.
     bool IsPercussion() const { return channel == kPercussionChannel; }
 };
 
+/// From its tick on this tempo holds.
 struct Tempo {
-    uint32_t tick = 0;
+    uint32_t tick = 0;                               ///< by the song's beginning 0
     uint32_t microsecondsPerQuarter = kDefaultTempo; ///< 1..0xFFFFFF
 };
 
 /// A time signature, numerator over 1 << denominatorExponent.
 struct Meter {
-    uint32_t tick = 0;
-    int numerator = 4;
+    uint32_t tick = 0;           ///< from where it holds
+    int numerator = 4;           ///< as written
     int denominatorExponent = 2; ///< 0..7
 };
 
 /// Ticks of a measure that is filled.
 TORV_SONGS_API uint32_t TicksOfMeasure(const Meter& meter);
 
+/// From its tick on this key holds.
 struct KeySignature {
-    uint32_t tick = 0;
-    int fifths = 0; ///< sharps, or flats when negative; -7..7
-    bool minor = false;
+    uint32_t tick = 0;  ///< from where it holds
+    int fifths = 0;     ///< sharps, or flats when negative; -7..7
+    bool minor = false; ///< the minor key with these sharps or flats
 };
 
 /// A measure as it sounds: the second time through a repeat is a measure of its own with the number of the first.
 struct Measure {
-    uint32_t tick = 0;
+    uint32_t tick = 0;   ///< where it begins
     uint32_t length = 0; ///< ticks that it really has, as a pickup has fewer than its meter says
     int number = 1;      ///< as the file counts: a pickup is 0 where the file calls it so
 };
 
+/// A whole song.
 struct Song {
-    std::string source; ///< the file's name, for messages; may be empty
-    std::string format; ///< "standard MIDI file", "MusicXML", ...
-    std::string title;
-    std::string composer;
+    std::string source;               ///< the file's name, for messages; may be empty
+    std::string format;               ///< "standard MIDI file", "MusicXML", ...
+    std::string title;                ///< may be empty
+    std::string composer;             ///< may be empty
     std::string language;             ///< of the words, as the file names it ("de"); empty: it does not
     std::vector<Part> parts;          ///< only those with notes, in the file's order, from the top of the page down
     std::vector<Tempo> tempos;        ///< by tick, one a tick; none: 120 quarters a minute

@@ -14,13 +14,13 @@ struct SoundCurves {
     std::vector<float> pitch; ///< in keys, 60 is middle C, with cents as the fraction; NaN where no pitch is heard
     std::vector<float> level; ///< RMS in dB of full scale, kSilence or more
 };
-constexpr float kSilence = -90;
+constexpr float kSilence = -90; ///< dB; what is less counts as this
 
 /// Where a pitch is to be looked for.
 struct ExpectedKey {
     double start; ///< seconds
-    double end;
-    int key;
+    double end;   ///< seconds
+    int key;      ///< MIDI key
 };
 
 /// Measures the sound of one voice: its level, and its pitch around the keys that it is expected to sing then, which

@@ -8,8 +8,8 @@ namespace torv::songs {
 
 /// A stream and the empty mono wave that it is sung into.
 struct SingJob {
-    CQuillMidiBuffer* stream;
-    CWaveFile* wave;
+    CQuillMidiBuffer* stream; ///< the caller's
+    CWaveFile* wave;          ///< the caller's; at the rate to be sung at
 };
 
 /// Has the engine sing every stream, as many at a time as there are processors: the same samples as one after another.

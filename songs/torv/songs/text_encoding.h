@@ -10,9 +10,12 @@ namespace torv::songs {
 
 /// How the bytes of a file's texts are to be read: a name that the system's converter knows.
 using TextEncoding = std::string;
+/// Encodings that songs come in.
+/// @{
 inline constexpr const char* kUtf8 = "UTF-8";
 inline constexpr const char* kShiftJis = "CP932";
 inline constexpr const char* kEucJp = "EUC-JP";
+/// @}
 inline constexpr const char* kWestern = "CP1252"; ///< Windows', which has all of Latin-1 and more letters
 
 /// The encoding of this name, whatever the case of its letters: utf-8, shift-jis, euc-jp, latin-1, and all others that

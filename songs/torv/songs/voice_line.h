@@ -6,18 +6,18 @@ namespace torv::songs {
 
 /// A note as one voice sings it.
 struct SungNote {
-    uint32_t tick;
-    uint32_t length; ///< ticks
-    int key;
-    int velocity;
+    uint32_t tick;           ///< from the song's start
+    uint32_t length;         ///< ticks
+    int key;                 ///< MIDI key, as it sounds
+    int velocity;            ///< 1 to 127
     std::vector<Word> words; ///< of the one verse; none: it goes on with the vowel before
     bool joined = false;     ///< begins where the note before ends, which it goes on from without a break
 };
 
 /// What one voice sings of a part, and what had to be done to it.
 struct VoiceLine {
-    std::vector<SungNote> notes;
-    bool hasWords = false;
+    std::vector<SungNote> notes;       ///< by tick
+    bool hasWords = false;             ///< whether any note has a word
     bool japanese = false;             ///< what the words look like
     bool unreadableCharacters = false; ///< there is kanji, which no converter reads
     size_t cutNotes = 0;               ///< overlapping notes that were shortened or left out

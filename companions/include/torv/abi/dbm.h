@@ -47,29 +47,31 @@ enum { DBM_ATTACK = 1, DBM_TRANSITION = 2, DBM_RELEASE = 3, DBM_VIBRATO = 4 };
 /** A singer: a named set of parameters over an installed voice. */
 typedef struct DBMVoice {
     int32_t language; /**< with the program its identity */
-    int32_t program;
-    int32_t voice; /**< the installed voice's number */
-    int32_t user;  /**< 1: made by the user; 0: came with the library */
-    const char* name;
+    int32_t program;  /**< with the language */
+    int32_t voice;    /**< the installed voice's number */
+    int32_t user;     /**< 1: made by the user; 0: came with the library */
+    const char* name; /**< for the user */
 } DBMVoice;
 
+/** Every virtual voice. */
 typedef struct DBMVoiceList {
-    int32_t count;
-    const DBMVoice* voices;
+    int32_t count;          /**< voices */
+    const DBMVoice* voices; /**< null when there are none */
 } DBMVoiceList;
 
 /** An installed voice: one program of the engine. */
 typedef struct DBMInstalledVoice {
-    int32_t number;
+    int32_t number;          /**< from 1 */
     int32_t engineProgram;   /**< 0..3 */
     int32_t user;            /**< 1: added with DBM_AddVoice */
     const char* name;        /**< "Soprano" */
     const char* description; /**< one line for a person */
 } DBMInstalledVoice;
 
+/** One setting of a voice. */
 typedef struct DBMTextPair {
-    const char* name;
-    const char* value;
+    const char* name;  /**< DBM_VOICE_NAME or one of DBM_PARAMETER_NAMES */
+    const char* value; /**< a text, or a number's decimal digits */
 } DBMTextPair;
 
 /* The names of a voice's settings: what it is called, and its seventeen parameters. */
@@ -82,48 +84,52 @@ typedef struct DBMTextPair {
 
 /** The name and the parameters, each a decimal text 0..127, ended by a pair whose name is null. */
 typedef struct DBMVoiceParameters {
-    int32_t count; /**< pairs before the null name */
-    const DBMTextPair* pairs;
+    int32_t count;            /**< pairs before the null name */
+    const DBMTextPair* pairs; /**< `count` of them and the null one */
 } DBMVoiceParameters;
 
+/** A database of expressions. */
 typedef struct DBMExpDatabase {
-    int32_t number;
-    int32_t user; /**< 1: added with DBM_AddExp */
-    const char* name;
+    int32_t number;   /**< from 1 */
+    int32_t user;     /**< 1: added with DBM_AddExp */
+    const char* name; /**< for the user */
 } DBMExpDatabase;
 
+/** Every expression database. */
 typedef struct DBMExpDatabaseList {
-    int32_t count;
-    const DBMExpDatabase* databases;
+    int32_t count;                   /**< databases */
+    const DBMExpDatabase* databases; /**< null when there are none */
 } DBMExpDatabaseList;
 
 /** One expression: what the engine does is told by (high, low), of which it looks at the low part. */
 typedef struct DBMExpression {
-    int32_t kind; /**< DBM_ATTACK .. DBM_VIBRATO */
-    int32_t high;
-    int32_t low;
-    const char* name;
+    int32_t kind;     /**< DBM_ATTACK .. DBM_VIBRATO */
+    int32_t high;     /**< with `low` the engine's code */
+    int32_t low;      /**< its low part */
+    const char* name; /**< for the user */
 } DBMExpression;
 
+/** The expressions of a database. */
 typedef struct DBMExpInfo {
-    int32_t count;
-    const DBMExpression* expressions;
+    int32_t count;                    /**< expressions */
+    const DBMExpression* expressions; /**< null when there are none */
 } DBMExpInfo;
 
 /** One setting of an expression, described by an icon file. */
 typedef struct DBMExpItem {
-    uint32_t value;       /**< its number, unique within (kind, user) of its database; 1.. */
-    int32_t user;         /**< 1: made by the user */
-    const char* idString; /**< its name; that of an item that came with a database is its own among its kind */
-    const char* fileName; /**< full path of its icon file */
-    const char* caption;
-    const char* singerName;
-    const char* developerName;
+    uint32_t value;            /**< its number, unique within (kind, user) of its database, from 1 */
+    int32_t user;              /**< 1: made by the user */
+    const char* idString;      /**< its name; that of an item that came with a database is its own among its kind */
+    const char* fileName;      /**< full path of its icon file */
+    const char* caption;       /**< for the user */
+    const char* singerName;    /**< whose voice it was made with */
+    const char* developerName; /**< who made it */
 } DBMExpItem;
 
+/** The items of an expression. */
 typedef struct DBMExpItems {
-    int32_t count;
-    const DBMExpItem* items;
+    int32_t count;           /**< items */
+    const DBMExpItem* items; /**< null when there are none */
 } DBMExpItems;
 
 /** Reads what came with the library and what the user made. A second call while it is ready succeeds and changes

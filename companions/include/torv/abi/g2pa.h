@@ -20,6 +20,7 @@
 extern "C" {
 #endif
 
+/** What records have room for. */
 enum { G2PA_MAX_SLOTS = 256, G2PA_SLOT_BYTES = 8, G2PA_MIN_TEXT_BYTES = 256 };
 
 /** Results of this project's own converters. A host relies on 0 and 1 and on the sign of a created handle only: any
@@ -47,13 +48,13 @@ enum {
 typedef struct G2paInput {
     uint32_t position; /**< ticks from the previous note that carried a lyric, plus the preceding elements' lengths */
     uint32_t length;   /**< ticks */
-    char text[G2PA_MIN_TEXT_BYTES];
+    char text[G2PA_MIN_TEXT_BYTES]; /**< goes on behind the record when it is longer */
 } G2paInput;
 
 /** The phonemes of one element. Each slot is a zero-terminated symbol (or eight bytes without a terminator). */
 typedef struct G2paOutput {
-    int32_t count; /**< slots used, 0..256 */
-    char slots[G2PA_MAX_SLOTS][G2PA_SLOT_BYTES];
+    int32_t count;                               /**< slots used, 0..256 */
+    char slots[G2PA_MAX_SLOTS][G2PA_SLOT_BYTES]; /**< symbols, see above */
 } G2paOutput;
 
 /** `beats` is what the host was given, in ticks, divided by 480. A handle, or a negative error code. */

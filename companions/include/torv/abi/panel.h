@@ -68,7 +68,7 @@ enum {
     PANEL_CALL_SEND_SELECT_TRACK = 10,
     PANEL_CALLS = 11
 };
-enum { PANEL_TEXT_SIZE = 256 };
+enum { PANEL_TEXT_SIZE = 256 }; /**< what the panel keeps of a text, its NUL included */
 
 /** What the panel has been told since it was loaded. The caller's, filled with a copy. */
 typedef struct PANELRecord {
@@ -77,10 +77,10 @@ typedef struct PANELRecord {
     int32_t playing;             /**< 1 from PANEL_SetPlay to PANEL_SetStop */
     int32_t playPosition;        /**< of the last PANEL_SetPlay; 0 at first, as all that follows */
     int32_t position;            /**< of the last PANEL_SendPPQPos, in ticks */
-    uint32_t track;
-    WAV_DATAS deviceData;
-    void* parent;               /**< never followed: the window may be gone */
-    char text[PANEL_TEXT_SIZE]; /**< PANEL_Init's, cut to 255 bytes */
+    uint32_t track;              /**< of the last PANEL_SendSelectTrack */
+    WAV_DATAS deviceData;        /**< of the last PANEL_SendDeviceData */
+    void* parent;                /**< never followed: the window may be gone */
+    char text[PANEL_TEXT_SIZE];  /**< PANEL_Init's, cut to 255 bytes */
 } PANELRecord;
 
 /** Entry point "PANEL_GetRecord": 0, or -1 for a null pointer. Is not recorded itself. */

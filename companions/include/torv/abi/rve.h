@@ -28,16 +28,19 @@ typedef struct RVEStaticSetting {
     const char* option;  /**< engine option text, zero-terminated, may be null */
     uint32_t reserved;   /**< 0 */
     uint8_t one;         /**< 1 */
-    uint8_t padding[3];
+    uint8_t padding[3];  /**< 0 */
 } RVEStaticSetting;
 
 /** One MIDI channel message of the engine stream. 8 bytes. */
 typedef struct RVEEvent {
     uint32_t delta; /**< place in the current step, in samples of the 44.1 kHz time base, 0..255 */
-    uint8_t status;
+    uint8_t status; /**< a channel message's status byte */
+    /** 0 to 127. */
+    /** @{ */
     uint8_t data1;
     uint8_t data2;
-    uint8_t padding;
+    /** @} */
+    uint8_t padding; /**< 0 */
 } RVEEvent;
 
 /** Where a step's samples go. */
