@@ -4,10 +4,11 @@
 
 namespace torv::songs {
 
+/// One syllable as it is sung.
 struct SpelledSyllable {
-    std::string text; ///< empty where the vowel before goes on
-    std::vector<std::string> phonemes;
-    bool byHand = false;
+    std::string text;                  ///< empty where the vowel before goes on
+    std::vector<std::string> phonemes; ///< as the engine knows them
+    bool byHand = false;               ///< the song's words give them
 };
 
 /// A word as it is sung.
@@ -16,9 +17,9 @@ struct SpelledWord {
     /// the language's usual vowel stands there.
     enum class Source { Lexicon, Rule, ByHand, Converter, Nothing };
 
-    uint32_t tick = 0; ///< of the song
-    std::vector<SpelledSyllable> syllables;
-    Source source = Source::Converter; ///< of the syllables that have no phonemes by hand
+    uint32_t tick = 0;                      ///< of the song
+    std::vector<SpelledSyllable> syllables; ///< one or more
+    Source source = Source::Converter;      ///< of the syllables that have no phonemes by hand
 };
 
 /// The words of a part of a score that has its phonemes, while the databases are open. Texts are UTF-8.

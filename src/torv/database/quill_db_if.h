@@ -19,10 +19,12 @@ class ReportLimit;
 } // namespace torv
 
 /// What enumerations call: 0 ends them. Names are the callback's to read while it runs.
+/// @{
 using QuillEnumStatusProc = int(CALLBACK*)(int status, const char* name, LPARAM data);
 using QuillEnumArticulationProc = int(CALLBACK*)(int status, int articulation, const char* name, LPARAM data);
 using QuillEnumVariationProc = int(CALLBACK*)(int status, int articulation, int variation, const char* name,
                                               LPARAM data);
+/// @}
 
 /// What one of the databases behind CQuillDBManager has in common with the others: model icons by id, with their
 /// buttons, the presets' and the users'. Models belong to the database; they stay where they are until it closes or

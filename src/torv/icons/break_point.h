@@ -14,6 +14,7 @@ static_assert(sizeof(tagBreakPoint) == 8 && offsetof(tagBreakPoint, value) == 4 
 
 /// Ascending by position; may be empty.
 using CBreakPointList = CList<tagBreakPoint, tagBreakPoint&>;
+/// The same as an array, into which curves are exported.
 using CBreakPointArray = CArray<tagBreakPoint, tagBreakPoint&>;
 
 namespace torv {

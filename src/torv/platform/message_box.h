@@ -32,5 +32,6 @@ TORV_API BOOL Beep(UINT type);
 // The system declares a function of this name; a beep must reach the handler on both systems.
 #define MessageBeep(type) torv::Beep(type)
 #else
+/// torv::Beep.
 inline BOOL MessageBeep(UINT type) { return torv::Beep(type); }
 #endif

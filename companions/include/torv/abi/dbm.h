@@ -1,4 +1,5 @@
-/* The database manager's binary interface: a library that the registry names, 27 entry points, undecorated names.
+/** @file
+   The database manager's binary interface: a library that the registry names, 27 entry points, undecorated names.
 
    It keeps the singers (virtual voices, each made over an installed voice of the engine) and the note expressions with
    their items. Every call answers a status, 0 for success. Texts are zero-terminated bytes; what a caller passes is
@@ -74,8 +75,9 @@ typedef struct DBMTextPair {
     const char* value; /**< a text, or a number's decimal digits */
 } DBMTextPair;
 
-/* The names of a voice's settings: what it is called, and its seventeen parameters. */
+/** The setting that is what a voice is called. */
 #define DBM_VOICE_NAME "VOICENAME"
+/** The names of a voice's seventeen parameters. */
 #define DBM_PARAMETER_NAMES                                                                                            \
     "Resonance1 Frequency", "Resonance1 Band Width", "Resonance1 Amplitude", "Resonance2 Frequency",                   \
         "Resonance2 Band Width", "Resonance2 Amplitude", "Resonance3 Frequency", "Resonance3 Band Width",              \
@@ -135,6 +137,7 @@ typedef struct DBMExpItems {
 /** Reads what came with the library and what the user made. A second call while it is ready succeeds and changes
     nothing; each call of DBM_Init wants a DBM_Delete. */
 typedef int32_t(DBM_CALL* DBMInitProc)(void);
+/** Undoes one DBM_Init; with the last one every list that was handed out is gone. */
 typedef int32_t(DBM_CALL* DBMDeleteProc)(void);
 /** Installs the voice that a definition file describes, with a virtual voice of its own in each of its languages. */
 typedef int32_t(DBM_CALL* DBMAddVoiceProc)(const char* file);
@@ -147,11 +150,14 @@ typedef int32_t(DBM_CALL* DBMGetVersionStringProc)(char* buffer, int32_t size);
 /** A new virtual voice over an installed one, with its parameters; the lowest free program is chosen. */
 typedef int32_t(DBM_CALL* DBMCreateVirtualVoiceProc)(int32_t language, int32_t voice, const char* name,
                                                      int32_t* program);
+/** Writes the name into a buffer, cut to `size` - 1 bytes. */
 typedef int32_t(DBM_CALL* DBMGetVirtualVoiceNameProc)(int32_t language, int32_t program, char* buffer, int32_t size);
+/** Removes a user's virtual voice; DBM_READ_ONLY for one that came with the library. */
 typedef int32_t(DBM_CALL* DBMDeleteVirtualVoiceProc)(int32_t language, int32_t program);
 /** A copy under another name, in the same language. */
 typedef int32_t(DBM_CALL* DBMCopyVirtualVoiceProc)(int32_t language, int32_t program, const char* name,
                                                    int32_t* newProgram);
+/** Name and parameters of a virtual voice. */
 typedef int32_t(DBM_CALL* DBMGetVirtualVoiceParametersProc)(int32_t language, int32_t program,
                                                             const DBMVoiceParameters** result);
 /** Sets what the pairs name, up to one whose name is null, and leaves the rest; all or nothing. "VOICENAME" renames. */
@@ -160,20 +166,28 @@ typedef int32_t(DBM_CALL* DBMSetVirtualVoiceParametersProc)(int32_t language, in
 /** Gives a virtual voice another place, which must be free and sung by the same program of the engine. */
 typedef int32_t(DBM_CALL* DBMMoveVirtualVoiceProc)(int32_t language, int32_t program, int32_t toLanguage,
                                                    int32_t toProgram);
+/** Renames a user's virtual voice. */
 typedef int32_t(DBM_CALL* DBMSetVirtualVoiceNameProc)(int32_t language, int32_t program, const char* name);
+/** An installed voice. */
 typedef int32_t(DBM_CALL* DBMGetVoiceProc)(int32_t voice, const DBMInstalledVoice** result);
+/** The name of an installed voice, and the parameters that a new virtual voice over it begins with. */
 typedef int32_t(DBM_CALL* DBMGetVoiceParametersProc)(int32_t voice, const DBMVoiceParameters** result);
 /** Every virtual voice: those that came with the library in its order, then the user's by language and program. */
 typedef int32_t(DBM_CALL* DBMGetAllVoiceProc)(const DBMVoiceList** result);
 /** Adds the expression database that a definition file and the icon files beside it describe. */
 typedef int32_t(DBM_CALL* DBMAddExpProc)(const char* file);
+/** Removes an added expression database; DBM_READ_ONLY for one that came with the library. */
 typedef int32_t(DBM_CALL* DBMDeleteExpProc)(int32_t database);
+/** Every expression database, what came with the library first. */
 typedef int32_t(DBM_CALL* DBMGetExpDBProc)(const DBMExpDatabaseList** result);
+/** The expressions of a database, the caller's to give back. */
 typedef int32_t(DBM_CALL* DBMGetVirtualExpInfoProc)(int32_t database, const DBMExpInfo** result);
+/** Takes back what DBM_GetVirtualExpInfo gave. */
 typedef int32_t(DBM_CALL* DBMDeleteVirtualExpInfoProc)(const DBMExpInfo* info);
 /** The items of one expression: those that came with the database in its order, then the user's by value. */
 typedef int32_t(DBM_CALL* DBMGetVirtualExpItemsProc)(int32_t database, int32_t high, int32_t low,
                                                      const DBMExpItems** result);
+/** Takes back what DBM_GetVirtualExpItems gave. */
 typedef int32_t(DBM_CALL* DBMDeleteVirtualExpItemsProc)(const DBMExpItems* items);
 /** Changes the caption of a user's item, which `value` names. */
 typedef int32_t(DBM_CALL* DBMSetVirtualExpItemCaptionProc)(int32_t database, int32_t high, int32_t low, uint32_t value,

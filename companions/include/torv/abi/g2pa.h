@@ -1,4 +1,5 @@
-/* The phoneme converters' binary interface: libraries "G2PA_JPN.DLL" and "G2PA_ENG.DLL" (".so" on POSIX), five entry
+/** @file
+   The phoneme converters' binary interface: libraries "G2PA_JPN.DLL" and "G2PA_ENG.DLL" (".so" on POSIX), five entry
    points, undecorated names.
 
    A host creates a converter, puts one record for each lyric element in song order and after each put takes outputs
@@ -63,6 +64,7 @@ typedef int32_t(G2PA_CALL* G2paCreateProc)(uint32_t beats);
 typedef int32_t(G2PA_CALL* G2paPutProc)(int32_t handle, const void* input);
 /** 0: one output delivered; 1: no more for now; anything else is an error code. */
 typedef int32_t(G2PA_CALL* G2paGetProc)(int32_t handle, void* output);
+/** 0, or an error code. What was not taken is gone. */
 typedef int32_t(G2PA_CALL* G2paDeleteProc)(int32_t handle);
 /** A static text. */
 typedef const char*(G2PA_CALL* G2paGetVersionStringProc)(void);

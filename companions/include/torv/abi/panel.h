@@ -1,4 +1,5 @@
-/* The host panel's binary interface: library "paneldll.dll" ("paneldll.so" on POSIX), eleven entry points, undecorated
+/** @file
+   The host panel's binary interface: library "paneldll.dll" ("paneldll.so" on POSIX), eleven entry points, undecorated
    names. A panel shows transport and device beside the score editor; the host tells it what happens and asks it where
    it stands. Texts and records belong to the host: the panel copies what it needs and keeps no pointer after a call
    returns. A window handle is the host's too, and good until the host names another or destroys the window. Calls may
@@ -35,6 +36,7 @@ typedef int32_t(PANEL_CALL* PANELInitProc)(intptr_t text);
 typedef void(PANEL_CALL* PANELSetParentProc)(void* window);
 /** Playing starts, at a position in the unit that the host counts plays in. */
 typedef void(PANEL_CALL* PANELSetPlayProc)(int32_t position);
+/** Playing has stopped. */
 typedef void(PANEL_CALL* PANELSetStopProc)(void);
 /** The device was opened or changed. The answer of this call and of the next is the panel's own; -1 is a failure. */
 typedef int32_t(PANEL_CALL* PANELSendDeviceDataProc)(WAV_DATAS* data);

@@ -1,4 +1,5 @@
-/* The voice engine's binary interface: library "RVE.dll" ("RVE.so" on POSIX), eight entry points, undecorated names.
+/** @file
+   The voice engine's binary interface: library "RVE.dll" ("RVE.so" on POSIX), eight entry points, undecorated names.
    Every record is little-endian and belongs to the caller; the engine keeps no pointer after a call returns (it copies
    the option text). All calls take and return 32-bit integers. */
 #ifndef RVE_ABI_H
@@ -64,7 +65,9 @@ typedef int32_t(RVE_CALL* RVEDoStepSynthesisProc)(int32_t handle, int32_t count,
                                                   RVEStepOutput* output);
 /** Silences the instance, drops what is pending and restores the default controller state. 0, or an error code. */
 typedef int32_t(RVE_CALL* RVEResetProc)(int32_t handle);
+/** The end of what RVEStart began, as RVEReset. 0, or an error code. */
 typedef int32_t(RVE_CALL* RVEStopProc)(int32_t handle);
+/** The instance is gone; its handle may come back for another one. 0, or an error code. */
 typedef int32_t(RVE_CALL* RVEDeleteProc)(int32_t handle);
 
 /* NOLINTEND(modernize-use-using) */

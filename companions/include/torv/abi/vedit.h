@@ -1,4 +1,5 @@
-/* The voice editor's binary interface: a library that the registry names, four entry points, undecorated names. It
+/** @file
+   The voice editor's binary interface: a library that the registry names, four entry points, undecorated names. It
    edits the virtual voices of the database manager's library beside it. Every call answers a status. */
 #ifndef VEDIT_ABI_H
 #define VEDIT_ABI_H
@@ -28,7 +29,9 @@ enum {
 };
 
 /* NOLINTBEGIN(modernize-use-using): hosts in C include this too. */
+/** Before all else, with the database library ready. */
 typedef int32_t(VEDIT_CALL* VEDITInitProc)(void);
+/** After all else. */
 typedef int32_t(VEDIT_CALL* VEDITDeleteProc)(void);
 /** Lets the user edit the virtual voice that the two numbers name. They come back as the voice that is then chosen.
    What DBM_GetVirtualVoiceParameters handed out before is no longer valid after this. */

@@ -138,12 +138,17 @@ private:
     std::string m_text;
 };
 
+/// One text behind the other; null is empty.
+/// @{
 inline CString operator+(const CString& a, const CString& b) { return CString(a) += b; }
 inline CString operator+(const CString& a, LPCSTR b) { return CString(a) += b; }
 inline CString operator+(LPCSTR a, const CString& b) { return CString(a) += b; }
 inline CString operator+(const CString& a, char b) { return CString(a) += b; }
 inline CString operator+(char a, const CString& b) { return CString(a) += b; }
+/// @}
 
+/// By unsigned bytes, case counts; null is empty.
+/// @{
 inline bool operator==(const CString& a, const CString& b) { return a.GetStdString() == b.GetStdString(); }
 inline bool operator==(const CString& a, LPCSTR b) { return a.GetStdString() == std::string_view(b ? b : ""); }
 inline bool operator==(LPCSTR a, const CString& b) { return b == a; }
@@ -162,6 +167,7 @@ inline bool operator<=(LPCSTR a, const CString& b) { return !(b < a); }
 inline bool operator>=(const CString& a, const CString& b) { return !(a < b); }
 inline bool operator>=(const CString& a, LPCSTR b) { return !(a < b); }
 inline bool operator>=(LPCSTR a, const CString& b) { return !(a < b); }
+/// @}
 
 template <>
 struct std::hash<CString> {
