@@ -17,3 +17,5 @@ if(NOT WIN32)
     install(FILES ${CMAKE_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
   endforeach()
 endif()
+add_custom_target(uninstall COMMAND ${CMAKE_COMMAND} -DMANIFEST=${CMAKE_BINARY_DIR}/install_manifest.txt
+                                     -P ${CMAKE_CURRENT_LIST_DIR}/Uninstall.cmake VERBATIM)
