@@ -1,5 +1,6 @@
 // Writing an engine file of 2,000,000 messages: CxQuillMidiFile's writing part over prepared buffers, libsmf over
-// prepared events, and a plain copy of the file's bytes. The encoding before it has a benchmark of its own.
+// prepared events, and a plain copy of the file's bytes; and the same with the making of the buffers or events, in the
+// order of time and, as the encoder does, in eight passes. The encoding before it has a benchmark of its own.
 #include "bench_file.h"
 
 #include "torv/files/quill_midi_file.h"
@@ -74,18 +75,19 @@ const Song& SongOf(int64_t messages) {
     return song;
 }
 
+constexpr size_t kInOrder = 1;
 constexpr size_t kPasses = 8;
 
-/// The writing part of a save, over buffers as the encoder leaves them: it goes over a track several times, one kind of
-/// message after the other, so what is read by time is scattered over what was stored.
+/// The writing part of a save, over buffers as the encoder leaves them: it goes over a track in several passes, one
+/// kind of message after the other, so what is read by time is scattered over what was stored.
 class EngineFile : public CxQuillMidiFile {
 public:
-    explicit EngineFile(const Song& song) : m_buffers(kTracks) {
+    EngineFile(const Song& song, size_t passes) : m_buffers(kTracks) {
         for (size_t i = 0; i < kTracks; ++i) {
             m_pBuffer = &m_buffers[i];
             m_pBuffer->Create(kFileMode, 0, 1);
-            for (size_t pass = 0; pass < kPasses; ++pass)
-                InsertEvery(song.tracks[i], pass);
+            for (size_t pass = 0; pass < passes; ++pass)
+                InsertEvery(song.tracks[i], pass, passes);
             WriteMetaEOT(0);
         }
     }
@@ -100,11 +102,11 @@ public:
     }
 
 private:
-    void InsertEvery(const Messages& messages, size_t pass) {
+    void InsertEvery(const Messages& messages, size_t pass, size_t passes) {
         DWORD tick = 0;
         for (size_t i = 0; i < messages.size(); ++i) {
             tick += messages[i].delta;
-            if (i % kPasses == pass)
+            if (i % passes == pass)
                 m_pBuffer->InsertEventAt(tick, messages[i].bytes.data(), kMessageBytes, 0, 1);
         }
         m_pBuffer->SeekToEnd();
@@ -114,6 +116,10 @@ private:
 };
 
 [[gnu::noinline]] void MeasuredEngineFile(EngineFile& song, const std::string& path) { song.Write(path); }
+
+[[gnu::noinline]] void MeasuredDocument(const Song& song, size_t passes, const std::string& path) {
+    EngineFile(song, passes).Write(path);
+}
 
 #ifdef TORV_HAS_SMF
 smf_t* MakeLibsmfSong(const Song& song) {
@@ -153,10 +159,17 @@ void WriteRow(benchmark::State& state, Write write) {
 }
 
 void WriteTorv(benchmark::State& state) {
-    EngineFile song(SongOf(state.range(0)));
+    EngineFile song(SongOf(state.range(0)), kPasses);
     WriteRow(state, [&](const std::string& path) { MeasuredEngineFile(song, path); });
 }
 BENCHMARK(WriteTorv)->Arg(kFewMessages)->Arg(kMessages)->Unit(benchmark::kMillisecond);
+
+void WriteWithDocument(benchmark::State& state) {
+    const Song& song = SongOf(state.range(0));
+    const auto passes = static_cast<size_t>(state.range(1));
+    WriteRow(state, [&](const std::string& path) { MeasuredDocument(song, passes, path); });
+}
+BENCHMARK(WriteWithDocument)->Args({kMessages, kInOrder})->Args({kMessages, kPasses})->Unit(benchmark::kMillisecond);
 
 #ifdef TORV_HAS_SMF
 void WriteLibsmf(benchmark::State& state) {

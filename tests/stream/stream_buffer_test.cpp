@@ -76,6 +76,16 @@ public:
         if (clock)
             m_state = m_rest ? kCursorBetween : kCursorOnEntry;
     }
+    bool MoveBehind(DWORD clock) {
+        MoveTo(clock);
+        int last = static_cast<int>(m_entries.size()) - 1;
+        while (last >= 0 && At(last).clock > clock)
+            --last;
+        const bool isThere = last >= 0 && At(last).clock == clock;
+        if (isThere)
+            Stand(kCursorOnEntry, last, 0);
+        return isThere;
+    }
     void Add(DWORD delta, DWORD tag) {
         SeekToEnd(delta);
         Insert(tag, false);
@@ -178,6 +188,8 @@ TEST_CASE("stream: does what clocks in a list do, whatever the blocks are, and l
                     REQUIRE(stream.AddEntry(entry.data()) == 1);
                     break;
                 case 1:
+                    REQUIRE(stream.MoveBehind(target) == plain.MoveBehind(target));
+                    break;
                 case 2:
                     plain.MoveTo(target);
                     REQUIRE(stream.MoveTo(target) == target);

@@ -1,7 +1,7 @@
 #include "torv/encoding/quill_midi_buffer.h"
 
+#include "torv/encoding/byte_store.h"
 #include "torv/platform/or_zero.h"
-#include "torv/stream/extend_buffer.h"
 #include "torv/stream/stream_buffer.h"
 
 #include <algorithm>
@@ -12,14 +12,13 @@
 
 namespace {
 
-constexpr DWORD kGrowthStep = torv::kStreamBlockSize;
 constexpr BYTE kNoteSegmentBlock = 0x50;
 
 } // namespace
 
 struct CQuillMidiBuffer::Store {
     CStreamBuffer index;
-    CExtendBuffer data;
+    torv::ByteStore data;
     std::vector<tagQuillMidiEntry>* together = nullptr; ///< messages, by their tick, that have no place yet
 };
 
@@ -35,8 +34,7 @@ int CQuillMidiBuffer::Create(int mode, DWORD presend, int interval) {
     } catch (const std::bad_alloc&) {
         return 0;
     }
-    if (!store->index.Create(sizeof(tagQuillMidiEntry), kGrowthStep, torv::kHeapBlocks) ||
-        !store->data.Create(kGrowthStep, torv::kHeapBlocks))
+    if (!store->index.Create(sizeof(tagQuillMidiEntry), torv::kStreamBlockSize, torv::kHeapBlocks))
         return 0;
     m_pStore = std::move(store);
     m_nMode = mode;
@@ -49,13 +47,9 @@ bool CQuillMidiBuffer::StoreBytes(const BYTE* bytes1, DWORD length1, const BYTE*
                                   tagQuillMidiEntry& entry) {
     if (!m_pStore || (!bytes1 && length1) || (!bytes2 && length2))
         return false;
-    CExtendBuffer& data = m_pStore->data;
-    entry.offset = data.GetSize();
+    entry.offset = m_pStore->data.GetSize();
     entry.length = length1 + length2;
-    const auto append = [&data](const BYTE* bytes, DWORD length) {
-        return length == 0 || data.Append(const_cast<char*>(reinterpret_cast<const char*>(bytes)), length) == length;
-    };
-    return append(bytes1, length1) && append(bytes2, length2);
+    return m_pStore->data.Append(bytes1, length1) && m_pStore->data.Append(bytes2, length2);
 }
 
 int CQuillMidiBuffer::AddEvent(DWORD delta, const BYTE* bytes, DWORD length, LONG time) {
@@ -83,6 +77,9 @@ int CQuillMidiBuffer::InsertEvent(const BYTE* bytes1, DWORD length1, const BYTE*
 }
 
 int CQuillMidiBuffer::InsertEventAt(DWORD tick, const BYTE* bytes, DWORD length, LONG time, int where) {
+    const DWORD last = m_pStore ? m_pStore->index.GetStreamLength() : 0;
+    if (m_pStore && tick <= torv::kMaxClock && (tick > last || (tick == last && where)))
+        return AddEvent(tick - last, bytes, length, time); // there is nothing behind it
     return MoveTo(tick) ? InsertEvent(bytes, length, time, where) : 0;
 }
 
@@ -91,8 +88,8 @@ int CQuillMidiBuffer::InsertEventExAt(DWORD tick, LONG time, const BYTE* bytes, 
         return 0;
     CStreamBuffer& index = m_pStore->index;
     tagQuillMidiEntry entry;
-    bool isOnEntry = MoveToLastAt(tick, entry);
-    if (!isOnEntry && index.MoveTo(tick) != tick)
+    bool isOnEntry = index.MoveBehind(tick) && index.ReadEntry(&entry);
+    if (index.GetPosition() != tick)
         return 0;
     while (isOnEntry && entry.time > time) {
         tagLocateMarker here;
@@ -139,20 +136,8 @@ int CQuillMidiBuffer::InsertTogether(const std::function<int()>& write) {
            });
 }
 
-/// Onto the last of the entries at a tick, from behind: what is written at one tick comes in its order, so its place is
-/// found at once however many stand there. False, with the index anywhere, when there is none.
-bool CQuillMidiBuffer::MoveToLastAt(DWORD tick, tagQuillMidiEntry& entry) {
-    CStreamBuffer& index = m_pStore->index;
-    if (tick < index.GetStreamLength())
-        index.MoveTo(tick + 1);
-    else
-        index.SeekToEnd();
-    return index.ReadPrevEntry(&entry) && index.GetPosition() == tick;
-}
-
 int CQuillMidiBuffer::MoveTo(DWORD tick) {
-    tagQuillMidiEntry entry;
-    return m_pStore && (MoveToLastAt(tick, entry) || m_pStore->index.MoveTo(tick) == tick);
+    return m_pStore && (m_pStore->index.MoveBehind(tick) || m_pStore->index.GetPosition() == tick);
 }
 
 int CQuillMidiBuffer::ReadEntry(tagQuillMidiEntry* entry) { return m_pStore ? m_pStore->index.ReadEntry(entry) : 0; }
@@ -179,10 +164,7 @@ DWORD CQuillMidiBuffer::GetPosition() { return m_pStore ? m_pStore->index.GetPos
 DWORD CQuillMidiBuffer::GetDataSize() { return m_pStore ? m_pStore->data.GetSize() : 0; }
 
 DWORD CQuillMidiBuffer::ReadEvent(DWORD offset, void* destination, DWORD length) {
-    if (!m_pStore || !destination || offset >= m_pStore->data.GetSize())
-        return 0;
-    m_pStore->data.SeekTo(offset);
-    return m_pStore->data.Read(static_cast<char*>(destination), length);
+    return m_pStore && destination ? m_pStore->data.Read(offset, destination, length) : 0;
 }
 
 template <class View>

@@ -127,7 +127,6 @@ private:
     struct Store;
 
     bool StoreBytes(const BYTE* bytes1, DWORD length1, const BYTE* bytes2, DWORD length2, tagQuillMidiEntry& entry);
-    bool MoveToLastAt(DWORD tick, tagQuillMidiEntry& entry);
     /// The first bytes of an entry's event; what the event is too short for reads as 0. Returns the bytes it has.
     template <class View>
     DWORD ReadView(const tagQuillMidiEntry& entry, View& view);

@@ -170,12 +170,15 @@ int CxQuillMidiFile::RiffWriteEntry(const tagQuillMidiEntry& entry) {
             return 0;
     if (!RiffWriteDelta(delta))
         return 0;
-    BYTE piece[256];
     for (DWORD done = 0; done < entry.length;) {
-        const DWORD wanted = std::min<DWORD>(entry.length - done, sizeof piece);
-        const DWORD count = m_pBuffer->ReadEvent(entry.offset + done, piece, wanted);
-        if (!count || !RiffGather(piece, count))
+        if (m_dwGathered == m_gathered.size() && !RiffFlush())
             return 0;
+        const DWORD room = static_cast<DWORD>(m_gathered.size()) - m_dwGathered;
+        const DWORD count = m_pBuffer->ReadEvent(entry.offset + done, m_gathered.data() + m_dwGathered,
+                                                 std::min(entry.length - done, room));
+        if (!count)
+            return 0;
+        m_dwGathered += count;
         done += count;
     }
     return 1;

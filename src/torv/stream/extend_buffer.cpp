@@ -155,6 +155,15 @@ DWORD CExtendBuffer::Insert(const char* source, DWORD count) {
     return count - left;
 }
 
+BYTE* CExtendBuffer::InsertRoom(DWORD count) {
+    if (!m_pCurrent || count > RoomForGrowth() || !MakeRoom(count))
+        return nullptr;
+    BYTE* const room = m_pCurrent->InsertRoom(OffsetInBlock(), count);
+    m_dwSize += count;
+    m_dwPosition += count;
+    return room;
+}
+
 BYTE* CExtendBuffer::GrowLastBlock(DWORD count) {
     if (!m_pLast || count > m_pLast->m_dwCapacity - m_pLast->m_dwUsed || count > RoomForGrowth())
         return nullptr;

@@ -74,6 +74,10 @@ protected:
     /// leave no trail of almost empty blocks.
     DWORD InsertInOrder(const void* source, DWORD count, DWORD unit);
 
+    /// Inserts so many bytes, all in one block and yet to be written, with the position behind them. Null, and nothing
+    /// has changed, when 32 bits of size, a block's size or the memory run out.
+    BYTE* InsertRoom(DWORD count);
+
     /// Makes room at the end of the last block, which becomes the current one, with the position at the new end. Null,
     /// and nothing has changed, where that block has none left.
     BYTE* GrowLastBlock(DWORD count);

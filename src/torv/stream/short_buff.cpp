@@ -50,9 +50,16 @@ DWORD CxShortBuff::Append(const char* source, DWORD count) { return Write(m_dwUs
 DWORD CxShortBuff::Insert(DWORD offset, const char* source, DWORD count) {
     if (count > m_dwCapacity - m_dwUsed)
         return 0;
-    std::memmove(m_pData + offset + count, m_pData + offset, m_dwUsed - offset);
+    std::memcpy(InsertRoom(offset, count), source, count);
+    return count;
+}
+
+BYTE* CxShortBuff::InsertRoom(DWORD offset, DWORD count) {
+    BYTE* const room = m_pData + offset;
+    std::memmove(room + count, room, m_dwUsed - offset);
     m_dwUsed += count;
-    return Write(offset, source, count);
+    Touch();
+    return room;
 }
 
 DWORD CxShortBuff::Delete(DWORD offset, DWORD count) {

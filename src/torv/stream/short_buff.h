@@ -22,6 +22,8 @@ public:
     DWORD Append(const char* source, DWORD count);
     /// All or nothing: 0 when the free room is too small.
     DWORD Insert(DWORD offset, const char* source, DWORD count);
+    /// Room for so many bytes, which must be free; they are the caller's to write.
+    BYTE* InsertRoom(DWORD offset, DWORD count);
     DWORD Delete(DWORD offset, DWORD count);
 
     /// The bytes or their number have changed by another way than these.

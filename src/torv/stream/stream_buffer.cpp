@@ -107,6 +107,26 @@ DWORD CStreamBuffer::MoveTo(DWORD clock) {
     return MoveRelative(static_cast<LONG>(clock - m_dwClock));
 }
 
+int CStreamBuffer::MoveBehind(DWORD clock) {
+    if (!IsCreated())
+        return 0;
+    if (clock < GetStreamLength()) {
+        MoveTo(clock + 1);
+        if (m_nState == kCursorBetween) {
+            if (--m_dwExtra)
+                return 0;
+            m_nState = m_dwEntryEnd ? kCursorOnEntry : kCursorAtTop;
+            return m_dwEntryEnd != 0;
+        }
+    } else {
+        SeekToEnd();
+    }
+    if (ReadPrevEntry(nullptr) && m_dwClock == clock)
+        return 1;
+    MoveTo(clock);
+    return 0;
+}
+
 DWORD CStreamBuffer::MoveRelative(LONG delta) {
     m_dwExtra += static_cast<DWORD>(delta);
     const DWORD target = m_dwClock + m_dwExtra;
@@ -123,7 +143,7 @@ DWORD CStreamBuffer::MoveRelative(LONG delta) {
     }
     while (m_dwClock < target) {
         SkipForward(target);
-        if (!ReadNextEntry(nullptr))
+        if (IsNextBehind(target) || !ReadNextEntry(nullptr))
             break;
     }
     if (m_dwClock > target)
@@ -325,6 +345,11 @@ int CStreamBuffer::InsertTime(DWORD) { return 1; }
 int CStreamBuffer::RemoveTime(DWORD ticks) { return InsertTime(ticks); }
 
 int CStreamBuffer::ReadHeader(tagEventEntryHdr* header, int stay) {
+    if (const BYTE* const bytes = BytesHere(kHeaderSize)) {
+        *header = HeaderOf(bytes);
+        m_dwPosition += stay ? 0 : kHeaderSize;
+        return 1;
+    }
     const DWORD position = m_dwPosition;
     const DWORD count = ReadBytes(header, kHeaderSize);
     if (stay)
@@ -333,6 +358,12 @@ int CStreamBuffer::ReadHeader(tagEventEntryHdr* header, int stay) {
 }
 
 int CStreamBuffer::WriteHeader(const tagEventEntryHdr* header, int stay) {
+    if (BYTE* const bytes = BytesHere(kHeaderSize)) {
+        std::memcpy(bytes, header, kHeaderSize);
+        m_pCurrent->Touch();
+        m_dwPosition += stay ? 0 : kHeaderSize;
+        return 1;
+    }
     const DWORD position = m_dwPosition;
     const DWORD count = Overwrite(header, kHeaderSize);
     if (stay)
@@ -341,6 +372,10 @@ int CStreamBuffer::WriteHeader(const tagEventEntryHdr* header, int stay) {
 }
 
 int CStreamBuffer::ReadEndMark(tagEventEntryHdr* mark) const {
+    if (m_pLast && m_pLast->m_dwUsed >= kHeaderSize) {
+        *mark = HeaderOf(m_pLast->m_pData + m_pLast->m_dwUsed - kHeaderSize);
+        return 1;
+    }
     auto* bytes = reinterpret_cast<char*>(mark);
     DWORD left = kHeaderSize;
     for (const CxShortBuff* block = m_pLast; block && left; block = block->m_pPrev) {
@@ -422,22 +457,28 @@ int CStreamBuffer::IsValidLocation() const {
     }
 }
 
-DWORD CStreamBuffer::ReadBytes(void* destination, DWORD count) {
+BYTE* CStreamBuffer::BytesHere(DWORD count) {
     if (!m_pCurrent)
-        return 0;
+        return nullptr;
     LeaveBlockEnd();
-    const DWORD offset = OffsetInBlock();
-    if (count > m_pCurrent->m_dwUsed - offset)
-        return Read(static_cast<char*>(destination), count);
-    std::memcpy(destination, m_pCurrent->m_pData + offset, count);
-    m_dwPosition += count;
-    return count;
+    return count <= m_pCurrent->m_dwUsed - OffsetInBlock() ? m_pCurrent->m_pData + OffsetInBlock() : nullptr;
+}
+
+DWORD CStreamBuffer::ReadBytes(void* destination, DWORD count) {
+    if (const BYTE* const bytes = BytesHere(count)) {
+        std::memcpy(destination, bytes, count);
+        m_dwPosition += count;
+        return count;
+    }
+    return Read(static_cast<char*>(destination), count);
 }
 
 bool CStreamBuffer::InsertBytes(DWORD position, const void* entry) {
     SeekTo(position);
-    if (InsertInOrder(entry, m_dwEntrySize, m_dwEntrySize))
+    if (BYTE* const room = InsertRoom(m_dwEntrySize)) {
+        CopyEntry(room, entry, m_dwEntrySize);
         return true;
+    }
     ResetPosition();
     return false;
 }
@@ -538,6 +579,13 @@ void CStreamBuffer::SkipEntriesForward(DWORD target) {
     m_dwClock = target - left;
     m_dwEntryEnd = m_dwPosition += passed;
     m_nState = kCursorOnEntry;
+}
+
+/// Whether the entry after the cursor is known to lie behind the target, so that there is no need to go there and back.
+bool CStreamBuffer::IsNextBehind(DWORD target) {
+    ResetPosition();
+    const BYTE* const next = BytesHere(kHeaderSize);
+    return next && HeaderOf(next).tag != kEndMarkTag && HeaderOf(next).delta > target - m_dwClock;
 }
 
 void CStreamBuffer::SkipEntriesBackward(DWORD target) {

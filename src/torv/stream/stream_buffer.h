@@ -70,6 +70,9 @@ public:
     /// Moves to a time and returns it, at most 0x7FFFFFFF. Lands on the first entry at that clock, between two entries
     /// (state 1) when there is none, or at the end with a rest. Clock 0 is always the top, before an entry at 0.
     DWORD MoveTo(DWORD clock);
+    /// Onto the last of the entries at a time: what is written at one time comes in its order, so that its place is
+    /// found at once however many stand there. 0, and the cursor is where MoveTo leads, when there is none.
+    int MoveBehind(DWORD clock);
 
     /// The clock of the last entry.
     DWORD GetStreamLength() const;
@@ -135,6 +138,8 @@ private:
 
     bool IsCreated() const { return m_dwEntrySize && m_pCurrent; }
     DWORD EntryBytes() const { return GetSize() - sizeof(tagEventEntryHdr); }
+    /// The bytes at the position, where so many lie in one block; null otherwise.
+    BYTE* BytesHere(DWORD count);
     DWORD ReadBytes(void* destination, DWORD count);
     bool InsertBytes(DWORD position, const void* entry);
 
@@ -147,5 +152,6 @@ private:
     void SkipBackward(DWORD target);
     bool SkipByTree(DWORD target);
     void SkipEntriesForward(DWORD target);
+    bool IsNextBehind(DWORD target);
     void SkipEntriesBackward(DWORD target);
 };
