@@ -1,0 +1,8 @@
+#include <torv/torv.h>
+
+#include <cstdio>
+
+int main() {
+BLOCK
+    return 0;
+}
