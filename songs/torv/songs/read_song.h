@@ -17,7 +17,12 @@ struct ReadOptions {
 };
 
 /// What ReadSong can tell from a file's first bytes.
-enum class SongFormat { Unknown, Midi, MusicXml, Ust };
+enum class SongFormat {
+    Unknown,  ///< none of these
+    Midi,     ///< a standard MIDI file, in a RIFF file too
+    MusicXml, ///< a score, compressed or not
+    Ust       ///< a UST
+};
 
 /// What kind of song file the bytes are, by their content.
 TORV_SONGS_API SongFormat FormatOf(Bytes bytes);

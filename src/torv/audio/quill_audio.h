@@ -50,6 +50,7 @@ constexpr int kAudioError = -1;   ///< a device error ended the play
 /// which fills the block anew; without that the sound ends within two seconds. The buffer outlives its play.
 class TORV_API CxQuillAudio : public CxRiff {
 public:
+    /// Stands for no file.
     CxQuillAudio();
     ~CxQuillAudio() override;
 

@@ -46,6 +46,7 @@ constexpr DWORD kWholeFile = 0xFFFFFFFF; ///< for tagMixDownTrack::end
 /// A copy has the same settings, tracks and meters, but plays nothing: a play belongs to the object that began it.
 class TORV_API CWaveOut {
 public:
+    /// 16-bit stereo at 44100 Hz, no file, master volume 1.0 in the centre.
     CWaveOut();
     /// Settings, tracks and meters of the other; it plays nothing.
     /// @{

@@ -20,6 +20,7 @@ class DatabaseLibrary;
 /// articulation of the same number. Users' expressions are kept by that library too: it holds their icon files.
 class TORV_API CExpressionDB : public CQuillDBIF {
 public:
+    /// Not open.
     CExpressionDB();
     ~CExpressionDB() override;
 

@@ -37,6 +37,7 @@ struct tagQuillIconOverview {
 /// singers. One thread at a time. Before it is opened everything answers 0 or null; so does what memory is refused for.
 class TORV_API CQuillDBManager : public CObject, private torv::IconCatalogue {
 public:
+    /// Not open.
     CQuillDBManager();
     ~CQuillDBManager() override;
     CQuillDBManager(const CQuillDBManager&) = delete;

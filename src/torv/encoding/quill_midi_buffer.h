@@ -29,6 +29,7 @@ struct tagQuillNoteMidiMessage {
 /// with the last of them; the scalar members are each copy's own.
 class TORV_API CQuillMidiBuffer {
 public:
+    /// Without stores before Create.
     CQuillMidiBuffer();
     /// Shares the other's entries and bytes; see above.
     /// @{

@@ -28,15 +28,24 @@ struct tagQuillMidiEncodeStruct {
 /// sent ahead: a song starts with at least that much rest. One object encodes one track at a time.
 class TORV_API CxQuillMidiEncoder {
 public:
+    /// No event interval, curves sampled every 30 ticks, and no presend time of its own, so that a run takes 2000 ms.
     CxQuillMidiEncoder();
     virtual ~CxQuillMidiEncoder();
     CxQuillMidiEncoder(const CxQuillMidiEncoder&) = delete;
     CxQuillMidiEncoder& operator=(const CxQuillMidiEncoder&) = delete;
 
     /// What is written: an entry a message, for files, or an entry a block with its time, for engines.
-    enum OutMode { kFileMode = 0, kRealTimeMode = 1 };
+    enum OutMode {
+        kFileMode = 0,    ///< an entry a message
+        kRealTimeMode = 1 ///< an entry a block, with its time
+    };
     /// Which curves are sampled how densely.
-    enum ResolutionSlot { kDynamicsSlot = 0, kVibratoDepthSlot = 1, kVibratoRateSlot = 2, kResolutionSlots = 3 };
+    enum ResolutionSlot {
+        kDynamicsSlot = 0,     ///< dynamics icons that change the level
+        kVibratoDepthSlot = 1, ///< the depth of vibratos
+        kVibratoRateSlot = 2,  ///< their rate
+        kResolutionSlots = 3   ///< how many there are
+    };
 
     /// Encodes in real-time mode, which the object keeps; a presend time outside its range is replaced by the default.
     /// The caller owns the buffer. Null without a track or map, and when memory does not suffice for all of the stream.
@@ -46,7 +55,7 @@ public:
     /// resolution of a slot is tested at once: -1 (a curve's own points only) or an entry of the table, else 0 and
     /// nothing changes.
     void SetPresendTime(DWORD milliseconds) { m_dwPresend = milliseconds; }
-    /// Milliseconds by which every block is sent ahead, 2000 at first.
+    /// Milliseconds by which every block is sent ahead, as stored; 0 at first.
     DWORD GetPresendTime() const { return m_dwPresend; }
     /// Ticks between the messages of a block in a file, 0 at first.
     /// @{

@@ -58,6 +58,7 @@ TORV_API DWORD sqGetNextEvent(tagMidiSequence* sequence, torv::MidiTrackQueue* q
 /// drops the tracks stops it first. A track that is read or sought by itself must not belong to a playing sequence.
 class TORV_API CxMidiSequence : public CObject {
 public:
+    /// Nothing to play before Create; all channels and kinds of event pass.
     CxMidiSequence();
     ~CxMidiSequence() override;
     CxMidiSequence(const CxMidiSequence&) = delete;

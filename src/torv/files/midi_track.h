@@ -81,6 +81,7 @@ TORV_API DWORD mtGetNextEvent(tagMidiTrack* track);
 /// reading state. Any bytes are survived. One thread at a time.
 class TORV_API CxMidiTrack : public CObject {
 public:
+    /// Without bytes; all channels pass.
     CxMidiTrack();
     /// The flags and the reading state are copied; both read the same bytes.
     CxMidiTrack(const CxMidiTrack& other);

@@ -25,6 +25,7 @@ static_assert(sizeof(void*) != 4 || (offsetof(tagQuillMidiQSBBuffer, size) == 4 
 /// as torv::ReplacedFile does, unless a write has failed: whoever reads the name sees the old file or the new one.
 class TORV_API CxQuillMidiFile : public CxRiff, public CxQuillMidiEncoder {
 public:
+    /// No file is open.
     CxQuillMidiFile();
     ~CxQuillMidiFile() override;
 

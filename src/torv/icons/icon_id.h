@@ -7,15 +7,19 @@ namespace torv {
 /// An icon id has the kind of icon in bits 31-24, its articulation in bits 23-16 and its variation in bits 15-0, whose
 /// highest bit marks an icon that a user made.
 enum IconStatus : int {
-    kStatusAttack = 1,
-    kStatusRelease = 2,
-    kStatusTransit = 3,
-    kStatusVibrato = 4,
-    kStatusDynamics = 5,
-    kStatusSinger = 7,
+    kStatusAttack = 1,   ///< how a note begins
+    kStatusRelease = 2,  ///< "Release" by name; heard as a transition into the next note
+    kStatusTransit = 3,  ///< "Transit" by name; heard as how a note ends
+    kStatusVibrato = 4,  ///< over a note
+    kStatusDynamics = 5, ///< on the timeline
+    kStatusSinger = 7,   ///< who sings
 };
 /// Of dynamics icons: a level, a rise, a fall.
-enum DynamicsArticulation : int { kDynaff = 1, kCrescendo = 2, kDecrescendo = 3 };
+enum DynamicsArticulation : int {
+    kDynaff = 1,     ///< sets a level
+    kCrescendo = 2,  ///< raises the level in force
+    kDecrescendo = 3 ///< lowers it
+};
 inline constexpr int kSingerArticulation = 1; ///< of singer icons, their only one
 inline constexpr DWORD kUserIconBit = 0x8000; ///< in the variation, and so in the id
 

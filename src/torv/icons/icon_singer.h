@@ -25,6 +25,7 @@ TORV_API void ReleaseIconRecord(tagSingerIconObject* record);
 /// A change of singer, status 7: names a voice by two codes. A point event, one tick long.
 class TORV_API CIconSinger : public CIconObject {
 public:
+    /// Status 7, articulation 1, variation 0: the Japanese program 0.
     CIconSinger();
     /// Articulation and variation as given; the variation packs the two codes.
     CIconSinger(int status, int articulation, int variation);

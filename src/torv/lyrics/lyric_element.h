@@ -55,6 +55,7 @@ static_assert(sizeof(void*) != 8 || sizeof(tagLyricSyllable) == 80);
 /// it was; constructors, SetLyricString and the texts that are returned throw std::bad_alloc.
 class TORV_API CLyricElement : public CObject {
 public:
+    /// Without text and phonemes, share 0.
     CLyricElement();
     /// Copies everything; null gives an empty syllable.
     explicit CLyricElement(CLyricElement* other);

@@ -28,6 +28,7 @@ TORV_API void ReleaseLyricRecord(tagLyricObject* record);
 /// std::bad_alloc.
 class TORV_API CLyricObject : public CObject {
 public:
+    /// Without syllables.
     CLyricObject();
     /// Copies every syllable; null gives a lyric without any. Throws std::bad_alloc.
     explicit CLyricObject(CLyricObject* other);

@@ -27,6 +27,7 @@ static_assert(sizeof(TSingerInfo) == 8);
 /// delete the track and free the converters.
 class TORV_API CxSampaTransformer {
 public:
+    /// Any number may live side by side; the converters that they use are the process's.
     CxSampaTransformer();
     virtual ~CxSampaTransformer();
 

@@ -13,6 +13,7 @@
 /// status. One thread at a time.
 class TORV_API CPanelWrap {
 public:
+    /// Not loaded: status 0.
     CPanelWrap();
     /// Shares the other's library; see above.
     /// @{

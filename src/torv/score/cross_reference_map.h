@@ -15,6 +15,7 @@
 /// FindIndex walks from the head.
 class TORV_API CCrossReferenceMap : public CObject {
 public:
+    /// Empty.
     CCrossReferenceMap();
     CCrossReferenceMap(const CCrossReferenceMap&) = delete;
     CCrossReferenceMap& operator=(const CCrossReferenceMap&) = delete;

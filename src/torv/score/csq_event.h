@@ -12,6 +12,7 @@ class CSequenceObject;
 /// The status is the type of the current event, 241 before the first, 242 after the last, 0 between events.
 class TORV_API CCsqEvent : public CObject {
 public:
+    /// Detached.
     CCsqEvent();
     /// Attached where the other is, with its status, entry and cached record.
     CCsqEvent(const CCsqEvent& other);

@@ -42,6 +42,7 @@ static_assert(sizeof(tagTempoMap) == 12 && sizeof(tagTimeSignatureMap) == 4 && s
 /// Building a map moves the cursor. Before Create every list operation answers 0.
 class TORV_API CMasterTrack : public CObject {
 public:
+    /// 500000 microseconds a quarter, 4/4; no event list before Create.
     CMasterTrack();
     CMasterTrack(const CMasterTrack&) = delete;
     CMasterTrack& operator=(const CMasterTrack&) = delete;

@@ -23,6 +23,7 @@ static_assert(offsetof(tagSequenceHeaderInfo, color) == 260 && offsetof(tagSeque
 /// one is harmless, a foreign one must not be passed. Setters set no modify flag.
 class TORV_API CSequence : public CObject {
 public:
+    /// Empty and unnamed: 480 ticks a quarter, 120 beats a minute, 4/4. No master track before Create.
     CSequence();
     CSequence(const CSequence&) = delete;
     CSequence& operator=(const CSequence&) = delete;

@@ -33,10 +33,10 @@ namespace torv {
 inline constexpr int kVoiceControls = 17;
 /// What GetBreakPointList's id names beside the voice controls, which are 1 to 17.
 enum BreakPointListId : int {
-    kDynamicsList = 18,
-    kPitchBendSensList = 19,
-    kPitchBendList = 20,
-    kTremoloDepthList = 21
+    kDynamicsList = 18,      ///< 0 to 127
+    kPitchBendSensList = 19, ///< semitones
+    kPitchBendList = 20,     ///< -8192 to 8191
+    kTremoloDepthList = 21   ///< 0 to 127
 };
 
 } // namespace torv
@@ -46,6 +46,7 @@ enum BreakPointListId : int {
 /// short what has a result answers 0 and changes nothing; SetName and GetName throw std::bad_alloc.
 class TORV_API CSequenceObject : public CObject {
 public:
+    /// Settings as they are said below; no stores before Create.
     CSequenceObject();
     CSequenceObject(const CSequenceObject&) = delete;
     CSequenceObject& operator=(const CSequenceObject&) = delete;

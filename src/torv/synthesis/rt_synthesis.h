@@ -37,6 +37,7 @@ struct tagQuillSynthOut {
 /// only takes a text or a handler throws std::bad_alloc, as copying does.
 class TORV_API CRtSynthesis : public CWaveOut {
 public:
+    /// 44100 Hz; no engine before OpenSynthesizer.
     CRtSynthesis();
     /// Shares the engine's library, instances and rings; see above.
     /// @{

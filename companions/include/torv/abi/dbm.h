@@ -23,7 +23,7 @@ extern "C" {
 
 /** Statuses of this project's own library. A host relies on 0 only: any other value of any maker's is an error code. */
 enum {
-    DBM_OK = 0,
+    DBM_OK = 0,           /**< done */
     DBM_NOT_READY = 1,    /**< before DBM_Init or after DBM_Delete */
     DBM_NO_SUCH = 2,      /**< no such voice, database, expression or item */
     DBM_EXISTS = 3,       /**< the number or the name is in use */
@@ -32,7 +32,7 @@ enum {
     DBM_FILE_ERROR = 6,   /**< a file cannot be read or written */
     DBM_FULL = 7,         /**< no number is free */
     DBM_NO_DIALOG = 8,    /**< there is no user interface */
-    DBM_NO_MEMORY = 9
+    DBM_NO_MEMORY = 9     /**< memory was refused */
 };
 
 /** Languages of voices. */

@@ -24,21 +24,21 @@ class TORV_API CFileException : public CException {
 public:
     /// Causes, the same numbers on every system.
     enum {
-        none,
-        generic,
-        fileNotFound,
-        badPath,
-        tooManyOpenFiles,
-        accessDenied,
-        invalidFile,
-        removeCurrentDir,
-        directoryFull,
-        badSeek,
-        hardIO,
-        sharingViolation,
-        lockViolation,
-        diskFull,
-        endOfFile
+        none,             ///< no error
+        generic,          ///< any other
+        fileNotFound,     ///< no such file
+        badPath,          ///< no such folder, or no path
+        tooManyOpenFiles, ///< for this process or the system
+        accessDenied,     ///< by its permissions, or it is a folder
+        invalidFile,      ///< not a file, or closed
+        removeCurrentDir, ///< the current folder stays
+        directoryFull,    ///< no room for one more name
+        badSeek,          ///< to before the beginning
+        hardIO,           ///< the device failed
+        sharingViolation, ///< another has it open
+        lockViolation,    ///< another has locked the part
+        diskFull,         ///< no room for the bytes
+        endOfFile         ///< nothing is left to read
     };
 
     /// The path may be null.

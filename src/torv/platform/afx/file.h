@@ -12,22 +12,26 @@ class TORV_API CFile : public CObject {
 public:
     /// How Open opens; to be combined.
     enum OpenFlags {
-        modeRead = 0x0000,
-        modeWrite = 0x0001,
-        modeReadWrite = 0x0002,
-        shareCompat = 0x0000,
+        modeRead = 0x0000,       ///< to read only
+        modeWrite = 0x0001,      ///< to write only
+        modeReadWrite = 0x0002,  ///< both
+        shareCompat = 0x0000,    ///< as shareExclusive
         shareExclusive = 0x0010, ///< share bits have a meaning on Windows only
-        shareDenyWrite = 0x0020,
-        shareDenyRead = 0x0030,
-        shareDenyNone = 0x0040,
-        modeNoInherit = 0x0080,
+        shareDenyWrite = 0x0020, ///< others may read
+        shareDenyRead = 0x0030,  ///< others may write
+        shareDenyNone = 0x0040,  ///< others may do both
+        modeNoInherit = 0x0080,  ///< not for child processes
         modeCreate = 0x1000,     ///< a new file, or an existing one emptied
         modeNoTruncate = 0x2000, ///< with modeCreate: an existing file keeps its content
-        typeText = 0x4000,
-        typeBinary = 0x8000
+        typeText = 0x4000,       ///< of no meaning: nothing is translated
+        typeBinary = 0x8000      ///< of no meaning
     };
     /// Origins of Seek.
-    enum SeekPosition { begin = 0, current = 1, end = 2 };
+    enum SeekPosition {
+        begin = 0,   ///< the file's beginning
+        current = 1, ///< where it stands
+        end = 2      ///< behind its last byte
+    };
     static constexpr INT_PTR hFileNull = -1; ///< m_hFile while nothing is open
 
     CFile() = default;
