@@ -41,7 +41,7 @@ struct MidiTrack {
 /// sorted by tick, one a tick; notes by tick, then key; texts by tick, in file order.
 struct MidiData {
     std::vector<MidiTrack> tracks; ///< a track with several channels gives one for each, the texts with the first
-    /// See above.
+    /// Sorted by tick, one a tick.
     /// @{
     std::vector<Tempo> tempos;
     std::vector<Meter> meters;

@@ -28,7 +28,7 @@ struct PerformedSyllable {
 
 /// One note.
 struct PerformedNote {
-    /// See above.
+    /// Seconds of the wave.
     /// @{
     double start = 0;
     double end = 0;

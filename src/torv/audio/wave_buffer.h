@@ -61,7 +61,7 @@ public:
     DWORD GetSampleRate() const { return m_dwRate; }
     DWORD GetSampleUnitSize() const { return m_dwUnitSize; }
     /// @}
-    /// Frames; see above.
+    /// Frames, in memory or in the file.
     DWORD GetNumSamples() const { return m_dwSamples; }
 
     /// To the frame, or behind the last one. Returns the frame reached.
@@ -73,19 +73,19 @@ public:
 
     /// One frame: 1 when all of it was moved. Several: how many. A null pointer moves nothing.
     int ReadSample(void* frame);
-    /// See above.
+    /// How many frames were read.
     DWORD ReadSample(void* frames, DWORD count);
     /// Overwrites at the cursor, and goes on behind the end.
     int WriteSample(const void* frame);
-    /// See above.
+    /// How many frames were written.
     DWORD WriteSample(const void* frames, DWORD count);
     /// At the cursor, which ends behind them. One frame adds its bytes to the count of frames: see AddSample.
     int InsertSample(const void* frame);
-    /// See above.
+    /// How many frames were inserted; the count grows by them.
     DWORD InsertSample(const void* frames, DWORD count);
     /// At the end. One frame adds its size in bytes, not 1, to the count of frames; WriteSample makes it true again.
     int AddSample(const void* frame);
-    /// See above; the count of frames grows by as many as were added.
+    /// How many frames were added; the count grows by them.
     DWORD AddSample(const void* frames, DWORD count);
     /// At the cursor; kAllFrames empties the memory and sets the count to 0. Returns how many.
     DWORD RemoveSample(DWORD count);

@@ -128,7 +128,7 @@ public:
     /// Linear volume, 1.0 at first. A pan outside -1.0..+1.0 becomes the centre, and so does every pan while there is
     /// one output channel.
     void SetMasterVolume(double volume, double pan);
-    /// See above.
+    /// One of the two alone.
     /// @{
     void SetMasterVolume(double volume);
     void SetMasterPanpot(double pan);

@@ -6,7 +6,7 @@
 struct tagKelControllerEntry {
     DWORD delta; ///< ticks after the entry before
     DWORD tag;   ///< the host's own
-    DWORD value; ///< see above
+    DWORD value; ///< the host's own
 };
 static_assert(sizeof(tagKelControllerEntry) == 12 && offsetof(tagKelControllerEntry, value) == 8);
 

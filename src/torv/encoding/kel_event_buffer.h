@@ -61,7 +61,7 @@ public:
 
     /// The current entry; the buffer's record comes along and stays the buffer's.
     int ReadEvent(tagKelEventEntry* entry) { return ReadEntry(entry); }
-    /// Overwrites the current entry but for its delta; appends. The records' owners are as said above.
+    /// Overwrites the current entry but for its delta; appends. The record is the buffer's when 1 comes back.
     /// @{
     int WriteEvent(tagKelEventEntry* entry) { return WriteEntry(entry); }
     int AddEvent(tagKelEventEntry* entry) { return AddEntry(entry); }

@@ -29,11 +29,11 @@ public:
     DWORD GetFramePosition() const { return m_dwFrameSize ? GetIndex() / m_dwFrameSize : 0; }
     /// One frame: 1 when the whole of it was read. A count: the frames read.
     int ReadData(void* frame);
-    /// See above.
+    /// How many frames were read.
     DWORD ReadData(void* frames, DWORD count);
     /// Overwrites from the position on, as CExtendBuffer::Write does, and counts the frames anew.
     int WriteData(const void* frame);
-    /// See above.
+    /// How many frames were written.
     DWORD WriteData(const void* frames, DWORD count);
     /// Inserts at the position, or appends. The count grows by 4 for a single frame, and by the frames placed for many;
     /// many at once spill into further blocks as CExtendBuffer::Insert does.

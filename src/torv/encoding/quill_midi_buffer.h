@@ -31,7 +31,7 @@ class TORV_API CQuillMidiBuffer {
 public:
     /// Without stores before Create.
     CQuillMidiBuffer();
-    /// Shares the other's entries and bytes; see above.
+    /// Shares the other's entries and bytes, which go with the last copy; the scalar members are its own.
     /// @{
     CQuillMidiBuffer(const CQuillMidiBuffer&);
     CQuillMidiBuffer& operator=(const CQuillMidiBuffer&);
@@ -45,7 +45,7 @@ public:
     /// Appends an event `delta` ticks after the last entry. Returns 0, with no entry added, when the bytes cannot be
     /// stored. The second form stores two runs back to back as one event.
     int AddEvent(DWORD delta, const BYTE* bytes, DWORD length, LONG time);
-    /// See above.
+    /// As the other AddEvent, from two runs of bytes as one event.
     int AddEvent(DWORD delta, const BYTE* bytes1, DWORD length1, const BYTE* bytes2, DWORD length2, LONG time);
     /// Inserts an event at the index's position: after the current entry (`where` 1) or before it (0).
     int InsertEvent(const BYTE* bytes, DWORD length, LONG time, int where);

@@ -15,7 +15,7 @@ class TORV_API CPanelWrap {
 public:
     /// Not loaded: status 0.
     CPanelWrap();
-    /// Shares the other's library; see above.
+    /// Shares the other's library, which is unloaded with the last copy; the status is its own.
     /// @{
     CPanelWrap(const CPanelWrap&);
     CPanelWrap& operator=(const CPanelWrap&);

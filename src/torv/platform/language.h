@@ -3,7 +3,7 @@
 /// The languages that are sung, by the numbers that lyrics, singer icons, voices, converters and engine streams share.
 namespace torv {
 
-/// See above.
+/// The numbers that lyrics, singer icons, voices, converters and streams share.
 /// @{
 inline constexpr int kJapanese = 0;
 inline constexpr int kEnglish = 1;

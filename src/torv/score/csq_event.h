@@ -31,7 +31,7 @@ public:
     int Attach(CSequenceObject* track);
     /// The track attached to; null when detached.
     CSequenceObject* GetSequence() const { return m_pTrack; }
-    /// See above.
+    /// The type of the current event: 241 before the first, 242 after the last, 0 between events.
     int GetStatus() const { return m_nStatus; }
     /// The current entry's id in the event pool, 0 when there is none, and the whole entry with its delta.
     /// @{

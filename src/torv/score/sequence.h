@@ -39,7 +39,8 @@ public:
     /// The track's position; null, and the track is the caller's still, when memory is short. With `at` null the track
     /// becomes the first, or with `after` the last.
     POSITION AddObject(CSequenceObject* track);
-    /// Puts the track before (after 0) or after the position, or at an end as said above. Results as AddObject.
+    /// Puts the track before (after 0) or after the position, with a null position as the first (0) or the last.
+    /// Results as AddObject.
     POSITION InsertObject(POSITION at, CSequenceObject* track, int after);
     /// Takes the track out of the list, and deletes it when asked.
     void RemoveObjectAt(POSITION at, int deleteObject);

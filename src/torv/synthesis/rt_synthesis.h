@@ -39,7 +39,7 @@ class TORV_API CRtSynthesis : public CWaveOut {
 public:
     /// 44100 Hz; no engine before OpenSynthesizer.
     CRtSynthesis();
-    /// Shares the engine's library, instances and rings; see above.
+    /// Shares the engine's library, instances and rings, which go with the last copy; threads stay with the other.
     /// @{
     CRtSynthesis(const CRtSynthesis&);
     CRtSynthesis& operator=(const CRtSynthesis&);
@@ -124,7 +124,7 @@ public:
     int HasSynthesisFailed() const { return m_state.HasFailed(); }
     /// What the two threads run; called otherwise they run here, and return when the play is over.
     void RTS_SynthesisThread_2();
-    /// See above.
+    /// What the wave-output thread runs.
     void RTS_WaveOutThread_2();
 
     /// Makes and configures an instance and a ring for every track, when the threads of an earlier play have ended. 1,
@@ -145,7 +145,7 @@ public:
     /// New region, position or loop flag. A position at or past the region's end, and any position of an empty region,
     /// becomes the region's start.
     void RTS_ChangePlayRegion(DWORD start, DWORD end, DWORD position);
-    /// See above.
+    /// A new loop flag (non-zero turns at the region's end), heard on from a position.
     void RTS_ChangeLoop(int loop, DWORD position);
     /// Seeks, and tells the host's window at once. Past the region's end the region's start is played instead.
     void RTS_ChangeSongPosition(DWORD position);
@@ -153,7 +153,7 @@ public:
     /// Effective with the next block mixed; without instances nothing changes. A pan outside -1.0..+1.0, and any pan
     /// with one output channel, is the centre.
     void RTS_SetTrackVolume(int track, double volume);
-    /// See above.
+    /// As RTS_SetTrackVolume.
     /// @{
     void RTS_SetTrackPanpot(int track, double pan);
     void RTS_SetTrackMute(int track, int mute);
@@ -206,7 +206,7 @@ public:
     int PostMessageToMsgDestination(UINT message, WORD code, LONGLONG sample);
     /// Format a dump for a debugger and let go of it.
     void TraceEvent(const BYTE* data, int length);
-    /// See above.
+    /// As TraceEvent.
     void TraceEvent2(const BYTE* data, int length);
 
 protected:

@@ -25,9 +25,9 @@ public:
     void FreeExtra() { m_data.shrink_to_fit(); }
     void RemoveAll() { m_data.clear(); } ///< every element
 
-    /// The element at an index; see above for one out of range.
+    /// The element at an index; out of range an empty one.
     const TYPE& GetAt(int index) const { return At(index); }
-    TYPE& GetAt(int index) { return At(index); }                  ///< as above
+    TYPE& GetAt(int index) { return At(index); }                  ///< what is written out of range is lost
     TYPE& ElementAt(int index) { return At(index); }              ///< as GetAt
     const TYPE& ElementAt(int index) const { return At(index); }  ///< as GetAt
     TYPE& operator[](int index) { return At(index); }             ///< as GetAt
@@ -88,7 +88,7 @@ public:
 
     /// Null for an empty array.
     TYPE* GetData() { return m_data.empty() ? nullptr : m_data.data(); }
-    /// See above.
+    /// Null for an empty array.
     const TYPE* GetData() const { return m_data.empty() ? nullptr : m_data.data(); }
 
 private:

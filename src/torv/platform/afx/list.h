@@ -39,13 +39,13 @@ public:
     POSITION GetTailPosition() const { return PositionOf(m_tail); } ///< as GetHeadPosition
     /// An empty element when the list is empty.
     TYPE& GetHead() { return DataOf(m_head); }
-    const TYPE& GetHead() const { return DataOf(m_head); } ///< as above
+    const TYPE& GetHead() const { return DataOf(m_head); } ///< to be read
     TYPE& GetTail() { return DataOf(m_tail); }             ///< as GetHead
     const TYPE& GetTail() const { return DataOf(m_tail); } ///< as GetHead
 
     /// The element at the position, which moves on to its neighbour (null after the last).
     TYPE& GetNext(POSITION& position) { return Step(position, &Node::next); }
-    /// See above.
+    /// As the other GetNext, to be read.
     const TYPE& GetNext(POSITION& position) const { return Step(position, &Node::next); }
     TYPE& GetPrev(POSITION& position) { return Step(position, &Node::previous); }             ///< backwards
     const TYPE& GetPrev(POSITION& position) const { return Step(position, &Node::previous); } ///< backwards
@@ -67,7 +67,7 @@ public:
         if (other)
             CList(*other).MoveTo(*this, m_tail, nullptr);
     }
-    /// See above; they come before what is there.
+    /// The other list's elements in order, before what is there.
     void AddHead(CList* other) {
         if (other)
             CList(*other).MoveTo(*this, nullptr, m_head);

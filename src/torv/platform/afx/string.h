@@ -88,7 +88,7 @@ public:
 
     /// Parts; a start or a count out of range is cut to what there is.
     CString Mid(int first) const;
-    /// See above.
+    /// Parts, cut to what there is: from an index on, of the beginning, of the end.
     /// @{
     CString Mid(int first, int count) const;
     CString Left(int count) const;

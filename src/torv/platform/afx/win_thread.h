@@ -39,7 +39,7 @@ public:
     /// At the thread's end, on the thread itself: deletes the object if m_bAutoDelete says so.
     virtual void Delete();
 
-    BOOL m_bAutoDelete = TRUE;  ///< see above
+    BOOL m_bAutoDelete = TRUE;  ///< whether the object goes with its thread
     HANDLE m_hThread = nullptr; ///< null before CreateThread
     DWORD m_nThreadID = 0;      ///< 0 before CreateThread
 
