@@ -23,6 +23,7 @@ TORV_API tagSequenceTimeMap* CreateSequenceTimeMap(CMasterTrack* master);
 /// Frees such an array; null is left alone.
 TORV_API void ReleaseSequenceTimeMap(tagSequenceTimeMap* map);
 
+/// @cond not exported
 // What follows trusts its map and its hint: a triple of the map, from which it seeks.
 
 /// Milliseconds to ticks and back, through the last triple that starts at or before the target. 0 in a map of nothing
@@ -38,5 +39,6 @@ int UpdateRealTimeInfo(tagQuillMidiRealtimeInfo& info, DWORD tick);
 
 /// The tick at which a block sent at `time` stands. Times before the song's start stand at tick 0.
 DWORD TickOfSendTime(LONG time, const tagQuillMidiRealtimeInfo& info);
+/// @endcond
 
 } // namespace torv

@@ -25,6 +25,7 @@ namespace torv {
 /// A null record is left alone.
 TORV_API void ReleaseIconRecord(tagIconHeader* record);
 
+/// @cond not exported
 /// A copy of a text by new[]; null texts copy as empty.
 char* NewText(const char* text);
 
@@ -33,6 +34,7 @@ template <class Icon>
 const Icon& OrEmpty(const Icon* icon, const Icon& empty = Icon(0, 0, 0)) {
     return icon ? *icon : empty;
 }
+/// @endcond
 
 } // namespace torv
 
