@@ -19,11 +19,13 @@ public:
     DWORD Read(DWORD offset, char* destination, DWORD count) const;
     /// Overwrites, and grows the used bytes up to the capacity.
     DWORD Write(DWORD offset, const char* source, DWORD count);
+    /// Writes behind the used bytes, as many as have room.
     DWORD Append(const char* source, DWORD count);
     /// All or nothing: 0 when the free room is too small.
     DWORD Insert(DWORD offset, const char* source, DWORD count);
     /// Room for so many bytes, which must be free; they are the caller's to write.
     BYTE* InsertRoom(DWORD offset, DWORD count);
+    /// Takes bytes out; those behind them move up. Fewer where the used ones end.
     DWORD Delete(DWORD offset, DWORD count);
 
     /// The bytes or their number have changed by another way than these.
@@ -33,19 +35,21 @@ public:
             torv::BlockTree::Touch(*this);
     }
 
-    HGLOBAL m_hMemory = nullptr; ///< null when the bytes come from the heap
-    BYTE* m_pData = nullptr;
-    CxShortBuff* m_pPrev = nullptr;
-    CxShortBuff* m_pNext = nullptr;
-    DWORD m_dwCapacity = 0; ///< bytes
-    DWORD m_dwUsed = 0;     ///< bytes, at most the capacity
+    HGLOBAL m_hMemory = nullptr;    ///< null when the bytes come from the heap
+    BYTE* m_pData = nullptr;        ///< null before Allocate
+    CxShortBuff* m_pPrev = nullptr; ///< the chain's; null for the first
+    CxShortBuff* m_pNext = nullptr; ///< null for the last
+    DWORD m_dwCapacity = 0;         ///< bytes
+    DWORD m_dwUsed = 0;             ///< bytes, at most the capacity
 
     /// What a derived buffer remembers about the block's bytes (a stream: the ticks that its entries span). Every
     /// change of the bytes forgets it.
     static constexpr DWORD kNoDigest = 0xFFFFFFFF;
-    DWORD m_dwDigest = kNoDigest;
+    DWORD m_dwDigest = kNoDigest; ///< kNoDigest: nothing is remembered
 
-    // Of the tree over the chain, where there is one.
+    /// Of the tree over the chain, where there is one.
+    /// @{
     torv::BlockTree::Node* m_pLeaf = nullptr;
     bool m_isOldInTree = false;
+    /// @}
 };
