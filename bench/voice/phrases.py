@@ -2,7 +2,7 @@
 import random
 from dataclasses import dataclass
 
-from texts import HELD_OUT, JAPANESE, LINES, WORDS
+from texts import HELD_OUT, HELD_OUT_LINES, JAPANESE, LINES, WORDS
 
 STEPS = (0, 2, 4, 7, 9)  # semitones over the voice's home: no interval of these is hard to sing
 SEED = 20
@@ -43,9 +43,9 @@ def english_words(held_out=False):
     return [phrase([word], 0.4, 0.6, source) for word in (HELD_OUT if held_out else WORDS)]
 
 
-def english_lines():
+def english_lines(held_out=False):
     source = random.Random(SEED)
-    return [phrase(line.split(), 0.38, 0.76, source) for line in LINES]
+    return [phrase(line.split(), 0.38, 0.76, source) for line in (HELD_OUT_LINES if held_out else LINES)]
 
 
 def japanese_words():

@@ -1,7 +1,8 @@
 """What is sung: hyphens part the syllables, of which each has a note of its own.
 
-WORDS are for tuning by; HELD_OUT are other words of the same kind, for a look now and then. Between them each list has
-all sounds of English and its clusters. LINES are from songs whose authors died long ago.
+WORDS and LINES are for tuning by; HELD_OUT and HELD_OUT_LINES are others of the same kind, for a look now and then.
+Between them each list of words has all sounds of English and its clusters. The lines are from songs whose authors died
+long ago, a few with a word changed for one that the listener knows.
 """
 
 WORDS = """
@@ -37,6 +38,23 @@ home home on the range where the deer and the an-te-lope play
 the wa-ter is wide i can-not cross o-ver
 ma-ry had a lit-tle lamb its fleece was white as snow
 joy to the world the lord is come
+""".strip().splitlines()
+
+HELD_OUT_LINES = """
+the grand old duke of york he had ten thou-sand men
+it's a long way to go my heart's right there
+a-way in a man-ger no crib for a bed
+the ash grove how grace-ful how plain-ly it's spea-king
+o shen-an-do-ah i long to hear you
+green grow the rush-es o what is your one
+all things bright and beau-ti-ful all crea-tures great and small
+i dream of ma-ry with the light brown hair
+san-ta lu-ci-a hear how the sai-lors sing
+sweet and low wind of the wes-tern sea
+blow the man down give me some time to blow
+near-er my god to thee
+what shall we do with the drun-ken sai-lor
+you take the high road and i'll take the low road
 """.strip().splitlines()
 
 # Kana, and the same in Latin letters: one group of them for each kana that has a note.

@@ -36,7 +36,7 @@ EXERCISES = ("words", "lines", "Japanese")
 def exercise(name, held_out):
     """All its phrases, and who listens."""
     if name == "lines":
-        lines = phrases.english_lines()
+        lines = phrases.english_lines(held_out)
         words = [phrase.text for phrase in phrases.english_words()]
         return lines, Listener.of_lines([line.text for line in lines], words)
     if name == "words":
@@ -71,7 +71,7 @@ def arguments():
     parser.add_argument("--only", choices=[*EXERCISES, "sound"], action="append", help="only this part; may be repeated")
     parser.add_argument("--voices", help="only these of the engine's, parted by commas")
     parser.add_argument("--transpose", type=int, default=0, help="the engine's voices sing so many semitones higher")
-    parser.add_argument("--held-out", action="store_true", help="the other list of single words")
+    parser.add_argument("--held-out", action="store_true", help="the other lists of single words and of lines")
     parser.add_argument("--no-peers", action="store_true")
     parser.add_argument("--verbose", action="store_true", help="what was heard instead")
     parser.add_argument("--jobs", type=int, default=2)

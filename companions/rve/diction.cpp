@@ -13,7 +13,8 @@ namespace {
 
 constexpr Time kGap = FromMilliseconds(40); ///< a pause that is shorter is none
 constexpr double kFrame = bank::kFrameMs * 0.001 * kTimeBase;
-constexpr int kSmoothing = 4; ///< frames either way
+constexpr int kSmoothing = 4;    ///< frames either way
+constexpr float kSlowest = 2.5F; ///< how much slower than spoken a vowel comes and goes
 
 int PhoneOf(const VoiceBank& bank, const char* name) { return name ? bank.PhoneNamed(name) : VoiceBank::kSilence; }
 
@@ -76,7 +77,8 @@ float Diction::FrameOf(const Sound& sound, Time time) const {
     const auto frames = static_cast<float>(sound.frames);
     const float first = static_cast<float>(sound.first) - 0.5F;
     if (sound.isNucleus) {
-        // The way in and the way out at their own pace, the middle as slowly as the note asks.
+        // The way in and the way out at their own pace, or a little slower, the middle as slowly as the note asks.
+        const float slow = sound.isDiphthong ? 1.0F : std::clamp(length / frames, 1.0F, kSlowest);
         float in = std::min(sound.isDiphthong ? 0.3F * frames : 0.45F * frames, 12.0F);
         float out = sound.isDiphthong ? 0.6F * frames : std::min(0.45F * frames, 14.0F);
         const float middle = sound.isDiphthong ? 0.35F * frames : 0.5F * frames;
@@ -95,10 +97,13 @@ float Diction::FrameOf(const Sound& sound, Time time) const {
                 return first + into / fit;
             return first + frames - (length - into) / fit;
         }
+        const float slowOut = &sound + 1 < m_sounds.data() + m_soundCount ? slow : 1.0F; // into silence as spoken
+        in *= slow;
+        out *= slowOut;
         if (into < in)
-            return first + into;
+            return first + into / slow;
         if (into > length - out)
-            return first + frames - (length - into);
+            return first + frames - (length - into) / slowOut;
         return first + from + (to - from) * (into - in) / std::max(length - in - out, 0.1F);
     }
     if (sound.isStop && frames > 1) { // the burst keeps its length, the closure gives way
@@ -265,8 +270,11 @@ void Diction::Speak(const VoiceBank& bank, Tract tract) {
             SpokenFrame& frame = m_raw[Place(m_frameCount++)];
             for (size_t m = 0; m < frame.cepstrum.size(); ++m)
                 frame.cepstrum[m] = static_cast<float>(stored.cepstrum[m]) * bank::kCepstrumUnit;
-            for (size_t b = 0; b < frame.strength.size(); ++b)
-                frame.strength[b] = static_cast<float>(stored.strength[b]) / 255;
+            // Held notes need more breath between their harmonics than speech, for the spectrum to be heard whole.
+            for (size_t b = 0; b < frame.strength.size(); ++b) {
+                const float spoken = static_cast<float>(stored.strength[b]) / 255;
+                frame.strength[b] = spoken * spoken;
+            }
             frame.voicing = sound.isVowel || stored.voicing > 12 ? 1.0F : 0.0F;
             for (size_t k = 0; k < frame.formants.size(); ++k)
                 frame.formants[k] = stored.formants[k];

@@ -17,6 +17,10 @@ constexpr float kLowestPitch = 10;        // Hz: below it the harmonics stay whe
 constexpr float kHighestVoice = 12000;    // Hz: above it there is noise alone
 constexpr float kJitter = 0.004F;         // of a period
 constexpr float kShimmer = 0.03F;         // of an amplitude
+// How much of a cepstrum's deviation a frame has from the one before, and how far the first coefficient strays: a
+// quarter of what the models of the recordings say of theirs, higher ones less.
+constexpr float kStay = 0.75F;
+constexpr float kStray = 0.1F;
 
 // Where a glottal pulse opens, its spectrum has a resonance that runs backwards in time: Doval, d'Alessandro and
 // Henrich, "The voice source as a causal/anticausal linear filter", VOQUAL 2003. The recordings' spectra hold its
@@ -52,6 +56,8 @@ void Person::Begin() {
     m_jitter = m_shimmer = m_shimmerTo = 1;
     m_random.Reset(kSeed);
     m_cycleRandom.Reset(kSeed * 3);
+    m_stirRandom.Reset(kSeed * 5);
+    m_stirred.fill(0);
 }
 
 void Person::Move(Time now, int samples, float f0, const Colour& colour, const Timeline& timeline,
@@ -75,7 +81,8 @@ void Person::Move(Time now, int samples, float f0, const Colour& colour, const T
 void Person::MakeFrame(Time at, float f0, const Colour& colour, const Timeline& timeline, const VoiceBank& bank,
                        Tract tract) {
     f0 = std::clamp(f0, kLowestPitch, static_cast<float>(m_rate) * kHighestHarmonic);
-    const SpokenFrame& frame = m_diction.At(at, timeline, bank, tract);
+    SpokenFrame frame = m_diction.At(at, timeline, bank, tract);
+    Stir(frame);
     m_envelope.Set(frame, colour);
     m_voicingFrom = m_voicingTo;
     m_voicingTo = m_envelope.Voicing();
@@ -89,13 +96,24 @@ void Person::MakeFrame(Time at, float f0, const Colour& colour, const Timeline& 
         m_voicingFrom = m_voicingTo;
 }
 
-/// RMS of the harmonics of the steady vowel.
+/// Nobody's tract stands still: from frame to frame the spectrum moves about its mean as the recordings' do.
+void Person::Stir(SpokenFrame& frame) {
+    const float fresh = kStray * std::sqrt(1 - kStay * kStay);
+    for (size_t m = 2; m < m_stirred.size(); ++m) { // level and tilt stay
+        m_stirred[m] = m_stirred[m] * kStay + fresh * m_stirRandom.Next();
+        frame.cepstrum[m] += m_stirred[m] / (1 + 0.1F * static_cast<float>(m));
+    }
+}
+
+/// RMS of the steady vowel, its harmonics and as much of its noise as lies around each.
 float Person::LevelOn(float f0) {
     float power = 0;
     const int count = static_cast<int>(4000 / f0);
     for (int harmonic = 1; harmonic <= count; ++harmonic) {
-        const float level = m_steady.VoiceLevelAt(static_cast<float>(harmonic) * f0);
-        power += level * level;
+        const float hz = static_cast<float>(harmonic) * f0;
+        const float voice = m_steady.VoiceLevelAt(hz);
+        const float noise = m_steady.NoiseLevelAt(hz), between = m_steady.NoiseLevelAt(hz - f0 / 2);
+        power += voice * voice + (noise * noise + between * between) / 2;
     }
     return std::max(std::sqrt(power * 2 * f0 / static_cast<float>(bank::kRate)), 1e-3F);
 }

@@ -29,6 +29,7 @@ private:
 
     void MakeFrame(Time at, float f0, const Colour& colour, const Timeline& timeline, const VoiceBank& bank,
                    Tract tract);
+    void Stir(SpokenFrame& frame);
     void MakeCycle(float f0);
     void MakeNoise();
     float LevelOn(float f0);
@@ -52,7 +53,8 @@ private:
     float m_step = 0, m_stepSlope = 0;
     float m_jitter = 1, m_shimmer = 1, m_shimmerTo = 1;
     float m_level = 1;
-    Noise m_random, m_cycleRandom;
+    Noise m_random, m_cycleRandom, m_stirRandom;
+    std::array<float, bank::kCoefficients> m_stirred{};
     std::array<std::complex<float>, kMostPoints / 2> m_spectrum{};
     std::array<float, kMostPoints> m_signal{};
     std::array<std::complex<float>, 256> m_pulsePhases{}; ///< of the glottal pulse, by harmonic
