@@ -66,6 +66,14 @@ TEST_CASE("wave file: what was appended is read, wherever the buffer is; a full 
         model.insert(model.end(), model.begin(), model.end());
         CHECK(path.Get().substr(0, 44) == MonoFile(std::string(model.size() * 2, '?')).substr(0, 44));
         CHECK((ShortsIn(path.Get(), 44) == model));
+        std::vector<short> read(model.size());
+        file.AppendSample(0x12345, 0);
+        file.SeekSample(1, 0);
+        CHECK(file.ReadFrames(reinterpret_cast<BYTE*>(read.data()), 0xFFFFFFFF) == model.size());
+        model.erase(model.begin());
+        model.push_back(0x2345);
+        CHECK((read == model));
+        CHECK(file.ReadFrames(reinterpret_cast<BYTE*>(read.data()), 1) == 0);
     }
 }
 

@@ -129,14 +129,17 @@ void CWaveFile::WriteHeader() {
     put(32, 2, m_Format.nBlockAlign);
     put(34, 2, m_Format.wBitsPerSample);
     put(40, 4, m_dwDataBytes);
-    CFile::Seek(0, begin);
-    CFile::Write(header, kHeaderBytes);
+    WriteAt(0, header, kHeaderBytes);
     m_bHeaderStale = false;
 }
 
 void CWaveFile::UseFormat(const WAVEFORMATEX& format) {
     m_Format = format;
     m_Level.SetDefaultInterval(static_cast<DWORD>(format.nSamplesPerSec * 0.05));
+}
+
+ULONGLONG CWaveFile::PlaceOf(DWORD frame) const {
+    return kHeaderBytes + static_cast<ULONGLONG>(frame) * m_Format.nBlockAlign;
 }
 
 void CWaveFile::AllocateBuffer(DWORD align) {
@@ -174,9 +177,7 @@ void CWaveFile::Flush() {
     if (!IsReady())
         return;
     if (m_bDirty) {
-        const DWORD align = m_Format.nBlockAlign;
-        CFile::Seek(kHeaderBytes + static_cast<LONGLONG>(m_dwWindowFrame) * align, begin);
-        CFile::Write(m_pBuffer.get(), (m_dwFrames - m_dwWindowFrame) * align);
+        WriteAt(PlaceOf(m_dwWindowFrame), m_pBuffer.get(), (m_dwFrames - m_dwWindowFrame) * m_Format.nBlockAlign);
         m_bDirty = false;
         m_bHeaderStale = true;
     }
@@ -216,10 +217,8 @@ void CWaveFile::LoadWindow(DWORD frame) {
     const DWORD start = frame - frame % m_dwBufferFrames;
     const DWORD frames = start < m_dwFrames ? std::min(m_dwFrames - start, m_dwBufferFrames) : 0;
     UINT done = 0;
-    if (frames > 0) {
-        CFile::Seek(kHeaderBytes + static_cast<LONGLONG>(start) * align, begin);
-        done = CFile::Read(m_pBuffer.get(), frames * align);
-    }
+    if (frames > 0)
+        done = ReadAt(PlaceOf(start), m_pBuffer.get(), frames * align);
     std::memset(m_pBuffer.get() + done, 0, static_cast<size_t>(m_dwBufferFrames) * align - done);
     m_dwWindowFrame = start;
     m_bWindowLoaded = true;
@@ -232,7 +231,10 @@ int CWaveFile::AppendSample(DWORD left, DWORD right) {
     LoadWindowOf(m_dwFrames);
     torv::StoreFrame(m_pBuffer.get() + (m_dwFrames - m_dwWindowFrame) * align, m_Format.nChannels, align,
                      {left, right});
+    m_bDirty = true;
     CountAppended(1);
+    if (m_dwFrames - m_dwWindowFrame == m_dwBufferFrames)
+        Flush();
     return 1;
 }
 
@@ -241,25 +243,34 @@ int CWaveFile::AppendFrames(const BYTE* frames, DWORD count) {
     if (!IsReady() || !frames || (static_cast<ULONGLONG>(m_dwFrames) + count) * align > kMostDataBytes)
         return 0;
     while (count > 0) {
-        LoadWindowOf(m_dwFrames);
-        const DWORD piece = std::min(count, m_dwWindowFrame + m_dwBufferFrames - m_dwFrames);
-        const size_t bytes = static_cast<size_t>(piece) * align;
-        std::memcpy(m_pBuffer.get() + static_cast<size_t>(m_dwFrames - m_dwWindowFrame) * align, frames, bytes);
-        CountAppended(piece);
-        frames += bytes;
+        const DWORD inWindow = m_dwFrames % m_dwBufferFrames;
+        DWORD piece = std::min(count, m_dwBufferFrames - inWindow);
+        if (piece == m_dwBufferFrames) { // whole windows need no copy of their own
+            piece = count / m_dwBufferFrames * m_dwBufferFrames;
+            Flush();
+            m_bWindowLoaded = false;
+            WriteAt(PlaceOf(m_dwFrames), frames, piece * align);
+            CountAppended(piece);
+            m_bHeaderStale = true;
+            Flush();
+        } else {
+            LoadWindowOf(m_dwFrames);
+            std::memcpy(m_pBuffer.get() + static_cast<size_t>(inWindow) * align, frames, piece * align);
+            m_bDirty = true;
+            CountAppended(piece);
+            if (inWindow + piece == m_dwBufferFrames)
+                Flush();
+        }
+        frames += static_cast<size_t>(piece) * align;
         count -= piece;
     }
     return 1;
 }
 
-/// Frames that stand in the window, which is written when it is full.
 void CWaveFile::CountAppended(DWORD frames) {
-    m_bDirty = true;
     m_dwFrames += frames;
     m_dwDataBytes = m_dwFrames * m_Format.nBlockAlign; // a broken frame at the data's end is written over
     m_dwPlayEnd = m_dwFrames;
-    if (m_dwFrames - m_dwWindowFrame == m_dwBufferFrames)
-        Flush();
 }
 
 int CWaveFile::ReadSample(DWORD& left, DWORD& right) {
@@ -275,6 +286,19 @@ int CWaveFile::ReadSample(DWORD& left, DWORD& right) {
     right = values.right;
     ++m_dwCurrentSample;
     return 1;
+}
+
+DWORD CWaveFile::ReadFrames(BYTE* frames, DWORD count) {
+    if (!IsReady() || !frames)
+        return 0;
+    Flush();
+    const DWORD align = m_Format.nBlockAlign;
+    const DWORD most = std::min(m_dwFrames - m_dwCurrentSample, 0xFFFFFFFF / align);
+    count = std::min(count, most);
+    const UINT done = ReadAt(PlaceOf(m_dwCurrentSample), frames, count * align);
+    std::memset(frames + done, 0, static_cast<size_t>(count) * align - done);
+    m_dwCurrentSample += count;
+    return count;
 }
 
 int CWaveFile::SeekSample(LONG frame, int whence) {
@@ -300,8 +324,7 @@ DWORD CWaveFile::GetWaveData(BYTE* data, DWORD bytes) {
     if (!IsReady() || !data)
         return 0;
     Flush();
-    CFile::Seek(kHeaderBytes, begin);
-    return CFile::Read(data, std::min(bytes, m_dwDataBytes));
+    return ReadAt(kHeaderBytes, data, std::min(bytes, m_dwDataBytes));
 }
 
 int CWaveFile::AddVolumeToWaveData(const BYTE* in, BYTE* out, DWORD bytes, int clip) const {

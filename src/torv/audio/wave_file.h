@@ -55,6 +55,8 @@ public:
     /// Reads the frame at the current position and steps on; a mono file's value counts for both. Returns 1, or 0 with
     /// zeros at the end of the data.
     int ReadSample(DWORD& left, DWORD& right);
+    /// As many calls of ReadSample, with the frames as they lie in this file's data. Returns how many there were.
+    DWORD ReadFrames(BYTE* frames, DWORD count);
     /// From the start (`whence` 0) or the current position (1), clamped to the data. Returns 1, or 0 for another
     /// whence.
     int SeekSample(LONG frame, int whence);
@@ -127,6 +129,7 @@ private:
     void OpenPath(const CString& path);
     void ReadHeader(const CString& path);
     void WriteHeader();
+    ULONGLONG PlaceOf(DWORD frame) const;
     void AllocateBuffer(DWORD align);
     void LoadWindow(DWORD frame);
     void LoadWindowOf(DWORD frame) {

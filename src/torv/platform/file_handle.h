@@ -21,6 +21,11 @@ DWORD CloseFileHandle(FileHandle handle);
 DWORD ReadFileHandle(FileHandle handle, void* buffer, UINT bytes, UINT& done);
 /// `done` is less than `bytes` with result 0 when the disk is full.
 DWORD WriteFileHandle(FileHandle handle, const void* buffer, UINT bytes, UINT& done);
+/// The same from a place of the file, in one call of the system; where the position is afterwards is left open.
+/// @{
+DWORD ReadFileHandleAt(FileHandle handle, ULONGLONG place, void* buffer, UINT bytes, UINT& done);
+DWORD WriteFileHandleAt(FileHandle handle, ULONGLONG place, const void* buffer, UINT bytes, UINT& done);
+/// @}
 DWORD SeekFileHandle(FileHandle handle, LONGLONG offset, SeekFrom from, ULONGLONG& position);
 DWORD FileHandleLength(FileHandle handle, ULONGLONG& length);
 /// Cuts or grows (with zeros) the file at the current position.

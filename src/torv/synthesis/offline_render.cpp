@@ -3,6 +3,7 @@
 #include "torv/synthesis/step_feeder.h"
 
 #include <algorithm>
+#include <bit>
 #include <vector>
 
 namespace torv {
@@ -13,6 +14,10 @@ constexpr DWORD kGuardSamples = 1024; ///< an engine that writes past its capaci
 constexpr LONGLONG kStepsPerReport = 16;
 
 bool Append(CWaveFile& file, const short* samples, LONGLONG count) {
+    WAVEFORMATEX format;
+    file.GetWaveFormat(format);
+    if (std::endian::native == std::endian::little && format.nBlockAlign == sizeof *samples && format.nChannels == 1)
+        return file.AppendFrames(reinterpret_cast<const BYTE*>(samples), static_cast<DWORD>(count));
     for (LONGLONG i = 0; i < count; ++i)
         if (!file.AppendSample(static_cast<DWORD>(static_cast<LONG>(samples[i]))))
             return false;

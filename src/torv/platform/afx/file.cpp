@@ -75,6 +75,19 @@ void CFile::Write(const void* buffer, UINT bytes) {
         Check(ERROR_DISK_FULL);
 }
 
+UINT CFile::ReadAt(ULONGLONG place, void* buffer, UINT bytes) const {
+    UINT done = 0;
+    Check(torv::ReadFileHandleAt(m_hFile, place, buffer, bytes, done));
+    return done;
+}
+
+void CFile::WriteAt(ULONGLONG place, const void* buffer, UINT bytes) {
+    UINT done = 0;
+    Check(torv::WriteFileHandleAt(m_hFile, place, buffer, bytes, done));
+    if (done != bytes)
+        Check(ERROR_DISK_FULL);
+}
+
 ULONGLONG CFile::Seek(LONGLONG offset, UINT from) {
     ULONGLONG position = 0;
     if (from > end)

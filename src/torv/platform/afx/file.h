@@ -82,6 +82,12 @@ public:
     INT_PTR m_hFile = hFileNull; ///< the system's handle
 
 protected:
+    /// Read and Write at a place of the file, in one call of the system; where the position is afterwards is left open.
+    /// @{
+    UINT ReadAt(ULONGLONG place, void* buffer, UINT bytes) const;
+    void WriteAt(ULONGLONG place, const void* buffer, UINT bytes);
+    /// @}
+
     CString m_strFileName; ///< the absolute path
 
 private:

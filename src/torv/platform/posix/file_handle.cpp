@@ -126,6 +126,19 @@ DWORD WriteFileHandle(FileHandle handle, const void* buffer, UINT bytes, UINT& d
     return TransferAll(handle, static_cast<const char*>(buffer), bytes, done, write);
 }
 
+DWORD ReadFileHandleAt(FileHandle handle, ULONGLONG place, void* buffer, UINT bytes, UINT& done) {
+    return TransferAll(handle, static_cast<char*>(buffer), bytes, done, [&](int file, char* at, size_t count) {
+        return pread(file, at, count, static_cast<off_t>(place + done));
+    });
+}
+
+DWORD WriteFileHandleAt(FileHandle handle, ULONGLONG place, const void* buffer, UINT bytes, UINT& done) {
+    return TransferAll(handle, static_cast<const char*>(buffer), bytes, done,
+                       [&](int file, const char* at, size_t count) {
+                           return pwrite(file, at, count, static_cast<off_t>(place + done));
+                       });
+}
+
 DWORD SeekFileHandle(FileHandle handle, LONGLONG offset, SeekFrom from, ULONGLONG& position) {
     static constexpr int kWhence[] = {SEEK_SET, SEEK_CUR, SEEK_END};
     const off_t result = lseek(Native(handle), offset, kWhence[static_cast<int>(from)]);

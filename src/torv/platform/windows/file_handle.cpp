@@ -10,6 +10,13 @@ HANDLE Native(FileHandle handle) { return reinterpret_cast<HANDLE>(handle); }
 
 DWORD Result(BOOL done) { return done ? NO_ERROR : GetLastError(); }
 
+OVERLAPPED PlaceOf(ULONGLONG place) {
+    OVERLAPPED at{};
+    at.Offset = static_cast<DWORD>(place);
+    at.OffsetHigh = static_cast<DWORD>(place >> 32);
+    return at;
+}
+
 } // namespace
 
 DWORD OpenFileHandle(const char* path, UINT flags, FileHandle& handle, std::string& fullPath) {
@@ -49,6 +56,22 @@ DWORD ReadFileHandle(FileHandle handle, void* buffer, UINT bytes, UINT& done) {
 DWORD WriteFileHandle(FileHandle handle, const void* buffer, UINT bytes, UINT& done) {
     DWORD count = 0;
     const DWORD error = Result(WriteFile(Native(handle), buffer, bytes, &count, nullptr));
+    done = count;
+    return error;
+}
+
+DWORD ReadFileHandleAt(FileHandle handle, ULONGLONG place, void* buffer, UINT bytes, UINT& done) {
+    DWORD count = 0;
+    OVERLAPPED at = PlaceOf(place);
+    const DWORD error = Result(ReadFile(Native(handle), buffer, bytes, &count, &at));
+    done = count;
+    return error == ERROR_HANDLE_EOF ? NO_ERROR : error; // from a place, the end is told as an error
+}
+
+DWORD WriteFileHandleAt(FileHandle handle, ULONGLONG place, const void* buffer, UINT bytes, UINT& done) {
+    DWORD count = 0;
+    OVERLAPPED at = PlaceOf(place);
+    const DWORD error = Result(WriteFile(Native(handle), buffer, bytes, &count, &at));
     done = count;
     return error;
 }
