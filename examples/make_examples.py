@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes the example songs, standard MIDI files with lyrics, beside this script.
+"""Writes the example songs, standard MIDI files with lyrics and the hymn as MusicXML too, beside this script.
 
 The tunes are traditional; the hymn's is Old Hundredth (1551), its words are Thomas Ken's (1674). A song is a list of lines "KEY BEATS LYRIC": '-' as the key is a rest, a lyric that ends in
 '-' goes on with the next syllable, and a note without a lyric goes on with the vowel before.
@@ -114,9 +114,81 @@ def song(title, tempo, parts):
     return b"MThd" + struct.pack(">IHHH", 6, 1, 1 + len(voices), TICKS) + track(conductor) + b"".join(voices)
 
 
+def measures_of(notation, beats):
+    """The notes of each measure as (key, beats, syllable, tied from, tied to): a note over a bar line is tied."""
+    measures = [[]]
+    at = 0
+    for line in notation.strip().splitlines():
+        for note in filter(str.strip, line.split(";")):
+            key, length, *lyric = note.split()
+            left = int(length)
+            while left:
+                if at == beats:
+                    measures.append([])
+                    at = 0
+                taken = min(left, beats - at)
+                measures[-1].append((key, taken, lyric and lyric[0], left < int(length), left > taken))
+                lyric = None
+                left -= taken
+                at += taken
+    return measures
+
+
+def note_element(key, beats, syllable, is_tied, goes_on, begins_word):
+    types = {1: "<type>quarter</type>", 2: "<type>half</type>", 3: "<type>half</type><dot/>", 4: "<type>whole</type>"}
+    ties = "<tie type=\"stop\"/>" * is_tied + "<tie type=\"start\"/>" * goes_on
+    notations = "<tied type=\"stop\"/>" * is_tied + "<tied type=\"start\"/>" * goes_on
+    alter = "<alter>1</alter>" if "#" in key else ""
+    text = (f"<note><pitch><step>{key[0]}</step>{alter}<octave>{key[-1]}</octave></pitch>"
+            f"<duration>{beats}</duration>{ties}<voice>1</voice>{types[beats]}")
+    if notations:
+        text += f"<notations>{notations}</notations>"
+    if syllable:
+        goes_on = syllable.endswith("-")
+        syllabic = ("begin" if goes_on else "single") if begins_word else ("middle" if goes_on else "end")
+        text += f"<lyric number=\"1\"><syllabic>{syllabic}</syllabic><text>{syllable.rstrip('-')}</text></lyric>"
+    return text + "</note>"
+
+
+def score(title, composer, tempo, fifths, parts, clefs):
+    """The same song as a score in MusicXML, four quarters a measure."""
+    lines = ["<?xml version=\"1.0\" encoding=\"UTF-8\"?>",
+             "<!DOCTYPE score-partwise PUBLIC \"-//Recordare//DTD MusicXML 3.1 Partwise//EN\" "
+             "\"http://www.musicxml.org/dtds/partwise.dtd\">",
+             "<score-partwise version=\"3.1\">", f"<work><work-title>{title}</work-title></work>",
+             f"<identification><creator type=\"composer\">{composer}</creator></identification>", "<part-list>"]
+    lines += [f"<score-part id=\"P{i}\"><part-name>{name}</part-name></score-part>" for i, name in enumerate(parts, 1)]
+    lines.append("</part-list>")
+    for part, (name, notation) in enumerate(parts.items(), 1):
+        lines.append(f"<part id=\"P{part}\">")
+        begins_word = True
+        measures = measures_of(notation, 4)
+        for number, notes in enumerate(measures, 1):
+            lines.append(f"<measure number=\"{number}\">")
+            if number == 1:
+                lines.append(f"<attributes><divisions>1</divisions><key><fifths>{fifths}</fifths></key><time><beats>4</beats>"
+                             f"<beat-type>4</beat-type></time>{clefs[name]}</attributes>")
+                lines.append("<direction placement=\"above\"><direction-type><metronome><beat-unit>quarter</beat-unit>"
+                             f"<per-minute>{tempo}</per-minute></metronome></direction-type><sound tempo=\"{tempo}\"/>"
+                             "</direction>")
+            for key, beats, syllable, is_tied, goes_on in notes:
+                lines.append(note_element(key, beats, syllable, is_tied, goes_on, begins_word))
+                if syllable:
+                    begins_word = not syllable.endswith("-")
+            if number == len(measures):
+                lines.append("<barline location=\"right\"><bar-style>light-heavy</bar-style></barline>")
+            lines.append("</measure>")
+        lines.append("</part>")
+    return "\n".join([*lines, "</score-partwise>", ""])
+
+
 if __name__ == "__main__":
     here = pathlib.Path(__file__).parent
     (here / "twinkle.mid").write_bytes(song("Twinkle, twinkle, little star", 100, {"Voice": TWINKLE}))
     (here / "sakura.mid").write_bytes(song("Sakura", 88, {"Voice": SAKURA}))
     hymn = {name: hymn_part(keys) for name, keys in HYMN.items()}
     (here / "hymn.mid").write_bytes(song("Old Hundredth", 80, hymn))
+    treble = "<clef><sign>G</sign><line>2</line></clef>"
+    clefs = {"Soprano": treble, "Alto": treble, "Bass": "<clef><sign>F</sign><line>4</line></clef>",
+             "Tenor": treble.replace("</clef>", "<clef-octave-change>-1</clef-octave-change></clef>")}
+    (here / "hymn.musicxml").write_text(score("Old Hundredth", "Genevan Psalter, 1551", 80, 1, hymn, clefs))

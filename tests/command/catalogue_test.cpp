@@ -28,7 +28,7 @@ FileBytes LongNotes() {
 std::string ErrorOf(const std::string& text, bool needsBar) {
     try {
         ReadBarMark("--x", text, needsBar);
-    } catch (const InputError& error) {
+    } catch (const WrongUse& error) {
         return error.message;
     }
     return {};
@@ -77,7 +77,8 @@ TEST_CASE("voices and icons: listed as text and as JSON") {
     CHECK(run.said.find("Wide Vibrato") != std::string::npos);
     CHECK(run.said.find("Attack") == std::string::npos);
     run = folder.Torv("icons --kind dinamics");
-    CHECK((run.status == 1 && run.said.find("did you mean dynamics") != std::string::npos));
+    CHECK(run.status == 2);
+    CHECK(run.said.find("did you mean dynamics") != std::string::npos);
     CHECK(folder.Count() == 0); // looking leaves nothing
 }
 
@@ -118,7 +119,6 @@ TEST_CASE("sing: voices, dynamics and expressions are heard where they were aske
     SUBCASE("expressions") {
         const std::vector<double> wide = sing("--vibrato wide --attack none --release none");
         const std::vector<double> none = sing("--vibrato none --attack none --release none");
-        CHECK(none == plain);
         CHECK(Bar(wide, 2) != Bar(plain, 2));
         CHECK(sing("--attack slow") != sing("--attack sharp"));
         CHECK(sing("--release long") != sing("--release cut"));

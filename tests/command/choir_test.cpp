@@ -75,7 +75,7 @@ TEST_CASE("choir: parts as users name them") {
     CHECK((full.decibels == -3.5 && full.pan == 0.25));
     CHECK(ReadPartChoice("s=::-1", song).pan == -1.0);
     for (const char* text : {"9", "0", "x", "", "s=a:b", "s=a:1:2", "s=a:99", "s=a:0:0:0", "s=a:nan"})
-        CHECK_THROWS_AS_MESSAGE(ReadPartChoice(text, song), InputError, text);
+        CHECK_THROWS_AS_MESSAGE(ReadPartChoice(text, song), WrongUse, text);
 }
 
 TEST_CASE("choir: of several songs those that can be sung are, and the others are counted") {

@@ -58,6 +58,29 @@ TEST_CASE("sing: the wave's pitches and times are the file's") {
     }
 }
 
+TEST_CASE("sing: velocities, expression and bends are heard, unless it is to be plain") {
+    const Folder folder;
+    TrackBytes track; // two seconds each: pp, ff, then ff at expression 64 and bent by 3.5 semitones
+    track.Event(0, {0xB0, 101, 0}).Event(0, {0xB0, 100, 0}).Event(0, {0xB0, 6, 7});
+    track.Lyric(0, "la").Event(0, {0x90, 57, 33}).Off(1800, 57);
+    track.Lyric(120, "la").Event(0, {0x90, 57, 112}).Off(1800, 57);
+    track.Event(120, {0xB0, 11, 64}).Event(0, {0xE0, 0, 96}).Lyric(0, "la").Event(0, {0x90, 57, 112}).Off(1800, 57);
+    const std::string song = folder.File("loud.mid", MidiFile(0, 480, {track}));
+    for (const bool isPlain : {false, true}) {
+        CAPTURE(isPlain);
+        const std::string options = std::string(" --voice Thomas --vibrato none") + (isPlain ? " --plain" : "");
+        REQUIRE(folder.Torv("sing " + song + " -o command_test_files/out.wav" + options).status == 0);
+        const std::vector<double> sound = Wave(folder.path / "out.wav");
+        double level[3];
+        for (int i = 0; i < 3; ++i)
+            level[i] = Db(Rms(Part(sound, 2000 * i + 600, 2000 * i + 1400)));
+        CHECK(std::abs(level[1] - level[0] - (isPlain ? 0 : 15.8)) < 1.5);
+        CHECK(std::abs(level[2] - level[1] + (isPlain ? 0 : 11.9)) < 1.5); // 40 lg(64/127)
+        const double expected = HzOf(isPlain ? 57 : 60.5);
+        CHECK(std::abs(Cents(PitchOf(Part(sound, 4600, 5400), expected), expected)) < 10);
+    }
+}
+
 TEST_CASE("sing: without lyrics on a vowel; stereo with a pan") {
     const Folder folder;
     const std::string song = folder.File("vowels.mid", Scale(false));
@@ -88,8 +111,13 @@ TEST_CASE("sing: what cannot be sung is told in one line and leaves nothing behi
     for (const Row& row :
          {Row{"sing " + text + out, 1, "so it cannot be sung"}, Row{"sing " + silent + out, 1, "no notes"},
           Row{"sing nowhere.mid" + out, 1, "cannot be opened"}, Row{"sing command_test_files" + out, 1, "is a folder"},
-          Row{"sing " + good + out + " --voice alise", 1, "did you mean Alice"},
-          Row{"sing " + good + out + " --track 9", 1, "no track 9"},
+          Row{"sing " + good + out + " --voice alise", 2, "did you mean Alice"},
+          Row{"sing " + good + out + " --track 9", 2, "no track 9"},
+          Row{"sing " + good + out + " --verse 2", 2, "no verse 2; the last one is 1"},
+          Row{"sing " + good + out + " --part Vioce", 2, "no part \"Vioce\"; it has 1 \"Voice\""},
+          Row{"sing " + good + out + " --dynamics 2=mx", 2, "did you mean mp"},
+          Row{"sing " + good + out + " --encoding utf-77", 2, "no encoding \"utf-77\""},
+          Row{"icons --kind dynamic-s", 2, "no kind of icons"},
           Row{"sing " + good + " -o nowhere/out.wav", 1, "cannot be written"}, Row{"sing " + good, 2, "--output"},
           Row{"sing " + good + out + " --rate 8000", 2, "--rate"}}) {
         CAPTURE(row.arguments);

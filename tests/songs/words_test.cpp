@@ -1,7 +1,11 @@
 // Words that are given beside a song, and phonemes that are given in words.
+#include "command/midi_bytes.h"
+
 #include "torv/songs/given_words.h"
 #include "torv/songs/hand_phonemes.h"
+#include "torv/songs/read_song.h"
 #include "torv/songs/song_error.h"
+#include "torv/songs/word_joining.h"
 
 #include "torv/platform/language.h"
 
@@ -114,4 +118,38 @@ TEST_CASE("phonemes by hand: taken from the text, spread over the notes that go 
     for (const SungNote& note : line.notes)
         phonemes.push_back(note.words.at(0).phonemes);
     CHECK(phonemes == Texts{"n aI", "aI", "aI t s", ""});
+}
+
+TEST_CASE("words without hyphens and blanks are put together as a language has them") {
+    const auto know = [](const std::string& word) {
+        for (const char* const common : {"the", "me", "in", "to", "there", "mother", "an"})
+            if (word == common)
+                return WordKnowledge::Common;
+        for (const char* const known :
+             {"redeemer", "deem", "er", "moth", "theme", "into", "angels", "gels", "together"})
+            if (word == known)
+                return WordKnowledge::Known;
+        return WordKnowledge::Unknown;
+    };
+    const struct {
+        Texts events;
+        const char* joined;
+    } rows[] = {
+        {{"the", "re", "deem", "er"}, "the re- deem- er"}, // not "there deem er"
+        {{"the", "me", "in", "to"}, "the me in to"},
+        {{"Moth", "er", "an", "gels"}, "Moth- er an- gels"},
+        {{"moth,", "er"}, "moth, er"},
+        {{"to", "geth", "er", "xyz"}, "to- geth- er xyz"},
+        {{"moth-", "er", "to", "geth", "er"}, "moth- er to geth er"},   // hyphens say it
+        {{"moth", "er ", "to ", "geth", "er"}, "moth- er to geth- er"}, // blanks
+        {{"der", "moth", "er", "und", "die", "nicht"}, "der moth er und die nicht"},
+    };
+    for (const auto& row : rows) {
+        TrackBytes track;
+        for (const std::string& event : row.events)
+            track.Lyric(0, event).On(0, 60).Off(480, 60);
+        Song song = ReadSong(MidiFile(0, 480, {track}), "");
+        JoinWords(song, know);
+        CHECK(Shown(song.parts.at(0)) == row.joined);
+    }
 }

@@ -21,7 +21,7 @@ BarMark ReadBarMark(const std::string& option, const std::string& text, bool nee
                           std::all_of(bar.begin(), bar.end(), [](unsigned char c) { return std::isdigit(c); });
     const int number = isNumber ? std::atoi(bar.c_str()) : 0;
     if (number == 0 || equals == std::string::npos || equals + 1 == text.size())
-        throw InputError{
+        throw WrongUse{
             option + " \"" + text + "\": write the bar, counted from 1, and the name, as in 3=" +
             (equals == std::string::npos || equals + 1 == text.size() ? std::string("NAME") : text.substr(equals + 1))};
     return {number, text.substr(equals + 1)};

@@ -8,6 +8,6 @@ struct BarMark {
     std::string name;
 };
 
-/// Reads a mark; throws InputError, naming the option, for one that cannot be read. Without a bar it is bar 1, unless
+/// Reads a mark; throws WrongUse, naming the option, for one that cannot be read. Without a bar it is bar 1, unless
 /// `needsBar`.
 BarMark ReadBarMark(const std::string& option, const std::string& text, bool needsBar);

@@ -83,7 +83,7 @@ void ListIcons(const std::string& kindName, bool json) {
     for (const IconKind& kind : kIconKinds)
         names.emplace_back(kind.name);
     if (!kindName.empty() && !FindName(names, kindName))
-        throw InputError{"there is no kind of icons \"" + kindName + "\": " + SuggestNames(names, kindName)};
+        throw WrongUse{"there is no kind of icons \"" + kindName + "\": " + SuggestNames(names, kindName)};
     const MessageCatcher messages;
     const Databases databases(messages);
     Json list = Json::array();

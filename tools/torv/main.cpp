@@ -66,7 +66,9 @@ void AddSong(CLI::App& command, SongOptions& options) {
     command.add_option("--release", options.expressions.release, "How notes end, or none");
     command.add_option("--transition", options.expressions.transition, "How notes go on into the next one");
     command.add_option("--vibrato", options.expressions.vibrato, "What long notes get, or none");
-    command.add_flag("--plain", options.plain, "Leave out the attacks, releases, transitions and vibratos");
+    command.add_flag("--plain", options.plain,
+                     "Leave out the attacks, releases, transitions and vibratos, and what the song says of loudness, "
+                     "bends, slurs, staccato, fermatas and the like");
     command
         .add_option("--part", options.parts,
                     "A part to sing, by its name or number (torv sing --list), who sings it, how loud in dB and where "
@@ -328,6 +330,9 @@ int main(int argc, char** argv) {
         return WithOutputWritten(status);
     } catch (const InputError& error) {
         std::fprintf(stderr, "torv: %s\n", error.message.c_str());
+    } catch (const torv::songs::NameError& error) {
+        std::fprintf(stderr, "torv: %s\n", error.what());
+        return kWrongUse;
     } catch (const torv::songs::SongError& error) {
         std::fprintf(stderr, "torv: %s\n", error.what());
     } catch (const WrongUse& error) {

@@ -15,7 +15,7 @@ constexpr double kLeastLevel = -60;
 constexpr double kMostLevel = 24;
 
 [[noreturn]] void Fail(const std::string& text) {
-    throw InputError{"--part \"" + text +
+    throw WrongUse{"--part \"" + text +
                      "\": write NAME or NUMBER, then who sings it, how loud in dB and where from -1 (left) to 1, as in "
                      "Alto=Alice:-3:0.5"};
 }
@@ -38,7 +38,8 @@ size_t FindPart(const std::string& wanted, const Song& song) {
     const auto [at, error] = std::from_chars(wanted.data(), end, number);
     if (error == std::errc() && at == end && number >= 1 && number <= song.parts.size())
         return number - 1;
-    throw InputError{song.source + ": there is no part \"" + wanted + "\"; it has " + ListParts(song)};
+    throw WrongUse{song.source + ": there is no part \"" + wanted + "\"; it has " + ListParts(song) +
+                   (names.size() > 1 ? ": " + SuggestNames(names, wanted) : "")};
 }
 
 } // namespace

@@ -14,7 +14,7 @@ struct PartChoice {
     std::optional<double> pan; ///< -1 left .. 1 right
 };
 
-/// Reads NAME|NUMBER[=VOICE[:DB[:PAN]]]; a number counts the song's parts from 1. Throws InputError with the names that
+/// Reads NAME|NUMBER[=VOICE[:DB[:PAN]]]; a number counts the song's parts from 1. Throws WrongUse with the names that
 /// there are.
 PartChoice ReadPartChoice(const std::string& text, const torv::songs::Song& song);
 

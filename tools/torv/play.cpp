@@ -45,7 +45,7 @@ std::string ChooseDevice(const PlayOptions& options) {
     }
     if (const auto found = FindName(names, options.device))
         return names[*found];
-    throw InputError{"there is no wave output \"" + options.device + "\": " + SuggestNames(names, options.device)};
+    throw WrongUse{"there is no wave output \"" + options.device + "\": " + SuggestNames(names, options.device)};
 }
 
 /// The line on the terminal; nothing at all when there is none.

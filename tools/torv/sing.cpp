@@ -210,6 +210,10 @@ size_t Sing(const SingOptions& options) {
             SingOne(one);
         } catch (const InputError& error) {
             failure = error.message;
+        } catch (const WrongUse& error) { // of a part or a verse, which another song may have
+            failure = error.message;
+        } catch (const NameError&) {
+            throw;
         } catch (const SongError& error) {
             failure = error.what();
         }

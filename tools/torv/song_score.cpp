@@ -7,9 +7,11 @@
 #include "part_choice.h"
 
 #include <torv/songs/casting.h>
+#include <torv/songs/fermatas.h>
 #include <torv/songs/given_words.h>
 #include <torv/songs/hand_phonemes.h>
 #include <torv/songs/read_song.h>
+#include <torv/songs/word_joining.h>
 
 #include <algorithm>
 
@@ -37,11 +39,11 @@ std::vector<PartChoice> ChooseParts(const SongOptions& options, const Song& song
         if (isWanted(song.parts[i]))
             choices.push_back({i, {}, 0, {}});
     if (choices.empty() && options.track)
-        throw InputError{options.input + ": there is no track " + std::to_string(*options.track) +
-                         " with notes; it has the parts " + ListParts(song)};
+        throw WrongUse{options.input + ": there is no track " + std::to_string(*options.track) +
+                       " with notes; it has the parts " + ListParts(song)};
     if (const int verses = CountVerses(song); choices.empty() && verses > 0)
-        throw InputError{options.input + ": there is no verse " + std::to_string(options.verse) + "; the last one is " +
-                         std::to_string(verses)};
+        throw WrongUse{options.input + ": there is no verse " + std::to_string(options.verse) + "; the last one is " +
+                       std::to_string(verses)};
     if (choices.empty())
         choices.push_back({0, {}, 0, {}});
     if (options.onePart)
@@ -100,16 +102,9 @@ std::vector<ScoreMark> FindVoices(const SongOptions& options, const Song& song, 
     return marks;
 }
 
-/// Those that the user names; without any the part's own levels, as far as the databases have them.
-std::vector<ScoreMark> FindDynamics(const SongOptions& options, const Song& song, const Part& part,
-                                    const Databases& databases) {
+/// Those that the user names.
+std::vector<ScoreMark> FindDynamics(const SongOptions& options, const Song& song, const Databases& databases) {
     std::vector<ScoreMark> marks;
-    const std::vector<Databases::Entry> levels = databases.List(kDynamics);
-    for (const Dynamic& dynamic : part.dynamics)
-        for (const Databases::Entry& level : levels)
-            if (options.dynamics.empty() && !options.plain && dynamic.kind == Dynamic::Kind::Level &&
-                level.name == dynamic.level)
-                marks.push_back({dynamic.tick, level.id});
     for (const std::string& text : options.dynamics) {
         const BarMark mark = ReadBarMark("--dynamics", text, false);
         marks.push_back({TickOfMeasure(song, mark.bar), databases.Find(kDynamics, mark.name)});
@@ -146,6 +141,8 @@ SongScore MakeSongScore(const SongOptions& asked, Song song) {
     options.input = NameOfInput(asked.input);
     for (const std::string& remark : song.remarks)
         Remark(options.quiet, options.input + ": " + remark);
+    if (!options.plain)
+        HoldFermatas(song);
     const std::vector<PartChoice> choices = ChooseParts(options, song);
     const bool isAlone = choices.size() == 1;
 
@@ -153,6 +150,11 @@ SongScore MakeSongScore(const SongOptions& asked, Song song) {
     auto databases = std::make_unique<Databases>(*messages);
     for (const std::string& message : messages->Take())
         Remark(options.quiet, message);
+    if (const size_t words = options.language == "ja" ? 0 : JoinWords(song, KnowEnglishWord)) {
+        song.remarks.push_back("does not say where words end: " + std::to_string(words) +
+                               (words == 1 ? " word is" : " words are") + " put together as English has them");
+        Remark(options.quiet, options.input + ": " + song.remarks.back());
+    }
     std::vector<PartPlan> plans;
     std::vector<SungPart> parts;
     for (const PartChoice& choice : choices) {
@@ -169,9 +171,13 @@ SongScore MakeSongScore(const SongOptions& asked, Song song) {
             Remark(options.quiet, options.input + ": " + remark);
             song.remarks.push_back(remark);
         }
-        plan.dynamics = FindDynamics(options, song, part, *databases);
-        if (!options.plain)
+        plan.dynamics = FindDynamics(options, song, *databases);
+        if (!options.plain) {
             plan.expressions = FindExpressions(*databases, options.expressions);
+            plan.curves = MakeCurves(part, plan.line, *databases);
+            if (!options.dynamics.empty())
+                plan.curves.dynamics.clear();
+        }
         parts.push_back({choice.index, part.name.empty() ? "part " + std::to_string(choice.index + 1) : part.name,
                          databases->NameOf(plan.voices.front().id), choice.decibels,
                          choice.pan.value_or(StagePan(parts.size(), choices.size()))});

@@ -52,10 +52,11 @@ struct SongScore {
     size_t CountNotes() const;
 };
 
-/// Reads the song file, and what the user gives in place of its words. Throws InputError and SongError.
+/// Reads the song file, and what the user gives in place of its words. Throws InputError, WrongUse
+/// and SongError.
 torv::songs::Song ReadSongAskedFor(const SongOptions& options);
 
-/// Reads a song file and makes its score, with its lyrics as phonemes. Throws InputError and SongError; what the user
+/// Reads a song file and makes its score, with its lyrics as phonemes. Throws InputError, WrongUse and SongError; what the user
 /// should know besides goes to standard error.
 SongScore MakeSongScore(const SongOptions& options);
 /// The same of a song that is read already.

@@ -49,7 +49,7 @@ DWORD Databases::Find(const IconKind& kind, const std::string& name) const {
         names.push_back(entry.name);
     if (const std::optional<size_t> found = FindName(names, name))
         return entries[*found].id;
-    throw SongError{"there is no " + std::string(kind.name) + " \"" + name + "\": " + SuggestNames(names, name)};
+    throw NameError{"there is no " + std::string(kind.name) + " \"" + name + "\": " + SuggestNames(names, name)};
 }
 
 std::string Databases::NameOf(DWORD id) const {

@@ -234,6 +234,7 @@ public:
                 hasProlongations || !HasAnyWords(part) ? PlainPlaces(part, hasProlongations) : OldPlaces(part, verse);
         for (Note& note : part.notes)
             note.words.clear();
+        part.wordsAreUndivided = false;
         for (const auto& [verse, syllables] : verses)
             Put(syllables, places[verse], index);
     }

@@ -9,13 +9,19 @@
 
 namespace torv::songs {
 
-std::unique_ptr<std::istream> OpenInputFile(const std::string& path) {
+std::unique_ptr<std::istream> OpenInputStream(const std::string& path) {
     std::error_code ignored;
     if (std::filesystem::is_directory(path, ignored))
         throw SongError{path + ": is a folder; name a file"};
     auto file = std::make_unique<std::ifstream>(path, std::ios::binary);
     if (!*file)
         throw SongError{path + ": cannot be opened; check the name and whether you may read it"};
+    return file;
+}
+
+std::unique_ptr<std::istream> OpenInputFile(const std::string& path) {
+    std::unique_ptr<std::istream> file = OpenInputStream(path);
+    std::error_code ignored;
     if (std::filesystem::is_regular_file(path, ignored))
         return file;
     auto content = std::make_unique<std::stringstream>(std::ios::in | std::ios::out | std::ios::binary);
@@ -24,17 +30,19 @@ std::unique_ptr<std::istream> OpenInputFile(const std::string& path) {
     return content;
 }
 
-std::vector<unsigned char> ReadInputFile(const std::string& path, size_t most) {
+void AppendBytes(std::istream& stream, size_t most, std::vector<unsigned char>& bytes) {
     constexpr size_t kFirst = 4096;
-    const std::unique_ptr<std::istream> file = OpenInputFile(path);
-    std::vector<unsigned char> bytes;
-    for (size_t size = 0; *file && size < most;) {
-        const size_t next = std::min(std::max(2 * size, kFirst), most);
-        bytes.resize(next);
-        file->read(reinterpret_cast<char*>(bytes.data() + size), static_cast<std::streamsize>(next - size));
-        size += static_cast<size_t>(file->gcount());
-        bytes.resize(size);
+    while (stream && bytes.size() < most) {
+        const size_t before = bytes.size();
+        bytes.resize(std::min(std::max(2 * before, kFirst), most));
+        stream.read(reinterpret_cast<char*>(bytes.data() + before), static_cast<std::streamsize>(bytes.size() - before));
+        bytes.resize(before + static_cast<size_t>(stream.gcount()));
     }
+}
+
+std::vector<unsigned char> ReadInputFile(const std::string& path, size_t most) {
+    std::vector<unsigned char> bytes;
+    AppendBytes(*OpenInputStream(path), most, bytes);
     return bytes;
 }
 

@@ -13,6 +13,12 @@ namespace torv::songs {
 /// cannot be opened.
 TORV_SONGS_API std::unique_ptr<std::istream> OpenInputFile(const std::string& path);
 
+/// The same for what is read from its beginning to its end only: a pipe is read no further than that.
+TORV_SONGS_API std::unique_ptr<std::istream> OpenInputStream(const std::string& path);
+
+/// Reads on until there are `most` bytes, or as many as come.
+TORV_SONGS_API void AppendBytes(std::istream& stream, size_t most, std::vector<unsigned char>& bytes);
+
 /// The first bytes of a file, all when it has fewer; throws SongError when it cannot be read.
 TORV_SONGS_API std::vector<unsigned char> ReadInputFile(const std::string& path, size_t most);
 

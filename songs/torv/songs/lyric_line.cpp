@@ -113,7 +113,8 @@ std::vector<RawSyllable> Strip(const std::vector<const MidiText*>& lyrics, const
     return raw;
 }
 
-void AddVerse(const std::vector<RawSyllable>& raw, int verse, std::vector<Syllable>& line) {
+/// Whether blanks or hyphens tell which syllables make a word.
+bool AddVerse(const std::vector<RawSyllable>& raw, int verse, std::vector<Syllable>& line) {
     // Some programs never write a blank: then its absence says nothing.
     const bool blanksPartWords =
         raw.size() > 1 && std::any_of(raw.begin(), raw.end() - 1, [](const RawSyllable& s) { return s.blankAfter; });
@@ -136,6 +137,8 @@ void AddVerse(const std::vector<RawSyllable>& raw, int verse, std::vector<Syllab
             sung = &line.back();
         isWordOpen = isWordOpen && blanksPartWords && !text.blankAfter && text.text.back() != '_';
     }
+    return blanksPartWords || std::any_of(line.begin() + static_cast<std::ptrdiff_t>(first), line.end(),
+                                          [](const Syllable& syllable) { return syllable.word.hyphenAfter; });
 }
 
 } // namespace
@@ -169,8 +172,10 @@ LyricLine ReadLyricLine(const std::vector<MidiText>& texts, bool karaoke, const 
     line.encoding = encoding.value_or(DetectEncoding(all));
 
     int verse = 0;
+    bool isDivided = false;
     for (const auto& part : PartVerses(lyrics))
-        AddVerse(Strip(part, line.encoding), ++verse, line.syllables);
+        isDivided = AddVerse(Strip(part, line.encoding), ++verse, line.syllables) || isDivided;
+    line.isUndivided = !isDivided;
     return line;
 }
 

@@ -19,6 +19,7 @@ struct Syllable {
 struct LyricLine {
     std::vector<Syllable> syllables; ///< by verse, then tick
     TextEncoding encoding = kUtf8;   ///< what their bytes were read as
+    bool isUndivided = false;        ///< neither blanks nor hyphens say which syllables make a word
 };
 
 /// Whether a track's text events are a karaoke file's lyrics rather than titles and remarks: there are several, at

@@ -3,6 +3,7 @@
 #include "torv/songs/word_fit.h"
 
 #include <algorithm>
+#include <cctype>
 
 namespace torv::songs {
 
@@ -40,9 +41,34 @@ std::vector<WordLine> ReadLines(const MidiData& data, const std::optional<TextEn
             continue;
         LyricLine line = ReadLyricLine(data.tracks[i].texts, !hasLyrics, encoding);
         if (!line.syllables.empty())
-            lines.push_back({std::move(line.syllables), static_cast<int>(i + 1)});
+            lines.push_back({std::move(line.syllables), static_cast<int>(i + 1), line.isUndivided});
     }
     return lines;
+}
+
+/// Names of tracks that are no song's.
+bool IsTitle(const std::string& name) {
+    static constexpr const char* kOthers[] = {
+        "",        "conductor", "control track", "tempo",    "tempo track", "meta", "master",       "untitled",
+        "track 0", "track 1",   "timing",        "sequence", "global",      "midi", "master track", "conductor track"};
+    std::string lower(name);
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return std::find(std::begin(kOthers), std::end(kOthers), lower) == std::end(kOthers);
+}
+
+/// The first of karaoke's title lines ("@T") and who wrote it the second; else the name of a first track without notes.
+void ReadTitle(const MidiData& data, const std::optional<TextEncoding>& encoding, Song& song) {
+    const auto utf8 = [&encoding](const std::string& bytes) {
+        return ToUtf8(bytes, encoding.value_or(DetectEncoding(bytes)));
+    };
+    for (const MidiTrack& track : data.tracks)
+        for (const MidiText& text : track.texts)
+            if (!text.lyric && text.bytes.starts_with("@T") && song.composer.empty())
+                (song.title.empty() ? song.title : song.composer) = utf8(text.bytes.substr(2));
+    if (song.title.empty() && data.tracks.size() > 1 && data.tracks[0].notes.empty())
+        if (const std::string name = utf8(data.tracks[0].name); IsTitle(name))
+            song.title = name;
 }
 
 } // namespace
@@ -58,6 +84,7 @@ Song MakeSong(const MidiData& data, const ReadOptions& options) {
     song.meters = data.meters;
     song.keys = data.keys;
     song.remarks = data.remarks;
+    ReadTitle(data, encoding, song);
     for (size_t i = 0; i < data.tracks.size(); ++i)
         if (!data.tracks[i].notes.empty())
             song.parts.push_back(MakePart(data.tracks[i], static_cast<int>(i + 1), encoding));

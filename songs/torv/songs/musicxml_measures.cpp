@@ -300,7 +300,13 @@ private:
         word.text = WithoutNumber(std::move(word.text));
         word.hyphenBefore = firstSyllabic == "middle" || firstSyllabic == "end";
         word.hyphenAfter = lastSyllabic == "begin" || lastSyllabic == "middle";
-        if (word.text.find_first_not_of(" _-") != std::string::npos)
+        while (word.text.size() > 1 && word.text.ends_with('-')) { // as a MIDI file had it
+            word.text.pop_back();
+            word.hyphenAfter = true;
+        }
+        // Some programs write what all parts of a MIDI file sing under each note of the first.
+        const bool isNew = std::find(note.words.begin(), note.words.end(), word) == note.words.end();
+        if (isNew && word.text.find_first_not_of(" _-") != std::string::npos)
             note.words.push_back(std::move(word));
     }
 

@@ -58,6 +58,8 @@ Song ReadSong(Bytes bytes, const std::string& source, const ReadOptions& options
             CompleteSong(song);
             TakePhonemes(song);
             return song;
+        } catch (const NameError&) {
+            throw;
         } catch (const SongError& error) {
             throw SongError(Named(source, error.what()));
         }
@@ -67,24 +69,17 @@ Song ReadSong(Bytes bytes, const std::string& source, const ReadOptions& options
 
 Song ReadSong(std::istream& stream, const std::string& source, const ReadOptions& options) {
     std::vector<unsigned char> bytes;
-    const auto readUpTo = [&](size_t size) {
-        const size_t before = bytes.size();
-        bytes.resize(size);
-        stream.read(reinterpret_cast<char*>(bytes.data() + before), static_cast<std::streamsize>(size - before));
-        bytes.resize(before + static_cast<size_t>(stream.gcount()));
-    };
-    readUpTo(kEnoughToTell);
+    AppendBytes(stream, kEnoughToTell, bytes);
     if (FormatOf(bytes) == SongFormat::Unknown)
         FailUnknown(source); // before the rest of a file that may be large
-    for (size_t size = bytes.size(); stream && size < kLargestFile;)
-        readUpTo(size = std::min(size * 2, kLargestFile));
+    AppendBytes(stream, kLargestFile, bytes);
     if (stream && stream.peek() != std::istream::traits_type::eof())
         throw SongError(Named(source, "is larger than 256 MB, which no song is"));
     return ReadSong(bytes, source, options);
 }
 
 Song ReadSongFile(const std::string& path, const ReadOptions& options) {
-    return ReadSong(*OpenInputFile(path), path, options);
+    return ReadSong(*OpenInputStream(path), path, options);
 }
 
 } // namespace torv::songs

@@ -202,6 +202,23 @@ private:
     size_t m_dynamics = 0;
 };
 
+void AddPoints(const std::vector<CurvePoint>& points, DWORD leadTicks, CBreakPointList& list) {
+    for (const CurvePoint& point : points) {
+        tagBreakPoint entry{static_cast<LONG>(leadTicks + point.tick), static_cast<SHORT>(point.value), 0};
+        list.AddTail(entry);
+    }
+}
+
+void PutCurves(const Curves& curves, DWORD leadTicks, CSequenceObject& track) {
+    constexpr int kByCurve = 1;
+    if (!curves.dynamics.empty())
+        track.SetDynamicsMode(kByCurve);
+    AddPoints(curves.dynamics, leadTicks, *track.GetDynamicsBreakPointList());
+    AddPoints(curves.bends, leadTicks, *track.GetPitchBendBreakPointList());
+    if (!curves.bends.empty())
+        AddPoints({{0, curves.bendRange}}, leadTicks, *track.GetPitchBendSensBreakPointList());
+}
+
 ScorePart BuildPart(const Song& song, const PartPlan& plan, const Databases& databases, CArray<tagSequenceTimeMap>& map,
                     const Score& score) {
     std::vector<SungNote> notes = CutLongNotes(plan.line.notes, map, score.leadTicks);
@@ -246,6 +263,7 @@ ScorePart BuildPart(const Song& song, const PartPlan& plan, const Databases& dat
     }
     marks.PutUntil(song.end, writer);
     writer.Close();
+    PutCurves(plan.curves, score.leadTicks, *part.track);
     return part;
 }
 

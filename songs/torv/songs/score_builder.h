@@ -1,5 +1,6 @@
 #pragma once
 
+#include "torv/songs/curves.h"
 #include "torv/songs/export.h"
 #include "torv/songs/expressions.h"
 #include "torv/songs/voice_line.h"
@@ -23,6 +24,7 @@ struct PartPlan {
     std::vector<ScoreMark> voices;   ///< by tick; the first at 0
     std::vector<ScoreMark> dynamics; ///< by tick
     Expressions expressions;         ///< what its notes get
+    Curves curves = {};              ///< a curve of dynamics takes the place of `dynamics`
 };
 
 /// For the whole song.

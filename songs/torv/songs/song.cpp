@@ -3,6 +3,7 @@
 #include "torv/songs/song_error.h"
 
 #include <algorithm>
+#include <map>
 
 namespace torv::songs {
 
@@ -49,6 +50,12 @@ void CompletePart(Part& part) {
     }
     std::stable_sort(part.notes.begin(), part.notes.end(),
                      [](const Note& a, const Note& b) { return a.tick != b.tick ? a.tick < b.tick : a.key < b.key; });
+    std::map<int, bool> goesOn; // the word of each verse
+    for (Note& note : part.notes)
+        for (Word& word : note.words) {
+            word.hyphenBefore = word.hyphenBefore || goesOn[word.verse];
+            goesOn[word.verse] = word.hyphenAfter;
+        }
     SortByTick(part.dynamics);
     SortByTick(part.controllers);
     SortByTick(part.bends);

@@ -86,6 +86,7 @@ struct Part {
     int channel = -1; ///< MIDI channel 0..15; -1: none
     int program = -1; ///< General MIDI program 0..127; -1: none
     std::string clef; ///< "treble", "treble-8" (sounds an octave lower), "alto", "tenor", "bass" or empty
+    bool wordsAreUndivided = false;      ///< the file does not say which syllables make a word, see JoinWords
     std::vector<Note> notes;             ///< by tick, then key
     std::vector<Dynamic> dynamics;       ///< by tick
     std::vector<Controller> controllers; ///< by tick

@@ -12,4 +12,10 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// The user has named what there is none of: a voice, an expression, an encoding. The line tells what there is.
+class TORV_SONGS_API NameError : public SongError {
+public:
+    using SongError::SongError;
+};
+
 } // namespace torv::songs

@@ -19,57 +19,50 @@ bool EndsPhrase(std::string_view text) {
     return false;
 }
 
-/// Joins syllables to words and words to lines as they come.
-class LineMaker {
-public:
-    explicit LineMaker(std::vector<SungLine>& lines) : m_lines(lines) {}
-
-    void Put(const PerformedSyllable& syllable) {
-        if (syllable.text.empty()) {
-            if (!m_lines.empty())
-                m_lines.back().end = syllable.end;
-            return;
-        }
-        const bool continues = m_wordGoesOn && !m_lines.empty() && syllable.start - m_lines.back().end < kRest;
-        if (continues) {
-            m_lines.back().words.back().text += syllable.text;
-            m_bytes += syllable.text.size();
-        } else {
-            BeginWord(syllable);
-        }
-        m_lines.back().end = syllable.end;
-        m_wordGoesOn = syllable.hyphenAfter;
-    }
-
-private:
-    void BeginWord(const PerformedSyllable& syllable) {
-        const bool isNewLine = m_lines.empty() || syllable.start - m_lines.back().end >= kRest || IsLineFull();
-        if (isNewLine) {
-            m_lines.push_back({syllable.start, syllable.end, {}});
-            m_bytes = 0;
-        }
-        std::vector<SungWord>& words = m_lines.back().words;
-        const bool blank = !words.empty() && !(HasKana(words.back().text) && HasKana(syllable.text));
-        words.push_back({syllable.start, syllable.text, blank});
-        m_bytes += syllable.text.size() + (blank ? 1 : 0);
-    }
-    bool IsLineFull() const {
-        return m_bytes >= kLongLine || (m_bytes >= kLineWithPhrase && EndsPhrase(m_lines.back().words.back().text));
-    }
-
-    std::vector<SungLine>& m_lines;
-    bool m_wordGoesOn = false;
-    size_t m_bytes = 0; ///< of the last line
+/// A word and where its last vowel ends.
+struct TimedWord {
+    SungWord word;
+    double end;
 };
+
+std::vector<TimedWord> WordsOf(const PerformedPart& part) {
+    std::vector<TimedWord> words;
+    bool goesOn = false;
+    for (const PerformedNote& note : part.notes)
+        for (const PerformedSyllable& syllable : note.lyric) {
+            if (!syllable.text.empty()) {
+                if (goesOn && syllable.start - words.back().end < kRest)
+                    words.back().word.text += syllable.text;
+                else
+                    words.push_back({{syllable.start, syllable.text, false}, 0});
+                goesOn = syllable.hyphenAfter;
+            }
+            if (!words.empty())
+                words.back().end = syllable.end;
+        }
+    return words;
+}
 
 } // namespace
 
 std::vector<SungLine> SungLinesOf(const PerformedPart& part) {
     std::vector<SungLine> lines;
-    LineMaker maker(lines);
-    for (const PerformedNote& note : part.notes)
-        for (const PerformedSyllable& syllable : note.lyric)
-            maker.Put(syllable);
+    size_t bytes = 0; // of the last line
+    for (TimedWord& each : WordsOf(part)) {
+        SungWord& word = each.word;
+        const bool isPhraseOver =
+            !lines.empty() && bytes >= kLineWithPhrase && EndsPhrase(lines.back().words.back().text);
+        if (lines.empty() || word.start - lines.back().end >= kRest || isPhraseOver ||
+            bytes + 1 + word.text.size() > kLongLine) {
+            lines.push_back({word.start, 0, {}});
+            bytes = 0;
+        }
+        SungLine& line = lines.back();
+        word.blankBefore = !line.words.empty() && !(HasKana(line.words.back().text) && HasKana(word.text));
+        bytes += word.text.size() + (word.blankBefore ? 1 : 0);
+        line.end = each.end;
+        line.words.push_back(std::move(word));
+    }
     return lines;
 }
 

@@ -217,7 +217,7 @@ std::optional<TextEncoding> EncodingAskedFor(std::string_view name) {
         return std::nullopt;
     if (auto encoding = TextEncodingNamed(name))
         return encoding;
-    throw SongError("there is no encoding \"" + std::string(name.substr(0, 40)) +
+    throw NameError("there is no encoding \"" + std::string(name.substr(0, 40)) +
                     "\": choose utf-8, shift-jis, euc-jp, latin-1 or another that iconv -l lists");
 }
 

@@ -22,7 +22,7 @@ inline constexpr const char* kWestern = "CP1252"; ///< Windows', which has all o
 /// the system's converter knows. Nothing for any other name.
 TORV_SONGS_API std::optional<TextEncoding> TextEncodingNamed(std::string_view name);
 
-/// The same for a name that a user gives: nothing when it is empty. Throws SongError for one that is not known.
+/// The same for a name that a user gives: nothing when it is empty. Throws NameError for one that is not known.
 TORV_SONGS_API std::optional<TextEncoding> EncodingAskedFor(std::string_view name);
 
 /// What the bytes look like, taken together: valid UTF-8; else Shift-JIS or EUC-JP whose characters are kana in good

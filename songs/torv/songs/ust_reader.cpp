@@ -36,7 +36,8 @@ std::string EncodingOf(string_view text, const ReadOptions& options) {
         return *asked;
     for (string_view rest = text; !rest.empty();)
         if (string_view line = TakeLine(rest); line.starts_with("Charset="))
-            return EncodingAskedFor(line.substr(line.find('=') + 1)).value_or(kShiftJis);
+            if (const auto named = TextEncodingNamed(line.substr(line.find('=') + 1)))
+                return *named;
     const std::string looksLike = DetectEncoding(text);
     return looksLike == kWestern ? kShiftJis : looksLike; // of Japanese without kana nothing else can be told
 }

@@ -11,6 +11,10 @@ namespace {
 
 /// Programs end notes a little early: a thirty-second note.
 constexpr uint32_t kShortGap = 60;
+constexpr uint32_t kSlurredGap = 240; // an eighth
+constexpr int kUsualVelocity = 80;
+constexpr int kAccent = 12; // of velocity
+constexpr int kMostVelocity = 127;
 
 std::vector<Word> WordsOf(const Note& note, int verse) {
     std::vector<Word> words;
@@ -19,7 +23,7 @@ std::vector<Word> WordsOf(const Note& note, int verse) {
     return words;
 }
 
-void PutNote(const Note& note, uint32_t length, std::vector<Word> words, VoiceLine& line) {
+void PutNote(const Note& note, uint32_t length, int velocity, std::vector<Word> words, VoiceLine& line) {
     if (!line.notes.empty()) {
         SungNote& before = line.notes.back();
         if (before.tick == note.tick) { // sorted by key: the later one is higher
@@ -32,16 +36,29 @@ void PutNote(const Note& note, uint32_t length, std::vector<Word> words, VoiceLi
             before.length = note.tick - before.tick;
         }
     }
-    line.notes.push_back({note.tick, length, note.key, note.velocity, std::move(words)});
+    line.notes.push_back({note.tick, length, note.key, velocity, std::move(words)});
 }
 
-/// As long as it is sung.
-uint32_t SungLength(const Note& note, bool isPlain) {
-    if (isPlain)
-        return note.length;
+/// As long as it is sung. A slur or a line over it leads to the next note, which begins `gap` after its end.
+uint32_t SungLength(const Note& note, uint32_t gap) {
     if (note.staccato)
-        return std::max<uint32_t>(note.length / 2, 1);
-    return note.breathAfter && note.length > 2 * kShortGap ? note.length - kShortGap : note.length;
+        return std::max<uint32_t>(note.tenuto || note.slurred ? note.length - note.length / 4 : note.length / 2, 1);
+    if ((note.slurred || note.tenuto) && gap <= kSlurredGap)
+        return note.length + gap;
+    return note.breathAfter && !note.tenuto && note.length > 2 * kShortGap ? note.length - kShortGap : note.length;
+}
+
+/// From the end of each note to the next one that does not begin with it.
+std::vector<uint32_t> GapsAfter(const std::vector<Note>& notes) {
+    std::vector<uint32_t> gaps(notes.size(), kLastTick);
+    uint32_t next = kLastTick;
+    for (size_t i = notes.size(); i-- > 0;) {
+        if (i + 1 < notes.size() && notes[i + 1].tick > notes[i].tick)
+            next = notes[i + 1].tick;
+        const uint32_t end = notes[i].tick + notes[i].length;
+        gaps[i] = next > end ? next - end : 0;
+    }
+    return gaps;
 }
 
 void CloseGaps(std::vector<SungNote>& notes) {
@@ -59,8 +76,13 @@ void CloseGaps(std::vector<SungNote>& notes) {
 
 VoiceLine MakeVoiceLine(const Part& part, int verse, bool isPlain) {
     VoiceLine line;
-    for (const Note& note : part.notes)
-        PutNote(note, SungLength(note, isPlain), WordsOf(note, verse), line);
+    const std::vector<uint32_t> gaps = GapsAfter(part.notes);
+    for (size_t i = 0; i < part.notes.size(); ++i) {
+        const Note& note = part.notes[i];
+        const uint32_t length = isPlain ? note.length : SungLength(note, gaps[i]);
+        const int accented = std::min(note.velocity + (note.accent ? kAccent : 0), kMostVelocity);
+        PutNote(note, length, isPlain ? kUsualVelocity : accented, WordsOf(note, verse), line);
+    }
     CloseGaps(line.notes);
     std::vector<std::string> texts;
     for (const SungNote& note : line.notes)

@@ -24,8 +24,10 @@ struct VoiceLine {
 };
 
 /// One voice sings one note at a time: of notes that begin together the highest stays, a note that runs into the next
-/// one is cut there, and a short gap before the next one is closed. Staccato halves a note and a breath mark takes a
-/// thirty-second from it, unless `isPlain`. The part's notes are sorted.
+/// one is cut there, and a short gap before the next one is closed. Unless `isPlain`, staccato halves a note (under a
+/// slur or with a tenuto line it takes a quarter), a breath mark takes a thirty-second from it, a slur or a line leads
+/// to the next note within an eighth, and an accent makes it louder; else all notes are as loud. The part's notes are
+/// sorted.
 TORV_SONGS_API VoiceLine MakeVoiceLine(const Part& part, int verse = 1, bool isPlain = false);
 
 } // namespace torv::songs

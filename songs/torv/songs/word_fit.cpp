@@ -219,6 +219,8 @@ void FitWords(Song& song, const std::vector<WordLine>& lines) {
             continue;
         isGiven[fit.line] = true;
         GiveLine(song, fit.part, lines[fit.line].syllables, verses[fit.part]);
+        Part& part = song.parts[fit.part];
+        part.wordsAreUndivided = lines[fit.line].isUndivided && (verses[fit.part] == 0 || part.wordsAreUndivided);
         verses[fit.part] += LastVerse(lines[fit.line].syllables);
     }
 }
@@ -240,6 +242,7 @@ void ShareWords(Song& song) {
             for (const Word& word : note.words)
                 syllables.push_back({note.tick, word, false});
         PlaceWords(syllables, part);
+        part.wordsAreUndivided = song.parts[*with].wordsAreUndivided;
         song.remarks.push_back(NameOf(part) + ": sings the words of " + NameOf(song.parts[*with]) +
                                ", with which it moves");
     }

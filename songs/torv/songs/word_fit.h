@@ -10,6 +10,7 @@ namespace torv::songs {
 struct WordLine {
     std::vector<Syllable> syllables; ///< by verse, then tick
     int track = 0;                   ///< the file's that holds it, as in Part::track
+    bool isUndivided = false;        ///< see LyricLine
 };
 
 /// Gives every line to the part whose notes begin where its syllables stand: the one that fits best, whatever else is
