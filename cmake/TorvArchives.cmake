@@ -25,7 +25,7 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${CMAKE_BINARY_DIR}/shlibs ${CMAK
 set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_SOURCE_DIR}/packaging/debian_parts.cmake)
 set(CPACK_TORV_PACKAGING ${CMAKE_SOURCE_DIR}/packaging)
-foreach(library torv torvsongs)
+foreach(library torv torvsongs torvc)
   string(APPEND shlibs "lib${library} 0 libtorv0 (>= ${PROJECT_VERSION})\n")
 endforeach()
 file(WRITE ${CMAKE_BINARY_DIR}/shlibs "${shlibs}")

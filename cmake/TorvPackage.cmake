@@ -1,4 +1,4 @@
-# How a host finds the installed libraries: find_package(torv) with the targets torv::torv and torv::songs, or pkg-config.
+# How a host finds the installed libraries: find_package(torv) with the targets torv::torv, torv::songs and torv::c, or pkg-config.
 # Nothing in it names the place where it was installed, so the tree may be moved.
 include(CMakePackageConfigHelpers)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/torv)
@@ -12,7 +12,7 @@ install(FILES ${CMAKE_BINARY_DIR}/torvConfig.cmake ${CMAKE_BINARY_DIR}/torvConfi
 if(NOT WIN32)
   file(RELATIVE_PATH up /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
   string(REGEX REPLACE "/$" "" up "${up}")
-  foreach(package torv torvsongs)
+  foreach(package torv torvsongs torvc)
     configure_file(${CMAKE_CURRENT_LIST_DIR}/${package}.pc.in ${CMAKE_BINARY_DIR}/${package}.pc @ONLY)
     install(FILES ${CMAKE_BINARY_DIR}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
   endforeach()

@@ -3,12 +3,14 @@
 #include <torv/platform/message_box.h>
 
 #include <algorithm>
+#include <mutex>
 #include <utility>
 
 namespace torv::songs {
 
 namespace {
 
+std::mutex g_mutex; // a play tells from a thread of its own
 std::vector<std::string> g_messages;
 torv::MessageBoxHandler g_previous;
 torv::BeepHandler g_previousBeep;
@@ -23,8 +25,9 @@ std::string OneLine(std::string text) {
 } // namespace
 
 MessageCatcher::MessageCatcher() {
-    g_messages.clear();
+    Take();
     g_previous = torv::SetMessageBoxHandler([](HWND, const char* text, const char*, UINT type) {
+        const std::lock_guard lock(g_mutex);
         g_messages.push_back(OneLine(text));
         return (type & MB_YESNO) == MB_YESNO ? IDNO : IDOK;
     });
@@ -36,8 +39,14 @@ MessageCatcher::~MessageCatcher() {
     torv::SetBeepHandler(std::move(g_previousBeep));
 }
 
-std::string MessageCatcher::Last() const { return g_messages.empty() ? std::string() : g_messages.back(); }
+std::string MessageCatcher::Last() const {
+    const std::lock_guard lock(g_mutex);
+    return g_messages.empty() ? std::string() : g_messages.back();
+}
 
-std::vector<std::string> MessageCatcher::Take() const { return std::exchange(g_messages, {}); }
+std::vector<std::string> MessageCatcher::Take() const {
+    const std::lock_guard lock(g_mutex);
+    return std::exchange(g_messages, {});
+}
 
 } // namespace torv::songs

@@ -86,7 +86,8 @@ int CRtSynthesis::DoSynthesis(tagQuillSynthOut* out) {
         if (taken.nChannels != format.nChannels || taken.nSamplesPerSec != format.nSamplesPerSec ||
             taken.wBitsPerSample != format.wBitsPerSample)
             return 0;
-        if (!torv::RenderOffline(engine, *out->stream, *out->file, m_dwRate, RTS_GetFrameSize(), m_progress))
+        torv::StreamSinger singer(std::move(engine), *out->stream, m_dwRate, RTS_GetFrameSize());
+        if (!torv::RenderOffline(singer, *out->file, m_progress))
             return 0;
         out->file->Flush();
     } catch (const CException&) {
@@ -101,6 +102,18 @@ int CRtSynthesis::DoSynthesis(CQuillMidiBuffer* stream, CWaveFile* file, DWORD r
     SetRate(rate);
     tagQuillSynthOut out{stream, file};
     return DoSynthesis(&out);
+}
+
+std::unique_ptr<torv::StreamSinger> CRtSynthesis::BeginSynthesis(CQuillMidiBuffer* stream, DWORD rate) {
+    if (!stream || rate == 0)
+        return nullptr;
+    SetRate(rate);
+    return torv::OrZero([&]() -> std::unique_ptr<torv::StreamSinger> {
+        torv::EngineInstance engine(m_pLibrary, m_dwRate, m_strOption);
+        if (!engine)
+            return nullptr;
+        return std::make_unique<torv::StreamSinger>(std::move(engine), *stream, m_dwRate, RTS_GetFrameSize());
+    });
 }
 
 DWORD CRtSynthesis::RTS_GetFrameSize() const {

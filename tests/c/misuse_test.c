@@ -1,0 +1,235 @@
+/* Every call with a handle that is null, of another kind, freed, or no handle at all. */
+#include "check.h"
+
+static torv_song_info song_info = {sizeof song_info, 0, 0, 0, 0, 0, 0, 0};
+static torv_tempo tempo = {sizeof tempo, 0, 500000};
+static torv_meter meter = {sizeof meter, 0, 4, 4};
+static torv_measure measure = {sizeof measure, 0, 0, 0};
+static torv_part part = {sizeof part, 0, 0, -1, -1, 0, 0, 0};
+static torv_note note = {sizeof note, 0, 480, 60, 80, 0, 0};
+static torv_word word = {sizeof word, 1, 0};
+static torv_icon icon = {sizeof icon, 0, 0, 0};
+static torv_score_info score_info = {sizeof score_info, 0, 0, 0, 0};
+static torv_score_part score_part = {sizeof score_part, 0, 0, 0, 0, 0};
+static torv_score_note score_note = {sizeof score_note, 0, 0, 0, 0, 0, 0, 0};
+static torv_player_state player_state = {sizeof player_state, 0, 0, 0, 0, 0, 0, 0};
+static float frames_read[2];
+static torv_sound_info sound_info = {sizeof sound_info, 0, 0, 0, 0};
+static torv_heard heard;
+static torv_point point;
+static const float* samples;
+static char text[64];
+static size_t number;
+static uint32_t tick;
+static double seconds;
+static torv_song* new_song;
+static torv_score* new_score;
+static torv_sound* new_sound;
+static torv_player* new_player;
+/* Of another kind, or good where a call takes two. */
+static torv_song* song;
+static torv_databases* databases;
+static torv_score* score;
+static torv_sound* sound;
+static torv_player* player;
+
+static int take_event(const torv_event* event, void* user) { return event == user; }
+static int take_block(const float* block, size_t frames, uint32_t channels, void* user) {
+    return block == user && frames < channels;
+}
+
+/* What follows the handle. */
+#define OF_SONG(X)                                                                                                     \
+    X(torv_song, torv_song_copy, &new_song)                                                                            \
+    X(torv_song, torv_song_get_info, &song_info)                                                                       \
+    X(torv_song, torv_song_get_text, TORV_SONG_TITLE, text, sizeof text, NULL)                                         \
+    X(torv_song, torv_song_set_text, TORV_SONG_TITLE, "x")                                                             \
+    X(torv_song, torv_song_get_remark, 0, text, sizeof text, NULL)                                                     \
+    X(torv_song, torv_song_get_tempo, 0, &tempo)                                                                       \
+    X(torv_song, torv_song_set_tempo, &tempo)                                                                          \
+    X(torv_song, torv_song_remove_tempo, 0)                                                                            \
+    X(torv_song, torv_song_get_meter, 0, &meter)                                                                       \
+    X(torv_song, torv_song_set_meter, &meter)                                                                          \
+    X(torv_song, torv_song_remove_meter, 0)                                                                            \
+    X(torv_song, torv_song_get_measure, 0, &measure)                                                                   \
+    X(torv_song, torv_song_find_measure, 1, &tick)                                                                     \
+    X(torv_song, torv_song_seconds_at, 0, &seconds)                                                                    \
+    X(torv_song, torv_part_add, "x", &number)                                                                          \
+    X(torv_song, torv_part_remove, 0)                                                                                  \
+    X(torv_song, torv_part_get, 0, &part)                                                                              \
+    X(torv_song, torv_part_set, 0, &part)                                                                              \
+    X(torv_song, torv_part_get_text, 0, TORV_PART_NAME, text, sizeof text, NULL)                                       \
+    X(torv_song, torv_part_set_text, 0, TORV_PART_NAME, "x")                                                           \
+    X(torv_song, torv_part_count_marks, 0, TORV_MARK_VOICE, &number)                                                   \
+    X(torv_song, torv_part_get_mark, 0, TORV_MARK_VOICE, 0, &tick, text, sizeof text, NULL)                            \
+    X(torv_song, torv_part_set_mark, 0, TORV_MARK_VOICE, 0, "x")                                                       \
+    X(torv_song, torv_part_get_curve, 0, TORV_CURVE_PITCH, &point, 1, &number)                                         \
+    X(torv_song, torv_part_set_curve, 0, TORV_CURVE_PITCH, &point, 1)                                                  \
+    X(torv_song, torv_note_get, 0, 0, &note)                                                                           \
+    X(torv_song, torv_note_add, 0, &note, &number)                                                                     \
+    X(torv_song, torv_note_set, 0, 0, &note, &number)                                                                  \
+    X(torv_song, torv_note_remove, 0, 0)                                                                               \
+    X(torv_song, torv_word_get, 0, 0, 0, &word)                                                                        \
+    X(torv_song, torv_word_get_text, 0, 0, 0, text, sizeof text, NULL)                                                 \
+    X(torv_song, torv_word_add, 0, 0, &word, "x", &number)                                                             \
+    X(torv_song, torv_word_set, 0, 0, 0, &word, "x")                                                                   \
+    X(torv_song, torv_word_remove, 0, 0, 0)                                                                            \
+    X(torv_song, torv_word_get_phonemes, 0, 0, 0, text, sizeof text, NULL)                                             \
+    X(torv_song, torv_word_set_phonemes, 0, 0, 0, "x")                                                                 \
+    X(torv_song, torv_icon_get, 0, 0, TORV_ICON_ATTACK, text, sizeof text, NULL)                                       \
+    X(torv_song, torv_icon_set, 0, 0, TORV_ICON_ATTACK, "x")                                                           \
+    X(torv_song, torv_score_make, databases, NULL, &new_score)
+#define OF_OTHERS(X)                                                                                                   \
+    X(torv_databases, torv_databases_count, TORV_ICON_VOICE, &number)                                                  \
+    X(torv_databases, torv_databases_get, TORV_ICON_VOICE, 0, &icon, text, sizeof text, NULL)                          \
+    X(torv_databases, torv_databases_find, TORV_ICON_VOICE, "x", &number)                                              \
+    X(torv_databases, torv_databases_get_messages, text, sizeof text, NULL)                                            \
+    X(torv_score, torv_score_get_info, &score_info)                                                                    \
+    X(torv_score, torv_score_get_remark, 0, text, sizeof text, NULL)                                                   \
+    X(torv_score, torv_score_get_part, 0, &score_part, text, sizeof text, NULL)                                        \
+    X(torv_score, torv_score_get_note, 0, 0, &score_note)                                                              \
+    X(torv_score, torv_score_get_syllables, 0, 0, text, sizeof text, NULL)                                             \
+    X(torv_score, torv_score_get_phonemes, 0, 0, text, sizeof text, NULL)                                              \
+    X(torv_score, torv_score_encode, 0, take_event, NULL)                                                              \
+    X(torv_score, torv_score_save_midi, "c_test.mid")                                                                  \
+    X(torv_score, torv_sing, NULL, &new_sound)                                                                         \
+    X(torv_score, torv_sing_blocks, NULL, take_block, NULL)                                                            \
+    X(torv_score, torv_sing_file, NULL, "c_test.wav", NULL)                                                            \
+    X(torv_sound, torv_sound_get_info, &sound_info)                                                                    \
+    X(torv_sound, torv_sound_get_samples, &samples)                                                                    \
+    X(torv_sound, torv_sound_save, "c_test.wav", 0, NULL)                                                              \
+    X(torv_sound, torv_sound_measure, score, 0, &heard, 1, &number)                                                    \
+    X(torv_score, torv_player_new, NULL, &new_player)                                                                  \
+    X(torv_player, torv_player_seek, 0)                                                                                \
+    X(torv_player, torv_player_set_region, 0, 0, 0)                                                                    \
+    X(torv_player, torv_player_set_part, 0, 0, 0, 0)                                                                   \
+    X(torv_player, torv_player_set_level, 0)                                                                           \
+    X(torv_player, torv_player_get_state, &player_state)                                                               \
+    X(torv_player, torv_player_read, frames_read, 1)
+
+#define DEFINE(kind, function, ...)                                                                                    \
+    static torv_status call_##function(void* handle) { return function((kind*)handle, __VA_ARGS__); }
+OF_SONG(DEFINE)
+OF_OTHERS(DEFINE)
+
+static torv_status free_song(void* handle) { return torv_song_free(handle); }
+static torv_status free_databases(void* handle) { return torv_databases_free(handle); }
+static torv_status free_score(void* handle) { return torv_score_free(handle); }
+static torv_status free_sound(void* handle) { return torv_sound_free(handle); }
+static torv_status free_player(void* handle) { return torv_player_free(handle); }
+static torv_status start_player(void* handle) { return torv_player_start(handle); }
+static torv_status stop_player(void* handle) { return torv_player_stop(handle); }
+static torv_status make_with(void* handle) { return torv_score_make(song, handle, NULL, &new_score); }
+static torv_status measure_with(void* handle) { return torv_sound_measure(sound, handle, 0, &heard, 1, &number); }
+static torv_status mix_of(void* handle) {
+    torv_mix_track track = {sizeof track, 0, NULL, 0, 0};
+    track.sound = handle;
+    return torv_mix(&track, 1, &new_sound);
+}
+
+enum kind { kSong, kDatabases, kScore, kSound, kPlayer, kKinds };
+struct call {
+    const char* name;
+    torv_status (*function)(void* handle);
+    enum kind kind;
+};
+enum {
+    torv_song_kind = kSong,
+    torv_databases_kind = kDatabases,
+    torv_score_kind = kScore,
+    torv_sound_kind = kSound,
+    torv_player_kind = kPlayer
+};
+#define ENTRY(handle_kind, function, ...) {#function, call_##function, (enum kind)handle_kind##_kind},
+static const struct call kCalls[] = {OF_SONG(ENTRY) OF_OTHERS(ENTRY){"torv_score_make with", make_with, kDatabases},
+                                     {"torv_sound_measure with", measure_with, kScore},
+                                     {"torv_mix", mix_of, kSound},
+                                     {"torv_song_free", free_song, kSong},
+                                     {"torv_databases_free", free_databases, kDatabases},
+                                     {"torv_score_free", free_score, kScore},
+                                     {"torv_sound_free", free_sound, kSound},
+                                     {"torv_player_start", start_player, kPlayer},
+                                     {"torv_player_stop", stop_player, kPlayer},
+                                     {"torv_player_free", free_player, kPlayer}};
+
+static void expect(const struct call* call, void* handle, const char* what) {
+    const torv_status status = call->function(handle);
+    const int is_free = strstr(call->name, "_free") != NULL;
+    if (status == (handle || !is_free ? TORV_BAD_HANDLE : TORV_OK))
+        return;
+    printf("%s with %s handle: %s\n", call->name, what, torv_status_name(status));
+    ++g_failures;
+}
+
+static torv_sound* make_sound(void) {
+    const float one = 0.5F;
+    torv_sound* made = NULL;
+    OK(torv_sound_new(44100, 1, &one, 1, &made));
+    return made;
+}
+
+static void test_handles(void) {
+    void* const good[kKinds] = {song, databases, score, sound, player};
+    torv_sound* const freed = make_sound();
+    OK(torv_sound_free(freed));
+    torv_sound* const after = make_sound(); /* in the freed one's place, or in another */
+    for (size_t i = 0; i < sizeof kCalls / sizeof *kCalls; ++i) {
+        expect(&kCalls[i], NULL, "a null");
+        expect(&kCalls[i], freed, "a freed");
+        expect(&kCalls[i], text, "a wild");
+        for (int kind = 0; kind < kKinds; ++kind)
+            if (kind != (int)kCalls[i].kind)
+                expect(&kCalls[i], good[kind], "another kind of");
+    }
+    OK(torv_sound_free(after));
+}
+
+/* Null where something must come back, records without their size, indexes that are not there. */
+static void test_arguments(void) {
+    torv_note without = {0, 0, 480, 60, 80, 0, 0};
+    torv_note outside = {sizeof outside, 0, 480, 128, 80, 0, 0};
+    const torv_point back[] = {{480, 1}, {240, 1}};
+    const torv_point loud = {0, 128};
+    char small[2];
+    size_t needed = 0;
+    CHECK_STATUS(torv_song_new(NULL), TORV_BAD_ARGUMENT);
+    CHECK_STATUS(torv_song_get_info(song, NULL), TORV_BAD_ARGUMENT);
+    CHECK_STATUS(torv_note_add(song, 0, &without, NULL), TORV_BAD_ARGUMENT);
+    CHECK_STATUS(torv_note_add(song, 0, &outside, NULL), TORV_OUT_OF_RANGE);
+    CHECK_STATUS(torv_note_get(song, 0, 9999, &note), TORV_OUT_OF_RANGE);
+    CHECK_STATUS(torv_note_get(song, 9, 0, &note), TORV_OUT_OF_RANGE);
+    CHECK_STATUS(torv_part_set_curve(song, 0, TORV_CURVE_PITCH, back, 2), TORV_OUT_OF_RANGE);
+    CHECK_STATUS(torv_part_set_curve(song, 0, TORV_CURVE_DYNAMICS, &loud, 1), TORV_OUT_OF_RANGE);
+    CHECK_STATUS(torv_part_set_curve(song, 0, TORV_CURVES, &loud, 1), TORV_BAD_ARGUMENT);
+    CHECK_STATUS(torv_part_set_text(song, 0, TORV_PART_NAME, "\xC3"), TORV_BAD_ARGUMENT); /* half a letter */
+    CHECK_STATUS(torv_song_get_text(song, (torv_song_text)99, text, sizeof text, NULL), TORV_BAD_ARGUMENT);
+    CHECK_STATUS(torv_song_open("no such file.mid", NULL, &new_song), TORV_FILE_ERROR);
+    CHECK(new_song == NULL);
+    CHECK_STATUS(torv_song_read("no song", 7, NULL, NULL, &new_song), TORV_BAD_SONG);
+    CHECK(strlen(torv_error_text()) > 0);
+    CHECK_STATUS(torv_score_encode(score, 0, NULL, NULL), TORV_BAD_ARGUMENT);
+    CHECK_STATUS(torv_score_save_midi(score, "no such folder/c_test.mid"), TORV_FILE_ERROR);
+    CHECK_STATUS(torv_mix(NULL, 1, &new_sound), TORV_BAD_ARGUMENT);
+    OK(torv_part_set_text(song, 0, TORV_PART_NAME, "Alto"));
+    CHECK_STATUS(torv_part_get_text(song, 0, TORV_PART_NAME, small, sizeof small, &needed), TORV_TOO_SMALL);
+    CHECK(needed == 5);
+    OK(torv_part_get_text(song, 0, TORV_PART_NAME, NULL, 0, &needed));
+    CHECK(strcmp(torv_status_name(TORV_FAILED), "TORV_FAILED") == 0);
+    CHECK(strcmp(torv_status_name((torv_status)77), "unknown") == 0);
+    CHECK(strlen(torv_version()) >= 5);
+}
+
+void test_misuse(void) {
+    databases = open_databases();
+    song = make_duet();
+    sound = make_sound();
+    OK(torv_score_make(song, databases, NULL, &score));
+    OK(torv_player_new(score, NULL, &player));
+    test_handles();
+    test_arguments();
+    OK(torv_player_free(player)); /* while it still sings */
+    OK(torv_score_free(score));
+    OK(torv_song_free(song));
+    OK(torv_sound_free(sound));
+    OK(torv_databases_free(databases));
+}
