@@ -1,6 +1,7 @@
 #include "casting.h"
 
 #include <torv/songs/casting.h>
+#include <torv/songs/curves.h>
 #include <torv/songs/hand_phonemes.h>
 #include <torv/songs/song_error.h>
 
@@ -58,7 +59,11 @@ private:
              songs::DropUnknownPhonemes(plan.line, songs::LanguageOfSinger(plan.voices.front().id), m_song.song))
             Remark(remark);
         if (!m_options.plain) {
-            plan.dynamics = Dynamics(part);
+            plan.curves = songs::MakeCurves(part, plan.line, m_databases);
+            if (planning.hasOwnDynamics) { // which are icons, in place of the file's marks as they are heard
+                plan.curves.dynamics.clear();
+                plan.dynamics = Dynamics(part);
+            }
             plan.expressions = Expressions(planning.icons);
         }
         return plan;

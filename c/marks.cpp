@@ -92,6 +92,7 @@ torv_status torv_part_set_mark(torv_song* song, size_t part, torv_mark_kind kind
             return;
         }
         const Dynamic mark{tick, Dynamic::Kind::Level, taken, 0};
+        held->Planning(part).hasOwnDynamics = true;
         Replace(of.dynamics, tick, taken.empty() ? nullptr : &mark,
                 [tick](const Dynamic& other) { return other.tick == tick && other.kind == Dynamic::Kind::Level; });
     });

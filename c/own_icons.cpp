@@ -99,6 +99,8 @@ void AddPitch(CSequenceObject& track, DWORD lead, const std::vector<torv_point>&
     double most = 1;
     for (const torv_point& point : points)
         most = std::max(most, std::ceil(std::abs(static_cast<double>(point.value))));
+    track.GetPitchBendSensBreakPointList()->RemoveAll(); // a file's own bends
+    track.GetPitchBendBreakPointList()->RemoveAll();
     AddPoint(*track.GetPitchBendSensBreakPointList(), lead, most);
     for (const torv_point& point : points)
         AddPoint(*track.GetPitchBendBreakPointList(), lead + point.tick,

@@ -5,17 +5,24 @@
 
 #include <torv/songs/casting.h>
 #include <torv/songs/engine_stream.h>
+#include <torv/songs/fermatas.h>
+#include <torv/songs/word_joining.h>
 
 #include <algorithm>
 #include <new>
 
 namespace torv::c {
 
-ScoreObject::ScoreObject(const SongObject& song, std::shared_ptr<OpenDatabases> databases,
+ScoreObject::ScoreObject(const SongObject& asked, std::shared_ptr<OpenDatabases> databases,
                          const torv_score_options& options)
     : open(std::move(databases)), presend(options.presend) {
     const std::lock_guard lock(open->mutex);
     open->messages.Take(); // what comes from here on is about this score
+    SongObject song = asked;
+    if (!options.plain)
+        songs::HoldFermatas(song.song);
+    if (options.language != TORV_LANGUAGE_JAPANESE)
+        songs::JoinWords(song.song, songs::KnowEnglishWord);
     Cast cast = CastSong(song, options, *open->databases);
     remarks = std::move(cast.remarks);
 

@@ -28,6 +28,7 @@ struct PartPlanning {
     double level = 0;
     double pan = TORV_PAN_STAGE;
     std::vector<VoiceMark> voices; ///< by tick
+    bool hasOwnDynamics = false;   ///< the host has set a mark
     IconNames icons;
     std::vector<IconNames> noteIcons; ///< one a note
     std::map<int32_t, std::vector<torv_point>> curves;

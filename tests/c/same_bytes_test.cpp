@@ -1,6 +1,7 @@
 // One song through the C++ interface and through C.
 #include <torv/c/torv.h>
 #include <torv/songs/casting.h>
+#include <torv/songs/curves.h>
 #include <torv/songs/engine_stream.h>
 #include <torv/songs/read_song.h>
 #include <torv/songs/synthesis.h>
@@ -29,6 +30,7 @@ Sung SingInCpp() {
     plan.line = MakeVoiceLine(song.parts[0]);
     plan.voices = {{0, CastVoice(song.parts[0], torv::kEnglish, databases)}};
     plan.expressions = FindExpressions(databases, {});
+    plan.curves = MakeCurves(song.parts[0], plan.line, databases);
     Score score = BuildScore(song, {plan}, {}, databases);
     AddPhonemes(score, messages);
     const auto stream = MakeEngineStream(score, score.parts[0], 2000);

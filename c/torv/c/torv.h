@@ -244,7 +244,8 @@ TORV_C_API torv_status torv_part_set_text(torv_song* song, size_t part, torv_par
 /** What stands at a tick of a part, by name. */
 typedef enum torv_mark_kind {
     TORV_MARK_VOICE = 0,   /**< this voice sings from here on; without one at tick 0 the one that suits the part */
-    TORV_MARK_DYNAMICS = 1 /**< "mf", "Crescendo": an icon of the databases' dynamics */
+    TORV_MARK_DYNAMICS = 1 /**< "mf", "Crescendo": an icon of the databases' dynamics. A part in which none was set is
+                              as loud as its file says, with hairpins and controllers; with one only its marks count */
 } torv_mark_kind;
 
 /** How many marks of a kind a part has. */

@@ -84,8 +84,8 @@ public:
     int DoSynthesis(tagQuillSynthOut* out);
     /// The same at another rate, which stays.
     int DoSynthesis(CQuillMidiBuffer* stream, CWaveFile* file, DWORD rate);
-    /// The same for a host that takes the samples itself, a step at a time and as many streams at once as it likes; null
-    /// when no instance can be made or memory is refused.
+    /// The same for a host that takes the samples itself, a step at a time and as many streams at once as it likes;
+    /// null when no instance can be made or memory is refused.
     std::unique_ptr<torv::StreamSinger> BeginSynthesis(CQuillMidiBuffer* stream, DWORD rate);
     /// Is told how far DoSynthesis is; empty tells nobody.
     void SetProgressHandler(torv::ProgressHandler handler) { m_progress = std::move(handler); }
