@@ -124,7 +124,9 @@ TEST_CASE("driver: rings as a host sees them") {
     CHECK(driver.RTS_AppendSample(0, samples.data(), 0, 0) == 0);
     CHECK(driver.RTS_AppendSample(0, nullptr, 1, 0) == 0);
     CHECK(driver.RTS_AppendSample(2, samples.data(), 1, 0) == 0);
+    CHECK(driver.RTS_GetTrackPeak(1) == 0); // nothing was mixed yet
     CHECK(get(2) == "1 2048 2 0");
+    CHECK(driver.RTS_GetTrackPeak(1) == 0x0102 / 32768.0);
     CHECK(Bytes(buffer, buffer + 4) == Bytes{4, 2, 4, 2});
     for (int track = 0; track < 2; ++track)
         driver.RTS_MarkWriteIndex(track);

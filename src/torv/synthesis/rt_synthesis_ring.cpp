@@ -63,6 +63,11 @@ torv::MixGains CRtSynthesis::CurrentMaster() const {
 
 void CRtSynthesis::RTS_SetMasterPlayParam() { m_master = CurrentMaster(); }
 
+double CRtSynthesis::RTS_GetTrackPeak(int track) const {
+    const auto found = FindTrack(track);
+    return found ? found->peak.Get() : 0.0;
+}
+
 void CRtSynthesis::RTS_WaveDataTrackMix(int track, BYTE* out, DWORD bytes, DWORD offset) {
     const auto found = FindTrack(track);
     if (!found || !out)

@@ -1,6 +1,7 @@
 #include "torv/synthesis/synth_ring.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 namespace torv {
@@ -121,9 +122,23 @@ SynthRing::Portion SynthRing::Next(DWORD maxBlocks, bool isMore) const {
 void SynthRing::Read(BYTE* out, DWORD blocks, const MixGains& master) {
     const auto read = static_cast<DWORD>(m_read);
     std::fill_n(out, blocks * BlockBytes(), BYTE{0}); // no blocks may stand nowhere
-    for (const SynthTrack& track : m_tracks)
+    for (SynthTrack& track : m_tracks) {
         Mix(track, out, blocks * BlockBytes(), read * BlockBytes(), master);
+        track.peak = PeakOf(track, blocks * BlockBytes(), read * BlockBytes());
+    }
     m_read = static_cast<SHORT>((read + blocks) % kRingBlocks);
+}
+
+float SynthRing::PeakOf(const SynthTrack& track, DWORD bytes, DWORD offset) const {
+    const float fullScale = m_format.wBitsPerSample == 24 ? 256.0F : 1.0F; // as ScaleValue has it
+    float peak = 0;
+    for (DWORD at = 0; at < bytes && !track.mute; at += m_format.nBlockAlign) {
+        const FrameValues values =
+            LoadFrame(track.info.samples + (offset + at) % RingBytes(), m_format.nChannels, m_format.nBlockAlign);
+        peak = std::max({peak, std::fabs(ScaleValue(values.left, m_format.wBitsPerSample, track.gainL)),
+                         std::fabs(ScaleValue(values.right, m_format.wBitsPerSample, track.gainR))});
+    }
+    return peak / fullScale;
 }
 
 void SynthRing::Mix(const SynthTrack& track, BYTE* out, DWORD bytes, DWORD offset, const MixGains& master) const {

@@ -59,12 +59,13 @@ public:
     void TakeMark() { m_mark = static_cast<SHORT>(kNoMark); }
     /// Not beyond a mark, and not less than `maxBlocks` while `isMore` is to come.
     Portion Next(DWORD maxBlocks, bool isMore) const;
-    /// Mixes so many blocks into `out`, in place of what it held, and steps over them.
+    /// Mixes so many blocks into `out`, in place of what it held, keeps each track's peak, and steps over them.
     void Read(BYTE* out, DWORD blocks, const MixGains& master);
     /// Adds `bytes` of a track's ring from byte `offset` on to the output, unless it is muted.
     void Mix(const SynthTrack& track, BYTE* out, DWORD bytes, DWORD offset, const MixGains& master) const;
 
 private:
+    float PeakOf(const SynthTrack& track, DWORD bytes, DWORD offset) const;
     DWORD RingBytes() const { return BlockBytes() * kRingBlocks; }
     DWORD Distance(SHORT to) const;
     DWORD Room(const tagRtsInfo& info) const;

@@ -37,6 +37,7 @@ struct SynthTrack {
     Shared<double> gainL = 1.0;
     Shared<double> gainR = 1.0;
     Shared<int> mute = 0;
+    Shared<float> peak = 0; ///< of what was read last, with the track's gains; full scale is 1.0
 
 private:
     void UpdateGains();
