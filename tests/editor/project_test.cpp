@@ -87,8 +87,8 @@ TEST_CASE("project: a file that cannot be replaced stays, and another song is no
 
 TEST_CASE("edits: notes keep their order, and the selection its notes") {
     Track track;
-    for (const int key : {60, 64, 67})
-        AddNote(track, {.tick = static_cast<uint32_t>(key - 60) * 120, .key = key});
+    for (const uint32_t key : {60, 67, 64})
+        CHECK(AddNote(track, {.tick = (key - 60) * 120, .key = static_cast<int>(key)}) == (key > 60));
     Selection selection{0, 2};
     MoveNotes(track, selection, 500, -70); // keys go down by 60 at most
     CHECK(selection == Selection{1, 2});

@@ -50,7 +50,9 @@ size_t AddNote(Track& track, Note note) {
     if (track.notes.size() >= kMostNotes)
         return track.notes.size();
     const auto at = std::upper_bound(track.notes.begin(), track.notes.end(), note, IsBefore);
-    return static_cast<size_t>(track.notes.insert(at, std::move(note)) - track.notes.begin());
+    const auto place = static_cast<size_t>(at - track.notes.begin());
+    track.notes.insert(at, std::move(note));
+    return place;
 }
 
 void MoveNotes(Track& track, Selection& selection, int64_t ticks, int keys) {

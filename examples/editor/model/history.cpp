@@ -5,6 +5,7 @@
 namespace editor {
 
 Document& History::Step(std::string what) {
+    m_future.swap(m_givenUp);
     m_future.clear();
     m_past.push_back({std::move(what), m_current});
     if (m_past.size() > kMostSteps)
@@ -23,13 +24,17 @@ Document& History::Further() {
 }
 
 void History::Settle() {
-    if (CanUndo() && m_past.back().document == m_current)
-        m_past.pop_back();
+    if (!CanUndo() || m_past.back().document != m_current)
+        return;
+    m_past.pop_back();
+    m_future.swap(m_givenUp);
+    m_givenUp.clear();
 }
 
 void History::Exchange(std::vector<State>& from, std::vector<State>& to) {
     if (from.empty())
         return;
+    m_givenUp.clear();
     std::swap(m_current, from.back().document);
     to.push_back(std::move(from.back()));
     from.pop_back();

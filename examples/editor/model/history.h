@@ -17,7 +17,7 @@ public:
     /// A gesture calls Step when it begins, then one of these at every move of the mouse, then Settle.
     Document& Again();   ///< as it was when the step began: for what is reckoned from the gesture's beginning
     Document& Further(); ///< as it is now: for what adds to it
-    /// Takes back a step that has changed nothing.
+    /// Takes back a step that has changed nothing, as a click does.
     void Settle();
 
     bool CanUndo() const { return !m_past.empty(); }
@@ -46,6 +46,7 @@ private:
     Document m_saved;
     std::vector<State> m_past;
     std::vector<State> m_future;
+    std::vector<State> m_givenUp; ///< the future that the last step has taken the place of
     unsigned m_revision = 0;
 };
 
