@@ -2,22 +2,21 @@
 """Times the command's mix of sixteen minutes into one, on one core, beside sox and ffmpeg over the same files:
 mix_bench.py build/release/bin/torv [folder for the files, best in memory: /dev/shm]
 
-Sixteen mono files of noise, 60 s at 44100 Hz, each with its level and pan, into a stereo file; the sides take turns and
-the best of five counts. Before a time is shown, the result is compared with what the arithmetic gives for the first
-second, and with the peers' results sample by sample: we cut the sum toward zero, they round it (sox without dither, ffmpeg's
-amix without its scaling), so that up to one step lies between. Left to itself ffmpeg pans in whole numbers and so rounds
-every track: up to as many steps as there are tracks.
+Sixteen files of noise, mono and then stereo, 60 s at 44100 Hz, each with its level and pan, into a stereo file; the sides
+take turns and the best of five counts. Before a time is shown, the result is compared with what the arithmetic gives for
+the first second, and with the peers' results sample by sample: all round the sum (sox without dither, ffmpeg's amix
+without its scaling, in single precision), so that up to one step lies between. Left to itself ffmpeg pans in whole numbers
+and so rounds every track: up to as many steps as there are tracks.
 """
 import array
 import math
 import os
 import pathlib
+import resource
 import shutil
-import struct
 import subprocess
 import sys
 import tempfile
-import time
 import wave
 
 RATE = 44100
@@ -28,14 +27,10 @@ LEVELS = [-26 - 0.5 * track for track in range(TRACKS)]
 PANS = [(track - 7.5) / 8 for track in range(TRACKS)]
 
 
-def single(value):
-    return struct.unpack("f", struct.pack("f", value))[0]
-
-
 def gains(track):
-    """Left and right, from the single-precision numbers that a mix gets."""
-    volume = 10 ** (single(LEVELS[track]) * 0.05)
-    q = (single(PANS[track]) + 1) * 0.5
+    """Left and right."""
+    volume = 10 ** (LEVELS[track] / 20)
+    q = (PANS[track] + 1) * 0.5
     return 2 * (1 - q) * volume, 2 * q * volume
 
 
@@ -44,22 +39,24 @@ def samples(path):
         return array.array("h", file.readframes(file.getnframes()))
 
 
-def expected(inputs, frames):
-    """The mix as it is defined: tracks in single precision, sums in double, cut toward zero."""
-    sums = [[0.0] * frames, [0.0] * frames]
+def expected(inputs, channels, frames):
+    """The mix as it is defined: summed in double precision, rounded to the nearest."""
+    sums = [0.0] * (2 * frames)
     for track, path in enumerate(inputs):
-        values = samples(path)[:frames]
+        values = samples(path)[:channels * frames]
         for side, gain in enumerate(gains(track)):
-            for i, value in enumerate(array.array("f", (value * gain * 2.0 ** -15 for value in values))):
-                sums[side][i] += value
-    return array.array("h", (int(sums[i % 2][i // 2] * 32768) for i in range(2 * frames)))
+            for i in range(frames):
+                sums[2 * i + side] += gain * (values[channels * i + side * (channels - 1)] / 32768)
+    return array.array("h", (int(math.copysign(math.floor(abs(x) * 32768 + 0.5), x)) for x in sums))
 
 
-def commands(torv, inputs, folder):
+def commands(torv, inputs, channels, folder):
     ours = [f"{path}:{level}:{pan}" for path, level, pan in zip(inputs, LEVELS, PANS)]
-    remix = [",".join(f"{i + 1}v{gains(i)[side]:.9f}" for i in range(TRACKS)) for side in (0, 1)]
+    remix = [",".join(f"{channels * i + 1 + side * (channels - 1)}v{gains(i)[side]:.9f}" for i in range(TRACKS))
+             for side in (0, 1)]
+
     def mixed(form):
-        pan = ";".join(f"[{i}:a]{form}pan=stereo|c0={gains(i)[0]:.9f}*c0|c1={gains(i)[1]:.9f}*c0[p{i}]"
+        pan = ";".join(f"[{i}:a]{form}pan=stereo|c0={gains(i)[0]:.9f}*c0|c1={gains(i)[1]:.9f}*c{channels - 1}[p{i}]"
                        for i in range(TRACKS))
         return pan + ";" + "".join(f"[p{i}]" for i in range(TRACKS)) + f"amix=inputs={TRACKS}:normalize=0"
 
@@ -75,20 +72,22 @@ def commands(torv, inputs, folder):
 
 
 def seconds(command):
-    start = time.perf_counter()
+    """Of processor: the machine may have other work."""
+    before = resource.getrusage(resource.RUSAGE_CHILDREN)
     subprocess.run(["taskset", "-c", "0", *map(str, command)], check=True, capture_output=True)
-    return time.perf_counter() - start
+    after = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return after.ru_utime - before.ru_utime + after.ru_stime - before.ru_stime
 
 
-def main():
+def measure(channels):
     with tempfile.TemporaryDirectory(dir=sys.argv[2] if len(sys.argv) > 2 else None) as name:
         folder = pathlib.Path(name)
         inputs = [folder / f"track{track}.wav" for track in range(TRACKS)]
         for path in inputs:
             with wave.open(str(path), "wb") as file:
-                file.setparams((1, 2, RATE, 0, "NONE", ""))
-                file.writeframes(os.urandom(2 * RATE * SECONDS))
-        sides = list(commands(sys.argv[1], inputs, folder))
+                file.setparams((channels, 2, RATE, 0, "NONE", ""))
+                file.writeframes(os.urandom(2 * channels * RATE * SECONDS))
+        sides = list(commands(sys.argv[1], inputs, channels, folder))
         for missing in {"sox", "ffmpeg"} - {label for label, _, _ in sides}:
             print(f"NO ROW of {missing}: it is not installed (apt-get install {missing})")
         times = {label: [] for label, _, _ in sides}
@@ -97,7 +96,7 @@ def main():
                 output.unlink(missing_ok=True)
                 times[label].append(seconds(command))
         ours = samples(folder / "torv.wav")
-        if ours[:2 * RATE] != expected(inputs, RATE):
+        if ours[:2 * RATE] != expected(inputs, channels, RATE):
             sys.exit("torv mix: the samples are not what the arithmetic gives")
         best = min(times["torv mix"])
         for label, output, _ in sides:
@@ -106,8 +105,9 @@ def main():
             if apart > (TRACKS if label == "ffmpeg" else 1):
                 sys.exit(f"{label}: {len(theirs)} samples, up to {apart} steps from ours: not the same mix")
             least = min(times[label])
-            print(f"{label:14} {least:.3f} s, {SECONDS / least:.0f} x real time, {least / best:.1f} times ours"
-                  f"  (samples at most {apart} apart)")
+            print(f"{'stereo' if channels == 2 else 'mono'}: {label:14} {least:.3f} s, {SECONDS / least:.0f} x real time,"
+                  f" {least / best:.1f} times ours  (samples at most {apart} apart)")
 
 
-main()
+for each in (1, 2):
+    measure(each)
