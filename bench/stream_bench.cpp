@@ -1,6 +1,6 @@
-// One insertion at a random tick into a stream of 1,000,000 entries, beside the containers that one would take otherwise:
-// a sorted vector (finds at once, moves megabytes), a multimap (moves nothing, five times the memory) and a B-tree. Theirs
-// find by absolute ticks; the stream keeps distances, so that what follows an insertion stays as it is.
+// One insertion at a random tick into a stream of 1,000,000 entries, beside the containers that one would take
+// otherwise: a sorted vector (finds at once, moves megabytes), a multimap (moves nothing, five times the memory) and a
+// B-tree. Theirs find by absolute ticks; the stream keeps distances, so that what follows an insertion stays as it is.
 #include "torv/stream/stream_buffer.h"
 
 #include <benchmark/benchmark.h>
