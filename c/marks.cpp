@@ -62,7 +62,7 @@ torv_status torv_part_get_mark(torv_song* song, size_t part, torv_mark_kind kind
         const torv::songs::Part& of = held->Part(part);
         CheckKind(kind);
         Need(tick, "tick");
-        const TextOut out{buffer, capacity, needed};
+        const OutText out{buffer, capacity, needed};
         if (kind == TORV_MARK_VOICE) {
             const std::vector<VoiceMark>& voices = held->Planning(part).voices;
             CheckIndex(index, voices.size(), "voice");

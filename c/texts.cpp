@@ -40,7 +40,7 @@ void CheckUtf8(const std::string& text, const char* name) {
 
 } // namespace
 
-void Give(const std::string& text, const TextOut& out) {
+void Give(const std::string& text, const OutText& out) {
     const size_t needed = text.size() + 1;
     if (out.needed)
         *out.needed = needed;

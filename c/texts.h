@@ -7,14 +7,14 @@
 namespace torv::c {
 
 /// Where a text goes that a call gives out.
-struct TextOut {
+struct OutText {
     char* buffer;
     size_t capacity;
     size_t* needed;
 };
 
 /// Throws Failure when the buffer is too small, which has been told then.
-void Give(const std::string& text, const TextOut& out);
+void Give(const std::string& text, const OutText& out);
 
 /// A text that is taken in; throws Failure for null and for what is no UTF-8.
 std::string Taken(const char* text, const char* name);
