@@ -12,7 +12,9 @@ namespace songs = torv::songs;
 
 namespace {
 
-constexpr int kDrawnDynamics = 1;     // the track's dynamics are its list, not its icons
+constexpr int kDrawnDynamics = 1; // the track's dynamics are its list, not its icons
+constexpr int kOnlyVerse = 1;
+constexpr bool kAsWritten = true;     // what the notes' lengths and velocities say holds
 constexpr SHORT kBendRange = 2;       // semitones, as kCurveRanges has it in cents
 constexpr int kBendUnits = 8192;      // to the whole range
 constexpr UINT kJoinedToPrevious = 1; // bits of a note's attribute
@@ -124,7 +126,7 @@ Score::Score(const Document& document, Library& library) {
         const songs::Part& part = song.parts[plans.size()];
         songs::PartPlan& plan = plans.emplace_back();
         plan.name = track.name;
-        plan.line = songs::MakeVoiceLine(part);
+        plan.line = songs::MakeVoiceLine(part, kOnlyVerse, kAsWritten);
         std::optional<DWORD> voice = library.FindVoice(track.voice);
         if (!voice && !track.voice.empty())
             m_remarks.push_back("there is no voice \"" + track.voice + "\" here: another one sings");
