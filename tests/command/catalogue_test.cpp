@@ -2,7 +2,6 @@
 #include "analysis.h"
 #include "run_command.h"
 
-#include "bars.h"
 #include "errors.h"
 
 #include <doctest/doctest.h>
@@ -25,29 +24,11 @@ FileBytes LongNotes() {
     return MidiFile(1, 480, {TrackBytes(), voice});
 }
 
-std::string ErrorOf(const std::string& text, bool needsBar) {
-    try {
-        ReadBarMark("--x", text, needsBar);
-    } catch (const WrongUse& error) {
-        return error.message;
-    }
-    return {};
-}
-
 std::vector<double> Bar(const std::vector<double>& sound, int bar) {
     return Part(sound, bar * 2000 - 1500, bar * 2000 - 600);
 }
 
 } // namespace
-
-TEST_CASE("bars: marks") {
-    const BarMark mark = ReadBarMark("--x", "12=a=b", true);
-    CHECK((mark.bar == 12 && mark.name == "a=b"));
-    CHECK(ReadBarMark("--x", "mf", false).bar == 1);
-    for (const char* text : {"", "0=a", "x=a", "3=", "=a", "-1=a", "9999999=a"})
-        CHECK(ErrorOf(text, false).find("--x \"" + std::string(text) + "\": write the bar") == 0);
-    CHECK(!ErrorOf("mf", true).empty());
-}
 
 TEST_CASE("voices and icons: listed as text and as JSON") {
     const Folder folder;

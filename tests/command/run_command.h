@@ -24,8 +24,10 @@ struct Folder {
         fs::create_directory(path);
 #ifdef _WIN32
         _putenv_s("TORV_USER_DATA", "command_test_files\\user");
+        _putenv_s("APPDATA", "command_test_files\\nowhere");
 #else
         setenv("TORV_USER_DATA", "command_test_files/user", 1);
+        setenv("XDG_CONFIG_HOME", "command_test_files/nowhere", 1);
 #endif
     }
     ~Folder() {

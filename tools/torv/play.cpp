@@ -2,8 +2,9 @@
 
 #include "describe.h"
 #include "errors.h"
+#include "input.h"
 #include "messages.h"
-#include "play_place.h"
+#include "place.h"
 #include "play_session.h"
 #include "terminal.h"
 #include "terminal_keys.h"
@@ -11,6 +12,7 @@
 #include <torv/songs/nearest_names.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 using namespace torv::songs;
@@ -61,14 +63,15 @@ public:
     void Show(const PlaySession& session, double volume, bool hasKeys) {
         if (!m_isShown)
             return;
-        char line[160];
-        std::snprintf(line, sizeof line, "%s %s / %s  %+.0f dB%s", session.IsPaused() ? "paused " : "playing",
-                      Clock(session.Position()).c_str(), Clock(m_end).c_str(), volume,
-                      hasKeys ? "  [space: pause, arrows: seek and volume, q: quit]" : "");
+        char text[64];
+        std::snprintf(text, sizeof text, "%s %s / %s  %+.0f dB", session.IsPaused() ? "paused " : "playing",
+                      Clock(session.Position()).c_str(), Clock(m_end).c_str(), volume);
+        const std::string line = FittingLine(
+            {text, hasKeys ? "  [space: pause, arrows: seek and volume, q: quit]" : ""}, TerminalWidth(stderr));
         if (m_last == line)
             return;
         m_last = line;
-        std::fprintf(stderr, "\r\033[K%s", line);
+        std::fprintf(stderr, "\r\033[K%s", line.c_str());
         std::fflush(stderr);
     }
     void Wipe() {
@@ -118,13 +121,18 @@ bool Obey(Key key, PlaySession& session, const PlaySession::Settings& settings, 
 } // namespace
 
 void Play(const PlayOptions& options) {
-    SongOptions first = options.song;
-    first.onePart = true;
-    SongScore song = MakeSongScore(first);
-    const std::unique_ptr<CQuillMidiBuffer> stream =
-        MakeEngineStream(song.score, song.score.parts.front(), song.presend);
+    SongScore song = MakeSongScore(options.song);
     const DWORD lead = song.score.leadMilliseconds;
-    const DWORD songEnd = std::max(stream->GetLastTime(), lead);
+    std::vector<std::unique_ptr<CQuillMidiBuffer>> streams;
+    std::vector<PlayTrack> tracks;
+    DWORD songEnd = lead;
+    for (size_t i = 0; i < song.parts.size(); ++i) {
+        const SungPart& part = song.parts[i];
+        CQuillMidiBuffer& stream =
+            *streams.emplace_back(MakeEngineStream(song.score, song.score.parts[i], song.presend));
+        songEnd = std::max(songEnd, stream.GetLastTime());
+        tracks.push_back({&stream, CWaveOut::Db2Amplitude(part.decibels) / std::sqrt(song.parts.size()), part.pan});
+    }
     PlaySession::Settings settings;
     settings.rate = options.rate;
     settings.preroll = song.presend;
@@ -140,7 +148,7 @@ void Play(const PlayOptions& options) {
     song.messages->Take(); // what comes from here on is about the play
     double volume = options.level;
     Display display(options, lead, std::min(settings.end, songEnd));
-    PlaySession session(*stream, settings);
+    PlaySession session(std::move(tracks), settings);
     session.SetVolume(volume);
     TerminalKeys keys;
     session.Play(settings.start);
@@ -155,6 +163,8 @@ void Play(const PlayOptions& options) {
     if (!song.messages->Last().empty())
         throw InputError{song.messages->Last() + ": see torv devices for what there is to play on"};
     if (!options.song.quiet)
-        std::printf("played to %s of %s on %s\n", display.Clock(std::min(session.Position(), songEnd)).c_str(),
-                    options.song.input.c_str(), settings.device.c_str());
+        std::printf("played %sto %s of %s on %s\n",
+                    song.parts.size() > 1 ? (Counted(song.parts.size(), "part") + " ").c_str() : "",
+                    display.Clock(std::min(session.Position(), songEnd)).c_str(),
+                    NameOfInput(options.song.input).c_str(), settings.device.c_str());
 }

@@ -13,6 +13,7 @@ struct PlayOptions {
     bool loop = false;
 };
 
-/// Sings a MIDI file through a wave output as it is synthesized; on a terminal it shows how far it is and obeys keys.
+/// Sings all chosen parts of a song through a wave output as they are synthesized, each at its place and together no
+/// louder than one; on a terminal it shows how far it is and obeys keys.
 /// Throws InputError.
 void Play(const PlayOptions& options);

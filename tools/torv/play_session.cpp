@@ -3,6 +3,7 @@
 #include "errors.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -10,14 +11,13 @@ constexpr UINT kMessage = WM_USER + 1;
 constexpr WORD kPosition = 1;
 constexpr WORD kEnd = 2;
 constexpr int kWhileSynthesizing = 1;
-constexpr int kTracks = 1;
 constexpr DWORD kNoDelay = 0;
 constexpr int kChase = 1;
 
 } // namespace
 
-PlaySession::PlaySession(CQuillMidiBuffer& stream, const Settings& settings)
-    : m_stream(stream), m_settings(settings),
+PlaySession::PlaySession(std::vector<PlayTrack> tracks, const Settings& settings)
+    : m_tracks(std::move(tracks)), m_settings(settings),
       m_window(CreateWindowExA(0, "STATIC", "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr)),
       m_position(settings.start) {
     if (!m_driver.OpenSynthesizer())
@@ -37,10 +37,17 @@ void PlaySession::Play(DWORD position) {
     m_position = position;
     m_driver.SetPlayParameters(m_settings.device.c_str(), &m_window, kMessage, kPosition, m_settings.rate, 0);
     m_driver.SetPlayEndNortify(kEnd);
-    m_driver.RTS_SetSynthesisParam(kWhileSynthesizing, kTracks, kNoDelay, m_settings.rate, m_settings.preroll, kChase);
-    m_driver.RTS_SetQuillMidiBuffer(0, &m_stream);
+    const auto count = static_cast<int>(m_tracks.size());
+    m_driver.RTS_SetSynthesisParam(kWhileSynthesizing, count, kNoDelay, m_settings.rate, m_settings.preroll, kChase);
+    for (int i = 0; i < count; ++i)
+        m_driver.RTS_SetQuillMidiBuffer(i, m_tracks[static_cast<size_t>(i)].stream);
     m_driver.RTS_SetPlayParam(m_settings.start, m_settings.end, position, m_settings.isLooped);
-    if (!m_driver.RTS_DoSynthesis() || !m_driver.RTS_Play())
+    const bool isBegun = m_driver.RTS_DoSynthesis();
+    for (int i = 0; i < count; ++i) { // now that there are instances
+        m_driver.RTS_SetTrackVolume(i, m_tracks[static_cast<size_t>(i)].gain);
+        m_driver.RTS_SetTrackPanpot(i, m_tracks[static_cast<size_t>(i)].pan);
+    }
+    if (!isBegun || !m_driver.RTS_Play())
         throw InputError{"the voice engine RVE cannot be started: it may be damaged or not fit this program"};
 }
 

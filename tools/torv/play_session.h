@@ -3,9 +3,17 @@
 #include <torv/torv.h>
 
 #include <string>
+#include <vector>
 
-/// One song on one device, from the host's side: a window that hears how far it is, and the driver. It can be paused
-/// and go on, which ends a play and begins another.
+/// One part of what is played.
+struct PlayTrack {
+    CQuillMidiBuffer* stream;
+    double gain = 1.0; ///< linear
+    double pan = 0.0;  ///< -1 left .. 1 right
+};
+
+/// One song of several parts on one device, from the host's side: a window that hears how far it is, and the driver. It
+/// can be paused and go on, which ends a play and begins another.
 class PlaySession {
 public:
     struct Settings {
@@ -18,7 +26,7 @@ public:
     };
 
     /// Throws InputError when the engine cannot be loaded.
-    PlaySession(CQuillMidiBuffer& stream, const Settings& settings);
+    PlaySession(std::vector<PlayTrack> tracks, const Settings& settings);
     ~PlaySession();
     PlaySession(const PlaySession&) = delete;
     PlaySession& operator=(const PlaySession&) = delete;
@@ -39,7 +47,7 @@ public:
     DWORD Position() const { return m_position; }
 
 private:
-    CQuillMidiBuffer& m_stream;
+    const std::vector<PlayTrack> m_tracks;
     const Settings m_settings;
     CWnd m_window;
     CRtSynthesis m_driver;

@@ -31,9 +31,12 @@ void Progress::Show(double done, double total) {
     m_last = now;
     m_drawn = true;
     const double share = std::clamp(done / total, 0.0, 1.0);
-    std::fprintf(stderr, "\r\033[K%s %3d %%", m_what.c_str(), static_cast<int>(share * 100));
+    char text[32];
+    std::snprintf(text, sizeof text, " %3d %%", static_cast<int>(share * 100));
+    std::vector<std::string> pieces{m_what + text};
     const double elapsed = std::chrono::duration<double>(now - m_start).count();
     if (now - m_start > kBeforeEstimate && share > 0)
-        std::fprintf(stderr, ", %ld s left", std::lround(elapsed / share * (1 - share)));
+        pieces.push_back(", " + std::to_string(std::lround(elapsed / share * (1 - share))) + " s left");
+    std::fprintf(stderr, "\r\033[K%s", FittingLine(pieces, TerminalWidth(stderr)).c_str());
     std::fflush(stderr);
 }

@@ -1,5 +1,6 @@
 #include "sing.h"
 
+#include "band.h"
 #include "describe.h"
 #include "errors.h"
 #include "file_identity.h"
@@ -7,7 +8,7 @@
 #include "list_parts.h"
 #include "messages.h"
 #include "output_file.h"
-#include "play_place.h"
+#include "place.h"
 #include "progress.h"
 #include "render.h"
 #include "report.h"
@@ -62,26 +63,29 @@ RenderOptions MakeRenderOptions(const SingOptions& options, const SongScore& son
     render.presend = song.presend;
     render.from = PlaceInFile("--from", options.from, song);
     render.to = PlaceInFile("--to", options.to, song);
-    render.stereo = options.pan.has_value() || song.parts.size() > 1;
+    render.leadIn = options.leadIn;
+    render.stereo = options.pan.has_value() || song.parts.size() > 1 || options.band;
     if (!options.to.empty() && render.to <= render.from)
         throw InputError{"--to " + options.to + ": lies before the beginning; choose a later bar or time"};
     return render;
 }
 
 /// Every part at its place; when `front` is one of them, the others are softer.
-std::vector<PartLevel> LevelsOf(const SingOptions& options, const SongScore& song, size_t front) {
-    std::vector<PartLevel> levels;
+MixLevels LevelsOf(const SingOptions& options, const SongScore& song, size_t front) {
+    MixLevels levels;
+    const bool isPractice = front < song.parts.size();
     for (size_t i = 0; i < song.parts.size(); ++i) {
         const SungPart& part = song.parts[i];
-        const bool isBehind = front < song.parts.size() && i != front;
+        const bool isBehind = isPractice && i != front;
         const double pan = song.parts.size() == 1 ? options.pan.value_or(part.pan) : part.pan;
-        levels.push_back({Gain(options.level + part.decibels + (isBehind ? kPracticeBackground : 0)),
-                          front == i && song.parts.size() > 1 ? 0.0 : pan});
+        levels.parts.push_back({Gain(options.level + part.decibels + (isBehind ? kPracticeBackground : 0)),
+                                front == i && song.parts.size() > 1 ? 0.0 : pan});
     }
+    levels.band = Gain(options.band.value_or(0) + (isPractice ? kPracticeBackground : 0));
     return levels;
 }
 
-WrittenSound MixInto(Rendering& rendering, const std::string& path, const std::vector<PartLevel>& levels,
+WrittenSound MixInto(Rendering& rendering, const std::string& path, const MixLevels& levels,
                      const SingOptions& options) {
     const WrittenSound written = rendering.Mix(path, levels, options.sound);
     if (written.cutFrames > 0)
@@ -110,19 +114,47 @@ WrittenSound WritePractice(const SingOptions& options, const SongScore& song, Re
 
 void WriteReports(const SingOptions& options, const SongScore& song, const RenderOptions& render,
                   const WrittenSound& result, Rendering& rendering) {
-    Performance performance =
-        DescribePerformance(song.song, song.score, song.plans, *song.databases,
-                            {.transpose = options.song.transpose, .songStart = render.from / -1000.0});
+    Performance performance = DescribePerformance(
+        song.song, song.score, song.plans, *song.databases,
+        {.transpose = options.song.transpose, .songStart = rendering.LeadIn() - render.from / 1000.0});
     performance.output = options.output.empty() ? options.practice : options.output;
     performance.rate = options.rate;
     performance.seconds = result.seconds;
     std::vector<KeptSound> sounds = rendering.Keep(LevelsOf(options, song, song.parts.size()), result.decibels);
     for (size_t i = 0; i < sounds.size(); ++i) {
-        performance.parts[i].name = song.parts[i].name;
+        const bool isSung = i < song.parts.size();
+        if (!isSung)
+            performance.parts.emplace_back();
+        performance.parts[i].name = isSung ? song.parts[i].name : "Band";
         AddSound(std::move(sounds[i]), performance.parts[i]);
     }
     for (const std::string& report : options.reports)
         WriteReport(report, performance);
+}
+
+void TellLeadIn(const SingOptions& options, double seconds) {
+    char text[120];
+    std::snprintf(text, sizeof text, "begins %.2f s before %s%s", seconds, options.from.empty() ? "the song" : "--from",
+                  options.leadIn ? "" : ", with what is sung before the first beat (else --lead-in 0)");
+    if (seconds > 0)
+        Remark(options.song.quiet, NameOfInput(options.song.input) + ": the wave " + text);
+}
+
+/// Whoever does not sing plays.
+void AddBand(const SingOptions& options, const SongScore& song, const RenderOptions& render, Rendering& rendering) {
+    BandPlan plan;
+    for (size_t i = 0; i < song.song.parts.size(); ++i)
+        if (std::none_of(song.parts.begin(), song.parts.end(), [i](const SungPart& part) { return part.index == i; }))
+            plan.parts.push_back(i);
+    if (plan.parts.empty())
+        return Remark(options.song.quiet,
+                      NameOfInput(options.song.input) + ": every part is sung, so that none is left for the band");
+    plan.soundFont = options.soundFont;
+    plan.transpose = options.song.transpose;
+    plan.rate = options.rate;
+    plan.start = render.from / 1000.0 - rendering.LeadIn();
+    plan.end = render.to / 1000.0;
+    rendering.AddBand(*MakeBand(song.song, plan), LevelsOf(options, song, song.parts.size()));
 }
 
 void SingOne(const SingOptions& options) {
@@ -149,6 +181,9 @@ void SingOne(const SingOptions& options) {
         Progress progress("singing", isQuiet);
         Rendering rendering(song.score, beside, render,
                             [&progress](double done, double total) { progress.Show(done, total); });
+        TellLeadIn(options, rendering.LeadIn());
+        if (options.band)
+            AddBand(options, song, render, rendering);
         if (!options.practice.empty())
             result = WritePractice(options, song, rendering);
         if (!options.output.empty())

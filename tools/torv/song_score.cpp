@@ -1,15 +1,16 @@
 #include "song_score.h"
 
-#include "bars.h"
 #include "errors.h"
 #include "input.h"
 #include "messages.h"
 #include "part_choice.h"
+#include "place.h"
 
 #include <torv/songs/casting.h>
 #include <torv/songs/fermatas.h>
 #include <torv/songs/given_words.h>
 #include <torv/songs/hand_phonemes.h>
+#include <torv/songs/nearest_names.h>
 #include <torv/songs/read_song.h>
 #include <torv/songs/word_joining.h>
 
@@ -46,8 +47,6 @@ std::vector<PartChoice> ChooseParts(const SongOptions& options, const Song& song
                        std::to_string(verses)};
     if (choices.empty())
         choices.push_back({0, {}, 0, {}});
-    if (options.onePart)
-        choices.resize(1, choices.front());
     return choices;
 }
 
@@ -72,6 +71,31 @@ std::optional<int> LanguageAskedFor(const SongOptions& options) {
     return options.language == "en" ? std::optional(torv::kEnglish) : std::nullopt;
 }
 
+/// What --at names becomes a voice or a dynamic level from there on.
+void SortPlacedNames(SongOptions& options, const Song& song, const Databases& databases) {
+    const auto namesOf = [&](const IconKind& kind) {
+        std::vector<std::string> names;
+        for (const Databases::Entry& entry : databases.List(kind))
+            names.push_back(entry.name);
+        return names;
+    };
+    std::vector<std::string> voices = namesOf(kVoices);
+    const std::vector<std::string> dynamics = namesOf(kDynamics);
+    for (const std::string& text : options.at) {
+        const PlacedName mark = ReadPlacedName("--at", text, true);
+        TickOfPlace("--at", mark.place, song);
+        if (FindName(voices, mark.name))
+            options.voicesAt.push_back(text);
+        else if (FindName(dynamics, mark.name))
+            options.dynamics.push_back(text);
+        else {
+            voices.insert(voices.end(), dynamics.begin(), dynamics.end());
+            throw WrongUse{"there is no voice or dynamic level \"" + mark.name +
+                           "\": " + SuggestNames(voices, mark.name)};
+        }
+    }
+}
+
 /// Who sings from where: the voice named for the part, for all, or the one that suits it, then those for later bars.
 std::vector<ScoreMark> FindVoices(const SongOptions& options, const Song& song, const PartChoice& choice,
                                   const VoiceLine& line, Databases& databases) {
@@ -84,8 +108,8 @@ std::vector<ScoreMark> FindVoices(const SongOptions& options, const Song& song, 
     else
         marks.push_back({0, databases.Find(kVoices, name)});
     for (const std::string& text : options.voicesAt) {
-        const BarMark mark = ReadBarMark("--voice-at", text, true);
-        marks.push_back({TickOfMeasure(song, mark.bar), databases.Find(kVoices, mark.name)});
+        const PlacedName mark = ReadPlacedName("--voice-at", text, true);
+        marks.push_back({TickOfPlace("--voice-at", mark.place, song), databases.Find(kVoices, mark.name)});
     }
     std::stable_sort(marks.begin() + 1, marks.end(),
                      [](const ScoreMark& a, const ScoreMark& b) { return a.tick < b.tick; });
@@ -106,8 +130,9 @@ std::vector<ScoreMark> FindVoices(const SongOptions& options, const Song& song, 
 std::vector<ScoreMark> FindDynamics(const SongOptions& options, const Song& song, const Databases& databases) {
     std::vector<ScoreMark> marks;
     for (const std::string& text : options.dynamics) {
-        const BarMark mark = ReadBarMark("--dynamics", text, false);
-        marks.push_back({TickOfMeasure(song, mark.bar), databases.Find(kDynamics, mark.name)});
+        const PlacedName mark = ReadPlacedName("--dynamics", text, false);
+        const uint32_t tick = mark.place.empty() ? 0 : TickOfPlace("--dynamics", mark.place, song);
+        marks.push_back({tick, databases.Find(kDynamics, mark.name)});
     }
     std::stable_sort(marks.begin(), marks.end(),
                      [](const ScoreMark& a, const ScoreMark& b) { return a.tick < b.tick; });
@@ -155,6 +180,7 @@ SongScore MakeSongScore(const SongOptions& asked, Song song) {
                                (words == 1 ? " word is" : " words are") + " put together as English has them");
         Remark(options.quiet, options.input + ": " + song.remarks.back());
     }
+    SortPlacedNames(options, song, *databases);
     std::vector<PartPlan> plans;
     std::vector<SungPart> parts;
     for (const PartChoice& choice : choices) {

@@ -12,8 +12,9 @@ struct SongOptions {
     std::string input;
     std::string language = "auto";     ///< ja, en or auto
     std::string voice;                 ///< of every part; empty: each the one that suits it
-    std::vector<std::string> voicesAt; ///< BAR=NAME
-    std::vector<std::string> dynamics; ///< NAME or BAR=NAME
+    std::vector<std::string> voicesAt; ///< PLACE=NAME
+    std::vector<std::string> dynamics; ///< NAME or PLACE=NAME
+    std::vector<std::string> at;       ///< PLACE=NAME of either
     std::vector<std::string> parts;    ///< NAME|NUMBER[=VOICE[:DB[:PAN]]]; none: every part with words
     torv::songs::ExpressionNames expressions;
     std::string encoding; ///< empty: detected
@@ -21,7 +22,6 @@ struct SongOptions {
     int transpose = 0;
     int verse = 1;
     std::optional<unsigned> track; ///< from 1
-    bool onePart = false;          ///< the first of those
     bool plain = false;
     bool quiet = false;
 };

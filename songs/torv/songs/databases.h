@@ -51,7 +51,7 @@ public:
 
     /// Everything of a kind, presets before users' own.
     std::vector<Entry> List(const IconKind& kind) const;
-    /// The id of what has this name, whatever the case of its letters. Throws SongError with the nearest names.
+    /// The id of what has this name, whatever the case of its letters. Throws NameError with the nearest names.
     DWORD Find(const IconKind& kind, const std::string& name) const;
     /// The name of what has this id; empty when there is none.
     std::string NameOf(DWORD id) const;

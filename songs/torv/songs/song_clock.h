@@ -14,6 +14,8 @@ public:
     explicit SongClock(const std::vector<Tempo>& tempos);
     /// Logarithmic in the number of tempos.
     double SecondsAt(uint32_t tick) const;
+    /// The nearest tick of a time, kLastTick at most; 0 for one before the song.
+    uint32_t TickAt(double seconds) const;
 
 private:
     struct Change {

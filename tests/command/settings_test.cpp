@@ -1,0 +1,71 @@
+// What is made from the table of options: the manual page, completion, and the configuration file.
+#include "command_line.h"
+#include "configuration.h"
+#include "errors.h"
+#include "manual.h"
+#include "run_command.h"
+
+#include <doctest/doctest.h>
+
+namespace {
+
+std::string FailureOf(const Folder& folder, const std::string& content) {
+    const std::string path = folder.File("torv.conf", {content.begin(), content.end()});
+    CommandLine line;
+    line.app.parse("sing a.mid", false);
+    try {
+        ApplyConfiguration(line.app, path);
+    } catch (const WrongUse& error) {
+        return error.message;
+    }
+    return {};
+}
+
+} // namespace
+
+TEST_CASE("settings: the manual page and the completion have every verb and every option") {
+    const CommandLine line;
+    const std::string page = ManualPage(line.app, "1.2");
+    const std::string completion = BashCompletion(line.app);
+    size_t options = 0;
+    for (const CLI::App* verb : line.app.get_subcommands([](const CLI::App*) { return true; })) {
+        CHECK(page.find(".SS torv " + verb->get_name()) != std::string::npos);
+        for (const CLI::Option* option : verb->get_options())
+            for (const std::string& name : option->get_lnames()) {
+                CHECK(completion.find("--" + name + " ") != std::string::npos);
+                std::string escaped = "\\-\\-";
+                for (const char c : name)
+                    escaped += c == '-' ? "\\-" : std::string(1, c);
+                CHECK_MESSAGE(page.find(escaped) != std::string::npos, name);
+                ++options;
+            }
+    }
+    CHECK(options > 50);
+    CHECK(completion.find("\"sing --rate\") values=\"44100 48000 96000\"") != std::string::npos);
+}
+
+TEST_CASE("settings: standing wishes hold where the command line says nothing, and are refused by line") {
+    const Folder folder;
+    const std::string content =
+        "# mine\n\nrate=48000\r\n[sing]\n  voice = Thomas \nquiet\nlevel = -3\nat = 1=mf\nat = 2=f\n"
+        "[play]\nlevel = 5\n";
+    const std::string path = folder.File("torv.conf", {content.begin(), content.end()});
+    CommandLine line;
+    line.app.parse("sing a.mid --voice Susan --volume 2", false);
+    ApplyConfiguration(line.app, path);
+    CHECK(line.sing.rate == 48000);
+    CHECK(line.sing.song.voice == "Susan");
+    CHECK(line.sing.song.quiet);
+    CHECK(line.sing.level == doctest::Approx(6.02).epsilon(0.01)); // which is what --volume said
+    CHECK(line.sing.song.at == std::vector<std::string>{"1=mf", "2=f"});
+    CHECK(line.play.level == 0);
+    CHECK(line.play.rate == 44100);
+
+    CHECK(FailureOf(folder, "rate = 48000\nrate = 5\n").find("torv.conf:2: ") != std::string::npos);
+    CHECK(FailureOf(folder, "\n[dance]").find("torv.conf:2: there is no verb \"dance\"") != std::string::npos);
+    CHECK(FailureOf(folder, "[sing]\nvioce = x").find("torv.conf:2: there is no option \"vioce\" of torv sing") !=
+          std::string::npos);
+    CHECK(FailureOf(folder, "voice =").find("torv.conf:1: voice needs a value") != std::string::npos);
+    CHECK(FailureOf(folder, "[play]\nlevel = loud").empty()); // it is not what is asked for now
+    CHECK(folder.Torv("--version").said == std::string("torv ") + kTorvVersion + "\n");
+}

@@ -1,0 +1,112 @@
+#include "configuration.h"
+
+#include "errors.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <utility>
+
+namespace {
+
+std::string Trimmed(const std::string& text) {
+    const size_t begin = text.find_first_not_of(" \t\r");
+    return begin == std::string::npos ? std::string() : text.substr(begin, text.find_last_not_of(" \t\r") - begin + 1);
+}
+
+[[noreturn]] void Fail(const std::string& where, const std::string& what) { throw WrongUse{where + ": " + what}; }
+
+bool HasOption(const CLI::App& verb, const std::string& name) {
+    return verb.get_option_no_throw("--" + name) != nullptr && name != "help";
+}
+
+/// The verbs that a line is for.
+class Section {
+public:
+    explicit Section(CLI::App& app) : m_app(app), m_verbs(app.get_subcommands([](CLI::App*) { return true; })) {}
+
+    void Begin(const std::string& where, const std::string& name) {
+        m_verbs = m_app.get_subcommands([&](CLI::App* verb) { return verb->get_name() == name; });
+        if (m_verbs.empty())
+            Fail(where, "there is no verb \"" + name + "\": see torv --help");
+    }
+    /// Whether the verb that runs is one that the option is for.
+    bool IsFor(const std::string& where, const CLI::App* running, const std::string& name) const {
+        if (std::none_of(m_verbs.begin(), m_verbs.end(), [&](const CLI::App* verb) { return HasOption(*verb, name); }))
+            Fail(where, "there is no option \"" + name + "\"" +
+                            (m_verbs.size() == 1 ? " of torv " + m_verbs.front()->get_name() : std::string()) +
+                            ": write it as on the command line, without the hyphens before it");
+        return std::find(m_verbs.begin(), m_verbs.end(), running) != m_verbs.end() && HasOption(*running, name);
+    }
+
+private:
+    CLI::App& m_app;
+    std::vector<CLI::App*> m_verbs;
+};
+
+bool IsSaid(const CLI::Option& option) {
+    const auto& others = option.get_excludes();
+    return option.count() > 0 ||
+           std::any_of(others.begin(), others.end(), [](const CLI::Option* other) { return other->count() > 0; });
+}
+
+} // namespace
+
+std::string ConfigurationPath() {
+    const auto variable = [](const char* name) {
+        const char* const value = std::getenv(name);
+        return std::string(value ? value : "");
+    };
+#ifdef _WIN32
+    const std::string folder = variable("APPDATA");
+#else
+    const std::string home = variable("HOME");
+    const std::string named = variable("XDG_CONFIG_HOME");
+    const std::string folder = !named.empty() || home.empty() ? named : home + "/.config";
+#endif
+    return folder.empty() ? folder : folder + "/torv/torv.conf";
+}
+
+void ApplyConfiguration(CLI::App& app, const std::string& path) {
+    std::ifstream file(path);
+    const std::vector<CLI::App*> running = app.get_subcommands();
+    if (!file || path.empty() || running.empty())
+        return;
+    const auto options = running.front()->get_options();
+    std::vector<const CLI::Option*> said;
+    std::copy_if(options.begin(), options.end(), std::back_inserter(said),
+                 [](const CLI::Option* option) { return IsSaid(*option); });
+    Section section(app);
+    std::string text;
+    for (int number = 1; std::getline(file, text); ++number) {
+        const std::string where = path + ":" + std::to_string(number);
+        const std::string line = Trimmed(text);
+        if (line.empty() || line.front() == '#')
+            continue;
+        if (line.front() == '[') {
+            section.Begin(where, Trimmed(line.substr(1, line.find(']') - 1)));
+            continue;
+        }
+        const size_t equals = line.find('=');
+        const std::string name = Trimmed(line.substr(0, equals));
+        const std::string value = equals == std::string::npos ? std::string() : Trimmed(line.substr(equals + 1));
+        if (!section.IsFor(where, running.front(), name))
+            continue;
+        CLI::Option* const option = running.front()->get_option("--" + name);
+        if (std::find(said.begin(), said.end(), option) != said.end())
+            continue;
+        try {
+            const bool isFlag = option->get_expected_max() == 0;
+            if (!isFlag && value.empty())
+                Fail(where, name + " needs a value, as in " + name + " = ...");
+            if (option->get_multi_option_policy() != CLI::MultiOptionPolicy::TakeAll)
+                option->clear(); // of a line before
+            option->add_result(isFlag ? option->get_flag_value("--" + name, value) : value);
+            option->run_callback();
+        } catch (const CLI::Error& error) {
+            Fail(where, error.what());
+        }
+    }
+}
