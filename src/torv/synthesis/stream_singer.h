@@ -23,12 +23,15 @@ public:
     bool Sing();
     /// What the last step made, 16 bits mono.
     const short* Samples() const { return m_samples.get(); }
+    /// How many samples that are: a step has more of them at higher rates.
     DWORD Count() const { return m_count; }
     /// Nothing more comes.
     bool Finished() const;
-    /// How far it is, and where the stream ends.
+    /// How far it is.
     DWORD SungMilliseconds() const;
+    /// Where the stream ends.
     DWORD TotalMilliseconds() const { return m_stream.GetLastTime(); }
+    /// How many steps have been sung.
     LONGLONG Steps() const;
 
 private:
