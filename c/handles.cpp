@@ -55,23 +55,23 @@ struct Place {
     uint64_t use;
 };
 
-Place Find(const void* handle) {
-    const auto value = reinterpret_cast<uintptr_t>(handle);
-    const auto index = static_cast<uint32_t>(value >> 1) % kSlots;
-    const uint64_t use = static_cast<uint64_t>(value) >> (kIndexBits + 1);
-    Slot* const chunk = TheTable().chunks[index / kChunk].load(std::memory_order_acquire);
-    return {value % 2 == 1 && chunk ? &chunk[index % kChunk] : nullptr, index, use};
-}
-
 [[noreturn]] void ThrowBadHandle(const void* handle, Kind kind) {
     throw Failure{TORV_BAD_HANDLE, std::string(handle ? "the handle was freed, or is none" : "the handle is null") +
                                        ": " + NameOf(kind) + " is wanted"};
 }
 
+Place Find(const void* handle, Kind kind) {
+    const auto value = reinterpret_cast<uintptr_t>(handle);
+    const auto index = static_cast<uint32_t>(value >> 1) % kSlots;
+    const uint64_t use = static_cast<uint64_t>(value) >> (kIndexBits + 1);
+    Slot* const chunk = TheTable().chunks[index / kChunk].load(std::memory_order_acquire);
+    if (value % 2 == 0 || !chunk)
+        ThrowBadHandle(handle, kind);
+    return {&chunk[index % kChunk], index, use};
+}
+
 /// Sets `flags` in a slot of this use where `clear` are not set; throws otherwise.
 void Change(const Place& place, const void* handle, Kind kind, uint64_t clear, uint64_t flags) {
-    if (!place.slot)
-        ThrowBadHandle(handle, kind);
     uint64_t state = place.slot->state.load(std::memory_order_acquire);
     for (;;) {
         if (state >> kFlagBits != place.use || !(state & kLive))
@@ -90,7 +90,7 @@ void Change(const Place& place, const void* handle, Kind kind, uint64_t clear, u
 } // namespace
 
 Claim::Claim(const void* handle, Kind kind, Use use) : m_use(use) {
-    const Place place = Find(handle);
+    const Place place = Find(handle, kind);
     const uint64_t flag = use == Use::Control ? kControlled : kRead;
     Change(place, handle, kind, flag, flag);
     m_slot = place.slot;
@@ -129,7 +129,7 @@ void* AddObject(std::unique_ptr<Object> object, Kind kind) {
 std::unique_ptr<Object> TakeObject(const void* handle, Kind kind) {
     if (!handle)
         return nullptr;
-    const Place place = Find(handle);
+    const Place place = Find(handle, kind);
     Change(place, handle, kind, kControlled | kRead, kControlled | kRead);
     Table& table = TheTable();
     const std::lock_guard lock(table.mutex);

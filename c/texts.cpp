@@ -62,7 +62,7 @@ std::string Taken(const char* text, const char* name) {
 std::string TakenOrEmpty(const char* text, const char* name) { return text ? Taken(text, name) : std::string(); }
 
 std::string TakenPath(const char* path) {
-    const std::string taken = Taken(path, "path");
+    std::string taken = Taken(path, "path");
     if (taken.empty())
         throw Failure{TORV_BAD_ARGUMENT, "path is empty"};
 #if defined(_WIN32)

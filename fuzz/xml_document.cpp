@@ -1,6 +1,6 @@
 // Any bytes as an XML text: every element, its text and attributes.
-#include "torv/songs/song_error.h"
 #include "torv/songs/xml_document.h"
+#include "torv/songs/song_error.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // Any bytes as a compressed score's archive: every file in it.
-#include "torv/songs/song_error.h"
 #include "torv/songs/zip_archive.h"
+#include "torv/songs/song_error.h"
 
 #include <cstddef>
 

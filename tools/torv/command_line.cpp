@@ -272,7 +272,8 @@ CommandLine::CommandLine()
       describing(AddInfo(app, info)), spelling(AddPhonemes(app, phonemes)), mixing(AddMix(app, mix)),
       voices(AddVoices(app, list)), icons(AddIcons(app, list)), devices(AddDevices(app, list)) {
     app.require_subcommand(1);
-    app.allow_windows_style_options(false); // a path may begin with a slash everywhere
+    for (CLI::App* const verb : app.get_subcommands({}))
+        verb->allow_windows_style_options(false); // a path may begin with a slash everywhere
     app.get_formatter()->column_width(30);
     app.set_version_flag("--version", std::string("torv ") + kTorvVersion);
 }

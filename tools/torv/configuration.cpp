@@ -100,7 +100,7 @@ void ApplyConfiguration(CLI::App& app, const std::string& path) {
         try {
             const bool isFlag = option->get_expected_max() == 0;
             if (!isFlag && value.empty())
-                Fail(where, name + " needs a value, as in " + name + " = ...");
+                Fail(where, std::string(name).append(" needs a value, as in ").append(name).append(" = ..."));
             if (option->get_multi_option_policy() != CLI::MultiOptionPolicy::TakeAll)
                 option->clear(); // of a line before
             option->add_result(isFlag ? option->get_flag_value("--" + name, value) : value);

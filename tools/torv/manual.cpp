@@ -99,7 +99,13 @@ std::string BashCompletion(const CLI::App& app) {
                 options += "--" + name + " ";
             for (const std::string& name : option->get_lnames())
                 if (const std::string values = ChoicesOf(*option); !values.empty())
-                    choices += "    \"" + verb->get_name() + " --" + name + "\") values=\"" + values + "\" ;;\n";
+                    choices.append("    \"")
+                        .append(verb->get_name())
+                        .append(" --")
+                        .append(name)
+                        .append("\") values=\"")
+                        .append(values)
+                        .append("\" ;;\n");
         }
         options += "\" ;;\n";
     }

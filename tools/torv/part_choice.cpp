@@ -16,8 +16,8 @@ constexpr double kMostLevel = 24;
 
 [[noreturn]] void Fail(const std::string& text) {
     throw WrongUse{"--part \"" + text +
-                     "\": write NAME or NUMBER, then who sings it, how loud in dB and where from -1 (left) to 1, as in "
-                     "Alto=Alice:-3:0.5"};
+                   "\": write NAME or NUMBER, then who sings it, how loud in dB and where from -1 (left) to 1, as in "
+                   "Alto=Alice:-3:0.5"};
 }
 
 double ReadNumber(const std::string& text, const std::string& number, double least, double most) {

@@ -104,10 +104,11 @@ WrittenSound WritePractice(const SingOptions& options, const SongScore& song, Re
     const fs::path folder = options.practice;
     const std::string stem = StemOf(options.song.input);
     const std::string ending = "." + EndingFor({}, options.sound);
-    for (size_t i = 0; i < song.parts.size(); ++i) {
-        const std::string name = stem + "-" + std::to_string(i + 1) + "-" + FileNameOf(song.parts[i].name) + ending;
-        MixInto(rendering, (folder / name).string(), LevelsOf(options, song, i), options);
-    }
+    const auto nameOf = [&](size_t i) {
+        return stem + "-" + std::to_string(i + 1) + "-" + FileNameOf(song.parts[i].name) + ending;
+    };
+    for (size_t i = 0; i < song.parts.size(); ++i)
+        MixInto(rendering, (folder / nameOf(i)).string(), LevelsOf(options, song, i), options);
     return MixInto(rendering, (folder / (stem + "-all" + ending)).string(), LevelsOf(options, song, song.parts.size()),
                    options);
 }
@@ -210,8 +211,9 @@ std::string OutputOf(const std::string& input, const SingOptions& options, std::
     const std::string stem = StemOf(input);
     const std::string ending = "." + EndingFor({}, options.sound);
     std::string path = (folder / (stem + ending)).string();
+    const auto numbered = [&](int i) { return (folder / (stem + "-" + std::to_string(i) + ending)).string(); };
     for (int i = 2; std::find(taken.begin(), taken.end(), path) != taken.end(); ++i)
-        path = (folder / (stem + "-" + std::to_string(i) + ending)).string();
+        path = numbered(i);
     taken.push_back(path);
     return path;
 }

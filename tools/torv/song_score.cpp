@@ -15,6 +15,7 @@
 #include <torv/songs/word_joining.h>
 
 #include <algorithm>
+#include <istream>
 
 using namespace torv::songs;
 

@@ -30,7 +30,7 @@ std::string Joined(const std::vector<std::string>& texts) {
 } // namespace
 
 std::string EndingFor(const std::string& path, const SoundOptions& options) {
-    const std::string ending = options.format.empty() ? EndingOf(path) : InSmallLetters(options.format);
+    std::string ending = options.format.empty() ? EndingOf(path) : InSmallLetters(options.format);
     if (ending.empty() || ending == "wav" || ending == "wave")
         return "wav";
     const std::vector<std::string> coded = CodedEndings();

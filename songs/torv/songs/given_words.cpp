@@ -131,19 +131,20 @@ private:
         size_t prolongations = 0;
         for (; piece.ends_with('_'); piece.pop_back())
             ++prolongations;
-        GivenSyllable syllable;
-        syllable.line = m_line;
         if (IsSung(piece)) {
+            GivenSyllable syllable;
+            syllable.line = m_line;
             syllable.word.verse = m_verse;
             syllable.word.text = piece;
             TakePhonemes(syllable.word);
             std::replace(syllable.word.text.begin(), syllable.word.text.end(), '_', ' ');
             AddSung(std::move(syllable));
         }
-        syllable.word = {};
-        syllable.word.verse = m_verse;
-        syllable.prolongs = true;
-        m_words.back().syllables.insert(m_words.back().syllables.end(), prolongations, syllable);
+        GivenSyllable prolongation;
+        prolongation.line = m_line;
+        prolongation.word.verse = m_verse;
+        prolongation.prolongs = true;
+        m_words.back().syllables.insert(m_words.back().syllables.end(), prolongations, prolongation);
     }
 
     void AddSung(GivenSyllable syllable) {
@@ -241,7 +242,7 @@ public:
 
     void Tell() {
         for (const auto& [text, parts] : m_told)
-            m_song.remarks.push_back(parts + ": " + text);
+            m_song.remarks.push_back(std::string(parts).append(": ").append(text));
     }
 
 private:

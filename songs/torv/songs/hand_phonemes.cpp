@@ -64,6 +64,7 @@ void TakePhonemes(Song& song) {
 
 std::vector<std::string> DropUnknownPhonemes(VoiceLine& line, int language, const Song& song) {
     std::vector<std::string> known;
+    known.reserve(static_cast<size_t>(CxPhoneticDic::GetDicSize(language)));
     for (int i = 0; i < CxPhoneticDic::GetDicSize(language); ++i)
         known.emplace_back(CxPhoneticDic::GetSAMPAString(static_cast<unsigned>(i), language));
     std::vector<std::string> remarks;
