@@ -20,7 +20,8 @@ foreach(component ${CPACK_COMPONENTS_ALL})
   file(WRITE ${documents}/changelog
        "${name} (${CPACK_PACKAGE_VERSION}) stable; urgency=medium\n\n  * See CHANGELOG.md in torv-doc.\n\n"
        " -- ${CPACK_PACKAGE_CONTACT}  ${date}\n")
-  execute_process(COMMAND gzip -9nf ${documents}/changelog)
+  file(GLOB manuals ${tree}/share/man/man*/*.?)
+  execute_process(COMMAND gzip -9nf ${documents}/changelog ${manuals})
   file(MAKE_DIRECTORY ${tree}/share/lintian/overrides)
   configure_file(${CPACK_TORV_PACKAGING}/lintian-overrides ${tree}/share/lintian/overrides/${name} COPYONLY)
   # Where the system's libraries are, no program says where to find them.
