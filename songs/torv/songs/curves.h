@@ -24,7 +24,8 @@ struct Curves {
 /// A unit of dynamics is 0.2 dB in the reference engine, and one of velocity is as much, of which the engine makes 0.08
 /// itself. Velocity 80 is the usual one; beside dynamic marks the part's median. A mark is what the databases' icon of
 /// its name says; a hairpin leads in a line to the mark at its end, without one to the next step. Volume is heard
-/// against 100 and expression against 127, 40 dB a decade (the General MIDI specification's square of amplitude).
+/// against 100 and expression against 127, 40 dB a decade: amplitude goes with the square of the controller, as General
+/// MIDI asks for.
 TORV_SONGS_API Curves MakeCurves(const Part& part, const VoiceLine& line, const Databases& databases);
 
 } // namespace torv::songs
