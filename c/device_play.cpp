@@ -4,6 +4,7 @@
 #include <torv/platform/wave_header.h>
 #include <torv/songs/nearest_names.h>
 #include <torv/songs/text_encoding.h>
+#include <torv/songs/wave_outputs.h>
 
 #include <algorithm>
 #include <cmath>
@@ -23,13 +24,9 @@ int16_t Sample16(float value) {
 } // namespace
 
 std::vector<std::string> DeviceNames() {
-    CStringList list;
-    CWaveOut::EnumWaveOutDevices(list);
-    std::vector<std::string> names;
-    for (POSITION at = list.GetHeadPosition(); at;) {
-        const std::string name(list.GetNext(at));
-        names.push_back(songs::ToUtf8(name, songs::DetectEncoding(name)));
-    }
+    std::vector<std::string> names = songs::WaveOutputNames();
+    for (std::string& name : names)
+        name = songs::ToUtf8(name, songs::DetectEncoding(name));
     return names;
 }
 

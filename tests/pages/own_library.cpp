@@ -4,6 +4,6 @@
 
 int main() {
     setenv("TORV_LIBRARY_PATH", ".", 1);
-BLOCK
+    BLOCK
     return 0;
 }

@@ -20,8 +20,6 @@ int main() {
     Score score = BuildScore(song, {plan}, options, databases);
     AddPhonemes(score, messages);
     [[maybe_unused]] CSequenceObject* const track = score.parts.front().track;
-    {
-BLOCK
-    }
+    { BLOCK }
     return 0;
 }

@@ -3,6 +3,6 @@
 #include <cstdio>
 
 int main() {
-BLOCK
+    BLOCK
     return 0;
 }

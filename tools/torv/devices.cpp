@@ -1,6 +1,7 @@
 #include "devices.h"
 
-#include "torv/platform/platform.h"
+#include <torv/platform/platform.h>
+#include <torv/songs/wave_outputs.h>
 
 #include <nlohmann/json.hpp>
 
@@ -11,17 +12,6 @@
 namespace {
 
 using Names = std::vector<std::string>;
-
-Names WaveOutputs() {
-    Names names;
-    const UINT count = waveOutGetNumDevs();
-    for (UINT number = 0; number < count; ++number) {
-        WAVEOUTCAPSA capabilities{};
-        if (waveOutGetDevCapsA(number, &capabilities, sizeof capabilities) == MMSYSERR_NOERROR)
-            names.emplace_back(capabilities.szPname);
-    }
-    return names;
-}
 
 Names MidiOutputs() {
     Names names;
@@ -45,7 +35,7 @@ void PrintNames(const char* title, const Names& names, const char* afterFirst) {
 } // namespace
 
 void ListDevices(bool json) {
-    const Names waves = WaveOutputs(), midis = MidiOutputs();
+    const Names waves = torv::songs::WaveOutputNames(), midis = MidiOutputs();
     if (!json) {
         PrintNames("Wave outputs", waves, " (default)");
         PrintNames("MIDI outputs", midis, "");

@@ -8,6 +8,9 @@
 /// seek in. Throws SongError when a file cannot be opened, WrongUse when standard input is named a second time.
 std::unique_ptr<std::istream> OpenInput(const std::string& path);
 
+/// The same for what is read from its beginning only: no more of it is taken than the reader asks for.
+std::unique_ptr<std::istream> OpenInputStream(const std::string& path);
+
 bool IsStandardInput(const std::string& path);
 /// For messages.
 std::string NameOfInput(const std::string& path);

@@ -10,6 +10,7 @@
 #include "terminal_keys.h"
 #include <torv/songs/engine_stream.h>
 #include <torv/songs/nearest_names.h>
+#include <torv/songs/wave_outputs.h>
 
 #include <algorithm>
 #include <cmath>
@@ -27,17 +28,8 @@ constexpr double kQuietest = -60.0;
 constexpr DWORD kOpenEnd = 0x7FFFFFFF;
 constexpr const char* kNullOutput = "Null Output";
 
-std::vector<std::string> DeviceNames() {
-    CStringList list;
-    CWaveOut::EnumWaveOutDevices(list);
-    std::vector<std::string> names;
-    for (POSITION at = list.GetHeadPosition(); at;)
-        names.emplace_back(list.GetNext(at));
-    return names;
-}
-
 std::string ChooseDevice(const PlayOptions& options) {
-    const std::vector<std::string> names = DeviceNames();
+    const std::vector<std::string> names = torv::songs::WaveOutputNames();
     if (names.empty())
         throw InputError{"there is no wave output to play on: write a wave file instead (torv sing)"};
     if (options.device.empty()) {

@@ -24,7 +24,7 @@ namespace {
 Song ReadInput(const SongOptions& options) {
     if (!IsStandardInput(options.input))
         return ReadSongFile(options.input, {options.encoding});
-    return ReadSong(*OpenInput(options.input), NameOfInput(options.input), {options.encoding});
+    return ReadSong(*OpenInputStream(options.input), NameOfInput(options.input), {options.encoding});
 }
 
 /// The parts that are sung: those named, else the track, else every part with words, else the first.

@@ -56,8 +56,8 @@ struct SongScore {
 /// and SongError.
 torv::songs::Song ReadSongAskedFor(const SongOptions& options);
 
-/// Reads a song file and makes its score, with its lyrics as phonemes. Throws InputError, WrongUse and SongError; what the user
-/// should know besides goes to standard error.
+/// Reads a song file and makes its score, with its lyrics as phonemes. Throws InputError, WrongUse and SongError; what
+/// the user should know besides goes to standard error.
 SongScore MakeSongScore(const SongOptions& options);
 /// The same of a song that is read already.
 SongScore MakeSongScore(const SongOptions& options, torv::songs::Song song);

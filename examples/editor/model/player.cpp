@@ -2,6 +2,8 @@
 
 #include "editor_error.h"
 
+#include <torv/songs/wave_outputs.h>
+
 #include <algorithm>
 
 namespace editor {
@@ -36,22 +38,13 @@ bool SoundAlike(Document a, const Document& b) {
 Player::Player(Library& library)
     : m_library(library),
       m_window(CreateWindowExA(0, "STATIC", "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr)) {
-    const std::vector<std::string> devices = Devices();
+    const std::vector<std::string> devices = torv::songs::WaveOutputNames();
     device = devices.empty() ? "" : devices.front();
 }
 
 Player::~Player() {
     Stop();
     DestroyWindow(m_window.m_hWnd);
-}
-
-std::vector<std::string> Player::Devices() {
-    CStringList list;
-    CWaveOut::EnumWaveOutDevices(list);
-    std::vector<std::string> names;
-    for (POSITION at = list.GetHeadPosition(); at;)
-        names.emplace_back(list.GetNext(at));
-    return names;
 }
 
 void Player::Play(const Document& document, uint32_t from, std::optional<Loop> loop) {

@@ -22,8 +22,6 @@ public:
     Player(const Player&) = delete;
     Player& operator=(const Player&) = delete;
 
-    /// What there is to play on; the last is the Null Output, which nobody hears.
-    static std::vector<std::string> Devices();
     std::string device; ///< from the next play on
 
     /// Throws EditorError without an engine, torv::songs::SongError for what cannot be sung. Nothing happens for a song

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <imgui.h>
+#include <torv/songs/wave_outputs.h>
 
 namespace editor {
 
@@ -80,7 +81,7 @@ void DrawTransport(Editor& editor) {
     ImGui::SameLine();
     ImGui::SetNextItemWidth(220);
     if (ImGui::BeginCombo("Output", editor.player.device.c_str())) {
-        for (const std::string& device : Player::Devices())
+        for (const std::string& device : torv::songs::WaveOutputNames())
             if (ImGui::Selectable(device.c_str()))
                 editor.player.device = device;
         ImGui::EndCombo();

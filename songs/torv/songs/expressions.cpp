@@ -4,8 +4,6 @@ namespace torv::songs {
 
 namespace {
 
-constexpr DWORD kShortestWithVibrato = 600; // milliseconds
-constexpr DWORD kVibratoDelay = 350;        // milliseconds
 constexpr const char* kNone = "none";
 
 DWORD Find(const Databases& databases, const IconKind& kind, const std::string& name, bool isUsual) {
@@ -22,27 +20,6 @@ DWORD Find(const Databases& databases, const IconKind& kind, const std::string& 
 Expressions FindExpressions(const Databases& databases, const ExpressionNames& names) {
     return {Find(databases, kAttacks, names.attack, true), Find(databases, kReleases, names.release, true),
             Find(databases, kTransitions, names.transition, false), Find(databases, kVibratos, names.vibrato, true)};
-}
-
-NoteIcons::NoteIcons(const Databases& databases, const Expressions& expressions, CCsqBuilder& builder)
-    : m_databases(databases), m_builder(builder), m_vibrato(expressions.vibrato), m_attack(Attach(expressions.attack)),
-      m_release(Attach(expressions.release)), m_transition(Attach(expressions.transition)) {}
-
-DWORD NoteIcons::Attach(DWORD id) {
-    CIconObject* const icon = id ? m_databases.Manager().CreateIconObject(id) : nullptr;
-    return icon ? torv::HandleOf(m_builder.RegisterIconObject(icon)) : 0;
-}
-
-DWORD NoteIcons::Vibrato(DWORD ticks, DWORD milliseconds, DWORD& offset) {
-    offset = 0;
-    if (!m_vibrato || milliseconds < kShortestWithVibrato)
-        return 0;
-    offset = static_cast<DWORD>(static_cast<uint64_t>(ticks) * kVibratoDelay / milliseconds);
-    CIconObject* const icon = m_databases.Manager().CreateIconObject(m_vibrato);
-    if (!icon)
-        return 0;
-    icon->SetLength(ticks - offset);
-    return torv::HandleOf(m_builder.RegisterIconObject(icon));
 }
 
 } // namespace torv::songs

@@ -35,7 +35,8 @@ void AppendBytes(std::istream& stream, size_t most, std::vector<unsigned char>& 
     while (stream && bytes.size() < most) {
         const size_t before = bytes.size();
         bytes.resize(std::min(std::max(2 * before, kFirst), most));
-        stream.read(reinterpret_cast<char*>(bytes.data() + before), static_cast<std::streamsize>(bytes.size() - before));
+        stream.read(reinterpret_cast<char*>(bytes.data() + before),
+                    static_cast<std::streamsize>(bytes.size() - before));
         bytes.resize(before + static_cast<size_t>(stream.gcount()));
     }
 }

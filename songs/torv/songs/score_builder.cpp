@@ -1,6 +1,7 @@
 #include "torv/songs/score_builder.h"
 
 #include "torv/songs/hand_phonemes.h"
+#include "torv/songs/note_icons.h"
 #include "torv/songs/song_error.h"
 #include "torv/songs/syllables.h"
 #include "torv/songs/tempo_trail.h"
