@@ -119,7 +119,7 @@ def program_of(blocks, folder):
     for index, block in enumerate(blocks):
         text = f'#line {block.line + 1} "{block.page}"\n{block.text}'
         if block.mark == "inside":
-            text = (HERE / f"{block.value}.cpp").read_text(encoding="utf-8").replace("BLOCK", text)
+            text = (HERE / f"{block.value}.cpp").read_text(encoding="utf-8").replace("BLOCK", "\n" + text)
         includes += re.findall(r"^#include .*$", text, re.M)
         text = re.sub(r"^#include .*$", "", text, flags=re.M)
         takes = bool(re.search(r"int main\(\s*int", text))
