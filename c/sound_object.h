@@ -21,8 +21,8 @@ public:
     std::vector<float> samples; ///< interleaved
 };
 
-/// The sound of a wave file's bytes; throws Failure, whose text names the path.
-std::unique_ptr<SoundObject> ReadWave(const std::vector<unsigned char>& bytes, const std::string& path);
+/// The sound of a wave file; throws Failure and SongError, whose texts name it.
+std::unique_ptr<SoundObject> ReadWave(const char* given);
 
 /// Writes a 16-bit wave file; throws Failure.
 torv_saved SaveWave(const SoundObject& sound, const char* path, bool lower);

@@ -2,7 +2,6 @@
 #include "score_object.h"
 #include "sound_object.h"
 
-#include <torv/songs/input_file.h>
 #include <torv/songs/song_error.h>
 #include <torv/songs/sound_curves.h>
 
@@ -61,7 +60,7 @@ torv_status torv_sound_open(const char* path, torv_sound** sound) {
     return Guard([&] {
         Need(sound, "sound") = nullptr;
         try {
-            GiveOut(sound, ReadWave(torv::songs::ReadInputFile(TakenPath(path), SIZE_MAX), path));
+            GiveOut(sound, ReadWave(path));
         } catch (const torv::songs::SongError& error) {
             throw Failure{TORV_FILE_ERROR, error.what()};
         }

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "sound_source.h"
-
 #include <torv/songs/song.h>
+#include <torv/songs/sound_source.h>
 
 #include <memory>
 #include <string>
@@ -20,4 +19,4 @@ struct BandPlan {
 
 /// Parts of a song played by the system's synthesizer of instruments, in stereo, by the song's own clock. Throws
 /// InputError, which says what to install, where there is no such library or no sound font.
-std::unique_ptr<SoundSource> MakeBand(const torv::songs::Song& song, const BandPlan& plan);
+std::unique_ptr<torv::songs::SoundSource> MakeBand(const torv::songs::Song& song, const BandPlan& plan);

@@ -1,7 +1,10 @@
 #include "describe.h"
 
 #include "errors.h"
-#include "wave_layout.h"
+
+#include <torv/songs/wave_layout.h>
+
+using namespace torv::songs;
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <vector>
 
-double LoudnessOf(SoundSource& source) {
+double LoudnessOf(torv::songs::SoundSource& source) {
     constexpr double kHeard = 1e-5; // mean square
     std::vector<double> samples(source.Rate() / 10 * source.Channels());
     double sum = 0;

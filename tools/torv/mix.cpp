@@ -26,7 +26,7 @@ struct Placed {
     torv::StereoGain gain;
 };
 
-class MixedSounds : public SoundSource {
+class MixedSounds : public torv::songs::SoundSource {
 public:
     MixedSounds(const std::vector<MixInput>& inputs, bool isQuiet) {
         m_channels = 2;

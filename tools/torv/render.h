@@ -43,7 +43,7 @@ public:
 
     /// Keeps what accompanies the parts, which is stereo and begins with the wave. With these levels the parts are what
     /// it is compared with.
-    void AddBand(SoundSource& band, const MixLevels& levels);
+    void AddBand(torv::songs::SoundSource& band, const MixLevels& levels);
 
     /// What is kept before `from`, seconds.
     double LeadIn() const { return static_cast<double>(m_leadIn) / m_options.rate; }

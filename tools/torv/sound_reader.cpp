@@ -3,7 +3,8 @@
 #include "coded_sound.h"
 #include "errors.h"
 #include "input.h"
-#include "wave_reader.h"
+
+#include <torv/songs/wave_reader.h>
 
 #include <istream>
 
@@ -44,7 +45,7 @@ std::unique_ptr<SoundReader> OpenSound(const std::string& path) {
     std::unique_ptr<SoundReader> reader;
     std::string reason = "is no wave file";
     if (IsWave(*file))
-        reader = OpenWave(name, *file, reason);
+        reader = torv::songs::OpenWave(name, *file, reason);
     if (!reader) {
         file->clear();
         file->seekg(0);

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <vector>
 
+using torv::songs::SoundSource;
+
 namespace {
 
 constexpr size_t kBlock = 4096; // frames

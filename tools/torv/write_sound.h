@@ -1,7 +1,8 @@
 #pragma once
 
 #include "sound_format.h"
-#include "sound_source.h"
+
+#include <torv/songs/sound_source.h>
 
 #include <cstdint>
 #include <string>
@@ -18,4 +19,5 @@ struct WrittenSound {
 enum class Overload { IsCut, IsLowered };
 
 /// Writes all of a source into a file, which then is whole, or as it was. Throws InputError and WrongUse.
-WrittenSound WriteSound(SoundSource& source, const std::string& path, const SoundOptions& options, Overload overload);
+WrittenSound WriteSound(torv::songs::SoundSource& source, const std::string& path, const SoundOptions& options,
+                        Overload overload);

@@ -3,7 +3,7 @@
 
 #include "errors.h"
 
-std::unique_ptr<SoundSource> MakeBand(const torv::songs::Song&, const BandPlan&) {
+std::unique_ptr<torv::songs::SoundSource> MakeBand(const torv::songs::Song&, const BandPlan&) {
 #ifdef _WIN32
     throw InputError{"--band: there is no band on Windows: write the voices alone, and mix them with one (torv mix)"};
 #else

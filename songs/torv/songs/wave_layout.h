@@ -1,11 +1,16 @@
 #pragma once
 
+#include "torv/songs/export.h"
+
 #include <cstdint>
 #include <iosfwd>
 #include <optional>
 #include <string>
 #include <vector>
 
+namespace torv::songs {
+
+/// A chunk of a wave file.
 struct WaveChunk {
     std::string id;      ///< four printable characters
     uint64_t offset = 0; ///< of its data in the file
@@ -13,6 +18,7 @@ struct WaveChunk {
     uint64_t bytes = 0;  ///< that are there
 };
 
+/// What its format chunk says.
 struct WaveFormat {
     unsigned tag; ///< of an extensible format the one that it stands for
     unsigned channels;
@@ -21,7 +27,7 @@ struct WaveFormat {
     unsigned blockBytes; ///< of uncompressed samples a frame
     unsigned bits;
 };
-constexpr unsigned kPcmTag = 1;
+constexpr unsigned kPcmTag = 1; ///< whole numbers
 
 /// What a wave file is made of, as its headers tell it. Of several chunks of a kind the first one counts.
 struct WaveLayout {
@@ -33,8 +39,10 @@ struct WaveLayout {
 };
 
 /// Reads the headers of a wave file and passes over what they head, from the stream's beginning on. Chunks that lie
-/// about their size end at the file's end. Throws InputError, which names `path`, for what is no wave file.
-WaveLayout ReadWaveLayout(const std::string& path, std::istream& file);
+/// about their size end at the file's end. Throws SongError, which names `path`, for what is no wave file.
+TORV_SONGS_API WaveLayout ReadWaveLayout(const std::string& path, std::istream& file);
 
 /// The usual name of a format's tag, or its number.
-std::string NameOfWaveTag(unsigned tag);
+TORV_SONGS_API std::string NameOfWaveTag(unsigned tag);
+
+} // namespace torv::songs

@@ -1,13 +1,15 @@
-#include "wave_reader.h"
+#include "torv/songs/wave_reader.h"
 
-#include "errors.h"
-#include "wave_layout.h"
+#include "torv/songs/song_error.h"
+#include "torv/songs/wave_layout.h"
 
 #include <torv/audio/sample.h>
 
 #include <algorithm>
 #include <istream>
 #include <vector>
+
+namespace torv::songs {
 
 namespace {
 
@@ -38,7 +40,7 @@ public:
         const auto now = static_cast<size_t>(std::min<uint64_t>(count, m_left));
         m_bytes.resize(now * m_format.blockBytes);
         if (!m_file.read(reinterpret_cast<char*>(m_bytes.data()), static_cast<std::streamsize>(m_bytes.size())))
-            throw InputError{m_path + ": cannot be read to its end"};
+            throw SongError(m_path + ": cannot be read to its end");
         const unsigned width = WidthOf(m_format);
         const BYTE* at = m_bytes.data();
         for (size_t i = 0; i < now * m_format.channels; ++i, at += width)
@@ -62,8 +64,8 @@ private:
 std::unique_ptr<SoundReader> OpenWave(const std::string& path, std::istream& file, std::string& reason) {
     const WaveLayout layout = ReadWaveLayout(path, file);
     if (!layout.format || !layout.data)
-        throw InputError{path + ": has no whole " + (layout.format ? "data" : "format") +
-                         " chunk: it is damaged or cut short; export it again"};
+        throw SongError(path + ": has no whole " + (layout.format ? "data" : "format") +
+                        " chunk: it is damaged or cut short; export it again");
     const WaveFormat& format = *layout.format;
     if (format.tag != kPcmTag && !(format.tag == kFloatTag && format.bits == 32)) {
         reason = "is " + NameOfWaveTag(format.tag) + ", which cannot be read here; convert it with: sox " + path +
@@ -72,8 +74,10 @@ std::unique_ptr<SoundReader> OpenWave(const std::string& path, std::istream& fil
     }
     if (format.channels == 0 || format.bits == 0 || format.rate == 0 || WidthOf(format) > kMostWidth ||
         format.blockBytes != format.channels * WidthOf(format))
-        throw InputError{path + ": its format makes no sense (" + std::to_string(format.channels) +
-                         (format.channels == 1 ? " channel" : " channels") + " of " + std::to_string(format.bits) +
-                         " bits, " + std::to_string(format.rate) + " samples a second): export it again"};
+        throw SongError(path + ": its format makes no sense (" + std::to_string(format.channels) +
+                        (format.channels == 1 ? " channel" : " channels") + " of " + std::to_string(format.bits) +
+                        " bits, " + std::to_string(format.rate) + " samples a second): export it again");
     return std::make_unique<WaveReader>(path, file, layout);
 }
+
+} // namespace torv::songs

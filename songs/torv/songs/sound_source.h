@@ -1,9 +1,13 @@
 #pragma once
 
+#include "torv/songs/export.h"
+
 #include <cstddef>
 
+namespace torv::songs {
+
 /// Sound that comes frame by frame, and again from the beginning as often as it is wanted.
-class SoundSource {
+class TORV_SONGS_API SoundSource {
 public:
     virtual ~SoundSource() = default;
     SoundSource() = default;
@@ -13,7 +17,7 @@ public:
     unsigned Rate() const { return m_rate; } ///< Hz
     unsigned Channels() const { return m_channels; }
 
-    /// The next frames, channel beside channel, full scale 1: at most `count`, none at the end. Throws InputError for
+    /// The next frames, channel beside channel, full scale 1: at most `count`, none at the end. Throws SongError for
     /// what breaks off.
     virtual size_t Read(double* frames, size_t count) = 0;
     /// To the first frame.
@@ -23,3 +27,5 @@ protected:
     unsigned m_rate = 0;
     unsigned m_channels = 0;
 };
+
+} // namespace torv::songs

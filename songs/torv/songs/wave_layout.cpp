@@ -1,10 +1,12 @@
-#include "wave_layout.h"
+#include "torv/songs/wave_layout.h"
 
-#include "errors.h"
+#include "torv/songs/song_error.h"
 
 #include <algorithm>
 #include <array>
 #include <istream>
+
+namespace torv::songs {
 
 namespace {
 
@@ -90,7 +92,7 @@ WaveLayout ReadWaveLayout(const std::string& path, std::istream& file) {
     const uint64_t length = LengthOf(file);
     const auto form = ReadAt<kFormBytes>(file, 0);
     if (form.count < kFormBytes || form.Text(0) != "RIFF" || form.Text(8) != "WAVE")
-        throw InputError{path + ": is no wave file"};
+        throw SongError(path + ": is no wave file");
     const uint64_t riffEnd = kHeaderBytes + form.Number(4, 4);
     WaveLayout layout;
     for (uint64_t at = kFormBytes; at + kHeaderBytes <= length;) {
@@ -123,3 +125,5 @@ std::string NameOfWaveTag(unsigned tag) {
         std::find_if(std::begin(kTagNames), std::end(kTagNames), [tag](const TagName& row) { return row.tag == tag; });
     return found != std::end(kTagNames) ? found->name : "format " + std::to_string(tag);
 }
+
+} // namespace torv::songs
