@@ -70,8 +70,8 @@ uint32_t TickOfBar(const std::string& option, const std::string& text, const Bar
 }
 
 [[noreturn]] void FailToRead(const std::string& option, const std::string& text) {
-    throw InputError{option + " \"" + text +
-                     "\": write a bar, as in 9, a beat of it, as in 9:3, or a time, as in 1:23.5 or 12.5s"};
+    throw WrongUse{option + " \"" + text +
+                   "\": write a bar, as in 9, a beat of it, as in 9:3, or a time, as in 1:23.5 or 12.5s"};
 }
 
 } // namespace
@@ -108,7 +108,7 @@ PlacedName ReadPlacedName(const std::string& option, const std::string& text, bo
     if (equals == std::string::npos && !needsPlace && !text.empty())
         return {{}, text};
     if (equals == std::string::npos || equals == 0 || equals + 1 == text.size())
-        throw InputError{option + " \"" + text +
-                         "\": write the place and the name, as in 3=NAME, 3:2=NAME or 0:12.5=NAME"};
+        throw WrongUse{option + " \"" + text +
+                       "\": write the place and the name, as in 3=NAME, 3:2=NAME or 0:12.5=NAME"};
     return {text.substr(0, equals), text.substr(equals + 1)};
 }

@@ -23,5 +23,5 @@ struct PlacedName {
     std::string place; ///< empty: the beginning
     std::string name;
 };
-/// Throws InputError, naming the option, without a name, and without a place where it `needsPlace`.
+/// Throws WrongUse, naming the option, without a name, and without a place where it `needsPlace`.
 PlacedName ReadPlacedName(const std::string& option, const std::string& text, bool needsPlace);
