@@ -7,8 +7,8 @@
 
 /// Places in a song as users write them: a bar ("9"), a beat of it ("9:3", "9:2.5") or a time ("1:23.5", "12.5s"). Bars
 /// count as the file counts them, a pickup included, beats from 1 at the bar's beginning. Two digits after the colon
-/// are the seconds of a time; a beat of two digits has a b behind it ("9:11b"). What cannot be read or is not there
-/// throws InputError or SongError, which name the option.
+/// are the seconds of a time; a beat of two digits has a b behind it ("9:11b"). What cannot be read throws
+/// WrongUse, what is not there InputError or SongError, which name the option.
 
 /// Ticks of the song.
 uint32_t TickOfPlace(const std::string& option, const std::string& text, const torv::songs::Song& song);
