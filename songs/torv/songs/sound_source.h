@@ -14,8 +14,8 @@ public:
     SoundSource(const SoundSource&) = delete;
     SoundSource& operator=(const SoundSource&) = delete;
 
-    unsigned Rate() const { return m_rate; } ///< Hz
-    unsigned Channels() const { return m_channels; }
+    unsigned Rate() const { return m_rate; }         ///< Hz
+    unsigned Channels() const { return m_channels; } ///< samples a frame
 
     /// The next frames, channel beside channel, full scale 1: at most `count`, none at the end. Throws SongError for
     /// what breaks off.

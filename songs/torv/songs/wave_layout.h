@@ -20,20 +20,20 @@ struct WaveChunk {
 
 /// What its format chunk says.
 struct WaveFormat {
-    unsigned tag; ///< of an extensible format the one that it stands for
-    unsigned channels;
-    uint32_t rate; ///< Hz
-    uint32_t bytesPerSecond;
-    unsigned blockBytes; ///< of uncompressed samples a frame
-    unsigned bits;
+    unsigned tag;            ///< of an extensible format the one that it stands for
+    unsigned channels;       ///< samples a frame
+    uint32_t rate;           ///< Hz
+    uint32_t bytesPerSecond; ///< as stated, for compressed waves the mean
+    unsigned blockBytes;     ///< of uncompressed samples a frame
+    unsigned bits;           ///< of a sample, 0 where the format has none
 };
 constexpr unsigned kPcmTag = 1; ///< whole numbers
 
 /// What a wave file is made of, as its headers tell it. Of several chunks of a kind the first one counts.
 struct WaveLayout {
-    std::vector<WaveChunk> chunks;
-    std::optional<WaveFormat> format; ///< none: there is no whole format chunk
-    std::optional<WaveChunk> data;
+    std::vector<WaveChunk> chunks;        ///< all of them, in the file's order
+    std::optional<WaveFormat> format;     ///< none: there is no whole format chunk
+    std::optional<WaveChunk> data;        ///< none: there is no data chunk
     std::optional<uint32_t> statedFrames; ///< a compressed wave's "fact"
     bool isStreamed = false; ///< its writer could not tell the data's size: they are taken to reach to the file's end
 };
