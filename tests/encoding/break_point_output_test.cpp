@@ -19,30 +19,29 @@ struct Curve : CxQMOutBreakPoint {
     using CxQMOutBreakPoint::WriteEvent;
 };
 
-using Rows = std::vector<std::pair<long, int>>;
 const tagSequenceTimeMap kMap[] = {{500000, 0, 0}, {0, 0xFFFFFFFF, 0xFFFFFFFF}};
 
 /// Sounding time and value of each block, for a presend given in milliseconds.
-Rows Sampled(std::initializer_list<std::pair<LONG, SHORT>> points, int resolution, DWORD presend = 0) {
+Points Sampled(std::initializer_list<std::pair<LONG, SHORT>> points, int resolution, DWORD presend = 0) {
     Curve curve(points);
     CQuillMidiBuffer buffer;
     buffer.Create(1, presend, 0);
     tagQuillMidiRealtimeInfo info{77, kMap, 100000, 7, 0, 0, 0}; // wherever it stood, it begins anew
     CHECK(curve.OutputParamLinear(&buffer, &info, resolution) == 1);
-    Rows rows;
+    Points sampled;
     for (const StreamEntry& entry : EntriesOf(buffer))
-        rows.emplace_back(entry.time + static_cast<long>(presend), entry.bytes.at(32));
-    return rows;
+        sampled.push_back({entry.time + static_cast<long>(presend), entry.bytes.at(32)});
+    return sampled;
 }
 
 } // namespace
 
 TEST_CASE("sampled output: a single point is its closing value, whatever the presend") {
-    CHECK(Sampled({{480, 64}}, 30) == Rows{{500, 64}});
-    CHECK(Sampled({{10, 64}}, 30, 2000) == Rows{{10, 64}}); // sent before the song: its time is -1990
-    CHECK(Sampled({{-5, 64}}, 30) == Rows{{0, 64}});        // no tick lies before the first
-    CHECK(Sampled({{0, -1}}, 30).empty());                  // equals what counts as sent at first
-    CHECK(Sampled({{0, 0}, {3, 3}}, 0) == Rows{{0, 0}, {1, 1}, {2, 2}, {3, 3}}); // no resolution: every tick
+    CHECK(Sampled({{480, 64}}, 30) == Points{{500, 64}});
+    CHECK(Sampled({{10, 64}}, 30, 2000) == Points{{10, 64}}); // sent before the song: its time is -1990
+    CHECK(Sampled({{-5, 64}}, 30) == Points{{0, 64}});        // no tick lies before the first
+    CHECK(Sampled({{0, -1}}, 30).empty());                    // equals what counts as sent at first
+    CHECK(Sampled({{0, 0}, {3, 3}}, 0) == Points{{0, 0}, {1, 1}, {2, 2}, {3, 3}}); // no resolution: every tick
 }
 
 TEST_CASE("list output: the samples without repeats, or the list as it was") {
@@ -52,13 +51,8 @@ TEST_CASE("list output: the samples without repeats, or the list as it was") {
         AddPoint(&list, -1, 1);
         const int done = failure.During([&] { return curve.OutputParamLinear(&list, 120); });
         CHECK(done == !failure.HasHappened());
-        Rows rows;
-        for (POSITION at = list.GetHeadPosition(); at;) {
-            const tagBreakPoint& point = list.GetNext(at);
-            rows.emplace_back(point.position, point.value);
-        }
         // 5 + 4 x 120/240; the last value is owed at its own tick.
-        CHECK(rows == (done ? Rows{{-1, 1}, {0, 5}, {360, 7}, {480, 9}, {490, 11}} : Rows{{-1, 1}}));
+        CHECK(PointsOf(list) == (done ? Points{{-1, 1}, {0, 5}, {360, 7}, {480, 9}, {490, 11}} : Points{{-1, 1}}));
     });
 }
 

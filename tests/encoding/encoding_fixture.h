@@ -13,10 +13,33 @@
 #include "torv/score/sequence.h"
 #include "torv/score/sequence_object.h"
 
+#include <map>
 #include <memory>
 #include <vector>
 
 using Bytes = std::vector<BYTE>;
+
+/// Of a curve: a tick, or in icons ten-thousandths of the length.
+struct Point {
+    long at;
+    int value;
+    bool operator==(const Point&) const = default;
+};
+using Points = std::vector<Point>;
+
+inline Points PointsOf(const CBreakPointList& list) {
+    Points points;
+    for (POSITION at = list.GetHeadPosition(); at;) {
+        const tagBreakPoint& point = list.GetNext(at);
+        points.push_back({point.position, point.value});
+    }
+    return points;
+}
+
+inline void AddPoint(CBreakPointList* list, LONG position, int value) {
+    tagBreakPoint point{position, static_cast<SHORT>(value), 0};
+    list->AddTail(point);
+}
 
 /// What stands in a stream: where, when, and the bytes.
 struct StreamEntry {
@@ -49,12 +72,16 @@ public:
     }
     CSequence& Sequence() { return m_song; }
     CSequenceObject& Track() { return *m_track; }
+    const std::map<long, DWORD>& Tempos() const { return m_tempos; }
+    /// With their ticks.
+    const std::vector<std::pair<long, const tagEventHeader*>>& Events() const { return m_events; }
     void Close() { m_builder.CloseBuffer(); }
 
     void Tempo(DWORD tick, DWORD tempo) {
         tagMasterEventEntry entry{0, torv::kEventTempo, 0, tempo, 0};
         m_song.GetMasterTrack()->MoveTo(tick);
         m_song.GetMasterTrack()->InsertEvent(&entry);
+        m_tempos[static_cast<long>(tick)] = tempo;
     }
     DWORD Attach(CLyricObject* lyric) { return torv::HandleOf(m_track->AttachLyricObject(lyric)); }
     DWORD Icon(CIconObject* icon) { return torv::HandleOf(m_builder.RegisterIconObject(icon)); }
@@ -105,15 +132,13 @@ protected:
     void Put(DWORD tick, Record* record) {
         m_builder.SetEvent(tick - m_tick, reinterpret_cast<tagChartSeqEvent*>(record));
         m_tick = tick;
+        m_events.emplace_back(tick, &record->header);
     }
 
     CSequence m_song;
     CSequenceObject* m_track;
     CCsqBuilder m_builder;
     DWORD m_tick = 0;
+    std::map<long, DWORD> m_tempos;
+    std::vector<std::pair<long, const tagEventHeader*>> m_events;
 };
-
-inline void AddPoint(CBreakPointList* list, LONG position, int value) {
-    tagBreakPoint point{position, static_cast<SHORT>(value), 0};
-    list->AddTail(point);
-}

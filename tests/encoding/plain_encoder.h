@@ -1,70 +1,17 @@
 #pragma once
 
-#include "torv/platform/platform.h"
+#include "encoding_fixture.h"
 
 #include <algorithm>
 #include <map>
 #include <optional>
 #include <string>
-#include <variant>
 #include <vector>
 
-/// A track written down in plain records, and the engine stream that it must become, made in the plainest way: time is
-/// looked up from the first tempo on, every block finds its place by itself, and all of them are sorted at the end. It
-/// shares nothing with the library's encoder.
+/// The engine stream that a chart must become, made in the plainest way: time is looked up from the first tempo on,
+/// every block finds its place by itself, and all of them are sorted at the end. It shares nothing with the library's
+/// encoder.
 namespace plain {
-
-using Bytes = std::vector<BYTE>;
-
-struct Point {
-    long at; ///< tick; in icons ten-thousandths of the length
-    int value;
-};
-using Points = std::vector<Point>;
-
-struct Shape {
-    int status, index, high, low, duration, depth;
-};
-struct Vibrato {
-    int index, high, low;
-    long length, offset;
-    int depth, rate;
-    Points depths, rates;
-};
-struct Phoneme {
-    std::string text;
-    int advancement;
-};
-struct Syllable {
-    float share;
-    std::vector<Phoneme> phonemes;
-};
-struct Note {
-    long tick, length;
-    int number, velocity, channel, attribute;
-    std::optional<Shape> head, tail;
-    std::optional<Vibrato> vibrato;
-    std::vector<Syllable> syllables;
-};
-struct Level {
-    long tick, length;
-    int articulation, start, end;
-    Points points;
-};
-struct Singer {
-    long tick;
-    int language, program;
-};
-
-struct Song {
-    std::map<long, long> tempos; ///< by tick
-    std::vector<std::variant<Note, Level, Singer>> events;
-    int channel, transpose, dynamicsMode;
-    Points dynamics, tremolo, bend, sensitivity;
-    std::map<int, Points> controls; ///< by index
-    long presend;
-    int dynamicsStep, depthStep, rateStep; ///< ticks, or -1: the points only
-};
 
 struct Placed {
     long tick, time;
@@ -79,26 +26,30 @@ public:
     long lastTick = 0;
     long lastTime = 0;
 
-    explicit Encoder(const Song& song) : m_song(song) {
-        for (size_t i = 0; i < song.events.size(); ++i) {
-            if (const Note* note = std::get_if<Note>(&song.events[i]))
-                Write(*note, i);
-            else if (const Singer* singer = std::get_if<Singer>(&song.events[i]))
-                Write(*singer);
-            else if (song.dynamicsMode == 0)
-                Write(std::get<Level>(song.events[i]));
+    /// Times and samples as `settings` says.
+    Encoder(Chart& chart, const CxQuillMidiEncoder& settings) : m_chart(chart), m_settings(settings) {
+        const int mode = m_track.GetDynamicsMode();
+        for (size_t i = 0; i < chart.Events().size(); ++i) {
+            const auto& [tick, event] = chart.Events()[i];
+            if (event->type == torv::kEventAnote)
+                Write(tick, RecordOf<tagCsqEventAnote>(event), i);
+            else if (event->type == torv::kEventSinger)
+                Write(tick, *IconOf<CIconSinger>(RecordOf<tagCsqEventSinger>(event).iconHandle));
+            else if (mode == 0)
+                Write(tick, *IconOf<CIconDynamics>(RecordOf<tagCsqEventAicon>(event).iconHandle));
         }
-        if (song.dynamicsMode == 1)
-            Step(song.dynamics, 0x63);
+        if (mode == 1)
+            Step(PointsOf(*m_track.GetDynamicsBreakPointList()), 0x63);
         const int selectors[] = {0x30, 0x31, 0x32, 0x33, 0x40, 0x41, 0x42, 0x43, 0x50,
                                  0x51, 0x52, 0x53, 0x60, 0x61, 0x62, 0x63, 0x70};
-        for (const auto& [index, points] : song.controls) {
-            m_selector = selectors[index];
-            Step(points, 0x55);
+        for (int i = 0; i < 17; ++i) {
+            m_selector = selectors[i];
+            if (const CBreakPointList* const list = m_track.GetVoiceControlBreakPointList(i))
+                Step(PointsOf(*list), 0x55);
         }
-        Step(song.tremolo, 0x66);
-        Step(song.bend, 0x54);
-        Step(song.sensitivity, 0x67);
+        Step(PointsOf(*m_track.GetTremoloDepthBreakPointList()), 0x66);
+        Step(PointsOf(*m_track.GetPitchBendBreakPointList()), 0x54);
+        Step(PointsOf(*m_track.GetPitchBendSensBreakPointList()), 0x67);
         placed = written;
         std::stable_sort(placed.begin(), placed.end(), [](const Placed& a, const Placed& b) {
             return a.tick != b.tick ? a.tick < b.tick : a.time < b.time;
@@ -138,6 +89,15 @@ private:
         }
     };
 
+    template <class Record>
+    static const Record& RecordOf(const tagEventHeader* event) {
+        return *reinterpret_cast<const Record*>(event);
+    }
+    template <class Icon>
+    Icon* IconOf(DWORD handle) const {
+        return dynamic_cast<Icon*>(m_track.LookupIconObject(torv::PointerOf(handle)));
+    }
+
     static long Scale(long long a, long long b, long long c) { // to nearest, halves away from zero
         const long long product = a * b;
         return static_cast<long>(product >= 0 ? (2 * product + c) / (2 * c) : -((-2 * product + c) / (2 * c)));
@@ -153,8 +113,8 @@ private:
     template <class Applies>
     Tempo TempoWhere(Applies applies) const {
         Tempo now{500000, 0, 0};
-        for (const auto& [tick, tempo] : m_song.tempos) {
-            const Tempo next{tempo, tick, now.Time(tick)};
+        for (const auto& [tick, tempo] : m_chart.Tempos()) {
+            const Tempo next{static_cast<long>(tempo), tick, now.Time(tick)};
             if (!applies(next))
                 break;
             now = next;
@@ -176,40 +136,42 @@ private:
         }
     }
 
-    void Write(const Singer& singer) {
-        const long delay = std::min(TimeAt(singer.tick), m_song.presend);
-        Block language(m_song.channel, 0x60, delay);
-        language.Put(2, singer.language % 128);
-        Block program(m_song.channel, 0x53, delay);
-        program.Put(2, singer.program % 128);
+    void Write(long tick, const CIconSinger& singer) {
+        const long delay = std::min(TimeAt(tick), m_presend);
+        Block language(m_channel, 0x60, delay);
+        language.Put(2, singer.GetLanguageCode() % 128);
+        Block program(m_channel, 0x53, delay);
+        program.Put(2, singer.GetProgramCode() % 128);
         language.bytes.insert(language.bytes.end(), program.bytes.begin(), program.bytes.end());
-        Place(TimeAt(singer.tick) - delay, language.bytes);
-        Raise(singer.tick);
+        Place(TimeAt(tick) - delay, language.bytes);
+        Raise(tick);
     }
 
-    void Write(const Level& level) {
-        if (TimeAt(level.tick) < m_song.presend)
+    void Write(long tick, CIconDynamics& icon) {
+        if (TimeAt(tick) < m_presend)
             return;
         const auto above = [this](int value) { return std::clamp(m_level + value, 0, 127); };
-        if (level.articulation == 1) {
-            Value(level.tick, 0x63, level.start);
-            m_level = level.start;
-            Raise(level.tick);
+        if (torv::ArticulationFromID(icon.GetIconID()) == 1) {
+            m_level = icon.GetStartDynamics();
+            Value(tick, 0x63, m_level);
+            Raise(tick);
             return;
         }
+        const auto length = static_cast<long>(icon.GetLength());
+        const Points points = PointsOf(*icon.GetDynamicsBPList());
         Points curve;
-        if (level.points.empty() || level.points[0].at > 0)
-            curve.push_back({level.tick, m_level});
-        for (const Point& point : level.points)
-            curve.push_back({level.tick + Scale(point.at, level.length, 10000), above(point.value)});
-        curve.push_back({level.tick + level.length, above(level.end)});
-        Curve(curve, 0x63, m_song.dynamicsStep);
-        m_level = above(level.end);
+        if (points.empty() || points[0].at > 0)
+            curve.push_back({tick, m_level});
+        for (const Point& point : points)
+            curve.push_back({tick + Scale(point.at, length, 10000), above(point.value)});
+        curve.push_back({tick + length, above(icon.GetEndDynamics())});
+        Curve(curve, 0x63, CxQuillMidiEncoder::kDynamicsSlot);
+        m_level = above(icon.GetEndDynamics());
     }
 
     /// One value that sounds at a tick.
     void Value(long tick, int number, int value) {
-        Block block(m_song.channel, number, m_song.presend);
+        Block block(m_channel, number, m_presend);
         int parameter = 2;
         if (number == 0x55)
             block.Put(parameter++, m_selector);
@@ -219,20 +181,21 @@ private:
             block.Put(parameter, value & 127, 0);
         else
             block.Put(parameter, value & 127);
-        Place(TimeAt(tick) - m_song.presend, block.bytes);
+        Place(TimeAt(tick) - m_presend, block.bytes);
     }
 
     void Step(const Points& points, int number) {
         long tick = 0;
         for (const Point& point : points) {
             tick = std::max(tick, point.at);
-            if (TimeAt(tick) >= m_song.presend)
+            if (TimeAt(tick) >= m_presend)
                 Value(tick, number, point.value);
         }
         Raise(tick);
     }
 
-    void Curve(const Points& points, int number, int step) {
+    void Curve(const Points& points, int number, CxQuillMidiEncoder::ResolutionSlot slot) {
+        const int step = m_settings.GetExtractResolutionAt(slot);
         if (step < 0)
             return Step(points, number);
         Point start = points[0];
@@ -255,7 +218,7 @@ private:
                 sample += static_cast<int>(Scale(next.value - start.value, tick - start.at, next.at - start.at));
             }
             now = tick;
-            if (TimeAt(now) >= m_song.presend) {
+            if (TimeAt(now) >= m_presend) {
                 Value(now, number, sample);
                 sent = sample;
             }
@@ -266,65 +229,71 @@ private:
         Raise(now);
     }
 
-    void Write(const Note& note, size_t place) {
-        if (TimeAt(note.tick) < m_song.presend || note.syllables.empty())
+    void Write(long tick, const tagCsqEventAnote& note, size_t place) {
+        const CLyricObject& lyric = *m_track.LookupLyricObject(torv::PointerOf(note.lyricHandle));
+        const int syllables = lyric.GetElementCount();
+        if (TimeAt(tick) < m_presend || syllables == 0)
             return;
-        const bool isFromPrevious = note.attribute & 1;
-        const bool isToNext = note.attribute & 2;
-        std::optional<Shape> attack, release, transition;
-        if (note.head) {
-            if (note.head->status == 2)
-                transition = note.head;
-            else if (note.head->status != 1)
+        const bool isFromPrevious = note.noteAttribute & 1;
+        const bool isToNext = note.noteAttribute & 2;
+        const CIconExpression *attack = nullptr, *release = nullptr, *transition = nullptr;
+        if (const auto* const head = IconOf<CIconExpression>(note.noteHeadHandle)) {
+            if (StatusOf(head) == 2)
+                transition = head;
+            else if (StatusOf(head) != 1)
                 return;
             else if (!isFromPrevious)
-                attack = note.head;
+                attack = head;
         }
-        if (note.tail) {
-            if (note.tail->status == 2)
-                transition = note.tail;
-            else if (note.tail->status == 3)
-                release = note.tail;
+        if (const auto* const tail = IconOf<CIconExpression>(note.noteTailHandle)) {
+            if (StatusOf(tail) == 2)
+                transition = tail;
+            else if (StatusOf(tail) == 3)
+                release = tail;
             else
                 return;
         }
         if (isToNext) {
-            const Note* next = nullptr;
-            for (size_t i = place + 1; !next && i < m_song.events.size(); ++i)
-                next = std::get_if<Note>(&m_song.events[i]);
-            if (!next)
+            const auto isNote = [](const auto& event) { return event.second->type == torv::kEventAnote; };
+            const auto behind = m_chart.Events().begin() + static_cast<std::ptrdiff_t>(place) + 1;
+            const auto next = std::find_if(behind, m_chart.Events().end(), isNote);
+            if (next == m_chart.Events().end())
                 return;
-            if (next->head && next->head->status == 1)
-                transition = next->head;
+            const auto* const head = IconOf<CIconExpression>(RecordOf<tagCsqEventAnote>(next->second).noteHeadHandle);
+            if (head && StatusOf(head) == 1)
+                transition = head;
         }
 
-        const long noteEnd = note.tick + note.length;
-        const long vibratoStart = note.vibrato ? std::max(0L, note.tick + note.vibrato->offset) : 0;
-        const long vibratoEnd = note.vibrato ? vibratoStart + note.vibrato->length : 0;
-        long start = note.tick;
+        const long noteEnd = tick + static_cast<long>(note.noteLength);
+        auto* const vibrato = IconOf<CIconVibrato>(note.vibratoHandle);
+        const long vibratoStart = vibrato ? std::max(0L, tick + note.vibratoOffset) : 0;
+        const long vibratoLength = vibrato ? static_cast<long>(vibrato->GetLength()) : 0;
+        const long vibratoEnd = vibratoStart + vibratoLength;
+        long start = tick;
         long time = TimeAt(start);
-        for (size_t i = 0; i < note.syllables.size(); ++i) {
+        for (int i = 0; i < syllables; ++i) {
+            const CLyricElement& syllable = *lyric.GetElementAt(i);
             const bool isFirst = i == 0;
-            const bool isLast = i + 1 == note.syllables.size();
-            const long share = static_cast<long>(note.length * static_cast<double>(note.syllables[i].share));
+            const bool isLast = i + 1 == syllables;
+            const long share = static_cast<long>(note.noteLength * static_cast<double>(syllable.GetDeltaRate()));
             const long end = isLast ? noteEnd : std::min(noteEnd, start + share);
             const long duration = (TimeAt(end) - time) & 0xFFFF;
             const int type = (isFirst && !isFromPrevious ? 1 : 0) + (isLast && !isToNext ? 2 : 0);
 
-            Block block(note.channel, 0x50, m_song.presend);
-            int shifted = note.number + m_song.transpose;
+            Block block(note.header.status & 15, 0x50, m_presend);
+            int shifted = note.noteNumber + m_track.GetTranspose();
             while (shifted < 0)
                 shifted += 12;
             while (shifted > 127)
                 shifted -= 12;
             block.Put(2, shifted);
-            block.Put(3, note.velocity & 127);
+            block.Put(3, note.noteDynamics & 127);
             block.Put(4, static_cast<int>(duration / 128 & 127), static_cast<int>(duration & 127));
             block.Put(5, type);
             if (isFirst && attack)
-                PutShape(block, 6, *attack, attack->depth);
+                PutShape(block, 6, *attack);
             if (isLast && release)
-                PutShape(block, 9, *release, 64); // such icons have no depth
+                PutShape(block, 9, *release);
             const long from = std::max(start, vibratoStart);
             const long to = std::min(end, vibratoEnd);
             if (from < to) {
@@ -333,20 +302,20 @@ private:
                     extent = 0;
                 if (vibratoEnd <= end && extent == 0)
                     extent = 1;
-                block.Put(12, note.vibrato->high, note.vibrato->low);
-                block.Put(13, note.vibrato->index, extent);
+                PutID(block, 12, *vibrato);
+                block.Put(13, torv::ArticulationFromID(vibrato->GetIconID()), extent);
                 block.Put(14, static_cast<int>(Scale(from - start, 127, end - start)));
             }
             if (isLast && transition) {
-                block.Put(15, transition->high, transition->low);
-                block.Put(16, transition->index, transition->duration & 127);
+                PutID(block, 15, *transition);
+                block.Put(16, torv::ArticulationFromID(transition->GetIconID()), transition->GetDuration() & 127);
             }
             block.Put(17, 1);
             std::string text;
             std::map<size_t, int> advancements;
-            for (const Phoneme& phoneme : note.syllables[i].phonemes) {
-                advancements[text.size()] = phoneme.advancement;
-                text += phoneme.text;
+            for (int k = 0; k < syllable.GetPhonemeCharaCount(); ++k) {
+                advancements[text.size()] = syllable.GetConsonantAdvancement(k);
+                text += syllable.GetPhonemeChara(k);
             }
             text.resize(std::min<size_t>(text.size(), 16));
             block.Put(18, static_cast<int>(text.size()));
@@ -354,30 +323,39 @@ private:
                 block.Put(19 + static_cast<int>(c), text[c], advancements.contains(c) ? advancements[c] : -1);
             }
             block.Put(127, 127);
-            Place(time - m_song.presend, block.bytes);
+            Place(time - m_presend, block.bytes);
             start += (end - start) & 0xFFFF;
             time += duration;
         }
-        if (note.vibrato) {
-            const auto curve = [&](int head, const Points& points, int number, int step) {
+        if (vibrato) {
+            const auto curve = [&](int head, const CBreakPointList& list, int number, auto slot) {
                 Points absolute{{vibratoStart, head}};
-                for (const Point& point : points)
-                    absolute.push_back({vibratoStart + Scale(point.at, note.vibrato->length, 10000), point.value});
-                Curve(absolute, number, step);
+                for (const Point& point : PointsOf(list))
+                    absolute.push_back({vibratoStart + Scale(point.at, vibratoLength, 10000), point.value});
+                Curve(absolute, number, slot);
             };
-            curve(note.vibrato->depth, note.vibrato->depths, 0x65, m_song.depthStep);
-            curve(note.vibrato->rate, note.vibrato->rates, 0x64, m_song.rateStep);
+            using E = CxQuillMidiEncoder;
+            curve(vibrato->GetStartDepth(), *vibrato->GetDepthBPList(), 0x65, E::kVibratoDepthSlot);
+            curve(vibrato->GetStartRate(), *vibrato->GetRateBPList(), 0x64, E::kVibratoRateSlot);
         }
         Raise(noteEnd);
     }
 
-    static void PutShape(Block& block, int parameter, const Shape& shape, int depth) {
-        block.Put(parameter, shape.high, shape.low);
-        block.Put(parameter + 1, shape.index, depth & 127);
-        block.Put(parameter + 2, shape.duration & 127);
+    static int StatusOf(const CIconObject* icon) { return torv::StatusFromID(icon->GetIconID()); }
+    static void PutID(Block& block, int parameter, const CIconExpression& icon) {
+        block.Put(parameter, icon.GetExpressionID() >> 8, icon.GetExpressionID() & 0xFF);
+    }
+    static void PutShape(Block& block, int parameter, const CIconExpression& shape) {
+        PutID(block, parameter, shape);
+        block.Put(parameter + 1, torv::ArticulationFromID(shape.GetIconID()), shape.GetDepth() & 127);
+        block.Put(parameter + 2, shape.GetDuration() & 127);
     }
 
-    const Song& m_song;
+    Chart& m_chart;
+    const CxQuillMidiEncoder& m_settings;
+    const CSequenceObject& m_track = m_chart.Track();
+    const int m_channel = m_track.GetChannel();
+    const long m_presend = static_cast<long>(m_settings.GetPresendTime());
     int m_level = 72;
     int m_selector = 0;
 };

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "encoding_fixture.h"
 #include "plain_encoder.h"
 
 #include "torv/icons/icon_catalogue.h"
@@ -14,182 +13,113 @@ struct Articulations : torv::IconCatalogue {
     int IndexOf(const CIconObject& icon) const override { return torv::ArticulationFromID(icon.GetIconID()); }
 };
 
-class Composer {
+/// A song made by chance, and an encoder's settings.
+class RandomSong : public Chart {
 public:
-    explicit Composer(unsigned seed) : m_random(seed) {}
-
-    plain::Song Song() {
-        plain::Song song{};
+    explicit RandomSong(unsigned seed) : m_random(seed) {
         for (int i = Below(4); i > 0; --i)
-            song.tempos[Tick(6000)] = 60000 + Below(1500000);
-        song.channel = Below(16);
-        song.transpose = Below(3) ? 0 : Below(300) - 150;
-        song.dynamicsMode = Below(3);
-        song.dynamics = Curve(6000, 0, 127);
-        song.tremolo = Curve(6000, -5, 140);
-        song.bend = Curve(6000, -8192, 8191);
-        song.sensitivity = Curve(6000, 0, 24);
+            m_tempos[Tick(6000)] = static_cast<DWORD>(60000 + Below(1500000));
+        for (const auto& [tick, tempo] : std::map(m_tempos))
+            Tempo(static_cast<DWORD>(tick), tempo);
+        m_track->SetChannel(Below(16));
+        m_track->SetTranspose(Below(3) ? 0 : Below(300) - 150);
+        m_track->SetDynamicsMode(Below(3));
+        Draw(m_track->GetDynamicsBreakPointList(), 6000, 0, 127);
+        Draw(m_track->GetTremoloDepthBreakPointList(), 6000, -5, 140);
+        Draw(m_track->GetPitchBendBreakPointList(), 6000, -8192, 8191);
+        Draw(m_track->GetPitchBendSensBreakPointList(), 6000, 0, 24);
         for (int i = Below(3); i > 0; --i)
-            song.controls[Below(17)] = Curve(6000, 0, 127);
-        song.presend = 500 + Below(2) * Below(4501);
-        song.dynamicsStep = Step();
-        song.depthStep = Step();
-        song.rateStep = Step();
-        long tick = 0;
+            if (CBreakPointList* const list = m_track->CreateVoiceControlBreakPointList(Below(17)))
+                Draw(list, 6000, 0, 127);
         for (int i = Below(12); i > 0; --i) {
-            tick += Tick(900);
+            const auto tick = static_cast<DWORD>(m_tick + Tick(900));
             if (Below(4))
-                song.events.emplace_back(Note(tick));
+                AddNote(tick);
             else if (Below(2))
-                song.events.emplace_back(Level(tick));
+                AddLevel(tick);
             else
-                song.events.emplace_back(plain::Singer{tick, Below(130), Below(130)});
+                Singer(tick, static_cast<WORD>(Below(130)), static_cast<WORD>(Below(130)));
         }
-        return song;
+        Close();
+    }
+    void SetUp(CxQuillMidiEncoder& encoder) {
+        encoder.SetPresendTime(static_cast<DWORD>(500 + Below(2) * Below(4501)));
+        for (int slot = 0; slot < CxQuillMidiEncoder::kResolutionSlots; ++slot)
+            encoder.SetExtractResolutionAt(slot, Below(4) ? CxQuillMidiEncoder::GetExtractResolution(Below(11)) : -1);
     }
 
 private:
     int Below(int limit) { return static_cast<int>(m_random() % static_cast<unsigned>(limit)); }
     /// Often on the grid, often nothing: so that borders meet.
-    long Tick(int limit) { return Below(4) ? Below(limit / 60) * 60 : Below(2) * Below(limit); }
-    int Step() { return Below(4) ? CxQuillMidiEncoder::GetExtractResolution(Below(11)) : -1; }
+    int Tick(int limit) { return Below(4) ? Below(limit / 60) * 60 : Below(2) * Below(limit); }
 
-    plain::Points Curve(int length, int lowest, int highest) {
-        plain::Points points;
+    void Draw(CBreakPointList* list, int length, int lowest, int highest) {
+        std::multimap<int, int> points;
         for (int i = Below(8); i > 0; --i)
-            points.push_back({Tick(length), lowest + Below(highest - lowest + 1)});
-        std::stable_sort(points.begin(), points.end(), [](auto& a, auto& b) { return a.at < b.at; });
-        return points;
+            points.emplace(Tick(length), lowest + Below(highest - lowest + 1));
+        for (const auto& [at, value] : points)
+            AddPoint(list, at, value);
     }
-    plain::Shape Shape(int status) { return {status, Below(100), Below(255), Below(256), Below(256), Below(256)}; }
-    plain::Note Note(long tick) {
-        plain::Note note{tick,       Below(30) ? Tick(900) : 20000 + Below(90000),
-                         Below(140), Below(200),
-                         Below(16),  Below(3) ? 0 : Below(4),
-                         {},         {},
-                         {},         {}};
-        if (Below(2))
-            note.head = Shape(Below(8) ? 1 + Below(2) : 3);
-        if (Below(2))
-            note.tail = Shape(Below(8) ? 2 + Below(2) : 1);
-        if (Below(3) == 0)
-            note.vibrato = {
-                Below(100), Below(255), Below(256),           1 + Tick(900),        Tick(600) - Below(2) * Below(9000),
-                Below(128), Below(128), Curve(10000, 0, 127), Curve(10000, -3, 130)};
+    template <class Kind>
+    Kind* Made(int status) {
+        auto* const icon = new Kind(status, Below(100), 1);
+        *icon->GetExpressionEntry() = {0, Below(255) | 0x300, Below(256) | 0x500, 0}; // of which the low bytes count
+        return icon;
+    }
+    template <class Kind>
+    DWORD Shape(int status) {
+        auto* const icon = Made<Kind>(status);
+        icon->SetDuration(Below(256));
+        if constexpr (requires { icon->SetDepth(0); })
+            icon->SetDepth(Below(256));
+        return Icon(icon);
+    }
+    /// 1 to 3.
+    DWORD Shape(int status) {
+        return status == 1   ? Shape<CIconNoteAttack>(status)
+               : status == 2 ? Shape<CIconNoteRelease>(status)
+                             : Shape<CIconNoteTransit>(status);
+    }
+    DWORD Lyric() {
         static const char* const texts[] = {"a", "i", "k", "tS", "ts", "s", "Asp", "@r"};
+        auto* const lyric = new CLyricObject;
         for (int i = Below(12) ? 1 + Below(3) : 0; i > 0; --i) {
-            plain::Syllable syllable{static_cast<float>(Below(13)) / 12, {}};
-            for (int n = Below(6) ? Below(5) : 12; n > 0; --n)
-                syllable.phonemes.push_back({texts[Below(8)], Below(3) ? Below(128) : Below(256)});
-            note.syllables.push_back(syllable);
+            CLyricElement* const element = lyric->AddNewElement();
+            element->SetDeltaRate(static_cast<float>(Below(13)) / 12);
+            for (int n = Below(6) ? Below(5) : 12; n > 0; --n) {
+                element->AddPhonemeChara(texts[Below(8)]);
+                element->SetConsonantAdvancement(element->GetPhonemeCharaCount() - 1, Below(Below(3) ? 128 : 256));
+            }
         }
-        return note;
+        return Attach(lyric);
     }
-    plain::Level Level(long tick) {
-        const int articulation = 1 + Below(3);
-        const int level = Below(128);
-        return {tick,
-                1 + Tick(900),
-                articulation,
-                level,
-                articulation == 1 ? level : Below(255) - 127,
-                Curve(10000, -127, 127)};
+    void AddNote(DWORD tick) {
+        const int length = Below(30) ? Tick(900) : 20000 + Below(90000);
+        tagCsqEventAnote& note = *Note(tick, static_cast<DWORD>(length), Below(140), Lyric());
+        note.header.status = static_cast<WORD>(0x90 | Below(16));
+        note.noteDynamics = static_cast<WORD>(Below(200));
+        note.noteAttribute = static_cast<WORD>(Below(3) ? 0 : Below(4));
+        note.noteHeadHandle = Below(2) ? Shape(Below(8) ? 1 + Below(2) : 3) : 0;
+        note.noteTailHandle = Below(2) ? Shape(Below(8) ? 2 + Below(2) : 1) : 0;
+        if (Below(3))
+            return;
+        auto* const vibrato = Made<CIconVibrato>(4);
+        vibrato->SetLength(static_cast<DWORD>(1 + Tick(900)));
+        vibrato->SetStartDepth(Below(128));
+        vibrato->SetStartRate(Below(128));
+        Draw(vibrato->GetDepthBPList(), 10000, 0, 127);
+        Draw(vibrato->GetRateBPList(), 10000, -3, 130);
+        note.vibratoHandle = Icon(vibrato);
+        note.vibratoOffset = Tick(600) - Below(2) * Below(9000);
+    }
+    void AddLevel(DWORD tick) {
+        auto* const level = new CIconDynamics(5, 1 + Below(3), 1);
+        level->SetStartDynamics(Below(128));
+        level->SetEndDynamics(Below(255) - 127);
+        level->SetLength(static_cast<DWORD>(1 + Tick(900)));
+        Draw(level->GetDynamicsBPList(), 10000, -127, 127);
+        Place(tick, level);
     }
 
     std::mt19937 m_random;
 };
-
-inline void Add(CBreakPointList* list, const plain::Points& points) {
-    for (const plain::Point& point : points)
-        AddPoint(list, point.at, point.value);
-}
-
-template <class Icon>
-Icon* Made(int status, int index, int high, int low) {
-    auto* const icon = new Icon(status, index, 1);
-    icon->GetExpressionEntry()->idHigh = high | 0x300; // of which the low bytes count
-    icon->GetExpressionEntry()->idLow = low | 0x500;
-    return icon;
-}
-
-/// The song in the library's own objects.
-struct Written : Chart {
-    explicit Written(const plain::Song& song) {
-        for (const auto& [tick, tempo] : song.tempos)
-            Tempo(static_cast<DWORD>(tick), static_cast<DWORD>(tempo));
-        CSequenceObject& track = Track();
-        track.SetChannel(song.channel);
-        track.SetTranspose(song.transpose);
-        track.SetDynamicsMode(song.dynamicsMode);
-        Add(track.GetDynamicsBreakPointList(), song.dynamics);
-        Add(track.GetTremoloDepthBreakPointList(), song.tremolo);
-        Add(track.GetPitchBendBreakPointList(), song.bend);
-        Add(track.GetPitchBendSensBreakPointList(), song.sensitivity);
-        for (const auto& [index, points] : song.controls)
-            Add(track.CreateVoiceControlBreakPointList(index), points);
-        for (const auto& event : song.events)
-            std::visit([this](const auto& record) { Write(record); }, event);
-        Close();
-    }
-
-private:
-    void Write(const plain::Singer& singer) {
-        Singer(static_cast<DWORD>(singer.tick), static_cast<WORD>(singer.language), static_cast<WORD>(singer.program));
-    }
-    void Write(const plain::Level& level) {
-        auto* const icon = new CIconDynamics(5, level.articulation, 1);
-        icon->SetStartDynamics(level.start);
-        icon->SetEndDynamics(level.end);
-        icon->SetLength(static_cast<DWORD>(level.length));
-        Add(icon->GetDynamicsBPList(), level.points);
-        Place(static_cast<DWORD>(level.tick), icon);
-    }
-    void Write(const plain::Note& note) {
-        auto* const lyric = new CLyricObject;
-        for (const plain::Syllable& syllable : note.syllables) {
-            CLyricElement* const element = lyric->AddNewElement();
-            element->SetDeltaRate(syllable.share);
-            for (const plain::Phoneme& phoneme : syllable.phonemes) {
-                element->AddPhonemeChara(phoneme.text.c_str());
-                element->SetConsonantAdvancement(element->GetPhonemeCharaCount() - 1, phoneme.advancement);
-            }
-        }
-        tagCsqEventAnote* const record =
-            Note(static_cast<DWORD>(note.tick), static_cast<DWORD>(note.length), note.number, Attach(lyric));
-        record->header.status = static_cast<WORD>(0x90 | note.channel);
-        record->noteDynamics = static_cast<WORD>(note.velocity);
-        record->noteAttribute = static_cast<WORD>(note.attribute);
-        record->noteHeadHandle = note.head ? Shape(*note.head) : 0;
-        record->noteTailHandle = note.tail ? Shape(*note.tail) : 0;
-        if (!note.vibrato)
-            return;
-        auto* const icon = Made<CIconVibrato>(4, note.vibrato->index, note.vibrato->high, note.vibrato->low);
-        icon->SetLength(static_cast<DWORD>(note.vibrato->length));
-        icon->SetStartDepth(note.vibrato->depth);
-        icon->SetStartRate(note.vibrato->rate);
-        Add(icon->GetDepthBPList(), note.vibrato->depths);
-        Add(icon->GetRateBPList(), note.vibrato->rates);
-        record->vibratoHandle = Icon(icon);
-        record->vibratoOffset = note.vibrato->offset;
-    }
-    template <class Kind>
-    DWORD Shaped(const plain::Shape& shape) {
-        auto* const icon = Made<Kind>(shape.status, shape.index, shape.high, shape.low);
-        icon->SetDuration(shape.duration);
-        if constexpr (requires { icon->SetDepth(0); })
-            icon->SetDepth(shape.depth);
-        return Icon(icon);
-    }
-    DWORD Shape(const plain::Shape& shape) {
-        return shape.status == 1   ? Shaped<CIconNoteAttack>(shape)
-               : shape.status == 2 ? Shaped<CIconNoteRelease>(shape)
-                                   : Shaped<CIconNoteTransit>(shape);
-    }
-};
-
-inline void SetUp(CxQuillMidiEncoder& encoder, const plain::Song& song) {
-    encoder.SetPresendTime(static_cast<DWORD>(song.presend));
-    encoder.SetExtractResolutionAt(CxQuillMidiEncoder::kDynamicsSlot, song.dynamicsStep);
-    encoder.SetExtractResolutionAt(CxQuillMidiEncoder::kVibratoDepthSlot, song.depthStep);
-    encoder.SetExtractResolutionAt(CxQuillMidiEncoder::kVibratoRateSlot, song.rateStep);
-}

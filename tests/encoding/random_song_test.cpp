@@ -31,12 +31,11 @@ TEST_CASE("encoder: random songs become what a plain encoder makes of them") {
     size_t blocks = 0;
     for (unsigned seed = 1; seed <= 400; ++seed) {
         CAPTURE(seed);
-        const plain::Song song = Composer(seed).Song();
-        const plain::Encoder plain(song);
-        Written written(song);
+        RandomSong song(seed);
         FileEncoder encoder;
-        SetUp(encoder, song);
-        const auto stream = written.Encode(encoder);
+        song.SetUp(encoder);
+        const plain::Encoder plain(song, encoder);
+        const auto stream = song.Encode(encoder);
         REQUIRE(stream);
         CheckSame(*stream, plain.placed);
         CHECK(stream->GetLastTick() == plain.lastTick);
@@ -46,7 +45,7 @@ TEST_CASE("encoder: random songs become what a plain encoder makes of them") {
         const DWORD interval = seed % 3;
         CQuillMidiBuffer buffer;
         buffer.Create(CxQuillMidiEncoder::kFileMode, encoder.GetPresendTime(), static_cast<int>(interval));
-        REQUIRE(encoder.Write(buffer, written.Track(), written.Map().get()) == 1);
+        REQUIRE(encoder.Write(buffer, song.Track(), song.Map().get()) == 1);
         CheckSame(buffer, plain.Messages(interval));
     }
     CHECK(blocks > 15000);

@@ -1,4 +1,4 @@
-#include "torv/files/midi_sequence.h"
+#include "files/midi_song.h"
 
 #include "allocation_counter.h"
 #include "midi_recorder.h"
@@ -6,12 +6,7 @@
 
 #include <doctest/doctest.h>
 
-#include <utility>
-#include <vector>
-
 namespace {
-
-using Bytes = std::vector<BYTE>;
 
 void Add(Bytes& track, BYTE delta, const Bytes& event) {
     track.push_back(delta);
@@ -21,21 +16,6 @@ void Add(Bytes& track, BYTE delta, const Bytes& event) {
 const Bytes kEnd{0xFF, 0x2F, 0x00};
 
 torv::MidiPlayer& ThePlayer() { return torv::MidiPlayer::TheOne(); }
-
-struct SongBytes {
-    std::vector<Bytes> tracks;
-};
-
-/// A sequence with the bytes that it reads, which outlive it. At 480 ticks and the tempo as it is at first, 24 ticks
-/// are 25 ms.
-struct Player : SongBytes, CxMidiSequence {
-    explicit Player(std::vector<Bytes> bytes = {}, DWORD division = 480) : SongBytes{std::move(bytes)} {
-        Create(0, 0);
-        PrepareTrackList(1, static_cast<DWORD>(tracks.size()), division);
-        for (const auto& track : tracks)
-            AddNewTrack(track.data(), static_cast<DWORD>(track.size()));
-    }
-};
 
 /// Notes 0, 1, 2 ... 127, 0 ... one every `delta` ticks, the first at once.
 Bytes Notes(int count, BYTE delta, BYTE status = 0x90) {
@@ -49,7 +29,7 @@ Bytes Notes(int count, BYTE delta, BYTE status = 0x90) {
 } // namespace
 
 TEST_CASE("midi player: a device that is not there") {
-    Player song({Notes(3, 24)});
+    MidiSong song({Notes(3, 24)});
     CxMidiSequence::ChangeMidiDeviseID(midiOutGetNumDevs());
     CHECK(song.StartPlay(nullptr) == 0);
     CHECK(ThePlayer().Result() != MMSYSERR_NOERROR);
@@ -144,7 +124,7 @@ TEST_CASE("midi player: events at their times, and the window is told") {
     const Bytes conductor{0x00, 0xFF, 0x58, 0x04, 0x06, 0x03, 0x24, 0x08,
                           0x83, 0x60, 0xFF, 0x51, 0x03, 0x03, 0xD0, 0x90, // 250000: twice as fast from 500 ms on
                           0x00, 0xFF, 0x2F, 0x00};
-    Player song({conductor, Notes(60, 24), Notes(60, 24)});
+    MidiSong song({conductor, Notes(60, 24), Notes(60, 24)});
     clock.refuses = true;
     CHECK(song.StartPlay(window) == 0);
     CHECK(ThePlayer().Result() == TIMERR_NOCANDO);
@@ -152,7 +132,7 @@ TEST_CASE("midi player: events at their times, and the window is told") {
     clock.refuses = false;
     REQUIRE(song.StartPlay(window) == 1);
     CHECK(song.StartPlay(window) == 0);
-    CHECK(Player().StartPlay(nullptr) == 0); // nor any other
+    CHECK(MidiSong().StartPlay(nullptr) == 0); // nor any other
     DWORD time = 0;
     // One every 25 ms; then 250 x 24 = 6000 = 12 ms and 240 over, a thousand of which make one more: 12, 24, 36,
     // 48, 61.
@@ -192,7 +172,7 @@ TEST_CASE("midi player: events at their times, and the window is told") {
 TEST_CASE("midi player: a rewind and a mute hold while it plays, for which the timer's callback does not allocate") {
     const RecorderInList recorder;
     HandClock clock;
-    Player song({Notes(200, 24), Notes(200, 24, 0x95)});
+    MidiSong song({Notes(200, 24), Notes(200, 24, 0x95)});
     recorder->shortHook = [] { allocation_counter::WatchThisThread(); };
     REQUIRE(song.StartPlay(nullptr) == 1);
     const auto playedIn100 = [&] {
@@ -227,7 +207,7 @@ TEST_CASE("midi player: long messages go out in pieces, and nothing between them
     expected.insert(expected.end(), {0xF2, 0x01, 0x02, 0xF0});
     Add(track, 0, {0x80, 0x3C, 0x40});
     Add(track, 127, kEnd);
-    Player song({track});
+    MidiSong song({track});
 
     recorder->hold = true;
     REQUIRE(song.StartPlay(nullptr) == 1);
@@ -271,7 +251,7 @@ TEST_CASE("midi player: long messages go out in pieces, and nothing between them
 TEST_CASE("midi player: stopping leaves no note sounding, and playing on loses none") {
     const RecorderInList recorder;
     HandClock clock;
-    Player song({Notes(300, 3)}); // 3.1 ms a note
+    MidiSong song({Notes(300, 3)}); // 3.1 ms a note
     std::vector<DWORD> keys;
     for (DWORD run = 0; keys.size() < 300 && run < 1000; ++run) {
         recorder->Clear();
@@ -294,21 +274,21 @@ TEST_CASE("midi player: stopping leaves no note sounding, and playing on loses n
 TEST_CASE("midi player: what drops the tracks of a playing sequence stops it first") {
     const RecorderInList recorder;
     HandClock clock;
-    void (*const drops[])(std::unique_ptr<Player>&) = {
+    void (*const drops[])(std::unique_ptr<MidiSong>&) = {
         [](auto& song) { song.reset(); },
         [](auto& song) { song->CleanUp(); },
         [](auto& song) { song->PrepareTrackList(1, 1, 480); },
     };
     for (const auto drop : drops) {
-        auto song = std::make_unique<Player>(std::vector<Bytes>{Notes(500, 1)});
+        auto song = std::make_unique<MidiSong>(std::vector<Bytes>{Notes(500, 1)});
         recorder->Clear();
         REQUIRE(song->StartPlay(nullptr) == 1);
         clock.Advance(10);
-        Player().CleanUp(); // another one's end is nothing to it
+        MidiSong().CleanUp(); // another one's end is nothing to it
         CHECK(song->IsPlaying() == 1);
         drop(song);
         clock.Advance(10);
-        CHECK(Player().IsPlaying() == 0);
+        CHECK(MidiSong().IsPlaying() == 0);
         WithoutSilence(recorder->Messages());
         CHECK(recorder->opened == recorder->closed);
     }
@@ -318,8 +298,8 @@ TEST_CASE("midi player: nothing to play, a malformed track and a time that stand
     const RecorderInList recorder;
     const Window window;
     HandClock clock;
-    Player songs[] = {Player(), Player({{0x00, 0x90, 0x3C, 0x40, 0x00, 0xF4, 0x00, 0x00}}),
-                      Player({Notes(300, 100)}, 0)};
+    MidiSong songs[] = {MidiSong(), MidiSong({{0x00, 0x90, 0x3C, 0x40, 0x00, 0xF4, 0x00, 0x00}}),
+                        MidiSong({Notes(300, 100)}, 0)};
     const size_t sent[] = {0, 1, 300};
     for (size_t i = 0; i < 3; ++i) {
         recorder->Clear();
@@ -333,7 +313,7 @@ TEST_CASE("midi player: nothing to play, a malformed track and a time that stand
 
 TEST_CASE("midi player: on the system's own timer, while the host does what it may") {
     const RecorderInList recorder;
-    Player song({Notes(2000, 1), Notes(2000, 1)}, 5000); // 0.1 ms a note
+    MidiSong song({Notes(2000, 1), Notes(2000, 1)}, 5000); // 0.1 ms a note
     for (int i = 0; i < 20; ++i) {
         recorder->Clear();
         REQUIRE(song.StartPlay(nullptr) == 1);

@@ -1,4 +1,4 @@
-#include "torv/files/midi_sequence.h"
+#include "files/midi_song.h"
 
 #include "allocation_failure.h"
 
@@ -6,25 +6,11 @@
 
 #include <array>
 #include <random>
-#include <vector>
 
 namespace {
 
-using Bytes = std::vector<BYTE>;
-
 /// {delta, status, data 1} of each event.
 using Heads = std::vector<std::array<DWORD, 3>>;
-
-/// A sequence with the bytes that it reads.
-struct Song : CxMidiSequence {
-    explicit Song(std::vector<Bytes> bytes, DWORD division = 480) : tracks(std::move(bytes)) {
-        Create(0, 0);
-        PrepareTrackList(1, static_cast<DWORD>(tracks.size()), division);
-        for (const auto& track : tracks)
-            REQUIRE(AddNewTrack(track.data(), static_cast<DWORD>(track.size())) != nullptr);
-    }
-    std::vector<Bytes> tracks;
-};
 
 Heads Read(CxMidiSequence& sequence) {
     Heads heads;
@@ -87,7 +73,7 @@ struct PlainMerge {
 } // namespace
 
 TEST_CASE("midi sequence: tracks merge by time, the earlier track first at one tick; a copy goes on from there") {
-    Song sequence(kTwoTracks);
+    MidiSong sequence(kTwoTracks);
     const Heads all{{10, 0x90, 0x3C}, {0, 0x91, 0x30},
                     {20, 0x80, 0x3C}, {0, 0xFF, 0x2F}, // the end of the shorter track is an event at its time
                     {50, 0x91, 0x30}, {16, 0xFF, 0x2F}};
@@ -128,7 +114,7 @@ TEST_CASE("midi sequence: three hundred tracks, while the host filters, mutes an
             written.insert(written.end(), {static_cast<BYTE>(event.delta), event.status, event.key, event.velocity});
         plain.tracks.push_back(track);
     }
-    Song sequence(bytes);
+    MidiSong sequence(bytes);
     tagEvent event{};
     size_t count = 0;
     for (;; ++count) {
@@ -156,7 +142,7 @@ TEST_CASE("midi sequence: three hundred tracks, while the host filters, mutes an
 }
 
 TEST_CASE("midi sequence: the filter's slot for everything above system exclusive is not exclusive's own") {
-    Song sequence({{0x00, 0xF0, 0x01, 0xF7, 0x00, 0xF7, 0x01, 0x01, 0x00, 0xFF, 0x2F, 0x00}});
+    MidiSong sequence({{0x00, 0xF0, 0x01, 0xF7, 0x00, 0xF7, 0x01, 0x01, 0x00, 0xFF, 0x2F, 0x00}});
     for (const int status : {-1, 0, 255, 256})
         CHECK(sequence.GetMessageFilter(status) == (status == 0 || status == 255));
     sequence.SetMessageFilter(0xFF, 0);
@@ -172,7 +158,7 @@ TEST_CASE("midi sequence: milliseconds") {
         for (int i = 0; i < 50; ++i)
             track.insert(track.end(), {0x01, 0x90, 0x3C, 0x40});
         track.insert(track.end(), {0x00, 0xFF, 0x2F, 0x00});
-        Song sequence({track});
+        MidiSong sequence({track});
         Read(sequence);
         CHECK(sequence.GetTimePosition() == 51);
         sequence.SeekToBegin();
@@ -180,8 +166,8 @@ TEST_CASE("midi sequence: milliseconds") {
     }
     SUBCASE("a tempo loses what is below a thousand, and its event still comes") {
         // 0x07A4FF = 500991 counts as 500: 480 ticks are 500 ms; at 120 (0x01D4C0 = 120000) 480 more are 120 ms.
-        Song sequence({{0x00, 0xFF, 0x51, 0x03, 0x07, 0xA4, 0xFF, 0x83, 0x60, 0xFF,
-                        0x51, 0x03, 0x01, 0xD4, 0xC0, 0x83, 0x60, 0xFF, 0x2F, 0x00}});
+        MidiSong sequence({{0x00, 0xFF, 0x51, 0x03, 0x07, 0xA4, 0xFF, 0x83, 0x60, 0xFF,
+                            0x51, 0x03, 0x01, 0xD4, 0xC0, 0x83, 0x60, 0xFF, 0x2F, 0x00}});
         tagEvent event;
         sequence.GetEvent(&event);
         CHECK(event.data1 == 0x51);
@@ -194,14 +180,14 @@ TEST_CASE("midi sequence: milliseconds") {
         CHECK(sequence.GetSequenceTempo() == 120000); // stays until the stream says otherwise
     }
     SUBCASE("no division, no time") {
-        Song sequence(kTwoTracks, 0);
+        MidiSong sequence(kTwoTracks, 0);
         CHECK(Read(sequence).size() == 6);
         CHECK(sequence.GetTimePosition() == 0);
     }
 }
 
 TEST_CASE("midi sequence: signatures, and meta events too short for their kind") {
-    Song sequence(
+    MidiSong sequence(
         {{0x00, 0xFF, 0x58, 0x04, 0x06, 0x03, 0x24, 0x08, 0x00, 0xFF, 0x59, 0x02,
           0xFD, 0x01, 0x00, 0xFF, 0x58, 0x01, 0x05, 0x00, 0xFF, 0x59, 0x00, // short: delivered, without effect
           0x00, 0xFF, 0x51, 0x02, 0x01, 0x02, 0x00, 0xFF, 0x2F, 0x00}});
@@ -221,7 +207,7 @@ TEST_CASE("midi sequence: what does not fit") {
     CHECK(none.PrepareTrackList(1, 1, 480) == 0); // nothing created
     CHECK(none.AddNewTrack(kTwoTracks[0].data(), 12) == nullptr);
 
-    Song sequence({kTwoTracks[0], {0x05, 0xF4, 0x00, 0x00}});
+    MidiSong sequence({kTwoTracks[0], {0x05, 0xF4, 0x00, 0x00}});
     CHECK(sequence.AddNewTrack(kTwoTracks[1].data(), 12) == nullptr); // the places are taken
     CHECK(sequence.GetTrack(2) == nullptr);
     CHECK(sequence.PrepareTrackList(1, 0x10000, 480) == 0);
@@ -238,9 +224,9 @@ TEST_CASE("midi sequence: what does not fit") {
 }
 
 TEST_CASE("midi sequence: what memory does not suffice for leaves the tracks as they were") {
-    Song other({kTwoTracks[0]});
+    MidiSong other({kTwoTracks[0]});
     FailEachAllocation([&](AllocationFailure& failure) {
-        Song sequence(kTwoTracks);
+        MidiSong sequence(kTwoTracks);
         const int copied = failure.During([&] { return sequence.Create(&other); });
         CHECK(copied == !failure.HasHappened());
         CHECK(Read(sequence).size() == (copied ? 3 : 6));

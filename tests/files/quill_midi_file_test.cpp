@@ -1,14 +1,12 @@
 #include "torv/files/quill_midi_file.h"
 
 #include "allocation_failure.h"
-#include "encoding/random_song.h"
+#include "encoding/encoding_fixture.h"
 #include "platform/small_disk.h"
 #include "platform/temp_folder.h"
-#include "torv/files/midi_track.h"
 
 #include <doctest/doctest.h>
 
-#include <algorithm>
 #include <string>
 
 // 120 beats a minute unless a test says otherwise: 480 ticks are 500 ms, 1920 ticks are the presend of 2000 ms.
@@ -47,51 +45,10 @@ struct Event {
 };
 using Events = std::vector<Event>;
 
-std::string Text(const Bytes& bytes) { return {bytes.begin(), bytes.end()}; }
-
-Events EventsOf(CQuillMidiBuffer& buffer) {
-    Events events;
-    for (const StreamEntry& entry : EntriesOf(buffer))
-        events.push_back({entry.tick, Text(entry.bytes)});
-    return events;
-}
-
-DWORD NumberIn(const std::string& bytes) {
-    DWORD number = 0;
-    for (const char byte : bytes)
-        number = number << 8 | static_cast<BYTE>(byte);
-    return number;
-}
-
-/// What a reader of such files finds.
-std::vector<Events> TracksOf(const std::string& bytes) {
-    std::vector<Events> tracks;
-    for (size_t at = 14; at < bytes.size();) {
-        REQUIRE(bytes.substr(at, 4) == "MTrk");
-        const DWORD size = NumberIn(bytes.substr(at + 4, 4));
-        REQUIRE(size <= bytes.size() - at - 8);
-        CxMidiTrack track;
-        track.Attach(reinterpret_cast<const BYTE*>(&bytes[at + 8]), size);
-        Events& events = tracks.emplace_back();
-        tagEvent event;
-        for (DWORD tick = 0; track.GetEvent(&event);) {
-            std::string message{static_cast<char>(event.status), static_cast<char>(event.data1)};
-            message += static_cast<char>(event.status == 0xFF ? event.length : event.data2);
-            events.push_back({tick += event.delta, message.append(event.bytes, event.bytes + event.length)});
-        }
-        CHECK(track.GetState()->left == 0);
-        CHECK(mtGetNextEvent(track.GetState()) == 7); // ended by its mark
-        at += 8 + size;
-    }
-    CHECK(NumberIn(bytes.substr(10, 2)) == tracks.size());
-    return tracks;
-}
-
 /// The class from within, as those who derive from it have it.
 struct Inside : CxQuillMidiFile {
     using CxQuillMidiFile::DebugTrace;
     using CxQuillMidiFile::RiffWriteDelta;
-    using CxQuillMidiFile::RiffWriteDummyEvent;
     using CxQuillMidiFile::RiffWriteMidiHeader;
     using CxQuillMidiFile::RiffWriteMidiTrack;
     using CxQuillMidiFile::WriteMasterTrack;
@@ -100,34 +57,38 @@ struct Inside : CxQuillMidiFile {
     using CxQuillMidiFile::WriteMetaTempo;
     using CxQuillMidiFile::WriteMetaTrackName;
 
-    std::vector<CQuillMidiBuffer> buffers;
-    Inside() : buffers(1) {
-        for (CQuillMidiBuffer& buffer : buffers)
-            buffer.Create(0, 2000, 0);
-        m_pBuffer = buffers.data();
+    CQuillMidiBuffer buffer;
+    Inside() {
+        buffer.Create(0, 2000, 0);
+        m_pBuffer = &buffer;
     }
-    Events Written() { return EventsOf(buffers[0]); }
+    Events Written() {
+        Events events;
+        for (const StreamEntry& entry : EntriesOf(buffer))
+            events.push_back({entry.tick, {entry.bytes.begin(), entry.bytes.end()}});
+        return events;
+    }
 };
 
-std::string Saved(CxQuillMidiFile& file, CSequence& song, tagQuillMidiQSBBuffer* qsb = nullptr) {
+std::string Saved(Song& song, tagQuillMidiQSBBuffer* qsb = nullptr, DWORD interval = 0) {
     const TempFolder folder;
+    song.Close();
+    CxQuillMidiFile file;
+    file.SetEventInterval(interval);
+    file.SetPresendTime(499);                           // out of range: 2000
     file.SetOutMode(CxQuillMidiEncoder::kRealTimeMode); // which a save is not
-    CHECK(file.SaveAsFormat1(folder.Path("song.mid").c_str(), &song, qsb) == 1);
+    CHECK(file.SaveAsFormat1(folder.Path("song.mid").c_str(), &song.song, qsb) == 1);
     CHECK(file.GetErrorMessage() == "CFileException::none"s);
     CHECK(file.GetOutMode() == CxQuillMidiEncoder::kFileMode);
+    CHECK(file.GetPresendTime() == 2000);
     return folder.Content("song.mid");
 }
-std::string Saved(Song& song, tagQuillMidiQSBBuffer* qsb = nullptr) {
-    CxQuillMidiFile file;
-    song.Close();
-    return Saved(file, song.song, qsb);
-}
 
-/// Control changes on one channel, at no distance from each other, from pairs of controller and value.
+/// Control changes on one channel, each a tick after the one before, from pairs of controller and value.
 std::string Controls(char status, const std::string& pairs) {
     std::string bytes;
     for (size_t i = 0; i < pairs.size(); i += 2)
-        bytes += (i ? "\0"s : ""s) + status + pairs[i] + pairs[i + 1];
+        bytes += (i ? "\1"s : ""s) + status + pairs[i] + pairs[i + 1];
     return bytes;
 }
 
@@ -139,113 +100,87 @@ TEST_CASE("engine midi file: a small song, byte for byte") {
     song.Signature(1920, 3, 2);
     song.Track("Voice");
     song.Note(1920, 240)->header.status = 2; // at 2200 ms: sent at 200 ms, which is tick 192
-    song.Track("");
-    const std::string data = "A\0B\x7F\xFF"s;
-    tagQuillMidiQSBBuffer qsb[] = {{reinterpret_cast<const BYTE*>(data.data()), 5}, {nullptr, 9}};
-    CHECK(Saved(song, qsb) == "MThd\0\0\0\6\0\1\0\3\x01\xE0"s // format 1, 3 tracks, 480
-                              "MTrk\0\0\0\x34"
-                              "\0\xFF\x03\x0CMaster Track"
-                              "\0\xFF\x51\x03\x07\xA1\x20"           // 500000
-                              "\0\xFF\x58\x04\x04\x02\x18\x08"       // 4/4
-                              "\x87\x40\xFF\x51\x03\x09\x27\xC0"     // at 960, 7 x 128 + 64: 600000
-                              "\x87\x40\xFF\x58\x04\x03\x02\x18\x08" // at 1920: 3/4
-                              "\0\xFF\x2F\0"
-                              "MTrk\0\0\0\xA8"
-                              "\0\xFF\x03\x05Voice"
-                              "\0\xFF\x01\x0DQM:0000:A\0B\x7F\xFF"
-                              "\x81\x40"s +                                       // 192 = 128 + 64
-                                  Controls('\xB2', "\x63\x50\x62\0\6\0\x26\0"     // opening
-                                                   "\x63\x50\x62\1\6\x0F\x26\x50" // 2000 ms ahead, 15 x 128 + 80
-                                                   "\x63\x50\x62\2\6\x3C\x63\x50\x62\3\6\x64" // note 60, velocity 100
-                                                   "\x63\x50\x62\4\6\2\x26\x2C"               // 300 ms, 2 x 128 + 44
-                                                   "\x63\x50\x62\5\6\3" // begins and ends the sound
-                                                   "\x63\x50\x62\x11\6\1\x63\x50\x62\x12\6\1" // one character:
-                                                   "\x63\x50\x62\x13\6\x61\x26\0"             // a, of no advancement
-                                                   "\x63\x50\x62\x7F\6\x7F"s) +
-                                  "\x8F\x30\xFF\x2F\0"s // at 2160, where the note ends: 15 x 128 + 48 after 192
-                                  "MTrk\0\0\0\x08"
-                                  "\0\xFF\x03\0\0\xFF\x2F\0"s);
-}
-
-TEST_CASE(
-    "engine midi file: a track holds what a plain encoder makes of it, message by message, and ends with its sound") {
-    const Articulations catalogue;
-    for (unsigned seed = 1; seed <= 40; ++seed) {
-        CAPTURE(seed);
-        plain::Song plainSong = Composer(seed).Song();
-        const DWORD interval = seed % 3;
-        CxQuillMidiFile file;
-        SetUp(file, plainSong);
-        file.SetEventInterval(interval);
-        if (seed % 5 == 0) {
-            file.SetPresendTime(seed % 2 ? 499 : 5001); // out of range: 2000
-            plainSong.presend = 2000;
-        }
-        const plain::Encoder plain(plainSong);
-        Written song(plainSong);
-        CSequenceObject* const other = CSequence::CreateObject();
-        other->SetName("other");
-        song.Sequence().AddObject(other);
-        const std::vector<Events> read = TracksOf(Saved(file, song.Sequence()));
-        CHECK(file.GetPresendTime() == static_cast<DWORD>(plainSong.presend));
-        Events expected{{0, "\xFF\3\0"s}};
-        for (const plain::Placed& message : plain.Messages(interval))
-            expected.push_back({static_cast<DWORD>(message.tick), Text(message.bytes)});
-        expected.push_back({std::max(expected.back().tick, static_cast<DWORD>(plain.lastTick)), "\xFF\x2F\0"s});
-        REQUIRE(read.size() == 3);
-        CHECK(read[1] == expected);
-        CHECK(read[2] == Events{{0, "\xFF\3\5other"s}, {0, "\xFF\x2F\0"s}});
-    }
+    song.Track("", 3);
+    song.Singer(0, 1, 3);         // sent and sung at once: what is written last lies behind the sound's end
+    std::string data(9000, '\0'); // which no buffer of the writer holds
+    for (size_t i = 0; i < data.size(); ++i)
+        data[i] = static_cast<char>(i * 37);
+    tagQuillMidiQSBBuffer qsb[] = {{reinterpret_cast<const BYTE*>("A\0B\x7F\xFF"), 5},
+                                   {reinterpret_cast<const BYTE*>(data.data()), 9000}};
+    std::string pieces;
+    for (size_t i = 0; i < 75; ++i) // of 119 bytes each, and one of 75: 9000 = 75 x 119 + 75
+        pieces +=
+            "\0\xFF\x01\x7FQM:00"s + std::to_string(i / 10) + std::to_string(i % 10) + ":" + data.substr(119 * i, 119);
+    pieces += "\0\xFF\x01\x53QM:0075:"s + data.substr(8925);
+    CHECK(Saved(song, qsb, 1) == "MThd\0\0\0\6\0\1\0\3\x01\xE0"s // format 1, 3 tracks, 480
+                                 "MTrk\0\0\0\x34"
+                                 "\0\xFF\x03\x0CMaster Track"
+                                 "\0\xFF\x51\x03\x07\xA1\x20"           // 500000
+                                 "\0\xFF\x58\x04\x04\x02\x18\x08"       // 4/4
+                                 "\x87\x40\xFF\x51\x03\x09\x27\xC0"     // at 960, 7 x 128 + 64: 600000
+                                 "\x87\x40\xFF\x58\x04\x03\x02\x18\x08" // at 1920: 3/4
+                                 "\0\xFF\x2F\0"
+                                 "MTrk\0\0\0\xA8"
+                                 "\0\xFF\x03\x05Voice"
+                                 "\0\xFF\x01\x0DQM:0000:A\0B\x7F\xFF"
+                                 "\x81\x40"s + // 192 = 128 + 64
+                                     Controls('\xB2',
+                                              "\x63\x50\x62\0\6\0\x26\0"                 // opening
+                                              "\x63\x50\x62\1\6\x0F\x26\x50"             // 2000 ms ahead, 15 x 128 + 80
+                                              "\x63\x50\x62\2\6\x3C\x63\x50\x62\3\6\x64" // note 60, velocity 100
+                                              "\x63\x50\x62\4\6\2\x26\x2C"               // 300 ms, 2 x 128 + 44
+                                              "\x63\x50\x62\5\6\3"                       // begins and ends the sound
+                                              "\x63\x50\x62\x11\6\1\x63\x50\x62\x12\6\1" // one character:
+                                              "\x63\x50\x62\x13\6\x61\x26\0"             // a, of no advancement
+                                              "\x63\x50\x62\x7F\6\x7F"s) +
+                                     "\x8F\x0F\xFF\x2F\0"s // at 2160, where the note ends: 192 + 33 + 15 x 128 + 15
+                                     "MTrk\0\0\x27\x18"
+                                     "\0\xFF\x03\0"s +
+                                     pieces + "\0"s +
+                                     Controls('\xB3', "\x63\x60\x62\0\6\0\x26\0\x63\x60\x62\1\6\0\x26\0"
+                                                      "\x63\x60\x62\2\6\1" // language
+                                                      "\x63\x53\x62\0\6\0\x26\0\x63\x53\x62\1\6\0\x26\0"
+                                                      "\x63\x53\x62\2\6\3"s) + // program
+                                     "\0\xFF\x2F\0"s);
 }
 
 TEST_CASE("engine midi file: deltas as variable-length quantities, bridged where they pass one") {
-    const TempFolder folder;
-    const std::pair<DWORD, std::string> cases[] = {{0, "\0"s},
-                                                   {0x7F, "\x7F"},
-                                                   {0x80, "\x81\0"s},
-                                                   {0x3FFF, "\xFF\x7F"},
-                                                   {0x4000, "\x81\x80\0"s},
-                                                   {0x1FFFFF, "\xFF\xFF\x7F"},
-                                                   {0x200000, "\x81\x80\x80\0"s},
-                                                   {0x0FFFFFFF, "\xFF\xFF\xFF\x7F"},
-                                                   {0x10000000, ""}};
-    std::string all;
-    {
-        Inside file;
-        REQUIRE(file.Open(folder.Path("deltas").c_str(), CFile::modeCreate | CFile::modeReadWrite));
-        file.CreateChunk(torv::ChunkId("MTrk"), 0);
-        for (const auto& [delta, bytes] : cases) {
-            CHECK(file.RiffWriteDelta(delta) == !bytes.empty());
-            all += bytes;
-        }
-        file.RiffWriteDummyEvent();
-        CHECK_FALSE(folder.Has("deltas")); // until it is closed
-    }                                      // which going does, with the chunk's size in this class's order
-    CHECK(folder.Content("deltas") == "MTrk\0\0\0"s + static_cast<char>(all.size() + 3) + all + "\xFF\1\0"s);
-
     const std::string bridge = "\xFF\xFF\xFF\x7F\xFF\1\0"s;
-    const std::pair<DWORD, std::string> bridged[] = {
+    const std::pair<DWORD, std::string> deltas[] = {
+        {0x7F, "\x7F"},
+        {0x80, "\x81\0"s},
+        {0x3FFF, "\xFF\x7F"},
+        {0x4000, "\x81\x80\0"s},
+        {0x1FFFFF, "\xFF\xFF\x7F"},
+        {0x200000, "\x81\x80\x80\0"s},
         {0x0FFFFFFF, "\xFF\xFF\xFF\x7F"},
         {0x10000000, bridge + "\1"},
         {0x20000005, bridge + bridge + "\7"},
         {0x7FFFFFFF, bridge + bridge + bridge + bridge + bridge + bridge + bridge + bridge + "\7"}};
-    for (const auto& test : bridged) {
-        const DWORD tick = test.first;
-        CAPTURE(tick);
+    for (const auto& [tick, bytes] : deltas) {
+        CAPTURE(bytes);
         Song song;
         song.Tempo(tick, 3);
-        const std::string bytes = Saved(song);
-        const std::string expected = test.second + "\xFF\x51\3\0\0\3\0\xFF\x2F\0"s;
-        CHECK(bytes.substr(53, expected.size()) == expected); // behind header, name, 500000, 4/4
-        CHECK(TracksOf(bytes).at(0).back().tick == tick);
+        const std::string expected = bytes + "\xFF\x51\3\0\0\3\0\xFF\x2F\0"s;
+        CHECK(Saved(song).substr(53, expected.size()) == expected); // behind header, name, 500000, 4/4
     }
+    const TempFolder folder;
+    {
+        Inside file;
+        REQUIRE(file.Open(folder.Path("track").c_str(), CFile::modeCreate | CFile::modeReadWrite));
+        file.CreateChunk(torv::ChunkId("MTrk"), 0);
+        CHECK(file.RiffWriteDelta(0x0FFFFFFF) == 1);
+        CHECK(file.RiffWriteDelta(0x10000000) == 0);
+        CHECK_FALSE(folder.Has("track")); // until it is closed
+    }                                     // which going does, with the chunk's size in this class's order
+    CHECK(folder.Content("track") == "MTrk\0\0\0\4\xFF\xFF\xFF\x7F"s);
 }
 
 TEST_CASE("engine midi file: host data go into pieces, unchanged") {
     Bytes data(250);
     for (size_t i = 0; i < data.size(); ++i)
         data[i] = static_cast<BYTE>(i * 37);
-    const std::string text = Text(data);
+    const std::string text(data.begin(), data.end());
     const auto piece = [&](const char* number, size_t at, size_t length) {
         return Event{0, "\xFF\1"s + static_cast<char>(length + 8) + number + text.substr(at, length)};
     };
@@ -258,10 +193,10 @@ TEST_CASE("engine midi file: host data go into pieces, unchanged") {
     Inside file;
     for (const auto& [size, events] : cases) {
         CAPTURE(size);
-        file.buffers[0].Create(0, 2000, 0);
+        file.buffer.Create(0, 2000, 0);
         const tagQuillMidiQSBBuffer qsb{data.data(), size};
         CHECK(file.WriteMetaQSBEvent(&qsb, 9998) == static_cast<int>(events.size()));
-        file.DebugTrace(&file.buffers[0]);
+        file.DebugTrace(&file.buffer);
         CHECK(file.Written() == events);
     }
     const tagQuillMidiQSBBuffer none{nullptr, 250};
