@@ -6,18 +6,12 @@
 
 namespace {
 
-int CALLBACK CollectStatus(int status, const char* name, LPARAM data) {
-    reinterpret_cast<Texts*>(data)->push_back(Values(status, name));
-    return 1;
-}
-int CALLBACK CollectArticulation(int status, int articulation, const char* name, LPARAM data) {
-    reinterpret_cast<Texts*>(data)->push_back(Values(status, articulation, name));
-    return 1;
-}
-int CALLBACK CollectTwoVariations(int status, int articulation, int variation, const char* name, LPARAM data) {
+/// Takes `kMost` of them.
+template <size_t kMost, class... Numbers>
+int CALLBACK Collect(Numbers... numbers, const char* name, LPARAM data) {
     auto& texts = *reinterpret_cast<Texts*>(data);
-    texts.push_back(Values(status, articulation, variation, name));
-    return texts.size() < 2 ? 7 : 0;
+    texts.push_back(Values(numbers..., name));
+    return texts.size() < kMost ? 7 : 0;
 }
 
 } // namespace
@@ -27,20 +21,20 @@ TEST_CASE("catalogue: statuses, articulations and variations are told through ca
     const CQuillDBManager& manager = host.manager;
     Texts seen;
     const auto data = reinterpret_cast<LPARAM>(&seen);
-    CHECK(manager.EnumIconStatus(CollectStatus, data) == 1);
+    CHECK(manager.EnumIconStatus(Collect<99, int>, data) == 7);
     CHECK(std::exchange(seen, {}) ==
           Texts{"1 Attack", "2 Release", "3 Transit", "4 Vibrato", "5 Dynamics", "7 Singer"});
     for (int status = 0; status <= 8; ++status) {
         const bool isThere = status > 0 && status < 8 && status != 6;
-        CHECK(manager.EnumIconArticulation(status, CollectArticulation, data) == isThere);
+        CHECK(manager.EnumIconArticulation(status, Collect<99, int, int>, data) == 7 * isThere);
         CHECK(manager.EnumIconArticulation(status, nullptr, 0) == isThere);
     }
     // The names of 2 and 3 go by the articulation's number, not by the status's name.
     CHECK(std::exchange(seen, {}) == Texts{"1 1 NoteAttack", "2 2 NoteTransition", "3 3 NoteRelease", "4 4 Vibrato",
                                            "5 1 Dynaff", "5 2 Crescendo", "5 3 Decrescendo",
                                            "7 1 DEFAULT_ARTICURATION"});
-    CHECK(manager.EnumIconVariation(5, 1, CollectTwoVariations, data) == 0); // ended by the callback
-    CHECK(manager.EnumIconVariation(1, 2, CollectTwoVariations, data) == 0);
+    CHECK(manager.EnumIconVariation(5, 1, Collect<2, int, int, int>, data) == 0); // ended by the callback
+    CHECK(manager.EnumIconVariation(1, 2, Collect<2, int, int, int>, data) == 0);
     CHECK(Values(manager.EnumIconVariation(5, 1, nullptr, 0), manager.EnumIconVariation(1, 2, nullptr, 0)) == "1 0");
     CHECK(seen == Texts{"5 1 1 ppp", "5 1 2 pp"});
     std::unique_ptr<CIconObject> unnamed = Level(torv::kDecrescendo, 0, "", 0);

@@ -1,32 +1,18 @@
 // The databases as they are shipped: the tree's presets over the reference libraries.
 #include "database/database_fixture.h"
 
+#include "environment.h"
 #include "torv/icons/icon_singer.h"
 
-#include <cstdlib>
+#include <array>
 #include <set>
 
 namespace {
 
-/// A user's own data for one test.
-class UserData {
-public:
-    UserData() { Set(m_folder.Path("user").c_str()); }
-    ~UserData() { Set(""); }
-
-private:
-    static void Set(const char* folder) {
-#if defined(_WIN32)
-        _putenv_s("TORV_USER_DATA", folder);
-#else
-        *folder ? setenv("TORV_USER_DATA", folder, 1) : unsetenv("TORV_USER_DATA");
-#endif
-    }
-    TempFolder m_folder;
-};
-
+/// With no data of the user's own at first.
 struct Shipped : FakeHost {
     Shipped() {
+        SetEnvironment("TORV_USER_DATA", files.Path("user"));
         registry.Set(kDatabaseKey, "PATH", "DBM.dll");
         registry.Set(kEditorKey, "PATH", "VEDIT.dll");
         REQUIRE(manager.OpenDatabase() == 1);
@@ -36,7 +22,6 @@ struct Shipped : FakeHost {
         manager.CloseDatabase();
         REQUIRE(manager.OpenDatabase() == 1);
     }
-    UserData user;
     Boxes boxes;
     CQuillDBManager manager;
 };
@@ -46,24 +31,21 @@ struct Shipped : FakeHost {
 TEST_CASE("shipped databases: levels rise, and every icon has its picture") {
     const Shipped shipped;
     const CQuillDBManager& manager = shipped.manager;
-    struct Kind {
-        int status, articulation, count;
-    };
     std::set<HBITMAP> pictures;
-    for (const Kind& kind :
-         {Kind{1, 1, 5}, Kind{2, 2, 3}, Kind{3, 3, 4}, Kind{4, 4, 5}, Kind{5, 1, 8}, Kind{5, 2, 4}, Kind{5, 3, 4}}) {
+    for (const auto& [status, articulation, count] :
+         {std::array{1, 1, 5}, {2, 2, 3}, {3, 3, 4}, {4, 4, 5}, {5, 1, 8}, {5, 2, 4}, {5, 3, 4}}) {
         int last = -1;
-        for (int variation = 1; variation <= kind.count; ++variation) {
-            const DWORD id = torv::MakeIconID(kind.status, kind.articulation, variation);
+        for (int variation = 1; variation <= count; ++variation) {
+            const DWORD id = torv::MakeIconID(status, articulation, variation);
             CHECK(SizeOf(manager.GetButtonBitmap(id)) == "16x15");
             CHECK(pictures.insert(manager.GetButtonBitmap(id)).second);
-            if (kind.status == 5 && kind.articulation == 1) {
+            if (status == 5 && articulation == 1) {
                 const int level = dynamic_cast<CIconDynamics&>(*manager.GetModelIconObject(id)).GetStartDynamics();
                 CHECK(level > last);
                 last = level;
             }
         }
-        CHECK(!manager.VerifyIconID(torv::MakeIconID(kind.status, kind.articulation, kind.count + 1)));
+        CHECK(!manager.VerifyIconID(torv::MakeIconID(status, articulation, count + 1)));
     }
 }
 

@@ -18,7 +18,7 @@ struct Users {
         folder.File("User.def", content);
         return database.LoadDatabase(path.c_str());
     }
-    std::string Content() const { return ContentOf(path); }
+    std::string Content() const { return folder.Content("User.def"); }
 };
 
 bool Add(CUserDB& database, std::unique_ptr<CIconObject> icon) { return database.Register(icon) != nullptr; }

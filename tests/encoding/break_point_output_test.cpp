@@ -21,30 +21,12 @@ struct Curve : CxQMOutBreakPoint {
 
 const tagSequenceTimeMap kMap[] = {{500000, 0, 0}, {0, 0xFFFFFFFF, 0xFFFFFFFF}};
 
-/// Sounding time and value of each block, for a presend given in milliseconds.
-Points Sampled(std::initializer_list<std::pair<LONG, SHORT>> points, int resolution, DWORD presend = 0) {
-    Curve curve(points);
-    CQuillMidiBuffer buffer;
-    buffer.Create(1, presend, 0);
-    tagQuillMidiRealtimeInfo info{77, kMap, 100000, 7, 0, 0, 0}; // wherever it stood, it begins anew
-    CHECK(curve.OutputParamLinear(&buffer, &info, resolution) == 1);
-    Points sampled;
-    for (const StreamEntry& entry : EntriesOf(buffer))
-        sampled.push_back({entry.time + static_cast<long>(presend), entry.bytes.at(32)});
-    return sampled;
-}
-
 } // namespace
 
-TEST_CASE("sampled output: a single point is its closing value, whatever the presend") {
-    CHECK(Sampled({{480, 64}}, 30) == Points{{500, 64}});
-    CHECK(Sampled({{10, 64}}, 30, 2000) == Points{{10, 64}}); // sent before the song: its time is -1990
-    CHECK(Sampled({{-5, 64}}, 30) == Points{{0, 64}});        // no tick lies before the first
-    CHECK(Sampled({{0, -1}}, 30).empty());                    // equals what counts as sent at first
-    CHECK(Sampled({{0, 0}, {3, 3}}, 0) == Points{{0, 0}, {1, 1}, {2, 2}, {3, 3}}); // no resolution: every tick
-}
-
 TEST_CASE("list output: the samples without repeats, or the list as it was") {
+    CBreakPointList every;
+    CHECK(Curve({{0, 0}, {3, 3}}).OutputParamLinear(&every, 0) == 1); // no resolution: every tick
+    CHECK(PointsOf(every) == Points{{0, 0}, {1, 1}, {2, 2}, {3, 3}});
     FailEachAllocation([](AllocationFailure& failure) {
         Curve curve({{0, 5}, {240, 5}, {480, 9}, {490, 11}});
         CBreakPointList list;

@@ -63,7 +63,8 @@ private:
     template <class Kind>
     Kind* Made(int status) {
         auto* const icon = new Kind(status, Below(100), 1);
-        *icon->GetExpressionEntry() = {0, Below(255) | 0x300, Below(256) | 0x500, 0}; // of which the low bytes count
+        // The low bytes count, and an id of 0 is one.
+        *icon->GetExpressionEntry() = {0, Below(2) * Below(255) | 0x300, Below(2) * Below(256) | 0x500, 0};
         return icon;
     }
     template <class Kind>

@@ -1,14 +1,12 @@
 #pragma once
 
 #include "torv/icons/icon_object.h"
-#include "torv/typed_file/typed_file.h"
 
+#include "typed_file/file_text.h"
 #include "values.h"
 
 #include <doctest/doctest.h>
 
-#include <cstring>
-#include <string>
 #include <vector>
 
 /// A curve as numbers: position, value and, where it matters, flags.
@@ -38,25 +36,15 @@ inline void Fill(CBreakPointList& list, const Rows& rows) {
     }
 }
 
-/// A file's bytes in the compact form.
-inline std::string TextOf(CxTypedFile& file) {
-    CMemFile out;
-    CHECK(file.Save2(&out) == 1);
-    std::string text(static_cast<size_t>(out.GetLength()), '\0');
-    out.SeekToBegin();
-    out.Read(text.data(), static_cast<UINT>(text.size()));
-    return text;
-}
-
 /// The icon as a section "S" of a file.
 inline std::string Described(CIconObject& icon) {
     CxTypedFile file;
     CHECK(icon.DescribeParameter(&file, "S") == 1);
-    return TextOf(file);
+    return Compact(file);
 }
 
-inline void Construct(CIconObject& icon, const char* text) {
+inline void Construct(CIconObject& icon, const std::string& text) {
     CxTypedFile file;
-    file.Load(reinterpret_cast<const unsigned char*>(text), static_cast<DWORD>(std::strlen(text)));
+    LoadText(file, text);
     CHECK(icon.ConstructParameter(&file, "S") == 1);
 }

@@ -5,22 +5,6 @@
 #include "torv/icons/icon_note_release.h"
 #include "torv/icons/icon_note_transit.h"
 
-namespace {
-
-tagNoteIconObject ExampleRecord() {
-    tagNoteIconObject record{};
-    record.header.iconId = 0x01010007;
-    record.database = 5;
-    record.idHigh = 0x1234;
-    record.idLow = 0x56;
-    record.itemValue = 0xFFFFFFF0;
-    record.duration = 200;
-    record.depth = 1;
-    return record;
-}
-
-} // namespace
-
 TEST_CASE("shapes: 64 unless a file says otherwise, and any value a host sets") {
     CIconNoteAttack attack(1, 1, 3);
     CIconNoteTransit transit(3, 3, 1);
@@ -54,58 +38,54 @@ TEST_CASE("shapes as text: sections of songs, and a user's expression files") {
     CHECK(Described(transit) == "[S]\nCaption=\nLength=30\nDuration=9\n");
     CxTypedFile file, odd;
     CHECK(release.DescribeUserExpression(&file) == 1);
-    CHECK(TextOf(file) ==
+    CHECK(Compact(file) ==
           "[Common]\nArticulation=NoteTransition\nCaption=mine\n[Parameter]\nLength=50\nDuration=64\nDepth=-1\n");
     CIconNoteTransit unnamed(3, 9, 1);
     CHECK(unnamed.DescribeUserExpression(&odd) == 1);
-    CHECK(TextOf(odd) == "[Common]\nArticulation=\nCaption=\n[Parameter]\nLength=0\nDuration=64\n");
+    CHECK(Compact(odd) == "[Common]\nArticulation=\nCaption=\n[Parameter]\nLength=0\nDuration=64\n");
     CHECK(unnamed.DescribeUserExpression(nullptr) == 0);
 }
 
-TEST_CASE("note records: bytes of shapes, names that stay") {
+TEST_CASE("note records: bytes of shapes, names that stay; copies and replacements take all, the variation too") {
     CIconNoteAttack attack(1, 1, 1);
     char singer[] = "Anna", developer[] = "Dev";
-    tagNoteIconObject record = ExampleRecord();
+    tagNoteIconObject record{};
+    record.header.iconId = 0x01010007;
+    record.database = 5;
+    record.idHigh = 0x1234;
+    record.idLow = 0x56;
+    record.itemValue = 0xFFFFFFF0;
+    record.duration = 200;
+    record.depth = 1;
     record.originalSingerName = singer;
     record.developerName = developer;
     CHECK(attack.ConstructParameter(&record) == 1);
-    CHECK(Values(attack.GetIconID(), attack.GetExpressionID()) == Values(0x01010007, 0x3456));
     record.originalSingerName = record.developerName = nullptr;
     CHECK(attack.ConstructParameter(&record) == 1);
-    CHECK(Values(attack.GetOriginalSingerName(), attack.GetDevelopperName()) == "Anna Dev");
-
     attack.SetDuration(0x1FF);
-    CIconNoteAttack copy(&attack);
-    tagNoteIconObject described{};
-    CHECK(copy.DescribeParameter(&described) == 1);
-    CHECK(Values(described.database, described.idHigh, described.itemValue) == Values(5, 0x1234, 0xFFFFFFF0));
-    CHECK(Values(int{described.duration}, int{described.depth}, described.developerName) == "255 1 Dev");
-    torv::ReleaseIconRecord(&described);
-    CHECK(described.originalSingerName == nullptr);
-    CHECK(described.header.caption == nullptr);
 
-    CIconNoteTransit transit(3, 3, 1);
+    CIconNoteAttack copy(&attack), replaced(1, 1, 3);
+    CHECK(Values{replaced.ReplaceParameter(&attack), replaced.ReplaceParameter(&replaced)} == "1 1");
+    for (CIconNoteAttack* const icon : {&copy, &replaced}) {
+        CHECK(Values(icon->GetIconID(), icon->GetExpressionID()) == Values(0x01010007, 0x3456));
+        tagNoteIconObject described{};
+        CHECK(icon->DescribeParameter(&described) == 1);
+        CHECK(Values(described.database, described.idHigh, described.itemValue) == Values(5, 0x1234, 0xFFFFFFF0));
+        CHECK(Values(int{described.duration}, int{described.depth}) == "255 1");
+        CHECK(Values(described.originalSingerName, described.developerName) == "Anna Dev");
+        torv::ReleaseIconRecord(&described);
+        CHECK(described.originalSingerName == nullptr);
+        CHECK(described.header.caption == nullptr);
+    }
+    CIconNoteTransit from(3, 3, 1), to(3, 3, 2);
     record.depth = 99;
-    CHECK(Values{transit.ConstructParameter(&record), transit.GetDuration(), transit.GetDepth()} == "1 200 64");
-}
-
-TEST_CASE("replacing a note icon takes the other's variation too, of another kind only what both have") {
-    tagNoteIconObject record = ExampleRecord();
-    CIconNoteAttack attack(1, 1, 3), other(1, 1, 1);
-    other.ConstructParameter(&record);
-    CHECK(attack.ReplaceParameter(&other) == 1);
-    CHECK(attack.GetIconID() == 0x01010007);
-    CHECK(Values(attack.GetDuration(), attack.GetDepth(), attack.GetExpressionEntry()->database) == "200 1 5");
-    CHECK(Values{attack.ReplaceParameter(&attack), attack.GetExpressionID()} == Values(1, 0x3456));
-
-    CIconNoteTransit from(3, 3, 8), to(3, 3, 2);
-    from.SetDuration(11);
-    CHECK(Values{to.ReplaceParameter(&from), to.GetIconID(), to.GetDuration()} == Values(1, 0x03030008, 11));
-
+    CHECK(Values{from.ConstructParameter(&record), from.GetDuration(), from.GetDepth()} == "1 200 64");
+    CHECK(Values{to.ReplaceParameter(&from), to.GetIconID(), to.GetDuration()} == Values(1, 0x03030007, 200));
+    // Of another kind only what both have: an expression both are.
     CIconNoteRelease release(2, 2, 5);
     release.SetLength(50);
     CHECK(attack.ReplaceParameter(&release) == 1);
-    CHECK(Values(attack.GetIconID(), attack.GetLength(), attack.GetDuration()) == Values(0x01010007, 50, 200));
-    CHECK(attack.GetExpressionID() == 0); // an expression both are
+    CHECK(Values(attack.GetIconID(), attack.GetLength(), attack.GetDuration(), attack.GetExpressionID()) ==
+          Values(0x01010007, 50, 511, 0));
     CHECK(attack.ReplaceParameter(nullptr) == 0);
 }

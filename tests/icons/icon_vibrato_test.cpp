@@ -18,10 +18,10 @@ TEST_CASE("vibrato: setters refuse what files have brought into range") {
                              "StartRate=0\nRateBPNum=0\n");
     CxTypedFile file;
     CHECK(icon.DescribeUserExpression(&file) == 1);
-    CHECK(TextOf(file) == "[Common]\nArticulation=Vibrato\nCaption=\n"
-                          "[Parameter]\nLength=480\n"
-                          "StartDepth=127\nDepthBPNum=2\nDepthBPX=0.000000,0.500000\nDepthBPY=10,200\n"
-                          "StartRate=0\nRateBPNum=0\n");
+    CHECK(Compact(file) == "[Common]\nArticulation=Vibrato\nCaption=\n"
+                           "[Parameter]\nLength=480\n"
+                           "StartDepth=127\nDepthBPNum=2\nDepthBPX=0.000000,0.500000\nDepthBPY=10,200\n"
+                           "StartRate=0\nRateBPNum=0\n");
     Construct(icon, "[S]\nRateBPNum=-1\nRateBPX=0.25\nRateBPY=5"); // 65535 asked for, one there
     CHECK(icon.GetDepthBPList()->IsEmpty());
     CHECK(RowsOf(*icon.GetRateBPList()) == Rows{{2500, 5, 0}});
@@ -83,28 +83,29 @@ TEST_CASE("vibrato: records, copies and replacements carry ends that nobody read
     CHECK(Values(record.ratePointCount, record.ratePoints[0].flags) == "1 3");
     CHECK(Values(record.depthPointCount, record.depthPoints, record.header.reserved) == Values(0, 0, 0x1234));
     record.length = 480;
+    record.startDepth = 5;
     record.startRate = 6;
+    record.endDepth = 40;
     record.endRate = 50;
     record.depthPointCount = 4; // with a null array: empty
     record.idLow = 9;
     CIconVibrato other(4, 4, 2);
     Fill(*other.GetDepthBPList(), {{7, 7}});
     CHECK(other.ConstructParameter(&record) == 1);
-    CHECK(Values(other.GetEndRate(), other.GetStartRate(), other.GetLength()) == "0 6 480");
-    CHECK(Values(other.GetDepthBPList()->IsEmpty(), other.GetRateBPList()->GetCount()) == "1 1");
+    CHECK(Values(other.GetEndRate(), other.GetDepthBPList()->IsEmpty()) == "0 1");
     torv::ReleaseIconRecord(&record);
     CHECK(record.ratePoints == nullptr);
 
     CIconVibrato replaced(4, 4, 9);
     CHECK(replaced.ReplaceParameter(&other) == 1);
     CHECK(replaced.GetIconID() == 0x04040009); // unlike the note icons
-    for (CIconVibrato* const copy : {&replaced, new CIconVibrato(&other)}) {
+    CIconVibrato copied(&other);
+    for (CIconVibrato* const copy : {&replaced, &copied}) {
         tagVibratoIconObject described{};
         CHECK(copy->DescribeParameter(&described) == 1);
-        CHECK(Values(described.endRate, described.startRate, described.length, described.idLow) == "50 6 480 9");
+        CHECK(Values(described.startDepth, described.endDepth, described.startRate, described.endRate) == "5 40 6 50");
+        CHECK(Values(described.length, described.idLow) == "480 9");
         CHECK(Values(described.ratePointCount, described.ratePoints[0].position) == "1 1");
         torv::ReleaseIconRecord(&described);
-        if (copy != &replaced)
-            delete copy;
     }
 }

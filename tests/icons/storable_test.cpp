@@ -11,7 +11,7 @@ template <class Icon>
 std::string ReadBack(Icon& icon) {
     const std::string text = Described(icon);
     Icon read(icon.GetIconID() >> 24, icon.GetIconID() >> 16 & 0xFF, 1);
-    Construct(read, text.c_str());
+    Construct(read, text);
     return Described(read);
 }
 

@@ -3,24 +3,12 @@
 #include <doctest/doctest.h>
 
 #include <random>
-#include <string>
 
 #include "allocation_failure.h"
 #include "platform/temp_folder.h"
-#include "torv/platform/afx/mem_file.h"
+#include "typed_file/file_text.h"
 
 namespace {
-
-int LoadText(CxTypedFile& file, const std::string& text) {
-    return file.Load(reinterpret_cast<const unsigned char*>(text.data()), static_cast<DWORD>(text.size()));
-}
-
-/// What the file holds, compact: every section, key and value in order.
-std::string Compact(CxTypedFile& file) {
-    CMemFile out;
-    CHECK(file.Save2(&out));
-    return out.GetBytes();
-}
 
 std::string Reread(const std::string& text) {
     CxTypedFile file;

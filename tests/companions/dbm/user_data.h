@@ -2,6 +2,7 @@
 #pragma once
 
 #include "companions/companion_module.h"
+#include "environment.h"
 #include "platform/temp_folder.h"
 #include "torv/abi/dbm.h"
 #include "values.h"
@@ -9,7 +10,6 @@
 #include <doctest/doctest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -43,14 +43,6 @@ inline std::string Parameters(const DBMVoiceParameters& parameters) {
         text += std::string(parameters.pairs[i].name) + "=" + parameters.pairs[i].value + ";";
     CHECK(parameters.pairs[parameters.count].name == nullptr);
     return text;
-}
-
-inline void SetEnvironment(const char* name, const std::string& value) {
-#if defined(_WIN32)
-    _putenv_s(name, value.c_str());
-#else
-    setenv(name, value.c_str(), 1);
-#endif
 }
 
 class UserData {
