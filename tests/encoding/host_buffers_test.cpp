@@ -3,6 +3,7 @@
 #include "torv/encoding/pitch_buffer.h"
 #include "torv/icons/icon_note_attack.h"
 #include "torv/stream/chart_record.h"
+#include "values.h"
 
 #include <doctest/doctest.h>
 
@@ -71,21 +72,13 @@ TEST_CASE("pitch: nothing works before Create, or with null, and nothing changes
     for (const bool isCreated : {false, true}) {
         CHECK(buffer.Create(isCreated ? 64 : 0) == isCreated);
         DWORD* const frames = isCreated ? nullptr : &frame;
-        CHECK(buffer.MoveTo(3) == 0);
-        CHECK(buffer.ReadData(frames, 1) == 0);
-        CHECK(buffer.WriteData(frames, 1) == 0);
-        CHECK(buffer.InsertData(frames, 1) == 0);
-        CHECK(buffer.AddData(frames, 1) == 0);
-        CHECK(buffer.ReadData(frames) == 0);
-        CHECK(buffer.WriteData(frames) == 0);
-        CHECK(buffer.AddData(frames) == 0);
-        CHECK(buffer.Load(isCreated ? nullptr : &file, 2, nullptr) == 0);
-        CHECK(buffer.GetSize() == 0);
-        CHECK(buffer.GetModify() == 0);
-        CHECK(buffer.GetFrameSize() == (isCreated ? 4 : 0));
+        CHECK(Values{buffer.ReadData(frames, 1), buffer.WriteData(frames, 1), buffer.InsertData(frames, 1),
+                     buffer.AddData(frames, 1)} == "0 0 0 0");
+        CHECK(Values{buffer.ReadData(frames), buffer.WriteData(frames), buffer.AddData(frames)} == "0 0 0");
+        CHECK(Values{buffer.MoveTo(3), buffer.Load(isCreated ? nullptr : &file, 2, nullptr)} == "0 0");
+        CHECK(Values(buffer.GetSize(), buffer.GetModify(), buffer.GetFrameSize()) == Values(0, 0, isCreated ? 4 : 0));
     }
-    CHECK(buffer.GetSampleRate() == 44100);
-    CHECK(buffer.GetFrameStep() == 256);
+    CHECK(Values(buffer.GetSampleRate(), buffer.GetFrameStep()) == "44100 256");
 }
 
 TEST_CASE("pitch: random edits, as a list of frames has them; a single frame placed counts four") {
@@ -138,15 +131,11 @@ TEST_CASE("pitch: writing over counts what is there, loading what it loaded, in 
     const DWORD frames[] = {1, 2, 3};
     CHECK(buffer.AddData(frames, 2) == 2);
     buffer.MoveTo(1);
-    CHECK(buffer.WriteData(frames, 3) == 3);
-    CHECK(buffer.GetNumFrames() == 4);
+    CHECK(Values{buffer.WriteData(frames, 3), buffer.GetNumFrames()} == "3 4");
     CMemFile file("abcdefghij", 10);
     buffer.SetModify(0);
-    CHECK(buffer.Load(&file, 1, nullptr) == 1);
-    CHECK(buffer.GetNumFrames() == 1);
-    CHECK(buffer.GetSize() == 20);
-    CHECK(buffer.Load(&file, 0x40000001, nullptr) == 1); // not 4 bytes
-    CHECK(buffer.GetSize() == 26);
+    CHECK(Values{buffer.Load(&file, 1, nullptr), buffer.GetNumFrames(), buffer.GetSize()} == "1 1 20");
+    CHECK(Values{buffer.Load(&file, 0x40000001, nullptr), buffer.GetSize()} == "1 26"); // not 4 bytes
     CHECK(buffer.GetModify() == 0);
 }
 
@@ -154,9 +143,7 @@ TEST_CASE_TEMPLATE("events and controllers: tags, order, and the ends", Buffer, 
     Buffer buffer;
     std::conditional_t<std::is_same_v<Buffer, CKelEventBuffer>, tagKelEventEntry, tagKelControllerEntry> entry{};
     for (const bool isCreated : {false, true}) {
-        CHECK(buffer.SeekNext() == 242);
-        CHECK(buffer.SeekPrev() == 241);
-        CHECK(buffer.RemoveEvent() == 0);
+        CHECK(Values{buffer.SeekNext(), buffer.SeekPrev(), buffer.RemoveEvent()} == "242 241 0");
         buffer.RemoveAll();
         CHECK(buffer.AddEvent(&entry) == isCreated);
         CHECK(buffer.Create() == !isCreated);
@@ -168,16 +155,12 @@ TEST_CASE_TEMPLATE("events and controllers: tags, order, and the ends", Buffer, 
         CHECK(buffer.InsertEvent(&entry) == 1);
     }
     CHECK(TagsOf(buffer) == std::vector<DWORD>{100, 300, 500, 242});
-    CHECK(buffer.SeekPrev() == 500);
-    CHECK(buffer.SeekPrev() == 300);
-    CHECK(buffer.ReadEvent(&entry) == 1);
-    CHECK(entry.delta == 200);
+    CHECK(Values{buffer.SeekPrev(), buffer.SeekPrev(), buffer.ReadEvent(&entry), entry.delta} == "500 300 1 200");
     entry.tag = 7;
     CHECK(buffer.WriteEvent(&entry) == 1);
     CHECK(TagsOf(buffer) == std::vector<DWORD>{100, 7, 500, 242});
     buffer.MoveTo(300);
-    CHECK(buffer.RemoveEvent() == 1);
-    CHECK(buffer.RemoveEvent() == 0);
+    CHECK(Values{buffer.RemoveEvent(), buffer.RemoveEvent()} == "1 0");
     CHECK(TagsOf(buffer) == std::vector<DWORD>{100, 500, 242});
     buffer.RemoveAll();
     CHECK(TagsOf(buffer) == std::vector<DWORD>{242});
@@ -199,8 +182,8 @@ TEST_CASE("events: records go with their entries, however filled; what leaves ot
     entry = {0x7FFFFFFF, torv::kEventSinger, refused.get()};
     CHECK(buffer.AddEvent(&entry) == 0);
     for (int i = 0; i < 5; ++i) { // one by one, from the dynamics on
-        CHECK(buffer.RemoveEvent() == 1);
-        CHECK(buffer.RemoveEvent() == 0); // the one before is readable, not current: its record stays
+        CHECK(Values{buffer.RemoveEvent(), buffer.RemoveEvent()} ==
+              "1 0"); // the one before is readable, not current: its record stays
         buffer.SeekNext();
     }
     CHECK(TagsOf(buffer) == std::vector<DWORD>{245, 245, 7, 242});

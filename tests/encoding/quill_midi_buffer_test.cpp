@@ -1,4 +1,5 @@
 #include "encoding_fixture.h"
+#include "values.h"
 
 #include <doctest/doctest.h>
 
@@ -56,19 +57,15 @@ TEST_CASE("buffer: what it refuses leaves it as it was") {
         CHECK(buffer.AddEvent(isCreated ? 0x80000000 : 0, &byte, 1, 0) == 0); // no stream reaches so far
         CHECK(buffer.InsertEventExAt(isCreated ? 0x80000000 : 0, 0, &byte, 1) == 0);
         CHECK(buffer.InsertEventAt(isCreated ? 0x80000000 : 0, &byte, 1, 0, 1) == 0);
-        CHECK(buffer.AddEvent(1, nullptr, 3, 0) == 0);
-        CHECK(buffer.AddEvent(1, &byte, 1, nullptr, 1, 0) == 0);
+        CHECK(Values{buffer.AddEvent(1, nullptr, 3, 0), buffer.AddEvent(1, &byte, 1, nullptr, 1, 0)} == "0 0");
         CHECK(buffer.MoveTo(0) == isCreated);
         CHECK(EntriesOf(buffer).empty());
-        CHECK(buffer.ReadEntry(&entry) == 0);
-        CHECK(buffer.ReadNextEntry(&entry) == 0);
-        CHECK(buffer.ReadPrevEntry(&entry) == 0);
+        CHECK(Values{buffer.ReadEntry(&entry), buffer.ReadNextEntry(&entry), buffer.ReadPrevEntry(&entry)} == "0 0 0");
         CHECK(buffer.SeekToTimePosition(10) == 0);
         buffer.Create(1, 2000, 0);
     }
     CHECK(buffer.InsertEventAt(0x7FFFFFFF, &byte, 1, 0, 1) == 1);
-    CHECK(buffer.ReadEvent(buffer.GetDataSize(), &read, 1) == 0);
-    CHECK(buffer.ReadEvent(0, nullptr, 1) == 0);
+    CHECK(Values{buffer.ReadEvent(buffer.GetDataSize(), &read, 1), buffer.ReadEvent(0, nullptr, 1)} == "0 0");
 }
 
 TEST_CASE("buffer: copies share what is stored, and the last one frees it") {
@@ -80,13 +77,10 @@ TEST_CASE("buffer: copies share what is stored, and the last one frees it") {
     CHECK(EntriesOf(*first) == std::vector<StreamEntry>{{5, 0, {7}}});
     first.reset();
     CHECK(EntriesOf(second) == std::vector<StreamEntry>{{5, 0, {7}}});
-    CHECK(second.GetMode() == 0);
-    CHECK(second.GetPresendTime() == 1500);
-    CHECK(second.GetEventInterval() == 7);
+    CHECK(Values(second.GetMode(), second.GetPresendTime(), second.GetEventInterval()) == "0 1500 7");
     second.RaiseLast(10, 20);
     second.RaiseLast(9, 99);
-    CHECK(second.GetLastTick() == 10);
-    CHECK(second.GetLastTime() == 20);
+    CHECK(Values(second.GetLastTick(), second.GetLastTime()) == "10 20");
 }
 
 TEST_CASE("buffer: sounding times are sought, and a segment that sounds then is told") {
@@ -118,23 +112,19 @@ TEST_CASE("buffer: sounding times are sought, and a segment that sounds then is 
                                  Sought{2999, 1700, 200, 0}, Sought{3000, 3000, 300, 1}, Sought{3699, 3000, 400, 1},
                                  Sought{3700, 3000, 400, 0}, Sought{7999, 5000, 600, 0}, Sought{8499, 8000, 700, 1}}) {
         CAPTURE(sought.time);
-        CHECK(buffer.SeekToTimePosition(sought.time) == sought.found);
-        CHECK(buffer.GetPosition() == sought.tick);
+        CHECK(Values{buffer.SeekToTimePosition(sought.time), buffer.GetPosition()} ==
+              Values(sought.found, sought.tick));
         buffer.SeekToBegin();
-        CHECK(buffer.SetLoopEndState(sought.time) == 1);
-        CHECK(buffer.GetLoopEndState() == sought.sounds);
+        CHECK(Values{buffer.SetLoopEndState(sought.time), buffer.GetLoopEndState()} == Values(1, sought.sounds));
     }
     tagQuillMidiMessageHead head{};
     CQuillMidiBuffer::SetDelay(&head, 0x3FFF + 2); // 14 bits
     CHECK(CQuillMidiBuffer::GetDelay(&head) == 1);
     CQuillMidiBuffer::SetDelay(&head, 2000);
-    CHECK(head.bytes[20] == 0x0F);
-    CHECK(head.bytes[23] == 0x50);
+    CHECK(Values(int{head.bytes[20]}, int{head.bytes[23]}) == "15 80"); // 15 x 128 + 80
     CQuillMidiBuffer::SetDelay(nullptr, 1);
-    CHECK(CQuillMidiBuffer::GetDelay(nullptr) == 0);
-    CHECK(CQuillMidiBuffer::GetNoteDuration(nullptr) == 0);
+    CHECK(Values(CQuillMidiBuffer::GetDelay(nullptr), CQuillMidiBuffer::GetNoteDuration(nullptr)) == "0 0");
     CPtrArray table;
     table.SetSize(3);
-    CHECK(buffer.CreateChaseTable(table, 100) == 0);
-    CHECK(table.GetSize() == 0);
+    CHECK(Values{buffer.CreateChaseTable(table, 100), table.GetSize()} == "0 0");
 }

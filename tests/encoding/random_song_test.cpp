@@ -35,7 +35,7 @@ TEST_CASE("encoder: random songs become what a plain encoder makes of them") {
         FileEncoder encoder;
         song.SetUp(encoder);
         const plain::Encoder plain(song, encoder);
-        const auto stream = song.Encode(encoder);
+        const auto stream = Encode(song, encoder);
         REQUIRE(stream);
         CheckSame(*stream, plain.placed);
         CHECK(stream->GetLastTick() == plain.lastTick);
@@ -45,7 +45,7 @@ TEST_CASE("encoder: random songs become what a plain encoder makes of them") {
         const DWORD interval = seed % 3;
         CQuillMidiBuffer buffer;
         buffer.Create(CxQuillMidiEncoder::kFileMode, encoder.GetPresendTime(), static_cast<int>(interval));
-        REQUIRE(encoder.Write(buffer, song.Track(), song.Map().get()) == 1);
+        REQUIRE(encoder.Write(buffer, song.Track(), MapOf(song).get()) == 1);
         CheckSame(buffer, plain.Messages(interval));
     }
     CHECK(blocks > 15000);

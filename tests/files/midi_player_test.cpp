@@ -3,6 +3,7 @@
 #include "allocation_counter.h"
 #include "midi_recorder.h"
 #include "torv/files/midi_player.h"
+#include "values.h"
 
 #include <doctest/doctest.h>
 
@@ -34,13 +35,11 @@ TEST_CASE("midi player: a device that is not there") {
     CHECK(song.StartPlay(nullptr) == 0);
     CHECK(ThePlayer().Result() != MMSYSERR_NOERROR);
     CHECK(song.IsPlaying() == 0);
-    CHECK(CxMidiSequence::OutMidiMessage(0x403C90, nullptr) == 0);
-    CHECK(CxMidiSequence::OutAllNoteOff() == 0);
+    CHECK(Values{CxMidiSequence::OutMidiMessage(0x403C90, nullptr), CxMidiSequence::OutAllNoteOff()} == "0 0");
     song.StopPlay();
     CxMidiSequence::ChangeMidiDeviseID(static_cast<UINT>(-1));
     tagEvent event;
-    CHECK(song.GetEvent(&event) == 1); // nothing was taken
-    CHECK(event.data1 == 0);
+    CHECK(Values{song.GetEvent(&event), int{event.data1}} == "1 0"); // nothing was taken
 }
 
 #if !defined(_WIN32)
@@ -152,17 +151,15 @@ TEST_CASE("midi player: events at their times, and the window is told") {
     }
     told.emplace_back(1, 990); // at 989, and no position with it
     CHECK(window.Take() == told);
-    CHECK(song.IsPlaying() == 1); // until it is stopped
-    CHECK(song.GetSequenceTime() == 990);
-    CHECK(ThePlayer().Timer() == 0);
+    CHECK(Values(song.IsPlaying(), song.GetSequenceTime(), ThePlayer().Timer()) == "1 990 0"); // until it is stopped
     CHECK(recorder->closed == recorder->opened - 1);
     song.StopPlay();
     CHECK(song.IsPlaying() == 0);
-    CHECK(recorder->closed == recorder->opened);
     const auto messages = WithoutSilence(recorder->Messages());
     for (size_t i = 0; i < messages.size(); ++i)
         CHECK(messages[i].bytes == (0x400090 | (i / 2) << 8));
     CHECK(CxMidiSequence::OutMidiMessage(0x403C90, nullptr) == 1);
+    CHECK(recorder->closed == recorder->opened);
 }
 
 TEST_CASE("midi player: a rewind and a mute hold while it plays, for which the timer's callback does not allocate") {
@@ -225,8 +222,7 @@ TEST_CASE("midi player: long messages go out in pieces, and nothing between them
         {true, 65536}, {true, 65536}, {true, 150001 - 2 * 65536}, {false, 3}, {true, 3}, {true, 1}, {false, 3}};
     REQUIRE(messages.size() == std::size(order));
     for (size_t i = 0; i < messages.size(); ++i) {
-        CHECK(messages[i].isLong == order[i].first);
-        CHECK(messages[i].length == order[i].second);
+        CHECK(Values(messages[i].isLong, messages[i].length) == Values(order[i].first, order[i].second));
     }
     CHECK(recorder->LongBytes() == expected);
 

@@ -1,6 +1,7 @@
 #include "files/midi_song.h"
 
 #include "allocation_failure.h"
+#include "values.h"
 
 #include <doctest/doctest.h>
 
@@ -70,11 +71,10 @@ TEST_CASE("midi sequence: tracks merge by time, the earlier track first at one t
                     {20, 0x80, 0x3C}, {0, 0xFF, 0x2F}, // the end of the shorter track is an event at its time
                     {50, 0x91, 0x30}, {16, 0xFF, 0x2F}};
     CHECK(Read(sequence) == all);
-    tagEvent event;
-    CHECK(sequence.GetEvent(&event) == 0);
     CHECK(sequence.GetEvent(nullptr) == 0);
     sequence.SeekToBegin();
     sequence.SetMessageFilter(0xFF, 0);
+    tagEvent event;
     CHECK(sequence.GetEvent(&event) == 1);
     CxMidiSequence copy;
     CHECK(copy.Create(&sequence) == 1);
@@ -84,8 +84,7 @@ TEST_CASE("midi sequence: tracks merge by time, the earlier track first at one t
     sequence.SeekToBegin();
     sequence.SetMuteAll(1);
     sequence.SetMute(7, 0);
-    CHECK(sequence.GetMute(1) == 1);
-    CHECK(sequence.GetMute(2) == 0);
+    CHECK(Values(sequence.GetMute(1), sequence.GetMute(2)) == "1 0");
     CHECK(Read(sequence).empty());
 }
 
@@ -141,8 +140,7 @@ TEST_CASE("midi sequence: the filter's slot for everything above system exclusiv
         CHECK(sequence.GetMessageFilter(status) == (status == 0 || status == 255));
     sequence.SetMessageFilter(0xFF, 0);
     CHECK(Read(sequence) == Heads{{0, 0xF0, 0}});
-    CHECK(sequence.GetMessageFilter(0xF7) == 0);
-    CHECK(sequence.GetMessageFilter(0xF0) == 1);
+    CHECK(Values(sequence.GetMessageFilter(0xF7), sequence.GetMessageFilter(0xF0)) == "0 1");
 }
 
 TEST_CASE("midi sequence: milliseconds") {
@@ -186,12 +184,10 @@ TEST_CASE("midi sequence: signatures, and meta events too short for their kind")
           0xFD, 0x01, 0x00, 0xFF, 0x58, 0x01, 0x05, 0x00, 0xFF, 0x59, 0x00, // short: delivered, without effect
           0x00, 0xFF, 0x51, 0x02, 0x01, 0x02, 0x00, 0xFF, 0x2F, 0x00}});
     CHECK(Read(sequence).size() == 6);
-    CHECK(sequence.GetTimeSig() == 0x08240306);
-    CHECK(sequence.GetKeySig() == 0x01FD);
-    CHECK(sequence.GetSequenceTempo() == 500000);
+    CHECK(Values(sequence.GetTimeSig(), sequence.GetKeySig(), sequence.GetSequenceTempo()) ==
+          Values(0x08240306, 0x01FD, 500000));
     sequence.SeekToBegin();
-    CHECK(sequence.GetTimeSig() == 0);
-    CHECK(sequence.GetKeySig() == 0);
+    CHECK(Values(sequence.GetTimeSig(), sequence.GetKeySig()) == "0 0");
 }
 
 TEST_CASE("midi sequence: what does not fit") {
@@ -205,8 +201,7 @@ TEST_CASE("midi sequence: what does not fit") {
     CHECK(sequence.AddNewTrack(kTwoTracks[1].data(), 12) == nullptr); // the places are taken
     CHECK(sequence.GetTrack(2) == nullptr);
     CHECK(sequence.PrepareTrackList(1, 0x10000, 480) == 0);
-    CHECK(sequence.GetEvent(&event) == 0); // one malformed track stops the whole
-    CHECK(sequence.GetEvent(&event) == 0);
+    CHECK(Values{sequence.GetEvent(&event), sequence.GetEvent(&event)} == "0 0"); // one malformed track stops all
     sequence.SetMute(1, 1);
     CHECK(Read(sequence).size() == 3);
     sequence.Create(1, 2);

@@ -2,19 +2,15 @@
 #include "boxes.h"
 #include "lyrics/fake_converter/fake_converter.h"
 
-#include "torv/icons/icon_singer.h"
+#include "score/chart.h"
 #include "torv/lyrics/converter_modules.h"
-#include "torv/lyrics/lyric_object.h"
 #include "torv/lyrics/sampa_transformer.h"
-#include "torv/score/csq_builder.h"
-#include "torv/score/sequence.h"
-#include "torv/score/sequence_object.h"
 
 #include <doctest/doctest.h>
 
 #include <cstring>
-#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -26,10 +22,9 @@ struct Stage {
     HMODULE module;
     FakeState* fake = nullptr;
     Boxes boxes;
-    std::unique_ptr<CSequenceObject> track{CSequence::CreateObject()};
-    CCsqBuilder builder;
+    std::optional<Chart> chart{std::in_place};
+    DWORD tick = 0;
     std::vector<CLyricObject*> lyrics;
-    void* lastLyric = nullptr; ///< the handle of the note set last
 
     explicit Stage(const char* name = "FAKE_G2PA_GOOD.DLL") : module(LoadLibraryA(name)) {
         REQUIRE(bool(module));
@@ -37,7 +32,6 @@ struct Stage {
             *(fake = state()) = {};
         torv::SetConverterModule(0, module);
         torv::SetConverterModule(1, module);
-        builder.OpenBuffer(track.get());
     }
     ~Stage() {
         torv::SetConverterModule(0, nullptr);
@@ -54,12 +48,12 @@ struct Stage {
             element->SetDeltaRate(1, static_cast<DWORD>(texts.size()));
             element->SetPhonemeString("before", 1);
         }
-        tagCsqEventAnote* const note = CCsqBuilder::CreateNoteEvent();
-        note->noteLength = length;
-        lastLyric = track->AttachLyricObject(lyric);
-        note->lyricHandle = withLyric ? static_cast<DWORD>(reinterpret_cast<uintptr_t>(lastLyric)) : 0;
-        builder.SetEvent(delta, reinterpret_cast<tagChartSeqEvent*>(note));
+        tagCsqEventAnote* const note = chart->Note(tick += delta, length, 60, chart->Attach(lyric));
+        if (!withLyric)
+            note->lyricHandle = 0;
     }
+    void Singer(DWORD delta, WORD language) { chart->Singer(tick += delta, language, 0); }
+    CSequenceObject* Track() { return &chart->Track(); }
     /// Every syllable's phonemes.
     std::string Sung() const {
         std::string sung;
@@ -69,16 +63,6 @@ struct Stage {
         return sung;
     }
     std::string Log() const { return fake->log; }
-    void Singer(DWORD delta, WORD language) {
-        tagSingerIconObject record{};
-        record.header.iconId = 0x07010000;
-        record.languageCode = language;
-        auto* const icon = new CIconSinger;
-        icon->ConstructParameter(&record);
-        tagCsqEventSinger* const singer = CCsqBuilder::CreateSingerEvent();
-        singer->iconHandle = static_cast<DWORD>(reinterpret_cast<uintptr_t>(builder.RegisterIconObject(icon)));
-        builder.SetEvent(delta, reinterpret_cast<tagChartSeqEvent*>(singer));
-    }
 };
 
 } // namespace
@@ -94,17 +78,17 @@ TEST_CASE("transformer: each syllable its result, positions relative to the lyri
         stage.Note(810, 100, {});               // no syllable, but positions count from here
         stage.Note(50, 120, {"k"});
         stage.lyrics[0]->GetElementAt(1)->SetPhonemeEditMark(1); // a user's: it stays, and uses its result up
-        CHECK(transformer.DoTransform(stage.track.get(), 1440, 1) == 1);
+        CHECK(transformer.DoTransform(stage.Track(), 1440, 1) == 1);
         CHECK(stage.Log() == "0 create 3|0 480+100 ab|0 580+100 c|0 680+100 de|0 50+120 k|0 end|0 delete|");
         CHECK(stage.fake->padded);
         CHECK(stage.Sung() == "a b|before|d e|before|k|");
         CHECK(stage.lyrics[3]->GetElementAt(0)->GetConsonantAdvancement(0) == 64);
-        CHECK(stage.track->GetModify() == 1);
+        CHECK(stage.Track()->GetModify() == 1);
         CHECK(stage.boxes.texts.empty());
         stage.fake->getResult = 5;
-        CHECK(transformer.DoTransform(stage.track.get(), 480, 1) == 0);
+        CHECK(transformer.DoTransform(stage.Track(), 480, 1) == 0);
         stage.fake->getResult = 0;
-        CHECK(transformer.DoTransform(stage.track.get(), 479, 0) == 1);
+        CHECK(transformer.DoTransform(stage.Track(), 479, 0) == 1);
         CHECK(stage.Log().ends_with("|2 create 0|2 480+100 ab|2 580+100 c|2 680+100 de|2 50+120 k|2 end|2 delete|"));
         CHECK(stage.Sung() == "ab|before|de|before|k|"); // Japanese slots are joined as they are
     }
@@ -127,15 +111,15 @@ TEST_CASE("transformer: odd outputs") {
         stage.Note(0, 100, {"a"});
         stage.fake->odd.count = row.count;
         std::memset(stage.fake->odd.slots, 'y', row.filled);
-        CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 0) == 1);
+        CHECK(CxSampaTransformer().DoTransform(stage.Track(), 480, 0) == 1);
         CHECK(stage.Sung() == row.japanese);
-        CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 1) == 1);
+        CHECK(CxSampaTransformer().DoTransform(stage.Track(), 480, 1) == 1);
         CHECK(stage.Sung().starts_with(row.english));
         CHECK(stage.Sung().size() <= 256);
     }
     Stage stage;
     stage.Note(100, 100, {std::string(1000, 'b')}); // longer than the record's own room
-    CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 1) == 1);
+    CHECK(CxSampaTransformer().DoTransform(stage.Track(), 480, 1) == 1);
     CHECK(stage.lyrics[0]->GetElementAt(0)->GetPhonemeCharaCount() == 128); // 255 characters: b, blank, b ... b
 }
 
@@ -149,7 +133,8 @@ TEST_CASE("transformer: failures change no lyric, say so once and still free the
         {[](Stage& stage) { stage.fake->getResult = 5; }, 5, true},
         {[](Stage& stage) { stage.fake->endless = true; }, -1, true},
         {[](Stage& stage) { stage.fake->createError = -9; }, -9, false},
-        {[](Stage& stage) { stage.track->DetachLyricObject(stage.lastLyric, 1), stage.lyrics.pop_back(); }, 0, false},
+        {[](Stage& stage) { stage.Track()->DetachLyricObject(torv::PointerOf(2), 1), stage.lyrics.pop_back(); }, 0,
+         false},
     };
     for (const auto& row : rows) {
         CAPTURE(row.code);
@@ -158,9 +143,9 @@ TEST_CASE("transformer: failures change no lyric, say so once and still free the
         stage.Note(100, 100, {"b"});
         row.arrange(stage);
         CxSampaTransformer transformer;
-        CHECK(transformer.DoTransform(stage.track.get(), 480, 1) == 0);
+        CHECK(transformer.DoTransform(stage.Track(), 480, 1) == 0);
         CHECK(stage.Sung().starts_with("before|"));
-        CHECK(stage.track->GetModify() == 0);
+        CHECK(stage.Track()->GetModify() == 0);
         CHECK(transformer.GetLastReturnCode() == row.code);
         CHECK(stage.Log() == (row.code == -9 ? "0 create 1|" : "0 create 1|0 0+100 a|0 end|0 delete|"));
         const std::string message = "Sampa Transformation Error !\nG2PA.dll return code : " + std::to_string(row.code);
@@ -172,7 +157,7 @@ TEST_CASE("transformer: failures change no lyric, say so once and still free the
     stage.fake->deleteResult = 4;
     stage.Note(0, 100, {"a"});
     CxSampaTransformer transformer;
-    CHECK(transformer.DoTransform(stage.track.get(), 480, 1) == 1);
+    CHECK(transformer.DoTransform(stage.Track(), 480, 1) == 1);
     CHECK(transformer.GetLastReturnCode() == 4);
     CHECK(stage.Sung() == "a|");
 }
@@ -186,18 +171,18 @@ TEST_CASE("transformer: a result that never comes is a default phoneme; at a mes
         stage.fake->putErrorAt = isRefused ? 1 : -1;
         stage.Note(0, 100, {"a"});
         stage.Note(100, 100, {"b", "c"});
-        stage.builder.CloseBuffer();
+        stage.chart->Close();
         CxSampaTransformer transformer;
         stage.boxes.atBox = [&] { // all is stored, and the converter gone, before anything is shown
             CHECK(stage.Log().ends_with("|0 delete|"));
-            CHECK(stage.track->GetModify() == !isRefused);
+            CHECK(stage.Track()->GetModify() == !isRefused);
             CHECK(stage.Sung() == (isRefused ? "before|before|before|" : "a|u:|u:|"));
             const std::unique_ptr<CSequenceObject> empty(CSequence::CreateObject());
             CHECK(transformer.DoTransform(empty.get(), 480, 1) == 1);
             torv::SetConverterModule(1, nullptr);
-            stage.track.reset();
+            stage.chart.reset();
         };
-        CHECK(transformer.DoTransform(stage.track.get(), 480, 1) == !isRefused);
+        CHECK(transformer.DoTransform(stage.Track(), 480, 1) == !isRefused);
         if (!isRefused)
             CHECK(stage.boxes.texts == Texts(2, "Internal Error"));
     }
@@ -208,19 +193,19 @@ TEST_CASE("transformer: languages and libraries that are not there") {
         Stage stage;
         stage.Note(0, 100, {"a"});
         for (const int language : {-1, 2})
-            CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, language) == 0);
+            CHECK(CxSampaTransformer().DoTransform(stage.Track(), 480, language) == 0);
         CHECK(CxSampaTransformer().DoTransform(nullptr, 480, 1) == 0);
         CHECK(CxSampaTransformer().DoTransform(nullptr, 480) == 0);
         CHECK(CxSampaTransformer::GetG2PAVersionString(1) == "fake 1.0");
         CHECK(CxSampaTransformer::GetG2PAVersionString(2).IsEmpty());
         torv::SetConverterModule(0, nullptr);
-        CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480) == 0); // both are needed
+        CHECK(CxSampaTransformer().DoTransform(stage.Track(), 480) == 0); // both are needed
         CHECK(stage.Log().empty());
     }
     CHECK(CxSampaTransformer::GetG2PAVersionString(0).IsEmpty());
     Stage stage("FAKE_G2PA_NO_GET.DLL");
     stage.Note(0, 100, {"a"});
-    CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480, 1) == 0);
+    CHECK(CxSampaTransformer().DoTransform(stage.Track(), 480, 1) == 0);
     CHECK(stage.Log().empty());
     CHECK(CxSampaTransformer::GetG2PAVersionString(1).IsEmpty()); // that entry point is missing too
 }
@@ -239,7 +224,7 @@ TEST_CASE("transformer: by singer, each note in the language in force there") {
         stage.Note(50, 100, {"gh"});
         stage.Singer(20, 7); // a language that nobody knows: Japanese
         stage.Note(30, 100, {"ij"});
-        CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480) == 1);
+        CHECK(CxSampaTransformer().DoTransform(stage.Track(), 480) == 1);
         CHECK(stage.Sung() == "ab|c d|ef|g h|ij|");
         CHECK(stage.Log() == "0 create 1|1 create 1|0 0+100 ab|1 100+100 cd|0 100+100 ef|1 50+100 gh|0 50+100 ij|"
                              "0 end|0 delete|1 end|1 delete|");
@@ -248,7 +233,7 @@ TEST_CASE("transformer: by singer, each note in the language in force there") {
     stage.fake->createErrorAt = 1;
     stage.fake->createError = -9;
     stage.Note(0, 100, {"ab"});
-    CHECK(CxSampaTransformer().DoTransform(stage.track.get(), 480) == 0);
+    CHECK(CxSampaTransformer().DoTransform(stage.Track(), 480) == 0);
     CHECK(stage.Log() == "0 create 1|1 create 1|0 end|0 delete|");
     CHECK(stage.Sung() == "before|");
     CHECK(stage.boxes.texts.empty());
@@ -261,10 +246,10 @@ TEST_CASE("transformer: where memory is refused no lyric is changed and no conve
         stage.Note(0, 100, {"ab", "cd"});
         stage.Note(0, 100, {"ef"});
         CxSampaTransformer transformer;
-        const int result = failure.During([&] { return transformer.DoTransform(stage.track.get(), 480); });
+        const int result = failure.During([&] { return transformer.DoTransform(stage.Track(), 480); });
         CHECK(result == !failure.HasHappened());
         CHECK(stage.Sung() == (result ? "a b|c d|e f|" : "before|before|before|"));
-        CHECK(stage.track->GetModify() == result);
+        CHECK(stage.Track()->GetModify() == result);
         CHECK(stage.fake->creates == stage.fake->deletes);
         CHECK(stage.boxes.texts.empty());
     });

@@ -7,6 +7,7 @@
 #include "allocation_failure.h"
 #include "platform/temp_folder.h"
 #include "typed_file/file_text.h"
+#include "values.h"
 
 namespace {
 
@@ -58,12 +59,8 @@ TEST_CASE("typed file: what a line means") {
 
 TEST_CASE("typed file: a line has at most 65,535 bytes, the rest of it is passed over") {
     // "k=" and 69,998 letters: 65,533 of them are kept.
-    const std::string text = "[S]\nk=" + std::string(69998, 'x') + "\nnext=1\n";
-    CxTypedFile file;
-    CHECK(LoadText(file, text));
-    CHECK(file.ReadAt("S", "k", nullptr).GetLength() == 65533);
-    CHECK(file.ReadAt("S", "next", nullptr) == "1");
-    CHECK(file.GetEntryMap("S")->GetCount() == 2);
+    CHECK(Reread("[S]\nk=" + std::string(69998, 'x') + "\nnext=1\n") ==
+          "[S]\nk=" + std::string(65533, 'x') + "\nnext=1\n");
 }
 
 TEST_CASE("typed file: a default stands in for a missing section only") {
@@ -74,13 +71,10 @@ TEST_CASE("typed file: a default stands in for a missing section only") {
     CHECK(file.ReadAt("Other", "a", "dflt") == "dflt");
     CHECK(file.ReadAt(nullptr, nullptr, nullptr) == "");
     CString value = "kept";
-    CHECK(file.GetSectionMap()->ReadEntry(value, "Other", "a") == 0);
-    CHECK(value == "kept");
-    CHECK(file.GetSectionMap()->ReadEntry(value, "Sec", "Missing") == 1);
-    CHECK(value == "");
-    CHECK(file.GetEntryMap("Sec")->Lookup("Missing", value) == 0);
-    CHECK(file.GetEntryMap("Sec")->Lookup("a", value) == 1);
-    CHECK(value == "1");
+    CHECK(Values{file.GetSectionMap()->ReadEntry(value, "Other", "a"), value} == "0 kept");
+    CHECK(Values{file.GetSectionMap()->ReadEntry(value, "Sec", "Missing"), value} == "1 ");
+    CHECK(Values{file.GetEntryMap("Sec")->Lookup("Missing", value), file.GetEntryMap("Sec")->Lookup("a", value),
+                 value} == "0 1 1");
 }
 
 TEST_CASE("typed file: editing keeps the order in which sections and keys came") {
@@ -92,13 +86,10 @@ TEST_CASE("typed file: editing keeps the order in which sections and keys came")
     CHECK(file.WriteAt("C", "n", nullptr));
     CHECK(file.WriteAt("A", "x", "3")); // an old key keeps its place
     CHECK(Compact(file) == "[B]\n[A]\nx=3\ny=y\nz=z\n[C]\nn=\n");
-    CHECK(file.RemoveEntry("A", "x"));
-    CHECK(file.RemoveEntry("A", "x") == 0);
-    CHECK(file.RemoveEntry("Z", "x") == 0);
+    CHECK(Values{file.RemoveEntry("A", "x"), file.RemoveEntry("A", "x"), file.RemoveEntry("Z", "x")} == "1 0 0");
     CHECK(file.WriteAt("A", "x", "4")); // a new key now: it comes last
     CHECK(file.RemoveEntry("A", "z"));  // whose neighbours find each other
-    CHECK(file.RemoveSection("B"));
-    CHECK(file.RemoveSection("B") == 0);
+    CHECK(Values{file.RemoveSection("B"), file.RemoveSection("B")} == "1 0");
     CHECK(Compact(file) == "[A]\ny=y\nx=4\n[C]\nn=\n");
     CHECK(file.GetEntryMap("A")->GetCount() == 2);
     CString name;
@@ -107,6 +98,9 @@ TEST_CASE("typed file: editing keeps the order in which sections and keys came")
     file.GetSectionMap()->GetNextAssoc(none, name, map); // past the last: no map
     CHECK(map == nullptr);
 
+    map = file.GetEntryMap("A");
+    map->RemoveAll();
+    CHECK(map->GetCount() == 0);
     for (int n = 0; n < 1000; ++n) // more than there is room for at first
         file.WriteAt("A", std::to_string(n).c_str(), std::to_string(2 * n).c_str());
     for (int n = 0; n < 1000; n += 2)
@@ -123,14 +117,10 @@ TEST_CASE("typed file: both written forms, byte by byte") {
     CMemFile spaced;
     CHECK(file.Save(&spaced));
     CHECK(spaced.GetBytes() == "[S]\r\nA = 1\r\nB = 2\r\n\r\n[T]\r\nC = x;y\r\n\r\n");
-    CMemFile compact;
-    CHECK(file.Save2(&compact));
-    CHECK(compact.GetBytes() == "[S]\nA=1\nB=2\n[T]\nC=x;y\n");
+    CHECK(Compact(file) == "[S]\nA=1\nB=2\n[T]\nC=x;y\n");
     BadDisk bad;
-    CHECK(file.Save(&bad) == 0);
-    CHECK(file.Save2(&bad) == 0);
-    CHECK(file.Load(&bad) == 0);
-    CHECK(file.Save(static_cast<CFile*>(nullptr)) == 0);
+    CHECK(Values{file.Save(&bad), file.Save2(&bad), file.Load(&bad), file.Save(static_cast<CFile*>(nullptr))} ==
+          "0 0 0 0");
 }
 
 TEST_CASE("typed file: on disk") {
@@ -154,12 +144,10 @@ TEST_CASE("typed file: on disk") {
     open.Close();
 
     const CString missing = torv::JoinPath(path, "nowhere.def");
-    CHECK(file.Load(static_cast<const char*>(missing)) == 0);
-    CHECK(file.GetSectionCount() == 0);
-    CHECK(file.GetPathName() == missing);
-    CHECK(file.SaveAs(missing) == 0);
-    CHECK(file.Load(static_cast<const char*>(nullptr)) == 0);
-    CHECK(file.Load(static_cast<CFile*>(nullptr)) == 0);
+    CHECK(Values{file.Load(static_cast<const char*>(missing)), file.GetSectionCount(), file.GetPathName()} ==
+          Values(0, 0, missing));
+    CHECK(Values{file.SaveAs(missing), file.Load(static_cast<const char*>(nullptr)),
+                 file.Load(static_cast<CFile*>(nullptr))} == "0 0 0");
     CHECK(file.Load(folder.File("empty.def", "").c_str())); // an empty file, not an unreadable one
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/temp_folder.h"
+#include "values.h"
 
 namespace {
 
@@ -50,18 +51,15 @@ TEST_CASE("typed file: hexadecimal texts") {
     CHECK(CxTypedFile::ahextol("$a-b.C") == 0xABC);
     CHECK(CxTypedFile::ahextol("123456789") == 0x12345678);
     CHECK(CxTypedFile::ahextol("FFFFFFFE") == -2);
-    CHECK(CxTypedFile::ahextol("") == 0);
-    CHECK(CxTypedFile::ahextol(nullptr) == 0);
+    CHECK(Values(CxTypedFile::ahextol(""), CxTypedFile::ahextol(nullptr), CxTypedFile::ahextodouble("")) == "0 0 0");
     CHECK(CxTypedFile::ahextodouble("3FF8000000000000") == 1.5); // sign 0, exponent 3FF, first fraction bit
     CHECK(CxTypedFile::ahextodouble("C000 0000 0000 0000 7") == -2.0);
-    CHECK(CxTypedFile::ahextodouble("") == 0.0);
 }
 
 TEST_CASE("typed file: fixed point") {
     struct Row {
         double value;
-        DWORD whole;
-        DWORD fraction;
+        DWORD whole, fraction;
     };
     const double huge = std::numeric_limits<double>::infinity();
     for (const Row& row : {Row{0.0, 0, 0}, Row{1.5, 1, 0x80000000}, Row{3.25, 3, 0x40000000},
@@ -69,11 +67,9 @@ TEST_CASE("typed file: fixed point") {
                            Row{-1.25, 0xFFFFFFFF, 0xC0000000}, Row{4294967297.0, 1, 0}, Row{1e300, 0xFFFFFFFF, 0},
                            Row{huge, 0xFFFFFFFF, 0}, Row{-huge, 0, 0}, Row{NAN, 0, 0}}) {
         CAPTURE(row.value);
-        DWORD whole = 7;
-        DWORD fraction = 7;
+        DWORD whole = 7, fraction = 7;
         CxTypedFile::ftofix(&whole, &fraction, row.value);
-        CHECK(whole == row.whole);
-        CHECK(fraction == row.fraction);
+        CHECK(Values(whole, fraction) == Values(row.whole, row.fraction));
     }
     CxTypedFile::ftofix(nullptr, nullptr, 1.0);
 }
@@ -89,20 +85,19 @@ TEST_CASE("typed file: copying bytes of any count") {
 
 TEST_CASE("typed file: searching a folder by attributes") {
     const TempFolder folder;
-    const std::string all = folder.Path("*");
-    WIN32_FIND_DATAA found = {};
-    CHECK(CxTypedFile::Dir(all.c_str(), &found, 0, 1, 0, 0, 0, 0) == 0); // "." and ".." are folders, never accepted
-
+    const auto find = [&folder](const char* pattern, int archive, int directory) {
+        WIN32_FIND_DATAA found = {};
+        const int has = CxTypedFile::Dir(folder.Path(pattern).c_str(), &found, archive, directory, 0, 0, 0, 0);
+        return has ? std::string(found.cFileName) : "";
+    };
+    CHECK(find("*", 0, 1).empty()); // "." and ".." are folders, never accepted
     folder.File("a.aic", "");
-    CHECK(CxTypedFile::Dir(all.c_str(), nullptr, 1, 0, 0, 0, 0, 0));
-    CHECK(CxTypedFile::Dir(all.c_str(), &found, 0, 1, 0, 0, 0, 0) == 0);
-    CHECK(CxTypedFile::Dir(all.c_str(), &found, 0, 0, 0, 0, 0, 0) == 0);
-    CHECK(CxTypedFile::Dir(all.c_str(), &found, 1, 0, 0, 0, 0, 0));
-    CHECK(std::string(found.cFileName) == "a.aic");
-
+    CHECK(find("*", 0, 1).empty());
+    CHECK(find("*", 0, 0).empty());
+    CHECK(find("*", 1, 0) == "a.aic");
     folder.Folder("b.aic");
-    CHECK(CxTypedFile::Dir(folder.Path("*.aic").c_str(), &found, 0, 1, 0, 0, 0, 0)); // past the file
-    CHECK(std::string(found.cFileName) == "b.aic");
-    CHECK(CxTypedFile::Dir(folder.Path("*.def").c_str(), &found, 1, 1, 1, 1, 1, 1) == 0);
-    CHECK(CxTypedFile::Dir(nullptr, &found, 1, 1, 1, 1, 1, 1) == 0);
+    CHECK(find("*.aic", 0, 1) == "b.aic"); // past the file
+    CHECK(find("*.def", 1, 1).empty());
+    CHECK(CxTypedFile::Dir(folder.Path("*").c_str(), nullptr, 1, 0, 0, 0, 0, 0));
+    CHECK(CxTypedFile::Dir(nullptr, nullptr, 1, 1, 1, 1, 1, 1) == 0);
 }
