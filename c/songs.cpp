@@ -5,13 +5,15 @@
 #include <torv/songs/read_song.h>
 #include <torv/songs/song_error.h>
 
+#include <istream>
+
 using namespace torv::c;
 
 namespace {
 
-std::vector<unsigned char> ReadFile(const char* path) {
+std::unique_ptr<std::istream> OpenFile(const char* path) {
     try {
-        return torv::songs::ReadInputFile(TakenPath(path), SIZE_MAX);
+        return torv::songs::OpenInputStream(TakenPath(path));
     } catch (const torv::songs::SongError& error) {
         throw Failure{TORV_FILE_ERROR, error.what()};
     }
@@ -45,9 +47,9 @@ torv_status torv_song_new(torv_song** song) {
 torv_status torv_song_open(const char* path, const char* encoding, torv_song** song) {
     return Guard([&] {
         Need(song, "song") = nullptr;
-        const std::vector<unsigned char> bytes = ReadFile(path);
+        const std::unique_ptr<std::istream> file = OpenFile(path);
         GiveOut(song,
-                std::make_unique<SongObject>(torv::songs::ReadSong(bytes, path, {TakenOrEmpty(encoding, "encoding")})));
+                std::make_unique<SongObject>(torv::songs::ReadSong(*file, path, {TakenOrEmpty(encoding, "encoding")})));
     });
 }
 

@@ -117,7 +117,12 @@ TEST_CASE("info: a song's tracks, tempos and lyrics; an engine's stream by its b
 TEST_CASE("info: what is no such file is told in one line") {
     const Folder folder;
     const std::string text = folder.File("text.txt", {'h', 'i'});
-    for (const std::string& arguments : {"info " + text, std::string("info nowhere.wav"), std::string("info .")}) {
+    const std::string zeros = folder.File("zeros.wav", {});
+    const std::string large = folder.File("large.mid", MidiFile(1, 480, {}));
+    for (const char* const name : {"zeros.wav", "large.mid"})
+        fs::resize_file(folder.path / name, 1 << 28); // which must not be read
+    for (const std::string& arguments : {"info " + text, "info " + zeros, "info " + large, "sing " + large + " --list",
+                                         std::string("info nowhere.wav"), std::string("info .")}) {
         const Run run = folder.Torv(arguments);
         CHECK(run.status == 1);
         CHECK(std::count(run.said.begin(), run.said.end(), '\n') == 1);

@@ -116,7 +116,7 @@ TEST_CASE("mix: what cannot be mixed is told in one line, and nothing is changed
         {still, "its format makes no sense (1 channel of 16 bits, 0 samples a second)"},
         {bare, "has no whole format chunk"},
         {law, "is WMA, which cannot be read here; convert it with: sox"},
-        {tiny, "no wave file"},
+        {tiny, "is no sound file"},
         {"command_test_files/none.wav", "cannot be opened"},
         {"command_test_files", "is a folder"},
         {wave + ":loud", "no level and pan"},

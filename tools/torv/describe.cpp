@@ -4,19 +4,21 @@
 #include "errors.h"
 #include "input.h"
 
+#include <torv/songs/input_file.h>
 #include <torv/songs/midi_data.h>
 #include <torv/songs/read_song.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <istream>
 #include <iterator>
 
 using namespace torv::songs;
 
 namespace {
+
+constexpr size_t kEnoughToTell = 4096; // bytes
 
 /// Numbers for people: a thousandth is enough.
 std::string TextOf(const Json& value) {
@@ -82,25 +84,21 @@ std::string ClockText(double seconds) {
 void Describe(const std::string& path, bool json) {
     const std::unique_ptr<std::istream> file = OpenInput(path);
     const std::string name = NameOfInput(path);
-    unsigned char id[12] = "";
-    file->read(reinterpret_cast<char*>(id), sizeof id);
+    std::vector<unsigned char> beginning;
+    AppendBytes(*file, kEnoughToTell, beginning);
     file->clear();
     file->seekg(0);
     Json about;
-    if (IsMidi(id)) {
-        const std::vector<unsigned char> bytes{std::istreambuf_iterator<char>(*file), std::istreambuf_iterator<char>()};
-        about = DescribeMidi(name, bytes);
-    } else if (std::memcmp(id, "RIFF", 4) == 0) {
+    if (IsMidi(beginning)) {
+        about = DescribeMidi(name, ReadSongBytes(*file, name));
+    } else if (FormatOf(beginning) != SongFormat::Unknown) {
+        about = DescribeSong(ReadSong(*file, name));
+    } else if (std::string(beginning.begin(), beginning.end()).starts_with("RIFF")) {
         about = DescribeWave(name, *file);
     } else if (const auto sound = OpenCodedSound(*file)) {
         about = DescribeSound(name, *sound);
     } else {
-        file->clear();
-        file->seekg(0);
-        const std::vector<unsigned char> bytes{std::istreambuf_iterator<char>(*file), std::istreambuf_iterator<char>()};
-        if (FormatOf(bytes) == SongFormat::Unknown)
-            throw InputError{name + ": neither a song (standard MIDI file, MusicXML, UST) nor a sound file"};
-        about = DescribeSong(ReadSong(bytes, name));
+        throw InputError{name + ": neither a song (standard MIDI file, MusicXML, UST) nor a sound file"};
     }
     if (json)
         std::printf("%s\n", about.dump(2, ' ', false, Json::error_handler_t::replace).c_str());

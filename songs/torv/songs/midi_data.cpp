@@ -250,10 +250,8 @@ void Reader::TakeSongEvents() {
 
 /// Where the next track begins that can be found; the end when there is none.
 size_t FindTrack(Bytes bytes, size_t from) {
-    constexpr std::string_view kTrack = "MTrk";
-    const auto found =
-        std::search(bytes.begin() + static_cast<std::ptrdiff_t>(from), bytes.end(), kTrack.begin(), kTrack.end());
-    return static_cast<size_t>(found - bytes.begin());
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    return std::min(text.find("MTrk", from), bytes.size());
 }
 
 bool IsChunkName(Bytes bytes) {

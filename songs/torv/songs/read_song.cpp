@@ -32,7 +32,23 @@ std::string Named(const std::string& source, const std::string& what) {
 }
 
 constexpr size_t kEnoughToTell = 4096;      // bytes
-constexpr size_t kLargestFile = 256U << 20; // bytes: a thousand times any song
+constexpr size_t kLargestFile = 128U << 20; // bytes: hundreds of times any song
+
+/// What cannot be sought in, as a pipe, is read to be measured.
+bool IsKnownTooLarge(std::istream& stream) {
+    const auto begin = stream.tellg();
+    if (begin < 0 || !stream.seekg(0, std::ios::end)) {
+        stream.clear();
+        return false;
+    }
+    const auto end = stream.tellg();
+    stream.seekg(begin);
+    return static_cast<uint64_t>(end - begin) > kLargestFile;
+}
+
+[[noreturn]] void FailTooLarge(const std::string& source) {
+    throw SongError(Named(source, "is larger than 128 MB, which no song is"));
+}
 
 [[noreturn]] void FailUnknown(const std::string& source) {
     throw SongError(Named(source, "neither a standard MIDI file nor MusicXML nor UST, so it cannot be sung"));
@@ -67,15 +83,22 @@ Song ReadSong(Bytes bytes, const std::string& source, const ReadOptions& options
     FailUnknown(source);
 }
 
-Song ReadSong(std::istream& stream, const std::string& source, const ReadOptions& options) {
+std::vector<unsigned char> ReadSongBytes(std::istream& stream, const std::string& source) {
     std::vector<unsigned char> bytes;
+    const bool isTooLarge = IsKnownTooLarge(stream);
     AppendBytes(stream, kEnoughToTell, bytes);
     if (FormatOf(bytes) == SongFormat::Unknown)
         FailUnknown(source); // before the rest of a file that may be large
+    if (isTooLarge)
+        FailTooLarge(source);
     AppendBytes(stream, kLargestFile, bytes);
     if (stream && stream.peek() != std::istream::traits_type::eof())
-        throw SongError(Named(source, "is larger than 256 MB, which no song is"));
-    return ReadSong(bytes, source, options);
+        FailTooLarge(source);
+    return bytes;
+}
+
+Song ReadSong(std::istream& stream, const std::string& source, const ReadOptions& options) {
+    return ReadSong(ReadSongBytes(stream, source), source, options);
 }
 
 Song ReadSongFile(const std::string& path, const ReadOptions& options) {

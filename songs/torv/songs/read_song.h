@@ -5,6 +5,7 @@
 #include <iosfwd>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace torv::songs {
 
@@ -31,7 +32,11 @@ TORV_SONGS_API SongFormat FormatOf(Bytes bytes);
 /// those that cannot be followed; time and memory are linear in them.
 TORV_SONGS_API Song ReadSong(Bytes bytes, const std::string& source, const ReadOptions& options = {});
 
-/// The same for a stream, of which no more is read than a song can have.
+/// The bytes of a song from a stream, which may be a pipe. What begins like no song is refused before the rest is read,
+/// and so is what is larger than a song can be (128 MB). Throws SongError, which names `source`.
+TORV_SONGS_API std::vector<unsigned char> ReadSongBytes(std::istream& stream, const std::string& source);
+
+/// ReadSong of ReadSongBytes.
 TORV_SONGS_API Song ReadSong(std::istream& stream, const std::string& source, const ReadOptions& options = {});
 
 /// The same for a file.

@@ -14,7 +14,8 @@ namespace {
 
 using std::string_view;
 
-constexpr double kUsualIntensity = 100; // of a note that names none
+constexpr size_t kLargestUst = 16U << 20; // bytes
+constexpr double kUsualIntensity = 100;   // of a note that names none
 
 string_view TakeLine(string_view& text) {
     const size_t end = std::min(text.find_first_of("\r\n"), text.size());
@@ -173,6 +174,8 @@ bool IsUst(Bytes bytes) {
 }
 
 Song ReadUstSong(Bytes bytes, const ReadOptions& options) {
+    if (bytes.size() > kLargestUst)
+        throw SongError("is larger than 16 MB, which no UST is");
     string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     text.remove_prefix(text.find('[')); // behind a byte order mark
     return UstReader().Read(ToUtf8(text, EncodingOf(text, options)));
