@@ -1,17 +1,12 @@
-# What cpack makes of a build: Debian's packages, or for Windows one zip that holds everything.
+# What cpack makes of a build: Debian's packages. The zip for Windows is packaging/windows_zip.
+if(WIN32)
+  return()
+endif()
 set(CPACK_PACKAGE_VENDOR "The TORV developers")
 set(CPACK_PACKAGE_CONTACT "The TORV developers <developers@torv.invalid>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "singing-voice scores: sung, played, mixed and encoded")
 set(CPACK_RESOURCE_FILE_LICENSE ${CMAKE_SOURCE_DIR}/LICENSE)
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/packages)
-
-if(WIN32)
-  set(CPACK_GENERATOR ZIP)
-  set(CPACK_STRIP_FILES ON)
-  set(CPACK_PACKAGE_FILE_NAME torv-${PROJECT_VERSION}-win32)
-  include(CPack)
-  return()
-endif()
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
@@ -38,8 +33,9 @@ macro(torv_package component name section summary)
   set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${name})
   set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${section})
   set(CPACK_COMPONENT_${upper}_DESCRIPTION "${summary}
- TORV keeps a song as tracks of notes with words and expression, turns words
- into phonemes, has a voice engine sing them, and mixes and writes the sound.")
+
+TORV keeps a song as tracks of notes with words and expression, turns words
+into phonemes, has a voice engine sing them, and mixes and writes the sound.")
   list(JOIN ARG_DEPENDS ", " depends)
   list(JOIN ARG_RECOMMENDS ", " recommends)
   set(CPACK_DEBIAN_${upper}_PACKAGE_DEPENDS "${depends}")
@@ -55,4 +51,8 @@ torv_package(development libtorv-dev libdevel "headers of the singing-voice scor
 torv_package(command torv sound "sing songs from MIDI, MusicXML and UST files" DEPENDS "libtorv0 ${same}" "torv-voices ${same}")
 torv_package(voices torv-voices sound "voice engine, voices, expressions and dictionaries for TORV")
 torv_package(documentation torv-doc doc "guides and example songs of TORV" ALL)
+torv_package(python python3-torv python "singing from Python, with arrays of samples" ALL
+             DEPENDS "libtorv0 (>= ${PROJECT_VERSION})" "torv-voices (>= ${PROJECT_VERSION})" python3 python3-numpy)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA ${CMAKE_SOURCE_DIR}/packaging/python/postinst
+                                              ${CMAKE_SOURCE_DIR}/packaging/python/prerm)
 include(CPack)

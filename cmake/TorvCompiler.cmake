@@ -25,6 +25,7 @@ if(WIN32)
     execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${runtime} OUTPUT_VARIABLE path
                     OUTPUT_STRIP_TRAILING_WHITESPACE)
     file(COPY ${path} DESTINATION ${CMAKE_BINARY_DIR}/bin FOLLOW_SYMLINK_CHAIN)
+    install(PROGRAMS ${CMAKE_BINARY_DIR}/bin/${runtime} DESTINATION ${CMAKE_INSTALL_BINDIR})
   endforeach()
 endif()
 # The cache may answer for a precompiled header by its content: nothing here depends on __TIME__ or on macros of an

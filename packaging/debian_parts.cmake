@@ -16,6 +16,9 @@ foreach(component ${CPACK_COMPONENTS_ALL})
   string(TOUPPER ${component} upper)
   set(name ${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
   set(documents ${tree}/share/doc/${name})
+  if(component STREQUAL documentation AND DEFINED ENV{TORV_REFERENCE})
+    file(COPY $ENV{TORV_REFERENCE} DESTINATION ${documents})
+  endif()
   file(COPY ${CPACK_TORV_PACKAGING}/copyright DESTINATION ${documents})
   file(WRITE ${documents}/changelog
        "${name} (${CPACK_PACKAGE_VERSION}) stable; urgency=medium\n\n  * See CHANGELOG.md in torv-doc.\n\n"

@@ -50,11 +50,14 @@ _CLASSES = {_OUT_OF_RANGE: _OutOfRange, _NOT_FOUND: NotFound, _BUSY: Busy, _NO_M
 
 
 def _candidates() -> List[str]:
-    """Where the library may be: named by TORV_C_LIBRARY, in the package, where the system keeps libraries."""
+    """Where the library may be: named by TORV_C_LIBRARY, in the package, in the tree that both are installed in, where the
+    system keeps libraries."""
     name = _NAMES.get(sys.platform, "libtorvc.so.0")
     named = [os.environ["TORV_C_LIBRARY"]] if "TORV_C_LIBRARY" in os.environ else []
-    own = pathlib.Path(__file__).parent / "native" / ("bin" if sys.platform == "win32" else "lib") / name
-    return [*named, *([str(own)] if own.exists() else []), name]
+    here = pathlib.Path(__file__).resolve().parent
+    own = here / "native" / ("bin" if sys.platform == "win32" else "lib") / name
+    beside = here / "../../.." / name  # lib, of lib/python3/dist-packages/torv
+    return [*named, *(str(path) for path in (own, beside) if path.exists()), name]
 
 
 def _load() -> ctypes.CDLL:
