@@ -8,7 +8,7 @@
 #include <vector>
 
 #if defined(_WIN32)
-#include <windows.h>
+#include <torv/platform/windows/full_path.h>
 #else
 #include <dlfcn.h>
 #include <unistd.h>
@@ -56,14 +56,14 @@ std::string Written(Call call) {
 }
 
 std::string Absolute(const std::string& path) {
-    return Written([&](char* text, DWORD size) { return GetFullPathNameA(path.c_str(), size, text, nullptr); });
+    return Written([&](char* text, DWORD size) { return torv::FullPathName(path.c_str(), size, text, nullptr); });
 }
 
 std::string OwnFile() {
     HMODULE module = nullptr;
     GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
                        reinterpret_cast<const char*>(&OwnFolder), &module);
-    return Written([&](char* text, DWORD size) { return GetModuleFileNameA(module, text, size); });
+    return Written([&](char* text, DWORD size) { return torv::ModuleFileName(module, text, size); });
 }
 
 std::string DefaultUserFolder() {

@@ -15,9 +15,9 @@ namespace rve {
 
 #if defined(_WIN32)
 
-MappedFile::MappedFile(const char* path) {
-    const HANDLE file =
-        CreateFileA(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+MappedFile::MappedFile(const std::filesystem::path& path) {
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return;
     LARGE_INTEGER size{};
@@ -37,8 +37,8 @@ MappedFile::~MappedFile() {
 
 #else
 
-MappedFile::MappedFile(const char* path) {
-    const int file = open(path, O_RDONLY | O_CLOEXEC);
+MappedFile::MappedFile(const std::filesystem::path& path) {
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0)
         return;
     struct stat about {};

@@ -1,13 +1,14 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
 
 namespace rve {
 
 /// A file's bytes, mapped for reading as long as this lives; none when it cannot be opened or is empty.
 class MappedFile {
 public:
-    explicit MappedFile(const char* path);
+    explicit MappedFile(const std::filesystem::path& path);
     ~MappedFile();
     MappedFile(const MappedFile&) = delete;
     MappedFile& operator=(const MappedFile&) = delete;

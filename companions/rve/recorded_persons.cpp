@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdio>
+#include <filesystem>
 #include <iterator>
 #include <memory>
 #include <mutex>
@@ -33,23 +34,22 @@ std::array<LoadedBank, std::size(kPersons)>& Banks() {
     return banks;
 }
 
-/// The folder of the library, or of the program that this is linked into, with a separator.
-std::string OwnFolder() {
-    std::string path;
+/// The folder of the library, or of the program that this is linked into.
+std::filesystem::path OwnFolder() {
 #if defined(_WIN32)
     HMODULE module = nullptr;
     GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
                        reinterpret_cast<LPCSTR>(&LoadBanks), &module);
-    char name[MAX_PATH] = {};
-    if (GetModuleFileNameA(module, name, MAX_PATH) < MAX_PATH)
-        path = name;
+    // Wide: the folder's name may have letters that the code page lacks.
+    std::array<wchar_t, 32768> name{};
+    const DWORD length = GetModuleFileNameW(module, name.data(), static_cast<DWORD>(name.size()));
+    return std::filesystem::path(std::wstring(name.data(), length)).parent_path();
 #else
     Dl_info about{};
-    if (dladdr(reinterpret_cast<void*>(&LoadBanks), &about) != 0 && about.dli_fname)
-        path = about.dli_fname;
+    if (dladdr(reinterpret_cast<void*>(&LoadBanks), &about) == 0 || !about.dli_fname)
+        return {};
+    return std::filesystem::path(about.dli_fname).parent_path();
 #endif
-    const size_t end = path.find_last_of("/\\");
-    return end == std::string::npos ? std::string() : path.substr(0, end + 1);
 }
 
 const char* Told(VoiceBank::Fault fault) {
@@ -69,17 +69,17 @@ const char* Told(VoiceBank::Fault fault) {
 }
 
 void Load() {
-    const std::string folder = OwnFolder() + "rve/";
+    const std::filesystem::path folder = OwnFolder() / "rve";
     for (size_t i = 0; i < std::size(kPersons); ++i) {
-        const std::string path = folder + kPersons[i].bank + ".bank";
+        const std::filesystem::path path = folder / (std::string(kPersons[i].bank) + ".bank");
         LoadedBank& loaded = Banks()[i];
-        loaded.file = std::make_unique<MappedFile>(path.c_str());
+        loaded.file = std::make_unique<MappedFile>(path);
         const char* fault = "cannot be read";
         if (loaded.file->Bytes())
             fault = Told(loaded.bank.Open(loaded.file->Bytes(), loaded.file->Size()));
         if (!loaded.bank.IsOpen())
             std::fprintf(stderr, "RVE: %s %s: a synthetic voice sings instead; build or install it again\n",
-                         path.c_str(), fault);
+                         reinterpret_cast<const char*>(path.u8string().c_str()), fault);
     }
 }
 

@@ -4,6 +4,10 @@
 #include "torv/platform/library_module.h"
 #include "torv/platform/text.h"
 
+#if defined(_WIN32)
+#include "torv/platform/windows/full_path.h"
+#endif
+
 namespace torv {
 namespace {
 
@@ -13,6 +17,8 @@ constexpr bool IsSeparator(char c) { return c == '/' || c == '\\'; }
 bool IsLeadByte(char c) { return IsDBCSLeadByte(static_cast<BYTE>(c)); }
 #else
 bool IsLeadByte(char c) { return IsLeadByte932(static_cast<unsigned char>(c)); }
+
+DWORD ModuleFileName(HMODULE module, char* path, DWORD size) { return GetModuleFileNameA(module, path, size); }
 #endif
 
 /// Every code page's second bytes lie behind the digits and signs: a lead byte before "/" is alone.
@@ -65,7 +71,7 @@ BOOL RenameOver(const char* from, const char* to) {
 
 CString LibraryFolder() {
     char path[4096];
-    const DWORD length = GetModuleFileNameA(LibraryModule(), path, sizeof(path));
+    const DWORD length = ModuleFileName(LibraryModule(), path, sizeof(path));
     if (length == 0 || length >= sizeof(path))
         return {};
     const CString folder = FolderPart(path);

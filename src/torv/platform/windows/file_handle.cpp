@@ -2,6 +2,7 @@
 
 #include "torv/platform/afx/file.h"
 #include "torv/platform/or_fail.h"
+#include "torv/platform/windows/full_path.h"
 
 namespace torv {
 namespace {
@@ -29,7 +30,7 @@ DWORD OpenFileHandle(const char* path, UINT flags, FileHandle& handle, std::stri
                               : flags & CFile::modeNoTruncate ? OPEN_ALWAYS
                                                               : CREATE_ALWAYS;
     char full[4096];
-    const DWORD length = GetFullPathNameA(path, sizeof(full), full, nullptr);
+    const DWORD length = FullPathName(path, sizeof(full), full, nullptr);
     const bool isNamed = OrFail(false, [&] {
         fullPath = length > 0 && length < sizeof(full) ? full : path;
         return true;

@@ -1,7 +1,8 @@
 #include "torv/platform/replaced_file_system.h"
 
+#include "torv/platform/windows/full_path.h"
+
 #include <algorithm>
-#include <windows.h>
 
 namespace torv::replaced_file {
 namespace {
@@ -39,7 +40,7 @@ std::string FolderOf(const std::string& path) { return path.substr(0, path.find_
 int FindTarget(const char* path, Target& target) {
     char full[4096];
     char* name = nullptr;
-    const DWORD length = *path ? GetFullPathNameA(path, sizeof(full), full, &name) : 0;
+    const DWORD length = *path ? FullPathName(path, sizeof(full), full, &name) : 0;
     if (length == 0 || length >= sizeof(full))
         return ERROR_PATH_NOT_FOUND;
     target.path = full;

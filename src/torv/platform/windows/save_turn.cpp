@@ -1,7 +1,8 @@
 #include "torv/platform/save_turn.h"
 
+#include "torv/platform/windows/full_path.h"
+
 #include <cstdio>
-#include <windows.h>
 
 namespace torv {
 namespace {
@@ -12,7 +13,7 @@ constexpr DWORD kLongestWait = 10000;
 bool NameTurn(const char* path, char (&name)[32]) {
     char full[4096];
     char* file = nullptr;
-    const DWORD length = GetFullPathNameA(path, sizeof(full), full, &file);
+    const DWORD length = FullPathName(path, sizeof(full), full, &file);
     if (length == 0 || length >= sizeof(full) || !file)
         return false;
     *file = 0;
