@@ -43,25 +43,20 @@ TEST_CASE("catalogue: statuses, articulations and variations are told through ca
     CCrossReferenceMap map;
     DWORD number = 0;
     const auto found = [&](const char* name) { return Values{map.GetCount(), map.Lookup(name, number), number}; };
-    CHECK(manager.GetStatusReferenceMap(map));
-    CHECK(found("Singer") == "6 1 7");
-    CHECK(manager.GetArticulationReferenceMap(5, map));
-    CHECK(found("Decrescendo") == "3 1 3");
-    CHECK(manager.GetVariationReferenceMap(7, 1, map));
-    CHECK(found("Second") == "2 1 258");
-    CHECK(manager.GetVariationReferenceMap(5, torv::kDecrescendo, map));
-    CHECK(found("DEFAULT_VARIATION") == Values(5, 1, 0x8001));
-    CHECK(!manager.GetVariationReferenceMap(7, 2, map));
-    CHECK(map.IsEmpty());
+    CHECK(Values{manager.GetStatusReferenceMap(map), found("Singer")} == "1 6 1 7");
+    CHECK(Values{manager.GetArticulationReferenceMap(5, map), found("Decrescendo")} == "1 3 1 3");
+    CHECK(Values{manager.GetVariationReferenceMap(7, 1, map), found("Second")} == "1 2 1 258");
+    CHECK(Values{manager.GetVariationReferenceMap(5, 3, map), found("DEFAULT_VARIATION")} == Values(1, 5, 1, 0x8001));
+    CHECK(Values{manager.GetVariationReferenceMap(7, 2, map), map.GetCount()} == "0 0");
 }
 
 TEST_CASE("catalogue: models, copies of them, and expressions that keep their library's numbers where they can") {
     const OpenHost host;
     const CQuillDBManager& manager = host.manager;
     CHECK(Values(host.fake->mostListsOut, host.fake->listsOut) == "1 1"); // one list of items at a time
-    const std::string soft = "01010004 soft 'soft' 360 from 4 shape 20 30 of 257 4 Singer";
+    const std::string soft = "01010004 soft 'soft' 360 from 4 shape 20 30 of 257 4 Singer Developer";
     CHECK(host.AboutModel(0x01010004) == soft); // the file's caption, as the library says none
-    CHECK(host.AboutModel(0x01010005) == "01010005 softer 'Softer still' 360 from 5 shape 20 30 of 257 4 S");
+    CHECK(host.AboutModel(0x01010005) == "01010005 softer 'Softer still' 360 from 5 shape 20 30 of 257 4 S D");
     CHECK(Values(manager.VerifyIconID(0x04040001), manager.VerifyIconID(0x01010003),
                  manager.VerifyIconID(0x01018001)) == "1 0 0");
 
@@ -70,14 +65,10 @@ TEST_CASE("catalogue: models, copies of them, and expressions that keep their li
     CHECK(About(copy.get()) == soft);
     CHECK(copy.get() != made.get());
     CHECK(made.get() != manager.GetModelIconObject(0x01010004));
-    CHECK(manager.CreateIconObject(0x06010001) == nullptr);
-    CHECK(CQuillDBManager::CreateIconObject(nullptr) == nullptr);
-    CIconNoteAttack blank(torv::kStatusAttack, 1, 4);
-    CHECK(manager.LoadIconParameter(&blank) == 1);
-    CHECK(About(&blank) == soft);
-    CIconNoteAttack unknown(torv::kStatusAttack, 1, 99);
-    CHECK(manager.LoadIconParameter(&unknown) == 0);
-    CHECK(manager.LoadIconParameter(nullptr) == 0);
+    CHECK(Values(manager.CreateIconObject(0x06010001), CQuillDBManager::CreateIconObject(nullptr)) == "0 0");
+    CIconNoteAttack blank(torv::kStatusAttack, 1, 4), unknown(torv::kStatusAttack, 1, 99);
+    CHECK(Values{manager.LoadIconParameter(&blank), About(&blank)} == "1 " + soft);
+    CHECK(Values{manager.LoadIconParameter(&unknown), manager.LoadIconParameter(nullptr)} == "0 0");
 
     CIconSinger voice;
     const auto reload = [&](int language, int program) {
@@ -146,9 +137,7 @@ TEST_CASE("catalogue: overviews, buttons, and the encoder's index of an icon, wh
     delete manager.UnregisterIconObject(id);
     CHECK(index("theirs") == 0);
     manager.CloseDatabase();
-    CHECK(index("soft") == 0);
-    CHECK(manager.GetButtonBitmapSize(size) == 0);
-    CHECK(manager.EnumIconStatus(nullptr, 0) == 0);
+    CHECK(Values(index("soft"), manager.GetButtonBitmapSize(size), manager.EnumIconStatus(nullptr, 0)) == "0 0 0");
 }
 
 TEST_CASE("catalogue: voices with their parameters") {
@@ -171,8 +160,8 @@ TEST_CASE("catalogue: voices with their parameters") {
         CHECK(voice.parameters.values[i] == (i == 12 ? 100 : i == 4 ? 1 : 64)); // a byte keeps the low 8 bits
     torv::ReleaseVoiceParameters(&voice);
     CHECK(voice.name == nullptr);
-    CHECK(manager.GetVoiceDB()->GetVoiceParameters(0, 1, &voice) == 0);
-    CHECK(manager.GetVoiceDB()->GetModels(7, 1).size() == 2);
+    CHECK(Values(manager.GetVoiceDB()->GetVoiceParameters(0, 1, &voice),
+                 manager.GetVoiceDB()->GetModels(7, 1).size()) == "0 2");
 
     // The editor changes a voice, and the databases follow.
     host.fake->voices[1].name = "Renamed";

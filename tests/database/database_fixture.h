@@ -101,7 +101,7 @@ inline std::string About(CIconObject* icon) {
         text += Values(" shape", attack->GetDuration(), attack->GetDepth());
     if (auto* const expression = dynamic_cast<CIconExpression*>(icon))
         text += Values(" of", expression->GetExpressionID(), expression->GetExpressionEntry()->itemValue,
-                       expression->GetOriginalSingerName());
+                       expression->GetOriginalSingerName(), expression->GetDevelopperName());
     return text;
 }
 

@@ -5,7 +5,11 @@
 
 namespace {
 
-bool HasConverters() { return torv::ConverterModule(0) && torv::ConverterModule(1); }
+/// Which of the converters are there, and whether the catalogues of voices and icons are.
+Values Standing() {
+    return Values(torv::ConverterModule(0) != nullptr, torv::ConverterModule(1) != nullptr,
+                  torv::GetVoiceCatalogue() != nullptr, torv::GetIconCatalogue() != nullptr);
+}
 
 DWORD Put(CQuillDBManager& manager, const char* name) {
     return manager.RegisterIconObject(Level(torv::kDynaff, 0, name, 1).release());
@@ -20,19 +24,14 @@ TEST_CASE("database manager: opens and closes in order, as often as wanted") {
     for (int i = 0; i < 20; ++i) {
         REQUIRE(manager.OpenDatabase() == 1);
         CHECK(host.TakeCalls() == "Init EditorInit GetAllVoice GetExpDB ");
-        CHECK(HasConverters());
-        CHECK(manager.OpenDatabase() == 0); // open already
-        CHECK(host.TakeCalls().empty());
+        CHECK(Standing() == "1 1 1 1");
+        CHECK(Values{manager.OpenDatabase(), host.TakeCalls()} == "0 "); // open already
         manager.CloseDatabase();
         CHECK(host.TakeCalls() == "EditorDelete Delete ");
-        CHECK(!HasConverters());
-        CHECK(torv::GetVoiceCatalogue() == nullptr);
-        CHECK(torv::GetIconCatalogue() == nullptr);
+        CHECK(Standing() == "0 0 0 0");
     }
     manager.CloseDatabase();
-    CHECK(host.TakeCalls().empty());
-    CHECK(host.fake->infosOut == 0);
-    CHECK(boxes.texts.empty());
+    CHECK(Values(host.TakeCalls(), host.fake->infosOut, boxes.texts.size()) == " 0 0");
     CHECK(!std::filesystem::exists(host.UserFile())); // nothing changed, nothing written
 }
 
@@ -41,6 +40,7 @@ TEST_CASE("database manager: what keeps it from opening") {
     Boxes boxes;
     CQuillDBManager manager;
     const std::string failed = "Failed to loading databae ! - ";
+    const char* const fake = "FAKE_DBM.dll";
     struct Row {
         const char* library;
         int32_t FakeDatabase::*status; ///< that is not 0
@@ -52,12 +52,12 @@ TEST_CASE("database manager: what keeps it from opening") {
         {"no_such_library.dll", nullptr, "", {}},
         {"FAKE_DBM_INCOMPLETE.dll", nullptr, "", {"Function error - 'DBM_DeleteVirtualExpItem'"}},
         {"FAKE_DBM_INCOMPLETE.dll", nullptr, "", {}}, // told once
-        {"FAKE_DBM.dll", &FakeDatabase::initStatus, "Init ", {}},
-        {"FAKE_DBM.dll",
+        {fake, &FakeDatabase::initStatus, "Init ", {}},
+        {fake,
          &FakeDatabase::voiceStatus,
          "Init EditorInit GetAllVoice EditorDelete Delete ",
          {failed + "CVoiceDB::OpenDatabase\n\nDBM_GetAllVoice returned 8"}},
-        {"FAKE_DBM.dll",
+        {fake,
          &FakeDatabase::expStatus,
          "Init EditorInit GetAllVoice GetExpDB EditorDelete Delete ",
          {failed + "CExpressionDB::OpenDatabase\n\nDBM_GetExpDB returned 8"}},
@@ -70,12 +70,9 @@ TEST_CASE("database manager: what keeps it from opening") {
             host.registry.Set(kDatabaseKey, "PATH", row.library);
         else
             host.registry.Remove(kDatabaseKey);
-        CHECK(manager.OpenDatabase() == 0);
-        CHECK(host.TakeCalls() == row.calls);
+        CHECK(Values{manager.OpenDatabase(), manager.IsOpen(), host.TakeCalls()} == Values(0, 0, row.calls));
         CHECK(boxes.Take() == row.told);
-        CHECK(!manager.IsOpen());
-        CHECK(torv::GetVoiceCatalogue() == nullptr);
-        CHECK(!HasConverters());
+        CHECK(Standing() == "0 0 0 0");
         CHECK(manager.GetModelIconObject(0x05010001) == nullptr);
     }
     *host.fake = {};
@@ -89,8 +86,7 @@ TEST_CASE("database manager: it opens without a voice editor, and without entry 
     int language = 0, program = 0;
     for (const char* editor : {"", "no_such_library.dll", "FAKE_DBM_INCOMPLETE.dll"}) {
         host.registry.Set(kEditorKey, "PATH", editor);
-        CHECK(manager.OpenDatabase() == 1);
-        CHECK(manager.OpenVoiceEditDialog(&language, &program) == 0);
+        CHECK(Values{manager.OpenDatabase(), manager.OpenVoiceEditDialog(&language, &program)} == "1 0");
         manager.CloseDatabase();
         CHECK(host.TakeCalls() == "Init GetAllVoice GetExpDB Delete ");
     }
@@ -121,24 +117,22 @@ TEST_CASE("database manager: users' icons that cannot be read or saved") {
 TEST_CASE("database manager: two in one process, closed in any order") {
     const FakeHost host;
     const Boxes boxes;
-    for (const bool isFirstClosedFirst : {true, false}) {
-        CQuillDBManager first, second;
-        REQUIRE(first.OpenDatabase() == 1);
-        REQUIRE(second.OpenDatabase() == 1);
-        CHECK(torv::GetVoiceCatalogue() == second.GetVoiceDB());
+    for (const int closedFirst : {0, 1}) {
+        CQuillDBManager managers[2];
+        CQuillDBManager& first = managers[closedFirst];
+        CQuillDBManager& last = managers[1 - closedFirst];
+        REQUIRE(Values{managers[0].OpenDatabase(), managers[1].OpenDatabase()} == "1 1");
+        CHECK(torv::GetVoiceCatalogue() == managers[1].GetVoiceDB());
         CHECK(Put(first, "one") == 0x05018001);
-        CHECK(Put(second, "two") == 0x05018001);
-        (isFirstClosedFirst ? first : second).CloseDatabase();
-        CHECK(torv::GetVoiceCatalogue() == (isFirstClosedFirst ? second : first).GetVoiceDB());
-        CHECK(torv::GetIconCatalogue() != nullptr);
-        CHECK(HasConverters());
-        (isFirstClosedFirst ? second : first).CloseDatabase();
-        CHECK(torv::GetVoiceCatalogue() == nullptr);
-        CHECK(torv::GetIconCatalogue() == nullptr);
-        CHECK(!HasConverters());
+        CHECK(Put(last, "two") == 0x05018001);
+        first.CloseDatabase();
+        CHECK(torv::GetVoiceCatalogue() == last.GetVoiceDB());
+        CHECK(Standing() == "1 1 1 1");
+        last.CloseDatabase();
+        CHECK(Standing() == "0 0 0 0");
         REQUIRE(first.OpenDatabase() == 1);
-        CHECK(first.GetModelIconObject(0x05018001)->GetIDString() == (isFirstClosedFirst ? "one" : "two"));
-        CHECK(first.GetModelIconObject(0x05018002)->GetIDString() == (isFirstClosedFirst ? "two" : "one"));
+        CHECK(first.GetModelIconObject(0x05018001)->GetIDString() == "one");
+        CHECK(first.GetModelIconObject(0x05018002)->GetIDString() == "two");
         first.CloseDatabase();
         host.RemoveUserFile();
     }

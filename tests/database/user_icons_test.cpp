@@ -31,14 +31,13 @@ TEST_CASE("user icons: dynamics live in the file from one session to the next") 
 
     // Taken out, the lowest number is free for the next; restored, an icon wants its own.
     CHECK(manager.RestoreUserIconObject(manager.GetModelIconObject(0x05018002)) == 0); // it is there
-    std::unique_ptr<CIconObject> first(manager.UnregisterIconObject(0x05018001));
-    REQUIRE(first);
+    CIconObject* const first = manager.UnregisterIconObject(0x05018001);
     CHECK(manager.UnregisterIconObject(0x05018001) == nullptr);
     CHECK(put("third", 30) == 0x05018001);
-    CHECK(manager.RestoreUserIconObject(first.get()) == 0);
+    CHECK(manager.RestoreUserIconObject(first) == 0);
     delete manager.UnregisterIconObject(0x05018001);
-    CHECK(manager.RestoreUserIconObject(first.get()) == 1);
-    CHECK(manager.GetModelIconObject(0x05018001) == first.release());
+    CHECK(manager.RestoreUserIconObject(first) == 1);
+    CHECK(manager.GetModelIconObject(0x05018001) == first);
 
     auto louder = Level(torv::kDynaff, 0x8002, "second", 99);
     louder->SetOriginalVariation(4);
@@ -61,11 +60,9 @@ TEST_CASE("user icons: who owns an icon that is not registered") {
     CIconDynamics singer(torv::kStatusSinger, 1, 0x8001);
     CIconDynamics attack(torv::kStatusAttack, 1, 0x8001);
     CIconDynamics nothing(0, 1, 0x8001);
-    for (CIconObject* icon : std::vector<CIconObject*>{&singer, &attack, &nothing, nullptr}) {
-        CHECK(manager.RegisterIconObject(icon) == 0);
-        CHECK(manager.RestoreUserIconObject(icon) == 0);
-        CHECK(manager.ReplaceIconObject(icon) == 0);
-    }
+    for (CIconObject* icon : std::vector<CIconObject*>{&singer, &attack, &nothing, nullptr})
+        CHECK(Values{manager.RegisterIconObject(icon), manager.RestoreUserIconObject(icon),
+                     manager.ReplaceIconObject(icon)} == "0 0 0");
     for (const DWORD id : {0U, 0x05010001U, 0x07010000U, 0x01018001U})
         CHECK(manager.UnregisterIconObject(id) == nullptr);
 }
@@ -82,15 +79,13 @@ TEST_CASE("user icons: expressions are handed to the external library as a file"
                                                 "[Parameter]\r\nLength = 480\r\nDuration = 11\r\nDepth = 64\r\n\r\n");
     CHECK(!std::filesystem::exists(file)); // gone after the call
     // 0x0103 is the number of the preset that it was made from.
-    CHECK(host.AboutModel(id) == "01018001 A\x83\x5C 'Caption' 480 from 1 shape 11 64 of 259 1 ");
+    CHECK(host.AboutModel(id) == "01018001 A\x83\x5C 'Caption' 480 from 1 shape 11 64 of 259 1  ");
 
     CHECK(manager.ReplaceIconObject(Attack("A\x83\x5C", 99, 0x8001).get()) == 1);
     CHECK(host.TakeCalls() == "DeleteVirtualExpItem CreateVirtualExpItem ");
-    CHECK(host.AboutModel(id) == "01018001 A\x83\x5C 'Caption' 480 from 1 shape 99 64 of 259 1 ");
+    CHECK(host.AboutModel(id) == "01018001 A\x83\x5C 'Caption' 480 from 1 shape 99 64 of 259 1  ");
     delete manager.UnregisterIconObject(id);
-    CHECK(host.TakeCalls() == "DeleteVirtualExpItem ");
-    CHECK(host.fake->deletedValue == 1);
-    CHECK(host.AboutModel(id) == "none");
+    CHECK(Values(host.TakeCalls(), host.fake->deletedValue, host.AboutModel(id)) == "DeleteVirtualExpItem  1 none");
     CHECK(CExpressionDB::UserExpressionFileName(4, 4, std::string(5000, 'x').c_str()).GetLength() == 5 + 180);
 }
 
@@ -116,8 +111,7 @@ TEST_CASE("user icons: what the external library refuses is told, and nothing ha
     host.TakeCalls();
     CHECK(manager.ReplaceIconObject(Attack("b", 99, 0x8001).get()) == 0);
     CHECK(host.TakeCalls() == "DeleteVirtualExpItem CreateVirtualExpItem CreateVirtualExpItem "); // the old one again
-    CHECK(manager.GetModelIconObject(id)->GetCaption() == "Caption");
-    CHECK(dynamic_cast<CIconNoteAttack*>(manager.GetModelIconObject(id))->GetDuration() == 11);
+    CHECK(host.AboutModel(id) == "01018001 b 'Caption' 480 from 1 shape 11 64 of 259 0  "); // no item of theirs now
 }
 
 TEST_CASE("user icons: those in the file and those that the external library kept are joined") {
@@ -137,14 +131,14 @@ TEST_CASE("user icons: those in the file and those that the external library kep
     std::string found;
     for (CIconObject* const icon : manager.GetExpressionDB()->GetModels(1, 1))
         found += About(icon) + "\n";
-    CHECK(found == "01010001 plain 'plain' 360 from 1 shape 20 30 of 259 1 Singer\n"
+    CHECK(found == "01010001 plain 'plain' 360 from 1 shape 20 30 of 259 1 Singer Developer\n"
                    // Only in the library: under its own number where that was free.
-                   "01018001 theirs 'theirs' 360 from 1 shape 20 30 of 259 7 \n"
+                   "01018001 theirs 'theirs' 360 from 1 shape 20 30 of 259 7  \n"
                    // In both: the file's number and parameters, the library's identity.
-                   "01018002 both 'Ours' 240 from 1 shape 3 64 of 259 5 Their singer\n"
+                   "01018002 both 'Ours' 240 from 1 shape 3 64 of 259 5 Their singer D\n"
                    // Only in the file: it sounds as what it was made from.
-                   "01018007 ours '' 240 from 1 shape 64 64 of 259 0 \n"
-                   "01018008 theirs too 'theirs too' 360 from 1 shape 20 30 of 259 8 \n");
+                   "01018007 ours '' 240 from 1 shape 64 64 of 259 0  \n"
+                   "01018008 theirs too 'theirs too' 360 from 1 shape 20 30 of 259 8  \n");
     host.TakeCalls();
     delete manager.UnregisterIconObject(0x01018007);
     CHECK(host.TakeCalls().empty()); // the library is not asked to drop what it does not have
@@ -166,7 +160,7 @@ TEST_CASE("user icons: what the external library keeps has its number, whether i
     CHECK(host.boxes.Take() == Texts{"File not found !\n\ngone.aic", "File not found !\n\ngone too.aic"});
     CHECK(host.AboutModel(0x01018001) == "none");
     // The item's number, though its file is gone.
-    CHECK(host.AboutModel(0x01018002) == "01018002 ours '' 240 from 1 shape 3 64 of 259 2 Their singer");
+    CHECK(host.AboutModel(0x01018002) == "01018002 ours '' 240 from 1 shape 3 64 of 259 2 Their singer ");
     CHECK(manager.RegisterIconObject(Attack("a").release()) == 0x01018003);
 
     // Another host has put in two meanwhile: their numbers are seen when the first is refused.
@@ -210,8 +204,8 @@ TEST_CASE("user icons: a caption is changed for good") {
     const DWORD id = manager.RegisterIconObject(Attack("a").release());
     host.Reopen();
     CIconNoteAttack copy(dynamic_cast<CIconNoteAttack*>(manager.GetModelIconObject(id)));
-    CHECK(manager.GetExpressionDB()->SetUserItemCaption(copy, "New; caption") == 1);
-    CHECK(copy.GetCaption() == "New; caption");
+    CHECK(Values{manager.GetExpressionDB()->SetUserItemCaption(copy, "New; caption"), copy.GetCaption()} ==
+          "1 New; caption");
     host.Reopen();
     CHECK(manager.GetModelIconObject(id)->GetCaption() == "New; caption");
     for (const int variation : {1, 0x8009}) // a preset, and none

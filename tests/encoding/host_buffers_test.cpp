@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <memory>
 #include <random>
-#include <string>
 #include <type_traits>
 #include <vector>
 

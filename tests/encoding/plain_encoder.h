@@ -3,10 +3,8 @@
 #include "encoding_fixture.h"
 
 #include <algorithm>
-#include <map>
 #include <optional>
 #include <string>
-#include <vector>
 
 /// The engine stream that a chart must become, made in the plainest way: time is looked up from the first tempo on,
 /// every block finds its place by itself, and all of them are sorted at the end. It shares nothing with the library's
@@ -16,7 +14,6 @@ namespace plain {
 struct Placed {
     long tick, time;
     Bytes bytes;
-    bool operator==(const Placed&) const = default;
 };
 
 class Encoder {

@@ -125,13 +125,11 @@ TEST_CASE("midi player: events at their times, and the window is told") {
                           0x00, 0xFF, 0x2F, 0x00};
     MidiSong song({conductor, Notes(60, 24), Notes(60, 24)});
     clock.refuses = true;
-    CHECK(song.StartPlay(window) == 0);
-    CHECK(ThePlayer().Result() == TIMERR_NOCANDO);
+    CHECK(Values{song.StartPlay(window), ThePlayer().Result()} == Values(0, TIMERR_NOCANDO));
     CHECK(recorder->opened == recorder->closed);
     clock.refuses = false;
     REQUIRE(song.StartPlay(window) == 1);
-    CHECK(song.StartPlay(window) == 0);
-    CHECK(MidiSong().StartPlay(nullptr) == 0); // nor any other
+    CHECK(Values{song.StartPlay(window), MidiSong().StartPlay(nullptr)} == "0 0"); // nor any other
     DWORD time = 0;
     // One every 25 ms; then 250 x 24 = 6000 = 12 ms and 240 over, a thousand of which make one more: 12, 24, 36,
     // 48, 61.
@@ -179,9 +177,7 @@ TEST_CASE("midi player: a rewind and a mute hold while it plays, for which the t
     song.SetMute(0, 1);
     CHECK(playedIn100() == 5); // the other's, and the one's that was due next
     song.SeekToBegin();
-    CHECK(song.GetSequenceTime() == 0);
-    CHECK(playedIn100() == 5);
-    CHECK(recorder->Messages()[0].bytes == 0x400095);
+    CHECK(Values{song.GetSequenceTime(), playedIn100(), recorder->Messages()[0].bytes} == Values(0, 5, 0x400095));
     song.StopPlay();
 }
 
@@ -206,8 +202,7 @@ TEST_CASE("midi player: long messages go out in pieces, and nothing between them
     REQUIRE(song.StartPlay(nullptr) == 1);
     clock.Advance(50);
     REQUIRE(recorder->Await(1));
-    CHECK(recorder->Messages().size() == 1); // the device has not done with it
-    CHECK(song.GetSequenceTime() == 10);
+    CHECK(Values(recorder->Messages().size(), song.GetSequenceTime()) == "1 10"); // the device has not done with it
     recorder->hold = false;
     AwaitDevice();
     clock.Advance(10);
@@ -323,7 +318,6 @@ TEST_CASE("midi player: on the system's own timer, while the host does what it m
     CHECK(recorder->Await(1));
     song.StopPlay();
     CHECK(recorder->opened == recorder->closed);
-    CHECK(ThePlayer().Device() == nullptr);
-    CHECK(ThePlayer().Timer() == 0);
+    CHECK(Values(ThePlayer().Device(), ThePlayer().Timer()) == "0 0");
 }
 #endif

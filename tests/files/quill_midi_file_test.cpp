@@ -8,8 +8,6 @@
 
 #include <doctest/doctest.h>
 
-#include <string>
-
 // 120 beats a minute unless a test says otherwise: 480 ticks are 500 ms, 1920 ticks are the presend of 2000 ms.
 
 namespace {
@@ -39,13 +37,6 @@ struct Song : Chart {
     }
 };
 
-struct Event {
-    DWORD tick;
-    std::string bytes;
-    bool operator==(const Event&) const = default;
-};
-using Events = std::vector<Event>;
-
 /// The class from within, as those who derive from it have it.
 struct Inside : CxQuillMidiFile {
     using CxQuillMidiFile::DebugTrace;
@@ -63,11 +54,12 @@ struct Inside : CxQuillMidiFile {
         buffer.Create(0, 2000, 0);
         m_pBuffer = &buffer;
     }
-    Events Written() {
-        Events events;
+    /// Ticks and bytes.
+    std::string Written() {
+        std::string text;
         for (const StreamEntry& entry : EntriesOf(buffer))
-            events.push_back({entry.tick, {entry.bytes.begin(), entry.bytes.end()}});
-        return events;
+            text += std::to_string(entry.tick) + std::string(entry.bytes.begin(), entry.bytes.end());
+        return text;
     }
 };
 
@@ -175,22 +167,6 @@ TEST_CASE("engine midi file: deltas as variable-length quantities, bridged where
     CHECK(folder.Content("track") == "MTrk\0\0\0\4\xFF\xFF\xFF\x7F"s);
 }
 
-TEST_CASE("engine midi file: host data go into pieces, whose numbers go round at 10000") {
-    const std::string text(119, 'x');
-    const Bytes data(239, 'x');
-    Inside file;
-    tagQuillMidiQSBBuffer qsb{data.data(), 239};
-    CHECK(file.WriteMetaQSBEvent(&qsb, 9998) == 3);
-    file.DebugTrace(&file.buffer);
-    CHECK(file.Written() ==
-          Events{{0, "\xFF\1\x7FQM:9998:" + text}, {0, "\xFF\1\x7FQM:9999:" + text}, {0, "\xFF\1\x09QM:0000:x"}});
-    qsb.size = 119;
-    CHECK(file.WriteMetaQSBEvent(&qsb, 0) == 1);
-    qsb.data = nullptr;
-    CHECK(Values{file.WriteMetaQSBEvent(&qsb, 0), file.WriteMetaQSBEvent(nullptr, 0)} == "0 0");
-    file.DebugTrace(nullptr);
-}
-
 TEST_CASE("engine midi file: signatures stand at measures") {
     using Rows = std::vector<std::vector<DWORD>>; // tick, numerator, exponent
     const auto draws = [](tagTimeSignature initial, const Rows& changes, const Rows& expected) {
@@ -201,9 +177,9 @@ TEST_CASE("engine midi file: signatures stand at measures") {
         Inside file;
         CHECK(file.WriteMasterTrack(&song.song) == 1);
         Rows rows;
-        for (const Event& event : file.Written())
-            if (event.bytes[1] == '\x58')
-                rows.push_back({event.tick, static_cast<BYTE>(event.bytes[3]), static_cast<BYTE>(event.bytes[4])});
+        for (const StreamEntry& entry : EntriesOf(file.buffer))
+            if (entry.bytes[1] == 0x58)
+                rows.push_back({entry.tick, entry.bytes[3], entry.bytes[4]});
         CHECK(rows == expected);
     };
     // A change within a measure moves to its beginning.
@@ -216,16 +192,25 @@ TEST_CASE("engine midi file: signatures stand at measures") {
     draws({1, 7}, {{0, 255, 0}, {15 * 65535, 4, 2}}, {{0, 255, 0}});
 }
 
-TEST_CASE("engine midi file: names and tempos keep to their bytes") {
+TEST_CASE("engine midi file: meta events keep to their bytes, host data to pieces whose numbers go round at 10000") {
     Inside file;
     file.WriteMetaTrackName(std::string(300, 'n').c_str());
     file.WriteMetaTrackName(nullptr);
     file.WriteMetaTempo(0x1000000);
+    const Bytes data(239, 'x');
+    tagQuillMidiQSBBuffer qsb{data.data(), 239};
+    CHECK(file.WriteMetaQSBEvent(&qsb, 9998) == 3);
     file.WriteMetaEOT(5);
-    CHECK(file.Written() == Events{{0, "\xFF\3\xFF" + std::string(255, 'n')},
-                                   {0, "\xFF\3\0"s},
-                                   {0, "\xFF\x51\3\xFF\xFF\xFF"},
-                                   {5, "\xFF\x2F\0"s}});
+    file.DebugTrace(&file.buffer);
+    const std::string piece(119, 'x');
+    CHECK(file.Written() == "0\xFF\3\xFF" + std::string(255, 'n') + "0\xFF\3\0"s + "0\xFF\x51\3\xFF\xFF\xFF" +
+                                "0\xFF\1\x7FQM:9998:" + piece + "0\xFF\1\x7FQM:9999:" + piece + "0\xFF\1\x09QM:0000:x" +
+                                "5\xFF\x2F\0"s);
+    qsb.size = 119;
+    CHECK(file.WriteMetaQSBEvent(&qsb, 0) == 1);
+    qsb.data = nullptr;
+    CHECK(Values{file.WriteMetaQSBEvent(&qsb, 0), file.WriteMetaQSBEvent(nullptr, 0)} == "0 0");
+    file.DebugTrace(nullptr);
     CHECK(file.WriteMetaEOT(0x7FFFFFFF) == 0);                                              // past the last tick
     CHECK(Values{file.RiffWriteMidiHeader(1, 1, 480), file.RiffWriteMidiTrack()} == "0 0"); // no file
 }
@@ -243,12 +228,11 @@ TEST_CASE("engine midi file: a save that fails leaves what was there, and says w
     tagQuillMidiQSBBuffer qsb[] = {{data.data(), 20000}, {}};
     CxQuillMidiFile file;
     const auto failure = [&](const std::string& path) -> std::string {
-        CHECK(file.SaveAsFormat1(path.c_str(), &song.song, qsb) == 0);
-        CHECK(file.IsOpen() == 0);
+        CHECK(Values{file.SaveAsFormat1(path.c_str(), &song.song, qsb), file.IsOpen()} == "0 0");
         return file.GetErrorMessage();
     };
-    CHECK(failure(folder.Path("none/new.mid")) == "CFileException::badPath");
-    CHECK(failure("") == "CFileException::badPath");
+    for (const std::string& none : {folder.Path("none/new.mid"), ""s})
+        CHECK(failure(none) == "CFileException::badPath");
     folder.Folder("sub.mid");
     CHECK(failure(folder.Path("sub.mid")) == "CFileException::accessDenied");
 #if !defined(_WIN32)
@@ -260,12 +244,11 @@ TEST_CASE("engine midi file: a save that fails leaves what was there, and says w
     {
         const SmallDisk disk(10);
         file.Open(old.c_str(), CFile::modeCreate | CFile::modeReadWrite);
-        CHECK(file.Write(data.data(), 20000) == 0);
-        CHECK(file.Close() == 0); // what lacks a part is not put in place
+        CHECK(Values{file.Write(data.data(), 20000), file.Close()} == "0 0"); // what lacks a part is not put in place
     }
 #endif
-    CHECK(file.SaveAsFormat1(nullptr, &song.song, nullptr) == 0);
-    CHECK(file.SaveAsFormat1(old.c_str(), nullptr, qsb) == 0);
+    CHECK(Values{file.SaveAsFormat1(nullptr, &song.song, nullptr), file.SaveAsFormat1(old.c_str(), nullptr, qsb)} ==
+          "0 0");
     CHECK(file.GetErrorMessage() == "CFileException::none"s); // no file error, and none of the save before
     CSequence noMaster;
     CHECK(file.SaveAsFormat1(old.c_str(), &noMaster, nullptr) == 0);

@@ -9,9 +9,6 @@
 
 #include <doctest/doctest.h>
 
-#include <string>
-#include <utility>
-
 using torv::ChunkId;
 
 namespace {

@@ -2,14 +2,8 @@
 #include "allocation_failure.h"
 #include "boxes.h"
 #include "icon_fixture.h"
-#include "platform/temp_folder.h"
 
-#include "torv/icons/icon_dynamics.h"
 #include "torv/icons/icon_factory.h"
-#include "torv/icons/icon_note_attack.h"
-#include "torv/icons/icon_note_transit.h"
-#include "torv/icons/icon_singer.h"
-#include "torv/icons/icon_vibrato.h"
 
 #include <functional>
 

@@ -1,8 +1,4 @@
 #include "icon_fixture.h"
-#include "platform/temp_folder.h"
-
-#include "torv/icons/icon_dynamics.h"
-#include "torv/icons/icon_vibrato.h"
 
 namespace {
 

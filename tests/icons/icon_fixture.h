@@ -1,6 +1,12 @@
 #pragma once
 
-#include "torv/icons/icon_object.h"
+#include "platform/temp_folder.h"
+#include "torv/icons/icon_dynamics.h"
+#include "torv/icons/icon_note_attack.h"
+#include "torv/icons/icon_note_release.h"
+#include "torv/icons/icon_note_transit.h"
+#include "torv/icons/icon_singer.h"
+#include "torv/icons/icon_vibrato.h"
 
 #include "typed_file/file_text.h"
 #include "values.h"

@@ -1,9 +1,4 @@
 #include "icon_fixture.h"
-#include "platform/temp_folder.h"
-
-#include "torv/icons/icon_note_attack.h"
-#include "torv/icons/icon_note_release.h"
-#include "torv/icons/icon_note_transit.h"
 
 TEST_CASE("shapes: 64 unless a file says otherwise, and any value a host sets") {
     CIconNoteAttack attack(1, 1, 3);

@@ -1,7 +1,4 @@
 #include "icon_fixture.h"
-#include "platform/temp_folder.h"
-
-#include "torv/icons/icon_singer.h"
 
 namespace {
 

@@ -1,7 +1,5 @@
 #include "icon_fixture.h"
 
-#include "torv/icons/icon_vibrato.h"
-
 TEST_CASE("vibrato: setters refuse what files have brought into range") {
     CIconVibrato icon(4, 4, 1);
     CHECK(Values{icon.SetStartDepth(200), icon.SetStartDepth(127), icon.SetStartRate(-1), icon.GetStartDepth()} ==

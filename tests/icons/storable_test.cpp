@@ -1,7 +1,5 @@
 #include "icon_fixture.h"
 
-#include "torv/icons/icon_dynamics.h"
-#include "torv/icons/icon_vibrato.h"
 #include "torv/icons/storable.h"
 
 namespace {

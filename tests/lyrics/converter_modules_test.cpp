@@ -5,9 +5,6 @@
 
 #include <doctest/doctest.h>
 
-#include <string>
-#include <vector>
-
 #if !defined(_WIN32)
 #include <sys/resource.h>
 #endif

@@ -1,4 +1,3 @@
-#include "torv/typed_file/typed_file.h"
 
 #include <doctest/doctest.h>
 

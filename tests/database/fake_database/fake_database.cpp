@@ -111,7 +111,6 @@ ENTRY int32_t DBM_CALL DBM_CreateVirtualExpItem(int32_t, int32_t, int32_t, uint3
         for (int k = 0; k < g_state.expressions[i].itemCount; ++k)
             if (g_state.expressions[i].items[k].user && g_state.expressions[i].items[k].value == value)
                 return Called("CreateVirtualExpItem", DBM_EXISTS);
-    g_state.created.value = value;
     std::snprintf(g_state.fileName, sizeof g_state.fileName, "%s", fileName);
     std::memset(g_state.handedOver, 0, sizeof g_state.handedOver);
     if (std::FILE* const file = std::fopen(fileName, "rb")) {

@@ -25,7 +25,6 @@ struct FakeDatabase {
     char calls[65536];     ///< the entry points that were called, without their prefix, each followed by a blank
     char handedOver[4096]; ///< the file that the last DBM_CreateVirtualExpItem named, as it was then
     char fileName[512];
-    DBMExpItem created; ///< texts are not kept
     int32_t deletedValue;
     int32_t listsOut; ///< item lists that were not given back
     int32_t mostListsOut;
