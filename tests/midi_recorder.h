@@ -5,18 +5,15 @@
 
 #if !defined(_WIN32)
 #include <atomic>
-#include <chrono>
 #include <memory>
 #include <mutex>
 #include <vector>
 
-/// A MIDI device that keeps what it is sent, with the times. Room is made beforehand, so that recording does not
+/// A MIDI device that keeps what it is sent. Room is made beforehand, so that recording does not
 /// allocate. While `hold` is set, long messages do not end (five seconds at most).
 class MidiRecorder : public torv::MidiOutDevice {
 public:
-    using Clock = std::chrono::steady_clock;
     struct Message {
-        Clock::time_point time;
         DWORD bytes; // of a short message, status lowest
         DWORD length;
         bool isLong;
@@ -41,13 +38,13 @@ public:
         for (DWORD i = 0; i < count; ++i)
             packed |= static_cast<DWORD>(bytes[i]) << (8 * i);
         const std::lock_guard lock(m_mutex);
-        m_messages.push_back({Clock::now(), packed, count, false});
+        m_messages.push_back({packed, count, false});
         return true;
     }
     bool LongMessage(const BYTE* bytes, DWORD count) override {
         {
             const std::lock_guard lock(m_mutex);
-            m_messages.push_back({Clock::now(), 0, count, true});
+            m_messages.push_back({0, count, true});
             m_longBytes.insert(m_longBytes.end(), bytes, bytes + count);
         }
         for (int i = 0; i < 5000 && hold; ++i)

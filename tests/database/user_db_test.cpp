@@ -204,6 +204,8 @@ TEST_CASE("user icons: two hosts with one file") {
         Hosts::Register(hosts.database, 20);
         CHECK(hosts.Saved() == "1=10 2=20 ");
         CHECK(hosts.boxes.Take() == Texts{hosts.Taken("1")});
+        Hosts::Remove(hosts.database, 2); // which it has put there itself
+        CHECK(hosts.Saved() == "1=10 ");
     }
     SUBCASE("each change is kept, each removal only where the other knows of it") {
         Hosts hosts({10, 20, 30, 40, 50});

@@ -1,6 +1,7 @@
 // Users' icons through the manager: registered, replaced, taken out and restored, and there again after a restart.
 #include "allocation_failure.h"
 #include "database/database_fixture.h"
+#include "platform/small_disk.h"
 
 #include "torv/score/cross_reference_map.h"
 
@@ -99,6 +100,13 @@ TEST_CASE("user icons: what the external library refuses is told, and nothing ha
     CHECK(host.AboutModel(0x01018001) == "none");
 
     host.fake->createStatus = 0;
+#if !defined(_WIN32)
+    {
+        const SmallDisk disk(0); // for the file to hand over
+        CHECK(manager.RegisterIconObject(refused.get()) == 0);
+    }
+    CHECK(host.boxes.Take() == Texts{"Function error - 'CExpressionDB::CreateUserItem'"});
+#endif
     const DWORD id = manager.RegisterIconObject(Attack("b").release());
     const std::string registered = host.AboutModel(id);
     host.fake->deleteStatus = 5;
@@ -202,10 +210,10 @@ TEST_CASE("user icons: a caption is changed for good") {
     OpenHost host;
     CQuillDBManager& manager = host.manager;
     const DWORD id = manager.RegisterIconObject(Attack("a").release());
-    host.Reopen();
     CIconNoteAttack copy(dynamic_cast<CIconNoteAttack*>(manager.GetModelIconObject(id)));
-    CHECK(Values{manager.GetExpressionDB()->SetUserItemCaption(copy, "New; caption"), copy.GetCaption()} ==
-          "1 New; caption");
+    host.TakeCalls();
+    CHECK(Values{manager.GetExpressionDB()->SetUserItemCaption(copy, "New; caption"), copy.GetCaption(),
+                 host.TakeCalls()} == "1 New; caption SetVirtualExpItemCaption ");
     host.Reopen();
     CHECK(manager.GetModelIconObject(id)->GetCaption() == "New; caption");
     for (const int variation : {1, 0x8009}) // a preset, and none

@@ -3,8 +3,6 @@
 #include "allocation_failure.h"
 #include "torv/encoding/qm_out_parameters.h"
 
-#include <doctest/doctest.h>
-
 namespace {
 
 /// A curve of plain values for the tests to output.

@@ -2,9 +2,6 @@
 
 #include "allocation_failure.h"
 #include "torv/encoding/qm_out_parameters.h"
-#include "values.h"
-
-#include <doctest/doctest.h>
 
 #include <algorithm>
 #include <ctime>

@@ -7,6 +7,9 @@
 #include "torv/icons/icon_note_release.h"
 #include "torv/icons/icon_note_transit.h"
 #include "torv/icons/icon_vibrato.h"
+#include "values.h"
+
+#include <doctest/doctest.h>
 
 #include <memory>
 #include <vector>

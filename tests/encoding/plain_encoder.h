@@ -3,28 +3,20 @@
 #include "encoding_fixture.h"
 
 #include <algorithm>
-#include <optional>
 #include <string>
 
 /// The engine stream that a chart must become, made in the plainest way: time is looked up from the first tempo on,
 /// every block finds its place by itself, and all of them are sorted at the end. It shares nothing with the library's
 /// encoder.
-namespace plain {
-
-struct Placed {
-    long tick, time;
-    Bytes bytes;
-};
-
-class Encoder {
+class PlainEncoder {
 public:
-    std::vector<Placed> written; ///< in the order of writing, which is that of messages at one tick
-    std::vector<Placed> placed;  ///< by tick, and by time within one
+    std::vector<StreamEntry> written; ///< in the order of writing, which is that of messages at one tick
+    std::vector<StreamEntry> placed;  ///< by tick, and by time within one
     long lastTick = 0;
     long lastTime = 0;
 
     /// Times and samples as `settings` says.
-    Encoder(Chart& chart, const CxQuillMidiEncoder& settings) : m_chart(chart), m_settings(settings) {
+    PlainEncoder(Chart& chart, const CxQuillMidiEncoder& settings) : m_chart(chart), m_settings(settings) {
         const int mode = m_track.GetDynamicsMode();
         for (size_t i = 0; i < chart.Events().size(); ++i) {
             const auto& [tick, event] = chart.Events()[i];
@@ -48,24 +40,21 @@ public:
         Step(PointsOf(*m_track.GetPitchBendBreakPointList()), 0x54);
         Step(PointsOf(*m_track.GetPitchBendSensBreakPointList()), 0x67);
         placed = written;
-        std::stable_sort(placed.begin(), placed.end(), [](const Placed& a, const Placed& b) {
+        std::stable_sort(placed.begin(), placed.end(), [](const StreamEntry& a, const StreamEntry& b) {
             return a.tick != b.tick ? a.tick < b.tick : a.time < b.time;
         });
     }
 
     /// In a file every message is an event of its own, `interval` ticks behind the one before it in its block, and
     /// behind all that was written to its tick.
-    std::vector<Placed> Messages(DWORD interval) const {
-        std::map<long, std::vector<Placed>> ticks;
-        for (const Placed& block : written)
-            for (size_t i = 0; i < block.bytes.size(); i += 3) {
-                const long tick = block.tick + static_cast<long>(i / 3 * interval);
+    std::vector<StreamEntry> Messages(DWORD interval) const {
+        std::vector<StreamEntry> messages;
+        for (const StreamEntry& block : written)
+            for (DWORD i = 0; i < block.bytes.size(); i += 3) {
                 const auto at = block.bytes.begin() + static_cast<std::ptrdiff_t>(i);
-                ticks[tick].push_back({tick, 0, Bytes(at, at + 3)});
+                messages.push_back({block.tick + i / 3 * interval, 0, Bytes(at, at + 3)});
             }
-        std::vector<Placed> messages;
-        for (const auto& [tick, some] : ticks)
-            messages.insert(messages.end(), some.begin(), some.end());
+        std::stable_sort(messages.begin(), messages.end(), [](auto& a, auto& b) { return a.tick < b.tick; });
         return messages;
     }
 
@@ -125,7 +114,9 @@ private:
         return time <= 0 ? 0 : TempoWhere([time](const Tempo& tempo) { return tempo.time <= time; }).Tick(time);
     }
 
-    void Place(long time, const Bytes& bytes) { written.push_back({TickAt(time), time, bytes}); }
+    void Place(long time, const Bytes& bytes) {
+        written.push_back({static_cast<DWORD>(TickAt(time)), static_cast<LONG>(time), bytes});
+    }
     void Raise(long tick) {
         if (tick > lastTick) {
             lastTick = tick;
@@ -207,13 +198,8 @@ private:
                 ++i;
                 continue;
             }
-            if (tick != start.at) {
-                if (next.at == start.at) {
-                    ++i;
-                    continue;
-                }
+            if (tick != start.at)
                 sample += static_cast<int>(Scale(next.value - start.value, tick - start.at, next.at - start.at));
-            }
             now = tick;
             if (TimeAt(now) >= m_presend) {
                 Value(now, number, sample);
@@ -356,5 +342,3 @@ private:
     int m_level = 72;
     int m_selector = 0;
 };
-
-} // namespace plain

@@ -1,7 +1,4 @@
 #include "encoding_fixture.h"
-#include "values.h"
-
-#include <doctest/doctest.h>
 
 #include <algorithm>
 #include <random>

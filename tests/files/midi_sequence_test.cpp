@@ -147,8 +147,7 @@ TEST_CASE("midi sequence: milliseconds") {
             track.insert(track.end(), {0x01, 0x90, 0x3C, 0x40});
         track.insert(track.end(), {0x00, 0xFF, 0x2F, 0x00});
         MidiSong sequence({track});
-        Read(sequence);
-        CHECK(sequence.GetTimePosition() == 51);
+        CHECK(Values{Read(sequence).size(), sequence.GetTimePosition()} == "51 51"); // and the end
         sequence.SeekToBegin();
         CHECK(sequence.GetTimePosition() == 0);
     }
@@ -158,19 +157,15 @@ TEST_CASE("midi sequence: milliseconds") {
                             0x51, 0x03, 0x01, 0xD4, 0xC0, 0x83, 0x60, 0xFF, 0x2F, 0x00}});
         tagEvent event;
         sequence.GetEvent(&event);
-        CHECK(event.data1 == 0x51);
-        CHECK(sequence.GetSequenceTempo() == 500991);
-        sequence.GetEvent(&event);
-        CHECK(sequence.GetTimePosition() == 500);
-        sequence.GetEvent(&event);
-        CHECK(sequence.GetTimePosition() == 620);
+        CHECK(Values(int{event.data1}, sequence.GetSequenceTempo()) == Values(0x51, 500991));
+        CHECK(Values{sequence.GetEvent(&event), sequence.GetTimePosition()} == "1 500");
+        CHECK(Values{sequence.GetEvent(&event), sequence.GetTimePosition()} == "1 620");
         sequence.SeekToBegin();
         CHECK(sequence.GetSequenceTempo() == 120000); // stays until the stream says otherwise
     }
     SUBCASE("no division, no time") {
         MidiSong sequence(kTwoTracks, 0);
-        CHECK(Read(sequence).size() == 6);
-        CHECK(sequence.GetTimePosition() == 0);
+        CHECK(Values{Read(sequence).size(), sequence.GetTimePosition()} == "6 0");
     }
 }
 
@@ -189,13 +184,12 @@ TEST_CASE("midi sequence: signatures, and meta events too short for their kind")
 TEST_CASE("midi sequence: what does not fit") {
     CxMidiSequence none;
     tagEvent event;
-    CHECK(none.GetEvent(&event) == 0);
-    CHECK(none.PrepareTrackList(1, 1, 480) == 0); // nothing created
-    CHECK(none.AddNewTrack(kTwoTracks[0].data(), 12) == nullptr);
+    CHECK(Values{none.GetEvent(&event), none.PrepareTrackList(1, 1, 480), none.AddNewTrack(kTwoTracks[0].data(), 12)} ==
+          "0 0 0"); // nothing created
 
     MidiSong sequence({kTwoTracks[0], {0x05, 0xF4, 0x00, 0x00}});
-    CHECK(sequence.AddNewTrack(kTwoTracks[1].data(), 12) == nullptr); // the places are taken
-    CHECK(sequence.GetTrack(2) == nullptr);
+    CHECK(Values{sequence.AddNewTrack(kTwoTracks[1].data(), 12), sequence.GetTrack(2)} ==
+          "0 0"); // the places are taken
     CHECK(sequence.PrepareTrackList(1, 0x10000, 480) == 0);
     CHECK(Values{sequence.GetEvent(&event), sequence.GetEvent(&event)} == "0 0"); // one malformed track stops all
     sequence.SetMute(1, 1);

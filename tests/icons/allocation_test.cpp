@@ -85,18 +85,18 @@ TEST_CASE("memory that is refused leaves an icon as it was") {
     RefuseMemory<CIconNoteAttack, tagNoteIconObject>(1);
     RefuseMemory<CIconNoteTransit, tagNoteIconObject>(3);
     RefuseMemory<CIconSinger, tagSingerIconObject>(7);
-    RefuseMemory<CIconVibrato, tagVibratoIconObject>(
-        4, {[](auto& icon) { return icon.TrimIconTail(100); },
-            [](auto& icon) {
-                CBreakPointArray array;
-                return icon.NormalizeDepthBreakPointArray(0, array);
-            },
-            [](auto& icon) { return icon.ExportDepthBreakPoint(icon.GetDepthBPList(), 0); }});
+    RefuseMemory<CIconVibrato, tagVibratoIconObject>(4, {[](auto& icon) { return icon.TrimIconTail(100); },
+                                                         [](auto& icon) {
+                                                             CBreakPointArray array;
+                                                             return icon.NormalizeDepthBreakPointArray(0, array) &&
+                                                                    icon.ExportDepthBreakPoint(icon.GetDepthBPList(),
+                                                                                               0);
+                                                         }});
     RefuseMemory<CIconDynamics, tagDynamicsIconObject>(
         5, {[](auto& icon) { return icon.TrimIconTail(100); }, [](auto& icon) { return icon.TrimIconHead(100); },
             [](auto& icon) {
                 CBreakPointArray array;
-                return icon.NormalizeBreakPointArray(0, array, 64);
-            },
-            [](auto& icon) { return icon.ExportBreakPoint(icon.GetDynamicsBPList(), 0); }});
+                return icon.NormalizeBreakPointArray(0, array, 64) &&
+                       icon.ExportBreakPoint(icon.GetDynamicsBPList(), 0);
+            }});
 }

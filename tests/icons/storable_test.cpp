@@ -1,16 +1,15 @@
 #include "icon_fixture.h"
 
+#include "torv/icons/icon_factory.h"
 #include "torv/icons/storable.h"
 
 namespace {
 
 /// Through a file and back, and as text again.
-template <class Icon>
-std::string ReadBack(Icon& icon) {
-    const std::string text = Described(icon);
-    Icon read(icon.GetIconID() >> 24, icon.GetIconID() >> 16 & 0xFF, 1);
-    Construct(read, text);
-    return Described(read);
+std::string ReadBack(CIconObject& icon) {
+    const auto read = torv::CopyIcon(&icon);
+    Construct(*read, Described(icon));
+    return Described(*read);
 }
 
 } // namespace
