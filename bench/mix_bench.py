@@ -1,28 +1,27 @@
 #!/usr/bin/env python3
-"""Times the command's mix of sixteen minutes into one, on one core, beside sox and ffmpeg over the same files:
-mix_bench.py build/release/bin/torv [folder for the files, best in memory: /dev/shm]
+"""Times the command's mix of sixteen minutes into one, on one core, beside others over the same files:
+mix_bench.py build/release/bin/torv [rounds]
 
-Sixteen files of noise, mono and then stereo, 60 s at 44100 Hz, each with its level and pan, into a stereo file; the sides
-take turns and the best of five counts. Before a time is shown, the result is compared with what the arithmetic gives for
+Sixteen files of noise, mono and then stereo, 60 s at 44100 Hz, each with its level and pan, into a stereo file; the files
+lie in memory where /dev/shm is. Before a time is shown, the result is compared with what the arithmetic gives for
 the first second, and with the peers' results sample by sample: all round the sum (sox without dither, ffmpeg's amix
 without its scaling, in single precision), so that up to one step lies between. Left to itself ffmpeg pans in whole numbers
-and so rounds every track: up to as many steps as there are tracks.
+and so rounds every track: up to as many steps as there are tracks. The loop is mix_sndfile.cpp.
 """
 import array
 import math
 import os
 import pathlib
-import resource
 import shutil
-import subprocess
 import sys
 import tempfile
 import wave
 
+from rounds import HEAD, measured, row
+
 RATE = 44100
 SECONDS = 60
 TRACKS = 16
-ROUNDS = 5
 LEVELS = [-26 - 0.5 * track for track in range(TRACKS)]
 PANS = [(track - 7.5) / 8 for track in range(TRACKS)]
 
@@ -60,54 +59,59 @@ def commands(torv, inputs, channels, folder):
                        for i in range(TRACKS))
         return pan + ";" + "".join(f"[p{i}]" for i in range(TRACKS)) + f"amix=inputs={TRACKS}:normalize=0"
 
-    yield "torv mix", folder / "torv.wav", [torv, "mix", *ours, "--quiet", "-o", folder / "torv.wav"]
+    sides = {"torv mix": [torv, "mix", *ours, "--quiet", "-o", folder / "torv mix.wav"]}
+    loop = pathlib.Path(torv).parent / "mix_sndfile"
+    if loop.exists():
+        sides["a loop on libsndfile"] = [loop, folder / "a loop on libsndfile.wav",
+                                         *(word for i, path in enumerate(inputs) for word in (path, *gains(i)))]
     if shutil.which("sox"):
-        yield "sox", folder / "sox.wav", ["sox", "-D", "-M", *inputs, folder / "sox.wav", "remix", *remix]
+        sides["sox"] = ["sox", "-D", "-M", *inputs, folder / "sox.wav", "remix", *remix]
+    if shutil.which("ecasound"):
+        chains = (word for i, path in enumerate(inputs)
+                  for word in (f"-a:{i}", "-i", path, *(["-chcopy:1,2"] if channels == 1 else []),
+                               *(f"-eac:{100 * gain:.9f},{side + 1}" for side, gain in enumerate(gains(i)))))
+        sides["ecasound"] = ["ecasound", "-q", "-z:nodb", "-b:1024", *chains, "-a:all", f"-f:16,2,{RATE}", "-o",
+                             folder / "ecasound.wav"]
     if shutil.which("ffmpeg"):
         reads = [word for path in inputs for word in ("-i", path)]
-        for label, form in (("ffmpeg", ""), ("ffmpeg, floats", "aformat=sample_fmts=fltp,")):
-            output = folder / f"{label}.wav"
-            yield label, output, ["ffmpeg", "-v", "error", "-y", *reads, "-filter_complex", mixed(form),
-                                  "-c:a", "pcm_s16le", output]
+        for label, form in (("ffmpeg", ""), ("ffmpeg in floats", "aformat=sample_fmts=fltp,")):
+            sides[label] = ["ffmpeg", "-v", "error", "-y", *reads, "-filter_complex", mixed(form), "-c:a", "pcm_s16le",
+                            folder / f"{label}.wav"]
+    return sides
 
 
-def seconds(command):
-    """Of processor: the machine may have other work."""
-    before = resource.getrusage(resource.RUSAGE_CHILDREN)
-    subprocess.run(["taskset", "-c", "0", *map(str, command)], check=True, capture_output=True)
-    after = resource.getrusage(resource.RUSAGE_CHILDREN)
-    return after.ru_utime - before.ru_utime + after.ru_stime - before.ru_stime
+def compare(folder, inputs, channels, labels):
+    ours = samples(folder / "torv mix.wav")
+    if ours[:2 * RATE] != expected(inputs, channels, RATE):
+        sys.exit("torv mix: the samples are not what the arithmetic gives")
+    for label in labels:
+        theirs = samples(folder / f"{label}.wav")
+        apart = max(map(abs, map(int.__sub__, ours, theirs))) if len(theirs) == len(ours) else math.inf
+        if apart > (TRACKS if label == "ffmpeg" else 1):
+            sys.exit(f"{label}: {len(theirs)} samples, up to {apart} steps from ours: not the same mix")
 
 
-def measure(channels):
-    with tempfile.TemporaryDirectory(dir=sys.argv[2] if len(sys.argv) > 2 else None) as name:
-        folder = pathlib.Path(name)
-        inputs = [folder / f"track{track}.wav" for track in range(TRACKS)]
-        for path in inputs:
-            with wave.open(str(path), "wb") as file:
-                file.setparams((channels, 2, RATE, 0, "NONE", ""))
-                file.writeframes(os.urandom(2 * channels * RATE * SECONDS))
-        sides = list(commands(sys.argv[1], inputs, channels, folder))
-        for missing in {"sox", "ffmpeg"} - {label for label, _, _ in sides}:
-            print(f"NO ROW of {missing}: it is not installed (apt-get install {missing})")
-        times = {label: [] for label, _, _ in sides}
-        for _ in range(ROUNDS):
-            for label, output, command in sides:
-                output.unlink(missing_ok=True)
-                times[label].append(seconds(command))
-        ours = samples(folder / "torv.wav")
-        if ours[:2 * RATE] != expected(inputs, channels, RATE):
-            sys.exit("torv mix: the samples are not what the arithmetic gives")
-        best = min(times["torv mix"])
-        for label, output, _ in sides:
-            theirs = samples(output)
-            apart = max(map(abs, map(int.__sub__, ours, theirs))) if len(theirs) == len(ours) else math.inf
-            if apart > (TRACKS if label == "ffmpeg" else 1):
-                sys.exit(f"{label}: {len(theirs)} samples, up to {apart} steps from ours: not the same mix")
-            least = min(times[label])
-            print(f"{'stereo' if channels == 2 else 'mono'}: {label:14} {least:.3f} s, {SECONDS / least:.0f} x real time,"
-                  f" {least / best:.1f} times ours  (samples at most {apart} apart)")
+def rows(torv, rounds):
+    for channels, kind in ((1, "mono"), (2, "stereo")):
+        with tempfile.TemporaryDirectory(dir="/dev/shm" if pathlib.Path("/dev/shm").is_dir() else None) as name:
+            folder = pathlib.Path(name)
+            inputs = [folder / f"track{track}.wav" for track in range(TRACKS)]
+            for path in inputs:
+                with wave.open(str(path), "wb") as file:
+                    file.setparams((channels, 2, RATE, 0, "NONE", ""))
+                    file.writeframes(os.urandom(2 * channels * RATE * SECONDS))
+            sides = commands(torv, inputs, channels, folder)
+            times = measured(sides, rounds, lambda label: (folder / f"{label}.wav").unlink(missing_ok=True))
+            compare(folder, inputs, channels, sides)
+            yield f"`torv mix`, {TRACKS} {kind} files of {SECONDS} s", times
 
 
-for each in (1, 2):
-    measure(each)
+def missing(torv):
+    return [name for name in ("sox", "ecasound", "ffmpeg") if not shutil.which(name)] + (
+        [] if (pathlib.Path(torv).parent / "mix_sndfile").exists() else ["a loop on libsndfile"])
+
+
+if __name__ == "__main__":
+    print(HEAD)
+    for each in rows(sys.argv[1], int(sys.argv[2]) if len(sys.argv) > 2 else 5):
+        print(row(*each), flush=True)

@@ -1,16 +1,20 @@
 #!/usr/bin/env python3
 """Measures every row beside its peers and prints one table: bench/table.py build/release [rounds]
 
-The sides of a row run one after another in one process, and so round by round; what counts is the median of their
-processor time, in files in memory where /dev/shm is. A side whose result is not the expected one is an error instead of a row, and
-a peer that was not there at configuring is named. Ratios hold on a loaded machine too; times do not.
+The sides of a row run one after another, and so round by round, five times unless a number says otherwise. Shown are the
+median of our processor time and the median of what a peer took as a multiple of ours in the same round; files are in memory
+where /dev/shm is. A side whose result is not the expected one is an error instead of a row, and a peer that was not there is
+named. Ratios hold on a loaded machine too; times do not.
 """
 import json
 import os
 import pathlib
-import statistics
 import subprocess
 import sys
+
+import mix_bench
+import sing_bench
+from rounds import HEAD, row
 
 # benchmark program, what it does, our side, the others
 ROWS = [
@@ -37,6 +41,8 @@ ROWS = [
      {"sorted vector": "VectorInsert", "multimap": "MultimapInsert", "Abseil's B-tree": "BtreeInsert"}),
     ("mix", "mix 16 mono files of 60 s in one process", "MixDown",
      {"files copied": "CopyFiles", "memory copied": "CopyMemory"}),
+    *(("engine", f"one {kind} voice, 60 s in steps of 256", f"SingEngine/{program}", {"STK": "SingStk"})
+      for kind, program in (("synthetic", 0), ("recorded", 96))),
     ("encoding", "encode 10,000 notes", "EncodeTrack/10000", {"bytes copied": "CopyBytes/10000"}),
 ]
 MILLISECONDS = {"ns": 1e-6, "us": 1e-3, "ms": 1.0, "s": 1e3}
@@ -52,12 +58,12 @@ def measure(program, names, rounds):
         run = subprocess.run([program, f"--benchmark_filter=^({'|'.join(names)})(/iterations:[0-9]+)?$",
                               "--benchmark_format=json", "--benchmark_min_time=0.05"],
                              check=True, capture_output=True, text=True, env=environment)
-        for row in json.loads(run.stdout)["benchmarks"]:
-            if "error_message" in row:
-                sys.exit(f"{program.name} {row['name']}: {row['error_message']}")
-            name = row["name"].split("/iterations")[0]
-            times.setdefault(name, []).append(row["cpu_time"] * MILLISECONDS[row["time_unit"]])
-    return {name: statistics.median(each) for name, each in times.items()}
+        for each in json.loads(run.stdout)["benchmarks"]:
+            if "error_message" in each:
+                sys.exit(f"{program.name} {each['name']}: {each['error_message']}")
+            name = each["name"].split("/iterations")[0]
+            times.setdefault(name, []).append(each["cpu_time"] * MILLISECONDS[each["time_unit"]])
+    return times
 
 
 def main():
@@ -65,24 +71,20 @@ def main():
         sys.exit(__doc__)
     folder = pathlib.Path(sys.argv[1]) / "bin"
     rounds = int(sys.argv[2]) if len(sys.argv) > 2 else 5
-    print("| what | ours, ms | others, as multiples of ours |\n|---|---|---|")
-    missing = set()
-    measured = {}
+    print(HEAD)
+    missing = set(mix_bench.missing(folder / "torv"))
+    times = {}
     for bench, title, ours, peers in ROWS:
-        if bench not in measured:
+        if bench not in times:
             names = {name for other, _, own, theirs in ROWS if other == bench for name in (own, *theirs.values())}
-            measured[bench] = measure(folder / f"bench_{bench}", sorted(names), rounds)
-        times = measured[bench]
-        missing.update(label for label, name in peers.items() if name not in times)
-        others = [f"{label} {times[name] / times[ours]:.3g}" for label, name in peers.items() if name in times]
-        print(f"| {title} | {times[ours]:.3g} | {', '.join(others)} |", flush=True)
+            times[bench] = measure(folder / f"bench_{bench}", sorted(names), rounds)
+        missing.update(label for label, name in peers.items() if name not in times[bench])
+        sides = {"ours": ours, **{label: name for label, name in peers.items() if name in times[bench]}}
+        print(row(title, {label: times[bench][name] for label, name in sides.items()}), flush=True)
+    for each in (*mix_bench.rows(folder / "torv", rounds), *sing_bench.rows(folder / "torv", rounds)):
+        print(row(*each), flush=True)
     for label in sorted(missing):
         print(f"NO ROW of {label}: it was not there when the benchmarks were configured")
-    for script, arguments in (("mix_bench.py", ["/dev/shm"] if pathlib.Path("/dev/shm").is_dir() else []),
-                              ("sing_bench.py", [])):
-        print(f"\n{script}:", flush=True)
-        subprocess.run([sys.executable, pathlib.Path(__file__).parent / script, folder / "torv", *arguments], check=True)
-
 
 
 main()

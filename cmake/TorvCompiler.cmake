@@ -16,6 +16,11 @@ if(NOT WIN32)
   # The library calls its own exported functions directly, as the other target always does.
   add_compile_options($<$<CONFIG:RelWithDebInfo>:-fno-semantic-interposition>)
 endif()
+# torv_optimize_loops(SOURCES ..)  files whose loops over samples the compiler shall take several of at once; the rest of
+#                                  the tree gains nothing by it, or loses (docs/performance.md)
+function(torv_optimize_loops)
+  set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS $<$<CONFIG:RelWithDebInfo>:-O3>)
+endfunction()
 if(WIN32)
   # x87 registers would round time conversions and the mixer's truncations differently from every other target.
   add_compile_options(-msse2 -mfpmath=sse -mstackrealign)

@@ -1,9 +1,12 @@
 #include "singer.h"
 
+#include "place.h"
 #include "shapes.h"
+#include "without_subnormals.h"
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace rve {
 
@@ -35,7 +38,10 @@ constexpr float kAlone = 0.999F;    // a person's share of the sound, where the 
 constexpr float kEffortTilt = 0.5F; // decibels at 3 kHz beside each of loudness
 constexpr float kHarmonicsTilt = 6; // decibels at 3 kHz, of that control
 
-float FromDb(float db) { return std::exp2(db * 0.166096F); }
+/// Controls rest in the middle, nearly always.
+float Exp2(float x) { return x == 0 ? 1.0F : std::exp2(x); }
+
+float FromDb(float db) { return Exp2(db * 0.166096F); }
 
 /// Full scale is approached, never reached: the upper quarter bends.
 float Limit(float x) {
@@ -120,6 +126,7 @@ float Singer::Pace(float milliseconds) const {
 }
 
 uint32_t Singer::Step(int32_t eventCount, const RVEEvent* events, int16_t* samples, uint32_t capacity) {
+    const WithoutSubnormals without;
     for (int32_t i = 0; i < eventCount; ++i) {
         const RVEEvent& event = events[i];
         const Time now = m_stepStart + std::min<uint32_t>(event.delta, kStep - 1);
@@ -135,15 +142,18 @@ uint32_t Singer::Step(int32_t eventCount, const RVEEvent* events, int16_t* sampl
         return steps * kStep * static_cast<uint64_t>(m_rate) / static_cast<uint64_t>(kTimeBase);
     };
     const auto count = static_cast<uint32_t>(samplesUntil(m_steps + 1) - samplesUntil(m_steps));
-    for (m_sampleInStep = 0; m_sampleInStep < count; ++m_sampleInStep) {
+    int made = 0;
+    for (m_sampleInStep = 0; m_sampleInStep < count; m_sampleInStep += static_cast<uint32_t>(made)) {
         if (m_untilTick == 0) {
             Tick();
             m_untilTick = kTickSamples;
         }
-        --m_untilTick;
-        const float sample = Limit(NextSample()) * 32767.0F;
-        if (m_sampleInStep < capacity)
-            samples[m_sampleInStep] = static_cast<int16_t>(std::lrint(sample));
+        made = static_cast<int>(std::min(static_cast<uint32_t>(m_untilTick), count - m_sampleInStep));
+        m_untilTick -= made;
+        std::array<float, kTickSamples> sounds;
+        MakeSamples(sounds.data(), made);
+        for (uint32_t i = 0; i < static_cast<uint32_t>(made) && m_sampleInStep + i < capacity; ++i)
+            samples[m_sampleInStep + i] = static_cast<int16_t>(std::lrint(Limit(sounds[i]) * 32767.0F));
     }
     ++m_steps;
     m_stepStart += kStep;
@@ -226,12 +236,12 @@ PitchControls Singer::PitchControlsNow() const {
 
 void Singer::MoveTract(const Target& target, float f0) {
     const float pace = m_isFirstTick ? 1.0F : Pace(target.formantMilliseconds);
-    const float gender = std::exp2(0.25F * VoiceControl(16));
-    const float sharpness = std::exp2(-0.5F * VoiceControl(15));
+    const float gender = Exp2(0.25F * VoiceControl(16));
+    const float sharpness = Exp2(-0.5F * VoiceControl(15));
     for (int i = 0; i < kFormants; ++i) {
         const auto f = static_cast<size_t>(i);
-        float hz = target.hz[f] * gender * std::exp2(0.25F * VoiceControl(i * 3));
-        float bandwidth = target.bandwidth[f] * sharpness * std::exp2(VoiceControl(i * 3 + 1));
+        float hz = target.hz[f] * gender * Exp2(0.25F * VoiceControl(i * 3));
+        float bandwidth = target.bandwidth[f] * sharpness * Exp2(VoiceControl(i * 3 + 1));
         if (i == 0 && hz < f0 * 1.02F) { // singers lift the first formant to a high note
             hz = f0 * 1.02F;
             bandwidth = std::max(bandwidth, f0 * 0.3F);
@@ -258,8 +268,9 @@ void Singer::MoveTract(const Target& target, float f0) {
         m_noiseHz.Approach(target.noiseHz, noisePace);
         m_noiseBandwidth.Approach(target.noiseBandwidth, noisePace);
     }
+    const Poles hiss = PolesAt(m_noiseHz.value, m_noiseBandwidth.value, static_cast<float>(m_rate));
     for (Band& band : m_hiss)
-        band.Set(m_noiseHz.value, m_noiseBandwidth.value, static_cast<float>(m_rate));
+        band.Set(hiss);
     // A quarter turn times its width is what passes both bands; the noise's variance is a third.
     m_hissGain = std::sqrt(3 * static_cast<float>(m_rate) / 2 / (0.785398F * m_noiseBandwidth.value));
 }
@@ -271,10 +282,13 @@ float Singer::LevelFor(float f0) const {
     const float step = 6.2831853F * f0 / static_cast<float>(m_rate);
     const float cut = 6.2831853F * m_tiltHz.value / static_cast<float>(m_rate);
     float power = 0;
-    for (int k = 1; k <= kLevelHarmonics && step * static_cast<float>(k) < 3.0F; ++k) {
+    const double first = std::cos(static_cast<double>(step));
+    double cosine = first, before = 1; // of each harmonic, by those of the two below it
+    for (int k = 1; k <= kLevelHarmonics && step * static_cast<float>(k) < 3.0F;
+         ++k, before = std::exchange(cosine, 2 * first * cosine - before)) {
         const float w = step * static_cast<float>(k);
         const float u = f0 * static_cast<float>(k) / kEffortHz;
-        power += static_cast<float>(m_tract.GainSquared(std::cos(w))) /
+        power += static_cast<float>(m_tract.GainSquared(cosine)) /
                  (static_cast<float>(k * k) * (1 + w * w / (cut * cut))) *
                  (1 + m_effort.value * m_effort.value * u * u) / (1 + u * u);
     }
@@ -359,7 +373,7 @@ void Singer::Tick() {
 
     const float brightnessPace = m_isFirstTick ? 1.0F : Pace(15);
     m_muffling.Approach(target.muffling, m_isFirstTick ? 1.0F : Pace(4));
-    m_tiltHz.Approach(voice.tiltHz * std::exp2(1.2F * VoiceControl(12)), brightnessPace);
+    m_tiltHz.Approach(voice.tiltHz * Exp2(1.2F * VoiceControl(12)), brightnessPace);
     // Louder singing is brighter singing.
     m_effort.Approach(FromDb(kEffortAtRest + kEffort * effortDb), segment ? brightnessPace : 0);
     m_effortShare = 1 - std::exp(-6.2831853F * kEffortHz / static_cast<float>(m_rate));
@@ -374,14 +388,14 @@ void Singer::MovePerson(const Segment* segment, Time now, float f0, float effort
     if (!m_person || (!segment && m_gain.value == 0))
         return;
     Colour colour;
-    const float sharpness = std::exp2(-0.5F * VoiceControl(15));
+    const float sharpness = Exp2(-0.5F * VoiceControl(15));
     for (int i = 0; i < kFormants; ++i) {
         const auto f = static_cast<size_t>(i);
-        colour.frequency[f] = std::exp2(0.25F * VoiceControl(i * 3));
-        colour.width[f] = sharpness * std::exp2(VoiceControl(i * 3 + 1));
+        colour.frequency[f] = Exp2(0.25F * VoiceControl(i * 3));
+        colour.width[f] = sharpness * Exp2(VoiceControl(i * 3 + 1));
         colour.decibels[f] = 12 * VoiceControl(i * 3 + 2);
     }
-    colour.size = std::exp2(0.25F * VoiceControl(16));
+    colour.size = Exp2(0.25F * VoiceControl(16));
     colour.tilt = kEffortTilt * effortDb + kHarmonicsTilt * VoiceControl(12);
     colour.breath = VoiceControl(13) < 0 ? 1 + VoiceControl(13) : 1 + 7 * VoiceControl(13);
     colour.hiss = FromDb(6 * VoiceControl(15));
@@ -390,32 +404,59 @@ void Singer::MovePerson(const Segment* segment, Time now, float f0, float effort
     m_recorded.Move(now, kTickSamples, f0, m_colour, m_timeline, *m_bank, m_person->tract);
 }
 
-float Singer::NextSample() {
-    m_shareNow += m_shareStep;
-    const float share = m_shareNow;
-    float sound = share < kAlone ? NextSynthetic() * (1 - share) : 0;
-    m_recordedNow += m_recordedStep;
-    if (share > 0.001F)
-        sound += m_recorded.Next() * m_recordedNow * share;
-    m_shelfState += (sound - m_shelfState) * m_shelf;
-    return sound + (sound - m_shelfState) * m_shelfGain.value;
+/// At most a tick's.
+void Singer::MakeSamples(float* samples, int count) {
+    std::array<float, kTickSamples> shares, synthetic;
+    int wanted = 0; // of the synthetic sounds
+    for (int i = 0; i < count; ++i) {
+        shares[Place(i)] = m_shareNow += m_shareStep;
+        wanted += shares[Place(i)] < kAlone;
+    }
+    const int silent = MakeSynthetic(synthetic.data(), wanted);
+    int made = 0;
+    for (int i = 0; i < count; ++i) {
+        const float share = shares[Place(i)];
+        float sound = 0;
+        if (share < kAlone) {
+            if (made >= silent)
+                m_recordedNow = 0;
+            sound = synthetic[Place(made++)] * (1 - share);
+        }
+        m_recordedNow += m_recordedStep;
+        if (share > 0.001F)
+            sound += m_recorded.Next() * m_recordedNow * share;
+        m_shelfState += (sound - m_shelfState) * m_shelf;
+        samples[i] = sound + (sound - m_shelfState) * m_shelfGain.value;
+    }
 }
 
-float Singer::NextSynthetic() {
-    m_voicingNow += m_voicingStep;
-    m_aspirationNow += m_aspirationStep;
-    m_noiseNow += m_noiseStep;
-    if (m_voicingNow < kQuiet * 0.01F && m_aspirationNow < kQuiet * 0.01F && m_noiseNow < kQuiet * 0.01F &&
-        m_gain.value == 0)
-        m_recordedNow = m_voicingNow = m_aspirationNow = m_noiseNow = 0;
-    const float unit = m_random.Next();
-    const float white = unit * m_whiteLevel;
-    const float pulse = m_glottis.Next() + white * m_breathNow * m_glottis.Openness();
-    m_tiltState += (pulse - m_tiltState) * m_tilt;
-    m_effortState += (m_tiltState - m_effortState) * m_effortShare;
-    const float source = m_effortState + (m_tiltState - m_effortState) * m_effort.value;
-    const float sound = m_tract.Next(source * m_voicingNow + white * m_aspirationNow);
-    return sound + m_hiss[1].Next(m_hiss[0].Next(unit)) * m_hissGain * m_noiseNow;
+/// Returns the first of them from which on all is silent, as there is nothing to sing; `count` when there is none.
+int Singer::MakeSynthetic(float* sounds, int count) {
+    std::array<float, kTickSamples> units, hisses;
+    int silent = count;
+    for (int i = 0; i < count; ++i) {
+        m_voicingNow += m_voicingStep;
+        m_aspirationNow += m_aspirationStep;
+        m_noiseNow += m_noiseStep;
+        if (m_voicingNow < kQuiet * 0.01F && m_aspirationNow < kQuiet * 0.01F && m_noiseNow < kQuiet * 0.01F &&
+            m_gain.value == 0) {
+            m_voicingNow = m_aspirationNow = m_noiseNow = 0;
+            silent = std::min(silent, i);
+        }
+        const float unit = m_random.Next();
+        const float white = unit * m_whiteLevel;
+        const float pulse = m_glottis.Next() + white * m_breathNow * m_glottis.Openness();
+        m_tiltState += (pulse - m_tiltState) * m_tilt;
+        m_effortState += (m_tiltState - m_effortState) * m_effortShare;
+        const float source = m_effortState + (m_tiltState - m_effortState) * m_effort.value;
+        sounds[i] = source * m_voicingNow + white * m_aspirationNow;
+        units[Place(i)] = unit;
+        hisses[Place(i)] = m_noiseNow;
+    }
+    m_tract.Run(sounds, count);
+    for (int i = 0; i < count; ++i)
+        sounds[i] += m_hiss[1].Next(m_hiss[0].Next(units[Place(i)])) * m_hissGain * hisses[Place(i)];
+    return silent;
 }
 
 } // namespace rve

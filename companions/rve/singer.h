@@ -53,8 +53,8 @@ private:
     float CornerHz() const;
     float LevelFor(float f0) const;
     void MovePerson(const Segment* segment, Time now, float f0, float effortDb);
-    float NextSample();
-    float NextSynthetic();
+    void MakeSamples(float* samples, int count);
+    int MakeSynthetic(float* sounds, int count);
     float Pace(float milliseconds) const;
 
     double m_rate = 0;

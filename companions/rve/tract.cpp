@@ -7,8 +7,6 @@ namespace rve {
 
 namespace {
 
-constexpr float kPi = 3.14159265F;
-constexpr float kHighest = 0.47F; // of the sample rate: a formant beyond it could not be held
 constexpr float kNoseBandwidth = 100;
 constexpr float kUpperEnd = 0.4F; // of the sample rate
 constexpr float kUpperBandwidth = 150;
@@ -17,36 +15,21 @@ constexpr float kFading = 20;
 
 } // namespace
 
-void Resonator::Set(float hz, float bandwidth, float rate) {
-    const float frequency = std::min(hz / rate, kHighest);
-    const float radius = std::exp(-kPi * bandwidth / rate);
-    m_c = -radius * radius;
-    m_b = 2 * radius * std::cos(2 * kPi * frequency);
-    m_a = 1 - m_b - m_c;
-}
-
-void Antiresonator::Set(float hz, float bandwidth, float rate) {
-    const float frequency = std::min(hz / rate, kHighest);
-    const float radius = std::exp(-kPi * bandwidth / rate);
-    m_c = -radius * radius;
-    m_b = 2 * radius * std::cos(2 * kPi * frequency);
+void Antiresonator::Set(const Poles& zeros) {
+    m_b = zeros.b;
+    m_c = zeros.c;
     m_a = 1 / (1 - m_b - m_c);
 }
 
-void Band::Set(float hz, float bandwidth, float rate) {
-    const float frequency = std::min(hz / rate, kHighest);
-    const float radius = std::exp(-kPi * bandwidth / rate);
-    m_c = -radius * radius;
-    m_b = 2 * radius * std::cos(2 * kPi * frequency);
-    m_a = (1 - radius * radius) / 2;
+void Band::Set(const Poles& poles) {
+    m_b = poles.b;
+    m_c = poles.c;
+    m_a = (1 - poles.radius * poles.radius) / 2;
 }
 
 void VocalTract::Reset() {
-    for (Resonator& formant : m_chain)
-        formant.Reset();
-    for (Resonator& upper : m_upper)
-        upper.Reset();
-    m_nose.Reset();
+    m_chain.Reset();
+    m_upper.Reset();
     m_notch.Reset();
     for (Band& band : m_boostBands)
         band.Reset();
@@ -60,34 +43,51 @@ void VocalTract::SetUpper(float hz, float apart, float rate) {
         return; // they stay where they are, nearly always
     m_upperHz = hz;
     m_upperApart = apart;
-    for (Resonator& upper : m_upper) {
+    for (int upper = 0; upper < kUpper; ++upper) {
         // Towards half the rate they widen until nothing is left of them: one that goes beyond leaves without a click.
         const float beyond = std::max(hz - kUpperEnd * rate, 0.0F);
-        upper.Set(hz, kUpperBandwidth + kUpperWidening * hz + kFading * beyond, rate);
+        m_upper.Set(upper, PolesAt(hz, kUpperBandwidth + kUpperWidening * hz + kFading * beyond, rate));
         hz += apart;
     }
 }
 
 void VocalTract::SetNose(float hz, float notchHz, float rate) {
-    m_nose.Set(hz, kNoseBandwidth, rate);
-    m_notch.Set(notchHz, kNoseBandwidth, rate);
+    m_upper.Set(kNose, PolesAt(hz, kNoseBandwidth, rate));
+    m_notch.Set(PolesAt(notchHz, kNoseBandwidth, rate));
 }
 
 double VocalTract::GainSquared(double cosine) const {
-    double gain = m_nose.GainSquared(cosine) * m_notch.GainSquared(cosine);
-    for (const Resonator& formant : m_chain)
-        gain *= formant.GainSquared(cosine);
-    return gain; // the upper resonances add little to the low harmonics that are asked for
+    double above = m_notch.GainSquared(cosine);
+    double below = 1;
+    m_upper.MultiplyGainSquared(kNose, cosine, above, below);
+    for (int formant = 0; formant < kFormants; ++formant)
+        m_chain.MultiplyGainSquared(formant, cosine, above, below);
+    return above / below; // the upper resonances add little to the low harmonics that are asked for
 }
 
 void VocalTract::SetBoost(int formant, float gain) {
-    m_boosts[static_cast<size_t>(formant)] = gain - 1;
+    m_boosts[Place(formant)] = gain - 1;
     const bool boosted =
         std::any_of(m_boosts.begin(), m_boosts.end(), [](float boost) { return std::abs(boost) > 1e-4F; });
     if (boosted && !m_boosted)
         for (Band& band : m_boostBands)
             band.Reset();
     m_boosted = boosted;
+}
+
+void VocalTract::Run(float* samples, int count) {
+    m_upper.Run(samples, count); // first: the formants soften what their moving does
+    for (int i = 0; i < count; ++i)
+        samples[i] = m_notch.Next(samples[i]);
+    m_chain.Run(samples, count);
+    if (!m_boosted)
+        return;
+    for (int i = 0; i < count; ++i) {
+        float y = samples[i];
+        for (size_t formant = 0; formant < kFormants; ++formant)
+            y += m_boosts[formant] * m_boostBands[formant].Next(samples[i]);
+        samples[i] = y;
+    }
 }
 
 } // namespace rve

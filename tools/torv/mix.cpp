@@ -26,6 +26,14 @@ struct Placed {
     torv::StereoGain gain;
 };
 
+template <unsigned channels>
+void AddFrames(const double* from, size_t count, const torv::StereoGain& gain, double* to) {
+    const double gains[2] = {gain.left, gain.right};
+    for (size_t i = 0; i < count; ++i)
+        for (unsigned side = 0; side < 2; ++side)
+            to[2 * i + side] += gains[side] * from[i * channels + side * (channels - 1)];
+}
+
 class MixedSounds : public torv::songs::SoundSource {
 public:
     MixedSounds(const std::vector<MixInput>& inputs, bool isQuiet) {
@@ -46,10 +54,10 @@ public:
             const unsigned channels = placed.sound->Channels();
             m_block.resize(count * channels);
             const size_t got = placed.sound->Read(m_block.data(), count);
-            for (size_t i = 0; i < got; ++i) {
-                frames[2 * i] += placed.gain.left * m_block[i * channels];
-                frames[2 * i + 1] += placed.gain.right * m_block[i * channels + channels - 1];
-            }
+            if (channels == 2)
+                AddFrames<2>(m_block.data(), got, placed.gain, frames);
+            else
+                AddFrames<1>(m_block.data(), got, placed.gain, frames);
             longest = std::max(longest, got);
         }
         return longest;

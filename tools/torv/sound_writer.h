@@ -3,6 +3,7 @@
 #include "output_file.h"
 #include "sound_format.h"
 
+#include <cmath>
 #include <memory>
 #include <string>
 
@@ -30,5 +31,17 @@ protected:
 /// `path` is named in messages. Throws WrongUse when the format does not exist.
 std::unique_ptr<SoundWriter> MakeSoundWriter(OutputFile& file, const std::string& path, const SoundFormat& format);
 
-/// A sample as a whole number of so many bits; one that stays at full scale sets `isCut`.
-int WholeSample(double sample, unsigned bits, bool& isCut);
+/// A sample as a whole number of so many bits (at most 24), halves away from zero; one that stays at full scale, or is
+/// no number and becomes 0, sets `isCut`.
+inline int WholeSample(double sample, unsigned bits, bool& isCut) {
+    const int full = 1 << (bits - 1);
+    const double scaled = sample * full;
+    if (scaled >= full - 0.5 || scaled <= -full - 0.5 || std::isnan(scaled)) {
+        isCut = true;
+        return scaled > 0 ? full - 1 : scaled < 0 ? -full : 0;
+    }
+    // By hand, as the library's rounding is a call for each sample.
+    const int cut = static_cast<int>(scaled);
+    const double rest = scaled - cut;
+    return cut + (rest >= 0.5) - (rest <= -0.5);
+}

@@ -2,6 +2,8 @@
 
 #include "errors.h"
 
+#include <torv/audio/sample.h>
+
 #include <bit>
 #include <utility>
 
@@ -50,18 +52,36 @@ std::string WaveWriter::Header() const {
     return header + chunks;
 }
 
-void WaveWriter::Append(const double* frames, size_t count) {
-    m_bytes.clear();
+/// The frames' values, one behind the other; `storeAt` puts one there and tells whether it was cut. The width is known
+/// to the loop, as it runs over every sample. Returns how many frames were cut.
+template <unsigned width, class Store>
+size_t WaveWriter::StoreFrames(const double* frames, size_t count, Store storeAt) {
+    m_bytes.resize(count * m_format.channels * width);
+    auto* at = reinterpret_cast<BYTE*>(m_bytes.data());
+    size_t cutFrames = 0;
     for (size_t i = 0; i < count; ++i) {
         bool isCut = false;
-        for (unsigned channel = 0; channel < m_format.channels; ++channel, ++frames) {
-            if (m_format.bits == kFloatBits)
-                Put(m_bytes, std::bit_cast<uint32_t>(static_cast<float>(*frames)), 4);
-            else
-                Put(m_bytes, static_cast<uint32_t>(WholeSample(*frames, m_format.bits, isCut)), m_format.bits / 8);
-        }
-        m_cutFrames += isCut;
+        for (unsigned channel = 0; channel < m_format.channels; ++channel, at += width)
+            storeAt(at, *frames++, isCut);
+        cutFrames += isCut;
     }
+    return cutFrames;
+}
+
+template <unsigned width>
+size_t WaveWriter::StoreWhole(const double* frames, size_t count) {
+    return StoreFrames<width>(frames, count, [](BYTE* at, double sample, bool& isCut) {
+        torv::StoreValue(at, width, static_cast<DWORD>(WholeSample(sample, 8 * width, isCut)));
+    });
+}
+
+void WaveWriter::Append(const double* frames, size_t count) {
+    if (m_format.bits == kFloatBits)
+        StoreFrames<4>(frames, count, [](BYTE* at, double sample, bool&) {
+            torv::StoreValue(at, 4, std::bit_cast<DWORD>(static_cast<float>(sample)));
+        });
+    else
+        m_cutFrames += m_format.bits == 24 ? StoreWhole<3>(frames, count) : StoreWhole<2>(frames, count);
     m_dataBytes += m_bytes.size();
     if (m_dataBytes > kMostDataBytes)
         throw InputError{m_path +

@@ -13,6 +13,10 @@ public:
 
 private:
     std::string Header() const;
+    template <unsigned width, class Store>
+    size_t StoreFrames(const double* frames, size_t count, Store storeAt);
+    template <unsigned width>
+    size_t StoreWhole(const double* frames, size_t count);
 
     OutputFile& m_file;
     const std::string m_path;

@@ -4,6 +4,7 @@
 #include "sound_writer.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <vector>
 
@@ -11,14 +12,15 @@ using torv::songs::SoundSource;
 
 namespace {
 
-constexpr size_t kBlock = 4096; // frames
+constexpr size_t kBlock = 1024; // frames: what is made and written of them at a time stays in the cache
 constexpr double kFullScale = 32767.0 / 32768.0;
 
+/// Four at a time, as each maximum waits for the one before it.
 double PeakOf(const std::vector<double>& samples, size_t count) {
-    double peak = 0;
+    std::array<double, 4> peaks{};
     for (size_t i = 0; i < count; ++i)
-        peak = std::max(peak, std::abs(samples[i]));
-    return peak;
+        peaks[i % 4] = std::max(peaks[i % 4], std::abs(samples[i]));
+    return *std::max_element(peaks.begin(), peaks.end());
 }
 
 double FindPeak(SoundSource& source) {
@@ -53,8 +55,9 @@ WrittenSound WriteSound(SoundSource& source, const std::string& path, const Soun
     while (const size_t frames = source.Read(block.data(), kBlock)) {
         const size_t samples = frames * source.Channels();
         written.peak = std::max(written.peak, PeakOf(block, samples));
-        for (size_t i = 0; i < samples; ++i)
-            block[i] *= scale;
+        if (scale != 1)
+            for (size_t i = 0; i < samples; ++i)
+                block[i] *= scale;
         writer->Append(block.data(), frames);
         written.frames += frames;
     }

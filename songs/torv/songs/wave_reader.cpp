@@ -6,6 +6,8 @@
 #include <torv/audio/sample.h>
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 #include <istream>
 #include <vector>
 
@@ -16,7 +18,41 @@ namespace {
 constexpr unsigned kFloatTag = 3;
 constexpr unsigned kMostWidth = 4; // bytes
 
+constexpr size_t kBufferBytes = 32768; // or one frame
+
 unsigned WidthOf(const WaveFormat& format) { return (format.bits + 7) / 8; }
+
+double FloatAt(const BYTE* bytes) { return torv::ScaleValue(torv::LoadValue(bytes, kMostWidth), 32, 1.0); }
+
+/// What SampleAt(at, 2) is, in a form that the compiler takes several of at once: most files have such values.
+double ShortAt(const BYTE* at) {
+    static_assert(std::endian::native == std::endian::little, "samples are read as they lie in memory");
+    SHORT value;
+    std::memcpy(&value, at, sizeof value);
+    return value / 32768.0;
+}
+
+template <unsigned width, class Value>
+void Widen(const BYTE* bytes, size_t count, double* samples, Value valueAt) {
+    for (size_t i = 0; i < count; ++i)
+        samples[i] = valueAt(bytes + i * width);
+}
+
+/// Values as they lie in a file. The width is known to each loop, as it runs over every sample there is.
+void Widen(const WaveFormat& format, const BYTE* bytes, size_t count, double* samples) {
+    if (format.tag == kFloatTag)
+        return Widen<4>(bytes, count, samples, FloatAt);
+    switch (WidthOf(format)) {
+    case 1:
+        return Widen<1>(bytes, count, samples, [](const BYTE* at) { return torv::SampleAt(at, 1); });
+    case 2:
+        return Widen<2>(bytes, count, samples, ShortAt);
+    case 3:
+        return Widen<3>(bytes, count, samples, [](const BYTE* at) { return torv::SampleAt(at, 3); });
+    default:
+        return Widen<4>(bytes, count, samples, [](const BYTE* at) { return torv::SampleAt(at, 4); });
+    }
+}
 
 class WaveReader : public SoundReader {
 public:
@@ -33,30 +69,43 @@ public:
     void Rewind() override {
         m_file.clear();
         m_file.seekg(static_cast<std::streamoff>(m_dataOffset));
-        m_left = m_frames;
+        m_unread = m_frames;
+        m_begin = m_end = 0;
     }
 
     size_t Read(double* frames, size_t count) override {
-        const auto now = static_cast<size_t>(std::min<uint64_t>(count, m_left));
-        m_bytes.resize(now * m_format.blockBytes);
-        if (!m_file.read(reinterpret_cast<char*>(m_bytes.data()), static_cast<std::streamsize>(m_bytes.size())))
-            throw SongError(m_path + ": cannot be read to its end");
-        const unsigned width = WidthOf(m_format);
-        const BYTE* at = m_bytes.data();
-        for (size_t i = 0; i < now * m_format.channels; ++i, at += width)
-            frames[i] = m_format.tag == kFloatTag ? torv::ScaleValue(torv::LoadValue(at, width), 32, 1.0)
-                                                  : torv::SampleAt(at, width);
-        m_left -= now;
-        return now;
+        size_t done = 0;
+        for (size_t piece; done < count && (piece = std::min(count - done, FramesAtHand())) > 0; done += piece) {
+            Widen(m_format, m_bytes.data() + m_begin, piece * m_format.channels, frames + done * m_format.channels);
+            m_begin += piece * m_format.blockBytes;
+        }
+        return done;
     }
 
 private:
+    /// Reads on when there are none.
+    size_t FramesAtHand() {
+        if (m_begin == m_end) {
+            const size_t most = std::max<size_t>(kBufferBytes / m_format.blockBytes, 1);
+            const auto frames = static_cast<size_t>(std::min<uint64_t>(most, m_unread));
+            m_bytes.resize(most * m_format.blockBytes);
+            m_begin = 0;
+            m_end = frames * m_format.blockBytes;
+            if (!m_file.read(reinterpret_cast<char*>(m_bytes.data()), static_cast<std::streamsize>(m_end)))
+                throw SongError(m_path + ": cannot be read to its end");
+            m_unread -= frames;
+        }
+        return (m_end - m_begin) / m_format.blockBytes;
+    }
+
     const std::string m_path;
     std::istream& m_file;
     const WaveFormat m_format;
     const uint64_t m_dataOffset;
-    uint64_t m_left = 0; ///< frames
+    uint64_t m_unread = 0; ///< frames
     std::vector<BYTE> m_bytes;
+    size_t m_begin = 0; ///< of the bytes that are still to come
+    size_t m_end = 0;
 };
 
 } // namespace
