@@ -85,16 +85,16 @@ TEST_CASE("catalogue: models, copies of them, and expressions that keep their li
 TEST_CASE("catalogue: ids that stand in for missing ones") {
     const OpenHost host;
     const CQuillDBManager& manager = host.manager;
-    CHECK(manager.ConvertToDefaultIconID(0x05020063) == 0x05020001);
-    CHECK(manager.ConvertToDefaultIconID(1, 1, 9) == 0x01010001);
+    CHECK(Values(manager.ConvertToDefaultIconID(0x05020063), manager.ConvertToDefaultIconID(1, 1, 9)) ==
+          Values(0x05020001, 0x01010001));
     CHECK(manager.ConvertToDefaultIconID(2, 2, 9) == 0);               // there is no variation 1
     CHECK(manager.ConvertToDefaultIconID(7, 5, 0x0177) == 0x07010102); // the language stays
     CHECK(manager.ConvertToDefaultIconID(7, 1, 0x0977) == 0x07010000);
     CHECK(manager.ConvertToDefaultIconID(6, 3, 9) == 0x06010001); // not looked up
     CHECK(manager.MakeDefaultIconID(7, 1) == 0x07010000);
     CHECK(Values(manager.GetDefaultSingerVariation(1), manager.GetDefaultSingerVariation(-1)) == "258 0");
-    CHECK(CQuillDBManager::VariationFromID(CQuillDBManager::MakeIconID(5, 2, 0x8003)) == 0x8003);
-    CHECK(CQuillDBManager::MakeSingerIconID(1, 2) == 0x07010102);
+    CHECK(Values(CQuillDBManager::VariationFromID(0x05028003), CQuillDBManager::MakeIconID(5, 2, 0x8003),
+                 CQuillDBManager::MakeSingerIconID(1, 2)) == Values(0x8003, 0x05028003, 0x07010102));
 }
 
 TEST_CASE("catalogue: overviews, buttons, and the encoder's index of an icon, which goes by its ID string") {
@@ -142,7 +142,6 @@ TEST_CASE("catalogue: overviews, buttons, and the encoder's index of an icon, wh
 
 TEST_CASE("catalogue: voices with their parameters") {
     FakeHost host;
-    Boxes boxes;
     host.fake->pairs[0] = {"Harmonics", "100"};
     host.fake->pairs[1] = {"Resonance2 Band Width", "257"};
     host.fake->pairs[2] = {"Gender Factor", nullptr};
@@ -150,26 +149,25 @@ TEST_CASE("catalogue: voices with their parameters") {
     host.fake->voices[2] = {0, 0, 0, 0, "Again"};
     host.fake->voices[3] = {300, 0, 0, 0, "Far"};
     host.fake->voiceCount = 4;
-    CQuillDBManager manager;
-    REQUIRE(manager.OpenDatabase() == 1);
-    CHECK(boxes.Take() == Texts{"Singer 'First' has already been used !\n\nlanguage 0, program 0"});
+    REQUIRE(host.manager.OpenDatabase() == 1);
+    CHECK(host.boxes.Take() == Texts{"Singer 'First' has already been used !\n\nlanguage 0, program 0"});
     tagVoiceParameters voice{};
-    REQUIRE(manager.GetVoiceDB()->GetVoiceParameters(0, 0, &voice) == 1);
+    REQUIRE(host.manager.GetVoiceDB()->GetVoiceParameters(0, 0, &voice) == 1);
     CHECK(std::string(voice.name) == "First");
     for (int i = 0; i < 17; ++i)
         CHECK(voice.parameters.values[i] == (i == 12 ? 100 : i == 4 ? 1 : 64)); // a byte keeps the low 8 bits
     torv::ReleaseVoiceParameters(&voice);
     CHECK(voice.name == nullptr);
-    CHECK(Values(manager.GetVoiceDB()->GetVoiceParameters(0, 1, &voice),
-                 manager.GetVoiceDB()->GetModels(7, 1).size()) == "0 2");
+    CHECK(Values(host.manager.GetVoiceDB()->GetVoiceParameters(0, 1, &voice),
+                 host.manager.GetVoiceDB()->GetModels(7, 1).size()) == "0 2");
 
     // The editor changes a voice, and the databases follow.
     host.fake->voices[1].name = "Renamed";
     int language = 0, program = 0;
-    CHECK(Values{manager.OpenVoiceEditDialog(&language, &program), language, program} == "1 1 3");
-    CHECK(manager.GetModelIconObject(0x07010102)->GetIDString() == "Renamed");
+    CHECK(Values{host.manager.OpenVoiceEditDialog(&language, &program), language, program} == "1 1 3");
+    CHECK(host.manager.GetModelIconObject(0x07010102)->GetIDString() == "Renamed");
     host.fake->dialogStatus = 1; // cancelled
     language = 0;
-    CHECK(Values{manager.OpenVoiceEditDialog(&language, &program), language} == "0 0");
-    CHECK(manager.OpenVoiceEditDialog(nullptr, &program) == 0);
+    CHECK(Values{host.manager.OpenVoiceEditDialog(&language, &program), language} == "0 0");
+    CHECK(host.manager.OpenVoiceEditDialog(nullptr, &program) == 0);
 }

@@ -39,6 +39,7 @@ public:
         RemoveUserFile();
     }
     ~FakeHost() {
+        manager.CloseDatabase();
         RemoveUserFile();
         FreeLibrary(m_module);
     }
@@ -69,9 +70,16 @@ public:
         return calls;
     }
 
+    void Reopen() {
+        manager.CloseDatabase();
+        REQUIRE(manager.OpenDatabase() == 1);
+    }
+
     FakeDatabase* fake = nullptr;
     TestRegistry registry;
     TempFolder files;
+    Boxes boxes;
+    CQuillDBManager manager;
 
 private:
     HMODULE m_module;
@@ -121,11 +129,5 @@ struct OpenHost : FakeHost {
         AddExpression(torv::kStatusVibrato, 0, "wave", 1);
         REQUIRE(manager.OpenDatabase() == 1);
     }
-    void Reopen() {
-        manager.CloseDatabase();
-        REQUIRE(manager.OpenDatabase() == 1);
-    }
     std::string AboutModel(DWORD id) const { return About(manager.GetModelIconObject(id)); }
-    Boxes boxes;
-    CQuillDBManager manager;
 };

@@ -18,27 +18,23 @@ DWORD Put(CQuillDBManager& manager, const char* name) {
 } // namespace
 
 TEST_CASE("database manager: opens and closes in order, as often as wanted") {
-    const FakeHost host;
-    Boxes boxes;
-    CQuillDBManager manager;
+    FakeHost host;
     for (int i = 0; i < 20; ++i) {
-        REQUIRE(manager.OpenDatabase() == 1);
+        REQUIRE(host.manager.OpenDatabase() == 1);
         CHECK(host.TakeCalls() == "Init EditorInit GetAllVoice GetExpDB ");
         CHECK(Standing() == "1 1 1 1");
-        CHECK(Values{manager.OpenDatabase(), host.TakeCalls()} == "0 "); // open already
-        manager.CloseDatabase();
+        CHECK(Values{host.manager.OpenDatabase(), host.TakeCalls()} == "0 "); // open already
+        host.manager.CloseDatabase();
         CHECK(host.TakeCalls() == "EditorDelete Delete ");
         CHECK(Standing() == "0 0 0 0");
     }
-    manager.CloseDatabase();
-    CHECK(Values(host.TakeCalls(), host.fake->infosOut, boxes.texts.size()) == " 0 0");
+    host.manager.CloseDatabase();
+    CHECK(Values(host.TakeCalls(), host.fake->infosOut, host.boxes.texts.size()) == " 0 0");
     CHECK(!std::filesystem::exists(host.UserFile())); // nothing changed, nothing written
 }
 
 TEST_CASE("database manager: what keeps it from opening") {
     FakeHost host;
-    Boxes boxes;
-    CQuillDBManager manager;
     const std::string failed = "Failed to loading databae ! - ";
     const char* const fake = "FAKE_DBM.dll";
     struct Row {
@@ -70,69 +66,63 @@ TEST_CASE("database manager: what keeps it from opening") {
             host.registry.Set(kDatabaseKey, "PATH", row.library);
         else
             host.registry.Remove(kDatabaseKey);
-        CHECK(Values{manager.OpenDatabase(), manager.IsOpen(), host.TakeCalls()} == Values(0, 0, row.calls));
-        CHECK(boxes.Take() == row.told);
+        CHECK(Values{host.manager.OpenDatabase(), host.manager.IsOpen(), host.TakeCalls()} == Values(0, 0, row.calls));
+        CHECK(host.boxes.Take() == row.told);
         CHECK(Standing() == "0 0 0 0");
-        CHECK(manager.GetModelIconObject(0x05010001) == nullptr);
+        CHECK(host.manager.GetModelIconObject(0x05010001) == nullptr);
     }
     *host.fake = {};
-    CHECK(manager.OpenDatabase() == 1); // when the reason is gone
+    CHECK(host.manager.OpenDatabase() == 1); // when the reason is gone
 }
 
 TEST_CASE("database manager: it opens without a voice editor, and without entry points that nobody calls") {
     FakeHost host;
-    Boxes boxes;
-    CQuillDBManager manager;
     int language = 0, program = 0;
     for (const char* editor : {"", "no_such_library.dll", "FAKE_DBM_INCOMPLETE.dll"}) {
         host.registry.Set(kEditorKey, "PATH", editor);
-        CHECK(Values{manager.OpenDatabase(), manager.OpenVoiceEditDialog(&language, &program)} == "1 0");
-        manager.CloseDatabase();
+        CHECK(Values{host.manager.OpenDatabase(), host.manager.OpenVoiceEditDialog(&language, &program)} == "1 0");
+        host.manager.CloseDatabase();
         CHECK(host.TakeCalls() == "Init GetAllVoice GetExpDB Delete ");
     }
     host.registry.Set(kDatabaseKey, "PATH", "FAKE_DBM_LEAN.dll");
     host.registry.Set(kEditorKey, "PATH", "FAKE_DBM_LEAN.dll");
     for (int i = 0; i < 2; ++i) {
-        CHECK(manager.OpenDatabase() == 1);
-        manager.CloseDatabase();
+        CHECK(host.manager.OpenDatabase() == 1);
+        host.manager.CloseDatabase();
     }
-    CHECK(boxes.texts == Texts{"Function error - 'VEDIT_OpenDialog'",
-                               "Function error - 'DBM_AddVoice, DBM_DeleteVoice'"}); // of one library once
+    CHECK(host.boxes.texts == Texts{"Function error - 'VEDIT_OpenDialog'",
+                                    "Function error - 'DBM_AddVoice, DBM_DeleteVoice'"}); // of one library once
 }
 
 TEST_CASE("database manager: users' icons that cannot be read or saved") {
-    const FakeHost host;
-    Boxes boxes;
-    CQuillDBManager manager;
+    FakeHost host;
     std::filesystem::create_directory(host.UserFile());
-    CHECK(manager.OpenDatabase() == 1);
-    CHECK(boxes.Take() == Texts{"Function error - 'CUserDB::LoadDatabase'"});
-    CHECK(Put(manager, "mine") == 0x05018001);
-    manager.CloseDatabase();
-    CHECK(boxes.Take() == Texts{"Failed to save UserDB fle !"});
-    CHECK(boxes.types.back() == (MB_ICONEXCLAMATION | MB_OK));
+    CHECK(host.manager.OpenDatabase() == 1);
+    CHECK(host.boxes.Take() == Texts{"Function error - 'CUserDB::LoadDatabase'"});
+    CHECK(Put(host.manager, "mine") == 0x05018001);
+    host.manager.CloseDatabase();
+    CHECK(host.boxes.Take() == Texts{"Failed to save UserDB fle !"});
+    CHECK(host.boxes.types.back() == (MB_ICONEXCLAMATION | MB_OK));
     host.RemoveUserFile();
 }
 
 TEST_CASE("database manager: two in one process, closed in any order") {
     const FakeHost host;
-    const Boxes boxes;
     for (const int closedFirst : {0, 1}) {
         CQuillDBManager managers[2];
         CQuillDBManager& first = managers[closedFirst];
         CQuillDBManager& last = managers[1 - closedFirst];
         REQUIRE(Values{managers[0].OpenDatabase(), managers[1].OpenDatabase()} == "1 1");
         CHECK(torv::GetVoiceCatalogue() == managers[1].GetVoiceDB());
-        CHECK(Put(first, "one") == 0x05018001);
-        CHECK(Put(last, "two") == 0x05018001);
+        CHECK(Values{Put(first, "one"), Put(last, "two")} == Values(0x05018001, 0x05018001));
         first.CloseDatabase();
         CHECK(torv::GetVoiceCatalogue() == last.GetVoiceDB());
         CHECK(Standing() == "1 1 1 1");
         last.CloseDatabase();
         CHECK(Standing() == "0 0 0 0");
         REQUIRE(first.OpenDatabase() == 1);
-        CHECK(first.GetModelIconObject(0x05018001)->GetIDString() == "one");
-        CHECK(first.GetModelIconObject(0x05018002)->GetIDString() == "two");
+        CHECK(Values(first.GetModelIconObject(0x05018001)->GetIDString(),
+                     first.GetModelIconObject(0x05018002)->GetIDString()) == "one two");
         first.CloseDatabase();
         host.RemoveUserFile();
     }

@@ -18,12 +18,6 @@ struct Shipped : FakeHost {
         REQUIRE(manager.OpenDatabase() == 1);
     }
     ~Shipped() { CHECK(boxes.texts.empty()); }
-    void Reopen() {
-        manager.CloseDatabase();
-        REQUIRE(manager.OpenDatabase() == 1);
-    }
-    Boxes boxes;
-    CQuillDBManager manager;
 };
 
 } // namespace

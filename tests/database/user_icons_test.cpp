@@ -124,7 +124,6 @@ TEST_CASE("user icons: what the external library refuses is told, and nothing ha
 
 TEST_CASE("user icons: those in the file and those that the external library kept are joined") {
     FakeHost host;
-    Boxes boxes;
     FakeDatabase::Expression& attacks = host.AddExpression(torv::kStatusAttack, 3, "plain", 1);
     attacks.items[1] = {5, 1, "both", host.IconFile("both"), "Kept", "Their singer", "D"};
     attacks.items[2] = {7, 1, "theirs", host.IconFile("theirs"), "", "", ""};
@@ -133,11 +132,10 @@ TEST_CASE("user icons: those in the file and those that the external library kep
     std::ofstream(host.UserFile(), std::ios::binary)
         << "[NoteAttack]\n2=#USER0001\n7=#USER0002\n[#USER0001]\nIconID=$01018002\nIDS=both\nOriginal=1\n"
            "Caption=Ours\nDuration=3\n[#USER0002]\nIconID=$01018007\nIDS=ours\nOriginal=1\n";
-    CQuillDBManager manager;
-    REQUIRE(manager.OpenDatabase() == 1);
-    CHECK(boxes.texts.empty());
+    REQUIRE(host.manager.OpenDatabase() == 1);
+    CHECK(host.boxes.texts.empty());
     std::string found;
-    for (CIconObject* const icon : manager.GetExpressionDB()->GetModels(1, 1))
+    for (CIconObject* const icon : host.manager.GetExpressionDB()->GetModels(1, 1))
         found += About(icon) + "\n";
     CHECK(found == "01010001 plain 'plain' 360 from 1 shape 20 30 of 259 1 Singer Developer\n"
                    // Only in the library: under its own number where that was free.
@@ -148,7 +146,7 @@ TEST_CASE("user icons: those in the file and those that the external library kep
                    "01018007 ours '' 240 from 1 shape 64 64 of 259 0  \n"
                    "01018008 theirs too 'theirs too' 360 from 1 shape 20 30 of 259 8  \n");
     host.TakeCalls();
-    delete manager.UnregisterIconObject(0x01018007);
+    delete host.manager.UnregisterIconObject(0x01018007);
     CHECK(host.TakeCalls().empty()); // the library is not asked to drop what it does not have
 }
 

@@ -114,8 +114,7 @@ TEST_CASE("pitch: random edits, as a list of frames has them; a single frame pla
                 frames[static_cast<size_t>(at)] = block[0];
                 counted = static_cast<DWORD>(frames.size());
             }
-            REQUIRE(buffer.GetNumFrames() == counted);
-            REQUIRE(buffer.GetModify() == 1);
+            REQUIRE(Values(buffer.GetNumFrames(), buffer.GetModify()) == Values(counted, 1));
             std::vector<DWORD> held(frames.size());
             buffer.MoveTo(0);
             REQUIRE(buffer.ReadData(held.data(), static_cast<DWORD>(held.size() + 1)) == frames.size());

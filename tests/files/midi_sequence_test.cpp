@@ -140,33 +140,28 @@ TEST_CASE("midi sequence: the filter's slot for everything above system exclusiv
 }
 
 TEST_CASE("midi sequence: milliseconds") {
-    SUBCASE("fifty ticks one by one are 51 ms") {
-        // Each: 500 x 1 = 500 = 1 ms and 20 over; 50 x 20 = 1000 makes one more. Exact would be 52.08.
-        Bytes track;
-        for (int i = 0; i < 50; ++i)
-            track.insert(track.end(), {0x01, 0x90, 0x3C, 0x40});
-        track.insert(track.end(), {0x00, 0xFF, 0x2F, 0x00});
-        MidiSong sequence({track});
-        CHECK(Values{Read(sequence).size(), sequence.GetTimePosition()} == "51 51"); // and the end
-        sequence.SeekToBegin();
-        CHECK(sequence.GetTimePosition() == 0);
-    }
-    SUBCASE("a tempo loses what is below a thousand, and its event still comes") {
-        // 0x07A4FF = 500991 counts as 500: 480 ticks are 500 ms; at 120 (0x01D4C0 = 120000) 480 more are 120 ms.
-        MidiSong sequence({{0x00, 0xFF, 0x51, 0x03, 0x07, 0xA4, 0xFF, 0x83, 0x60, 0xFF,
-                            0x51, 0x03, 0x01, 0xD4, 0xC0, 0x83, 0x60, 0xFF, 0x2F, 0x00}});
-        tagEvent event;
-        sequence.GetEvent(&event);
-        CHECK(Values(int{event.data1}, sequence.GetSequenceTempo()) == Values(0x51, 500991));
-        CHECK(Values{sequence.GetEvent(&event), sequence.GetTimePosition()} == "1 500");
-        CHECK(Values{sequence.GetEvent(&event), sequence.GetTimePosition()} == "1 620");
-        sequence.SeekToBegin();
-        CHECK(sequence.GetSequenceTempo() == 120000); // stays until the stream says otherwise
-    }
-    SUBCASE("no division, no time") {
-        MidiSong sequence(kTwoTracks, 0);
-        CHECK(Values{Read(sequence).size(), sequence.GetTimePosition()} == "6 0");
-    }
+    // Fifty ticks one by one, each 500 x 1 = 500 = 1 ms and 20 over; 50 x 20 = 1000 makes one more. Exact would
+    // be 52.08.
+    Bytes track;
+    for (int i = 0; i < 50; ++i)
+        track.insert(track.end(), {0x01, 0x90, 0x3C, 0x40});
+    track.insert(track.end(), {0x00, 0xFF, 0x2F, 0x00});
+    MidiSong fifty({track});
+    CHECK(Values{Read(fifty).size(), fifty.GetTimePosition()} == "51 51"); // and the end
+    fifty.SeekToBegin();
+    CHECK(fifty.GetTimePosition() == 0);
+    // A tempo loses what is below a thousand, and its event still comes: 0x07A4FF = 500991 counts as 500, so that 480
+    // ticks are 500 ms; at 120 (0x01D4C0 = 120000) 480 more are 120 ms.
+    MidiSong faster({{0x00, 0xFF, 0x51, 0x03, 0x07, 0xA4, 0xFF, 0x83, 0x60, 0xFF,
+                      0x51, 0x03, 0x01, 0xD4, 0xC0, 0x83, 0x60, 0xFF, 0x2F, 0x00}});
+    tagEvent event;
+    CHECK(Values{faster.GetEvent(&event), int{event.data1}, faster.GetSequenceTempo()} == Values(1, 0x51, 500991));
+    CHECK(Values{faster.GetEvent(&event), faster.GetTimePosition()} == "1 500");
+    CHECK(Values{faster.GetEvent(&event), faster.GetTimePosition()} == "1 620");
+    faster.SeekToBegin();
+    CHECK(faster.GetSequenceTempo() == 120000); // stays until the stream says otherwise
+    MidiSong still(kTwoTracks, 0);
+    CHECK(Values{Read(still).size(), still.GetTimePosition()} == "6 0"); // no division, no time
 }
 
 TEST_CASE("midi sequence: signatures, and meta events too short for their kind") {

@@ -1,5 +1,7 @@
 #include "torv/files/midi_track.h"
 
+#include "values.h"
+
 #include <doctest/doctest.h>
 
 #include <random>
@@ -53,10 +55,8 @@ TEST_CASE("midi track: every kind of event, and a track that breaks off anywhere
                                       {127, {0xE2, 0x00, 0x40}, {}},
                                       {0, {0xFF, 0x2F, 0x00}, {}}};
     CHECK(EventsOf(track) == expected);
-    CHECK(track.GetTickPosition() == 276);
-    CHECK(mtGetNextEvent(track.GetState()) == 7);
-    CHECK(mtGetNextEvent(nullptr) == 1);
-    CHECK(track.GetEvent(nullptr) == 0);
+    CHECK(Values(track.GetTickPosition(), mtGetNextEvent(track.GetState())) == "276 7");
+    CHECK(Values(mtGetNextEvent(nullptr), track.GetEvent(nullptr)) == "1 0");
     CxMidiTrack copy = track; // at the end as well
     CHECK(EventsOf(copy).empty());
     copy.SeekToBegin();
@@ -68,10 +68,8 @@ TEST_CASE("midi track: every kind of event, and a track that breaks off anywhere
     track.SeekToBegin();
     track.SetChannelFilter(-1, 0);
     CHECK(EventsOf(track).size() == 3); // what has no channel
-    for (const int channel : {-1, 16})
-        CHECK(copy.GetChannelFilter(channel) == 0);
-    for (const int channel : {0, 15})
-        CHECK(copy.GetChannelFilter(channel) == 1);
+    CHECK(Values(copy.GetChannelFilter(-1), copy.GetChannelFilter(0), copy.GetChannelFilter(15),
+                 copy.GetChannelFilter(16)) == "0 1 1 0");
 
     for (auto end = kGood.begin(); end != kGood.end(); ++end) {
         const Bytes cut(kGood.begin(), end); // its own end, for the sanitizer

@@ -36,10 +36,9 @@ TEST_CASE("dynamics: preset files are brought into range, a song's icons read as
     const TempFolder folder;
     const std::string preset = folder.File(
         "p.aic", "[Parameter]\nLength=960\nStartDyn=150\nEndDyn=-200\nDynBPNum=1\nDynBPX=0.5\nDynBPY=300\n");
-    CHECK(level.LoadPreset(preset.c_str()) == 1);
-    CHECK(Values(level.GetLength(), level.GetStartDynamics(), level.GetEndDynamics()) == "1 127 0");
-    CHECK(swell.LoadPreset(preset.c_str()) == 1);
-    CHECK(Values(swell.GetLength(), swell.GetEndDynamics()) == "960 -127");
+    CHECK(Values{level.LoadPreset(preset.c_str()), level.GetLength(), level.GetStartDynamics(),
+                 level.GetEndDynamics()} == "1 1 127 0");
+    CHECK(Values{swell.LoadPreset(preset.c_str()), swell.GetLength(), swell.GetEndDynamics()} == "1 960 -127");
     CHECK(swell.LoadPreset(preset.c_str()) == 1); // points are added to those there
     CHECK(RowsOf(*swell.GetDynamicsBPList()) == Rows{{5000, 127, 0}, {5000, 127, 0}});
 
@@ -120,11 +119,10 @@ TEST_CASE("dynamics: records, copies and replacements") {
     CHECK(swell.DescribeParameter(&record) == 1);
     CHECK(Values(record.header.iconId, record.length, record.startDynamics, record.endDynamics, record.pointCount,
                  record.points[0].position) == Values(0x05020001, 480, -30, 20, 1, 5000));
-    CIconDynamics built(5, 3, 9);
-    CHECK(built.ConstructParameter(&record) == 1);
+    CIconDynamics built(5, 3, 9), replaced(5, 3, 9);
+    CHECK(Values{built.ConstructParameter(&record), replaced.ReplaceParameter(&built)} == "1 1");
     torv::ReleaseIconRecord(&record);
-    CIconDynamics copy(&built), replaced(5, 3, 9);
-    CHECK(replaced.ReplaceParameter(&built) == 1);
+    CIconDynamics copy(&built);
     CHECK(Values(built.GetIconID(), copy.GetIconID(), replaced.GetIconID()) ==
           Values(0x05020001, 0x05020001, 0x05030009));
     const std::string text = Described(swell);

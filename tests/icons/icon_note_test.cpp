@@ -13,8 +13,7 @@ TEST_CASE("shapes: 64 unless a file says otherwise, and any value a host sets") 
 
     const TempFolder folder;
     const std::string path = folder.File("soft.aic", "[Common]\nCaption=Soft\n[Parameter]\nLength=120\nDuration=7\n");
-    CHECK(attack.LoadPreset(path.c_str()) == 1);
-    CHECK(Values(attack.GetCaption(), attack.GetLength()) == "Soft 120");
+    CHECK(Values{attack.LoadPreset(path.c_str()), attack.GetCaption(), attack.GetLength()} == "1 Soft 120");
     CHECK(Values(attack.GetDuration(), attack.GetDepth()) == "7 64");
     CHECK(Values{transit.LoadPreset(path.c_str()), transit.GetDuration()} == "1 7");
     CIconExpression none(1, 1, 1);
@@ -69,8 +68,7 @@ TEST_CASE("note records: bytes of shapes, names that stay; copies and replacemen
         CHECK(Values(int{described.duration}, int{described.depth}) == "255 1");
         CHECK(Values(described.originalSingerName, described.developerName) == "Anna Dev");
         torv::ReleaseIconRecord(&described);
-        CHECK(described.originalSingerName == nullptr);
-        CHECK(described.header.caption == nullptr);
+        CHECK(Values(described.originalSingerName == nullptr, described.header.caption == nullptr) == "1 1");
     }
     CIconNoteTransit from(3, 3, 1), to(3, 3, 2);
     record.depth = 99;
@@ -79,8 +77,7 @@ TEST_CASE("note records: bytes of shapes, names that stay; copies and replacemen
     // Of another kind only what both have: an expression both are.
     CIconNoteRelease release(2, 2, 5);
     release.SetLength(50);
-    CHECK(attack.ReplaceParameter(&release) == 1);
+    CHECK(Values{attack.ReplaceParameter(&release), attack.ReplaceParameter(nullptr)} == "1 0");
     CHECK(Values(attack.GetIconID(), attack.GetLength(), attack.GetDuration(), attack.GetExpressionID()) ==
           Values(0x01010007, 50, 511, 0));
-    CHECK(attack.ReplaceParameter(nullptr) == 0);
 }

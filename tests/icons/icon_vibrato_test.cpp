@@ -37,8 +37,7 @@ TEST_CASE("vibrato: exports in ticks") {
     Fill(exported, {{1, 2}});
     CHECK(icon.ExportDepthBreakPoint(&exported, 1000) == 3); // the list's count
     CHECK(RowsOf(exported) == Rows{{1, 2, 0}, {1000, 64, 0x8000}, {1240, 20, 3}});
-    CHECK(icon.ExportRateBreakPoint(&exported, 1000) == 4);
-    CHECK(exported.GetTail().value == 7);
+    CHECK(Values{icon.ExportRateBreakPoint(&exported, 1000), exported.GetTail().value} == "4 7");
     CBreakPointArray array;
     array.SetSize(9);
     CHECK(icon.NormalizeDepthBreakPointArray(1000, array) == 2); // resized
@@ -89,14 +88,12 @@ TEST_CASE("vibrato: records, copies and replacements carry ends that nobody read
     record.idLow = 9;
     CIconVibrato other(4, 4, 2);
     Fill(*other.GetDepthBPList(), {{7, 7}});
-    CHECK(other.ConstructParameter(&record) == 1);
-    CHECK(Values(other.GetEndRate(), other.GetDepthBPList()->IsEmpty()) == "0 1");
+    CHECK(Values{other.ConstructParameter(&record), other.GetEndRate(), other.GetDepthBPList()->IsEmpty()} == "1 0 1");
     torv::ReleaseIconRecord(&record);
     CHECK(record.ratePoints == nullptr);
 
     CIconVibrato replaced(4, 4, 9);
-    CHECK(replaced.ReplaceParameter(&other) == 1);
-    CHECK(replaced.GetIconID() == 0x04040009); // unlike the note icons
+    CHECK(Values{replaced.ReplaceParameter(&other), replaced.GetIconID()} == Values(1, 0x04040009)); // unlike notes
     CIconVibrato copied(&other);
     for (CIconVibrato* const copy : {&replaced, &copied}) {
         tagVibratoIconObject described{};

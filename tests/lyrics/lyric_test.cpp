@@ -168,11 +168,10 @@ TEST_CASE("lyric: elements come, go and give their share back") {
         lyric.AddNewElement()->SetDeltaRate(rate);
     for (const int nowhere : {-1, 3})
         CHECK(lyric.RemoveElementAt(nowhere, 1) == 0);
-    CHECK(lyric.RemoveElementAt(1, 1) == 1);
-    CHECK(Told(lyric) == "|||0.5|0\n|||0.5|0");
+    CHECK(Values{lyric.RemoveElementAt(1, 1), Told(lyric)} == "1 |||0.5|0\n|||0.5|0");
     lyric.AddNewElement()->SetDeltaRate(1.0F);
-    CHECK(lyric.RemoveElementAt(2, 1) == 0); // it was the whole: the others keep theirs, it is gone
-    CHECK(Told(lyric) == "|||0.5|0\n|||0.5|0");
+    // It was the whole: the others keep theirs, it is gone.
+    CHECK(Values{lyric.RemoveElementAt(2, 1), Told(lyric)} == "0 |||0.5|0\n|||0.5|0");
     lyric.SetPhonemeEditMark(3);
     CLyricObject copy(&lyric);
     for (const auto& [index, place] : {std::pair(99, "last"), {-5, "first"}, {1, "middle"}}) {
@@ -180,8 +179,7 @@ TEST_CASE("lyric: elements come, go and give their share back") {
         element->SetLyricString(place);
         CHECK(copy.InsertElementAt(index, element) == 1);
     }
-    CHECK(copy.InsertElementAt(0, nullptr) == 0);
-    CHECK(copy.RemoveElementAt(2, 0) == 1);
+    CHECK(Values{copy.InsertElementAt(0, nullptr), copy.RemoveElementAt(2, 0)} == "0 1");
     CHECK(Told(copy) == "first|||0|0\nmiddle|||0|0\n|||0.5|3\nlast|||0|0");
     CHECK(Values(copy.GetPhonemeEditMark(), lyric.GetPhonemeEditMark()) == "0 3"); // the first one's
     lyric.GetElementAt(1)->SetPhonemeEditMark(1);
@@ -218,8 +216,7 @@ TEST_CASE("lyric: host records") {
     CHECK(std::string(record.syllables[0].firstPhoneme.next->text) == "E");
     CLyricObject back;
     back.AddNewElement();
-    CHECK(back.ConstructParameter(&record) == 1);
-    CHECK(Told(back) == Told(lyric));
+    CHECK(Values{back.ConstructParameter(&record), Told(back)} == Values(1, Told(lyric)));
     std::memset(record.syllables[1].text, 'z', sizeof record.syllables[1].text); // unterminated
     back.ConstructParameter(&record);
     CHECK(back.GetElementAt(1)->GetLyricString() == std::string(32, 'z').c_str());

@@ -128,18 +128,14 @@ TEST_CASE("typed file: on disk") {
     CxTypedFile file;
     CHECK(file.Save() == 0); // no path yet
     file.WriteAt("S", "A", "1");
-    CHECK(file.SaveAs(path));
-    file.WriteAt("S", "A", "2");
-    CHECK(file.Save()); // over the old one
+    CHECK(Values{file.SaveAs(path), file.WriteAt("S", "A", "2"), file.Save()} == "1 1 1"); // over the old one
     CFile open(path, CFile::modeRead);
     open.SeekToEnd();
     file.RemoveAll();
     CHECK(file.GetPathName() == "");
-    CHECK(file.Load(&open)); // from its beginning, wherever it stands
-    CHECK(Compact(file) == "[S]\nA=2\n");
-    CHECK(LoadText(file, "[M]\n")); // in place of what was there
-    CHECK(Compact(file) == "[M]\n");
-    CHECK(file.GetPathName() == open.GetFilePath()); // text from memory has no path
+    CHECK(Values{file.Load(&open), Compact(file)} == "1 [S]\nA=2\n");   // from its beginning, wherever it stands
+    CHECK(Values{LoadText(file, "[M]\n"), Compact(file)} == "1 [M]\n"); // in place of what was there
+    CHECK(file.GetPathName() == open.GetFilePath());                    // text from memory has no path
     open.Close();
 
     const CString missing = torv::JoinPath(path, "nowhere.def");
