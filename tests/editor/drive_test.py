@@ -7,6 +7,7 @@ it again, and looks at what came out.
 import json
 import os
 import pathlib
+import select
 import shutil
 import subprocess
 import sys
@@ -38,11 +39,17 @@ class Editor:
         self.environment = {**os.environ, "DISPLAY": display, "SDL_VIDEODRIVER": "x11", "SDL_RENDER_DRIVER": "software",
                             "SDL_AUDIODRIVER": "dummy", "TORV_USER_DATA": str(folder / "user")}
         self.process = subprocess.Popen([program, *arguments], cwd=folder, env=self.environment)
-        self.window = self.wait("a window", lambda: self.tool("search", "--name", "TORV editor", check=False)).split()[0]
-        self.wait("the keyboard", self.focus)
+        self.window = ""
+        try:
+            self.window = self.wait("a window", lambda: self.tool("search", "--name", "TORV editor", check=False)).split()[0]
+            self.wait("the keyboard", self.focus)
+        except BaseException:
+            self.process.kill()  # nobody has this object, and who runs the test would wait for its process
+            raise
 
     def tool(self, *arguments, check=True):
-        run = subprocess.run(["xdotool", *map(str, arguments)], env=self.environment, capture_output=True, text=True)
+        run = subprocess.run(["xdotool", *map(str, arguments)], env=self.environment, capture_output=True, text=True,
+                             timeout=PATIENCE)
         assert run.returncode == 0 or not check, run.stderr
         return run.stdout.strip()
 
@@ -53,7 +60,7 @@ class Editor:
             if result := condition():
                 return result
             time.sleep(0.02)
-        raise AssertionError(f"{what} did not come; the title is {self.title()!r}")
+        raise AssertionError(f"{what} did not come; the title is {self.window and self.title()!r}")
 
     def focus(self):
         """A window that is not on the screen yet refuses."""
@@ -81,7 +88,7 @@ class Editor:
 
     def look(self, picture):
         run = ["import", "-window", "root", str(picture)]
-        return subprocess.run(run, env=self.environment, check=False).returncode == 0
+        return subprocess.run(run, env=self.environment, check=False, timeout=PATIENCE).returncode == 0
 
     def end(self):
         self.key("ctrl+q")
@@ -132,12 +139,14 @@ def main(program, picture):
     display, wanted = os.pipe()
     # A server that resets itself when its last client goes would take the editor with it that is just coming.
     server = subprocess.Popen(["Xvfb", "-displayfd", str(wanted), "-screen", "0", "1280x800x24", "-noreset"],
-                              pass_fds=[wanted], stderr=subprocess.DEVNULL)
+                              pass_fds=[wanted], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     os.close(wanted)
     numbers = os.fdopen(display)  # left open: the server would end at a pipe that is closed
-    name = ":" + numbers.readline().strip()
     editor = None
     try:
+        assert select.select([display], [], [], PATIENCE)[0], "Xvfb does not say which display is its own"
+        name = ":" + numbers.readline().strip()
+        assert name != ":", "Xvfb has ended: see what it says when it is started by hand"
         with tempfile.TemporaryDirectory() as temporary:
             folder = pathlib.Path(temporary)
             editor = Editor(program, folder, name)
@@ -168,7 +177,10 @@ def main(program, picture):
         if editor:
             editor.process.kill()
         server.terminate()
-        server.wait()
+        try:
+            server.wait(PATIENCE)
+        except subprocess.TimeoutExpired:
+            server.kill()
     print("the editor made, played, saved and opened a song")
 
 
