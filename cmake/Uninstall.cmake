@@ -1,4 +1,5 @@
-# Removes what the last installation wrote, and the folders named torv that are empty then. MANIFEST is its list.
+# Removes what the last installation wrote, what Python compiled of it, and the folders named torv that are empty then.
+# MANIFEST is its list.
 cmake_policy(VERSION 3.25)
 if(NOT EXISTS ${MANIFEST})
   message(FATAL_ERROR "Nothing was installed from here: ${MANIFEST} does not exist")
@@ -8,6 +9,7 @@ file(REMOVE ${files})
 foreach(file ${files})
   cmake_path(GET file PARENT_PATH folder)
   while(folder MATCHES "/torv(/|$)" AND IS_DIRECTORY ${folder})
+    file(REMOVE_RECURSE ${folder}/__pycache__)
     file(GLOB left ${folder}/* ${folder}/.*)
     list(FILTER left EXCLUDE REGEX "/\\.\\.?$")
     if(left)
