@@ -5,7 +5,7 @@ import ctypes
 import os
 import pathlib
 import sys
-from typing import Any, Callable, List
+from typing import Any, Callable, List, Sequence
 
 _NAMES = {"win32": "torvc.dll"}
 
@@ -95,6 +95,13 @@ def call(name: str, *arguments: Any) -> None:
 def size(value: int) -> ctypes.c_size_t:
     """An index or a count; what is below 0 is out of range in any case."""
     return ctypes.c_size_t(value if value >= 0 else 2**32)
+
+
+def place_in(names: Sequence[str], name: str, what: str) -> int:
+    """The number that the library has for one of these names."""
+    if name not in names:
+        raise ValueError(f'there is no {what} "{name}", only {", ".join(names)}')
+    return names.index(name)
 
 
 def text_of(name: str, *arguments: Any) -> str:

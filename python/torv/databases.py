@@ -6,7 +6,7 @@ import threading
 from dataclasses import dataclass
 from typing import List, Optional
 
-from ._library import Handle, call, number_of, size, text_of
+from ._library import Handle, call, number_of, place_in, size, text_of
 from ._records import IconRecord
 
 KINDS = ("attack", "release", "transition", "vibrato", "dynamics", "voice")
@@ -33,7 +33,7 @@ class Databases(Handle):
 
     def list(self, kind: str) -> List[Icon]:
         """All of a kind (see KINDS), presets before users' own."""
-        number = KINDS.index(kind)
+        number = place_in(KINDS, kind, "kind of icon")
         icons = []
         for index in range(number_of("torv_databases_count", self, number)):
             record = IconRecord()

@@ -8,7 +8,7 @@ from typing import TYPE_CHECKING, Any, Callable, List, Optional, Tuple
 import numpy as np
 
 from . import _records as records
-from ._library import LIBRARY, Handle, call, check, number_of, size, text_of, utf8
+from ._library import LIBRARY, Handle, call, check, number_of, place_in, size, text_of, utf8
 from .databases import LANGUAGES, Databases, default_databases
 from .sound import Saved, Sound
 
@@ -77,7 +77,8 @@ class Score(Handle):
 
     def __init__(self, song: "Song", databases: Optional[Databases] = None, *, transpose: int = 0, verse: int = 1,
                  plain: bool = False, language: str = "auto") -> None:
-        options = records.ScoreOptions(transpose=transpose, verse=verse, plain=plain, language=LANGUAGES.index(language))
+        options = records.ScoreOptions(transpose=transpose, verse=verse, plain=plain,
+                                       language=place_in(LANGUAGES, language, "language"))
         super().__init__(self.make("torv_score_make", song, databases or default_databases(), ctypes.byref(options)))
 
     def _info(self) -> Any:

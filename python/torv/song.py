@@ -9,7 +9,7 @@ from typing import Any, Iterable, Iterator, List, Optional, Sequence, Tuple, Uni
 import numpy as np
 
 from . import notebook
-from ._library import Handle, call, number_of, size, text_of, utf8
+from ._library import Handle, call, number_of, place_in, size, text_of, utf8
 from ._records import Measure, Meter, NoteRecord, PartRecord, Point, SongInfo, Tempo, WordRecord
 from .databases import KINDS, Databases
 from .score import Score
@@ -227,17 +227,17 @@ class Part:
         self._set_mark("dynamics", name, tick)
 
     def _set_mark(self, kind: str, name: Optional[str], tick: int) -> None:
-        call("torv_part_set_mark", *self._at, _MARKS.index(kind), ctypes.c_uint32(tick), utf8(name or ""))
+        call("torv_part_set_mark", *self._at, place_in(_MARKS, kind, "kind of mark"), ctypes.c_uint32(tick), utf8(name or ""))
 
     def set_icon(self, kind: str, name: Optional[str], note: Optional[int] = None) -> None:
         """Gives a note, or all that have none of their own, an "attack", "release", "transition" or "vibrato": "none" for
         none, None for the usual one."""
         place = ctypes.c_size_t(-1) if note is None else size(note)
-        call("torv_icon_set", *self._at, place, KINDS.index(kind), utf8(name or ""))
+        call("torv_icon_set", *self._at, place, place_in(KINDS, kind, "kind of icon"), utf8(name or ""))
 
     def curve(self, name: str) -> "np.ndarray[Any, Any]":
         """A curve's points as rows of tick and value; see CURVES. The value of a point holds until the next one."""
-        number = CURVES.index(name)
+        number = place_in(CURVES, name, "curve")
         count = number_of("torv_part_get_curve", *self._at, number, None, size(0))
         points = (Point * count)()
         number_of("torv_part_get_curve", *self._at, number, points, size(count))
@@ -254,7 +254,7 @@ class Part:
             raise ValueError("ticks count from 0")
         last = np.append(np.diff(whole) != 0, True) if whole.size else np.array([], dtype=bool)
         points = [Point(int(tick), float(value)) for tick, value in zip(whole[last], heights[last])]
-        call("torv_part_set_curve", *self._at, CURVES.index(name), (Point * len(points))(*points), size(len(points)))
+        call("torv_part_set_curve", *self._at, place_in(CURVES, name, "curve"), (Point * len(points))(*points), size(len(points)))
 
 
 class Song(Handle):

@@ -14,6 +14,7 @@ struct VoiceId {
     int staff = 1;
     int voice = 1;
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): what the default compares with is no pointer
     auto operator<=>(const VoiceId&) const = default;
 };
 

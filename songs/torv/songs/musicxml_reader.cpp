@@ -36,17 +36,17 @@ std::string Unpacked(Bytes bytes) {
     throw SongError("is an archive without a score in it");
 }
 
-struct ScorePart {
+struct ListedPart {
     std::string id;
     XmlElement description; ///< in the list of parts; may be none
     std::vector<XmlElement> measures;
 };
 
 /// The score's parts in their order, however the score is laid out.
-std::vector<ScorePart> PartsOf(XmlElement score) {
-    std::vector<ScorePart> parts;
+std::vector<ListedPart> PartsOf(XmlElement score) {
+    std::vector<ListedPart> parts;
     std::map<std::string, size_t, std::less<>> indexes;
-    const auto partOf = [&](std::string_view id) -> ScorePart& {
+    const auto partOf = [&](std::string_view id) -> ListedPart& {
         const auto [known, isNew] = indexes.try_emplace(std::string(id), parts.size());
         if (isNew)
             parts.push_back({std::string(id), XmlElement(), {}});
@@ -63,12 +63,12 @@ std::vector<ScorePart> PartsOf(XmlElement score) {
                     partOf(outer.Attribute("id")).measures.push_back(measure);
         } else if (outer.Name() == "measure") {
             for (const XmlElement part : outer) {
-                ScorePart& known = partOf(part.Attribute("id"));
+                ListedPart& known = partOf(part.Attribute("id"));
                 if (known.measures.size() == measures) // a part may be away from some
                     known.measures.push_back(part);
             }
             ++measures;
-            for (ScorePart& part : parts)
+            for (ListedPart& part : parts)
                 part.measures.resize(measures);
         }
     }
@@ -195,7 +195,7 @@ void ReadHeader(XmlElement score, Song& song) {
     song.language = score.Child("defaults", "lyric-language").Attribute("xml:lang");
 }
 
-void AddParts(const ScorePart& scorePart, const WrittenPart& written, Voices voices, int track, Song& song) {
+void AddParts(const ListedPart& scorePart, const WrittenPart& written, Voices voices, int track, Song& song) {
     const XmlElement about = scorePart.description;
     const std::string name(about.Child("part-name").Text());
     const std::vector<std::string> names = NamesOfVoices(name, voices.parts.size());
@@ -262,10 +262,10 @@ Song ReadMusicXmlSong(Bytes bytes, const ReadOptions&) {
         throw SongError("holds no score in MusicXML but \"" + std::string(score.Name().substr(0, 40)) + "\"");
     Song song;
     ReadHeader(score, song);
-    const std::vector<ScorePart> scoreParts = PartsOf(score);
+    const std::vector<ListedPart> scoreParts = PartsOf(score);
     std::vector<WrittenPart> written;
     written.reserve(scoreParts.size());
-    for (const ScorePart& part : scoreParts)
+    for (const ListedPart& part : scoreParts)
         written.push_back(ReadPart(part.measures));
     MeasureOrder order = UnfoldMeasures(SignsOf(written));
     song.remarks = std::move(order.remarks);

@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr DWORD kRiff = torv::ChunkId("RIFF");
-constexpr DWORD kWave = torv::ChunkId("WAVE");
 constexpr DWORD kFmt = torv::ChunkId("fmt ");
 constexpr DWORD kData = torv::ChunkId("data");
 constexpr size_t kMostChunks = 4096;
@@ -70,7 +68,8 @@ int CxQuillAudio::ScanChunkInfo(torv::ChunkList& chunks, bool& isPadded) {
     isPadded = false;
     CHUNK_INFO info;
     // Only the first chunk is asked: a search through a large file that is no wave would take long.
-    if (!FindFirstChunk(info) || info.id != kRiff || info.form != kWave || !Descend(info, kRiff, kWave))
+    if (!FindFirstChunk(info) || info.id != torv::kRiffChunk || info.form != torv::kWaveForm ||
+        !Descend(info, torv::kRiffChunk, torv::kWaveForm))
         return 0;
     const ULONGLONG end = static_cast<ULONGLONG>(info.offset) + info.size;
     int has = FindFirstChunk(info);

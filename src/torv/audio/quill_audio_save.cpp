@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr DWORD kRiff = torv::ChunkId("RIFF");
-constexpr DWORD kWave = torv::ChunkId("WAVE");
 constexpr DWORD kFmt = torv::ChunkId("fmt ");
 constexpr DWORD kData = torv::ChunkId("data");
 constexpr DWORD kFact = torv::ChunkId("fact");
@@ -147,7 +145,7 @@ bool CxQuillAudio::WriteWave(const char* path, CWaveBuffer& buffer, const torv::
         return place.offset ? AddData(&dataFile, place.offset, place.size) : AddData(&buffer);
     };
     const bool pads = m_bPadded && !kept.empty();
-    const bool isWritten = CreateChunk(kRiff, kWave) &&
+    const bool isWritten = CreateChunk(torv::kRiffChunk, torv::kWaveForm) &&
                            std::all_of(map.begin(), map.end(),
                                        [&](const CHUNK_INFO& chunk) {
                                            return CreateChunk(chunk.id, 0) && addContent(chunk) && CloseChunk() &&

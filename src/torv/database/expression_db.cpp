@@ -16,7 +16,6 @@
 namespace {
 
 constexpr int kMostEntries = 65536; // of one list
-constexpr int kLastNumber = 0x7FFF;
 /// So many bytes of an ID string stand in a file's name: folders limit the length of names.
 constexpr int kMostIDBytes = 90;
 
@@ -140,10 +139,10 @@ int CExpressionDB::LastPreset(int status) const {
 void CExpressionDB::ReadItem(const Expression& expression, const DBMExpItem& item, torv::ReportLimit& reports) {
     // An item's own number is its icon's, so that songs find it again; one that cannot be has the next that is free.
     const int kind = expression.kind;
-    int number = static_cast<int>(item.value & kLastNumber);
+    int number = static_cast<int>(item.value & torv::kLastUserNumber);
     if (!item.user && (number == 0 || Contains(torv::MakeIconID(kind, kind, number))))
         number = LastPreset(kind) + 1;
-    if (number > kLastNumber)
+    if (number > torv::kLastUserNumber)
         return;
     const int variation = item.user ? number | static_cast<int>(torv::kUserIconBit) : number;
     std::unique_ptr<CIconObject> icon = torv::MakeIcon(kind, kind, variation);
@@ -219,7 +218,7 @@ void CExpressionDB::BindUserItems() {
     }
     for (auto& [key, item] : items) {
         const DWORD id = item.icon->GetIconID();
-        const bool mayKeepNumber = (id & kLastNumber) != 0 && !Contains(id);
+        const bool mayKeepNumber = (id & torv::kLastUserNumber) != 0 && !Contains(id);
         if (!item.isRead || (!mayKeepNumber && !GiveNewVariation(item.icon)))
             continue;
         torv::MakeStorable(*item.icon);
@@ -252,7 +251,7 @@ bool CExpressionDB::HandOver(CIconExpression& icon) {
         return false;
     }
     tagExpressionEntry& entry = *icon.GetExpressionEntry();
-    const DWORD value = icon.GetIconID() & kLastNumber;
+    const DWORD value = icon.GetIconID() & torv::kLastUserNumber;
     const CString id = icon.GetIDString(); // all that needs memory, before the library is asked
     const CString caption = icon.GetCaption();
     const CString singer = icon.GetOriginalSingerName();

@@ -10,7 +10,6 @@ namespace {
 
 constexpr const char* kDefaultArticulation = "DEFAULT_ARTICURATION"; // the spelling that hosts know
 constexpr const char* kGlobalSection = "Common";
-constexpr int kLastNumber = 0x7FFF;
 constexpr DWORD kArticulationBits = 0xFFFF0000;
 
 } // namespace
@@ -72,9 +71,9 @@ int CQuillDBIF::GetNewVariation(int status, int articulation) const {
         return 0;
     const DWORD first = torv::MakeIconID(status, articulation, 0) | torv::kUserIconBit;
     int& number = m_lowestFree.try_emplace(first & kArticulationBits, 1).first->second;
-    while (number <= kLastNumber && IsTaken(first + static_cast<DWORD>(number)))
+    while (number <= torv::kLastUserNumber && IsTaken(first + static_cast<DWORD>(number)))
         ++number;
-    return number <= kLastNumber ? torv::VariationFromID(first + static_cast<DWORD>(number)) : 0;
+    return number <= torv::kLastUserNumber ? torv::VariationFromID(first + static_cast<DWORD>(number)) : 0;
 }
 
 bool CQuillDBIF::GiveNewVariation(std::unique_ptr<CIconObject>& icon) const {
@@ -131,7 +130,7 @@ CIconObject* CQuillDBIF::UserIconLike(const CIconObject& icon) const {
 
 bool CQuillDBIF::MayRestore(const CIconObject& icon) const {
     const DWORD id = icon.GetIconID();
-    if (!CIconObject::IsUserIcon(id) || (id & kLastNumber) == 0 || Contains(id) ||
+    if (!CIconObject::IsUserIcon(id) || (id & torv::kLastUserNumber) == 0 || Contains(id) ||
         !HasArticulation(torv::StatusFromID(id), torv::ArticulationFromID(id)))
         return false;
     // Only an icon of its status's class can be read again.

@@ -19,7 +19,6 @@ constexpr DWORD kMaxPresend = 5000;
 constexpr DWORD kIntervalLimit = 256;
 constexpr int kResolutions[] = {1, 2, 4, 8, 16, 30, 60, 90, 120, 240, 480};
 constexpr int kDefaultResolutionIndex = 5;
-constexpr int kPointsOnly = -1;
 constexpr DWORD kEovmBytes = 16;
 constexpr int kDynaffArticulation = 1;
 constexpr int kDynamicsFromIcons = 0;

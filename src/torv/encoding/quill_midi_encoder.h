@@ -67,6 +67,7 @@ public:
     void SetOutMode(int mode) { m_nOutMode = mode; }
     int GetOutMode() const { return m_nOutMode; }
     /// @}
+    static constexpr int kPointsOnly = -1; ///< as a resolution: a curve is sent at its points and nowhere between
     /// Ticks between two samples of the slot's curves. Slots beyond the three: 0.
     /// @{
     int SetExtractResolutionAt(int slot, int ticks);

@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr int kPointsOnly = -1;
 constexpr BYTE kEndOfSelectors = 0xFF;
 /// By the track's voice-control list; the engine's numbering is not evenly spaced.
 constexpr BYTE kSelectors[] = {0x30, 0x31, 0x32, 0x33, 0x40, 0x41, 0x42, 0x43, 0x50,

@@ -26,6 +26,9 @@ constexpr DWORD ChunkId(const char (&text)[5]) {
     return id;
 }
 
+inline constexpr DWORD kRiffChunk = ChunkId("RIFF"); ///< the chunk that is a file
+inline constexpr DWORD kWaveForm = ChunkId("WAVE");  ///< its form, of a wave
+
 /// The text of a file exception's cause, 0..14; empty for any other.
 TORV_API const char* FileErrorText(int cause);
 

@@ -20,8 +20,9 @@ enum DynamicsArticulation : int {
     kCrescendo = 2,  ///< raises the level in force
     kDecrescendo = 3 ///< lowers it
 };
-inline constexpr int kSingerArticulation = 1; ///< of singer icons, their only one
-inline constexpr DWORD kUserIconBit = 0x8000; ///< in the variation, and so in the id
+inline constexpr int kSingerArticulation = 1;  ///< of singer icons, their only one
+inline constexpr DWORD kUserIconBit = 0x8000;  ///< in the variation, and so in the id
+inline constexpr int kLastUserNumber = 0x7FFF; ///< what is left of the variation for a user's icon
 
 /// An id from its three parts, of which the low bits count, and the parts of an id.
 /// @{

@@ -9,6 +9,9 @@
 /// "0,5", nor the machine's code page decide where a lyric's characters begin.
 namespace torv {
 
+/// White space as every text here has it: the bytes up to 32.
+constexpr bool IsBlank(char c) { return static_cast<unsigned char>(c) <= 32; }
+
 /// Leading white space, a sign, decimal digits; reading stops at the first other byte. 0 when there is no digit or no
 /// text; the nearest end of the range beyond 32 bits.
 TORV_API int ParseInteger(const char* text);

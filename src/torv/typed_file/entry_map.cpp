@@ -11,8 +11,6 @@ constexpr std::size_t kFewestBuckets = 8;
 
 std::uint32_t HashOf(std::string_view key) { return static_cast<std::uint32_t>(std::hash<std::string_view>()(key)); }
 
-CString Text(std::string_view text) { return CString(std::string(text)); }
-
 } // namespace
 
 CxEntryMap::CxEntryMap(const char* name) : CxEntryMap(name, std::make_shared<torv::EntryPool>()) {}
@@ -80,7 +78,7 @@ int CxEntryMap::Lookup(const char* key, CString& value) const {
     const Place found = Find(text, HashOf(text));
     try {
         if (found != kNone)
-            value = Text(m_pool->At(found).Value());
+            value = torv::Text(m_pool->At(found).Value());
         return found != kNone;
     } catch (const std::bad_alloc&) {
         return 0;
@@ -90,7 +88,7 @@ int CxEntryMap::Lookup(const char* key, CString& value) const {
 CString CxEntryMap::ValueAt(const char* key) const {
     const std::string_view text = torv::View(key);
     const Place found = Find(text, HashOf(text));
-    return found == kNone ? CString() : Text(m_pool->At(found).Value());
+    return found == kNone ? CString() : torv::Text(m_pool->At(found).Value());
 }
 
 int CxEntryMap::RemoveEntry(const char* key) {
@@ -123,7 +121,7 @@ void CxEntryMap::GetNextAssoc(POSITION& position, CString& key, CString& value) 
     if (!position)
         return;
     const Entry& entry = m_pool->At(static_cast<Place>(reinterpret_cast<std::uintptr_t>(position) - 1));
-    key = Text(entry.Key());
-    value = Text(entry.Value());
+    key = torv::Text(entry.Key());
+    value = torv::Text(entry.Value());
     position = PositionOf(entry.next);
 }

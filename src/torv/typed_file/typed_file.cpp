@@ -1,6 +1,7 @@
 #include "torv/typed_file/typed_file.h"
 
 #include "torv/platform/new_file.h"
+#include "torv/platform/text.h"
 
 #include <algorithm>
 #include <array>
@@ -20,21 +21,17 @@ constexpr auto kEndsLine = [] {
     return ends;
 }();
 
-bool IsBlank(char c) { return static_cast<unsigned char>(c) <= 32; }
-
 std::string_view TrimLeft(std::string_view text) {
-    while (!text.empty() && IsBlank(text.front()))
+    while (!text.empty() && torv::IsBlank(text.front()))
         text.remove_prefix(1);
     return text;
 }
 
 std::string_view TrimRight(std::string_view text) {
-    while (!text.empty() && IsBlank(text.back()))
+    while (!text.empty() && torv::IsBlank(text.back()))
         text.remove_suffix(1);
     return text;
 }
-
-CString Text(std::string_view text) { return {text.data(), static_cast<int>(text.size())}; }
 
 /// Lines on their way to a file that has no buffer of its own.
 class LineWriter {
@@ -193,7 +190,7 @@ bool CxTypedFile::ParseLine(std::string_view line, CxEntryMap*& section) {
     if (line.starts_with('[')) {
         const size_t end = line.find(']');
         if (end != std::string_view::npos)
-            section = m_sections.AddNew(Text(line.substr(1, end - 1)));
+            section = m_sections.AddNew(torv::Text(line.substr(1, end - 1)));
         return end == std::string_view::npos || section;
     }
     const size_t equals = line.find('=');
@@ -206,7 +203,7 @@ bool CxTypedFile::ParseLine(std::string_view line, CxEntryMap*& section) {
 }
 
 std::string_view CxTypedFile::ReadLine(std::string_view text, size_t& position) {
-    const auto start = std::find_if_not(text.begin() + static_cast<ptrdiff_t>(position), text.end(), IsBlank);
+    const auto start = std::find_if_not(text.begin() + static_cast<ptrdiff_t>(position), text.end(), torv::IsBlank);
     const auto end = std::find_if(start, text.end(), [](char c) { return kEndsLine[static_cast<unsigned char>(c)]; });
     position = static_cast<size_t>(end - text.begin());
     return std::string_view(start, end).substr(0, kMaxLine);

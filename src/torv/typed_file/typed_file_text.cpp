@@ -1,14 +1,14 @@
+#include "torv/typed_file/typed_file.h"
+
+#include "torv/platform/text.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 
-#include "torv/typed_file/typed_file.h"
-
 namespace {
-
-bool IsBlank(char c) { return static_cast<unsigned char>(c) <= 32; }
 
 int HexDigit(char c) {
     if (c >= '0' && c <= '9')
@@ -38,7 +38,7 @@ uint64_t HexDigits(const char* text, int count) {
 char* CxTypedFile::ExtractString(char* dst, int dstSize, const char* src, int separator) {
     if (!src)
         src = "";
-    while (*src && IsBlank(*src))
+    while (*src && torv::IsBlank(*src))
         ++src;
     const char* end = separator ? torv::FindChar932(src, static_cast<char>(separator)) : nullptr;
     const char* rest = end ? end + 1 : src + std::strlen(src);
@@ -46,7 +46,7 @@ char* CxTypedFile::ExtractString(char* dst, int dstSize, const char* src, int se
         const ptrdiff_t field = (end ? end : rest) - src;
         ptrdiff_t length = std::min<ptrdiff_t>(field, dstSize - 1);
         std::memmove(dst, src, static_cast<size_t>(length));
-        while (length && IsBlank(dst[length - 1]))
+        while (length && torv::IsBlank(dst[length - 1]))
             --length;
         dst[length] = '\0';
     }

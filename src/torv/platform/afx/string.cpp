@@ -1,6 +1,7 @@
 #include "torv/platform/afx/string.h"
 
 #include "torv/platform/string_table.h"
+#include "torv/platform/text.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -9,7 +10,6 @@
 
 namespace {
 
-bool IsBlank(char c) { return static_cast<unsigned char>(c) <= ' '; }
 char Upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
@@ -45,9 +45,11 @@ int CString::Find(LPCSTR part, int start) const { return Index(m_text.find(part 
 int CString::ReverseFind(char c) const { return Index(m_text.rfind(c)); }
 int CString::FindOneOf(LPCSTR set) const { return Index(m_text.find_first_of(set ? set : "")); }
 
-void CString::TrimLeft() { m_text.erase(m_text.begin(), std::find_if_not(m_text.begin(), m_text.end(), IsBlank)); }
+void CString::TrimLeft() {
+    m_text.erase(m_text.begin(), std::find_if_not(m_text.begin(), m_text.end(), torv::IsBlank));
+}
 void CString::TrimRight() {
-    m_text.erase(std::find_if_not(m_text.rbegin(), m_text.rend(), IsBlank).base(), m_text.end());
+    m_text.erase(std::find_if_not(m_text.rbegin(), m_text.rend(), torv::IsBlank).base(), m_text.end());
 }
 void CString::MakeUpper() { std::transform(m_text.begin(), m_text.end(), m_text.begin(), Upper); }
 void CString::MakeLower() { std::transform(m_text.begin(), m_text.end(), m_text.begin(), Lower); }
