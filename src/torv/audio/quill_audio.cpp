@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr DWORD kFmt = torv::ChunkId("fmt ");
-constexpr DWORD kData = torv::ChunkId("data");
 constexpr size_t kMostChunks = 4096;
 constexpr UINT kReadFlags = CFile::modeRead | CFile::shareDenyWrite;
 constexpr WORD kExtensible = 0xFFFE;     ///< the tag of a format whose kind stands behind the usual fields
@@ -92,7 +90,7 @@ int CxQuillAudio::ScanChunkInfo(torv::ChunkList& chunks, bool& isPadded) {
 int CxQuillAudio::LoadHeader(const torv::ChunkList& chunks, WAVEFORMATEX& format) {
     // 16-bit stereo at 44100 Hz, over which comes what the chunk has.
     BYTE bytes[kKindOffset + 2] = {WAVE_FORMAT_PCM, 0, 2, 0, 0x44, 0xAC, 0, 0, 0x10, 0xB1, 2, 0, 4, 0, 16, 0};
-    const CHUNK_INFO* chunk = GetChunkInfo(chunks, kFmt, 0);
+    const CHUNK_INFO* chunk = GetChunkInfo(chunks, torv::kFormatChunk, 0);
     const auto count = chunk ? std::min<DWORD>(chunk->size, sizeof bytes) : 0;
     if (chunk && (Seek(chunk->offset, CFile::begin) != chunk->offset || Read(bytes, count) != count))
         return 0;
@@ -105,12 +103,12 @@ int CxQuillAudio::LoadHeader(const torv::ChunkList& chunks, WAVEFORMATEX& format
 }
 
 DWORD CxQuillAudio::GetNumSamples() const {
-    const CHUNK_INFO* data = GetChunkInfo(m_chunks, kData, 0);
+    const CHUNK_INFO* data = GetChunkInfo(m_chunks, torv::kDataChunk, 0);
     return data ? data->size / UnitSize(m_Format) : 0;
 }
 
 int CxQuillAudio::ReadProperty(CWaveBuffer* buffer) const {
-    const CHUNK_INFO* data = GetChunkInfo(m_chunks, kData, 0);
+    const CHUNK_INFO* data = GetChunkInfo(m_chunks, torv::kDataChunk, 0);
     if (!buffer || !data)
         return 0;
     return torv::OrZero([&] {
@@ -123,14 +121,14 @@ int CxQuillAudio::ReadProperty(CWaveBuffer* buffer) const {
 int CxQuillAudio::ReadWave(CWaveBuffer* buffer, int /*reserved*/, BYTE flags) {
     if (!ReadProperty(buffer))
         return 0;
-    const DWORD bytes = GetChunkInfo(m_chunks, kData, 0)->size;
+    const DWORD bytes = GetChunkInfo(m_chunks, torv::kDataChunk, 0)->size;
     // A second of a rate that the file made up may be gigabytes.
     const DWORD second = std::min(buffer->CalcBuffSize(1), std::max(bytes, kLeastBlock));
     return buffer->Create(flags & torv::kOneBlock && bytes ? bytes : second) && QuickLoad(buffer);
 }
 
 int CxQuillAudio::QuickLoad(CWaveBuffer* buffer) {
-    const CHUNK_INFO* data = GetChunkInfo(m_chunks, kData, 0);
+    const CHUNK_INFO* data = GetChunkInfo(m_chunks, torv::kDataChunk, 0);
     if (!buffer || !data || !torv::OrZero([&] { return Open(m_strPath, kReadFlags); }))
         return 0;
     DWORD done = 0;

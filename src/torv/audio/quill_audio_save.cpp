@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr DWORD kFmt = torv::ChunkId("fmt ");
-constexpr DWORD kData = torv::ChunkId("data");
 constexpr DWORD kFact = torv::ChunkId("fact");
 constexpr DWORD kFormatBytes = 16;
 constexpr DWORD kFactBytes = 4;
@@ -32,8 +30,8 @@ bool IsSameFormat(const WAVEFORMATEX& stated, const WAVEFORMATEX& wanted) {
 
 /// Where an odd chunk may stand when no pad follows it: other programs miss what is behind. The samples come first.
 int UnpaddedRank(const CHUNK_INFO& chunk) {
-    const bool isEven = chunk.size % 2 == 0 || chunk.id == kFmt;
-    return isEven ? 0 : chunk.id == kData ? 1 : 2;
+    const bool isEven = chunk.size % 2 == 0 || chunk.id == torv::kFormatChunk;
+    return isEven ? 0 : chunk.id == torv::kDataChunk ? 1 : 2;
 }
 
 int AddFormat(CxRiff& riff, const CWaveBuffer& buffer) {
@@ -76,13 +74,13 @@ bool CxQuillAudio::OpenToRead(CFile& file, const char* path) {
 
 /// Where the buffer's data are: in the file, which is open then, or, with the file closed, in memory.
 bool CxQuillAudio::FindData(const CWaveBuffer& buffer, CFile& file, CHUNK_INFO& place) {
-    place = {kData, 0, 0, buffer.GetSize()};
+    place = {torv::kDataChunk, 0, 0, buffer.GetSize()};
     if (IsInMemory(buffer))
         return true;
     CxQuillAudio reader;
     if (!OpenToRead(file, buffer.GetFilePath()) || !reader.Load(buffer.GetFilePath()))
         return false;
-    const CHUNK_INFO* data = GetChunkInfo(reader.m_chunks, kData, 0);
+    const CHUNK_INFO* data = GetChunkInfo(reader.m_chunks, torv::kDataChunk, 0);
     if (data)
         place = *data;
     return data != nullptr;
@@ -102,15 +100,15 @@ int CxQuillAudio::PrepareSaveMap(const torv::ChunkList& kept, const CWaveBuffer&
     const auto find = [&map](DWORD id) {
         return std::find_if(map.begin(), map.end(), [id](const CHUNK_INFO& chunk) { return chunk.id == id; });
     };
-    const CHUNK_INFO newFormat{kFmt, 0, 0, kFormatBytes};
-    auto at = find(kFmt);
+    const CHUNK_INFO newFormat{torv::kFormatChunk, 0, 0, kFormatBytes};
+    auto at = find(torv::kFormatChunk);
     if (at == map.end())
         map.insert(map.begin(), newFormat);
     else if (!IsSameFormat(m_Format, format))
         *at = newFormat; // else what it says beyond the buffer's format, speaker places perhaps, is kept
-    at = find(kData);
+    at = find(torv::kDataChunk);
     if (at == map.end())
-        at = map.insert(map.end(), CHUNK_INFO{kData, 0, 0, 0});
+        at = map.insert(map.end(), CHUNK_INFO{torv::kDataChunk, 0, 0, 0});
     at->offset = 0;
     at->size = dataBytes;
     at = find(kFact);
@@ -135,7 +133,7 @@ bool CxQuillAudio::WriteWave(const char* path, CWaveBuffer& buffer, const torv::
     const auto addContent = [&](const CHUNK_INFO& chunk) {
         if (chunk.offset)
             return AddKept(*this, keptFile, chunk);
-        if (chunk.id == kFmt)
+        if (chunk.id == torv::kFormatChunk)
             return AddFormat(*this, buffer);
         if (chunk.id == kFact) {
             BYTE frames[kFactBytes];
@@ -180,7 +178,7 @@ int CxQuillAudio::SaveTo(const char* path, CWaveBuffer* buffer, const torv::Chun
         m_chunks.swap(made.m_chunks);
         m_Format = made.m_Format;
         m_bPadded = made.m_bPadded;
-        const CHUNK_INFO* const data = GetChunkInfo(m_chunks, kData, 0);
+        const CHUNK_INFO* const data = GetChunkInfo(m_chunks, torv::kDataChunk, 0);
         buffer->SetRiffInfo(std::move(bufferName), data->offset, data->size);
         buffer->SetWaveInfo(m_Format.nChannels, m_Format.wBitsPerSample, m_Format.nSamplesPerSec);
         buffer->SetModify(0);

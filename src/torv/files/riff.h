@@ -26,8 +26,10 @@ constexpr DWORD ChunkId(const char (&text)[5]) {
     return id;
 }
 
-inline constexpr DWORD kRiffChunk = ChunkId("RIFF"); ///< the chunk that is a file
-inline constexpr DWORD kWaveForm = ChunkId("WAVE");  ///< its form, of a wave
+inline constexpr DWORD kRiffChunk = ChunkId("RIFF");   ///< the chunk that is a file
+inline constexpr DWORD kWaveForm = ChunkId("WAVE");    ///< its form, of a wave
+inline constexpr DWORD kFormatChunk = ChunkId("fmt "); ///< how a wave's samples are laid out
+inline constexpr DWORD kDataChunk = ChunkId("data");   ///< the samples
 
 /// The text of a file exception's cause, 0..14; empty for any other.
 TORV_API const char* FileErrorText(int cause);

@@ -35,6 +35,8 @@ private:
 constexpr int kNoEngine = -2;
 /// What an engine's step is counted in, and what its static setting always says: 256 samples of 44.1 kHz.
 constexpr DWORD kStepSamples = 256;
+/// Room behind what an engine may write: one that writes past its capacity writes there.
+constexpr DWORD kGuardSamples = 1024;
 constexpr DWORD kEngineTimeBase = 44100;
 
 /// A new, configured instance's handle, or kNoEngine.

@@ -6,11 +6,7 @@
 
 namespace torv {
 
-namespace {
-
-constexpr DWORD kGuardSamples = 1024; ///< an engine that writes past its capacity writes here
-
-} // namespace
+namespace {} // namespace
 
 StreamSinger::StreamSinger(EngineInstance engine, CQuillMidiBuffer& stream, DWORD rate, DWORD capacity)
     : m_engine(std::move(engine)), m_stream(stream), m_rate(rate), m_capacity(capacity),

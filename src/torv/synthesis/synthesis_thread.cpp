@@ -7,8 +7,7 @@
 namespace torv {
 namespace {
 
-constexpr DWORD kWait = 1;            // milliseconds
-constexpr DWORD kGuardSamples = 1024; // see m_samples
+constexpr DWORD kWait = 1; // milliseconds
 
 LONGLONG StepBefore(LONGLONG sample) { return sample - sample % kStepSamples; }
 

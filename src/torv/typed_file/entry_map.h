@@ -12,6 +12,7 @@ namespace torv {
 
 /// A text that may be null as a view.
 inline std::string_view View(const char* text) { return text ? text : ""; }
+/// A view as a text of its own.
 inline CString Text(std::string_view text) { return {text.data(), static_cast<int>(text.size())}; }
 
 } // namespace torv
