@@ -68,9 +68,10 @@ inline FileBytes MidiFile(int format, int division, const std::vector<TrackBytes
 
 /// The same inside a RIFF file, as .rmi files are.
 inline FileBytes RmiFile(const FileBytes& midi) {
-    FileBytes data{'d', 'a', 't', 'a', static_cast<unsigned char>(midi.size()), 0, 0, 0};
+    const auto size = [](size_t bytes, int place) { return static_cast<unsigned char>(bytes >> 8 * place); };
+    FileBytes data{'d', 'a', 't', 'a', size(midi.size(), 0), size(midi.size(), 1), 0, 0};
     Append(data, midi);
-    FileBytes file{'R', 'I', 'F', 'F', static_cast<unsigned char>(data.size() + 4), 0, 0, 0, 'R', 'M', 'I', 'D'};
+    FileBytes file{'R', 'I', 'F', 'F', size(data.size() + 4, 0), size(data.size() + 4, 1), 0, 0, 'R', 'M', 'I', 'D'};
     Append(file, data);
     return file;
 }

@@ -21,15 +21,15 @@ std::vector<GivenWords> WordsOf(const std::string& text) {
     return ReadWords({reinterpret_cast<const unsigned char*>(text.data()), text.size()}, "w.txt");
 }
 
-/// Quarter notes, the second goes on into the third; `words` says which have a syllable.
+/// Quarter notes, the second goes on into the third; `words` says which have a syllable, and of which verse.
 Part PartOf(const std::string& name, const std::string& words) {
     Part part;
     part.name = name;
     for (uint32_t i = 0; i < words.size(); ++i) {
         part.notes.push_back({i * 480, 480, 60, 80, {}});
         part.notes[i].slurred = i == 1;
-        if (words[i] == 'x')
-            part.notes[i].words.push_back({1, "old", false, false, false, {}});
+        if (words[i] != '.')
+            part.notes[i].words.push_back({words[i] - '0', "old", false, false, false, {}});
     }
     return part;
 }
@@ -56,19 +56,20 @@ TEST_CASE("given words: each syllable on its note, too many and too few told in 
         const char* sung;
         Texts remarks;
     } rows[] = {
-        {"Hel-lo night[n  aI t],\nev~er", "xxxx", "Hel- lo night, + n aI t ev er", {}},
+        {"Hel-lo night[n  aI t],\nev~er", "1111", "Hel- lo night, + n aI t ev er", {}},
         {"a b c", "....", "a b . c", {"A: sings the words of S, with which it moves"}},
-        {"a b c", "x.xx", "a . b c", {}},
+        {"a b c", "1.11", "a . b c", {}},
+        {"a b c", "2.22", "a . b c", {}}, // the places are the verse's that there is
         {"glo__ - ri -- a __",
-         "xxxx",
+         "1111",
          "glo- . . ri-",
          {"S, A: w.txt has 1 syllable too many, from \"a\" in line 1 on: left out"}},
         {"ne-\nver\n",
-         "xxxx",
+         "1111",
          "ne- ver . .",
          {"S, A: w.txt has 2 syllables too few: from bar 1 on the vowel before goes on"}},
-        {"1. a b\n2) c, _ \xE3\x81\x95\xE3\x81\x8F", "xxxx", "a|c, b |\xE3\x81\x95 |\xE3\x81\x8F", {}},
-        {"[A]\nx x x x\n[1]\na b c d", "xxxx", "a b c d", {}},
+        {"1. a b\n2) c, _ \xE3\x81\x95\xE3\x81\x8F", "1111", "a|c, b |\xE3\x81\x95 |\xE3\x81\x8F", {}},
+        {"[A]\nx x x x\n[1]\na b c d", "1111", "a b c d", {}},
     };
     for (const auto& row : rows) {
         CAPTURE(row.words);
@@ -81,7 +82,7 @@ TEST_CASE("given words: each syllable on its note, too many and too few told in 
             CHECK(song.remarks == row.remarks);
     }
     Song song;
-    song.parts = {PartOf("Soprano", "xx"), PartOf("Alto", "xx")};
+    song.parts = {PartOf("Soprano", "11"), PartOf("Alto", "11")};
     for (const auto& [text, says] : {std::pair{"a\nnight[n aI", "w.txt: line 2: \"night[n aI\" lacks the closing"},
                                      {"-- \n !", "w.txt: there are no words in it"},
                                      {"[Altus]\nx", "w.txt: line 1: there is no part \"Altus\": did you mean"},
@@ -100,12 +101,12 @@ TEST_CASE("phonemes by hand: taken from the text, spread over the notes that go 
                                       {"oh[]", "oh[]"},
                                       {"a]b[", "a]b["},
                                       {"a[b]c", "a[b]c"}}) {
-        Part part = PartOf("", "x");
+        Part part = PartOf("", "1");
         part.notes[0].words[0].text = text;
         TakePhonemes(part.notes[0].words[0]);
         CHECK(Shown(part) == shown);
     }
-    Part part = PartOf("", "x..x");
+    Part part = PartOf("", "1..1");
     part.notes[0].words[0].phonemes = "n aI t s";
     part.notes[3].words[0].phonemes = "n ai t";
     VoiceLine line = MakeVoiceLine(part);
