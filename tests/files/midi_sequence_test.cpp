@@ -66,10 +66,10 @@ TEST_CASE("midi sequence: tracks merge by time, the earlier track first at one t
                     {20, 0x80, 0x3C}, {0, 0xFF, 0x2F}, // the end of the shorter track is an event at its time
                     {50, 0x91, 0x30}, {16, 0xFF, 0x2F}};
     CHECK(Read(sequence) == all);
-    CHECK(sequence.GetEvent(nullptr) == 0);
+    tagEvent event;
+    CHECK(Values{sequence.GetEvent(&event), sequence.GetEvent(nullptr)} == "0 0");
     sequence.SeekToBegin();
     sequence.SetMessageFilter(0xFF, 0);
-    tagEvent event;
     CHECK(sequence.GetEvent(&event) == 1);
     CxMidiSequence copy;
     CHECK(copy.Create(&sequence) == 1);
