@@ -148,7 +148,8 @@ TEST_CASE("catalogue: voices with their parameters") {
     host.fake->pairs[3] = {"Unknown", "3"};
     host.fake->voices[2] = {0, 0, 0, 0, "Again"};
     host.fake->voices[3] = {300, 0, 0, 0, "Far"};
-    host.fake->voiceCount = 4;
+    host.fake->voices[4] = {1, 0, 0, 0, "Third"};
+    host.fake->voiceCount = 5;
     REQUIRE(host.manager.OpenDatabase() == 1);
     CHECK(host.boxes.Take() == Texts{"Singer 'First' has already been used !\n\nlanguage 0, program 0"});
     tagVoiceParameters voice{};
@@ -159,7 +160,8 @@ TEST_CASE("catalogue: voices with their parameters") {
     torv::ReleaseVoiceParameters(&voice);
     CHECK(voice.name == nullptr);
     CHECK(Values(host.manager.GetVoiceDB()->GetVoiceParameters(0, 1, &voice),
-                 host.manager.GetVoiceDB()->GetModels(7, 1).size()) == "0 2");
+                 host.manager.GetVoiceDB()->GetModels(7, 1).size()) == "0 3");
+    CHECK(host.manager.GetDefaultSingerVariation(1) == 256); // the first
 
     // The editor changes a voice, and the databases follow.
     host.fake->voices[1].name = "Renamed";

@@ -102,11 +102,13 @@ TEST_CASE("user icons: every text comes back as it was, beside one that older re
         CIconObject* const icon = users.database.GetModelIconObject(0x05018001 + static_cast<DWORD>(i));
         CHECK(Values(icon->GetIDString(), icon->GetCaption()) == Values(texts[i], texts[i]));
     }
-    // Where a person changed the plain text, or the bytes make no sense, the plain text holds.
-    users.Load("[Dynaff]\n1=a\n2=b\n[a]\nIconID=$05018001\nIDS=new\nIDSBytes=3b\n"
-               "[b]\nIconID=$05018002\nIDS=,\nIDSBytes=3x\n");
+    // Where a person changed the plain text, or the bytes make no sense, the plain text holds; half a byte is none.
+    users.Load("[Dynaff]\n1=a\n2=b\n3=c\n[a]\nIconID=$05018001\nIDS=new\nIDSBytes=3b\n"
+               "[b]\nIconID=$05018002\nIDS=,\nIDSBytes=3x\n"
+               "[c]\nIconID=$05018003\nIDS=,\nIDSBytes=3b3\n");
     CHECK(Values(users.database.GetModelIconObject(0x05018001)->GetIDString(),
-                 users.database.GetModelIconObject(0x05018002)->GetIDString()) == "new ,");
+                 users.database.GetModelIconObject(0x05018002)->GetIDString(),
+                 users.database.GetModelIconObject(0x05018003)->GetIDString()) == "new , ;");
 }
 
 TEST_CASE("user icons: numbers are the lowest free, and end") {
