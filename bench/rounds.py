@@ -26,7 +26,8 @@ def row(title, times):
     """A line of Markdown: the first side's median, and the median of what the others took beside it in the same round."""
     (_, ours), *others = times.items()
     ratios = (f"{label} {statistics.median(map(lambda a, b: a / b, theirs, ours)):.3g}" for label, theirs in others)
-    return f"| {title} | {statistics.median(ours):.3g} | {', '.join(ratios)} |"
+    middle = statistics.median(ours)
+    return f"| {title} | {middle:.{0 if middle >= 100 else 3}{'f' if middle >= 100 else 'g'}} | {', '.join(ratios)} |"
 
 
 HEAD = "| what | ours, ms | others, as multiples of ours |\n|---|---|---|"

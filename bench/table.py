@@ -19,7 +19,7 @@ from rounds import HEAD, row
 # benchmark program, what it does, our side, the others
 ROWS = [
     ("merge", "parse and merge 1,000,000 events, 16 tracks", "MergeTorv/16",
-     {"libsmf": "MergeLibsmf/16", "bytes touched": "ScanBytes/16"}),
+     {"libsmf": "MergeLibsmf/16", "portsmf": "MergePortsmf/16", "bytes touched": "ScanBytes/16"}),
     ("engine_file", "save 20,000 messages", "WriteTorv/20000",
      {"libsmf": "WriteLibsmf/20000", "bytes copied": "CopyBytes/20000"}),
     ("engine_file", "save 2,000,000 messages", "WriteTorv/2000000", {"bytes copied": "CopyBytes/2000000"}),
@@ -32,7 +32,9 @@ ROWS = [
         **({} if what == "Save" else {"inih": f"{what}<Inih>"})})  # which does not save
       for what, title in (("Load", "load 5 MB of sections, 310,000 keys"), ("Free", "let go of them"),
                           ("LookUp", "look up 100,000"), ("Save", "save them"))),
-    ("wave_file", "write 4,000,000 frames, 1,024 a call", "WriteBlocksTorv",
+    ("wave_file", "write 4,000,000 frames, 1,024 a call", "WriteBlocksTorv/0",
+     {"libsndfile": "WriteBlocksSndfile", "bytes copied": "CopyBytes"}),
+    ("wave_file", "the same with a window of 16,384 frames", "WriteBlocksTorv/16384",
      {"libsndfile": "WriteBlocksSndfile", "bytes copied": "CopyBytes"}),
     ("wave_file", "read them, 1,024 a call", "ReadBlocksTorv", {"libsndfile": "ReadBlocksSndfile"}),
     ("wave_file", "write them one by one", "WriteTorv", {"libsndfile": "WriteSndfile"}),

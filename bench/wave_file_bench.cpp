@@ -17,6 +17,7 @@ namespace {
 
 constexpr size_t kFrames = 4000000;
 constexpr size_t kBlock = 1024;
+constexpr DWORD kLargeWindow = 16384; // frames, which a host may ask for
 constexpr size_t kHeaderBytes = 44;
 constexpr int kRate = 44100;
 
@@ -88,8 +89,8 @@ bench::Digest InBlocksRead(Take take) {
     return digest;
 }
 
-[[gnu::noinline]] void MeasuredWriteBlocks(const std::string& path) {
-    CWaveFile file(CString(path.c_str()));
+[[gnu::noinline]] void MeasuredWriteBlocks(const std::string& path, DWORD window) {
+    CWaveFile file(CString(path.c_str()), window);
     InBlocks([&](const SHORT* frames, size_t count) {
         file.AppendFrames(reinterpret_cast<const BYTE*>(frames), static_cast<DWORD>(count));
     });
@@ -185,8 +186,12 @@ void CopyBytes(benchmark::State& state) { WriteRow(state, MeasuredCopy, 0); }
 BENCHMARK(CopyBytes)->Unit(benchmark::kMillisecond);
 void ReadTorv(benchmark::State& state) { ReadRow(state, MeasuredRead, Expected()); }
 BENCHMARK(ReadTorv)->Unit(benchmark::kMillisecond);
-void WriteBlocksTorv(benchmark::State& state) { WriteRow(state, MeasuredWriteBlocks, kHeaderBytes); }
-BENCHMARK(WriteBlocksTorv)->Unit(benchmark::kMillisecond);
+void WriteBlocksTorv(benchmark::State& state) {
+    const auto window = static_cast<DWORD>(state.range(0));
+    WriteRow(
+        state, [window](const std::string& path) { MeasuredWriteBlocks(path, window); }, kHeaderBytes);
+}
+BENCHMARK(WriteBlocksTorv)->Arg(0)->Arg(kLargeWindow)->Unit(benchmark::kMillisecond);
 void ReadBlocksTorv(benchmark::State& state) { ReadRow(state, MeasuredReadBlocks, ExpectedOfBlocks()); }
 BENCHMARK(ReadBlocksTorv)->Unit(benchmark::kMillisecond);
 

@@ -1,6 +1,7 @@
 #include "cascade.h"
 
 #include "place.h"
+
 #include <algorithm>
 #include <cstring>
 #include <type_traits>

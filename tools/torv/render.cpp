@@ -17,7 +17,8 @@ using namespace torv::songs;
 
 namespace {
 
-constexpr DWORD kBlock = 1024; // frames
+constexpr DWORD kBlock = 1024;   // frames
+constexpr DWORD kWindow = 16384; // frames that are written at a time
 constexpr int kNoLoop = 0;
 constexpr float kHardlyHeard = 0.0005F; // -66 dB
 
@@ -28,7 +29,7 @@ DWORD Frames(DWORD milliseconds, DWORD rate) {
 } // namespace
 
 struct Rendering::SungWave {
-    explicit SungWave(const std::string& output) : file(output), wave(file.GrowingPath()) {}
+    explicit SungWave(const std::string& output) : file(output), wave(file.GrowingPath(), kWindow) {}
     OutputFile file; ///< never committed
     CWaveFile wave;
 };

@@ -15,7 +15,7 @@ constexpr DWORD kSequenceEnd = 1;
 /// Whole thousandths of the tempo first, and a remainder in units of the division that is compared with 1000: hosts
 /// align their display with these times, rounding and all.
 void AdvanceTime(tagMidiSequence& sequence, DWORD delta) {
-    if (sequence.division == 0)
+    if (sequence.division == 0 || delta == 0)
         return;
     const ULONGLONG x = static_cast<ULONGLONG>(sequence.tempo / 1000) * delta;
     DWORD time = sequence.time + static_cast<DWORD>(x / sequence.division);

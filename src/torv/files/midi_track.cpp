@@ -6,72 +6,83 @@ namespace {
 
 constexpr DWORD kSmallestEvent = 3;
 
-/// Reads the track's bytes one at a time; at their end every read fails.
-bool TakeByte(tagMidiTrack& track, BYTE& byte) {
-    if (track.left == 0)
-        return false;
-    byte = *track.read++;
-    --track.left;
-    return true;
-}
+/// What is left of a track's bytes. While an event is parsed this and the event stand apart from the track, in
+/// registers: a byte that is written and read again as a part of something larger makes the processor wait. So all that
+/// parses is inline.
+struct Rest {
+    const BYTE* at;
+    DWORD left;
 
-/// Seven bits a byte, at most four bytes.
-bool TakeVariableLength(tagMidiTrack& track, DWORD& value) {
-    value = 0;
-    for (int i = 0; i < 4; ++i) {
-        BYTE byte;
-        if (!TakeByte(track, byte))
+    /// False at the end, as every read there.
+    bool Take(BYTE& byte) {
+        if (left == 0)
+            return false;
+        byte = *at++;
+        --left;
+        return true;
+    }
+};
+
+/// Seven bits a byte, at most four bytes; nearly always it is one.
+inline bool TakeVariableLength(Rest& rest, DWORD& value) {
+    BYTE byte;
+    if (!rest.Take(byte))
+        return false;
+    value = byte & 0x7F;
+    for (int i = 1; byte >= 0x80; ++i) {
+        if (i == 4 || !rest.Take(byte))
             return false;
         value = (value << 7) | (byte & 0x7F);
-        if (byte < 0x80)
-            return true;
     }
-    return false;
-}
-
-bool TakeVariableData(tagMidiTrack& track, tagEvent& event) {
-    if (!TakeVariableLength(track, event.length) || event.length > track.left)
-        return false;
-    event.bytes = event.length ? track.read : nullptr;
-    track.read += event.length;
-    track.left -= event.length;
     return true;
 }
 
-bool TakeSystemEvent(tagMidiTrack& track, tagEvent& event) {
+inline bool TakeVariableData(Rest& rest, tagEvent& event) {
+    if (!TakeVariableLength(rest, event.length) || event.length > rest.left)
+        return false;
+    event.bytes = event.length ? rest.at : nullptr;
+    rest.at += event.length;
+    rest.left -= event.length;
+    return true;
+}
+
+inline bool TakeSystemEvent(tagMidiTrack& track, Rest& rest, tagEvent& event) {
     if (event.status == 0xF0 || event.status == 0xF7)
-        return TakeVariableData(track, event);
-    if (event.status != torv::kMidiMeta || !TakeByte(track, event.data1) || !TakeVariableData(track, event))
+        return TakeVariableData(rest, event);
+    if (event.status != torv::kMidiMeta || !rest.Take(event.data1) || !TakeVariableData(rest, event))
         return false;
     if (event.data1 == torv::kMetaEndOfTrack)
         track.flags |= torv::kMidiTrackEnd;
     return true;
 }
 
-bool TakeEvent(tagMidiTrack& track, tagEvent& event) {
-    if (!TakeVariableLength(track, event.delta))
+/// What MidiEventLength says, of a channel message.
+constexpr bool HasSecondByte(BYTE status) { return (status & 0xE0) != 0xC0; }
+
+inline bool TakeEvent(tagMidiTrack& track, Rest& rest, tagEvent& event) {
+    if (!TakeVariableLength(rest, event.delta))
         return false;
     track.tick += event.delta;
     // Three bytes must follow even where two would do: a track that closes with a short event instead of an end mark
     // is malformed.
     BYTE byte;
-    if (track.left < kSmallestEvent || !TakeByte(track, byte))
+    if (rest.left < kSmallestEvent || !rest.Take(byte))
         return false;
     if (byte >= 0xF0) {
         event.status = byte;
         track.runningStatus = 0;
-        return TakeSystemEvent(track, event);
+        return TakeSystemEvent(track, rest, event);
     }
     if (byte >= 0x80) {
         track.runningStatus = byte;
-        TakeByte(track, event.data1);
+        rest.Take(event.data1);
     } else {
         event.data1 = byte;
     }
     if (track.runningStatus == 0)
         return false;
     event.status = static_cast<BYTE>(track.runningStatus);
-    return torv::MidiEventLength(event.status) != 3 || TakeByte(track, event.data2);
+    return !HasSecondByte(event.status) || rest.Take(event.data2);
 }
 
 } // namespace
@@ -98,11 +109,21 @@ DWORD mtGetNextEvent(tagMidiTrack* track) {
     if (track->flags != 0)
         return track->flags & torv::kMidiTrackEnd ? torv::kMidiEndOfTrack : torv::kMidiError;
     tagEvent event{};
-    if (!TakeEvent(*track, event)) {
+    Rest rest{track->read, track->left};
+    const bool isWhole = TakeEvent(*track, rest, event);
+    track->read = rest.at;
+    track->left = rest.left;
+    if (!isWhole) {
         track->flags |= torv::kMidiTrackError;
         return torv::kMidiError;
     }
-    track->pending = event;
+    track->pending.delta = event.delta;
+    track->pending.status = event.status;
+    track->pending.data1 = event.data1;
+    track->pending.data2 = event.data2;
+    track->pending.reserved = 0;
+    track->pending.length = event.length;
+    track->pending.bytes = event.bytes;
     return torv::kMidiOk;
 }
 
