@@ -31,13 +31,13 @@ def block(number, *parameters):
 
 
 def tone(torv, program, key, rate, seconds):
-    """The vowel "a" without breath or vibrato, and whatever the engine does when it is asked for nothing else."""
+    """The vowel "a" without breath, vibrato, jitter or shimmer, so that what is no harmonic is a fault."""
     library = ctypes.CDLL(str(next(pathlib.Path(torv).parent.rglob("RVE.so"))))
     messages = (block(0x53, (2, program)) + block(0x55, (2, NOISE), (3, 0)) +
                 block(0x50, (2, key), (3, 64), (4, 60, 0), (5, 3), (17, 1), (18, 1), (19, ord("a"), 0), (127, 127)))
     events = (Event * len(messages))(*(Event(0, 0xB0, number, value, 0) for number, value in messages))
     handle = library.RVECreate()
-    library.RVESetStaticSetting(handle, Setting(rate, STEP, b"", 0, 1))
+    library.RVESetStaticSetting(handle, Setting(rate, STEP, b"still", 0, 1))
     library.RVEStart(handle)
     sounds = []
     buffer = (ctypes.c_int16 * 1024)()

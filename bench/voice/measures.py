@@ -9,7 +9,7 @@ import singers
 import sound
 from phrases import Note, Phrase
 
-PROGRAMS = range(8)
+PROGRAMS = 0, 1, 2, 3, 96, 97, 99
 RATES = 44100, 48000, 96000
 TONES = 48, 69, 84
 KEYS = (-5, 0, 5, 10, 15)  # around the voice's home
@@ -53,7 +53,8 @@ def of_voice(torv, voice, folder):
 
 
 def foreign_lines(torv, program):
-    """The strongest line that is no harmonic, of low and high tones without breath at each rate: dB below the tone."""
+    """The strongest line that is no harmonic, of low and high tones without breath and unsteadiness at each rate: dB
+    below the tone."""
     return [min(sound.strongest_line(engine.tone(torv, program, key, rate, 1.5)[rate // 2:rate * 5 // 4], rate,
                                      440 * 2 ** ((key - 69) / 12)) for key in TONES) for rate in RATES]
 

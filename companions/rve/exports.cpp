@@ -6,6 +6,7 @@
 #include <atomic>
 #include <mutex>
 #include <new>
+#include <string_view>
 
 #if defined(_WIN32)
 #define RVE_EXPORT extern "C" __declspec(dllexport)
@@ -26,6 +27,7 @@ enum Error : int32_t {
 
 constexpr int32_t kMostInstances = 4096;
 constexpr uint32_t kFrameSize = 256;
+constexpr std::string_view kStill = "still"; // the option text for what measures
 
 std::array<std::atomic<rve::Singer*>, kMostInstances> g_singers{};
 std::mutex g_table;
@@ -55,7 +57,8 @@ RVE_EXPORT int32_t RVE_CALL RVESetStaticSetting(int32_t handle, RVEStaticSetting
     rve::Singer* const singer = SingerOf(handle);
     if (!singer)
         return kNoInstance;
-    return setting.frameSize == kFrameSize && singer->Configure(setting.sampleRate) ? kNone : kBadSetting;
+    const bool isStill = setting.option && setting.option == kStill;
+    return setting.frameSize == kFrameSize && singer->Configure(setting.sampleRate, isStill) ? kNone : kBadSetting;
 }
 
 RVE_EXPORT int32_t RVE_CALL RVESetDynamicSetting(int32_t handle, const void*) {

@@ -30,8 +30,9 @@ constexpr float kOpenWidth = 0.5F;
 
 } // namespace
 
-void Person::Configure(double rate) {
+void Person::Configure(double rate, bool isStill) {
     m_rate = rate;
+    m_isStill = isStill;
     m_hop = rate > 50000 ? 448 : 224;
     m_noisePoints = 2 * m_hop > 512 ? 1024 : 512;
     for (int i = 0; i < 2 * m_hop; ++i)
@@ -82,7 +83,8 @@ void Person::MakeFrame(Time at, float f0, const Colour& colour, const Timeline& 
                        Tract tract) {
     f0 = std::clamp(f0, kLowestPitch, static_cast<float>(m_rate) * kHighestHarmonic);
     SpokenFrame frame = m_diction.At(at, timeline, bank, tract);
-    Stir(frame);
+    if (!m_isStill)
+        Stir(frame);
     m_envelope.Set(frame, colour);
     m_voicingFrom = m_voicingTo;
     m_voicingTo = m_envelope.Voicing();
@@ -171,8 +173,10 @@ float Person::Next() {
     m_phase += static_cast<double>(m_step * m_jitter);
     if (m_phase >= 1) {
         m_phase -= 1;
-        m_jitter = 1 + kJitter * m_cycleRandom.Next();
-        m_shimmerTo = 1 + kShimmer * m_cycleRandom.Next();
+        if (!m_isStill) {
+            m_jitter = 1 + kJitter * m_cycleRandom.Next();
+            m_shimmerTo = 1 + kShimmer * m_cycleRandom.Next();
+        }
     }
     m_shimmer += (m_shimmerTo - m_shimmer) * 0.01F;
     m_blend = std::min(m_blend + m_blendStep, 1.0F);

@@ -13,7 +13,8 @@ namespace rve {
 /// A recorded person's voice: harmonics of the score's pitch and noise under the spectra of the person's sounds.
 class Person {
 public:
-    void Configure(double rate);
+    /// A still one's periods are all alike: for measuring what the rest of the engine does.
+    void Configure(double rate, bool isStill);
     /// Out of silence.
     void Begin();
     /// Once every `ticksEvery` samples: the pitch from here on, and, when it is time, the next frame. `bank` is open.
@@ -35,6 +36,7 @@ private:
     float LevelOn(float f0);
 
     double m_rate = 44100;
+    bool m_isStill = false;
     int m_hop = 224, m_noisePoints = 512;
     std::array<float, kMostNoise> m_window{};
     Diction m_diction;

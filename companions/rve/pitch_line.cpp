@@ -106,7 +106,7 @@ float PitchLine::Advance(Time now, float milliseconds, const Timeline& timeline,
         const auto into = static_cast<float>(static_cast<double>(now - segment->start) / kTimeBase * 1000);
         note -= 0.8F * segment->attack.depth / 127.0F * (1 - Smoothstep(into / length));
     }
-    note += controls.bendSemitones + DriftCents() / 100;
+    note += controls.bendSemitones + controls.drift * DriftCents() / 100;
 
     if (segment && segment->vibrato && now >= segment->vibratoBegin) {
         m_vibratoOn = true;

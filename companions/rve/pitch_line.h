@@ -12,6 +12,7 @@ struct PitchControls {
     float bendSemitones = 0;
     float vibratoHz = 0;
     float vibratoCents = 0;
+    float drift = 1; ///< share of a singer's
 };
 
 /// The pitch that is sung: notes and the ways between them, scoops, bends, vibrato, and a singer's small drift, which

@@ -57,13 +57,14 @@ float Limit(float x) {
 
 Singer::Singer() { Reset(); }
 
-bool Singer::Configure(uint32_t rate) {
+bool Singer::Configure(uint32_t rate, bool isStill) {
     if (std::find(std::begin(kRates), std::end(kRates), rate) == std::end(kRates))
         return false;
     LoadBanks();
     m_rate = rate;
+    m_isStill = isStill;
     m_whiteLevel = static_cast<float>(std::sqrt(m_rate / kTimeBase));
-    m_recorded.Configure(rate);
+    m_recorded.Configure(rate, isStill);
     Reset();
     return true;
 }
@@ -231,7 +232,7 @@ PitchControls Singer::PitchControlsNow() const {
     const float bend = static_cast<float>(ControlValue(Control::PitchBend) - 8192) / 8192.0F;
     return {bend * static_cast<float>(ControlValue(Control::BendSensitivity)),
             3.0F + 0.04F * static_cast<float>(ControlValue(Control::VibratoRate)),
-            static_cast<float>(ControlValue(Control::VibratoDepth))};
+            static_cast<float>(ControlValue(Control::VibratoDepth)), m_isStill ? 0.0F : 1.0F};
 }
 
 void Singer::MoveTract(const Target& target, float f0) {

@@ -19,8 +19,9 @@ namespace rve {
 class Singer {
 public:
     Singer();
-    /// False for a rate that is none of the engine's three.
-    bool Configure(uint32_t rate);
+    /// False for a rate that is none of the engine's three. In a still one nothing drifts, and a person's periods are
+    /// all alike.
+    bool Configure(uint32_t rate, bool isStill = false);
     bool IsConfigured() const { return m_rate > 0; }
     /// Back to time 0, with the default parameters and nothing to sing.
     void Reset();
@@ -58,6 +59,7 @@ private:
     float Pace(float milliseconds) const;
 
     double m_rate = 0;
+    bool m_isStill = false;
     Time m_stepStart = 0;
     uint64_t m_steps = 0;
     uint32_t m_sampleInStep = 0;

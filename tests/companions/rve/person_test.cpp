@@ -127,6 +127,19 @@ TEST_CASE("persons: louder is brighter, and every voice control does what it is 
     }
 }
 
+TEST_CASE("persons: but for a singer's own unsteadiness nothing sounds between the harmonics") {
+    for (const int program : Persons())
+        for (const uint32_t rate : {44100U, 48000U, 96000U}) {
+            CAPTURE(program);
+            CAPTURE(rate);
+            Stream stream = By(program).VoiceControl(13, 0);
+            stream.Note({.note = 57, .lengthMs = 1500});
+            const auto sound = Part(Sing(stream, 1.4, rate, true), 400, 1400, rate);
+            for (int place = 1; place < 60; place += 7)
+                CHECK(Db(Tone(sound, 220 * (place + 0.5), rate) / Tone(sound, 220, rate)) < -85);
+        }
+}
+
 TEST_CASE("persons: no clicks where notes join, controllers jump or another voice goes on") {
     for (const int program : Persons()) {
         CAPTURE(program);

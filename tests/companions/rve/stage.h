@@ -12,9 +12,10 @@
 #include <vector>
 
 /// What an instance makes of a stream that arrives at once, -1..1.
-inline std::vector<double> Sing(const Stream& stream, double seconds = 0.8, uint32_t rate = 44100) {
+inline std::vector<double> Sing(const Stream& stream, double seconds = 0.8, uint32_t rate = 44100,
+                                bool isStill = false) {
     const auto singer = std::make_unique<rve::Singer>();
-    singer->Configure(rate);
+    singer->Configure(rate, isStill);
     std::vector<double> sound;
     const auto steps = static_cast<int>(seconds * 44100 / 256);
     for (int i = 0; i < steps; ++i) {
