@@ -18,6 +18,7 @@ constexpr uint32_t kSeed = 0x2545F491;
 
 constexpr float kLevel = 0.063F;     // RMS of full scale at the default dynamics and velocity: -24 dB
 constexpr float kDynamicsDb = 0.2F;  // a unit of dynamics
+constexpr float kFadeBelow = 12;     // units, from which on dynamics fade to silence at 0
 constexpr float kVelocityDb = 0.08F; // a unit of velocity
 constexpr int kDefaultDynamics = 72;
 constexpr int kDefaultVelocity = 64;
@@ -339,7 +340,7 @@ void Singer::Tick() {
     const int dynamics = ControlValue(Control::Dynamics);
     const float effortDb = kDynamicsDb * static_cast<float>(dynamics - kDefaultDynamics) +
                            (segment ? kVelocityDb * static_cast<float>(velocity - kDefaultVelocity) : 0);
-    const float gain = FromDb(effortDb);
+    const float gain = FromDb(effortDb) * std::min(static_cast<float>(dynamics) / kFadeBelow, 1.0F);
     const float tremolo = 0.6F * static_cast<float>(ControlValue(Control::TremoloDepth)) / 127.0F;
     const float wave = (1 + tremolo * m_pitch.Swing()) * m_pitch.Unevenness();
     if (segment)

@@ -63,8 +63,8 @@ TEST_CASE("settings: standing wishes hold where the command line says nothing, a
 
     CHECK(FailureOf(folder, "rate = 48000\nrate = 5\n").find("torv.conf:2: ") != std::string::npos);
     CHECK(FailureOf(folder, "\n[dance]").find("torv.conf:2: there is no verb \"dance\"") != std::string::npos);
-    CHECK(FailureOf(folder, "[sing]\nvioce = x").find("torv.conf:2: there is no option \"vioce\" of torv sing") !=
-          std::string::npos);
+    CHECK(FailureOf(folder, "[sing]\nvioce = x")
+              .find("torv.conf:2: there is no option \"vioce\" of torv sing: did you mean voice") != std::string::npos);
     CHECK(FailureOf(folder, "voice =").find("torv.conf:1: voice needs a value") != std::string::npos);
     CHECK(FailureOf(folder, "[play]\nlevel = loud").empty()); // it is not what is asked for now
     CHECK(folder.Torv("--version").said == std::string("torv ") + kTorvVersion + "\n");

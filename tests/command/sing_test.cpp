@@ -145,7 +145,12 @@ TEST_CASE("sing: what cannot be sung is told in one line and leaves nothing behi
           Row{"sing " + good + out + " --encoding utf-77", 2, "no encoding \"utf-77\""},
           Row{"icons --kind dynamic-s", 2, "no kind of icons"},
           Row{"sing " + good + " -o nowhere/out.wav", 1, "cannot be written"}, Row{"sing " + good, 2, "--output"},
-          Row{"sing " + good + out + " --rate 8000", 2, "--rate"}}) {
+          Row{"sing " + good + out + " --rate 8000", 2, "--rate"},
+          Row{"sang", 2, "no verb \"sang\": did you mean sing"},
+          Row{"sing " + good + out + " --vioce x", 2, "no option --vioce of torv sing: did you mean --voice"},
+          Row{"sing " + good + out + " --pan x", 2, "\"x\" is no number from -1 to 1"},
+          Row{"sing " + good + " " + good + out, 2, "several songs are written into a folder"},
+          Row{"sing " + good + out + " --report nowhere/x.html", 1, "there is no folder nowhere"}}) {
         CAPTURE(row.arguments);
         const Run run = folder.Torv(row.arguments);
         CHECK(run.status == row.status);

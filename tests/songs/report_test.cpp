@@ -9,7 +9,9 @@
 
 #include <cmath>
 #include <fstream>
+#include <iterator>
 #include <numbers>
+#include <set>
 
 using namespace torv::songs;
 
@@ -54,6 +56,18 @@ Performance Duet() {
         song.parts.push_back(std::move(part));
     }
     return song;
+}
+
+/// Every field's name, of all that is inside too.
+std::set<std::string> FieldsOf(const nlohmann::json& value) {
+    std::set<std::string> fields;
+    for (const auto& item : value.items()) {
+        if (value.is_object())
+            fields.insert(item.key());
+        if (item.value().is_structured())
+            fields.merge(FieldsOf(item.value()));
+    }
+    return fields;
 }
 
 nlohmann::json DataOf(const std::string& page) {
@@ -165,6 +179,12 @@ TEST_CASE("page: its data are the report's and its sound, whatever the texts; to
     CHECK(report["parts"][1]["pitch"][100].get<double>() == doctest::Approx(64).epsilon(0.001));
     CHECK(report["parts"][0]["pitch"][20].is_null());
     CHECK(report["parts"][0]["lines"][0]["text"] == "Alto,");
+    std::ifstream guide(TORV_EXAMPLES "../docs/report.md");
+    const std::string described{std::istreambuf_iterator<char>(guide), {}};
+    for (const std::string& field : FieldsOf(report))
+        CHECK_MESSAGE((described.find('`' + field + '`') != std::string::npos ||
+                       described.find('`' + field + "[]`") != std::string::npos),
+                      field);
     // 3.5 s of 22,050 samples of two bytes and a header of 44, four digits for three bytes.
     CHECK(data["parts"][0]["sound"]["wave"].get<std::string>().size() == (77175 * 2 + 44 + 2) / 3 * 4);
     CHECK(data["parts"][0]["sound"]["wave"].get<std::string>().substr(0, 8) == "UklGRhJb");

@@ -2,6 +2,7 @@
 
 #include "catalogue.h"
 #include "messages.h"
+#include "number_range.h"
 #include "number_text.h"
 
 #include <cmath>
@@ -15,7 +16,7 @@ void AddWords(CLI::App& command, SongOptions& options) {
         ->check(CLI::IsMember({"ja", "en", "auto"}))
         ->capture_default_str();
     command.add_option("--verse", options.verse, "The verse to sing, counted from 1")
-        ->check(CLI::PositiveNumber)
+        ->check(NumberFrom(1, 99))
         ->capture_default_str();
     command
         .add_option("--words", options.words,
@@ -67,9 +68,9 @@ void AddSong(CLI::App& command, SongOptions& options) {
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     command.add_option("--track", options.track, "The track to sing, counted from 1; else those with the lyrics")
-        ->check(CLI::PositiveNumber);
+        ->check(NumberFrom(1, 1024));
     command.add_option("--transpose", options.transpose, "Semitones up, or down when negative")
-        ->check(CLI::Range(-60, 60))
+        ->check(NumberFrom(-60, 60))
         ->capture_default_str();
     command.add_flag("--quiet", options.quiet, "No progress and no summary");
 }
@@ -102,14 +103,14 @@ void AddSoundOutput(CLI::App& command, SoundOptions& options) {
         .add_option("--normalize", options.normalize,
                     "Make all louder or softer, so that the loudest sample is at -1 dB, or at so many")
         ->type_name("[DB]")
-        ->check(CLI::Range(-60.0, 0.0));
+        ->check(NumberFrom(-60, 0));
 }
 
 /// Loudness is dB everywhere.
 CLI::Option* AddLevel(CLI::App& command, double& level) {
     return command.add_option("--level", level, "Loudness in dB: 0 as sung, -6 half the amplitude")
         ->type_name("DB")
-        ->check(CLI::Range(-60.0, 24.0))
+        ->check(NumberFrom(-60, 24))
         ->capture_default_str();
 }
 
@@ -138,7 +139,7 @@ CLI::App* AddSing(CLI::App& app, SingOptions& options) {
                      "The parts that nobody sings are played too, 9 dB softer than the voices, or louder by so many dB "
                      "than these; with FluidSynth, not on Windows")
         ->type_name("[DB]")
-        ->check(CLI::Range(-60.0, 24.0));
+        ->check(NumberFrom(-60, 24));
     sing->add_option("--soundfont", options.soundFont, "The band's sound font (.sf2, .sf3); else the system's")
         ->type_name("FILE");
     sing->add_flag("--list", options.list, "Only list the song's parts and who would sing them");
@@ -148,7 +149,9 @@ CLI::App* AddSing(CLI::App& app, SingOptions& options) {
             [&options](const std::string& text) { options.leadIn = text == "auto" ? std::nullopt : NumberOf(text); },
             "Seconds that the wave begins before the song (or --from); auto keeps what is sung before the first beat")
         ->type_name("auto|SECONDS")
-        ->check(CLI::IsMember({"auto"}) | CLI::Range(0.0, 60.0))
+        ->check(
+            CLI::Validator([](std::string& text) { return text == "auto" ? std::string() : NumberFrom(0, 60)(text); },
+                           "auto or 0 to 60"))
         ->default_str("auto");
     AddRate(*sing, options.rate);
     AddSoundOutput(*sing, options.sound);
@@ -163,10 +166,10 @@ CLI::App* AddSing(CLI::App& app, SingOptions& options) {
                 Remark(false, text);
             },
             "Loudness as a factor; goes with the next release, --level stays")
-        ->check(CLI::Range(0.0001, 16.0))
+        ->check(NumberFrom(0.0001, 16))
         ->excludes("--level");
     sing->add_option("--pan", options.pan, "Makes the wave of a single part stereo: -1 left, 0 centre, 1 right")
-        ->check(CLI::Range(-1.0, 1.0));
+        ->check(NumberFrom(-1, 1));
     sing->add_option(
             "--report", options.reports,
             "Also write what was sung: .html is a page to look at and listen to, .json every note, .lab labels "
@@ -191,7 +194,7 @@ CLI::App* AddPlay(CLI::App& app, PlayOptions& options) {
     AddRate(*play, options.rate);
     AddLevel(*play, options.level);
     play->add_option("--volume", options.level, "Loudness in dB; goes with the next release, --level stays")
-        ->check(CLI::Range(-60.0, 12.0))
+        ->check(NumberFrom(-60, 12))
         ->excludes("--level");
     play->footer(
         "Example: torv play song.mid --from 9 --to 17 --loop\n"
@@ -275,5 +278,8 @@ CommandLine::CommandLine()
     for (CLI::App* const verb : app.get_subcommands({}))
         verb->allow_windows_style_options(false); // a path may begin with a slash everywhere
     app.get_formatter()->column_width(30);
+    app.get_formatter()->label("SUBCOMMAND", "VERB");
+    app.get_formatter()->label("Subcommands", "Verbs");
+    app.footer("torv VERB --help tells what one can do, as in torv sing --help.");
     app.set_version_flag("--version", std::string("torv ") + kTorvVersion);
 }

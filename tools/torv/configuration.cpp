@@ -1,6 +1,9 @@
 #include "configuration.h"
 
+#include "command_names.h"
 #include "errors.h"
+
+#include <torv/songs/nearest_names.h>
 
 #include <CLI/CLI.hpp>
 
@@ -8,6 +11,8 @@
 #include <cstdlib>
 #include <fstream>
 #include <utility>
+
+using torv::songs::SuggestNames;
 
 namespace {
 
@@ -30,18 +35,29 @@ public:
     void Begin(const std::string& where, const std::string& name) {
         m_verbs = m_app.get_subcommands([&](CLI::App* verb) { return verb->get_name() == name; });
         if (m_verbs.empty())
-            Fail(where, "there is no verb \"" + name + "\": see torv --help");
+            Fail(where, "there is no verb \"" + name + "\": " + SuggestNames(VerbNames(m_app), name));
     }
     /// Whether the verb that runs is one that the option is for.
     bool IsFor(const std::string& where, const CLI::App* running, const std::string& name) const {
         if (std::none_of(m_verbs.begin(), m_verbs.end(), [&](const CLI::App* verb) { return HasOption(*verb, name); }))
             Fail(where, "there is no option \"" + name + "\"" +
-                            (m_verbs.size() == 1 ? " of torv " + m_verbs.front()->get_name() : std::string()) +
-                            ": write it as on the command line, without the hyphens before it");
+                            (m_verbs.size() == 1 ? " of torv " + m_verbs.front()->get_name() : std::string()) + ": " +
+                            SuggestNames(Names(), name));
         return std::find(m_verbs.begin(), m_verbs.end(), running) != m_verbs.end() && HasOption(*running, name);
     }
 
 private:
+    /// As they stand in the file, without hyphens before them.
+    std::vector<std::string> Names() const {
+        std::vector<std::string> names;
+        for (const CLI::App* const verb : m_verbs)
+            for (const std::string& name : OptionNames(*verb))
+                if (HasOption(*verb, name.substr(2)) &&
+                    std::find(names.begin(), names.end(), name.substr(2)) == names.end())
+                    names.push_back(name.substr(2));
+        return names;
+    }
+
     CLI::App& m_app;
     std::vector<CLI::App*> m_verbs;
 };

@@ -1,5 +1,6 @@
 #include "catalogue.h"
 #include "command_line.h"
+#include "command_names.h"
 #include "configuration.h"
 #include "describe.h"
 #include "devices.h"
@@ -8,7 +9,6 @@
 #include "optional_values.h"
 
 #include <torv/platform/afx/exception.h>
-#include <torv/songs/nearest_names.h>
 #include <torv/songs/song_error.h>
 
 #include <algorithm>
@@ -60,18 +60,6 @@ int Fail(const std::string& message, int status) {
     return status;
 }
 
-/// The parser itself only says that a verb is missing.
-void CheckVerb(const CommandLine& line, const std::vector<std::string>& arguments) {
-    if (arguments.empty() || arguments.front().starts_with('-'))
-        return;
-    std::vector<std::string> verbs;
-    for (const CLI::App* const verb : line.app.get_subcommands({}))
-        verbs.push_back(verb->get_name());
-    if (std::find(verbs.begin(), verbs.end(), arguments.front()) == verbs.end())
-        throw CLI::ArgumentMismatch("there is no verb \"" + arguments.front() +
-                                    "\": " + torv::songs::SuggestNames(verbs, arguments.front()));
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
@@ -81,9 +69,8 @@ int main(int argc, char** argv) {
         return std::string("torv: ") + error.what() + " (torv --help tells what there is)\n";
     });
     try {
-        std::vector<std::string> arguments =
-            WithOptionalValues({argv + 1, argv + std::max(argc, 1)}, {{"--band", "-9"}, {"--normalize", "-1"}});
-        CheckVerb(line, arguments);
+        std::vector<std::string> arguments = WithOptionalValues(
+            WithKnownNames(line.app, {argv + 1, argv + std::max(argc, 1)}), {{"--band", "-9"}, {"--normalize", "-1"}});
         std::reverse(arguments.begin(), arguments.end()); // as the parser takes them
         line.app.parse(std::move(arguments));
     } catch (const CLI::ParseError& error) {

@@ -47,9 +47,19 @@ std::string StemOf(const std::string& input) {
 
 void MakeFolder(const std::string& path) {
     std::error_code error;
+    if (fs::exists(path, error) && !fs::is_directory(path, error))
+        throw InputError{path + ": is a file, where a folder is needed; name another"};
     fs::create_directories(path, error);
     if (!fs::is_directory(path, error))
         throw InputError{path + ": cannot be made as a folder; check the name and whether you may write there"};
+}
+
+/// Before the work that would be lost.
+void CheckFoldersOf(const std::vector<std::pair<const char*, std::string>>& outputs) {
+    std::error_code error;
+    for (const auto& [option, path] : outputs)
+        if (const fs::path folder = fs::path(path).parent_path(); !folder.empty() && !fs::is_directory(folder, error))
+            throw InputError{path + ": cannot be written: there is no folder " + folder.string() + "; make it first"};
 }
 
 /// Milliseconds of the file.
@@ -114,10 +124,11 @@ WrittenSound WritePractice(const SingOptions& options, const SongScore& song, Re
 }
 
 void WriteReports(const SingOptions& options, const SongScore& song, const RenderOptions& render,
-                  const WrittenSound& result, Rendering& rendering) {
-    Performance performance = DescribePerformance(
-        song.song, song.score, song.plans, *song.databases,
-        {.transpose = options.song.transpose, .songStart = rendering.LeadIn() - render.from / 1000.0});
+                  const WrittenSound& result, const std::string& band, Rendering& rendering) {
+    Performance performance = DescribePerformance(song.song, song.score, song.plans, *song.databases,
+                                                  {.transpose = options.song.transpose,
+                                                   .verse = options.song.verse,
+                                                   .songStart = rendering.LeadIn() - render.from / 1000.0});
     performance.output = options.output.empty() ? options.practice : options.output;
     performance.rate = options.rate;
     performance.seconds = result.seconds;
@@ -126,7 +137,7 @@ void WriteReports(const SingOptions& options, const SongScore& song, const Rende
         const bool isSung = i < song.parts.size();
         if (!isSung)
             performance.parts.emplace_back();
-        performance.parts[i].name = isSung ? song.parts[i].name : "Band";
+        performance.parts[i].name = isSung ? song.parts[i].name : band;
         AddSound(std::move(sounds[i]), performance.parts[i]);
     }
     for (const std::string& report : options.reports)
@@ -141,21 +152,37 @@ void TellLeadIn(const SingOptions& options, double seconds) {
         Remark(options.song.quiet, NameOfInput(options.song.input) + ": the wave " + text);
 }
 
-/// Whoever does not sing plays.
-void AddBand(const SingOptions& options, const SongScore& song, const RenderOptions& render, Rendering& rendering) {
+/// Whoever does not sing plays; who that is, "Band: Piano, Drums". Empty when nobody does.
+std::string AddBand(const SingOptions& options, const SongScore& song, const RenderOptions& render,
+                    Rendering& rendering) {
     BandPlan plan;
     for (size_t i = 0; i < song.song.parts.size(); ++i)
         if (std::none_of(song.parts.begin(), song.parts.end(), [i](const SungPart& part) { return part.index == i; }))
             plan.parts.push_back(i);
-    if (plan.parts.empty())
-        return Remark(options.song.quiet,
-                      NameOfInput(options.song.input) + ": every part is sung, so that none is left for the band");
+    if (plan.parts.empty()) {
+        Remark(options.song.quiet,
+               NameOfInput(options.song.input) + ": every part is sung, so that none is left for the band");
+        return {};
+    }
     plan.soundFont = options.soundFont;
     plan.transpose = options.song.transpose;
     plan.rate = options.rate;
     plan.start = render.from / 1000.0 - rendering.LeadIn();
     plan.end = render.to / 1000.0;
     rendering.AddBand(*MakeBand(song.song, plan), LevelsOf(options, song, song.parts.size()));
+    std::string names;
+    for (const size_t i : plan.parts)
+        names += (names.empty() ? "Band: " : ", ") + NameOfPart(song.song, i);
+    return names;
+}
+
+/// "Alto: Susan, 32 notes, 30 syllables"
+std::string SummaryOf(const SongScore& song, size_t i) {
+    size_t syllables = 0;
+    for (const SungNote& note : song.plans[i].line.notes)
+        syllables += note.words.size();
+    return song.parts[i].name + ": " + song.parts[i].voice + ", " + Counted(song.score.parts[i].notes.size(), "note") +
+           ", " + (syllables > 0 ? Counted(syllables, "syllable") : "no words");
 }
 
 void SingOne(const SingOptions& options) {
@@ -167,6 +194,7 @@ void SingOne(const SingOptions& options) {
     for (const std::string& report : options.reports)
         outputs.emplace_back("--report", report);
     RefuseOverwriting(InputsOf(options.song), outputs);
+    CheckFoldersOf(outputs);
     if (!options.output.empty())
         EndingFor(options.output, options.sound); // before the work
     SongScore song = MakeSongScore(options.song);
@@ -178,28 +206,32 @@ void SingOne(const SingOptions& options) {
     const std::string beside =
         options.output.empty() ? (fs::path(options.practice) / "sung.wav").string() : options.output;
     WrittenSound result;
+    std::string band;
     {
         Progress progress("singing", isQuiet);
         Rendering rendering(song.score, beside, render,
                             [&progress](double done, double total) { progress.Show(done, total); });
         TellLeadIn(options, rendering.LeadIn());
         if (options.band)
-            AddBand(options, song, render, rendering);
+            band = AddBand(options, song, render, rendering);
         if (!options.practice.empty())
             result = WritePractice(options, song, rendering);
         if (!options.output.empty())
             result = MixInto(rendering, options.output, LevelsOf(options, song, song.parts.size()), options);
         if (!options.reports.empty())
-            WriteReports(options, song, render, result, rendering);
+            WriteReports(options, song, render, result, band, rendering);
     }
     if (isQuiet)
         return;
     const double elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     std::FILE* const summary = SummaryStream(options.output);
-    if (song.parts.size() > 1)
-        for (const SungPart& part : song.parts)
-            std::fprintf(summary, "%s: %s\n", part.name.c_str(), part.voice.c_str());
-    const std::string parts = song.parts.size() > 1 ? std::to_string(song.parts.size()) + " parts, " : std::string();
+    for (size_t i = 0; i < song.parts.size(); ++i)
+        std::fprintf(summary, "%s\n", SummaryOf(song, i).c_str());
+    if (!band.empty())
+        std::fprintf(summary, "%s\n", band.c_str());
+    std::string parts = song.parts.size() > 1 ? std::to_string(song.parts.size()) + " parts, " : std::string();
+    if (CountVerses(song.song) > 1)
+        parts += "verse " + std::to_string(options.song.verse) + ", ";
     std::fprintf(summary, "%s%s, %s, %.0f x real time: %s\n", parts.c_str(), Counted(song.CountNotes(), "note").c_str(),
                  ClockText(result.seconds).c_str(), elapsed > 0 ? result.seconds / elapsed : 0.0,
                  options.output.empty() ? options.practice.c_str() : NameOfOutput(options.output).c_str());
@@ -231,8 +263,11 @@ size_t Sing(const SingOptions& options) {
     }
     if (!options.reports.empty())
         throw WrongUse{"--report tells of one song: sing them one by one"};
-    if (!options.output.empty() && !options.list)
+    if (!options.output.empty() && !options.list) {
+        if (HasSoundEnding(options.output) && !fs::is_directory(options.output))
+            throw WrongUse{"--output " + options.output + ": several songs are written into a folder; name one"};
         MakeFolder(options.output);
+    }
     size_t failures = 0;
     std::vector<std::string> taken;
     for (const std::string& input : options.inputs) {

@@ -205,9 +205,8 @@ SongScore MakeSongScore(const SongOptions& asked, Song song) {
             if (!options.dynamics.empty())
                 plan.curves.dynamics.clear();
         }
-        parts.push_back({choice.index, part.name.empty() ? "part " + std::to_string(choice.index + 1) : part.name,
-                         databases->NameOf(plan.voices.front().id), choice.decibels,
-                         choice.pan.value_or(StagePan(parts.size(), choices.size()))});
+        parts.push_back({choice.index, NameOfPart(song, choice.index), databases->NameOf(plan.voices.front().id),
+                         choice.decibels, choice.pan.value_or(StagePan(parts.size(), choices.size()))});
     }
     ScoreOptions scoreOptions;
     scoreOptions.transpose = options.transpose;

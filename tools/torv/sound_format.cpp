@@ -27,15 +27,24 @@ std::string Joined(const std::vector<std::string>& texts) {
     return all;
 }
 
+bool IsWave(const std::string& ending) { return ending == "wav" || ending == "wave"; }
+
+bool IsCoded(const std::string& ending) {
+    const std::vector<std::string> coded = CodedEndings();
+    return std::find(coded.begin(), coded.end(), ending) != coded.end();
+}
+
 } // namespace
+
+bool HasSoundEnding(const std::string& path) { return IsWave(EndingOf(path)) || IsCoded(EndingOf(path)); }
 
 std::string EndingFor(const std::string& path, const SoundOptions& options) {
     std::string ending = options.format.empty() ? EndingOf(path) : InSmallLetters(options.format);
-    if (ending.empty() || ending == "wav" || ending == "wave")
+    if (ending.empty() || IsWave(ending))
         return "wav";
-    const std::vector<std::string> coded = CodedEndings();
-    if (std::find(coded.begin(), coded.end(), ending) != coded.end())
+    if (IsCoded(ending))
         return ending;
+    const std::vector<std::string> coded = CodedEndings();
     const std::string what = options.format.empty() ? path + ": \"." + ending : "--format \"" + ending;
     if (coded.empty())
         throw WrongUse{what + "\" cannot be written: " + WhyNothingIsCoded() + "; .wav can"};

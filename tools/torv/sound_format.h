@@ -22,3 +22,6 @@ struct SoundFormat {
 /// The ending that says how `path` is written: the one that is asked for, else the name's own, else "wav". Throws
 /// WrongUse for one that cannot be written here.
 std::string EndingFor(const std::string& path, const SoundOptions& options);
+
+/// Whether a name looks like that of a sound file, by its ending.
+bool HasSoundEnding(const std::string& path);

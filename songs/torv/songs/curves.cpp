@@ -12,6 +12,7 @@ constexpr int kUsualDynamics = 72;
 constexpr int kUsualVelocity = 80;
 constexpr double kUnitsPerVelocity = 0.6; // 0.12 dB: the engine adds 0.08
 constexpr double kUnitsPerDecade = 40 / 0.2;
+constexpr int kFadeBelow = 12;    // of the engine's dynamics: there they go to silence at 0
 constexpr int kUsualVolume = 100; // of controller 7, as General MIDI has it
 constexpr int kFullExpression = 127;
 constexpr int kStep = 16;             // from one mark to the next, of a hairpin that leads nowhere
@@ -116,6 +117,17 @@ std::map<uint32_t, double> ControllerLevels(const std::vector<Controller>& contr
     return levels;
 }
 
+/// The engine's dynamics for a level in its units, which is as many decibels below the others where these fade.
+int DynamicsFor(double level) {
+    if (level >= kFadeBelow)
+        return static_cast<int>(std::lround(std::min(level, 127.0)));
+    int dynamics = kFadeBelow - 1;
+    while (dynamics > 0 &&
+           level < dynamics + kUnitsPerDecade / 2 * std::log10(static_cast<double>(dynamics) / kFadeBelow))
+        --dynamics;
+    return dynamics;
+}
+
 /// The sum of steps.
 std::vector<CurvePoint> Sum(const std::vector<std::map<uint32_t, double>>& parts) {
     std::map<uint32_t, double> changes;
@@ -130,7 +142,7 @@ std::vector<CurvePoint> Sum(const std::vector<std::map<uint32_t, double>>& parts
     double now = 0;
     for (const auto& [tick, change] : changes) {
         now += change;
-        const int value = static_cast<int>(std::lround(std::clamp(now, 0.0, 127.0)));
+        const int value = DynamicsFor(now);
         if (points.empty() || points.back().value != value)
             points.push_back({tick, value});
     }

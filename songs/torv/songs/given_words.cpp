@@ -208,11 +208,6 @@ std::vector<Note*> OldPlaces(Part& part, int verse) {
     return places;
 }
 
-std::string NameOf(const Song& song, size_t index) {
-    const std::string& name = song.parts[index].name;
-    return name.empty() ? "part " + std::to_string(index + 1) : name;
-}
-
 std::string Count(size_t count, const char* what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
@@ -262,7 +257,7 @@ private:
     }
     void Remark(size_t index, const std::string& text) {
         std::string& parts = m_told[text];
-        parts += (parts.empty() ? "" : ", ") + NameOf(m_song, index);
+        parts += (parts.empty() ? "" : ", ") + NameOfPart(m_song, index);
     }
 
     Song& m_song;

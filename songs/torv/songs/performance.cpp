@@ -133,6 +133,7 @@ Performance DescribePerformance(const Song& song, const Score& score, const std:
     performance.composer = song.composer;
     performance.input = song.source;
     performance.transpose = options.transpose;
+    performance.verse = options.verse;
     performance.remarks = song.remarks;
     performance.measures = describer.Measures();
     performance.tempos = describer.Tempos();

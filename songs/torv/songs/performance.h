@@ -88,6 +88,7 @@ struct Performance {
     unsigned rate = 44100;                  ///< of the wave, Hz
     double seconds = 0;                     ///< of the wave
     int transpose = 0;                      ///< semitones by which all keys were moved
+    int verse = 1;                          ///< from 1
     std::vector<PerformedMeasure> measures; ///< by start
     std::vector<PerformedTempo> tempos;     ///< the first at or before the wave's start
     std::vector<PerformedPart> parts;       ///< in the score's order
@@ -97,6 +98,7 @@ struct Performance {
 /// What song and score do not tell.
 struct PerformanceOptions {
     int transpose = 0;    ///< semitones, as in ScoreOptions
+    int verse = 1;        ///< from 1, which the plans' lines are of
     double songStart = 0; ///< where in the wave the song's first tick is heard, seconds; negative when it was left out
 };
 

@@ -120,9 +120,9 @@ Json DescribeAsJson(const Performance& performance) {
     return {{"title", performance.title},         {"composer", performance.composer},
             {"input", performance.input},         {"output", performance.output},
             {"rate", performance.rate},           {"seconds", Time(performance.seconds)},
-            {"transpose", performance.transpose}, {"remarks", performance.remarks},
-            {"measures", std::move(measures)},    {"tempos", std::move(tempos)},
-            {"parts", std::move(parts)}};
+            {"transpose", performance.transpose}, {"verse", performance.verse},
+            {"remarks", performance.remarks},     {"measures", std::move(measures)},
+            {"tempos", std::move(tempos)},        {"parts", std::move(parts)}};
 }
 
 std::string ToJsonReport(const Performance& performance) {

@@ -110,6 +110,11 @@ int NumberOfMeasureAt(const Song& song, uint32_t tick) {
     return next == song.measures.begin() ? 1 : (next - 1)->number;
 }
 
+std::string NameOfPart(const Song& song, size_t index) {
+    const std::string& name = song.parts[index].name;
+    return name.empty() ? "part " + std::to_string(index + 1) : name;
+}
+
 bool HasWords(const Part& part, int verse) {
     return std::any_of(part.notes.begin(), part.notes.end(), [verse](const Note& note) {
         return std::any_of(note.words.begin(), note.words.end(),

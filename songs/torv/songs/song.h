@@ -154,6 +154,9 @@ TORV_SONGS_API uint32_t TickOfMeasure(const Song& song, int number);
 /// The number of the measure that sounds at a tick; of the last one behind the end.
 TORV_SONGS_API int NumberOfMeasureAt(const Song& song, uint32_t tick);
 
+/// A part's name; of one without a name "part 3", counted from 1.
+TORV_SONGS_API std::string NameOfPart(const Song& song, size_t index);
+
 /// Whether any note has a word of the verse.
 TORV_SONGS_API bool HasWords(const Part& part, int verse);
 /// The number of the last verse of any part; 0 without words.

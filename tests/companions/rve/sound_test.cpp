@@ -161,7 +161,9 @@ TEST_CASE("loudness: dynamics and velocity by their decibels, monotonic, and nev
         return Db(Rms(Part(Sing(stream), 300, 600)));
     };
     double previous = -200;
-    for (const int dynamics : {0, 20, 40, 60, 72, 90, 110, 127}) {
+    CHECK(level(12, 64) - level(6, 64) == doctest::Approx(7.2).epsilon(0.1)); // and below 12 to silence
+    CHECK(level(0, 64) < -120);
+    for (const int dynamics : {1, 20, 40, 60, 72, 90, 110, 127}) {
         const double now = level(dynamics, 64);
         CHECK(now > previous + 1);
         previous = now;
