@@ -15,6 +15,10 @@ constexpr Time kGap = FromMilliseconds(40); ///< a pause that is shorter is none
 constexpr double kFrame = bank::kFrameMs * 0.001 * kTimeBase;
 constexpr int kSmoothing = 4;    ///< frames either way
 constexpr float kSlowest = 2.5F; ///< how much slower than spoken a vowel comes and goes
+// A long vowel covers what stands beside it for who listens: the sounds after it are sung longer than they are spoken.
+constexpr double kCodaLength = 1.5;
+constexpr double kLongestCoda = 0.22 * kTimeBase; // of those that are not spoken so long
+constexpr double kMostCoda = 0.6;                 // of a note
 
 int PhoneOf(const VoiceBank& bank, const char* name) { return name ? bank.PhoneNamed(name) : VoiceBank::kSilence; }
 
@@ -213,8 +217,8 @@ void Diction::Plan(const Segment& segment, const Segment* next, const VoiceBank&
     }
 }
 
-/// Sounds ahead of the vowel share their time as they would when spoken; those after it are as long as when spoken,
-/// ahead of the segment's end or of the next one's first sound, and leave the vowel half of the time.
+/// Sounds ahead of the vowel share their time as they would when spoken; those after it lie ahead of the segment's end
+/// or of the next one's first sound.
 void Diction::LayOut(Time start, Time end) {
     const auto own = m_sounds.begin() + m_firstOwn;
     const auto ownEnd = own + m_ownCount;
@@ -243,7 +247,9 @@ void Diction::LayOut(Time start, Time end) {
         lay(own, nucleus, own->begin, start);
     Time codaBegin = end;
     if (coda != ownEnd) {
-        codaBegin = std::max(end - static_cast<Time>(framesOf(coda, ownEnd) * kFrame), start + (end - start) / 2);
+        const double spoken = framesOf(coda, ownEnd) * kFrame;
+        const double sung = std::max(spoken, std::min(spoken * kCodaLength, kLongestCoda));
+        codaBegin = end - static_cast<Time>(std::min(sung, kMostCoda * static_cast<double>(end - start)));
         lay(coda, ownEnd, codaBegin, end);
     }
     const Time old = (coda - 1)->end - start; // of the vowels, which keep their shares

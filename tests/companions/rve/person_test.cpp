@@ -140,6 +140,16 @@ TEST_CASE("persons: but for a singer's own unsteadiness nothing sounds between t
         }
 }
 
+TEST_CASE("persons: what ends a held note is longer than it is spoken") {
+    for (const int program : Persons()) {
+        CAPTURE(program);
+        Stream stream = By(program, 1);
+        stream.Note({.note = 57, .startMs = 0, .lengthMs = 900, .phonemes = "Q s"});
+        const auto sound = Sing(stream, 1.2);
+        CHECK(Tone(Part(sound, 735, 775), 220) < 0.1 * Tone(Part(sound, 440, 480), 220));
+    }
+}
+
 TEST_CASE("persons: no clicks where notes join, controllers jump or another voice goes on") {
     for (const int program : Persons()) {
         CAPTURE(program);
