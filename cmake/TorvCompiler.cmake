@@ -7,8 +7,17 @@ if(TORV_SANITIZE)
   add_compile_options(-fsanitize=${TORV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${TORV_SANITIZE})
 endif()
-# What ships is the same bytes wherever it is built.
-add_compile_options($<$<CONFIG:RelWithDebInfo>:-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.>)
+# What ships is the same bytes wherever it is built: paths are told from the build's folder, as a compiler's cache gives
+# them too. The last map that fits counts.
+file(RELATIVE_PATH up ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR})
+file(RELATIVE_PATH down ${CMAKE_SOURCE_DIR} ${CMAKE_BINARY_DIR})
+foreach(map ${CMAKE_SOURCE_DIR}/=${up} ${CMAKE_BINARY_DIR}=./${down} ${CMAKE_BINARY_DIR}/=)
+  add_compile_options($<$<CONFIG:RelWithDebInfo>:-ffile-prefix-map=${map}>)
+endforeach()
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  # Out of a precompiled header GCC tells one of several places of a variable, and which depends on the folder.
+  add_compile_options($<$<CONFIG:RelWithDebInfo>:-fno-var-tracking-assignments>)
+endif()
 if(WIN32)
   add_link_options(-Wl,--no-insert-timestamp)
 endif()
