@@ -267,7 +267,8 @@ TEST_CASE("quill audio: a mix by hand") {
     Held stereo(2, 16, Words({30000, -30000}));
     Held low(1, 8, "\xC0\x40\x80\x7F\xFF");                         // 0.5, -0.5, 0, -1/128, 127/128
     Held wide(1, 24, Le(0x800000, 3) + Le(1, 3) + Le(0x123456, 3)); // -1, 2^-23
-    const float half = -6.0206F;                                    // a gain of 0.5, to seven digits
+    Held widest(1, 32, Le(0x80000000) + Le(1));
+    const float half = -6.0206F; // a gain of 0.5, to seven digits
     const struct {
         std::vector<__tagMixDownTrack> tracks;
         std::string data;
@@ -282,7 +283,8 @@ TEST_CASE("quill audio: a mix by hand") {
         {{{0, 0, 0, 0, &low}}, Words({16384, 16384, -16384, -16384, 0, 0, -256, -256, 32512, 32512}), 16},
         {{{0, 0, 0, 0, &wide}, {0, 2, 0, 0, &low}}, // 0.5 - 1, 2^-23 - 0.5
          Le(0xC00000, 3) + Le(0xC00000, 3) + Le(0xC00001, 3) + Le(0xC00001, 3) + Le(0x123456, 3) + Le(0x123456, 3),
-         24}};
+         24},
+        {{{0, 0, 0, 0, &widest}}, Le(0x80000000) + Le(0x80000000) + Le(1) + Le(1), 32}};
     for (auto test : cases) {
         CAPTURE(test.data);
         mono.MoveTo(1);

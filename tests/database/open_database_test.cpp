@@ -71,6 +71,13 @@ TEST_CASE("database manager: what keeps it from opening") {
         CHECK(Standing() == "0 0 0 0");
         CHECK(host.manager.GetModelIconObject(0x05010001) == nullptr);
     }
+    for (const auto status : {&FakeDatabase::voiceStatus, &FakeDatabase::expStatus})
+        for (const int32_t missing : {-1, -2}) {
+            *host.fake = {};
+            host.fake->*status = missing;
+            CHECK(host.manager.OpenDatabase() == 0);
+            CHECK(host.boxes.Take().size() == 1);
+        }
     *host.fake = {};
     CHECK(host.manager.OpenDatabase() == 1); // when the reason is gone
 }

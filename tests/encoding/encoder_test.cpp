@@ -1,10 +1,8 @@
 #include "encoding_fixture.h"
 
 #include "allocation_failure.h"
-#include "torv/encoding/qm_out_parameters.h"
 
 #include <algorithm>
-#include <ctime>
 
 // 120 beats a minute unless a test says otherwise: 480 ticks are 500 ms, 1920 ticks are the presend of 2000 ms.
 
@@ -202,20 +200,4 @@ TEST_CASE("encoder: a stream for which memory does not suffice is no stream") {
         if (stream)
             CHECK(EntriesOf(*stream) == expected);
     });
-}
-
-TEST_CASE("encoder: ten times the values at one tick take ten times as long, not a hundred times") {
-    CBreakPointList list;
-    for (int i = 0; i < 100000; ++i)
-        AddPoint(&list, 1920, i & 127);
-    CxQMOutTremoloDepth curve;
-    curve.AttachObject(&list);
-    const std::clock_t start = std::clock();
-    for (const auto& [mode, interval] : {std::pair(0, 0), std::pair(0, 3), std::pair(1, 0)}) {
-        CQuillMidiBuffer buffer;
-        buffer.Create(mode, 2000, interval);
-        tagQuillMidiRealtimeInfo info{0, kMap, 0, 0, 0, 0, 0};
-        CHECK(curve.OutputParam(&buffer, &info) == 1);
-    }
-    CHECK((std::clock() - start) / CLOCKS_PER_SEC < 10); // of processor time: a second, or a minute
 }

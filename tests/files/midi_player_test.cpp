@@ -233,6 +233,14 @@ TEST_CASE("midi player: long messages go out in pieces, and nothing between them
     CHECK(recorder->Messages()[0].bytes == 0x403C90);
     song.StopPlay();
     CHECK(recorder->opened == recorder->closed);
+
+    // Refused by a device that is gone, nothing is waited for.
+    song.SeekToBegin();
+    REQUIRE(song.StartPlay(nullptr) == 1);
+    midiOutClose(ThePlayer().Device());
+    clock.Advance(200);
+    CHECK(Values(ThePlayer().IsSendingLongMessage(), song.GetSequenceTime(), ThePlayer().Timer()) == "0 140 0");
+    song.StopPlay();
 }
 
 TEST_CASE("midi player: stopping leaves no note sounding, and playing on loses none") {

@@ -29,6 +29,14 @@ int32_t Called(const char* name, int32_t status = DBM_OK) {
     return status;
 }
 
+template <class Type>
+int32_t List(const char* name, int32_t status, const Type** result) {
+    static constexpr Type kHollow{1, nullptr};
+    if (status < 0)
+        *result = status == -1 ? nullptr : &kHollow;
+    return Called(name, status < 0 ? DBM_OK : status);
+}
+
 } // namespace
 
 ENTRY FakeDatabase* DBM_CALL FakeDatabaseState() { return &g_state; }
@@ -65,13 +73,13 @@ ENTRY int32_t DBM_CALL DBM_GetVoiceParameters(int32_t, const DBMVoiceParameters*
 ENTRY int32_t DBM_CALL DBM_GetAllVoice(const DBMVoiceList** result) {
     g_voices = {g_state.voiceCount, g_state.voices};
     *result = &g_voices;
-    return Called("GetAllVoice", g_state.voiceStatus);
+    return List("GetAllVoice", g_state.voiceStatus, result);
 }
 ENTRY int32_t DBM_CALL DBM_AddExp(const char*) { return DBM_FULL; }
 ENTRY int32_t DBM_CALL DBM_DeleteExp(int32_t) { return DBM_READ_ONLY; }
 ENTRY int32_t DBM_CALL DBM_GetExpDB(const DBMExpDatabaseList** result) {
     *result = &kDatabases;
-    return Called("GetExpDB", g_state.expStatus);
+    return List("GetExpDB", g_state.expStatus, result);
 }
 ENTRY int32_t DBM_CALL DBM_GetVirtualExpInfo(int32_t, const DBMExpInfo** result) {
     for (int i = 0; i < g_state.expressionCount; ++i)

@@ -5,8 +5,8 @@
 /// What the fake database manager answers, and what was asked of it. A test fills it in through FakeDatabaseState().
 struct FakeDatabase {
     int32_t initStatus;
-    int32_t voiceStatus; ///< of DBM_GetAllVoice
-    int32_t expStatus;   ///< of DBM_GetExpDB
+    int32_t voiceStatus; ///< of DBM_GetAllVoice; -1 for success without a list, -2 for a list that lacks its array
+    int32_t expStatus;   ///< of DBM_GetExpDB, likewise
     int32_t createStatus;
     int32_t deleteStatus;
     int32_t dialogStatus; ///< of VEDIT_OpenDialog
