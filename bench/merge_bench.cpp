@@ -1,6 +1,8 @@
-// Parsing and merging a standard MIDI file of 1,000,000 events: CxMidiSequence, libsmf, portsmf, and a bare scan of the
-// bytes; with 16 tracks and with 512. portsmf makes a note of each beginning and end and parts them again, so that only
-// how many channel messages came can be compared.
+// Parsing and merging a standard MIDI file of 1,000,000 events: CxMidiSequence, libsmf, portsmf, TSE3, JUCE, drumstick,
+// and a bare scan of the bytes; with 16 tracks and with 512. portsmf and TSE3 make notes of beginnings and ends (TSE3
+// counts in ticks of its own), so that only how many channel messages came can be compared. JUCE lets ends go before
+// beginnings at one tick, so that its events are compared without their order. drumstick does not merge: what it reads
+// is sorted.
 #include "bench_file.h"
 
 #include "torv/files/midi_sequence.h"
@@ -12,6 +14,18 @@
 
 #ifdef TORV_HAS_SMF
 #include <smf.h>
+#endif
+#ifdef TORV_HAS_TSE3
+#include <memory>
+#include <tse3/MidiFile.h>
+#endif
+#ifdef TORV_HAS_JUCE
+#include <juce_audio_basics/juce_audio_basics.h>
+#endif
+#ifdef TORV_HAS_DRUMSTICK
+#include <QBuffer>
+#include <QDataStream>
+#include <drumstick/qsmf.h>
 #endif
 #ifdef TORV_HAS_PORTSMF
 #include <allegro.h>
@@ -39,6 +53,7 @@ struct Song {
     Bytes file;
     std::vector<Track> tracks;
     bench::Digest expected;
+    uint64_t expectedSum = 0; // whatever their order
     DWORD channelMessages = 0;
 };
 
@@ -134,6 +149,7 @@ const Song& SongOf(DWORD tracks) {
     std::stable_sort(timed.begin(), timed.end(), [](const Timed& a, const Timed& b) { return a.tick < b.tick; });
     for (const Timed& event : timed) {
         song.expected.Add(event.packed);
+        song.expectedSum += event.packed;
         song.channelMessages += (event.packed >> 16 & 0xFF) < 0xF0;
     }
     return song;
@@ -186,6 +202,70 @@ const Song& SongOf(DWORD tracks) {
 }
 #endif
 
+#ifdef TORV_HAS_TSE3
+/// Most of its texts come as the event before them once more.
+[[gnu::noinline]] DWORD MeasuredTse3(const std::string& path) {
+    TSE3::MidiFileImport file(path);
+    const std::unique_ptr<TSE3::PlayableIterator> events(file.iterator(0));
+    DWORD count = 0;
+    for (; events->more(); ++*events)
+        count +=
+            (*events)->data.status >= TSE3::MidiCommand_NoteOff && (*events)->data.status < TSE3::MidiCommand_System;
+    return count;
+}
+#endif
+
+#ifdef TORV_HAS_JUCE
+[[gnu::noinline]] uint64_t MeasuredJuce(const Song& song) {
+    juce::MemoryInputStream bytes(song.file.data(), song.file.size(), false);
+    juce::MidiFile file;
+    file.readFrom(bytes, false);
+    juce::MidiMessageSequence merged;
+    for (int track = 0; track < file.getNumTracks(); ++track)
+        merged.addSequence(*file.getTrack(track), 0);
+    uint64_t sum = 0;
+    for (const auto* const event : merged) {
+        const BYTE* const raw = event->message.getRawData();
+        const bool hasThird = event->message.getRawDataSize() > 2 && raw[0] < 0xF0;
+        sum += Packed(static_cast<DWORD>(event->message.getTimeStamp()), raw[0], raw[1], hasThird ? raw[2] : BYTE{0});
+    }
+    return sum;
+}
+#endif
+
+#ifdef TORV_HAS_DRUMSTICK
+[[gnu::noinline]] bench::Digest MeasuredDrumstick(const Song& song) {
+    using drumstick::File::QSmf;
+    QByteArray bytes =
+        QByteArray::fromRawData(reinterpret_cast<const char*>(song.file.data()), static_cast<int>(song.file.size()));
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::ReadOnly);
+    QDataStream stream(&buffer);
+    QSmf file;
+    std::vector<Timed> events;
+    const auto take = [&](int status, int data1, int data2) {
+        const auto tick = static_cast<DWORD>(file.getCurrentTime());
+        events.push_back(
+            {tick, Packed(tick, static_cast<BYTE>(status), static_cast<BYTE>(data1), static_cast<BYTE>(data2))});
+    };
+    QObject::connect(&file, &QSmf::signalSMFNoteOn, [&](int, int key, int velocity) { take(0x90, key, velocity); });
+    QObject::connect(&file, &QSmf::signalSMFNoteOff, [&](int, int key, int velocity) { take(0x80, key, velocity); });
+    QObject::connect(&file, &QSmf::signalSMFPitchBend,
+                     [&](int, int value) { take(0xE0, (value + 8192) & 0x7F, (value + 8192) >> 7); });
+    QObject::connect(&file, &QSmf::signalSMFProgram, [&](int, int program) { take(0xC0, program, 0); });
+    QObject::connect(&file, &QSmf::signalSMFTempo, [&](int) { take(torv::kMidiMeta, torv::kMetaTempo, 0); });
+    QObject::connect(&file, &QSmf::signalSMFText2,
+                     [&](int type, const QByteArray&) { take(torv::kMidiMeta, type, 0); });
+    QObject::connect(&file, &QSmf::signalSMFendOfTrack, [&] { take(torv::kMidiMeta, torv::kMetaEndOfTrack, 0); });
+    file.readFromStream(&stream);
+    std::stable_sort(events.begin(), events.end(), [](const Timed& a, const Timed& b) { return a.tick < b.tick; });
+    bench::Digest digest;
+    for (const Timed& event : events)
+        digest.Add(event.packed);
+    return digest;
+}
+#endif
+
 /// One byte after the other, each depending on the one before only by an addition.
 [[gnu::noinline]] uint64_t MeasuredScan(const Song& song) {
     uint64_t sum = 0;
@@ -228,6 +308,42 @@ void MergePortsmf(benchmark::State& state) {
     bench::CountEach(state, "s/event", kEvents);
 }
 BENCHMARK(MergePortsmf)->Arg(16)->Unit(benchmark::kMillisecond);
+#endif
+
+#ifdef TORV_HAS_TSE3
+void MergeTse3(benchmark::State& state) {
+    const Song& song = SongOf(static_cast<DWORD>(state.range(0)));
+    const bench::TemporaryFile file("torv_merge_bench.mid"); // it reads files alone
+    std::ofstream(file.Path(), std::ios::binary)
+        .write(reinterpret_cast<const char*>(song.file.data()), static_cast<std::streamsize>(song.file.size()));
+    DWORD count = 0;
+    for ([[maybe_unused]] auto _ : state)
+        count = MeasuredTse3(file.Path());
+    bench::Expect(state, count >= song.channelMessages && count <= kEvents);
+}
+BENCHMARK(MergeTse3)->Arg(16)->Unit(benchmark::kMillisecond);
+#endif
+
+#ifdef TORV_HAS_JUCE
+void MergeJuce(benchmark::State& state) {
+    const Song& song = SongOf(static_cast<DWORD>(state.range(0)));
+    uint64_t sum = 0;
+    for ([[maybe_unused]] auto _ : state)
+        sum = MeasuredJuce(song);
+    bench::Expect(state, sum == song.expectedSum);
+}
+BENCHMARK(MergeJuce)->Arg(16)->Unit(benchmark::kMillisecond);
+#endif
+
+#ifdef TORV_HAS_DRUMSTICK
+void MergeDrumstick(benchmark::State& state) {
+    const Song& song = SongOf(static_cast<DWORD>(state.range(0)));
+    bench::Digest digest;
+    for ([[maybe_unused]] auto _ : state)
+        digest = MeasuredDrumstick(song);
+    bench::Expect(state, digest == song.expected);
+}
+BENCHMARK(MergeDrumstick)->Arg(16)->Unit(benchmark::kMillisecond);
 #endif
 
 void ScanBytes(benchmark::State& state) {

@@ -1,5 +1,6 @@
-// 4,000,000 frames of 16-bit stereo written and read, one by one and 1,024 at a time: CWaveFile and libsndfile, and a
-// plain copy of the bytes to a file.
+// 4,000,000 frames of 16-bit stereo written and read, one by one and 1,024 at a time: CWaveFile and libsndfile, libsox
+// for blocks (whose samples have 32 bits, so that its callers widen and cut them), and a plain copy of the bytes to a
+// file.
 #include "bench_file.h"
 
 #include "torv/audio/wave_file.h"
@@ -11,6 +12,9 @@
 
 #ifdef TORV_HAS_SNDFILE
 #include <sndfile.h>
+#endif
+#ifdef TORV_HAS_SOX
+#include <sox.h>
 #endif
 
 namespace {
@@ -145,6 +149,35 @@ bench::Digest InBlocksRead(Take take) {
 }
 #endif
 
+#ifdef TORV_HAS_SOX
+constexpr size_t kSoxBlock = 2 * kBlock; // samples
+
+[[gnu::noinline]] void MeasuredWriteBlocksSox(const std::string& path) {
+    const sox_signalinfo_t form{kRate, 2, 16, 2 * kFrames, nullptr};
+    sox_format_t* const file = sox_open_write(path.c_str(), &form, nullptr, "wav", nullptr, nullptr);
+    std::vector<sox_sample_t> block(kSoxBlock);
+    InBlocks([&](const SHORT* frames, size_t count) {
+        for (size_t i = 0; i < 2 * count; ++i)
+            block[i] = static_cast<sox_sample_t>(frames[i]) * 65536;
+        sox_write(file, block.data(), 2 * count);
+    });
+    sox_close(file);
+}
+
+[[gnu::noinline]] bench::Digest MeasuredReadBlocksSox(const std::string& path) {
+    sox_format_t* const file = sox_open_read(path.c_str(), nullptr, nullptr, "wav");
+    std::vector<sox_sample_t> block(kSoxBlock);
+    const bench::Digest digest = InBlocksRead([&](SHORT* frames) {
+        const size_t read = sox_read(file, block.data(), kSoxBlock);
+        for (size_t i = 0; i < read; ++i)
+            frames[i] = static_cast<SHORT>(block[i] / 65536);
+        return read / 2;
+    });
+    sox_close(file);
+    return digest;
+}
+#endif
+
 [[gnu::noinline]] void MeasuredCopy(const std::string& path) {
     CFile file(path.c_str(), CFile::modeCreate | CFile::modeWrite);
     file.Write(Frames().data(), static_cast<UINT>(kFrames * sizeof(Frame)));
@@ -204,6 +237,19 @@ void WriteSndfile(benchmark::State& state) { WriteRow(state, MeasuredWriteSndfil
 BENCHMARK(WriteSndfile)->Unit(benchmark::kMillisecond);
 void ReadSndfile(benchmark::State& state) { ReadRow(state, MeasuredReadSndfile, Expected()); }
 BENCHMARK(ReadSndfile)->Unit(benchmark::kMillisecond);
+#endif
+
+#ifdef TORV_HAS_SOX
+void WriteBlocksSox(benchmark::State& state) {
+    sox_format_init();
+    WriteRow(state, MeasuredWriteBlocksSox, kHeaderBytes);
+}
+BENCHMARK(WriteBlocksSox)->Unit(benchmark::kMillisecond);
+void ReadBlocksSox(benchmark::State& state) {
+    sox_format_init();
+    ReadRow(state, MeasuredReadBlocksSox, ExpectedOfBlocks());
+}
+BENCHMARK(ReadBlocksSox)->Unit(benchmark::kMillisecond);
 #endif
 
 } // namespace

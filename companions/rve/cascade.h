@@ -6,31 +6,38 @@
 
 namespace rve {
 
-/// Two-pole resonances with a gain of 1 at 0 Hz, one after the other. Four stages are worked on at once: while the
+/// Sixteen two-pole resonances with a gain of 1 at 0 Hz, one after the other. All are worked on at once: while the
 /// first takes a sample, the second takes the one before it, which the first has left. So a sample does not wait for
-/// all of them in turn, and comes out as if it had.
-///
-/// There are four times `kGroups` stages; those that are not set pass everything on.
-template <int kGroups>
+/// all of them in turn, and comes out as if it had. A stage that is not set passes everything on.
 class Cascade {
 public:
-    static constexpr int kStages = 4 * kGroups;
+    static constexpr int kStages = 16;
 
     Cascade() { m_a.fill(1); }
     void Reset();
     void Set(int stage, const Poles& poles);
-    /// The square of one stage's gain is `above` divided by `below`, where the cosine of the frequency (in radians a
-    /// sample) is `cosine`: both are multiplied by the stage's.
-    void MultiplyGainSquared(int stage, double cosine, double& above, double& below) const;
+    /// The square of a stage's gain is the first number divided by what the second one gives.
+    struct Gain {
+        double above;
+        PolynomialSquared below;
+    };
+    Gain GainOf(int stage) const;
     /// The samples go through all stages, in place.
     void Run(float* samples, int count);
 
 private:
+    static constexpr int kGroups = 4; ///< of as many stages
+    class Turns;
+
+    /// Group g holds the stages g, g + 4, g + 8 and g + 12: each of its lanes takes what that lane of the group before
+    /// has.
+    static constexpr size_t PlaceOf(int stage) {
+        return static_cast<size_t>(stage % kGroups * (kStages / kGroups) + stage / kGroups);
+    }
+    void RunInTurn(float* samples, int count);
+
     std::array<float, kStages> m_a, m_b{}, m_c{}; ///< y = a x + b y1 + c y2
     std::array<float, kStages> m_y1{}, m_y2{};    ///< what each stage has made last, and before it
 };
-
-extern template class Cascade<1>;
-extern template class Cascade<3>;
 
 } // namespace rve

@@ -7,7 +7,7 @@ namespace rve {
 
 namespace {
 
-constexpr int kTableSize = 2048;
+constexpr int kTableSize = Glottis::kTableSize;
 constexpr int kHarmonics[] = {1, 2, 3, 4, 6, 8, 12, 16, 24, 32, 48, 64, 96, 128, 192, 256, 384, 512};
 constexpr float kHighestHarmonic = 0.46F; // cycles a sample
 
@@ -19,13 +19,20 @@ struct Tables {
 
     Tables() {
         constexpr double kTurn = 6.283185307179586;
+        std::array<double, kTableSize> sines;
+        for (size_t i = 0; i < kTableSize; ++i)
+            sines[i] = std::sin(kTurn * static_cast<double>(i) / kTableSize);
         std::array<double, kTableSize> sum{};
         int harmonic = 1;
         for (size_t t = 0; t < std::size(kHarmonics); ++t) {
-            for (; harmonic <= kHarmonics[t]; ++harmonic)
-                for (int i = 0; i < kTableSize; ++i) // phases drift, so that the peak stays low
-                    sum[static_cast<size_t>(i)] +=
-                        std::sin(kTurn * (harmonic * i % kTableSize) / kTableSize + 0.35 * harmonic) / harmonic;
+            for (; harmonic <= kHarmonics[t]; ++harmonic) {
+                const double drift = 0.35 * harmonic; // of phases, so that the peak stays low
+                const double sine = std::cos(drift) / harmonic, cosine = std::sin(drift) / harmonic;
+                for (size_t i = 0, place = 0; i < kTableSize; ++i) {
+                    sum[i] += sine * sines[place] + cosine * sines[(place + kTableSize / 4) % kTableSize];
+                    place = (place + static_cast<size_t>(harmonic)) % kTableSize;
+                }
+            }
             for (int i = 0; i <= kTableSize; ++i)
                 pulses[t][static_cast<size_t>(i)] = static_cast<float>(sum[static_cast<size_t>(i % kTableSize)] * 0.5);
         }
@@ -52,15 +59,6 @@ void Glottis::SetFrequency(float cyclesPerSample) {
            static_cast<float>(kHarmonics[table + 1]) * cyclesPerSample < kHighestHarmonic)
         ++table;
     m_table = AllTables().pulses[table].data();
-}
-
-float Glottis::Next() {
-    m_phase += m_step;
-    m_phase -= m_phase >= 1.0F ? 1.0F : 0.0F;
-    const float place = m_phase * kTableSize;
-    const int index = static_cast<int>(place);
-    const float fraction = place - static_cast<float>(index);
-    return m_table[index] + (m_table[index + 1] - m_table[index]) * fraction;
 }
 
 } // namespace rve

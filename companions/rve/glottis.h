@@ -12,9 +12,18 @@ public:
     /// Frequency in cycles a sample from here on.
     void SetFrequency(float cyclesPerSample);
     /// The next sample, about -1..1, with a spectrum that falls by 6 dB an octave.
-    float Next();
+    float Next() {
+        m_phase += m_step;
+        m_phase -= m_phase >= 1.0F ? 1.0F : 0.0F;
+        const float place = m_phase * kTableSize;
+        const int index = static_cast<int>(place);
+        const float fraction = place - static_cast<float>(index);
+        return m_table[index] + (m_table[index + 1] - m_table[index]) * fraction;
+    }
     /// 0..1: how open the glottis is, which lets breath through.
     float Openness() const { return 1.0F - m_phase; }
+
+    static constexpr int kTableSize = 2048; ///< values in a period of the pulse
 
 private:
     const float* m_table = nullptr;

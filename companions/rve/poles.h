@@ -20,9 +20,16 @@ inline Poles PolesAt(float hz, float bandwidth, float rate) {
     return {2 * radius * std::cos(2 * kPi * frequency), -radius * radius, radius};
 }
 
-/// |1 - b/z - c/z²|² on the unit circle. Double: near the peak of a low formant these terms all but cancel.
-inline double PolynomialSquared(double b, double c, double cosine) {
-    return 1 + b * b + c * c - 2 * b * (1 - c) * cosine - 2 * c * (2 * cosine * cosine - 1);
-}
+/// |1 - b/z - c/z²|² on the unit circle, by the cosine of the angle there. Double: near the peak of a low formant its
+/// terms all but cancel.
+class PolynomialSquared {
+public:
+    PolynomialSquared(double b, double c)
+        : m_constant(1 + b * b + c * c + 2 * c), m_first(-2 * b * (1 - c)), m_second(-4 * c) {}
+    double At(double cosine) const { return m_constant + cosine * (m_first + cosine * m_second); }
+
+private:
+    double m_constant, m_first, m_second; ///< the factors of the cosine's powers
+};
 
 } // namespace rve

@@ -27,9 +27,9 @@ constexpr float kNotchAbove = 0.7F; // its notch when the nose is open, as a sha
 constexpr float kEffort = 0.6F;     // decibels above its corner, more, for each of loudness
 constexpr float kEffortAtRest = -3; // decibels there, at the default loudness
 constexpr float kEffortHz = 500;
+constexpr float kShelfHz = 2500;
 constexpr float kMuffledHz = 250; // the source's corner behind a closure
 constexpr float kAspirationLevel = 0.4F;
-constexpr int kLevelHarmonics = 12;                // how many are asked for their level
 constexpr float kLevelEvenness = 0.85F;            // 1: all vowels on all notes are equally strong
 constexpr Time kSafetyTail = FromMilliseconds(60); // a segment that promised to go on and did not
 constexpr float kAttackFloor = 0.15F;              // of a note's loudness, where it begins
@@ -44,14 +44,38 @@ float Exp2(float x) { return x == 0 ? 1.0F : std::exp2(x); }
 
 float FromDb(float db) { return Exp2(db * 0.166096F); }
 
+/// To the nearest whole number, of one far below 2^22: what lies behind the point falls off the sum's end. std::lrint
+/// is a call.
+float Rounded(float x) {
+    constexpr float kNoFraction = 12582912; // 1.5 * 2^23
+    return (x + kNoFraction) - kNoFraction;
+}
+
+/// A level that moves in a line; `At(0)` is that of the first sample.
+struct Ramp {
+    float from, step;
+    float At(int i) const { return from + step * static_cast<float>(i + 1); }
+};
+
+constexpr float kKnee = 0.75F;
+
 /// Full scale is approached, never reached: the upper quarter bends.
 float Limit(float x) {
-    constexpr float kKnee = 0.75F;
     const float size = std::abs(x);
     if (size <= kKnee)
         return x;
     const float over = size - kKnee;
     return std::copysign(kKnee + over / (1 + over / (0.99F - kKnee)), x);
+}
+
+void ToIntegers(float* sounds, uint32_t count, int16_t* samples) {
+    bool isLoud = false;
+    for (uint32_t i = 0; i < count; ++i)
+        isLoud |= std::abs(sounds[i]) > kKnee;
+    if (isLoud)
+        std::transform(sounds, sounds + count, sounds, Limit);
+    for (uint32_t i = 0; i < count; ++i)
+        samples[i] = static_cast<int16_t>(Rounded(sounds[i] * 32767.0F));
 }
 
 } // namespace
@@ -65,6 +89,10 @@ bool Singer::Configure(uint32_t rate, bool isStill) {
     m_rate = rate;
     m_isStill = isStill;
     m_whiteLevel = static_cast<float>(std::sqrt(m_rate / kTimeBase));
+    for (size_t i = 0; i < m_paces.size(); ++i)
+        m_paces[i] = PaceOf(static_cast<float>(i));
+    m_effortShare = 1 - std::exp(-6.2831853F * kEffortHz / static_cast<float>(m_rate));
+    m_shelf = 1 - std::exp(-6.2831853F * kShelfHz / static_cast<float>(m_rate));
     m_recorded.Configure(rate, isStill);
     Reset();
     return true;
@@ -101,7 +129,7 @@ void Singer::Reset() {
     m_nasality = m_muffling = {0};
     m_boost = {{{1}, {1}, {1}, {1}}};
     m_tilt = 1;
-    m_tiltState = m_effortState = m_shelf = m_shelfState = 0;
+    m_tiltState = m_effortState = m_shelfState = 0;
     m_effort = {FromDb(kEffortAtRest)};
     m_tiltHz = {5000};
     m_shelfGain = {0};
@@ -124,6 +152,11 @@ float Singer::VoiceControl(int index) const {
 }
 
 float Singer::Pace(float milliseconds) const {
+    const auto whole = static_cast<size_t>(milliseconds);
+    return whole < m_paces.size() && static_cast<float>(whole) == milliseconds ? m_paces[whole] : PaceOf(milliseconds);
+}
+
+float Singer::PaceOf(float milliseconds) const {
     return std::min(1.0F, 1 - std::exp(-static_cast<float>(kTickSamples * 1000 / m_rate) / milliseconds));
 }
 
@@ -154,8 +187,8 @@ uint32_t Singer::Step(int32_t eventCount, const RVEEvent* events, int16_t* sampl
         m_untilTick -= made;
         std::array<float, kTickSamples> sounds;
         MakeSamples(sounds.data(), made);
-        for (uint32_t i = 0; i < static_cast<uint32_t>(made) && m_sampleInStep + i < capacity; ++i)
-            samples[m_sampleInStep + i] = static_cast<int16_t>(std::lrint(Limit(sounds[i]) * 32767.0F));
+        const uint32_t room = capacity - std::min(capacity, m_sampleInStep);
+        ToIntegers(sounds.data(), std::min(static_cast<uint32_t>(made), room), samples + m_sampleInStep);
     }
     ++m_steps;
     m_stepStart += kStep;
@@ -270,30 +303,41 @@ void Singer::MoveTract(const Target& target, float f0) {
         m_noiseHz.Approach(target.noiseHz, noisePace);
         m_noiseBandwidth.Approach(target.noiseBandwidth, noisePace);
     }
-    const Poles hiss = PolesAt(m_noiseHz.value, m_noiseBandwidth.value, static_cast<float>(m_rate));
-    for (Band& band : m_hiss)
-        band.Set(hiss);
-    // A quarter turn times its width is what passes both bands; the noise's variance is a third.
-    m_hissGain = std::sqrt(3 * static_cast<float>(m_rate) / 2 / (0.785398F * m_noiseBandwidth.value));
+    if (target.noise > 0 || m_isFirstTick) {
+        const Poles hiss = PolesAt(m_noiseHz.value, m_noiseBandwidth.value, static_cast<float>(m_rate));
+        for (Band& band : m_hiss)
+            band.Set(hiss);
+        // A quarter turn times its width is what passes both bands; the noise's variance is a third.
+        m_hissGain = std::sqrt(3 * static_cast<float>(m_rate) / 2 / (0.785398F * m_noiseBandwidth.value));
+    }
 }
 
-float Singer::CornerHz() const { return m_tiltHz.value * std::pow(kMuffledHz / m_tiltHz.value, m_muffling.value); }
+float Singer::CornerHz() const {
+    return m_muffling.value == 0 ? m_tiltHz.value
+                                 : m_tiltHz.value * std::pow(kMuffledHz / m_tiltHz.value, m_muffling.value);
+}
 
 /// What brings the voice to an even level: the tract lifts some harmonics of some notes by twenty decibels and more.
 float Singer::LevelFor(float f0) const {
     const float step = 6.2831853F * f0 / static_cast<float>(m_rate);
     const float cut = 6.2831853F * m_tiltHz.value / static_cast<float>(m_rate);
-    float power = 0;
     const double first = std::cos(static_cast<double>(step));
-    double cosine = first, before = 1; // of each harmonic, by those of the two below it
-    for (int k = 1; k <= kLevelHarmonics && step * static_cast<float>(k) < 3.0F;
-         ++k, before = std::exchange(cosine, 2 * first * cosine - before)) {
-        const float w = step * static_cast<float>(k);
-        const float u = f0 * static_cast<float>(k) / kEffortHz;
-        power += static_cast<float>(m_tract.GainSquared(cosine)) /
-                 (static_cast<float>(k * k) * (1 + w * w / (cut * cut))) *
-                 (1 + m_effort.value * m_effort.value * u * u) / (1 + u * u);
+    VocalTract::Gains cosines; // of each harmonic, by those of the two below it
+    double before = 1, cosine = first;
+    for (double& each : cosines)
+        each = std::exchange(cosine, 2 * first * cosine - std::exchange(before, cosine));
+    const VocalTract::Gains gains = m_tract.GainsSquared(cosines);
+    std::array<float, VocalTract::kGains> powers;
+    for (size_t i = 0; i < powers.size(); ++i) {
+        const auto k = static_cast<float>(static_cast<int>(i) + 1);
+        const float w = step * k;
+        const float u = f0 * k / kEffortHz;
+        powers[i] = static_cast<float>(gains[i]) / (k * k * (1 + w * w / (cut * cut))) *
+                    (1 + m_effort.value * m_effort.value * u * u) / (1 + u * u);
     }
+    float power = 0;
+    for (size_t i = 0; i < powers.size() && step * static_cast<float>(i + 1) < 3.0F; ++i)
+        power += powers[i];
     const float rms = 0.5F * std::sqrt(power / 2);
     return kLevel * std::pow(std::max(rms, 0.01F), -kLevelEvenness);
 }
@@ -378,11 +422,9 @@ void Singer::Tick() {
     m_tiltHz.Approach(voice.tiltHz * Exp2(1.2F * VoiceControl(12)), brightnessPace);
     // Louder singing is brighter singing.
     m_effort.Approach(FromDb(kEffortAtRest + kEffort * effortDb), segment ? brightnessPace : 0);
-    m_effortShare = 1 - std::exp(-6.2831853F * kEffortHz / static_cast<float>(m_rate));
 
     m_tilt = 1 - std::exp(-6.2831853F * std::min(CornerHz(), 15000.0F) / static_cast<float>(m_rate));
     m_shelfGain.Approach(FromDb(9 * VoiceControl(14)) - 1, brightnessPace);
-    m_shelf = 1 - std::exp(-6.2831853F * 2500.0F / static_cast<float>(m_rate));
 }
 
 /// What a recorded person takes of the controls.
@@ -408,6 +450,26 @@ void Singer::MovePerson(const Segment* segment, Time now, float f0, float effort
 
 /// At most a tick's.
 void Singer::MakeSamples(float* samples, int count) {
+    if (m_shareNow == 0 && m_shareStep == 0)
+        MakeSyntheticAlone(samples, count);
+    else
+        MakeMixed(samples, count);
+    if (m_shelfGain.value == 0)
+        return; // nearly always; where it rises again, it rises from nothing
+    float shelf = m_shelfState;
+    for (int i = 0; i < count; ++i) {
+        shelf += (samples[i] - shelf) * m_shelf;
+        samples[i] += (samples[i] - shelf) * m_shelfGain.value;
+    }
+    m_shelfState = shelf;
+}
+
+void Singer::MakeSyntheticAlone(float* samples, int count) {
+    const int silent = MakeSynthetic(samples, count);
+    m_recordedNow = silent < count ? m_recordedStep : m_recordedNow + static_cast<float>(count) * m_recordedStep;
+}
+
+void Singer::MakeMixed(float* samples, int count) {
     std::array<float, kTickSamples> shares, synthetic;
     int wanted = 0; // of the synthetic sounds
     for (int i = 0; i < count; ++i) {
@@ -427,37 +489,50 @@ void Singer::MakeSamples(float* samples, int count) {
         m_recordedNow += m_recordedStep;
         if (share > 0.001F)
             sound += m_recorded.Next() * m_recordedNow * share;
-        m_shelfState += (sound - m_shelfState) * m_shelf;
-        samples[i] = sound + (sound - m_shelfState) * m_shelfGain.value;
+        samples[i] = sound;
     }
 }
 
 /// Returns the first of them from which on all is silent, as there is nothing to sing; `count` when there is none.
 int Singer::MakeSynthetic(float* sounds, int count) {
-    std::array<float, kTickSamples> units, hisses;
+    const Ramp voicing{m_voicingNow, m_voicingStep}, aspiration{m_aspirationNow, m_aspirationStep},
+        noise{m_noiseNow, m_noiseStep};
     int silent = count;
-    for (int i = 0; i < count; ++i) {
-        m_voicingNow += m_voicingStep;
-        m_aspirationNow += m_aspirationStep;
-        m_noiseNow += m_noiseStep;
-        if (m_voicingNow < kQuiet * 0.01F && m_aspirationNow < kQuiet * 0.01F && m_noiseNow < kQuiet * 0.01F &&
-            m_gain.value == 0) {
-            m_voicingNow = m_aspirationNow = m_noiseNow = 0;
-            silent = std::min(silent, i);
-        }
-        const float unit = m_random.Next();
-        const float white = unit * m_whiteLevel;
-        const float pulse = m_glottis.Next() + white * m_breathNow * m_glottis.Openness();
-        m_tiltState += (pulse - m_tiltState) * m_tilt;
-        m_effortState += (m_tiltState - m_effortState) * m_effortShare;
-        const float source = m_effortState + (m_tiltState - m_effortState) * m_effort.value;
-        sounds[i] = source * m_voicingNow + white * m_aspirationNow;
-        units[Place(i)] = unit;
-        hisses[Place(i)] = m_noiseNow;
+    if (m_gain.value == 0) {
+        const auto isQuiet = [](const Ramp& ramp, int i) { return ramp.At(i) < kQuiet * 0.01F; };
+        silent = 0;
+        while (silent < count && !(isQuiet(voicing, silent) && isQuiet(aspiration, silent) && isQuiet(noise, silent)))
+            ++silent;
     }
-    m_tract.Run(sounds, count);
+    m_voicingNow = silent < count ? 0 : voicing.At(count - 1);
+    m_aspirationNow = silent < count ? 0 : aspiration.At(count - 1);
+    m_noiseNow = silent < count ? 0 : noise.At(count - 1);
+
+    std::array<float, kTickSamples> units;
     for (int i = 0; i < count; ++i)
-        sounds[i] += m_hiss[1].Next(m_hiss[0].Next(units[Place(i)])) * m_hissGain * hisses[Place(i)];
+        units[Place(i)] = m_random.Next();
+    // Each sample follows from the one before it, in several filters at once, whose states stay in registers.
+    Glottis glottis = m_glottis;
+    float tilt = m_tiltState, effort = m_effortState;
+    for (int i = 0; i < count; ++i) {
+        const float pulse = glottis.Next() + units[Place(i)] * m_whiteLevel * m_breathNow * glottis.Openness();
+        tilt += (pulse - tilt) * m_tilt;
+        effort += (tilt - effort) * m_effortShare;
+        sounds[i] = effort + (tilt - effort) * m_effort.value;
+    }
+    m_glottis = glottis;
+    m_tiltState = tilt;
+    m_effortState = effort;
+    for (int i = 0; i < count; ++i)
+        sounds[i] = sounds[i] * voicing.At(i) + units[Place(i)] * m_whiteLevel * aspiration.At(i);
+    std::fill(sounds + silent, sounds + count, 0.0F);
+    m_tract.Run(sounds, count);
+    if (std::max(noise.At(0), noise.At(count - 1)) > kQuiet * 0.001F) {
+        std::array<Band, 2> hiss = m_hiss;
+        for (int i = 0; i < silent; ++i)
+            sounds[i] += hiss[1].Next(hiss[0].Next(units[Place(i)])) * m_hissGain * noise.At(i);
+        m_hiss = hiss;
+    }
     return silent;
 }
 

@@ -55,11 +55,15 @@ private:
     float LevelFor(float f0) const;
     void MovePerson(const Segment* segment, Time now, float f0, float effortDb);
     void MakeSamples(float* samples, int count);
+    void MakeSyntheticAlone(float* samples, int count);
+    void MakeMixed(float* samples, int count);
     int MakeSynthetic(float* sounds, int count);
     float Pace(float milliseconds) const;
+    float PaceOf(float milliseconds) const;
 
     double m_rate = 0;
     bool m_isStill = false;
+    std::array<float, 24> m_paces{}; ///< of whole milliseconds
     Time m_stepStart = 0;
     uint64_t m_steps = 0;
     uint32_t m_sampleInStep = 0;

@@ -14,13 +14,9 @@ class Antiresonator {
 public:
     void Reset() { m_x1 = m_x2 = 0; }
     void Set(const Poles& zeros);
-    double GainSquared(double cosine) const { return m_a * m_a * PolynomialSquared(m_b, m_c, cosine); }
-    float Next(float x) {
-        const float y = m_a * (x - m_b * m_x1 - m_c * m_x2);
-        m_x2 = m_x1;
-        m_x1 = x;
-        return y;
-    }
+    double GainSquared(double cosine) const { return m_a * m_a * PolynomialSquared(m_b, m_c).At(cosine); }
+    /// The samples go through it, in place.
+    void Run(float* samples, int count);
 
 private:
     float m_a = 1, m_b = 0, m_c = 0;
@@ -51,16 +47,15 @@ private:
 class VocalTract {
 public:
     void Reset();
-    void Set(int formant, float hz, float bandwidth, float rate) {
-        const Poles poles = PolesAt(hz, bandwidth, rate);
-        m_chain.Set(formant, poles);
-        m_boostBands[Place(formant)].Set(poles);
-    }
+    void Set(int formant, float hz, float bandwidth, float rate);
     /// The resonances above the formants: the first one's place, and how far apart they are.
     void SetUpper(float hz, float apart, float rate);
     /// Where the nose resonates, and where its notch is.
     void SetNose(float hz, float notchHz, float rate);
-    double GainSquared(double cosine) const;
+    /// The squares of the gains at so many frequencies, which are given by the cosines of their angles (a sample).
+    static constexpr size_t kGains = 12;
+    using Gains = std::array<double, kGains>;
+    Gains GainsSquared(const Gains& cosines) const;
     /// Amplitude of one formant's band beside the rest: 1 leaves it as it is.
     void SetBoost(int formant, float gain);
     /// The samples go through it, in place.
@@ -69,12 +64,20 @@ public:
 private:
     static constexpr int kUpper = 9;
     static constexpr int kNose = kUpper; ///< the stage behind them
+    static constexpr int kFirstFormant = Cascade::kStages - kFormants;
+    static_assert(kNose < kFirstFormant);
+    /// What a resonance was set to.
+    struct Setting {
+        float hz = 0, bandwidth = 0;
+        /// Whether it is to be set anew: what nobody could hear need not be.
+        bool Moves(float toHz, float toBandwidth);
+    };
 
-    Cascade<1> m_chain;
-    static_assert(decltype(m_chain)::kStages == kFormants);
-    Cascade<3> m_upper;
+    Cascade m_chain;                       ///< the upper ones first: the formants soften what their moving does
     float m_upperHz = 0, m_upperApart = 0; ///< what they were set to
+    std::array<Setting, kFormants> m_formantSettings;
     Antiresonator m_notch;
+    Setting m_noseSetting, m_notchSetting;
     std::array<Band, kFormants> m_boostBands;
     std::array<float, kFormants> m_boosts{};
     bool m_boosted = false;
