@@ -271,6 +271,10 @@ TEST_CASE("replaced file: a name that is taken is neither used nor followed") {
 
 TEST_CASE("replaced file: what is no regular file is written into and stays what it is") {
     const TempFolder folder;
+    const auto openFiles = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), std::filesystem::directory_iterator());
+    };
+    const auto openBefore = openFiles();
     CHECK(Save("/dev/null", "new"));
     CHECK(std::filesystem::is_character_file("/dev/null"));
 
@@ -292,6 +296,7 @@ TEST_CASE("replaced file: what is no regular file is written into and stays what
           }) == 0);
     CHECK(folder.Content("out") == "said,saved");
     CHECK(folder.Names() == Texts{"out", "pipe"});
+    CHECK(openFiles() == openBefore);
 }
 
 #endif
