@@ -1,6 +1,7 @@
 // Songs of several parts, and several songs.
 #include "analysis.h"
 #include "run_command.h"
+#include "values.h"
 
 #include "errors.h"
 #include "part_choice.h"
@@ -72,8 +73,7 @@ TEST_CASE("choir: parts as users name them") {
     CHECK(ReadPartChoice("2", song).index == 1);
     CHECK(ReadPartChoice("7", song).index == 2); // a name comes first
     const PartChoice full = ReadPartChoice("s=Alice:-3.5:0.25", song);
-    CHECK((full.index == 0 && full.voice == "Alice"));
-    CHECK((full.decibels == -3.5 && full.pan == 0.25));
+    CHECK(Values{full.index, full.voice, full.decibels, full.pan.value_or(0)} == "0 Alice -3.5 0.25");
     CHECK(ReadPartChoice("s=::-1", song).pan == -1.0);
     for (const char* text : {"9", "0", "x", "", "s=a:b", "s=a:1:2", "s=a:99", "s=a:0:0:0", "s=a:nan"})
         CHECK_THROWS_AS_MESSAGE(ReadPartChoice(text, song), WrongUse, text);

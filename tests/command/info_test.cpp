@@ -2,6 +2,7 @@
 #include "describe.h"
 #include "errors.h"
 #include "run_command.h"
+#include "values.h"
 #include "wave_bytes.h"
 
 #include <doctest/doctest.h>
@@ -145,7 +146,7 @@ TEST_CASE("encode: an engine's file with the song's name, notes and tempos, or t
         voice.Lyric(i ? 120 : 0, "la").On(0, 60 + i).Off(360, 60 + i);
     const std::string song = folder.File("song.mid", MidiFile(1, 480, {conductor, voice}));
     Run run = folder.Torv("encode " + song + " -o command_test_files/engine.mid");
-    CHECK((run.status == 0 && run.said.find("5 notes") == 0));
+    CHECK(Values{run.status, run.said.find("5 notes")} == "0 0");
     run = folder.Torv("info command_test_files/engine.mid --json");
     REQUIRE(run.status == 0);
     const Json about = Json::parse(run.said);
@@ -167,9 +168,9 @@ TEST_CASE("encode: an engine's file with the song's name, notes and tempos, or t
 
     const std::string old = folder.File("old.mid", {'o', 'l', 'd'});
     run = folder.Torv("encode nowhere.mid -o " + old);
-    CHECK((run.status == 1 && fs::file_size(folder.path / "old.mid") == 3));
+    CHECK(Values{run.status, fs::file_size(folder.path / "old.mid")} == "1 3");
     run = folder.Torv("encode " + song + " -o command_test_files/nowhere/engine.mid");
-    CHECK((run.status == 1 && run.said.find("cannot be written") != std::string::npos));
+    CHECK(Values{run.status, run.said.find("cannot be written") != std::string::npos} == "1 1");
     CHECK(!fs::exists(folder.path / "nowhere"));
 }
 

@@ -45,7 +45,9 @@ TEST_CASE("mix: levels and pans, and names with colons") {
     for (const Row& row : rows) {
         CAPTURE(row.argument);
         const MixInput input = ParseMixInput(row.argument);
-        CHECK((input.path == row.path && input.level == row.level && input.pan == row.pan));
+        CHECK(input.path == row.path);
+        CHECK(input.level == row.level);
+        CHECK(input.pan == row.pan);
     }
 }
 

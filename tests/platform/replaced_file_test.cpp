@@ -272,7 +272,8 @@ TEST_CASE("replaced file: a name that is taken is neither used nor followed") {
 TEST_CASE("replaced file: what is no regular file is written into and stays what it is") {
     const TempFolder folder;
     const auto openFiles = [] {
-        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), std::filesystem::directory_iterator());
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
+                             std::filesystem::directory_iterator());
     };
     const auto openBefore = openFiles();
     CHECK(Save("/dev/null", "new"));

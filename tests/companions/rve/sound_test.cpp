@@ -215,7 +215,8 @@ TEST_CASE("vibrato: rate and depth as told, where told; tremolo") {
     }
     CHECK(highest == doctest::Approx(60).epsilon(0.15));
     CHECK(lowest == doctest::Approx(-60).epsilon(0.15));
-    CHECK((crossings >= 4 && crossings <= 6)); // five turns in 900 ms
+    CHECK(crossings >= 4); // five turns in 900 ms
+    CHECK(crossings <= 6);
 
     const auto swing = [](int depth) {
         Stream tremolo;
@@ -267,7 +268,9 @@ TEST_CASE("voices and voice controls: each changes what it is said to change") {
         }
         centres.push_back(weighted / sum);
     }
-    CHECK((centres[2] > centres[0] && centres[0] > centres[1] && centres[1] > centres[3])); // child, woman, man, bass
+    CHECK(centres[2] > centres[0]); // child, woman, man, bass
+    CHECK(centres[0] > centres[1]);
+    CHECK(centres[1] > centres[3]);
 
     Stream plain; // the first voice sings where none is named
     plain.Note({.note = 45, .phonemes = "a"});
