@@ -1,4 +1,5 @@
 // Mixing sounds.
+#include "level.h"
 #include "sound_object.h"
 
 #include <torv/audio/gain.h>
@@ -12,8 +13,7 @@ using namespace torv::c;
 
 namespace {
 
-constexpr double kQuietest = -120; // dB
-constexpr double kLoudest = 60;
+constexpr double kLoudestTrack = 60; // dB
 
 struct Track {
     const SoundObject* sound;
@@ -26,7 +26,7 @@ struct Track {
 class Tracks {
 public:
     void Add(const torv_mix_track& track) {
-        if (!(track.level >= kQuietest && track.level <= kLoudest) || !(track.pan >= -1 && track.pan <= 1))
+        if (!(track.level >= kQuietest && track.level <= kLoudestTrack) || !(track.pan >= -1 && track.pan <= 1))
             throw Failure{TORV_OUT_OF_RANGE, "a track has a level of -120 to 60 dB and a pan of -1 to 1"};
         const auto found = m_held.try_emplace(track.sound, nullptr).first;
         if (!found->second)

@@ -1,4 +1,5 @@
 // Parts of songs: what is known of one, and how it is sung.
+#include "level.h"
 #include "song_object.h"
 
 #include <algorithm>
@@ -7,9 +8,6 @@
 using namespace torv::c;
 
 namespace {
-
-constexpr double kQuietest = -120; // dB
-constexpr double kLoudest = 24;
 
 std::string& TextOf(torv::songs::Part& part, torv_part_text which) {
     switch (which) {
@@ -31,7 +29,7 @@ void Check(const torv_part& part) {
     need(part.channel >= -1 && part.channel <= 15, "a channel is 0 to 15, or -1 for none");
     need(part.program >= -1 && part.program <= 127, "a program is 0 to 127, or -1 for none");
     need(part.sing >= TORV_SING_WITH_WORDS && part.sing <= TORV_SING_NEVER, "sing is a torv_choice");
-    need(part.level >= kQuietest && part.level <= kLoudest, "a level is -120 to 24 dB");
+    CheckLevel(part.level);
     need((part.pan >= -1 && part.pan <= 1) || part.pan == TORV_PAN_STAGE, "a pan is -1 to 1, or TORV_PAN_STAGE");
 }
 

@@ -1,6 +1,7 @@
 #include "player_object.h"
 
 #include "device_play.h"
+#include "level.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,12 +12,9 @@ namespace {
 
 constexpr uint64_t kNoSeek = UINT64_MAX;
 constexpr float kFullScale = 1.0F / 32768;
-constexpr double kQuietest = -120; // dB
-constexpr double kLoudest = 24;
 
 double GainOf(double level) {
-    if (!(level >= kQuietest && level <= kLoudest))
-        throw Failure{TORV_OUT_OF_RANGE, "a level is -120 to 24 dB"};
+    CheckLevel(level);
     return std::pow(10, level / 20);
 }
 

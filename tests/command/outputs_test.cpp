@@ -17,8 +17,6 @@
 
 namespace {
 
-const std::string kIn = "command_test_files/";
-
 /// So many bars of two seconds.
 FileBytes Song(int bars, int key) {
     TrackBytes voice;

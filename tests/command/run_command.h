@@ -16,6 +16,9 @@ struct Run {
     std::string said;
 };
 
+/// As a command line names the folder below.
+inline const std::string kIn = "command_test_files/";
+
 /// A folder for one test's files beside the program, whose user's own data are there too.
 struct Folder {
     fs::path path = fs::current_path() / "command_test_files";
@@ -37,7 +40,7 @@ struct Folder {
     std::string File(const std::string& name, const FileBytes& bytes) const {
         std::ofstream(path / name, std::ios::binary)
             .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-        return "command_test_files/" + name;
+        return kIn + name;
     }
     /// What it said stands in a file of its own meanwhile: two that run at once have two.
     Run Torv(const std::string& arguments, const std::string& saidName = "said.txt") const {
@@ -48,7 +51,7 @@ struct Folder {
 #endif
     }
     Run Shell(const std::string& line, const std::string& saidName = "said.txt") const {
-        const std::string to = " > command_test_files/" + saidName + " 2>&1";
+        const std::string to = " > " + kIn + saidName + " 2>&1";
 #ifdef _WIN32
         // Its shell heeds the last place that output is sent to, so a line with one of its own stays as it is.
         const int status = std::system((line.find('>') == std::string::npos ? line + to : line).c_str());

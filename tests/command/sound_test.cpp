@@ -11,8 +11,6 @@
 
 namespace {
 
-const std::string kIn = "command_test_files/";
-
 std::vector<double> SamplesOf(const std::string& path) {
     const auto sound = OpenSound(path);
     std::vector<double> samples(sound->Frames() * sound->Channels());

@@ -17,7 +17,7 @@ struct Curve : CxQMOutBreakPoint {
     using CxQMOutBreakPoint::WriteEvent;
 };
 
-const tagSequenceTimeMap kMap[] = {{500000, 0, 0}, {0, 0xFFFFFFFF, 0xFFFFFFFF}};
+const tagSequenceTimeMap kEvenMap[] = {{500000, 0, 0}, {0, 0xFFFFFFFF, 0xFFFFFFFF}};
 
 } // namespace
 
@@ -39,7 +39,7 @@ TEST_CASE("list output: the samples without repeats, or the list as it was") {
 TEST_CASE("outputs: nothing to write, nowhere to write it, and nothing to attach") {
     CQuillMidiBuffer buffer; // not created
     tagQuillMidiRealtimeInfo info{};
-    info.map = kMap;
+    info.map = kEvenMap;
     CBreakPointList list;
     Curve none({});
     Curve some({{480, 9}});

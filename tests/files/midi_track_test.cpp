@@ -35,18 +35,18 @@ std::vector<Event> EventsOf(CxMidiTrack& track) {
     return events;
 }
 
-const Bytes kGood{0x81, 0x00, 0x90, 0x3C, 0x40,             // note on after 128 ticks
-                  0x10, 0x3C, 0x00,                         // running status: the same note at velocity 0
-                  0x00, 0xC1, 0x05,                         // two bytes only
-                  0x05, 0xF0, 0x03, 0x01, 0x02, 0xF7,       // system exclusive of three bytes
-                  0x00, 0xFF, 0x51, 0x03, 0x07, 0xA1, 0x20, // tempo
-                  0x7F, 0xE2, 0x00, 0x40,                   // bend
-                  0x00, 0xFF, 0x2F, 0x00};
+const Bytes kWholeTrack{0x81, 0x00, 0x90, 0x3C, 0x40,             // note on after 128 ticks
+                        0x10, 0x3C, 0x00,                         // running status: the same note at velocity 0
+                        0x00, 0xC1, 0x05,                         // two bytes only
+                        0x05, 0xF0, 0x03, 0x01, 0x02, 0xF7,       // system exclusive of three bytes
+                        0x00, 0xFF, 0x51, 0x03, 0x07, 0xA1, 0x20, // tempo
+                        0x7F, 0xE2, 0x00, 0x40,                   // bend
+                        0x00, 0xFF, 0x2F, 0x00};
 
 } // namespace
 
 TEST_CASE("midi track: every kind of event, and a track that breaks off anywhere") {
-    CxMidiTrack track = TrackOf(kGood);
+    CxMidiTrack track = TrackOf(kWholeTrack);
     const std::vector<Event> expected{{128, {0x90, 0x3C, 0x40}, {}},
                                       {16, {0x90, 0x3C, 0x00}, {}},
                                       {0, {0xC1, 0x05, 0x00}, {}},
@@ -71,8 +71,8 @@ TEST_CASE("midi track: every kind of event, and a track that breaks off anywhere
     CHECK(Values(copy.GetChannelFilter(-1), copy.GetChannelFilter(0), copy.GetChannelFilter(15),
                  copy.GetChannelFilter(16)) == "0 1 1 0");
 
-    for (auto end = kGood.begin(); end != kGood.end(); ++end) {
-        const Bytes cut(kGood.begin(), end); // its own end, for the sanitizer
+    for (auto end = kWholeTrack.begin(); end != kWholeTrack.end(); ++end) {
+        const Bytes cut(kWholeTrack.begin(), end); // its own end, for the sanitizer
         CxMidiTrack part = TrackOf(cut);
         const auto events = EventsOf(part);
         CHECK(events.size() < expected.size());

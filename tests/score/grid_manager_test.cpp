@@ -15,8 +15,8 @@ namespace {
 constexpr LONG kMax = 0x7FFFFFFF;
 constexpr LONG kMin = -kMax - 1;
 
-struct Master : CMasterTrack {
-    explicit Master(tagTimeSignature initial = {}) {
+struct Signatures : CMasterTrack {
+    explicit Signatures(tagTimeSignature initial = {}) {
         Create();
         SetInitialTimeSig(initial);
     }
@@ -27,7 +27,7 @@ struct Master : CMasterTrack {
     }
 };
 
-CGridManager GridOver(Master& master) {
+CGridManager GridOver(Signatures& master) {
     CGridManager grid;
     CHECK(grid.Update(&master) == 1);
     return grid;
@@ -91,7 +91,7 @@ TEST_CASE("grid: the resolutions, the song's signatures, null pointers") {
     const std::string plain = "96 60 60 4/4 | 96 250 1 120 4 24 24 | 1 120 4 24 | 0 40 2 40 2";
     Grid grid;
     CHECK(show(grid) == plain);
-    Master master({3, 2});
+    Signatures master({3, 2});
     const tagGridResolution resolution{200, 30};
     CHECK(grid.Create(&master, &resolution, 15) == 1);
     const std::string changed = "200 30 15 3/4 | 200 120 3 60 4 25 25 | 6 30 8 12 | 0 10 0 10 0";
@@ -173,7 +173,7 @@ TEST_CASE("grid: song positions, worked by hand") {
          {{1000, "1/128"}, {65000, "2/128"}}},
     };
     for (const Song& song : songs) {
-        Master master(song.initial);
+        Signatures master(song.initial);
         for (const Change& change : song.changes)
             master.Change(change.delta, change.numerator, change.exponent);
         const Grid grid = GridOver(master);

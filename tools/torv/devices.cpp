@@ -41,10 +41,9 @@ void ListDevices(bool json) {
         PrintNames("MIDI outputs", midis, "");
         return;
     }
-    using Json = nlohmann::ordered_json;
-    Json list{{"waveOutputs", Json::array()}, {"midiOutputs", midis}};
+    nlohmann::ordered_json list{{"waveOutputs", nlohmann::ordered_json::array()}, {"midiOutputs", midis}};
     for (const std::string& name : waves)
         list["waveOutputs"].push_back({{"name", name}, {"default", &name == &waves.front()}});
     // The system may cut a name in the middle of a character.
-    std::printf("%s\n", list.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+    std::printf("%s\n", list.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace).c_str());
 }

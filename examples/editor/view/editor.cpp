@@ -18,8 +18,8 @@ namespace {
 bool IsSongFile(const std::string& file) {
     std::string ending = std::filesystem::path(file).extension().string();
     std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return std::tolower(c); });
-    constexpr const char* kEndings[] = {".mid", ".midi", ".kar", ".xml", ".musicxml", ".mxl", ".ust"};
-    return std::find(std::begin(kEndings), std::end(kEndings), ending) != std::end(kEndings);
+    constexpr const char* kSongEndings[] = {".mid", ".midi", ".kar", ".xml", ".musicxml", ".mxl", ".ust"};
+    return std::find(std::begin(kSongEndings), std::end(kSongEndings), ending) != std::end(kSongEndings);
 }
 
 } // namespace

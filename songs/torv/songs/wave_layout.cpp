@@ -29,7 +29,7 @@ constexpr TagName kTagNames[] = {
 bool IsPrintable(int c) { return c >= ' ' && c <= '~'; }
 
 template <size_t Size>
-struct Bytes {
+struct Header {
     std::array<unsigned char, Size> values{};
     uint64_t count = 0; ///< that are there
 
@@ -49,8 +49,8 @@ struct Bytes {
 };
 
 template <size_t Size>
-Bytes<Size> ReadAt(std::istream& file, uint64_t offset, uint64_t most = Size) {
-    Bytes<Size> bytes;
+Header<Size> ReadAt(std::istream& file, uint64_t offset, uint64_t most = Size) {
+    Header<Size> bytes;
     file.clear();
     file.seekg(static_cast<std::streamoff>(offset));
     file.read(reinterpret_cast<char*>(bytes.values.data()),

@@ -7,9 +7,9 @@ namespace {
 constexpr BYTE kDefaultButton[] = {
 #include "default_button.inc"
 };
-constexpr torv::BitmapEntry kEntries[] = {{1000, kDefaultButton}};
+constexpr torv::BitmapEntry kBitmaps[] = {{1000, kDefaultButton}};
 
-const torv::BitmapTable g_table(kEntries);
+const torv::BitmapTable g_bitmaps(kBitmaps);
 
 } // namespace
 #endif

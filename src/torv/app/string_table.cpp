@@ -4,13 +4,13 @@
 #if !defined(_WIN32)
 namespace {
 
-constexpr torv::StringEntry kEntries[] = {
+constexpr torv::StringEntry kStrings[] = {
 #define TORV_STRING(id, text) {id, text},
 #include "torv/app/string_table.inc"
 #undef TORV_STRING
 };
 
-const torv::StringTable g_table(kEntries);
+const torv::StringTable g_strings(kStrings);
 
 } // namespace
 #endif

@@ -8,6 +8,9 @@ namespace torv {
 /// As a region's end, in milliseconds: the song's, wherever that is.
 constexpr DWORD kOpenRegionEnd = 0x7FFFFFFF;
 
+/// Milliseconds between two looks of a thread that waits for another's progress.
+constexpr DWORD kLookInterval = 1;
+
 /// Where a play is to go and how far its two threads are: all that the host, the synthesis thread and the wave-output
 /// thread know of each other. Positions are milliseconds from the song's start. Any thread may ask; what changes
 /// several values at once is called while the others are stopped. Nothing here waits.

@@ -3,8 +3,7 @@
 namespace torv {
 namespace {
 
-constexpr DWORD kFullRingWait = 50; // milliseconds, as the next one
-constexpr DWORD kMarkWait = 1;
+constexpr DWORD kFullRingWait = 50; // milliseconds
 
 template <class Try>
 bool Await(const PlayState& state, DWORD interval, Try isDone) {
@@ -31,7 +30,7 @@ bool RingWriter::Close(size_t track) {
 }
 
 bool RingWriter::Mark(size_t track) {
-    return Await(m_state, kMarkWait, [&] { return m_ring.Mark(track); });
+    return Await(m_state, kLookInterval, [&] { return m_ring.Mark(track); });
 }
 
 } // namespace torv

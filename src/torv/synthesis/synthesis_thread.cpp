@@ -7,8 +7,6 @@
 namespace torv {
 namespace {
 
-constexpr DWORD kWait = 1; // milliseconds
-
 LONGLONG StepBefore(LONGLONG sample) { return sample - sample % kStepSamples; }
 
 } // namespace
@@ -27,7 +25,7 @@ void SynthesisThread::Run() {
         track.engine.Start();
     BeginPass(m_state.FirstPassBegin());
     while (DoNext())
-        Sleep(m_finished ? kWait : 0);
+        Sleep(m_finished ? kLookInterval : 0);
     for (SynthTrack& track : m_ring->Tracks())
         track.engine.Stop();
 }
@@ -114,7 +112,7 @@ bool SynthesisThread::EndPass() {
         if (!m_writer.Mark(i))
             return false;
     m_ring->Align();
-    for (; m_state.IsPlaying() && !m_state.HasOutputStarted(); Sleep(kWait))
+    for (; m_state.IsPlaying() && !m_state.HasOutputStarted(); Sleep(kLookInterval))
         if (m_state.IsInterrupted())
             return false;
     return true;

@@ -13,8 +13,7 @@ namespace {
 constexpr WORD kPlayBegins = 4; ///< the host's notification that a play is about to begin
 constexpr double kBufferSeconds = 0.1;
 constexpr DWORD kBuffersToBegin = 2;
-constexpr DWORD kWait = 1; // milliseconds, as is the next one
-constexpr DWORD kDelayWait = 5;
+constexpr DWORD kDelayWait = 5; // milliseconds
 
 DWORD BufferBlocks(const SynthRing& ring) {
     return std::max<DWORD>(static_cast<DWORD>(ring.Format().nSamplesPerSec * kBufferSeconds) / ring.FrameSize(), 1);
@@ -72,7 +71,7 @@ bool WaveOutThread::AwaitData() {
     m_host.Notify(kPlayBegins, position);
     PostPosition(position);
     m_position = SampleAt(m_state.FirstPassBegin());
-    for (;; Sleep(kWait)) {
+    for (;; Sleep(kLookInterval)) {
         if (m_state.IsStopAsked())
             return false;
         MSG message;
@@ -98,7 +97,7 @@ void WaveOutThread::Prime() {
 }
 
 WaveOutThread::Outcome WaveOutThread::Feed() {
-    for (m_idleTurns = 0;; Sleep(kWait)) {
+    for (m_idleTurns = 0;; Sleep(kLookInterval)) {
         if (m_state.IsStopAsked() || !TakeMessages())
             return Outcome::Ended;
         if (m_isReseeking && AreBothBack()) {

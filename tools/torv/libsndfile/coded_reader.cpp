@@ -1,14 +1,9 @@
 #include "coded_sound.h"
-
-#include <sndfile.h>
+#include "sound_file.h"
 
 #include <istream>
 
 namespace {
-
-struct Closer {
-    void operator()(SNDFILE* file) const { sf_close(file); }
-};
 
 class CodedReader : public SoundReader {
 public:
@@ -62,7 +57,7 @@ private:
     }
 
     std::istream& m_file;
-    std::unique_ptr<SNDFILE, Closer> m_sound;
+    SoundFile m_sound;
 };
 
 } // namespace

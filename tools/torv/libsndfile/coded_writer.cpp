@@ -1,8 +1,7 @@
 #include "coded_sound.h"
 
 #include "errors.h"
-
-#include <sndfile.h>
+#include "sound_file.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -10,11 +9,6 @@
 namespace {
 
 constexpr unsigned kFloatBits = 32;
-
-struct Closer {
-    void operator()(SNDFILE* file) const { sf_close(file); }
-};
-using SoundFile = std::unique_ptr<SNDFILE, Closer>;
 
 /// Kinds that are compressed with loss: how many bits a sample has is no question there.
 constexpr struct {

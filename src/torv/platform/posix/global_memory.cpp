@@ -23,7 +23,7 @@ struct Block {
 };
 
 /// Every live block by its handle.
-class Table {
+class BlockTable {
 public:
     /// Null, with the table as it was, when there is no memory for the entry.
     HGLOBAL Add(Block block) {
@@ -55,7 +55,7 @@ private:
     std::uintptr_t m_next = 0xFFFF;
 };
 
-Table& TheTable() { return torv::Immortal<Table>(); }
+BlockTable& TheBlocks() { return torv::Immortal<BlockTable>(); }
 
 } // namespace
 
@@ -67,14 +67,14 @@ HGLOBAL GlobalAlloc(UINT flags, SIZE_T bytes) {
         block.bytes.reset(flags & GMEM_ZEROINIT ? std::calloc(room, 1) : std::malloc(room));
     }
     const bool isWhole = block.bytes || (bytes == 0 && block.moveable);
-    const HGLOBAL handle = isWhole ? TheTable().Add(std::move(block)) : nullptr;
+    const HGLOBAL handle = isWhole ? TheBlocks().Add(std::move(block)) : nullptr;
     if (!handle)
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     return handle;
 }
 
 LPVOID GlobalLock(HGLOBAL memory) {
-    return TheTable().With(memory, [](Block& block) {
+    return TheBlocks().With(memory, [](Block& block) {
         if (block.moveable && block.bytes)
             ++block.locks;
         return block.bytes.get();
@@ -82,7 +82,7 @@ LPVOID GlobalLock(HGLOBAL memory) {
 }
 
 BOOL GlobalUnlock(HGLOBAL memory) {
-    return TheTable().With(memory, [](Block& block) {
+    return TheBlocks().With(memory, [](Block& block) {
         if (!block.moveable)
             return TRUE;
         SetLastError(block.locks ? NO_ERROR : ERROR_NOT_LOCKED);
@@ -91,7 +91,7 @@ BOOL GlobalUnlock(HGLOBAL memory) {
 }
 
 HGLOBAL GlobalFree(HGLOBAL memory) {
-    if (!memory || TheTable().Remove(memory))
+    if (!memory || TheBlocks().Remove(memory))
         return nullptr;
     SetLastError(ERROR_INVALID_HANDLE);
     return memory;

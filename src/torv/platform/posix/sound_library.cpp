@@ -30,12 +30,12 @@ SDL_AudioFormat DeviceFormat(const WAVEFORMATEX& format) {
     }
 }
 
-class Lock {
+class DeviceLock {
 public:
-    explicit Lock(SDL_AudioDeviceID device) : m_device(device) { SDL_LockAudioDevice(m_device); }
-    Lock(const Lock&) = delete;
-    Lock& operator=(const Lock&) = delete;
-    ~Lock() { SDL_UnlockAudioDevice(m_device); }
+    explicit DeviceLock(SDL_AudioDeviceID device) : m_device(device) { SDL_LockAudioDevice(m_device); }
+    DeviceLock(const DeviceLock&) = delete;
+    DeviceLock& operator=(const DeviceLock&) = delete;
+    ~DeviceLock() { SDL_UnlockAudioDevice(m_device); }
 
 private:
     const SDL_AudioDeviceID m_device;
@@ -67,14 +67,14 @@ public:
     bool IsOpen() const { return m_device != 0; }
 
     void Write(const WaveBlock& block) override {
-        const Lock lock(m_device);
+        const DeviceLock lock(m_device);
         m_blocks.Push(block);
     }
     void Pause() override { SDL_PauseAudioDevice(m_device, 1); }
     void Restart() override { SDL_PauseAudioDevice(m_device, 0); }
     void Reset() override {
         {
-            const Lock lock(m_device);
+            const DeviceLock lock(m_device);
             m_blocks.Clear();
             m_offset = 0;
         }

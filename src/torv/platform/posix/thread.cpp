@@ -14,16 +14,16 @@ namespace {
 
 using torv::ThreadState;
 
-struct Table {
+struct ThreadTable {
     std::shared_mutex mutex;
     std::unordered_map<HANDLE, std::shared_ptr<ThreadState>> handles;
     ULONG_PTR lastHandle = 0xFFFF; // handles are never used twice
 };
 
-Table& TheTable() { return torv::Immortal<Table>(); }
+ThreadTable& TheThreads() { return torv::Immortal<ThreadTable>(); }
 
 HANDLE NewHandle(std::shared_ptr<ThreadState> thread) {
-    Table& table = TheTable();
+    ThreadTable& table = TheThreads();
     const std::unique_lock lock(table.mutex);
     const auto handle = reinterpret_cast<HANDLE>(++table.lastHandle);
     table.handles.emplace(handle, std::move(thread));
@@ -33,7 +33,7 @@ HANDLE NewHandle(std::shared_ptr<ThreadState> thread) {
 std::shared_ptr<ThreadState> Find(HANDLE handle) {
     if (handle == GetCurrentThread())
         return ThreadState::Find(ThreadState::Current().Id());
-    Table& table = TheTable();
+    ThreadTable& table = TheThreads();
     const std::shared_lock lock(table.mutex);
     const auto found = table.handles.find(handle);
     return found != table.handles.end() ? found->second : nullptr;
@@ -98,7 +98,7 @@ BOOL DuplicateHandle(HANDLE, HANDLE source, HANDLE, LPHANDLE target, DWORD, BOOL
 }
 
 BOOL CloseHandle(HANDLE handle) {
-    Table& table = TheTable();
+    ThreadTable& table = TheThreads();
     const std::unique_lock lock(table.mutex);
     if (table.handles.erase(handle) > 0 || handle == GetCurrentThread() || handle == GetCurrentProcess())
         return TRUE;

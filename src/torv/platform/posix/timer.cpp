@@ -32,13 +32,13 @@ struct Timer {
     bool stopped = false; // guarded by the mutex
 };
 
-struct Table {
+struct TimerTable {
     std::mutex mutex;
     std::unordered_map<UINT, std::shared_ptr<Timer>> timers;
     UINT lastNumber = 0;
 };
 
-Table& TheTable() { return torv::Immortal<Table>(); }
+TimerTable& TheTimers() { return torv::Immortal<TimerTable>(); }
 
 /// False when the timer was stopped before.
 bool WaitUntil(Timer& timer, Clock::time_point deadline) {
@@ -46,7 +46,7 @@ bool WaitUntil(Timer& timer, Clock::time_point deadline) {
     return !timer.wake.wait_until(lock, deadline, [&] { return timer.stopped; });
 }
 
-void Run(const std::shared_ptr<Timer>& timer, Clock::time_point start) {
+void RunTimer(const std::shared_ptr<Timer>& timer, Clock::time_point start) {
     Clock::time_point deadline = start + timer->delay;
     while (WaitUntil(*timer, deadline)) {
         timer->callback(timer->number, 0, timer->user, 0, 0);
@@ -57,7 +57,7 @@ void Run(const std::shared_ptr<Timer>& timer, Clock::time_point start) {
         if (late > late.zero())
             deadline += timer->delay * (late / timer->delay);
     }
-    Table& table = TheTable();
+    TimerTable& table = TheTimers();
     const std::lock_guard lock(table.mutex);
     table.timers.erase(timer->number);
     if (timer->thread.joinable())
@@ -88,7 +88,7 @@ UINT timeSetEvent(UINT delay, UINT, LPTIMECALLBACK callback, DWORD_PTR user, UIN
     if (!callback || !InRange(delay) || (flags & ~(TIME_PERIODIC | TIME_KILL_SYNCHRONOUS)) != 0)
         return 0;
     const auto start = Clock::now();
-    Table& table = TheTable();
+    TimerTable& table = TheTimers();
     const std::lock_guard lock(table.mutex); // until the timer has its thread, which may be over at once
     do
         ++table.lastNumber;
@@ -102,7 +102,7 @@ UINT timeSetEvent(UINT delay, UINT, LPTIMECALLBACK callback, DWORD_PTR user, UIN
         timer->callback = callback;
         timer->user = user;
         table.timers.emplace(number, timer);
-        timer->thread = std::thread(Run, timer, start); // last: it cannot be called back
+        timer->thread = std::thread(RunTimer, timer, start); // last: it cannot be called back
         return true;
     });
     if (!isSet)
@@ -114,7 +114,7 @@ MMRESULT timeKillEvent(UINT number) {
     std::shared_ptr<Timer> timer;
     std::thread waitedFor;
     {
-        Table& table = TheTable();
+        TimerTable& table = TheTimers();
         const std::lock_guard lock(table.mutex);
         const auto found = table.timers.find(number);
         if (found == table.timers.end())
