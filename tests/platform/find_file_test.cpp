@@ -1,7 +1,9 @@
 #include "platform/temp_folder.h"
+#include "torv/platform/path.h"
 
 #include <doctest/doctest.h>
 
+#include <cstring>
 #include <string>
 
 namespace {
@@ -96,4 +98,12 @@ TEST_CASE("CFileFind: a match becomes current one step after it was found") {
     CHECK(find.IsDirectory());
     CHECK_FALSE(find.FindFile(folder.Path("*.txt").c_str()));
     CHECK(find.GetFileName() == "");
+}
+
+TEST_CASE("search: the folder of temporary files, or the room that its name takes") {
+    char path[MAX_PATH + 1];
+    const DWORD length = GetTempPathA(sizeof path, path);
+    CHECK(length == std::strlen(path));
+    CHECK(path[length - 1] == torv::kPathSeparator);
+    CHECK(GetTempPathA(length, path) == length + 1);
 }
