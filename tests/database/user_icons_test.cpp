@@ -167,7 +167,9 @@ TEST_CASE("user icons: what the external library keeps has its number, whether i
     CHECK(host.AboutModel(0x01018001) == "none");
     // The item's number, though its file is gone.
     CHECK(host.AboutModel(0x01018002) == "01018002 ours '' 240 from 1 shape 3 64 of 259 2 Their singer ");
-    CHECK(manager.RegisterIconObject(Attack("a").release()) == 0x01018003);
+    host.TakeCalls();
+    CHECK(Values{manager.RegisterIconObject(Attack("a").release()), host.TakeCalls()} ==
+          Values(0x01018003, "CreateVirtualExpItem ")); // asked once, for none that is taken
 
     // Another host has put in two meanwhile: their numbers are seen when the first is refused.
     keep(4, "theirs", "4.aic");
@@ -214,6 +216,9 @@ TEST_CASE("user icons: a caption is changed for good") {
                  host.TakeCalls()} == "1 New; caption SetVirtualExpItemCaption ");
     host.Reopen();
     CHECK(manager.GetModelIconObject(id)->GetCaption() == "New; caption");
+    CHECK(manager.GetExpressionDB()->SetUserItemCaption(copy, "Newer") == 1); // and nothing else since it was opened
+    host.Reopen();
+    CHECK(manager.GetModelIconObject(id)->GetCaption() == "Newer");
     for (const int variation : {1, 0x8009}) // a preset, and none
         CHECK(manager.GetExpressionDB()->SetUserItemCaption(*Attack("a", 1, variation), "x") == 0);
     CHECK(manager.GetModelIconObject(0x01010001)->GetCaption() == "plain");

@@ -217,6 +217,7 @@ namespace {
 
 /// Lets another process do something and answers how it ended, as wait tells it.
 int InAnotherProcess(const std::function<void()>& work) {
+    std::fflush(stdout); // else both may write what has been said until here
     const pid_t child = fork();
     if (child == 0) {
         work();

@@ -57,9 +57,9 @@ TEST_CASE("MIDI files: divisions become 480 ticks, times of SMPTE become millise
     };
     CHECK(noteOf(96) == std::vector<uint32_t>{500, 500, 1000000});
     CHECK(noteOf(480) == std::vector<uint32_t>{100, 100, 1000000});
-    CHECK(noteOf(1024) == std::vector<uint32_t>{47, 47, 1000000});    // 46.875, 93.75
-    CHECK(noteOf(0xE728) == std::vector<uint32_t>{100, 100, 480000}); // 25 frames of 40: a tick a millisecond
-    CHECK(noteOf(0xE350) == std::vector<uint32_t>{42, 41, 480000});   // 29.97 frames of 80: 0.4171 ms; 41.7, 83.4
+    CHECK(noteOf(1024) == std::vector<uint32_t>{47, 47, 1000000});      // 46.875, 93.75
+    CHECK(noteOf(0xE728) == std::vector<uint32_t>{100, 100, 480000});   // 25 frames of 40: a tick a millisecond
+    CHECK(noteOf(0xE301) == std::vector<uint32_t>{3337, 3336, 480000}); // 29.97 frames of 33.37 ms: 3336.7, 6673.3
 }
 
 TEST_CASE("MIDI files: running status, zero velocity, overlaps of one key, notes without an end") {
