@@ -216,7 +216,8 @@ TEST_CASE("stream: does what clocks in a list do, whatever the blocks are, and l
                 default:
                     REQUIRE(stream.RemoveEntry() == plain.Remove());
                 }
-                REQUIRE(PlaceOf(stream) == plain.Place());
+                if (below(2)) // looking puts the cursor right, so that it may not do so after every step
+                    REQUIRE(PlaceOf(stream) == plain.Place());
                 REQUIRE(stream.IsValidLocation());
                 REQUIRE(stream.GetStreamLength() == plain.Length());
             }
@@ -241,6 +242,7 @@ TEST_CASE("stream: the stored bytes, and the distance that the caller is told") 
     CHECK(WordsOf(stream) == four);
     CHECK(stream.MoveTo(0xFFFFFFFF) == kMaxClock);
     CHECK(PlaceOf(stream) == "-2 300 2147483347 0");
+    CHECK(Values{stream.InsertEntry(entry.data(), 1), stream.GetStreamLength()} == Values(1, kMaxClock));
     stream.Empty();
     CHECK(WordsOf(stream) == Words{0x7FFFFFFF, 0xFFFFFFFE});
 }
