@@ -16,7 +16,6 @@ namespace songs = torv::songs;
 
 namespace {
 
-constexpr DWORD kRate = 44100;
 constexpr int kFirstVerse = 1;
 
 /// As it would be typed.
@@ -95,7 +94,7 @@ double ExportWave(const Document& document, Library& library, const std::string&
     std::deque<SungWave> waves;
     std::vector<songs::SingJob> jobs;
     std::vector<tagMixDownTrack> tracks;
-    const auto lead = static_cast<DWORD>(uint64_t{score.LeadMilliseconds()} * kRate / 1000);
+    const auto lead = static_cast<DWORD>(uint64_t{score.LeadMilliseconds()} * Score::kRate / 1000);
     for (size_t i = 0; i < score.Parts().size(); ++i) {
         const Track& track = document.tracks[score.Parts()[i].track];
         if (!IsHeard(document, track))
@@ -108,7 +107,7 @@ double ExportWave(const Document& document, Library& library, const std::string&
     if (jobs.empty())
         throw EditorError(path + ": there is nothing to sing; write notes, or switch a track on");
     try {
-        songs::SingStreams(jobs, kRate, [&progress](double done, double total) { progress(done / total); });
+        songs::SingStreams(jobs, Score::kRate, [&progress](double done, double total) { progress(done / total); });
     } catch (const CFileException&) {
         throw EditorError(path + ": the disk has no room for what is sung; make room");
     }

@@ -16,7 +16,6 @@ constexpr WORD kEnd = 2;
 constexpr int kWhileSynthesizing = 1;
 constexpr int kChase = 1; // a play from the middle knows what was set before
 constexpr DWORD kNoDelay = 0;
-constexpr DWORD kRate = 44100;
 constexpr DWORD kOpenEnd = 0x7FFFFFFF;
 constexpr DWORD kLongestStep = 200; // milliseconds: positions are told every 100
 
@@ -62,9 +61,9 @@ void Player::Play(const Document& document, uint32_t from, std::optional<Loop> l
 
     // The order of these calls is the driver's.
     const auto tracks = static_cast<int>(m_score->Parts().size());
-    m_driver.SetPlayParameters(device.c_str(), &m_window, kMessage, kPosition, kRate, 0);
+    m_driver.SetPlayParameters(device.c_str(), &m_window, kMessage, kPosition, Score::kRate, 0);
     m_driver.SetPlayEndNortify(kEnd);
-    m_driver.RTS_SetSynthesisParam(kWhileSynthesizing, tracks, kNoDelay, kRate, Score::kPresend, kChase);
+    m_driver.RTS_SetSynthesisParam(kWhileSynthesizing, tracks, kNoDelay, Score::kRate, Score::kPresend, kChase);
     for (int i = 0; i < tracks; ++i) {
         m_streams.push_back(m_score->MakeStream(static_cast<size_t>(i)));
         m_driver.RTS_SetQuillMidiBuffer(i, m_streams.back().get());

@@ -33,6 +33,8 @@ public:
     /// What the voice engine hears of a part.
     std::unique_ptr<CQuillMidiBuffer> MakeStream(size_t part) const;
 
+    /// Samples a second, played and written.
+    static constexpr DWORD kRate = 44100;
     /// The engine must know of a note this long before it sounds, in milliseconds; so the score begins with as much
     /// rest, in whole measures, and its times are later than the document's by that.
     static constexpr DWORD kPresend = 2000;
