@@ -2,14 +2,11 @@
 
 #include "torv/files/shared_field.h"
 
-#include <algorithm>
-#include <functional>
-
 namespace torv {
 
 void MidiTrackQueue::Prepare(DWORD tracks) {
-    m_places.reserve(tracks);
-    m_places.clear();
+    m_nodes.reserve(tracks);
+    m_nodes.clear();
     m_stale = true;
 }
 
@@ -17,74 +14,55 @@ DWORD MidiTrackQueue::Take(tagMidiTrack* const* tracks, DWORD count, DWORD lastT
     chosen = nullptr;
     DWORD result = kMidiOk;
     // Asked before it is told: a plain look costs less than an exchange, which every event would pay for.
-    if (m_stale && m_stale.exchange(false))
+    if (m_now >= kLatest || (m_stale && m_stale.exchange(false))) {
         result = Rebuild(tracks, count, lastTick);
-    else if (m_taken)
-        result = Advance(tracks, lastTick);
+    } else if (m_taken) {
+        const DWORD index = TrackOf(m_nodes[0]);
+        Place place;
+        result = FindPlace(tracks, index, lastTick, place);
+        if (result == kMidiOk)
+            Climb(index, place);
+    }
     m_taken = false;
     if (result != kMidiOk) {
         m_stale = true; // until the malformed track is muted, every reading finds it again
         return result;
     }
-    if (m_places.empty())
+    if (m_nodes.empty() || m_nodes[0] == kNoPlace)
         return kMidiOk;
-    m_now = m_places.front().first;
+    m_now = m_nodes[0] >> kTrackBits;
     m_taken = true;
-    chosen = tracks[m_places.front().second];
+    chosen = tracks[TrackOf(m_nodes[0])];
     return kMidiOk;
 }
 
 DWORD MidiTrackQueue::Rebuild(tagMidiTrack* const* tracks, DWORD count, DWORD lastTick) {
-    m_places.clear();
+    m_nodes.assign(count, 0); // before all others, so that each track's way is made as if it came in later
     m_now = 0;
     for (DWORD i = 0; i < count; ++i) {
         Place place;
-        bool hasOne = false;
-        if (FindPlace(tracks, i, lastTick, place, hasOne) != kMidiOk)
+        if (FindPlace(tracks, i, lastTick, place) != kMidiOk)
             return kMidiError;
-        if (hasOne)
-            m_places.push_back(place);
+        Climb(i, place);
     }
-    std::make_heap(m_places.begin(), m_places.end(), std::greater<>());
     return kMidiOk;
 }
 
-/// The track on top takes the place of its next event.
-DWORD MidiTrackQueue::Advance(tagMidiTrack* const* tracks, DWORD lastTick) {
-    Place& top = m_places.front();
-    bool hasOne = false;
-    if (FindPlace(tracks, top.second, lastTick, top, hasOne) != kMidiOk)
-        return kMidiError;
-    if (!hasOne) {
-        top = m_places.back();
-        m_places.pop_back();
+/// The track's place up to where it loses; the first of all to the top.
+void MidiTrackQueue::Climb(DWORD index, Place place) {
+    Place* const nodes = m_nodes.data();
+    for (size_t node = (m_nodes.size() + index) / 2; node > 0; node /= 2) {
+        // Who wins nobody can foresee, so that there must be no branch.
+        const Place change = (place ^ nodes[node]) & (Place{0} - Place{nodes[node] < place});
+        nodes[node] ^= change;
+        place ^= change;
     }
-    SinkTop();
-    return kMidiOk;
+    nodes[0] = place;
 }
 
-/// One way down, instead of one for taking the track out and another for putting it back.
-void MidiTrackQueue::SinkTop() {
-    const size_t count = m_places.size();
-    if (count < 2)
-        return;
-    Place* const places = m_places.data();
-    const Place moved = places[0];
-    size_t hole = 0;
-    for (size_t child = 1; child < count; child = 2 * hole + 1) {
-        if (child + 1 < count && places[child + 1] < places[child])
-            ++child;
-        if (!(places[child] < moved))
-            break;
-        places[hole] = places[child];
-        hole = child;
-    }
-    places[hole] = moved;
-}
-
-/// Of a track with an event pending; one that is muted or has ended has none.
-DWORD MidiTrackQueue::FindPlace(tagMidiTrack* const* tracks, DWORD index, DWORD lastTick, Place& place,
-                                bool& hasOne) const {
+/// Of a track with an event pending.
+DWORD MidiTrackQueue::FindPlace(tagMidiTrack* const* tracks, DWORD index, DWORD lastTick, Place& place) const {
+    place = kNoPlace;
     tagMidiTrack* track = tracks[index];
     if (!track || ReadShared(track->mute))
         return kMidiOk;
@@ -94,8 +72,7 @@ DWORD MidiTrackQueue::FindPlace(tagMidiTrack* const* tracks, DWORD index, DWORD 
         if (parsed != kMidiOk)
             return parsed == kMidiError ? kMidiError : kMidiOk;
     }
-    place = {m_now + (track->tick - lastTick), index};
-    hasOne = true;
+    place = (m_now + (track->tick - lastTick)) << kTrackBits | index;
     return kMidiOk;
 }
 
