@@ -71,6 +71,16 @@ void BlockTree::Touch(CxShortBuff& block) {
     MarkOld(block.m_pLeaf, &block);
 }
 
+void BlockTree::Grow(CxShortBuff& block, DWORD bytes) {
+    const void* child = &block;
+    for (Node* node = block.m_pLeaf; node; child = node, node = node->parent) {
+        const int slot = SlotOf(*node, child);
+        if (node->bytes[slot] == kOld)
+            return;
+        node->bytes[slot] += bytes;
+    }
+}
+
 int BlockTree::SlotOf(const Node& node, const void* child) {
     int slot = 0;
     while (node.child[slot] != child)

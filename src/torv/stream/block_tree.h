@@ -40,6 +40,9 @@ public:
     /// A block's bytes or their number have changed.
     static void Touch(CxShortBuff& block);
 
+    /// So many bytes more, and the weight has not changed.
+    static void Grow(CxShortBuff& block, DWORD bytes);
+
     /// The block that holds the byte at a position.
     Place FindByte(DWORD position);
     /// The first block that cannot be passed over on the way to a place before which everything weighs less than

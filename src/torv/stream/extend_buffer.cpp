@@ -164,6 +164,15 @@ BYTE* CExtendBuffer::InsertRoom(DWORD count) {
     return room;
 }
 
+BYTE* CExtendBuffer::InsertRoomWithin(DWORD count) {
+    if (count > m_pCurrent->m_dwCapacity - m_pCurrent->m_dwUsed || count > RoomForGrowth())
+        return nullptr;
+    BYTE* const room = m_pCurrent->InsertRoomWithin(OffsetInBlock(), count);
+    m_dwSize += count;
+    m_dwPosition += count;
+    return room;
+}
+
 BYTE* CExtendBuffer::GrowLastBlock(DWORD count) {
     if (!m_pLast || count > m_pLast->m_dwCapacity - m_pLast->m_dwUsed || count > RoomForGrowth())
         return nullptr;

@@ -78,6 +78,10 @@ protected:
     /// has changed, when 32 bits of size, a block's size or the memory run out.
     BYTE* InsertRoom(DWORD count);
 
+    /// The same in the current block alone, where what is remembered about its bytes still holds when the room is
+    /// filled.
+    BYTE* InsertRoomWithin(DWORD count);
+
     /// Makes room at the end of the last block, which becomes the current one, with the position at the new end. Null,
     /// and nothing has changed, where that block has none left.
     BYTE* GrowLastBlock(DWORD count);

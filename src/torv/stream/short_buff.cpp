@@ -55,10 +55,16 @@ DWORD CxShortBuff::Insert(DWORD offset, const char* source, DWORD count) {
 }
 
 BYTE* CxShortBuff::InsertRoom(DWORD offset, DWORD count) {
+    Touch();
+    return InsertRoomWithin(offset, count);
+}
+
+BYTE* CxShortBuff::InsertRoomWithin(DWORD offset, DWORD count) {
     BYTE* const room = m_pData + offset;
     std::memmove(room + count, room, m_dwUsed - offset);
     m_dwUsed += count;
-    Touch();
+    if (m_pLeaf && !m_isOldInTree)
+        torv::BlockTree::Grow(*this, count);
     return room;
 }
 

@@ -25,6 +25,8 @@ public:
     DWORD Insert(DWORD offset, const char* source, DWORD count);
     /// Room for so many bytes, which must be free; they are the caller's to write.
     BYTE* InsertRoom(DWORD offset, DWORD count);
+    /// The same where what is remembered about the bytes still holds when the room is filled.
+    BYTE* InsertRoomWithin(DWORD offset, DWORD count);
     /// Takes bytes out; those behind them move up. Fewer where the used ones end.
     DWORD Delete(DWORD offset, DWORD count);
 

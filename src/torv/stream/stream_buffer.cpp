@@ -134,6 +134,7 @@ DWORD CStreamBuffer::MoveRelative(LONG delta) {
         SeekToBegin();
         return m_dwClock;
     }
+    LeapTo(target);
     // Back past everything at or after the target first, and only then forward: so the first of several entries at one
     // clock is found from either side.
     while (m_dwClock >= target) {
@@ -258,7 +259,7 @@ int CStreamBuffer::InsertEntry(void* entry, int after) {
     // The time that the new entry takes comes off the entry after it, except at the top and at the end: there it
     // lengthens the stream, also when entries follow (a rest at the top is left by removing the first entry, and who
     // goes on to insert there keeps the distances after it).
-    tagEventEntryHdr following;
+    tagEventEntryHdr following{};
     SeekTo(position);
     const bool fromFollowing = before || between;
     if (fromFollowing ? !ReadHeader(&following, 1) || delta > following.delta : delta > mark.delta) {
@@ -268,17 +269,17 @@ int CStreamBuffer::InsertEntry(void* entry, int after) {
 
     const DWORD given = HeaderOf(entry).delta;
     SetDelta(entry, delta);
-    if (!InsertBytes(position, entry)) {
+    following.delta -= delta;
+    const bool isWithin = fromFollowing && InsertWithinBlock(entry, following);
+    if (!isWithin && !InsertBytes(position, entry)) {
         SetDelta(entry, given);
         return 0;
     }
     m_dwEntryEnd = m_dwPosition;
-    if (fromFollowing) {
-        following.delta -= delta;
+    if (fromFollowing && !isWithin)
         WriteHeader(&following, 1);
-    } else if (delta) {
+    else if (!fromFollowing && delta)
         OffsetEndDelta(-static_cast<LONG>(delta));
-    }
     m_header = HeaderOf(entry);
     m_dwClock += m_dwExtra;
     m_dwExtra = 0;
@@ -483,6 +484,18 @@ bool CStreamBuffer::InsertBytes(DWORD position, const void* entry) {
     return false;
 }
 
+/// At the position, where the block has room and holds the following entry's header too: then it spans the same ticks
+/// as before.
+bool CStreamBuffer::InsertWithinBlock(const void* entry, const tagEventEntryHdr& following) {
+    const bool isWithin = BytesHere(kHeaderSize) && OffsetInBlock() != 0; // or the block before takes it
+    BYTE* const room = isWithin ? InsertRoomWithin(m_dwEntrySize) : nullptr;
+    if (!room)
+        return false;
+    CopyEntry(room, entry, m_dwEntrySize);
+    std::memcpy(room + m_dwEntrySize, &following, kHeaderSize);
+    return true;
+}
+
 DWORD CStreamBuffer::BlockTicks(CxShortBuff& block, DWORD entrySize) {
     if (!block.m_pNext)
         return BlockTree::kNoWeight;
@@ -501,6 +514,20 @@ DWORD CStreamBuffer::BlockTicks(CxShortBuff& block, DWORD entrySize) {
         block.m_dwDigest = static_cast<DWORD>(sum);
     }
     return block.m_dwDigest;
+}
+
+/// Straight to a far block, before everything at the target. How far it is can be told by the ticks, as if they were
+/// spread evenly; where they are not, the walk that follows finds it.
+void CStreamBuffer::LeapTo(DWORD target) {
+    if (m_nState == kCursorAtEnd && target >= m_dwClock)
+        return;
+    const uint64_t distance = target > m_dwClock ? target - m_dwClock : m_dwClock - target;
+    if (distance * GetSize() <= uint64_t{kNearBlocks} * m_dwBlockSize * GetStreamLength() || !SkipByTree(target))
+        return;
+    const DWORD from = m_dwEntryEnd;
+    SkipEntriesForward(target);
+    if (m_dwEntryEnd == from)
+        RestoreEntry();
 }
 
 void CStreamBuffer::SkipForward(DWORD target) {

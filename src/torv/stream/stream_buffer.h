@@ -142,9 +142,11 @@ private:
     BYTE* BytesHere(DWORD count);
     DWORD ReadBytes(void* destination, DWORD count);
     bool InsertBytes(DWORD position, const void* entry);
+    bool InsertWithinBlock(const void* entry, const tagEventEntryHdr& following);
 
     static DWORD BlockTicks(CxShortBuff& block, DWORD entrySize);
 
+    void LeapTo(DWORD target);
     // On the way to a time as far as the next step may still lead there: whole blocks by the ticks that they span, a
     // far place through the tree, and at last entry by entry within a block. The last block, which holds the end mark,
     // is never passed over.
