@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::size_t kFewestBuckets = 8;
+constexpr std::size_t kFewestSlots = 8;
 
 std::uint32_t HashOf(std::string_view key) { return static_cast<std::uint32_t>(std::hash<std::string_view>()(key)); }
 
@@ -31,19 +31,19 @@ int CxEntryMap::SetAt(const char* key, const char* value) {
 
 void CxEntryMap::Set(std::string_view key, std::string_view value, bool areKept) {
     const std::uint32_t hash = HashOf(key);
-    if (const Place found = Find(key, hash); found != kNone) {
-        m_pool->SetTexts(m_pool->At(found), key, value, areKept);
+    size_t slot = SlotOf(key, hash);
+    if (slot < m_slots.size() && m_slots[slot].place != kNone) {
+        m_pool->SetTexts(m_pool->At(m_slots[slot].place), key, value, areKept);
         return;
     }
     // All that can fail comes first.
-    if (static_cast<std::size_t>(m_count) >= m_buckets.size())
-        MakeBuckets();
+    if (4 * (static_cast<size_t>(m_count) + 1) > 3 * m_slots.size()) {
+        MakeSlots();
+        slot = SlotOf(key, hash);
+    }
     const Place place = m_pool->Add(key, value, areKept);
+    m_slots[slot] = {hash, place};
     Entry& entry = m_pool->At(place);
-    entry.hash = hash;
-    Place& bucket = BucketOf(hash);
-    entry.sameBucket = bucket;
-    bucket = place;
     entry.previous = m_last;
     entry.next = kNone;
     (m_last == kNone ? m_first : m_pool->At(m_last).next) = place;
@@ -51,31 +51,48 @@ void CxEntryMap::Set(std::string_view key, std::string_view value, bool areKept)
     ++m_count;
 }
 
-CxEntryMap::Place CxEntryMap::Find(std::string_view key, std::uint32_t hash) const {
-    if (m_buckets.empty())
-        return kNone;
-    Place place = m_buckets[hash & (m_buckets.size() - 1)];
-    while (place != kNone) {
-        const Entry& entry = m_pool->At(place);
-        if (entry.hash == hash && entry.Key() == key)
-            break;
-        place = entry.sameBucket;
-    }
-    return place;
+/// The key's, or the free one that it would take; of no slots their end.
+size_t CxEntryMap::SlotOf(std::string_view key, std::uint32_t hash) const {
+    if (m_slots.empty())
+        return 0;
+    size_t slot = hash & (m_slots.size() - 1);
+    while (m_slots[slot].place != kNone &&
+           !(m_slots[slot].hash == hash && m_pool->At(m_slots[slot].place).Key() == key))
+        slot = SlotAfter(slot);
+    return slot;
 }
 
-void CxEntryMap::MakeBuckets() {
-    m_buckets = std::vector<Place>(std::max(kFewestBuckets, 2 * m_buckets.size()), kNone);
-    for (Place place = m_first; place != kNone;) {
-        Entry& entry = m_pool->At(place);
-        entry.sameBucket = std::exchange(BucketOf(entry.hash), place);
-        place = entry.next;
+CxEntryMap::Place CxEntryMap::Find(std::string_view key) const {
+    return m_slots.empty() ? kNone : m_slots[SlotOf(key, HashOf(key))].place;
+}
+
+void CxEntryMap::MakeSlots() {
+    std::vector<Slot> before(std::max(kFewestSlots, 2 * m_slots.size()), Slot{0, kNone});
+    m_slots.swap(before);
+    for (const Slot& each : before) {
+        size_t slot = each.hash & (m_slots.size() - 1);
+        while (each.place != kNone && m_slots[slot].place != kNone)
+            slot = SlotAfter(slot);
+        if (each.place != kNone)
+            m_slots[slot] = each;
     }
+}
+
+/// What would not be found behind a free slot moves up.
+void CxEntryMap::FreeSlot(size_t slot) {
+    const size_t mask = m_slots.size() - 1;
+    for (size_t later = SlotAfter(slot); m_slots[later].place != kNone; later = SlotAfter(later)) {
+        const size_t begin = m_slots[later].hash & mask;
+        if (((later - begin) & mask) >= ((later - slot) & mask)) {
+            m_slots[slot] = m_slots[later];
+            slot = later;
+        }
+    }
+    m_slots[slot].place = kNone;
 }
 
 int CxEntryMap::Lookup(const char* key, CString& value) const {
-    const std::string_view text = torv::View(key);
-    const Place found = Find(text, HashOf(text));
+    const Place found = Find(torv::View(key));
     try {
         if (found != kNone)
             value = torv::Text(m_pool->At(found).Value());
@@ -86,22 +103,18 @@ int CxEntryMap::Lookup(const char* key, CString& value) const {
 }
 
 CString CxEntryMap::ValueAt(const char* key) const {
-    const std::string_view text = torv::View(key);
-    const Place found = Find(text, HashOf(text));
+    const Place found = Find(torv::View(key));
     return found == kNone ? CString() : torv::Text(m_pool->At(found).Value());
 }
 
 int CxEntryMap::RemoveEntry(const char* key) {
     const std::string_view text = torv::View(key);
-    const std::uint32_t hash = HashOf(text);
-    const Place found = Find(text, hash);
+    const size_t slot = SlotOf(text, HashOf(text));
+    const Place found = slot < m_slots.size() ? m_slots[slot].place : kNone;
     if (found == kNone)
         return 0;
+    FreeSlot(slot);
     const Entry& entry = m_pool->At(found);
-    Place* link = &BucketOf(hash);
-    while (*link != found)
-        link = &m_pool->At(*link).sameBucket;
-    *link = entry.sameBucket;
     (entry.previous == kNone ? m_first : m_pool->At(entry.previous).next) = entry.next;
     (entry.next == kNone ? m_last : m_pool->At(entry.next).previous) = entry.previous;
     --m_count;
@@ -112,7 +125,7 @@ int CxEntryMap::RemoveEntry(const char* key) {
 void CxEntryMap::RemoveAll() {
     if (m_count)
         m_pool->Remove(m_first, m_last);
-    m_buckets.clear();
+    m_slots.clear();
     m_first = m_last = kNone;
     m_count = 0;
 }

@@ -61,9 +61,18 @@ private:
     CxEntryMap(const char* name, std::shared_ptr<torv::EntryPool> pool);
 
     void Set(std::string_view key, std::string_view value, bool areKept);
-    Place Find(std::string_view key, std::uint32_t hash) const;
-    Place& BucketOf(std::uint32_t hash) { return m_buckets[hash & (m_buckets.size() - 1)]; }
-    void MakeBuckets();
+    /// Where an entry is found, by its key's hash. Two whose way begins at one slot stand one after the other, and what
+    /// lies between a slot and its beginning is never free.
+    struct Slot {
+        std::uint32_t hash;
+        Place place; ///< kNone: free
+    };
+
+    size_t SlotAfter(size_t slot) const { return (slot + 1) & (m_slots.size() - 1); }
+    size_t SlotOf(std::string_view key, std::uint32_t hash) const;
+    Place Find(std::string_view key) const;
+    void MakeSlots();
+    void FreeSlot(size_t slot);
     /// Views of each key and value in turn.
     template <class Take>
     void ForEach(Take take) const {
@@ -82,5 +91,5 @@ private:
     int m_count = 0;
     Place m_first = kNone;
     Place m_last = kNone;
-    std::vector<Place> m_buckets; ///< a power of two of them, more than there are entries
+    std::vector<Slot> m_slots; ///< none, or a power of two of them, a quarter of them free
 };

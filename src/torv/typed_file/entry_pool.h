@@ -22,10 +22,8 @@ public:
         std::uint32_t valueAt; ///< where in the text the value begins
         std::uint32_t valueSize : 31;
         std::uint32_t hasOwnText : 1;
-        std::uint32_t hash;
         Place next; ///< of a free entry: the next free one
         Place previous;
-        Place sameBucket;
 
         std::string_view Key() const { return {text, keySize}; }
         std::string_view Value() const { return {text + valueAt, valueSize}; }

@@ -20,7 +20,7 @@ CxEntryMap* CxSectionMap::AddNew(const char* name) {
         std::unique_ptr<CxEntryMap> section(new CxEntryMap(name, m_pool));
         const POSITION place = m_order.AddTail(section.get());
         try {
-            m_places.emplace(section->GetSectionName(), place);
+            m_places.emplace(section->GetSectionName(), Named{place, section.get()});
         } catch (const std::bad_alloc&) {
             m_order.RemoveAt(place);
             return nullptr;
@@ -33,7 +33,7 @@ CxEntryMap* CxSectionMap::AddNew(const char* name) {
 
 int CxSectionMap::Lookup(const char* name, CxEntryMap*& map) const {
     const auto found = m_places.find(torv::View(name));
-    map = found == m_places.end() ? nullptr : m_order.GetAt(found->second);
+    map = found == m_places.end() ? nullptr : found->second.map;
     return map != nullptr;
 }
 
@@ -58,8 +58,7 @@ int CxSectionMap::RemoveSection(const char* name) {
     const auto found = m_places.find(torv::View(name));
     if (found == m_places.end())
         return 0;
-    const POSITION place = found->second;
-    CxEntryMap* map = m_order.GetAt(place);
+    const auto [place, map] = found->second;
     m_places.erase(found);
     m_order.RemoveAt(place);
     delete map;

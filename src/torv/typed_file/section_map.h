@@ -49,5 +49,9 @@ private:
 
     std::shared_ptr<torv::EntryPool> m_pool; ///< made with the first section
     CList<CxEntryMap*, CxEntryMap*> m_order{10};
-    std::unordered_map<std::string_view, POSITION> m_places; // its keys are views of the entry maps' names
+    struct Named {
+        POSITION place; ///< in the order
+        CxEntryMap* map;
+    };
+    std::unordered_map<std::string_view, Named> m_places; // its keys are views of the entry maps' names
 };
