@@ -65,7 +65,7 @@ TEST_CASE("MIDI files: divisions become 480 ticks, times of SMPTE become millise
 TEST_CASE("MIDI files: running status, zero velocity, overlaps of one key, notes without an end") {
     TrackBytes track;
     track.On(0, 60).Event(10, {62, 90}).Event(10, {60, 0}); // running status; velocity 0 ends
-    track.On(0, 64).On(5, 64).Off(5, 64).Off(5, 64).On(0, 70);
+    track.On(0, 64).On(5, 64).Off(5, 64).Off(5, 64).On(0, 70).Event(100, {0xB0, 123, 0}); // all notes off
     const MidiData song = Read(MidiFile(1, 480, {TrackBytes().Meta(0, 3, "Conductor"), track.Meta(100, 1, "end")}));
     REQUIRE(song.tracks.size() == 2);
     std::vector<std::vector<uint32_t>> rows;
@@ -170,6 +170,8 @@ TEST_CASE("lyrics: what parts words and what joins them") {
                   false) == Texts{"A-", "maz-", "ing", "o er", "th e"});
     CHECK(TextsOf({"Hap", "py", "day"}, false) == Texts{"Hap", "py", "day"}); // no blank at all says nothing
     CHECK(TextsOf({"la__", "to_the", "end\r"}, false) == Texts{"la", "to the", "end"});
+    CHECK(TextsOf({"{@JP}{#Title=x}", "\xEF\xBB\xBFhel-", "{@x}l\xC9"}, false) == Texts{"hel-", "l\xEF\xBE\x89"});
+    CHECK(TextsOf({std::string("\xFF\xFEh\0i\0", 6)}, false) == Texts{"hi"});
     CHECK(TextsOf({"@TTitle", "Words by", "\\A", "ma", "zing", " grace", "/how", " sweet"}, true) ==
           Texts{"A-", "ma-", "zing", "grace", "how", "sweet"});
     CHECK(TextsOf({"\xE3\x81\x95", "\xE3\x81\x8F ", "\xE3\x82\x89"}, false) ==
@@ -296,6 +298,16 @@ TEST_CASE("words: every line to the part that it fits, under the notes that are 
     CHECK(song.parts[3].notes[2].words == song.parts[4].notes[2].words);
     CHECK(song.parts[4].notes[2].words.at(1).text == "2c");
 
+    // Words in a track of several channels are not the first one's.
+    TrackBytes both;
+    both.Meta(0, 3, "S:S");
+    for (int i = 0; i < 4; ++i)
+        both.Lyric(0, "la ").On(0, 48, 1).On(0, 72, 4).Off(240, 48, 1).Off(0, 72, 4).On(0, 50, 1).Off(240, 50, 1);
+    const Song shared = ReadSong(MidiFile(0, 480, {both}), "");
+    CHECK_FALSE(HasWords(shared.parts.at(0), 1));
+    CHECK(HasWords(shared.parts.at(1), 1));
+    CHECK(shared.parts[1].name == "S");
+
     Part part;
     for (const uint32_t tick : {0, 480, 960, 1440, 1920})
         part.notes.push_back({tick, 400, 60, 80, {}});
@@ -313,6 +325,25 @@ TEST_CASE("words: every line to the part that it fits, under the notes that are 
         for (const Word& word : note.words)
             placed.push_back(std::to_string(note.tick) + word.text);
     CHECK(placed == Texts{"0late", "480early", "960met", "960more", "1440near"});
+}
+
+TEST_CASE("voice: a refrain under one verse is sung in all, a vowel that goes on is not") {
+    const auto sung = [](const std::vector<const char*>& verses, int verse) {
+        Part part;
+        for (uint32_t i = 0; i < verses.size(); ++i) {
+            part.notes.push_back({i * 480, 480, 60, 80, {}});
+            for (const char* each = verses[i]; *each; ++each)
+                part.notes.back().words.push_back({*each - '0', std::string(1, *each), false, false, false, {}});
+        }
+        const VoiceLine line = MakeVoiceLine(part, verse);
+        std::string text = std::to_string(line.refrainWords) + " ";
+        for (const SungNote& note : line.notes)
+            text += note.words.empty() ? "-" : note.words[0].text;
+        return text;
+    };
+    CHECK(sung({"12", "1", "1", "1", "12"}, 2) == "0 2---2");
+    CHECK(sung({"12", "1", "", "13", "3", "13", "12"}, 2) == "4 21-1312");
+    CHECK(sung({"1", "1", "1", "1"}, 2) == "0 ----"); // no verse of this number
 }
 
 TEST_CASE("voice: staccato and breaths shorten what is sung, unless it is to be plain") {

@@ -29,7 +29,7 @@ TEST_CASE("UST: notes, rests, syllables and tempos") {
         Read("[#VERSION]\r\nUST Version1.2\r\n[#SETTING]\r\nTempo=90,00\r\nProjectName=Song\r\n" + Section("ka") +
              Section("R") + Section("a ka", "Length=240\r\nNoteNum=62\r\nIntensity=50\r\n") +
              Section("+", "Length=240\r\nNoteNum=64\r\nTempo=180\r\nPBS=-1\r\n") + Section("sing") +
-             Section("lost", "Length=0\r\nNoteNum=60\r\n") + "[#TRACKEND]\r\n");
+             Section("lost", "Length=0\r\nNoteNum=60\r\n") + Section("a R") + "[#TRACKEND]\r\n");
     CHECK(NotesOf(song) == "0+480 60 ka, 960+240 62 ka, 1200+240 64 ~, 1440+480 60 sing, ");
     CHECK(song.title == "Song");
     CHECK(song.parts[0].notes[0].velocity == 80);

@@ -74,6 +74,10 @@ uint32_t TickOfBar(const std::string& option, const std::string& text, const Bar
                    "\": write a bar, as in 9, a beat of it, as in 9:3, or a time, as in 1:23.5 or 12.5s"};
 }
 
+[[noreturn]] void FailBehindEnd(const std::string& option, const std::string& text) {
+    throw InputError{option + " " + text + ": the song ends before that"};
+}
+
 } // namespace
 
 std::optional<double> ReadTime(const std::string& text) {
@@ -90,11 +94,22 @@ std::optional<double> ReadTime(const std::string& text) {
 }
 
 uint32_t TickOfPlace(const std::string& option, const std::string& text, const Song& song) {
-    if (const auto seconds = ReadTime(text))
-        return SongClock(song.tempos).TickAt(*seconds);
+    if (const auto seconds = ReadTime(text)) {
+        const SongClock clock(song.tempos);
+        if (*seconds > clock.SecondsAt(song.end))
+            FailBehindEnd(option, text);
+        return clock.TickAt(*seconds);
+    }
     if (const auto bar = ReadBar(text))
         return TickOfBar(option, text, *bar, song);
     FailToRead(option, text);
+}
+
+DWORD BeginInStream(const std::string& option, const std::string& text, const SongScore& song) {
+    const DWORD begin = PlaceInStream(option, text, song);
+    if (begin >= StreamTimeOfTick(song.score, song.song.end))
+        FailBehindEnd(option, text);
+    return begin;
 }
 
 DWORD PlaceInStream(const std::string& option, const std::string& text, const SongScore& song) {

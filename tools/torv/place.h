@@ -14,6 +14,8 @@
 uint32_t TickOfPlace(const std::string& option, const std::string& text, const torv::songs::Song& song);
 /// Milliseconds of the engine's stream.
 DWORD PlaceInStream(const std::string& option, const std::string& text, const SongScore& song);
+/// The same for where to begin, which lies before the song's end.
+DWORD BeginInStream(const std::string& option, const std::string& text, const SongScore& song);
 
 /// The seconds of "1:23.5", "0:12" or "12.5s"; nothing for any other text.
 std::optional<double> ReadTime(const std::string& text);

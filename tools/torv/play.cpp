@@ -128,11 +128,9 @@ void Play(const PlayOptions& options) {
     PlaySession::Settings settings;
     settings.rate = options.rate;
     settings.preroll = song.presend;
-    settings.start = options.from.empty() ? lead : PlaceInStream("--from", options.from, song);
+    settings.start = options.from.empty() ? lead : BeginInStream("--from", options.from, song);
     settings.end = options.to.empty() ? (options.loop ? songEnd : kOpenEnd) : PlaceInStream("--to", options.to, song);
     settings.isLooped = options.loop;
-    if (settings.start >= songEnd)
-        throw InputError{"--from " + options.from + ": the song ends before that"};
     if (settings.end <= settings.start)
         throw InputError{"--to " + options.to + ": lies before the beginning; choose a later bar or time"};
     settings.device = ChooseDevice(options);

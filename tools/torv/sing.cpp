@@ -62,17 +62,13 @@ void CheckFoldersOf(const std::vector<std::pair<const char*, std::string>>& outp
             throw InputError{path + ": cannot be written: there is no folder " + folder.string() + "; make it first"};
 }
 
-/// Milliseconds of the file.
-DWORD PlaceInFile(const char* option, const std::string& text, const SongScore& song) {
-    return text.empty() ? 0 : PlaceInStream(option, text, song) - song.score.leadMilliseconds;
-}
-
 RenderOptions MakeRenderOptions(const SingOptions& options, const SongScore& song) {
     RenderOptions render;
     render.rate = options.rate;
     render.presend = song.presend;
-    render.from = PlaceInFile("--from", options.from, song);
-    render.to = PlaceInFile("--to", options.to, song);
+    const DWORD lead = song.score.leadMilliseconds;
+    render.from = options.from.empty() ? 0 : BeginInStream("--from", options.from, song) - lead;
+    render.to = options.to.empty() ? 0 : PlaceInStream("--to", options.to, song) - lead;
     render.leadIn = options.leadIn;
     render.stereo = options.pan.has_value() || song.parts.size() > 1 || options.band;
     if (!options.to.empty() && render.to <= render.from)

@@ -54,6 +54,9 @@ std::vector<PartChoice> ChooseParts(const SongOptions& options, const Song& song
 void RemarkOnPart(const SongOptions& options, const std::string& name, const VoiceLine& line) {
     if (!line.hasWords)
         Remark(options.quiet, name + " has no lyrics: it is sung on a vowel");
+    if (line.refrainWords > 0)
+        Remark(options.quiet, name + ": " + Counted(line.refrainWords, "syllable") +
+                                  " of a refrain are sung from the words of another verse");
     if (line.cutNotes > 0)
         Remark(options.quiet, name + ": " + Counted(line.cutNotes, "overlapping note") +
                                   " cut: one voice sings one note at a time, the highest");

@@ -141,6 +141,26 @@ bool AddVerse(const std::vector<RawSyllable>& raw, int verse, std::vector<Syllab
                                           [](const Syllable& syllable) { return syllable.word.hyphenAfter; });
 }
 
+/// A text without the marks of encodings before it and the tags that players show or read: "{@JP}", "{#Title=...}".
+/// What a tag says of the encoding goes into `encoding`.
+std::string WithoutTags(const std::string& bytes, std::optional<TextEncoding>& encoding) {
+    if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF"))
+        return Utf16ToUtf8(bytes);
+    std::string_view rest = bytes;
+    if (rest.starts_with("\xEF\xBB\xBF"))
+        rest.remove_prefix(3);
+    while (rest.starts_with("{@") || rest.starts_with("{#")) {
+        const size_t end = rest.find('}');
+        if (end == std::string_view::npos)
+            break;
+        const std::string_view tag = rest.substr(0, end + 1);
+        if (tag == "{@JP}" || tag == "{@LATIN}")
+            encoding = tag == "{@JP}" ? kShiftJis : kWestern;
+        rest.remove_prefix(end + 1);
+    }
+    return std::string(rest);
+}
+
 } // namespace
 
 bool HasKaraokeTexts(const MidiTrack& track) {
@@ -153,12 +173,18 @@ bool HasKaraokeTexts(const MidiTrack& track) {
 
 LyricLine ReadLyricLine(const std::vector<MidiText>& texts, bool karaoke, const std::optional<TextEncoding>& encoding) {
     std::string all;
+    std::optional<TextEncoding> tagged;
+    std::vector<MidiText> kept;
+    kept.reserve(texts.size());
     std::vector<const MidiText*> lyrics;
     for (const MidiText& text : texts) {
-        if (text.lyric == karaoke || text.bytes.empty() || (karaoke && text.bytes[0] == '@'))
+        if (text.lyric == karaoke || (karaoke && text.bytes.starts_with('@')))
             continue;
-        lyrics.push_back(&text);
-        all += text.bytes;
+        const MidiText& clean = kept.emplace_back(text.tick, text.lyric, WithoutTags(text.bytes, tagged));
+        if (clean.bytes.empty())
+            continue;
+        lyrics.push_back(&clean);
+        all += clean.bytes;
         all += '\n';
     }
     // A karaoke file marks its lines: what stands before the first mark is a title or a remark.
@@ -169,7 +195,9 @@ LyricLine ReadLyricLine(const std::vector<MidiText>& texts, bool karaoke, const 
             lyrics.erase(lyrics.begin(), first);
     }
     LyricLine line;
-    line.encoding = encoding.value_or(DetectEncoding(all));
+    line.encoding = DetectEncoding(all);
+    if (encoding || (tagged && line.encoding != kUtf8))
+        line.encoding = encoding ? *encoding : *tagged;
 
     int verse = 0;
     bool isDivided = false;

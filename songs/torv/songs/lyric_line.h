@@ -30,7 +30,7 @@ TORV_SONGS_API bool HasKaraokeTexts(const MidiTrack& track);
 /// marks ('/', '\', line ends) part words; a text that begins with '@' is a karaoke header. In a file that parts words
 /// by blanks, syllables without a blank between them are one word; a '_' behind a syllable ends its word, a '-' does
 /// not. Where most times have several lyric events, they are verses one under the other. Bytes are read as `encoding`,
-/// else as they look.
+/// else as they look or a tag ("{@JP}", "{@LATIN}") says.
 TORV_SONGS_API LyricLine ReadLyricLine(const std::vector<MidiText>& texts, bool karaoke,
                                        const std::optional<TextEncoding>& encoding);
 

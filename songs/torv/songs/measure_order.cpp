@@ -19,11 +19,13 @@ public:
             const MeasureSigns& signs = m_written[m_at];
             if (signs.repeatForward && m_repeat != m_at)
                 BeginRepeat(m_at);
-            if (!signs.endings.empty() && !IsFor(signs, m_isAfterJump ? LastEnding(m_at) : m_pass)) {
+            const int endings = signs.endings.empty() ? 0 : LastEnding(m_at);
+            const int ending = m_isAfterJump ? endings : std::min(m_pass, endings);
+            if (endings > 0 && !IsFor(signs, m_isAfterJump ? endings : m_pass)) {
                 ++m_at;
                 continue;
             }
-            m_order.measures.push_back({m_at, ++passes[m_at]});
+            m_order.measures.push_back({m_at, ++passes[m_at], ending, endings});
             if (m_isAfterJump && signs.fine)
                 break;
             if (!Leave(signs))

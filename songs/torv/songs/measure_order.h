@@ -24,6 +24,8 @@ struct MeasureSigns {
 struct PlayedMeasure {
     size_t index = 0; ///< of the written measure
     int pass = 1;     ///< how often it has been reached, this time included
+    int ending = 0;   ///< of a measure under a bracket: which pass of its passage this is; else 0
+    int endings = 0;  ///< and how many the brackets name
 };
 
 struct MeasureOrder {

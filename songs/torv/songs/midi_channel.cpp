@@ -52,6 +52,10 @@ void MidiChannel::Control(uint32_t tick, int number, int value, std::map<int, si
         if (value == 0 && m_block >= kFirstBlock && m_block <= kLastBlock)
             ++blocks[m_block];
         break;
+    case 120:
+    case 123:
+        EndAll(tick);
+        break;
     default:
         break;
     }

@@ -229,6 +229,8 @@ void Reader::AddTracks(MidiTrack track, std::array<MidiChannel, 16>& channels, u
         part.bends = std::move(channel.bends);
         m_data.tracks.push_back(std::move(part));
     }
+    for (size_t i = before; i < m_data.tracks.size(); ++i)
+        m_data.tracks[i].isOneOfSeveral = m_data.tracks.size() - before > 1;
     if (m_data.tracks.size() == before)
         m_data.tracks.push_back(std::move(track));
 }

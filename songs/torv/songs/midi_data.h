@@ -31,6 +31,7 @@ struct MidiTrack {
     std::vector<MidiText> texts;         ///< by tick, in file order
     int channel = 0;                     ///< 0..15, of the notes
     int program = -1;                    ///< 0..127, the first; -1: none
+    bool isOneOfSeveral = false;         ///< the file's track has other channels with notes: its texts may be anyone's
     std::vector<Controller> controllers; ///< volume (7), pan (10) and expression (11)
     std::vector<PitchBend> bends;        ///< in semitones, the bend range worked in
     std::map<int, size_t> engineBlocks;  ///< how many of each the engine's stream has, by number 0x50..0x67

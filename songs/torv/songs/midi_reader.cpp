@@ -9,9 +9,19 @@ namespace torv::songs {
 
 namespace {
 
+/// LilyPond writes "STAFF:VOICE", of which either may be missing.
+std::string WithoutColon(std::string name) {
+    const size_t colon = name.find(':');
+    if (colon == std::string::npos)
+        return name;
+    const std::string before = name.substr(0, colon);
+    const std::string behind = name.substr(colon + 1);
+    return before.empty() || before == behind ? behind : behind.empty() ? before : name;
+}
+
 Part MakePart(const MidiTrack& track, int number, const std::optional<TextEncoding>& encoding) {
     Part part;
-    part.name = ToUtf8(track.name, encoding.value_or(DetectEncoding(track.name)));
+    part.name = WithoutColon(ToUtf8(track.name, encoding.value_or(DetectEncoding(track.name))));
     part.track = number;
     part.channel = track.channel;
     part.program = track.program;
@@ -41,7 +51,8 @@ std::vector<WordLine> ReadLines(const MidiData& data, const std::optional<TextEn
             continue;
         LyricLine line = ReadLyricLine(data.tracks[i].texts, !hasLyrics, encoding);
         if (!line.syllables.empty())
-            lines.push_back({std::move(line.syllables), static_cast<int>(i + 1), line.isUndivided});
+            lines.push_back({std::move(line.syllables), data.tracks[i].isOneOfSeveral ? 0 : static_cast<int>(i + 1),
+                             line.isUndivided});
     }
     return lines;
 }

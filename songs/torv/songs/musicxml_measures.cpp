@@ -99,6 +99,8 @@ public:
             Close(measure);
         }
         ExplainCodas();
+        SortOutUnpitched();
+        BringCrossingVoicesHome();
         return std::move(m_part);
     }
 
@@ -135,8 +137,7 @@ private:
 
     void Close(WrittenMeasure& measure) {
         for (auto& [id, notes] : measure.voices)
-            std::stable_sort(notes.begin(), notes.end(),
-                             [](const WrittenNote& a, const WrittenNote& b) { return a.onset < b.onset; });
+            std::stable_sort(notes.begin(), notes.end(), IsEarlier);
         if (measure.signs.endingStops)
             m_openEndings.clear();
     }
@@ -197,12 +198,17 @@ private:
             ++m_part.cues;
             return;
         }
+        if (!isChord)
+            m_id = {WholeNumberOf(element.Child("staff").Text(), 1), VoiceOf(element.Child("voice").Text())};
+        if (!isChord && !isGrace)
+            m_stays[m_id.voice].push_back({m_part.measures.size() - 1, onset, onset + duration, m_id.staff});
         if (element.Has("rest") || (!isGrace && duration <= 0))
             return;
         WrittenNote written;
         written.onset = Whole(onset);
         written.note.length = std::max<uint32_t>(1, Whole(onset + duration) - written.onset);
-        written.note.key = KeyOf(element);
+        written.hasPitch = element.Has("pitch");
+        written.note.key = written.hasPitch ? KeyOf(element.Child("pitch")) : 60;
         written.isChord = isChord;
         written.isGrace = isGrace;
         written.hasSlash = element.Child("grace").Attribute("slash") == "yes";
@@ -216,8 +222,7 @@ private:
             else if (child.Name() == "lyric")
                 ReadLyric(child, written.note);
         }
-        const VoiceId id{WholeNumberOf(element.Child("staff").Text(), 1), VoiceOf(element.Child("voice").Text())};
-        m_measure->voices[id].push_back(std::move(written));
+        m_measure->voices[m_id].push_back(std::move(written));
     }
 
     /// Voices have numbers as a rule, but any text may stand there.
@@ -230,12 +235,7 @@ private:
         return known->second;
     }
 
-    int KeyOf(XmlElement note) {
-        const XmlElement pitch = note.Child("pitch");
-        if (!pitch) {
-            m_part.isPercussion = true;
-            return 60;
-        }
+    int KeyOf(XmlElement pitch) const {
         static constexpr int kSteps[] = {9, 11, 0, 2, 4, 5, 7}; // A to G over C
         const std::string_view step = pitch.Child("step").Text();
         const int index = step.empty() ? 2 : std::clamp(std::toupper(static_cast<unsigned char>(step[0])) - 'A', 0, 6);
@@ -300,9 +300,14 @@ private:
         word.text = WithoutNumber(std::move(word.text));
         word.hyphenBefore = firstSyllabic == "middle" || firstSyllabic == "end";
         word.hyphenAfter = lastSyllabic == "begin" || lastSyllabic == "middle";
-        while (word.text.size() > 1 && word.text.ends_with('-')) { // as a MIDI file had it
+        while (word.text.size() > 1 &&
+               (word.text.ends_with('-') || word.text.ends_with('_'))) { // as a MIDI file had it
+            (word.text.back() == '-' ? word.hyphenAfter : word.extends) = true;
             word.text.pop_back();
-            word.hyphenAfter = true;
+        }
+        if (word.text.size() > 1 && word.text.starts_with('-')) {
+            word.text.erase(0, 1);
+            word.hyphenBefore = true;
         }
         // Some programs write what all parts of a MIDI file sing under each note of the first.
         const bool isNew = std::find(note.words.begin(), note.words.end(), word) == note.words.end();
@@ -310,11 +315,13 @@ private:
             note.words.push_back(std::move(word));
     }
 
-    /// A line of words has a number as a rule; others are counted as they come.
+    /// A line of words has a number as a rule, which may stand behind a name ("verse2"); others are counted as they
+    /// come.
     int LineOf(std::string_view number) {
         if (number.empty())
             return 1;
-        if (const int line = WholeNumberOf(number, 0); line > 0 && line < 100)
+        const size_t name = number.find_last_not_of("0123456789") + 1;
+        if (const int line = WholeNumberOf(number.substr(name), 0); line > 0 && line < 100)
             return line;
         return m_lines.try_emplace(std::string(number), static_cast<int>(m_lines.size()) + 1).first->second;
     }
@@ -442,6 +449,71 @@ private:
             signs.coda = kPlainLabel;
     }
 
+    /// Claps and the like are no part's own among notes with a pitch.
+    void SortOutUnpitched() {
+        bool hasPitched = false;
+        size_t unpitched = 0;
+        const auto isUnpitched = [](const WrittenNote& note) { return !note.hasPitch; };
+        for (const WrittenMeasure& measure : m_part.measures)
+            for (const auto& [id, notes] : measure.voices) {
+                const auto count = static_cast<size_t>(std::count_if(notes.begin(), notes.end(), isUnpitched));
+                unpitched += count;
+                hasPitched = hasPitched || count < notes.size();
+            }
+        m_part.isPercussion = !hasPitched && unpitched > 0;
+        if (m_part.isPercussion || unpitched == 0)
+            return;
+        m_part.unpitched = unpitched;
+        for (WrittenMeasure& measure : m_part.measures)
+            for (auto& [id, notes] : measure.voices)
+                std::erase_if(notes, isUnpitched);
+    }
+
+    /// One number is one voice wherever it stands, unless it sounds or rests on two staves at once.
+    void BringCrossingVoicesHome() {
+        for (auto& [voice, stays] : m_stays) {
+            std::map<int, size_t> counts;
+            for (const Stay& stay : stays)
+                ++counts[stay.staff];
+            if (counts.size() < 2 || IsOnTwoStavesAtOnce(stays))
+                continue;
+            const auto isLess = [](const auto& a, const auto& b) { return a.second < b.second; };
+            const int home = std::max_element(counts.begin(), counts.end(), isLess)->first;
+            for (const Stay& stay : stays)
+                if (stay.staff != home)
+                    Move(m_part.measures[stay.measure], {stay.staff, voice}, {home, voice});
+        }
+    }
+
+    /// From when to when a voice stands on a staff, a note or a rest; in ticks from its measure's beginning.
+    struct Stay {
+        size_t measure;
+        double from;
+        double to;
+        int staff;
+    };
+
+    static bool IsOnTwoStavesAtOnce(std::vector<Stay>& stays) {
+        std::stable_sort(stays.begin(), stays.end(), [](const Stay& a, const Stay& b) {
+            return a.measure != b.measure ? a.measure < b.measure : a.from < b.from;
+        });
+        return std::adjacent_find(stays.begin(), stays.end(), [](const Stay& a, const Stay& b) {
+                   return a.measure == b.measure && a.staff != b.staff && b.from < a.to - 0.5;
+               }) != stays.end();
+    }
+
+    static void Move(WrittenMeasure& measure, const VoiceId& from, const VoiceId& to) {
+        const auto moved = measure.voices.find(from);
+        if (moved == measure.voices.end())
+            return;
+        std::vector<WrittenNote>& notes = measure.voices[to];
+        notes.insert(notes.end(), moved->second.begin(), moved->second.end());
+        std::stable_sort(notes.begin(), notes.end(), IsEarlier);
+        measure.voices.erase(moved);
+    }
+
+    static bool IsEarlier(const WrittenNote& a, const WrittenNote& b) { return a.onset < b.onset; }
+
     /// A sign alone stands where the way to the coda leaves and where the coda begins; a single one is the coda's.
     void ExplainCodas() {
         const auto leaves = [](const WrittenMeasure& measure) { return !measure.signs.toCoda.empty(); };
@@ -460,8 +532,10 @@ private:
     int m_transposition = 0;
     double m_at = 0; ///< ticks from the measure's beginning
     double m_lastOnset = 0;
+    VoiceId m_id; ///< of the note at hand, which its chord shares
     std::vector<int> m_openEndings;
-    std::vector<size_t> m_codaSigns; ///< measures
+    std::vector<size_t> m_codaSigns;          ///< measures
+    std::map<int, std::vector<Stay>> m_stays; ///< of each voice
     std::map<std::string, int> m_voices;
     std::map<std::string, int> m_lines;
 };

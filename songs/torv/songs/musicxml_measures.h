@@ -9,7 +9,8 @@
 /// What a part's measures say, one by one as they are written, before they are put in the order in which they sound.
 namespace torv::songs::musicxml {
 
-/// Which notes belong together: of each staff each voice.
+/// Which notes belong together: of each staff each voice. A voice that goes over to another staff stays with the one
+/// that has most of its notes.
 struct VoiceId {
     int staff = 1;
     int voice = 1;
@@ -24,6 +25,7 @@ struct WrittenNote {
     bool isChord = false;
     bool isGrace = false;
     bool hasSlash = false; ///< a grace note that is sung as short as can be
+    bool hasPitch = true;
     bool tieStarts = false;
     bool tieStops = false;
     std::vector<int> slurStarts;
@@ -58,7 +60,8 @@ struct WrittenMeasure {
 struct WrittenPart {
     std::vector<WrittenMeasure> measures;
     std::map<int, std::string> clefs; ///< the first of each staff
-    bool isPercussion = false;        ///< notes without a pitch
+    bool isPercussion = false;        ///< all notes are without a pitch
+    size_t unpitched = 0;             ///< notes without a pitch among others, left out
     size_t cues = 0;                  ///< small notes of another part, left out
     size_t ornaments = 0;             ///< trills and the like, left out
     bool hasTempoWords = false;       ///< "rit." and the like

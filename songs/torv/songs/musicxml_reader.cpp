@@ -165,7 +165,9 @@ std::vector<PlacedMeasure> Place(const MeasureOrder& order, const std::vector<Me
             break;
         }
         const bool isAfterJump = !placed.empty() && played.index != placed.back().index + 1;
-        placed.push_back({played.index, played.pass, passes[played.index], tick, isAfterJump});
+        const bool isEnding = played.ending > 0;
+        placed.push_back({played.index, isEnding ? played.ending : played.pass,
+                          isEnding ? played.endings : passes[played.index], tick, isAfterJump});
         song.measures.push_back({tick, frame.length, frame.number});
         if (frame.hasMeter || isAfterJump)
             song.meters.push_back({tick, frame.meter.numerator, frame.meter.denominatorExponent});
@@ -223,16 +225,20 @@ std::string Counted(size_t count, const char* one, const char* many) {
 void Remark(const std::vector<WrittenPart>& parts, size_t lostGraces, Song& song) {
     size_t cues = 0;
     size_t ornaments = 0;
+    size_t unpitched = 0;
     bool hasTempoWords = false;
     for (const WrittenPart& part : parts) {
         cues += part.cues;
         ornaments += part.ornaments;
+        unpitched += part.unpitched;
         hasTempoWords = hasTempoWords || part.hasTempoWords;
         if (song.language.empty())
             song.language = part.language;
     }
     if (cues)
         song.remarks.push_back(Counted(cues, "cue note is", "cue notes are") + " left out");
+    if (unpitched)
+        song.remarks.push_back(Counted(unpitched, "note is", "notes are") + " without a pitch and left out");
     if (lostGraces)
         song.remarks.push_back(Counted(lostGraces, "grace note has", "grace notes have") +
                                " no note to stand before and is left out");

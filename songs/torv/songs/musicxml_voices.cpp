@@ -48,8 +48,11 @@ public:
             m_slurs.erase(number);
         if (written.isGrace) {
             m_graces.push_back(&written);
+            m_graceTick = measure.tick + written.onset;
             return;
         }
+        if (measure.tick + written.onset > m_graceTick)
+            SingGracesAfter();
         Note note = written.note;
         note.tick = measure.tick + written.onset;
         if (!note.words.empty())
@@ -63,10 +66,12 @@ public:
             Add(note, written.tieStarts);
     }
 
-    /// What was written before does not lead here.
+    /// A measure's last grace notes belong to the note before them.
+    void EndMeasure() { SingGracesAfter(); }
+
+    /// What was written before does not lead here; but a tie into one ending leads into the others too.
     void Interrupt() {
         m_slurs.clear();
-        m_ties.clear();
         m_lost += m_graces.size();
         m_graces.clear();
     }
@@ -88,6 +93,10 @@ private:
             m_ties.erase(tie);
         if (first.tick + first.length != note.tick)
             return false;
+        if (!first.words.empty() && !note.words.empty()) { // a verse has a syllable more here
+            first.slurred = true;
+            return false;
+        }
         first.length += note.length;
         first.slurred = note.slurred;
         first.fermata = first.fermata || note.fermata;
@@ -120,11 +129,35 @@ private:
         return tick - note.tick;
     }
 
+    /// Those that stand behind a note take their time from its end.
+    void SingGracesAfter() {
+        if (m_graces.empty() || m_part.notes.empty())
+            return;
+        const Note last = m_part.notes.back();
+        const auto count = static_cast<uint32_t>(m_graces.size());
+        const uint32_t each = std::min(kShortGrace, last.length / 2 / count);
+        if (last.tick + last.length != m_graceTick || each == 0)
+            return;
+        for (size_t i = m_part.notes.size(); i-- > 0 && m_part.notes[i].tick == last.tick;) {
+            m_part.notes[i].length = last.length - each * count;
+            m_part.notes[i].slurred = true;
+        }
+        for (uint32_t i = 0; i < count; ++i) {
+            Note grace = m_graces[i]->note;
+            grace.tick = m_graceTick - each * (count - i);
+            grace.length = each;
+            grace.slurred = i + 1 < count || last.slurred;
+            m_part.notes.push_back(grace);
+        }
+        m_graces.clear();
+    }
+
     Part& m_part;
     std::set<int> m_slurs;        ///< open ones, by number
     std::map<int, size_t> m_ties; ///< key, and the note that it begins with
     std::vector<const WrittenNote*> m_graces;
-    uint32_t m_shift = 0; ///< what the chord at hand begins later for its grace notes
+    uint32_t m_graceTick = 0; ///< where they stand
+    uint32_t m_shift = 0;     ///< what the chord at hand begins later for its grace notes
     size_t m_lost = 0;
 };
 
@@ -203,9 +236,12 @@ Voices SingPart(const WrittenPart& part, const std::vector<PlacedMeasure>& measu
         if (place.index >= part.measures.size())
             continue;
         const WrittenMeasure& measure = part.measures[place.index];
-        for (const auto& [id, notes] : measure.voices)
+        for (const auto& [id, notes] : measure.voices) {
+            Singer& singer = singers[indexes[id]];
             for (const WrittenNote& note : notes)
-                singers[indexes[id]].Sing(note, place);
+                singer.Sing(note, place);
+            singer.EndMeasure();
+        }
         for (const auto& [staff, marks] : measure.staves)
             dynamics[staff].Read(marks, place.tick);
     }

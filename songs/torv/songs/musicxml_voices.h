@@ -7,8 +7,8 @@ namespace torv::songs::musicxml {
 /// A written measure where it sounds.
 struct PlacedMeasure {
     size_t index = 0; ///< of the written one
-    int pass = 1;     ///< how often it has sounded, this time included
-    int passes = 1;   ///< how often it sounds in all
+    int pass = 1;     ///< how often it has sounded, this time included; of an ending which pass of its passage it is
+    int passes = 1;   ///< how often it sounds in all; of an ending how often its passage does
     uint32_t tick = 0;
     bool isAfterJump = false; ///< another measure is written before it than sounds there
 };

@@ -31,8 +31,7 @@ std::string Named(const std::string& source, const std::string& what) {
     return source.empty() ? what : source + ": " + what;
 }
 
-constexpr size_t kEnoughToTell = 4096;      // bytes
-constexpr size_t kLargestFile = 128U << 20; // bytes: hundreds of times any song
+constexpr size_t kEnoughToTell = 4096; // bytes
 
 /// What cannot be sought in, as a pipe, is read to be measured.
 bool IsKnownTooLarge(std::istream& stream) {
@@ -43,7 +42,7 @@ bool IsKnownTooLarge(std::istream& stream) {
     }
     const auto end = stream.tellg();
     stream.seekg(begin);
-    return static_cast<uint64_t>(end - begin) > kLargestFile;
+    return static_cast<uint64_t>(end - begin) > kLargestSongFile;
 }
 
 [[noreturn]] void FailTooLarge(const std::string& source) {
@@ -91,7 +90,7 @@ std::vector<unsigned char> ReadSongBytes(std::istream& stream, const std::string
         FailUnknown(source); // before the rest of a file that may be large
     if (isTooLarge)
         FailTooLarge(source);
-    AppendBytes(stream, kLargestFile, bytes);
+    AppendBytes(stream, kLargestSongFile, bytes);
     if (stream && stream.peek() != std::istream::traits_type::eof())
         FailTooLarge(source);
     return bytes;

@@ -32,8 +32,10 @@ TORV_SONGS_API SongFormat FormatOf(Bytes bytes);
 /// those that cannot be followed; time and memory are linear in them.
 TORV_SONGS_API Song ReadSong(Bytes bytes, const std::string& source, const ReadOptions& options = {});
 
+constexpr size_t kLargestSongFile = 128U << 20; ///< bytes: hundreds of times any song
+
 /// The bytes of a song from a stream, which may be a pipe. What begins like no song is refused before the rest is read,
-/// and so is what is larger than a song can be (128 MB). Throws SongError, which names `source`.
+/// and so is what is larger than a song can be. Throws SongError, which names `source`.
 TORV_SONGS_API std::vector<unsigned char> ReadSongBytes(std::istream& stream, const std::string& source);
 
 /// ReadSong of ReadSongBytes.

@@ -100,8 +100,10 @@ uint32_t TickOfMeasure(const Song& song, int number) {
     const Measure last = song.measures.empty() ? Measure{0, 0, 0} : song.measures.back();
     if (number == last.number + 1)
         return last.tick + last.length;
+    const int first = song.measures.empty() ? 0 : song.measures.front().number;
     throw SongError((song.source.empty() ? "the song" : song.source + ":") + " has no bar " + std::to_string(number) +
-                    "; the last one is " + std::to_string(last.number));
+                    (number < first ? "; the first one is " + std::to_string(first)
+                                    : "; the last one is " + std::to_string(last.number)));
 }
 
 int NumberOfMeasureAt(const Song& song, uint32_t tick) {

@@ -148,7 +148,8 @@ struct Song {
 TORV_SONGS_API void CompleteSong(Song& song);
 
 /// The tick at which the measure of this number begins, the first time that it is sung; the one after the last begins
-/// where that ends. Throws SongError, naming the last measure, when there is none.
+/// where that ends. Throws SongError, naming the first or the last measure, when there
+/// is none.
 TORV_SONGS_API uint32_t TickOfMeasure(const Song& song, int number);
 
 /// The number of the measure that sounds at a tick; of the last one behind the end.

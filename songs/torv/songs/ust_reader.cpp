@@ -52,16 +52,17 @@ struct Section {
     bool hasCurves = false;
 };
 
-bool IsRest(const Section& section) {
-    return section.key < 0 || section.lyric == "R" || section.lyric == "r" || section.lyric == "rest";
-}
-
 /// The syllable itself: recordings by pairs name the vowel before it, "a ka" or "- ka".
 std::string SyllableOf(const std::string& lyric) {
     const size_t blank = lyric.find(' ');
     const bool isPair =
         blank == 1 && (lyric[0] == '-' || std::string_view("aiueonN*").find(lyric[0]) != string_view::npos);
     return isPair ? lyric.substr(blank + 1) : lyric;
+}
+
+bool IsRest(const Section& section) {
+    const std::string syllable = SyllableOf(section.lyric); // "a R" ends a vowel
+    return section.key < 0 || syllable == "R" || syllable == "r" || syllable == "rest";
 }
 
 class UstReader {

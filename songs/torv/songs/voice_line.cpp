@@ -15,12 +15,37 @@ constexpr uint32_t kSlurredGap = 240; // an eighth
 constexpr int kUsualVelocity = 80;
 constexpr int kAccent = 12; // of velocity
 constexpr int kMostVelocity = 127;
+constexpr size_t kShortestRefrain = 4; // notes with words: fewer are a vowel that goes on longer than in other verses
 
 std::vector<Word> WordsOf(const Note& note, int verse) {
     std::vector<Word> words;
     std::copy_if(note.words.begin(), note.words.end(), std::back_inserter(words),
                  [verse](const Word& word) { return word.verse == verse; });
     return words;
+}
+
+/// The verse whose words each note sings.
+std::vector<int> VersesOf(const Part& part, int verse) {
+    std::vector<int> verses(part.notes.size(), verse);
+    if (!HasWords(part, verse))
+        return verses;
+    const auto isLower = [](const Word& a, const Word& b) { return a.verse < b.verse; };
+    std::vector<size_t> others; // notes with words of other verses alone
+    const auto endRun = [&] {
+        if (others.size() >= kShortestRefrain)
+            for (const size_t i : others)
+                verses[i] = std::min_element(part.notes[i].words.begin(), part.notes[i].words.end(), isLower)->verse;
+        others.clear();
+    };
+    for (size_t i = 0; i < part.notes.size(); ++i) {
+        const std::vector<Word>& words = part.notes[i].words;
+        if (std::any_of(words.begin(), words.end(), [verse](const Word& word) { return word.verse == verse; }))
+            endRun();
+        else if (!words.empty() && !(others.empty() && words.front().hyphenBefore))
+            others.push_back(i);
+    }
+    endRun();
+    return verses;
 }
 
 void PutNote(const Note& note, uint32_t length, int velocity, std::vector<Word> words, VoiceLine& line) {
@@ -77,11 +102,14 @@ void CloseGaps(std::vector<SungNote>& notes) {
 VoiceLine MakeVoiceLine(const Part& part, int verse, bool isPlain) {
     VoiceLine line;
     const std::vector<uint32_t> gaps = GapsAfter(part.notes);
+    const std::vector<int> verses = VersesOf(part, verse);
     for (size_t i = 0; i < part.notes.size(); ++i) {
         const Note& note = part.notes[i];
         const uint32_t length = isPlain ? note.length : SungLength(note, gaps[i]);
         const int accented = std::min(note.velocity + (note.accent ? kAccent : 0), kMostVelocity);
-        PutNote(note, length, isPlain ? kUsualVelocity : accented, WordsOf(note, verse), line);
+        std::vector<Word> words = WordsOf(note, verses[i]);
+        line.refrainWords += verses[i] == verse ? 0 : words.size();
+        PutNote(note, length, isPlain ? kUsualVelocity : accented, std::move(words), line);
     }
     CloseGaps(line.notes);
     std::vector<std::string> texts;

@@ -9,7 +9,7 @@ namespace torv::songs {
 /// A line of words that a file gives beside its notes.
 struct WordLine {
     std::vector<Syllable> syllables; ///< by verse, then tick
-    int track = 0;                   ///< the file's that holds it, as in Part::track
+    int track = 0;                   ///< the file's that holds it, as in Part::track; 0: that of several parts
     bool isUndivided = false;        ///< see LyricLine
 };
 
