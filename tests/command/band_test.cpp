@@ -73,3 +73,37 @@ TEST_CASE("band: as loud against the voices as is asked for, softer when practis
     CHECK(folder.Torv(command + "no.wav --band --soundfont " + song).said.find("cannot be read as a sound font") !=
           std::string::npos);
 }
+
+TEST_CASE("band: behind a fermata and a change of tempo band and voice are where they should be") {
+    const auto note = [](const std::string& step, int quarters, const std::string& more) {
+        const std::string pitch =
+            step.empty() ? "<rest/>" : "<pitch><step>" + step + "</step><octave>4</octave></pitch>";
+        return "<note>" + pitch + "<duration>" + std::to_string(quarters) + "</duration>" + more + "</note>";
+    };
+    const auto part = [](const std::string& id, const std::vector<std::string>& bars) {
+        std::string text = "<part id=\"" + id + "\">";
+        for (const std::string& bar : bars)
+            text += "<measure>" + bar + "</measure>";
+        return text + "</part>";
+    };
+    const std::string ah = "<lyric><text>ah</text></lyric>";
+    const std::string rest = note("", 4, "");
+    const Folder folder;
+    const std::string score =
+        "<score-partwise><part-list><score-part id=\"V\"/><score-part id=\"O\"><midi-instrument><midi-program>20"
+        "</midi-program></midi-instrument></score-part></part-list>" +
+        part("V", {note("A", 4, "<notations><fermata/></notations>" + ah), "<sound tempo=\"90\"/>" + rest, rest,
+                   note("A", 4, ah)}) +
+        part("O", {rest, rest, note("C", 1, "") + note("", 3, ""), rest}) + "</score-partwise>";
+    const std::string song = folder.File("song.musicxml", {score.begin(), score.end()});
+    const Run run = folder.Torv("sing " + song + " --quiet --lead-in 0 --band 9 -o command_test_files/out.wav");
+    if (run.status != 0) {
+        MESSAGE("SKIPPED, the band is not heard: " << run.said);
+        return;
+    }
+    const std::vector<double> sound = Wave(folder.path / "out.wav"); // both channels, one after the other
+    const auto onsetAfter = [&](double ms) { return ms + OnsetOf(Part(sound, 2 * ms, 1e9), 0.01) / 2; };
+    // Two quarters of half a second and two held half as long again, four of 2/3 s; then four more.
+    CHECK(onsetAfter(4000) == doctest::Approx(2500 + 8000 / 3.0).epsilon(0.01));
+    CHECK(onsetAfter(7000) == doctest::Approx(2500 + 16000 / 3.0).epsilon(0.01));
+}

@@ -5,7 +5,8 @@
 #include <string>
 
 /// What the user names as an input: a file, or standard input as "-", which is read to its end at once, as any pipe is.
-/// To read and to seek in. Throws SongError when a file cannot be opened, WrongUse when standard input is named a second time.
+/// To read and to seek in. Throws SongError when a file cannot be opened, WrongUse when standard input is named a
+/// second time.
 std::unique_ptr<std::istream> OpenInput(const std::string& path);
 
 /// The same for what is read from its beginning only: no more of it is taken than the reader asks for.
