@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """A picture of a sung line, for looking at: its waves' spectra over time, and where its notes lie.
 
-    bench/voice/spectrogram.py build/release/bin/torv "a-ma-zing grace" picture.png [--voice Roger] [--top 8000]
+    bench/voice/spectrogram.py build/release/bin/torv "a-ma-zing grace" picture.png [--voice Roger] [--top 8000] [--dpi 100]
 
 Hyphens part the syllables, of which each has a note of its own. Needs python3-matplotlib and python3-numpy.
 """
@@ -14,6 +14,7 @@ import tempfile
 try:
     import matplotlib
     import numpy as np
+    from PIL import Image
 except ImportError:
     sys.exit("SKIPPED: nothing to draw with (apt-get install python3-matplotlib python3-numpy; run it by /usr/bin/python3)")
 matplotlib.use("Agg")
@@ -26,6 +27,7 @@ RATE = 48000
 WINDOW = 0.006  # seconds: formants are seen, and single periods of low voices
 HOP = 0.002
 RANGE_DB = 70
+COLOURS = 32  # as many are told apart, and the file stays small
 
 
 def decibels(samples):
@@ -42,6 +44,7 @@ def main():
     parser.add_argument("picture", type=pathlib.Path)
     parser.add_argument("--voice", default="Roger")
     parser.add_argument("--top", type=float, default=8000, help="Hz")
+    parser.add_argument("--dpi", type=float, default=100)
     options = parser.parse_args()
     torv = str(pathlib.Path(options.torv).resolve())
     voice = next((voice for voice in singers.voices(torv) if voice.name == options.voice), None)
@@ -60,8 +63,11 @@ def main():
         axes.axvline(now, color="white", linewidth=0.5)
         axes.text(now, options.top, f" {note.lyric}", color="white", verticalalignment="top")
         now += note.seconds
+    figure.set_dpi(options.dpi)
     axes.set(ylim=(0, options.top), xlabel="seconds", ylabel="Hz", title=f"{voice.name}: {options.line}")
-    figure.savefig(options.picture, dpi=100)
+    figure.canvas.draw()
+    shown = Image.fromarray(np.asarray(figure.canvas.buffer_rgba())).convert("RGB")
+    shown.quantize(COLOURS).save(options.picture, optimize=True)
 
 
 if __name__ == "__main__":

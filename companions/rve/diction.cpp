@@ -19,6 +19,10 @@ constexpr float kSlowest = 2.5F; ///< how much slower than spoken a vowel comes 
 constexpr double kCodaLength = 1.5;
 constexpr double kLongestCoda = 0.22 * kTimeBase; // of those that are not spoken so long
 constexpr double kMostCoda = 0.6;                 // of a note
+constexpr float kBreathGain = 0.7F; // natural logarithm: a singer's breath is louder than the h that it is made from
+// How far another language's vowel moves the first two formants to its own places. The first one is how open a mouth
+// this person sings with: moved all the way, it is less well understood.
+constexpr float kMoved[] = {0.5F, 1.0F};
 
 int PhoneOf(const VoiceBank& bank, const char* name) { return name ? bank.PhoneNamed(name) : VoiceBank::kSilence; }
 
@@ -140,6 +144,7 @@ void Diction::AddUnit(const Unit& unit, const Phoneme* following, Time begin, Ti
     sound.isVowel = IsVowelPhone(spoken->phones[0]);
     sound.isStop = IsStopPhone(spoken->phones[0]);
     sound.isDiphthong = IsDiphthongPhone(spoken->phones[0]);
+    sound.isBreath = unit.phoneme->manner == Manner::Breath;
     if (IsJapaneseVowel(*unit.phoneme))
         sound.target = unit.phoneme->from;
     const char* second = spoken->phones[1];
@@ -276,6 +281,8 @@ void Diction::Speak(const VoiceBank& bank, Tract tract) {
             SpokenFrame& frame = m_raw[Place(m_frameCount++)];
             for (size_t m = 0; m < frame.cepstrum.size(); ++m)
                 frame.cepstrum[m] = static_cast<float>(stored.cepstrum[m]) * bank::kCepstrumUnit;
+            if (sound.isBreath)
+                frame.cepstrum[0] += kBreathGain;
             // Held notes need more breath between their harmonics than speech, for the spectrum to be heard whole.
             for (size_t b = 0; b < frame.strength.size(); ++b) {
                 const float spoken = static_cast<float>(stored.strength[b]) / 255;
@@ -290,10 +297,13 @@ void Diction::Speak(const VoiceBank& bank, Tract tract) {
         if (sound.target && sound.frames > 0) {
             const int middle = sound.first + sound.frames * (sound.isDiphthong ? 3 : 5) / 10;
             const SpokenFrame& steady = m_raw[Place(middle)];
+            std::array<float, 2> shift{};
+            for (size_t k = 0; k < shift.size(); ++k) {
+                const float target = sound.target->hz[static_cast<size_t>(tract)][k];
+                shift[k] = kMoved[k] * std::clamp(std::log2(target / steady.formants[k]), -0.6F, 0.6F);
+            }
             for (int f = sound.first; f < sound.first + sound.frames; ++f)
-                for (size_t k = 0; k < 2; ++k)
-                    m_raw[Place(f)].shift[k] = std::clamp(
-                        std::log2(sound.target->hz[static_cast<size_t>(tract)][k] / steady.formants[k]), -0.6F, 0.6F);
+                m_raw[Place(f)].shift = shift;
         }
     }
 }

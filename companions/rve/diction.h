@@ -40,6 +40,7 @@ private:
         bool isStop = false;
         bool isDiphthong = false;
         bool isVowel = false;
+        bool isBreath = false;
         const VowelFormants* target = nullptr;
         int first = 0; ///< of its frames
         int frames = 0;

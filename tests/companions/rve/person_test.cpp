@@ -150,6 +150,19 @@ TEST_CASE("persons: what ends a held note is longer than it is spoken") {
     }
 }
 
+TEST_CASE("persons: a breath is louder than an h of its length, and softer than the vowel") {
+    for (const int program : Persons()) {
+        CAPTURE(program);
+        const auto before = [program](const char* phonemes) {
+            Stream stream = By(program, 1);
+            stream.Note({.note = 57, .startMs = 400, .phonemes = phonemes, .advancement = 100});
+            return Db(Rms(Part(Sing(stream), 330, 380)));
+        };
+        CHECK(before("Asp Q") > before("h Q") + 4);
+        CHECK(before("Asp Q") < -24 - 6);
+    }
+}
+
 TEST_CASE("persons: no clicks where notes join, controllers jump or another voice goes on") {
     for (const int program : Persons()) {
         CAPTURE(program);
