@@ -23,9 +23,7 @@ const IconNames* IconsAt(const songs::Part& part, const PartPlanning& planning, 
         });
     if (found == part.notes.end() || found->tick != sung.tick || found->key != sung.key)
         return nullptr;
-    const IconNames& icons = planning.noteIcons[static_cast<size_t>(found - part.notes.begin())];
-    const bool hasAny = std::any_of(icons.begin(), icons.end(), [](const std::string& name) { return !name.empty(); });
-    return hasAny ? &icons : nullptr;
+    return &planning.noteIcons[static_cast<size_t>(found - part.notes.begin())];
 }
 
 class Icons {

@@ -51,7 +51,7 @@ ScoreObject::ScoreObject(const SongObject& asked, std::shared_ptr<OpenDatabases>
         part.pan = planning.pan == TORV_PAN_STAGE ? songs::StagePan(i, cast.plans.size()) : planning.pan;
         part.stream = songs::MakeEngineStream(score, score.parts[i], presend);
     }
-    performance = songs::DescribePerformance(song.song, score, cast.plans, *open->databases, {options.transpose, 0});
+    performance = songs::DescribePerformance(song.song, score, cast.plans, *open->databases, {options.transpose});
 }
 
 /// Its icons ask the databases, which others may be using.

@@ -201,6 +201,8 @@ static void test_arguments(void) {
     CHECK_STATUS(torv_part_set_curve(song, 0, TORV_CURVE_PITCH, back, 2), TORV_OUT_OF_RANGE);
     CHECK_STATUS(torv_part_set_curve(song, 0, TORV_CURVE_DYNAMICS, &loud, 1), TORV_OUT_OF_RANGE);
     CHECK_STATUS(torv_part_set_curve(song, 0, TORV_CURVES, &loud, 1), TORV_BAD_ARGUMENT);
+    CHECK_STATUS(torv_part_set_mark(song, 0, (torv_mark_kind)99, 0, "x"), TORV_BAD_ARGUMENT);
+    CHECK_STATUS(torv_part_get_mark(song, 0, (torv_mark_kind)99, 0, &tick, text, sizeof text, NULL), TORV_BAD_ARGUMENT);
     CHECK_STATUS(torv_part_set_text(song, 0, TORV_PART_NAME, "\xC3"), TORV_BAD_ARGUMENT); /* half a letter */
     CHECK_STATUS(torv_song_get_text(song, (torv_song_text)99, text, sizeof text, NULL), TORV_BAD_ARGUMENT);
     CHECK_STATUS(torv_song_open("no such file.mid", NULL, &new_song), TORV_FILE_ERROR);
