@@ -97,6 +97,11 @@ def size(value: int) -> ctypes.c_size_t:
     return ctypes.c_size_t(value if value >= 0 else 2**32)
 
 
+def milliseconds(seconds: float) -> int:
+    """What no song has, below 0 or beyond weeks, lies behind every end."""
+    return round(1000 * seconds) if 0 <= seconds < 4e6 else 2**32 - 1
+
+
 def place_in(names: Sequence[str], name: str, what: str) -> int:
     """The number that the library has for one of these names."""
     if name not in names:

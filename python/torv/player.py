@@ -7,7 +7,7 @@ from typing import Any, Callable, List, Optional
 
 import numpy as np
 
-from ._library import Handle, call, number_of, size, text_of, utf8
+from ._library import Handle, call, milliseconds, number_of, size, text_of, utf8
 from ._records import PlayerCallback, PlayerOptions, PlayerState
 from .score import Score
 
@@ -50,12 +50,12 @@ class Player(Handle):
         call("torv_player_stop", self)
 
     def seek(self, seconds: float) -> None:
-        call("torv_player_seek", self, ctypes.c_uint32(round(1000 * seconds)))
+        call("torv_player_seek", self, ctypes.c_uint32(milliseconds(seconds)))
 
     def set_region(self, start: float, end: Optional[float], loop: bool = False) -> None:
         """Where playing ends, and with `loop` goes on from; an end of None is the song's."""
-        last = 0 if end is None else round(1000 * end)
-        call("torv_player_set_region", self, ctypes.c_uint32(round(1000 * start)), ctypes.c_uint32(last), ctypes.c_int32(loop))
+        last = 0 if end is None else milliseconds(end)
+        call("torv_player_set_region", self, ctypes.c_uint32(milliseconds(start)), ctypes.c_uint32(last), ctypes.c_int32(loop))
 
     def set_part(self, part: int, level: float = 0, pan: float = 0, mute: bool = False) -> None:
         call("torv_player_set_part", self, size(part), ctypes.c_double(level), ctypes.c_double(pan), ctypes.c_int32(mute))

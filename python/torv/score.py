@@ -8,7 +8,7 @@ from typing import TYPE_CHECKING, Any, Callable, List, Optional, Tuple
 import numpy as np
 
 from . import _records as records
-from ._library import LIBRARY, Handle, call, check, number_of, place_in, size, text_of, utf8
+from ._library import LIBRARY, Handle, call, check, milliseconds, number_of, place_in, size, text_of, utf8
 from .databases import LANGUAGES, Databases, default_databases
 from .sound import Saved, Sound
 
@@ -131,9 +131,9 @@ class Score(Handle):
     @staticmethod
     def _options(raised: _Raised, rate: int, channels: int, start: float, end: Optional[float], part: Optional[int],
                  progress: Optional[Progress]) -> Any:
-        options = records.SingOptions(rate=rate, channels=channels, to=0 if end is None else round(1000 * end),
+        options = records.SingOptions(rate=rate, channels=channels, to=0 if end is None else milliseconds(end),
                                       part=0 if part is None else part + 1)
-        setattr(options, "from", round(1000 * start))
+        setattr(options, "from", milliseconds(start))
         if progress:
             options.progress = records.ProgressCallback(raised.guard(lambda done, _: progress(done)))
         return options
