@@ -55,11 +55,12 @@ public:
     void Show(const PlaySession& session, double volume, bool hasKeys) {
         if (!m_isShown)
             return;
-        char text[64];
-        std::snprintf(text, sizeof text, "%s %s / %s  %+.0f dB", session.IsPaused() ? "paused " : "playing",
-                      Clock(session.Position()).c_str(), Clock(m_end).c_str(), volume);
+        char level[32];
+        std::snprintf(level, sizeof level, "  %+.0f dB", volume);
         const std::string line = FittingLine(
-            {text, hasKeys ? "  [space: pause, arrows: seek and volume, q: quit]" : ""}, TerminalWidth(stderr));
+            {(session.IsPaused() ? "paused  " : "playing ") + Clock(session.Position()), " / " + Clock(m_end), level,
+             hasKeys ? "  [space: pause, arrows: seek and volume, q: quit]" : ""},
+            TerminalWidth(stderr));
         if (m_last == line)
             return;
         m_last = line;
