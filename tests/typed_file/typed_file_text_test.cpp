@@ -47,7 +47,7 @@ TEST_CASE("typed file: fields of a list") {
 
 TEST_CASE("typed file: hexadecimal texts") {
     CHECK(CxTypedFile::ahextol("0x1F") == 31); // the x is passed over, the zero is a digit
-    CHECK(CxTypedFile::ahextol("$a-b.C") == 0xABC);
+    CHECK(CxTypedFile::ahextol("$a-f.9A") == 0xAF9A);
     CHECK(CxTypedFile::ahextol("123456789") == 0x12345678);
     CHECK(CxTypedFile::ahextol("FFFFFFFE") == -2);
     CHECK(Values(CxTypedFile::ahextol(""), CxTypedFile::ahextol(nullptr), CxTypedFile::ahextodouble("")) == "0 0 0");
