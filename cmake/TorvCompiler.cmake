@@ -17,6 +17,8 @@ endforeach()
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
   # Out of a precompiled header GCC tells one of several places of a variable, and which depends on the folder.
   add_compile_options($<$<CONFIG:RelWithDebInfo>:-fno-var-tracking-assignments>)
+  # It names a system header by its link or by what it links to, whichever is shorter: that depends on the folder too.
+  add_compile_options($<$<CONFIG:RelWithDebInfo>:-fno-canonical-system-headers>)
 endif()
 if(WIN32)
   add_link_options(-Wl,--no-insert-timestamp)

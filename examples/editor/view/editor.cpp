@@ -18,7 +18,7 @@ namespace {
 bool IsSongFile(const std::string& file) {
     std::string ending = std::filesystem::path(file).extension().string();
     std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return std::tolower(c); });
-    constexpr const char* kSongEndings[] = {".mid", ".midi", ".kar", ".xml", ".musicxml", ".mxl", ".ust"};
+    constexpr const char* kSongEndings[] = {".mid", ".midi", ".kar", ".rmi", ".xml", ".musicxml", ".mxl", ".ust"};
     return std::find(std::begin(kSongEndings), std::end(kSongEndings), ending) != std::end(kSongEndings);
 }
 
