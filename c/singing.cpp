@@ -26,6 +26,8 @@ Singing::Singing(ScoreObject& score, const torv_sing_options& options)
         throw Failure{TORV_OUT_OF_RANGE, "there is sound of one or two channels"};
     if (options.to != 0 && options.to <= options.from)
         throw Failure{TORV_OUT_OF_RANGE, "the end lies before the beginning"};
+    if (options.from > score.Milliseconds())
+        throw Failure{TORV_OUT_OF_RANGE, "the song is over after " + std::to_string(score.Milliseconds()) + " ms"};
     if (options.part > score.parts.size())
         throw Failure{TORV_OUT_OF_RANGE, "there is no part " + std::to_string(options.part) + ": there are " +
                                              std::to_string(score.parts.size())};

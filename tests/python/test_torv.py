@@ -67,6 +67,9 @@ def test_errors_are_told_and_typed():
         song.parts[0].add_note(torv.Note(0, 480, 128))
     with pytest.raises(IndexError):
         song.parts[0].remove_note(-1)
+    for start in (1e9, 60, -1):
+        with pytest.raises(ValueError, match="over after"):
+            make_song().sing(start=start)
     torv.default_databases()
     with pytest.raises(torv.Busy):
         torv.Databases()

@@ -574,7 +574,7 @@ typedef struct torv_sing_options {
     uint32_t size;                   /**< sizeof(torv_sing_options) */
     uint32_t rate;                   /**< 44100, 48000 or 96000; 0: 44100 */
     uint32_t channels;               /**< 1 or 2; 0: one for one part in the middle, else two */
-    uint32_t from;                   /**< milliseconds of the song */
+    uint32_t from;                   /**< milliseconds of the song, at most its own */
     uint32_t to;                     /**< milliseconds; 0: to the last sound */
     uint32_t part;                   /**< from 1: only this one of the score's parts; 0: all */
     torv_progress_callback progress; /**< may be null */
