@@ -32,7 +32,8 @@ private:
     /// Group g holds the stages g, g + 4, g + 8 and g + 12: each of its lanes takes what that lane of the group before
     /// has.
     static constexpr size_t PlaceOf(int stage) {
-        return static_cast<size_t>(stage % kGroups * (kStages / kGroups) + stage / kGroups);
+        const int place = stage % kGroups * (kStages / kGroups) + stage / kGroups;
+        return static_cast<size_t>(place);
     }
     void RunInTurn(float* samples, int count);
 

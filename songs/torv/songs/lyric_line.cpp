@@ -180,7 +180,7 @@ LyricLine ReadLyricLine(const std::vector<MidiText>& texts, bool karaoke, const 
     for (const MidiText& text : texts) {
         if (text.lyric == karaoke || (karaoke && text.bytes.starts_with('@')))
             continue;
-        const MidiText& clean = kept.emplace_back(text.tick, text.lyric, WithoutTags(text.bytes, tagged));
+        const MidiText& clean = kept.emplace_back(MidiText{text.tick, text.lyric, WithoutTags(text.bytes, tagged)});
         if (clean.bytes.empty())
             continue;
         lyrics.push_back(&clean);
