@@ -41,7 +41,8 @@ class Editor:
         self.process = subprocess.Popen([program, *arguments], cwd=folder, env=self.environment)
         self.window = ""
         try:
-            self.window = self.wait("a window", lambda: self.tool("search", "--name", "TORV editor", check=False)).split()[0]
+            # Its title counts notes once it draws: before that the window may yet be replaced for its renderer.
+            self.window = self.wait("a window", lambda: self.tool("search", "--name", "notes.*TORV editor", check=False)).split()[0]
             self.wait("the keyboard", self.focus)
         except BaseException:
             self.process.kill()  # nobody has this object, and who runs the test would wait for its process
