@@ -38,6 +38,7 @@ constexpr size_t kChunkHeader = 8;
 
 struct Message {
     DWORD delta;
+    DWORD tick;
     std::array<BYTE, kMessageBytes> bytes;
 };
 
@@ -46,10 +47,12 @@ using Messages = std::vector<Message>;
 /// One track's messages: a parameter's number and its value by control changes, most of them a tick or a few apart.
 Messages MakeMessages(std::mt19937& random, DWORD count) {
     Messages messages(count);
+    DWORD tick = 0;
     for (size_t i = 0; i < messages.size(); ++i) {
         constexpr BYTE kControllers[] = {99, 98, 6, 38};
         const DWORD delta = i % 24 ? 1 + random() % 3 : 1 + random() % 500;
-        messages[i] = {delta, {0xB0, kControllers[i % 4], static_cast<BYTE>(random() & 0x7F)}};
+        tick += delta;
+        messages[i] = {delta, tick, {0xB0, kControllers[i % 4], static_cast<BYTE>(random() & 0x7F)}};
     }
     return messages;
 }
@@ -117,12 +120,8 @@ public:
 
 private:
     void InsertEvery(const Messages& messages, size_t pass, size_t passes) {
-        DWORD tick = 0;
-        for (size_t i = 0; i < messages.size(); ++i) {
-            tick += messages[i].delta;
-            if (i % passes == pass)
-                m_pBuffer->InsertEventAt(tick, messages[i].bytes.data(), kMessageBytes, 0, 1);
-        }
+        for (size_t i = pass; i < messages.size(); i += passes)
+            m_pBuffer->InsertEventAt(messages[i].tick, messages[i].bytes.data(), kMessageBytes, 0, 1);
         m_pBuffer->SeekToEnd();
     }
 
@@ -159,9 +158,8 @@ juce::MidiFile MakeJuceSong(const Song& song) {
     file.setTicksPerQuarterNote(kDivision);
     for (const Messages& messages : song.tracks) {
         juce::MidiMessageSequence track;
-        DWORD tick = 0;
         for (const Message& message : messages)
-            track.addEvent(juce::MidiMessage(message.bytes.data(), kMessageBytes, tick += message.delta));
+            track.addEvent(juce::MidiMessage(message.bytes.data(), kMessageBytes, message.tick));
         file.addTrack(track);
     }
     return file;

@@ -28,9 +28,10 @@ if(NOT WIN32)
   add_compile_options($<$<CONFIG:RelWithDebInfo>:-fno-semantic-interposition>)
 endif()
 # torv_optimize_loops(SOURCES ..)  files whose loops over samples the compiler shall take several of at once; the rest of
-#                                  the tree gains nothing by it, or loses (docs/performance.md)
+#                                  the tree gains nothing by it, or loses, and they lose by being optimized once more
+#                                  with it when it is linked (docs/performance.md)
 function(torv_optimize_loops)
-  set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS $<$<CONFIG:RelWithDebInfo>:-O3>)
+  set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS "$<$<CONFIG:RelWithDebInfo>:-O3;-fno-lto>")
 endfunction()
 if(WIN32)
   # x87 registers would round time conversions and the mixer's truncations differently from every other target.

@@ -6,7 +6,7 @@
 
 namespace torv {
 
-bool ByteStore::Append(const BYTE* bytes, DWORD count) {
+bool ByteStore::AppendAcross(const BYTE* bytes, DWORD count) {
     if (count > 0xFFFFFFFF - m_size)
         return false;
     while (count) {
@@ -27,7 +27,7 @@ bool ByteStore::Append(const BYTE* bytes, DWORD count) {
     return true;
 }
 
-DWORD ByteStore::Read(DWORD offset, void* destination, DWORD count) const {
+DWORD ByteStore::ReadAcross(DWORD offset, void* destination, DWORD count) const {
     count = std::min(count, m_size - std::min(offset, m_size));
     auto* to = static_cast<BYTE*>(destination);
     for (DWORD left = count; left;) {

@@ -171,11 +171,9 @@ int CxQuillMidiFile::RiffWriteEntry(const tagQuillMidiEntry& entry) {
     if (!RiffWriteDelta(delta))
         return 0;
     for (DWORD done = 0; done < entry.length;) {
-        if (m_dwGathered == m_gathered.size() && !RiffFlush())
-            return 0;
+        BYTE* const to = RiffRoom(1);
         const DWORD room = static_cast<DWORD>(m_gathered.size()) - m_dwGathered;
-        const DWORD count = m_pBuffer->ReadEvent(entry.offset + done, m_gathered.data() + m_dwGathered,
-                                                 std::min(entry.length - done, room));
+        const DWORD count = to ? m_pBuffer->ReadEvent(entry.offset + done, to, std::min(entry.length - done, room)) : 0;
         if (!count)
             return 0;
         m_dwGathered += count;
@@ -185,14 +183,15 @@ int CxQuillMidiFile::RiffWriteEntry(const tagQuillMidiEntry& entry) {
 }
 
 int CxQuillMidiFile::RiffWriteDelta(DWORD delta) {
-    if (delta > kMaxDelta)
+    const DWORD count = 1u + (delta >= 1u << 7) + (delta >= 1u << 14) + (delta >= 1u << 21);
+    BYTE* const first = delta <= kMaxDelta ? RiffRoom(count) : nullptr;
+    if (!first)
         return 0;
-    BYTE bytes[4];
-    BYTE* first = std::end(bytes);
-    *--first = delta & 0x7F;
-    while (delta >>= 7)
-        *--first = 0x80 | (delta & 0x7F);
-    return RiffGather(first, static_cast<DWORD>(std::end(bytes) - first));
+    first[count - 1] = delta & 0x7F;
+    for (DWORD i = count - 1; i; --i)
+        first[i - 1] = static_cast<BYTE>(0x80 | (delta >>= 7));
+    m_dwGathered += count;
+    return 1;
 }
 
 int CxQuillMidiFile::RiffWriteDummyEvent() {
@@ -200,13 +199,21 @@ int CxQuillMidiFile::RiffWriteDummyEvent() {
     return RiffGather(kEmptyText, sizeof kEmptyText);
 }
 
-/// Events are a few bytes each and the file has no buffer of its own, so they go to it some thousand bytes at a time.
 int CxQuillMidiFile::RiffGather(const void* bytes, DWORD count) {
-    if (count > m_gathered.size() - m_dwGathered && !RiffFlush())
+    BYTE* const to = RiffRoom(count);
+    if (!to)
         return 0;
-    std::memcpy(m_gathered.data() + m_dwGathered, bytes, count);
+    std::memcpy(to, bytes, count);
     m_dwGathered += count;
     return 1;
+}
+
+/// Room for so many bytes behind what is gathered. Events are a few bytes each and the file has no buffer of its own,
+/// so they go to it some thousand bytes at a time.
+BYTE* CxQuillMidiFile::RiffRoom(DWORD count) {
+    if (count > m_gathered.size() - m_dwGathered && !RiffFlush())
+        return nullptr;
+    return m_gathered.data() + m_dwGathered;
 }
 
 int CxQuillMidiFile::RiffFlush() {

@@ -88,6 +88,7 @@ private:
     int WriteFile(const char* path, std::span<CQuillMidiBuffer> buffers);
     int RiffWriteEntry(const tagQuillMidiEntry& entry);
     int RiffGather(const void* bytes, DWORD count);
+    BYTE* RiffRoom(DWORD count);
     int RiffFlush();
 
     std::unique_ptr<CFile> m_pFile; ///< what CxRiff works on

@@ -39,6 +39,14 @@ void CopyEntry(void* to, const void* from, DWORD size) {
 
 } // namespace
 
+/// Most calls ask for the end mark, which one block holds then; for the rest there is the way across blocks.
+inline bool CStreamBuffer::EndMark(tagEventEntryHdr& mark) const {
+    if (!m_pLast || m_pLast->m_dwUsed < kHeaderSize)
+        return ReadEndMark(&mark);
+    mark = HeaderOf(m_pLast->m_pData + m_pLast->m_dwUsed - kHeaderSize);
+    return true;
+}
+
 int CStreamBuffer::Create(DWORD entrySize, DWORD blockSize, int flags) {
     if (entrySize < kHeaderSize || !CExtendBuffer::Create(blockSize / entrySize * entrySize, flags))
         return 0;
@@ -76,7 +84,7 @@ void CStreamBuffer::SeekToEnd() {
 
 DWORD CStreamBuffer::GetStreamLength() const {
     tagEventEntryHdr mark;
-    return IsCreated() && ReadEndMark(&mark) ? kMaxClock - mark.delta : 0;
+    return IsCreated() && EndMark(mark) ? kMaxClock - mark.delta : 0;
 }
 
 int CStreamBuffer::GetPosition(tagClockPosition* position) const {
@@ -219,7 +227,7 @@ int CStreamBuffer::WriteEntry(void* entry) {
 
 int CStreamBuffer::AddEntry(const void* entry) {
     tagEventEntryHdr mark;
-    if (!IsCreated() || !entry || !ReadEndMark(&mark))
+    if (!IsCreated() || !entry || !EndMark(mark))
         return 0;
     const tagEventEntryHdr header = HeaderOf(entry);
     if (IsReserved(header.tag) || header.delta > mark.delta)
@@ -244,7 +252,7 @@ int CStreamBuffer::AddEntry(const void* entry) {
 
 int CStreamBuffer::InsertEntry(void* entry, int after) {
     tagEventEntryHdr mark;
-    if (!IsCreated() || !entry || IsReserved(HeaderOf(entry).tag) || !ReadEndMark(&mark))
+    if (!IsCreated() || !entry || IsReserved(HeaderOf(entry).tag) || !EndMark(mark))
         return 0;
 
     const bool before = m_nState == kCursorOnEntry && !after;
@@ -373,10 +381,6 @@ int CStreamBuffer::WriteHeader(const tagEventEntryHdr* header, int stay) {
 }
 
 int CStreamBuffer::ReadEndMark(tagEventEntryHdr* mark) const {
-    if (m_pLast && m_pLast->m_dwUsed >= kHeaderSize) {
-        *mark = HeaderOf(m_pLast->m_pData + m_pLast->m_dwUsed - kHeaderSize);
-        return 1;
-    }
     auto* bytes = reinterpret_cast<char*>(mark);
     DWORD left = kHeaderSize;
     for (const CxShortBuff* block = m_pLast; block && left; block = block->m_pPrev) {
@@ -400,7 +404,7 @@ int CStreamBuffer::WriteEndMark(const tagEventEntryHdr* mark) {
 
 void CStreamBuffer::OffsetEndDelta(LONG delta) {
     tagEventEntryHdr mark;
-    if (!ReadEndMark(&mark))
+    if (!EndMark(mark))
         return;
     mark.delta += static_cast<DWORD>(delta);
     WriteEndMark(&mark);

@@ -144,6 +144,8 @@ private:
     bool InsertBytes(DWORD position, const void* entry);
     bool InsertWithinBlock(const void* entry, const tagEventEntryHdr& following);
 
+    bool EndMark(tagEventEntryHdr& mark) const;
+
     static DWORD BlockTicks(CxShortBuff& block, DWORD entrySize);
 
     void LeapTo(DWORD target);
