@@ -69,6 +69,27 @@ static void test_times(void) {
     OK(torv_song_free(song));
 }
 
+static void test_marks_stand_by_time(void) {
+    torv_song* const song = make_amen();
+    for (int of = 0; of < 2; ++of) {
+        const torv_mark_kind kind = of == 0 ? TORV_MARK_VOICE : TORV_MARK_DYNAMICS;
+        static const uint32_t ticks[] = {960, 0, 480, 960}; /* the last replaces the first */
+        size_t count = 0;
+        for (size_t i = 0; i < 4; ++i)
+            OK(torv_part_set_mark(song, 0, kind, ticks[i], i < 3 ? "p" : "f"));
+        OK(torv_part_count_marks(song, 0, kind, &count));
+        CHECK(count == 3);
+        for (size_t i = 0; i < 3; ++i) {
+            char name[8];
+            uint32_t tick = 0;
+            OK(torv_part_get_mark(song, 0, kind, i, &tick, name, sizeof name, NULL));
+            CHECK(tick == 480 * i);
+            CHECK(strcmp(name, i < 2 ? "p" : "f") == 0);
+        }
+    }
+    OK(torv_song_free(song));
+}
+
 /* An event is one block of a parameter, whose number is the first message's value. */
 struct count {
     uint8_t number;
@@ -150,6 +171,7 @@ void test_editing(void) {
     torv_databases* const databases = open_databases();
     test_notes_stand_by_time();
     test_times();
+    test_marks_stand_by_time();
     test_what_a_host_gives_is_sung(databases);
     test_names_are_looked_up(databases);
     OK(torv_databases_free(databases));

@@ -219,6 +219,14 @@ TEST_CASE("user icons: a caption is changed for good") {
     CHECK(manager.GetExpressionDB()->SetUserItemCaption(copy, "Newer") == 1); // and nothing else since it was opened
     host.Reopen();
     CHECK(manager.GetModelIconObject(id)->GetCaption() == "Newer");
+    const std::string newest(40, 'n'); // which a text does not hold without memory
+    FailEachAllocation([&](AllocationFailure& failure) {
+        const int changed =
+            failure.During([&] { return manager.GetExpressionDB()->SetUserItemCaption(copy, newest.c_str()); });
+        CHECK(changed == !failure.HasHappened());
+        CHECK(manager.GetModelIconObject(id)->GetCaption() == (changed ? newest.c_str() : "Newer"));
+        manager.GetExpressionDB()->SetUserItemCaption(copy, "Newer");
+    });
     for (const int variation : {1, 0x8009}) // a preset, and none
         CHECK(manager.GetExpressionDB()->SetUserItemCaption(*Attack("a", 1, variation), "x") == 0);
     CHECK(manager.GetModelIconObject(0x01010001)->GetCaption() == "plain");

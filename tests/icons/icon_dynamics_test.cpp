@@ -49,6 +49,7 @@ TEST_CASE("dynamics: preset files are brought into range, a song's icons read as
     const std::string flat = folder.File("flat.aic", "[Parameter]\nDynBPX=0.5\nDynBPY=1\n");
     CHECK(swell.LoadPreset(flat.c_str()) == 1); // no points stated: those there are not looked at
     CHECK(RowsOf(*swell.GetDynamicsBPList()) == Rows{{5000, 300, 0}});
+    CHECK(swell.ConstructParameter(static_cast<CxTypedFile*>(nullptr), "S") == 0);
     Construct(level, "[S]\nLength=960");
     CHECK(Described(level) == "[S]\nCaption=\nLength=960\nStartDyn=0\nEndDyn=0\nDynBPNum=0\n");
 }

@@ -128,14 +128,18 @@ TEST_CASE("transformer: failures change no lyric, say so once and still free the
         {[](Stage& stage) { stage.fake->getResult = 5; }, 5, true},
         {[](Stage& stage) { stage.fake->endless = true; }, -1, true},
         {[](Stage& stage) { stage.fake->createError = -9; }, -9, false},
-        {[](Stage& stage) { stage.Track()->DetachLyricObject(torv::PointerOf(2), 1), stage.lyrics.pop_back(); }, 0,
-         false},
+        {[](Stage& stage) {
+             stage.Track()->DetachLyricObject(torv::PointerOf(2), 1);
+             stage.lyrics.erase(stage.lyrics.begin() + 1);
+         },
+         0, false},
     };
     for (const auto& row : rows) {
         CAPTURE(row.code);
         Stage stage;
         stage.Note(0, 100, {"a"});
         stage.Note(100, 100, {"b"});
+        stage.Note(100, 100, {"c"});
         row.arrange(stage);
         CxSampaTransformer transformer;
         CHECK(Values{transformer.DoTransform(stage.Track(), 480, 1), transformer.GetLastReturnCode()} ==

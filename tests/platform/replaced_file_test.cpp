@@ -13,6 +13,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #endif
@@ -192,6 +193,16 @@ TEST_CASE("replaced file: where a link leads is replaced, not the link; one that
     CHECK(folder.Names("real") == Texts{"a"});
 }
 
+namespace {
+
+/// A device of the test's own where the system lets it have one: who replaces the machine's takes it from all.
+std::string Device(const TempFolder& folder, const char* name, unsigned minor) {
+    const std::string own = folder.Path(name);
+    return mknod(own.c_str(), S_IFCHR | 0666, makedev(1, minor)) == 0 ? own : std::string("/dev/") + name;
+}
+
+} // namespace
+
 TEST_CASE("replaced file: a full disk is told and leaves the old file") {
     const TempFolder folder;
     const std::string path = folder.File("a", "old");
@@ -207,7 +218,7 @@ TEST_CASE("replaced file: a full disk is told and leaves the old file") {
     CHECK(folder.Names() == Texts{"a"});
     CHECK(folder.Content("a") == "old");
 
-    ReplacedFile full("/dev/full");
+    ReplacedFile full(Device(folder, "full", 7).c_str());
     CHECK(Put(full, "new"));
     CHECK_FALSE(full.Commit());
     CHECK(full.IsDiskFull());
@@ -277,8 +288,9 @@ TEST_CASE("replaced file: what is no regular file is written into and stays what
                              std::filesystem::directory_iterator());
     };
     const auto openBefore = openFiles();
-    CHECK(Save("/dev/null", "new"));
-    CHECK(std::filesystem::is_character_file("/dev/null"));
+    const std::string null = Device(folder, "null", 3);
+    CHECK(Save(null, "new"));
+    CHECK(std::filesystem::is_character_file(null));
 
     const std::string pipe = folder.Path("pipe");
     REQUIRE(mkfifo(pipe.c_str(), 0600) == 0);
@@ -289,15 +301,19 @@ TEST_CASE("replaced file: what is no regular file is written into and stays what
     CHECK(isSaved);
     CHECK(std::filesystem::is_fifo(pipe));
 
-    // Standard output that leads into a file: behind what the program has said already.
+    // Standard output that leads into a file: behind what the program has said already. As /dev/stdout names it.
+    const std::string output = folder.Path("stdout");
+    std::filesystem::create_symlink("/proc/self/fd/1", output);
     CHECK(InAnotherProcess([&] {
               const int file = open(folder.Path("out").c_str(), O_WRONLY | O_CREAT, 0600);
               dup2(file, STDOUT_FILENO);
-              if (write(STDOUT_FILENO, "said,", 5) != 5 || !Save("/dev/stdout", "saved"))
+              if (write(STDOUT_FILENO, "said,", 5) != 5 || !Save(output, "saved"))
                   _exit(1);
           }) == 0);
     CHECK(folder.Content("out") == "said,saved");
-    CHECK(folder.Names() == Texts{"out", "pipe"});
+    CHECK(std::filesystem::is_symlink(output));
+    std::filesystem::remove(folder.Path("null")); // there is one if the test may make devices
+    CHECK(folder.Names() == Texts{"out", "pipe", "stdout"});
     CHECK(openFiles() == openBefore);
 }
 

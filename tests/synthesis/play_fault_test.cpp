@@ -145,6 +145,7 @@ TEST_CASE("play: a loop ends with what it belongs to; its threads allocate nothi
         play.AddNote(i % 2, i * 20, i * 20 + 15, i % 100);
     play.engine.log->stepHook = [] { allocation_counter::WatchThisThread(); };
     play.device->writeHook = [] { allocation_counter::WatchThisThread(); };
+    play.device->resetHook = [] { Sleep(20); }; // a device that takes its time to end
     play.Begin(0, 1000, 0, 1);
     REQUIRE(play.AwaitOutput());
     allocation_counter::Take();
@@ -159,6 +160,7 @@ TEST_CASE("play: a loop ends with what it belongs to; its threads allocate nothi
     SUBCASE("the next play") {
         play.SetUp();
         CHECK(play.driver.RTS_DoSynthesis() == 1);
+        CHECK(play.device->opened == play.device->closed); // it has waited for the loop's end
     }
     SUBCASE("its own end, though the window is gone") {
         DestroyWindow(play.window.m_hWnd);

@@ -11,6 +11,7 @@
 #include "torv/typed_file/typed_file.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -364,13 +365,25 @@ int CExpressionDB::SetUserItemCaption(CIconExpression& icon, const char* caption
     if (!model || !caption)
         return 0;
     const tagExpressionEntry& entry = *AsExpression(*model).GetExpressionEntry();
-    if (entry.itemValue != 0 &&
-        !Ask(m_library->SetVirtualExpItemCaption(entry.database, entry.idHigh, entry.idLow, entry.itemValue, caption)))
+    const auto keep = [&](const char* text) {
+        return entry.itemValue == 0 || Ask(m_library->SetVirtualExpItemCaption(entry.database, entry.idHigh,
+                                                                               entry.idLow, entry.itemValue, text));
+    };
+    const std::optional<CString> before = torv::OrZero([&] { return std::optional(model->GetCaption()); });
+    if (!before || !keep(caption))
         return 0;
-    model->SetCaption(caption);
-    torv::MakeStorable(*model);
+    const int isChanged = torv::OrZero([&] {
+        torv::OrBadAlloc(model->SetCaption(caption));
+        torv::MakeStorable(*model);
+        return icon.SetCaption(caption);
+    });
+    if (!isChanged) {
+        model->SetCaption(*before);
+        keep(*before);
+        return 0;
+    }
     SetModified();
-    return icon.SetCaption(caption);
+    return 1;
 }
 
 CString CExpressionDB::UserExpressionFileName(int status, int articulation, const char* idString) {

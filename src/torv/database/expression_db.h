@@ -41,7 +41,7 @@ public:
     int Replace(const CIconObject& icon) override;
     int Restore(std::unique_ptr<CIconObject>& icon) override;
     /// Changes the caption of the user's icon of the same id, here, in the library and in the icon given; 0 when there
-    /// is none or the library refuses.
+    /// is none, or the library or memory refuses: then it is as it was.
     int SetUserItemCaption(CIconExpression& icon, const char* caption);
 
     /// What the library answered last.

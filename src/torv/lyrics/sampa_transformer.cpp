@@ -142,21 +142,17 @@ int CxSampaTransformer::PutLyrics(CSequenceObject* track, Converters& converters
     });
 }
 
-/// Nothing is changed before all changes are made.
-int CxSampaTransformer::StoreResults(CSequenceObject* track, Converters& converters, Outcome& outcome) const {
+/// For a track all of whose lyrics were put. Nothing is changed before all changes are made.
+void CxSampaTransformer::StoreResults(CSequenceObject* track, Converters& converters, Outcome& outcome) const {
     std::vector<Change> changes;
-    const int found = VisitLyrics(track, [&](CLyricObject* lyric, DWORD position, DWORD) {
-        if (lyric)
-            outcome.missingResults += UpdateLyricObject(ConverterAt(position, converters), lyric, changes);
-        return lyric ? 1 : 0;
+    VisitLyrics(track, [&](CLyricObject* lyric, DWORD position, DWORD) {
+        outcome.missingResults += UpdateLyricObject(ConverterAt(position, converters), lyric, changes);
+        return true;
     });
-    if (!found)
-        return 0;
     static_assert(std::is_nothrow_move_assignable_v<CLyricElement>);
     for (Change& change : changes)
         *change.element = std::move(change.changed);
     track->SetModify(1);
-    return 1;
 }
 
 CxSampaTransformer::Outcome CxSampaTransformer::Convert(CSequenceObject* track, DWORD value, Converters& converters) {
@@ -164,12 +160,13 @@ CxSampaTransformer::Outcome CxSampaTransformer::Convert(CSequenceObject* track, 
     for (torv::PhonemeConverter& converter : converters)
         if (!BeginTransform(converter, value))
             return {};
-    const int arePut = PutLyrics(track, converters, outcome);
+    outcome.result = PutLyrics(track, converters, outcome);
     for (torv::PhonemeConverter& converter : converters) {
         SweepOut(converter);
         EndTransform(converter);
     }
-    outcome.result = arePut && StoreResults(track, converters, outcome);
+    if (outcome.result)
+        StoreResults(track, converters, outcome);
     return outcome;
 }
 

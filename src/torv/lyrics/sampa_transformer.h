@@ -86,7 +86,7 @@ private:
     int Transform(CSequenceObject* track, DWORD value, Load load);
     Outcome Convert(CSequenceObject* track, DWORD value, Converters& converters);
     int PutLyrics(CSequenceObject* track, Converters& converters, Outcome& outcome);
-    int StoreResults(CSequenceObject* track, Converters& converters, Outcome& outcome) const;
+    void StoreResults(CSequenceObject* track, Converters& converters, Outcome& outcome) const;
     torv::PhonemeConverter& ConverterAt(DWORD position, Converters& converters) const;
     int Keep(int code);
 
