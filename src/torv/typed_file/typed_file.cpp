@@ -5,6 +5,9 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <utility>
@@ -14,12 +17,23 @@ namespace {
 constexpr size_t kMaxLine = 65535;
 constexpr ULONGLONG kMaxFile = 0x7FFFFFFF; // what a 32-bit process could hold at the very most
 
-constexpr auto kEndsLine = [] {
-    std::array<bool, 256> ends = {};
-    std::fill_n(ends.begin(), ' ', true);
-    ends['\t'] = false;
-    return ends;
-}();
+bool EndsLine(char c) { return static_cast<unsigned char>(c) < ' ' && c != '\t'; }
+
+/// The first character that ends a line, eight at a time: a borrow runs through a byte's highest bit where the byte is
+/// less than a blank, and of several the lowest is right (both targets have the first character lowest).
+const char* FindLineEnd(const char* at, const char* end) {
+    constexpr std::uint64_t kEach = 0x0101010101010101;
+    std::uint64_t word;
+    while (static_cast<size_t>(end - at) >= sizeof word) {
+        std::memcpy(&word, at, sizeof word);
+        const std::uint64_t less = (word - kEach * ' ') & ~word & kEach * 0x80;
+        at += less ? std::countr_zero(less) / 8 : static_cast<int>(sizeof word);
+        if (less && EndsLine(*at))
+            return at;
+        at += less ? 1 : 0;
+    }
+    return std::find_if(at, end, EndsLine);
+}
 
 std::string_view TrimLeft(std::string_view text) {
     while (!text.empty() && torv::IsBlank(text.front()))
@@ -203,10 +217,11 @@ bool CxTypedFile::ParseLine(std::string_view line, CxEntryMap*& section) {
 }
 
 std::string_view CxTypedFile::ReadLine(std::string_view text, size_t& position) {
-    const auto start = std::find_if_not(text.begin() + static_cast<ptrdiff_t>(position), text.end(), torv::IsBlank);
-    const auto end = std::find_if(start, text.end(), [](char c) { return kEndsLine[static_cast<unsigned char>(c)]; });
-    position = static_cast<size_t>(end - text.begin());
-    return std::string_view(start, end).substr(0, kMaxLine);
+    const char* const all = text.data() + text.size();
+    const char* const start = std::find_if_not(text.data() + position, all, torv::IsBlank);
+    const char* const end = FindLineEnd(start, all);
+    position = static_cast<size_t>(end - text.data());
+    return {start, std::min(static_cast<size_t>(end - start), kMaxLine)};
 }
 
 int CxTypedFile::MapToProfile(CFile* file) const { return Write(file, "\r\n", " = ", "\r\n"); }
