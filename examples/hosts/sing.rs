@@ -1,6 +1,7 @@
 // Sings a song into a wave file, from Rust.    sing SONG WAVE
 use std::env;
-use std::ffi::{c_char, c_int, c_void, CStr, CString};
+use std::ffi::{CStr, CString};
+use std::os::raw::{c_char, c_int, c_void};
 use std::process::ExitCode;
 use std::ptr::{null, null_mut};
 
