@@ -21,8 +21,9 @@ namespace rve {
 namespace {
 
 // Without its bank a program folds to the synthetic voice that is nearest: 96 to a soprano, 97 to a tenor, 99 to a
-// bass.
-constexpr RecordedPerson kPersons[] = {{96, "slt", Tract::Woman}, {97, "rms", Tract::Man}, {99, "awb", Tract::Man}};
+// bass. The woman's held vowels are much better understood with the lower larynx of singers; the men's are not.
+constexpr RecordedPerson kPersons[] = {
+    {96, "slt", Tract::Woman, 0.88F}, {97, "rms", Tract::Man, 1}, {99, "awb", Tract::Man, 1}};
 
 struct LoadedBank {
     std::unique_ptr<MappedFile> file;

@@ -439,7 +439,7 @@ void Singer::MovePerson(const Segment* segment, Time now, float f0, float effort
         colour.width[f] = sharpness * Exp2(VoiceControl(i * 3 + 1));
         colour.decibels[f] = 12 * VoiceControl(i * 3 + 2);
     }
-    colour.size = Exp2(0.25F * VoiceControl(16));
+    colour.size = m_person->size * Exp2(0.25F * VoiceControl(16));
     colour.tilt = kEffortTilt * effortDb + kHarmonicsTilt * VoiceControl(12);
     colour.breath = VoiceControl(13) < 0 ? 1 + VoiceControl(13) : 1 + 7 * VoiceControl(13);
     colour.hiss = FromDb(6 * VoiceControl(15));
