@@ -93,8 +93,11 @@ TEST_CASE("typed file: editing keeps the order in which sections and keys came")
     CHECK(file.GetEntryMap("A")->GetCount() == 2);
     CString name;
     CxEntryMap* map = file.GetEntryMap("A");
-    POSITION none = nullptr;
-    file.GetSectionMap()->GetNextAssoc(none, name, map); // past the last: no map
+    POSITION at = file.GetSectionMap()->GetStartPosition();
+    for (const char* const wanted : {"A", "C", "C"}) { // past the last: no map, and nothing else
+        file.GetSectionMap()->GetNextAssoc(at, name, map);
+        CHECK(name == wanted);
+    }
     CHECK(map == nullptr);
 
     map = file.GetEntryMap("A");
@@ -104,8 +107,11 @@ TEST_CASE("typed file: editing keeps the order in which sections and keys came")
         file.WriteAt("A", std::to_string(n).c_str(), std::to_string(2 * n).c_str());
     for (int n = 0; n < 1000; n += 2)
         file.RemoveEntry("A", std::to_string(n).c_str());
+    for (int n = 0; n < 1000; n += 4) // where the others were
+        file.WriteAt("A", std::to_string(n).c_str(), "new");
     for (int n = 0; n < 1000; ++n)
-        CHECK(file.ReadAt("A", std::to_string(n).c_str(), "") == (n % 2 ? std::to_string(2 * n) : "").c_str());
+        CHECK(file.ReadAt("A", std::to_string(n).c_str(), "") ==
+              (n % 2 ? std::to_string(2 * n) : n % 4 ? "" : "new").c_str());
 }
 
 TEST_CASE("typed file: both written forms, byte by byte") {
