@@ -57,6 +57,9 @@ TEST_CASE("midi track: every kind of event, and a track that breaks off anywhere
     CHECK(EventsOf(track) == expected);
     CHECK(Values(track.GetTickPosition(), mtGetNextEvent(track.GetState())) == "276 7");
     CHECK(Values(mtGetNextEvent(nullptr), track.GetEvent(nullptr)) == "1 0");
+    for (const auto& [status, length] :
+         {std::pair(0x7F, 0), {0x80, 3}, {0xBF, 3}, {0xC0, 2}, {0xDF, 2}, {0xE0, 3}, {0xF0, 0}})
+        CHECK(torv::MidiEventLength(status) == length);
     CxMidiTrack copy = track; // at the end as well
     CHECK(EventsOf(copy).empty());
     copy.SeekToBegin();

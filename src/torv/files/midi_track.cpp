@@ -56,7 +56,7 @@ inline bool TakeSystemEvent(tagMidiTrack& track, Rest& rest, tagEvent& event) {
     return true;
 }
 
-/// What MidiEventLength says, of a channel message.
+/// Of a channel message.
 constexpr bool HasSecondByte(BYTE status) { return (status & 0xE0) != 0xC0; }
 
 inline bool TakeEvent(tagMidiTrack& track, Rest& rest, tagEvent& event) {
@@ -88,19 +88,10 @@ inline bool TakeEvent(tagMidiTrack& track, Rest& rest, tagEvent& event) {
 } // namespace
 
 int torv::MidiEventLength(int status) {
-    switch (status & 0xF0) {
-    case 0x80:
-    case 0x90:
-    case 0xA0:
-    case 0xB0:
-    case 0xE0:
-        return 3;
-    case 0xC0:
-    case 0xD0:
-        return 2;
-    default:
+    const int kind = status & 0xF0;
+    if (kind < 0x80 || kind == 0xF0)
         return 0;
-    }
+    return HasSecondByte(static_cast<BYTE>(kind)) ? 3 : 2;
 }
 
 DWORD mtGetNextEvent(tagMidiTrack* track) {
