@@ -13,6 +13,9 @@ file(RELATIVE_PATH up ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR})
 file(RELATIVE_PATH down ${CMAKE_SOURCE_DIR} ${CMAKE_BINARY_DIR})
 foreach(map ${CMAKE_SOURCE_DIR}/=${up} ${CMAKE_BINARY_DIR}=./${down} ${CMAKE_BINARY_DIR}/=)
   add_compile_options($<$<CONFIG:RelWithDebInfo>:-ffile-prefix-map=${map}>)
+  if(CMAKE_INTERPROCEDURAL_OPTIMIZATION) # code is made by the linker's compiler
+    add_link_options($<$<CONFIG:RelWithDebInfo>:-ffile-prefix-map=${map}>)
+  endif()
 endforeach()
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
   # Out of a precompiled header GCC tells one of several places of a variable, and which depends on the folder.
@@ -28,10 +31,9 @@ if(NOT WIN32)
   add_compile_options($<$<CONFIG:RelWithDebInfo>:-fno-semantic-interposition>)
 endif()
 # torv_optimize_loops(SOURCES ..)  files whose loops over samples the compiler shall take several of at once; the rest of
-#                                  the tree gains nothing by it, or loses, and they lose by being optimized once more
-#                                  with it when it is linked (docs/performance.md)
+#                                  the tree gains nothing by it, or loses (docs/performance.md)
 function(torv_optimize_loops)
-  set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS "$<$<CONFIG:RelWithDebInfo>:-O3;-fno-lto>")
+  set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS $<$<CONFIG:RelWithDebInfo>:-O3>)
 endfunction()
 if(WIN32)
   # x87 registers would round time conversions and the mixer's truncations differently from every other target.
