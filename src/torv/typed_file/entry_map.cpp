@@ -24,9 +24,9 @@ std::uint64_t FewBytes(std::string_view text) {
     return bytes;
 }
 
-/// Keys are a few bytes long, so that a general hash takes longer for its call than this does: eight bytes at a time are
-/// multiplied by 2^64 over the golden ratio (Knuth, The Art of Computer Programming 3, 6.4) and folded, and at the end
-/// once more, so that every bit reaches the lowest ones.
+/// Keys are a few bytes long, so that a general hash takes longer for its call than this does: eight bytes at a time
+/// are multiplied by 2^64 over the golden ratio (Knuth, The Art of Computer Programming 3, 6.4) and folded, and at the
+/// end once more, so that every bit reaches the lowest ones.
 std::uint32_t HashOf(std::string_view key) {
     const auto mix = [](std::uint64_t bits) {
         bits *= 0x9E3779B97F4A7C15;
