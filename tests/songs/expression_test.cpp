@@ -44,8 +44,8 @@ TEST_CASE("curves: marks, hairpins, velocities and controllers add up in dynamic
         {{80}, {{0, Diminuendo, "", 60}, {60, Crescendo, "", 0}}, {}, "0:72 30:64 60:56"},
         {{80},
          {},
-         {{0, 7, 100}, {0, 11, 127}, {240, 11, 90}, {300, 7, 50}, {360, 7, 0}, {400, 10, 0}},
-         "0:72 240:42 300:6 360:0"}, // 200 lg(90/127) = -29.9; lg(1/2) 60 less, where 6 fades by 6 dB; silence
+         {{0, 7, 100}, {0, 11, 127}, {240, 11, 90}, {300, 7, 48}, {360, 7, 0}, {400, 10, 0}},
+         "0:72 240:42 300:6 360:0"}, // 200 lg(90/127) = -29.9; 63.8 less: -21.7, and 6 - 100 lg 2 = -24.1; silence
     };
     for (const auto& row : rows) {
         CAPTURE(row.curve);

@@ -264,6 +264,8 @@ TEST_CASE("MusicXML: repeats, endings and jumps are unfolded") {
     const std::string coda = "<direction><direction-type><coda/></direction-type></direction>";
     const std::string segno = "<direction><direction-type><segno/></direction-type></direction>";
     CHECK(OrderOf({"", segno, coda, Words("D.S. al Coda"), coda}) == "cdefdeg");
+    CHECK(OrderOf({"", "<barline><segno/></barline>", Words("To Coda"), Words("D.S. al Coda"),
+                   "<barline><coda/></barline>"}) == "cdefdeg");
     CHECK(OrderOf({"", Ending("1", true), Ending("2", false), Words("D.C. al Fine")}) == "cdcefcef");
     const Song song = Read(Score(Bar(N("C4", 16)) + Bar(N("D4", 16) + Sound("dalsegno=\"x\""))));
     CHECK(song.remarks == std::vector<std::string>{"a jump to a segno that is not there is left out"});

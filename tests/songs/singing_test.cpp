@@ -40,7 +40,8 @@ TEST_CASE("casting: by name, else by clef, else by range") {
     for (const Row& row :
          {Row{"Soprano 1", "bass", 40, "Susan"}, Row{"B.", "", 72, "Angus"}, Row{"Contralto", "", 60, "Susan"},
           Row{"Children", "", 60, "Robin"}, Row{"Mannen", "treble-8", 72, "Roger"}, Row{"Part", "bass", 72, "Angus"},
-          Row{"Part", "treble", 72, "Susan"}, Row{"Part", "", 56, "Roger"}, Row{"Part", "", 45, "Angus"}}) {
+          Row{"Part", "treble", 60, "Susan"}, Row{"Part", "", 59, "Roger"}, Row{"Part", "", 52, "Roger"},
+          Row{"Part", "", 51, "Angus"}}) { // by the third of four ascending keys: 62 and 54 are the lowest
         CAPTURE(row.name);
         CAPTURE(row.key);
         Part part = PartOf(row.name, row.key);
@@ -53,7 +54,7 @@ TEST_CASE("casting: by name, else by clef, else by range") {
     CHECK(StagePan(0, 4) == -StagePan(3, 4));
 
     CHECK(GuessOtherLanguage({"Stille", "Nacht", "und", "nicht", "der", "die"}) == "German");
-    CHECK(GuessOtherLanguage({"Praise", "Him", "all", "of", "the", "to", "and", "die"}).empty());
+    CHECK(GuessOtherLanguage({"Praise", "Him", "all", "of", "the", "und", "der", "die"}).empty()); // three of them
     CHECK(GuessOtherLanguage({"La", "la", "la", "la", "la"}).empty());
 }
 
@@ -66,9 +67,14 @@ TEST_CASE("synthesis: parts side by side sound as one after another") {
     std::vector<PartPlan> plans;
     for (const Part& part : song.parts)
         plans.push_back({part.name, MakeVoiceLine(part), {{0, CastVoice(part, torv::kEnglish, databases)}}, {}, {}});
+    plans[0].voices.push_back({1600, CastVoice(PartOf("Child", 60), torv::kEnglish, databases)}); // in the last note
     Score score = BuildScore(song, plans, {}, databases);
     AddPhonemes(score, messages);
     REQUIRE(score.parts.size() == 3);
+    const CBreakPointList* const gender = score.parts[0].track->GetVoiceControlBreakPointList(16);
+    REQUIRE(gender != nullptr);
+    CHECK(gender->GetHead().value == 70); // the child's; the woman's is the usual one
+    CHECK(gender->GetHead().position == static_cast<LONG>(score.leadTicks) + 1600);
     const auto sing = [&](const std::vector<size_t>& parts) {
         std::vector<std::unique_ptr<CQuillMidiBuffer>> streams;
         std::vector<std::unique_ptr<CWaveFile>> waves;
