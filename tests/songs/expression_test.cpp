@@ -89,9 +89,10 @@ TEST_CASE("fermatas: held by the tempo, which is as before behind them") {
     song.parts[1].notes[1].fermata = true;
     song.parts[1].notes[3] = {1440, 1920, 60, 80, {}};
     song.parts[1].notes[3].fermata = true; // its last half note
+    song.holds = {{3840, 480}};
     HoldFermatas(song);
     std::string tempos;
     for (const Tempo& tempo : song.tempos)
         tempos += std::to_string(tempo.tick) + ":" + std::to_string(tempo.microsecondsPerQuarter) + " ";
-    CHECK(tempos == "0:600000 480:900000 700:600000 1200:400000 2400:600000 3360:400000 ");
+    CHECK(tempos == "0:600000 480:900000 700:600000 1200:400000 2400:600000 3360:400000 3840:600000 4320:400000 ");
 }

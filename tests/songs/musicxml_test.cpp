@@ -5,6 +5,7 @@
 
 #include <doctest/doctest.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <zlib.h>
 
@@ -246,6 +247,68 @@ TEST_CASE("MusicXML: words by syllable and verse") {
     CHECK(NotesOf(Bar(two) + Bar(line("1") + Ending("1", true)) + Bar(line("2") + line("4") + Ending("2", false))) ==
           "0+1920 60 one, 1920+1920 62 l, 3840+1920 60 two, 5760+1920 62 l, 7680+1920 62 l2");
     CHECK(NotesOf(Bar(four + kBackward)) == "0+1920 60 a/c2, 1920+1920 60 b");
+    const auto only = [](const char* pass, const char* text) {
+        return std::string("<lyric time-only=\"") + pass + "\"><text>" + text + "</text></lyric>";
+    };
+    const std::string secondNote = "<note time-only=\"2\">" + N("E4", 8, only("1,2", "x")).substr(6);
+    CHECK(NotesOf(Bar(N("C4", 8, only("2", "b") + only("1", "a") + Lyric("no", "single", "2")) + secondNote +
+                      kBackward)) == "0+960 60 a, 1920+960 60 b, 2880+960 64 x");
+    CHECK(NotesOf(Bar(N("C4", 4, "<lyric><humming/></lyric>"))) == "0+480 60 mm");
+}
+
+TEST_CASE("MusicXML: quarter tones are bent keys, until the next note") {
+    const auto alter = [](const std::string& by, const std::string& more = "") {
+        return "<note>" + more + "<pitch><step>C</step><alter>" + by + "</alter><octave>5</octave></pitch>" +
+               (more.empty() ? "<duration>4</duration>" : "") + "</note>";
+    };
+    const Song song =
+        Read(Score(Bar(alter("0") + alter("-1.5") + alter("-1.5") + alter("0.25", "<grace/>") + N("D5", 4))));
+    CHECK(NotesOf(song.parts.at(0)) == "0+480 72, 480+480 70, 960+480 70, 1440+240 72~, 1680+240 74");
+    std::string bends;
+    for (const PitchBend& bend : song.parts[0].bends)
+        bends += std::to_string(bend.tick) + ":" + std::to_string(std::lround(bend.semitones * 100)) + " ";
+    CHECK(bends == "480:50 1440:25 1680:0 ");
+}
+
+TEST_CASE("MusicXML: a metronome mark may say how long a note was before") {
+    const auto mark = [](const std::string& content) {
+        return "<direction><direction-type><metronome>" + content + "</metronome></direction-type></direction>";
+    };
+    const auto unit = [](const std::string& type) { return "<beat-unit>" + type + "</beat-unit>"; };
+    const auto note = [](const std::string& type, const std::string& more = "") {
+        return "<metronome-note><metronome-type>" + type + "</metronome-type>" + more + "</metronome-note>";
+    };
+    const auto tuplet = [](const std::string& type) {
+        return "<metronome-tuplet type=\"" + type +
+               "\"><actual-notes>3</actual-notes><normal-notes>2</normal-notes></metronome-tuplet>";
+    };
+    const std::string relation = "<metronome-relation>equals</metronome-relation>";
+    const std::string twice = mark(unit("quarter") + unit("eighth")); // a quarter is now two of the old ones
+    const Song song = Read(Score(
+        Bar(Sound("tempo=\"120\"") + N("C4", 16)) + Bar(twice + twice + N("C4", 16)) +
+        Bar(mark(unit("quarter") + unit("quarter") + "<beat-unit-dot/>") + N("C4", 16)) +
+        Bar(mark(note("quarter") + relation + note("quarter", "<metronome-dot/>" + tuplet("start"))) + N("C4", 16)) +
+        Bar(mark(note("eighth") + note("eighth") + relation + note("quarter", tuplet("start")) +
+                 note("eighth", tuplet("stop"))) +
+            N("C4", 16) + kBackward)));
+    std::string tempos;
+    for (const Tempo& tempo : song.tempos)
+        tempos += std::to_string(tempo.tick / 1920) + ":" + std::to_string(tempo.microsecondsPerQuarter / 1000) + " ";
+    CHECK(tempos == "0:500 1:1000 2:666 3:666 4:666 5:500 6:1000 7:666 8:666 9:666 ");
+    CHECK(song.remarks == std::vector<std::string>{"swing is not followed: notes are as long as they are written"});
+}
+
+TEST_CASE("MusicXML: fermatas over rests and barlines hold all parts, each time") {
+    const std::string rest = "<note><rest/><duration>4</duration><notations><fermata/></notations></note>";
+    const auto bar = [](const char* where) {
+        return std::string("<barline location=\"") + where + "\"><fermata/></barline>";
+    };
+    const Song song = Read(Score(Bar(rest + N("C4", 8) + N("C4", 4)) + Bar(bar("left") + N("D4", 8) + bar("right")) +
+                                 Bar(N("E4", 4) + kBackward)));
+    std::string holds;
+    for (const Hold& hold : song.holds)
+        holds += std::to_string(hold.tick) + "+" + std::to_string(hold.length) + " ";
+    CHECK(holds == "0+480 1440+480 1920+960 3360+480 4800+480 5280+960 ");
 }
 
 TEST_CASE("MusicXML: repeats, endings and jumps are unfolded") {
@@ -330,11 +393,12 @@ TEST_CASE("MusicXML: by measures, in other encodings, with what is not sung") {
     const std::string clap = "<note><unpitched/><duration>4</duration></note>";
     CHECK(NotesOf(Bar(N("C4", 4) + clap + N("D4", 4))) == "0+480 60, 960+480 62");
     CHECK(Read(Score(Bar(clap))).parts.at(0).IsPercussion());
-    const Song left =
-        Read(Score(Bar(N("C4", 4) + N("D4", 4, "<cue/>") +
-                       N("E4", 4, "<notations><ornaments><trill-mark/></ornaments></notations>") + Words("rit."))));
+    const Song left = Read(
+        Score(Bar(N("C4", 4) + N("D4", 4, "<cue/>") +
+                  N("E4", 4, "<notations><ornaments><trill-mark/></ornaments></notations><lyric><laughing/></lyric>") +
+                  Words("rit."))));
     CHECK(NotesOf(left.parts.at(0)) == "0+480 60, 960+480 64");
-    CHECK(left.remarks.size() == 3);
+    CHECK(left.remarks.size() == 4);
 }
 
 #if !defined(_WIN32)

@@ -37,7 +37,9 @@ TEST_CASE("UST: notes, rests, syllables and tempos") {
     REQUIRE(song.tempos.size() == 2);
     CHECK(song.tempos[0].microsecondsPerQuarter == 666667);
     CHECK(song.tempos[1].tick == 1200);
-    CHECK(song.remarks == std::vector<std::string>{"curves of pitch and loudness within notes are left out"});
+    CHECK(song.remarks == std::vector<std::string>{"curves of pitch and loudness within notes are left out",
+                                                   "1 note has no length or key that can be read and is left out: "
+                                                   "[#0000]"});
 }
 
 TEST_CASE("UST: the words' encoding is named, seen or given") {
@@ -52,4 +54,8 @@ TEST_CASE("UST: what makes no sense is left out") {
     const std::string odd = "[#SETTING]\nTempo=-1\nTempo\n=\n" + Section("a", "Length=1e99\nNoteNum=-5\nTempo=nan\n") +
                             Section("b", "Length=x\nNoteNum=999\n") + Section("c") + "[#\n[";
     CHECK(Read(odd).parts.empty()); // what is longer than any song ends it
+    const std::string lost = "[#0007]\nLyric=a\nLength=480\nNoteNum=128\n" + Section("b", "Length=-3\nNoteNum=0\n");
+    const Song rest = Read("[#SETTING]\n" + Section("", "Length=480\n") + lost + Section("R", "Length=x\n"));
+    CHECK(rest.remarks == std::vector<std::string>{"2 notes have no length or key that can be read and are left out, "
+                                                   "the first in [#0007]"});
 }

@@ -275,11 +275,12 @@ CommandLine::CommandLine()
       describing(AddInfo(app, info)), spelling(AddPhonemes(app, phonemes)), mixing(AddMix(app, mix)),
       voices(AddVoices(app, list)), icons(AddIcons(app, list)), devices(AddDevices(app, list)) {
     app.require_subcommand(1);
-    for (CLI::App* const verb : app.get_subcommands({}))
+    for (CLI::App* const verb : app.get_subcommands({})) {
+        verb->group("Verbs");
         verb->allow_windows_style_options(false); // a path may begin with a slash everywhere
+    }
     app.get_formatter()->column_width(30);
     app.get_formatter()->label("SUBCOMMAND", "VERB");
-    app.get_formatter()->label("Subcommands", "Verbs");
     app.footer("torv VERB --help tells what one can do, as in torv sing --help.");
     app.set_version_flag("--version", std::string("torv ") + kTorvVersion);
 }

@@ -88,6 +88,8 @@ void Describe(const std::string& path, bool json) {
     AppendBytes(*file, kEnoughToTell, beginning);
     file->clear();
     file->seekg(0);
+    if (beginning.empty())
+        throw InputError{name + ": is empty"};
     Json about;
     if (IsMidi(beginning)) {
         about = DescribeMidi(name, ReadSongBytes(*file, name));

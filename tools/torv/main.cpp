@@ -65,9 +65,13 @@ int Fail(const std::string& message, int status) {
 int main(int argc, char** argv) {
     LeaveNothingWhenInterrupted();
     CommandLine line;
-    line.app.failure_message([](const CLI::App*, const CLI::Error& error) {
-        return std::string("torv: ") + error.what() + " (torv --help tells what there is)\n";
-    });
+    line.app.failure_message(
+        [verb = argc > 1 ? std::string(argv[1]) : std::string()](const CLI::App* app, const CLI::Error& error) {
+            const std::vector<std::string> verbs = VerbNames(*app);
+            const bool isKnown = std::find(verbs.begin(), verbs.end(), verb) != verbs.end();
+            return std::string("torv: ") + error.what() + " (torv " + (isKnown ? verb + " " : std::string()) +
+                   "--help tells what there is)\n";
+        });
     try {
         std::vector<std::string> arguments = WithOptionalValues(
             WithKnownNames(line.app, {argv + 1, argv + std::max(argc, 1)}), {{"--band", "-9"}, {"--normalize", "-1"}});

@@ -57,9 +57,12 @@ void MakeFolder(const std::string& path) {
 /// Before the work that would be lost.
 void CheckFoldersOf(const std::vector<std::pair<const char*, std::string>>& outputs) {
     std::error_code error;
-    for (const auto& [option, path] : outputs)
+    for (const auto& [option, path] : outputs) {
+        if (fs::is_directory(path, error))
+            throw InputError{path + ": is a folder; name a file in it"};
         if (const fs::path folder = fs::path(path).parent_path(); !folder.empty() && !fs::is_directory(folder, error))
             throw InputError{path + ": cannot be written: there is no folder " + folder.string() + "; make it first"};
+    }
 }
 
 RenderOptions MakeRenderOptions(const SingOptions& options, const SongScore& song) {

@@ -17,11 +17,15 @@ struct Span {
 /// Fermatas of parts that meet are one.
 std::vector<Span> HeldSpans(const Song& song) {
     std::vector<Span> spans;
+    const auto add = [&spans](uint32_t tick, uint32_t length) {
+        spans.push_back({tick + length - std::min(length, kLongestHeld), tick + length});
+    };
+    for (const Hold& hold : song.holds)
+        add(hold.tick, hold.length);
     for (const Part& part : song.parts)
         for (const Note& note : part.notes)
             if (note.fermata)
-                spans.push_back(
-                    {note.tick + note.length - std::min(note.length, kLongestHeld), note.tick + note.length});
+                add(note.tick, note.length);
     std::sort(spans.begin(), spans.end(), [](const Span& a, const Span& b) { return a.begin < b.begin; });
     std::vector<Span> joined;
     for (const Span& span : spans)

@@ -1,11 +1,13 @@
 #include "torv/songs/musicxml_measures.h"
 
+#include "torv/songs/musicxml_metronome.h"
 #include "torv/songs/number_text.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <numeric>
+#include <utility>
 
 namespace torv::songs::musicxml {
 
@@ -14,43 +16,11 @@ namespace {
 constexpr double kMostQuarters = 100000; // of one duration: what no song has
 constexpr int kNamedVoices = 1000;       // voices without a number are counted from here
 
-/// In quarters.
-double LengthOfType(std::string_view type) {
-    static constexpr const char* kTypes[] = {"maxima", "long", "breve", "whole", "half",  "quarter", "eighth",
-                                             "16th",   "32nd", "64th",  "128th", "256th", "512th",   "1024th"};
-    double length = 32;
-    for (const char* const each : kTypes) {
-        if (type == each)
-            return length;
-        length /= 2;
-    }
-    return 1;
-}
-
 std::string InLowerCase(std::string_view text) {
     std::string lower(text);
     std::transform(lower.begin(), lower.end(), lower.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return lower;
-}
-
-/// The numbers of "1, 2" or "1.-3."; none in "".
-std::vector<int> PassesOf(std::string_view text) {
-    std::vector<int> passes;
-    bool isRange = false;
-    while (!text.empty()) {
-        if (std::isdigit(static_cast<unsigned char>(text[0]))) {
-            const int last = std::clamp(WholeNumberOf(text, 1), 1, 99);
-            for (int pass = isRange && !passes.empty() ? passes.back() + 1 : last; pass <= last; ++pass)
-                passes.push_back(pass);
-            isRange = false;
-            text.remove_prefix(std::min(text.find_first_not_of("0123456789"), text.size()));
-        } else {
-            isRange = isRange || text[0] == '-';
-            text.remove_prefix(1);
-        }
-    }
-    return passes;
 }
 
 /// "3+2" is one sum.
@@ -74,15 +44,6 @@ std::string NameOfClef(XmlElement clef) {
     return "";
 }
 
-/// Without a verse's number in front, which some programs put into the first syllable.
-std::string WithoutNumber(std::string text) {
-    const size_t end = text.find_first_not_of("0123456789");
-    if (end == 0 || end == std::string::npos || (text[end] != '.' && text[end] != ')'))
-        return text;
-    const size_t begin = text.find_first_not_of(" \xC2\xA0", end + 1);
-    return begin == std::string::npos ? text : text.substr(begin);
-}
-
 class PartReader {
 public:
     WrittenPart Read(const std::vector<XmlElement>& measures) {
@@ -90,6 +51,8 @@ public:
         for (const XmlElement element : measures) {
             WrittenMeasure& measure = m_part.measures.emplace_back();
             m_measure = &measure;
+            m_spansBefore = std::exchange(m_spans, {});
+            m_isHeldBefore = m_isHeldAtEnd = false;
             measure.isPickup = element.Attribute("implicit") == "yes";
             number = measure.number = WholeNumberOf(element.Attribute("number"), number + (measure.isPickup ? 0 : 1));
             m_at = m_lastOnset = 0;
@@ -101,6 +64,8 @@ public:
         ExplainCodas();
         SortOutUnpitched();
         BringCrossingVoicesHome();
+        m_part.language = m_lyrics.Language();
+        m_part.laughs = m_lyrics.Laughs();
         return std::move(m_part);
     }
 
@@ -140,6 +105,10 @@ private:
             std::stable_sort(notes.begin(), notes.end(), IsEarlier);
         if (measure.signs.endingStops)
             m_openEndings.clear();
+        if (m_isHeldBefore && m_part.measures.size() > 1)
+            HoldEnd(m_part.measures[m_part.measures.size() - 2], m_spansBefore);
+        if (m_isHeldAtEnd)
+            HoldEnd(measure, m_spans);
     }
 
     void ReadAttributes(XmlElement attributes) {
@@ -202,13 +171,22 @@ private:
             m_id = {WholeNumberOf(element.Child("staff").Text(), 1), VoiceOf(element.Child("voice").Text())};
         if (!isChord && !isGrace)
             m_stays[m_id.voice].push_back({m_part.measures.size() - 1, onset, onset + duration, m_id.staff});
-        if (element.Has("rest") || (!isGrace && duration <= 0))
+        m_spans.push_back({onset, onset + duration});
+        if (element.Has("rest")) {
+            for (const XmlElement child : element)
+                if (child.Name() == "notations" && child.Has("fermata"))
+                    m_measure->holds.push_back({Whole(onset), Whole(duration)});
+            return;
+        }
+        if (!isGrace && duration <= 0)
             return;
         WrittenNote written;
         written.onset = Whole(onset);
+        written.passes = PassesOf(element.Attribute("time-only"));
         written.note.length = std::max<uint32_t>(1, Whole(onset + duration) - written.onset);
         written.hasPitch = element.Has("pitch");
-        written.note.key = written.hasPitch ? KeyOf(element.Child("pitch")) : 60;
+        if (written.hasPitch)
+            ReadPitch(element.Child("pitch"), written);
         written.isChord = isChord;
         written.isGrace = isGrace;
         written.hasSlash = element.Child("grace").Attribute("slash") == "yes";
@@ -220,7 +198,7 @@ private:
             else if (child.Name() == "notations")
                 ReadNotations(child, written);
             else if (child.Name() == "lyric")
-                ReadLyric(child, written.note);
+                m_lyrics.Read(child, written.words);
         }
         m_measure->voices[m_id].push_back(std::move(written));
     }
@@ -235,13 +213,16 @@ private:
         return known->second;
     }
 
-    int KeyOf(XmlElement pitch) const {
+    /// A quarter tone is the nearest key, bent.
+    void ReadPitch(XmlElement pitch, WrittenNote& written) const {
         static constexpr int kSteps[] = {9, 11, 0, 2, 4, 5, 7}; // A to G over C
         const std::string_view step = pitch.Child("step").Text();
         const int index = step.empty() ? 2 : std::clamp(std::toupper(static_cast<unsigned char>(step[0])) - 'A', 0, 6);
         const double altered = std::clamp(NumberOf(pitch.Child("alter").Text(), 0), -12.0, 12.0);
         const int octave = std::clamp(WholeNumberOf(pitch.Child("octave").Text(), 4), -2, 12);
-        return kSteps[index] + static_cast<int>(std::lround(altered)) + 12 * (octave + 1) + m_transposition;
+        const double whole = std::round(altered);
+        written.note.key = kSteps[index] + static_cast<int>(whole) + 12 * (octave + 1) + m_transposition;
+        written.bend = altered - whole;
     }
 
     void ReadNotations(XmlElement notations, WrittenNote& written) {
@@ -255,7 +236,8 @@ private:
                     written.slurStops.push_back(number);
             } else if (name == "fermata") {
                 written.note.fermata = true;
-            } else if (name == "ornaments") {
+            } else if (name == "ornaments" ||
+                       ((name == "slide" || name == "glissando") && child.Attribute("type") == "start")) {
                 ++m_part.ornaments;
             } else if (name == "articulations") {
                 ReadArticulations(child, written.note);
@@ -263,7 +245,7 @@ private:
         }
     }
 
-    static void ReadArticulations(XmlElement articulations, Note& note) {
+    void ReadArticulations(XmlElement articulations, Note& note) {
         for (const XmlElement child : articulations) {
             const std::string_view name = child.Name();
             if (name == "staccato" || name == "staccatissimo" || name == "spiccato")
@@ -274,56 +256,9 @@ private:
                 note.accent = true;
             else if (name == "breath-mark" || name == "caesura")
                 note.breathAfter = true;
+            else if (name == "scoop" || name == "plop" || name == "doit" || name == "falloff")
+                ++m_part.ornaments;
         }
-    }
-
-    void ReadLyric(XmlElement lyric, Note& note) {
-        Word word;
-        word.verse = LineOf(lyric.Attribute("number"));
-        std::string_view firstSyllabic;
-        std::string_view lastSyllabic;
-        for (const XmlElement child : lyric) {
-            if (child.Name() == "syllabic") {
-                lastSyllabic = child.Text();
-                if (firstSyllabic.empty())
-                    firstSyllabic = lastSyllabic;
-            } else if (child.Name() == "elision") {
-                word.text += ' ';
-            } else if (child.Name() == "text") {
-                word.text += child.Text();
-                if (m_part.language.empty())
-                    m_part.language = child.Attribute("xml:lang");
-            } else if (child.Name() == "extend") {
-                word.extends = child.Attribute("type") != "stop";
-            }
-        }
-        word.text = WithoutNumber(std::move(word.text));
-        word.hyphenBefore = firstSyllabic == "middle" || firstSyllabic == "end";
-        word.hyphenAfter = lastSyllabic == "begin" || lastSyllabic == "middle";
-        while (word.text.size() > 1 &&
-               (word.text.ends_with('-') || word.text.ends_with('_'))) { // as a MIDI file had it
-            (word.text.back() == '-' ? word.hyphenAfter : word.extends) = true;
-            word.text.pop_back();
-        }
-        if (word.text.size() > 1 && word.text.starts_with('-')) {
-            word.text.erase(0, 1);
-            word.hyphenBefore = true;
-        }
-        // Some programs write what all parts of a MIDI file sing under each note of the first.
-        const bool isNew = std::find(note.words.begin(), note.words.end(), word) == note.words.end();
-        if (isNew && word.text.find_first_not_of(" _-") != std::string::npos)
-            note.words.push_back(std::move(word));
-    }
-
-    /// A line of words has a number as a rule, which may stand behind a name ("verse2"); others are counted as they
-    /// come.
-    int LineOf(std::string_view number) {
-        if (number.empty())
-            return 1;
-        const size_t name = number.find_last_not_of("0123456789") + 1;
-        if (const int line = WholeNumberOf(number.substr(name), 0); line > 0 && line < 100)
-            return line;
-        return m_lines.try_emplace(std::string(number), static_cast<int>(m_lines.size()) + 1).first->second;
     }
 
     void ReadDirection(XmlElement direction) {
@@ -344,7 +279,7 @@ private:
                 } else if (name == "wedge") {
                     ReadWedge(mark, Whole(onset), marks);
                 } else if (name == "metronome" && sound.Attribute("tempo").empty()) {
-                    ReadMetronome(mark, onset);
+                    AddMetronome(ReadMetronome(mark), Whole(onset));
                 } else if (name == "segno" && sound.Attribute("segno").empty()) {
                     m_measure->signs.segno = kPlainLabel;
                 } else if (name == "coda") {
@@ -395,24 +330,10 @@ private:
         return false;
     }
 
-    void ReadMetronome(XmlElement mark, double onset) {
-        double unit = LengthOfType(mark.Child("beat-unit").Text());
-        double dot = unit;
-        double perMinute = 0;
-        for (const XmlElement child : mark) {
-            if (child.Name() == "beat-unit-dot")
-                unit += dot /= 2;
-            else if (child.Name() == "per-minute") // "80", "c. 80", "ca. 76-80"
-                perMinute = NumberOf(
-                    child.Text().substr(std::min(child.Text().find_first_of("0123456789"), child.Text().size())), 0);
-        }
-        AddTempo(onset, perMinute * unit);
-    }
-
-    void AddTempo(double onset, double quartersPerMinute) {
-        if (quartersPerMinute > 0)
-            m_measure->tempos.push_back({Whole(onset), static_cast<uint32_t>(std::clamp(
-                                                           std::round(6e7 / quartersPerMinute), 1.0, 16777215.0))});
+    void AddMetronome(const Metronome& metronome, uint32_t onset) {
+        m_part.hasSwing |= metronome.isSwing;
+        if (metronome.quartersPerMinute > 0 || metronome.speed > 0)
+            m_measure->tempos.push_back({onset, metronome.quartersPerMinute, metronome.speed});
     }
 
     void ReadSound(XmlElement sound, double onset) {
@@ -428,7 +349,9 @@ private:
         signs.daCapo = signs.daCapo || sound.Attribute("dacapo") == "yes";
         signs.fine = signs.fine || !sound.Attribute("fine").empty();
         signs.repeatForward = signs.repeatForward || sound.Attribute("forward-repeat") == "yes";
-        AddTempo(onset, NumberOf(sound.Attribute("tempo"), 0));
+        m_part.hasSwing |= sound.Child("swing").Has("first");
+        if (const double tempo = NumberOf(sound.Attribute("tempo"), 0); tempo > 0)
+            m_measure->tempos.push_back({Whole(onset), tempo, 0});
     }
 
     void ReadBarline(XmlElement barline) {
@@ -447,6 +370,24 @@ private:
             signs.segno = kPlainLabel;
         if (!barline.Attribute("coda").empty() || barline.Has("coda"))
             signs.coda = kPlainLabel;
+        if (barline.Has("fermata"))
+            (barline.Attribute("location") == "left" ? m_isHeldBefore : m_isHeldAtEnd) = true;
+    }
+
+    /// When notes and rests sound, in ticks from their measure's beginning.
+    struct Span {
+        double from;
+        double to;
+    };
+
+    /// What sounds or rests until a measure's end is held there, of several that which begins last.
+    static void HoldEnd(WrittenMeasure& measure, const std::vector<Span>& spans) {
+        double begin = -1;
+        for (const Span& span : spans)
+            if (std::abs(span.to - measure.length) < 0.5)
+                begin = std::max(begin, span.from);
+        if (begin >= 0)
+            measure.holds.push_back({Whole(begin), measure.length - std::min(Whole(begin), measure.length)});
     }
 
     /// Claps and the like are no part's own among notes with a pitch.
@@ -534,10 +475,14 @@ private:
     double m_lastOnset = 0;
     VoiceId m_id; ///< of the note at hand, which its chord shares
     std::vector<int> m_openEndings;
+    bool m_isHeldBefore = false; ///< a fermata stands over the measure's first barline
+    bool m_isHeldAtEnd = false;  ///< or over its last one
+    std::vector<Span> m_spans;   ///< of the measure
+    std::vector<Span> m_spansBefore;
     std::vector<size_t> m_codaSigns;          ///< measures
     std::map<int, std::vector<Stay>> m_stays; ///< of each voice
     std::map<std::string, int> m_voices;
-    std::map<std::string, int> m_lines;
+    LyricReader m_lyrics;
 };
 
 } // namespace

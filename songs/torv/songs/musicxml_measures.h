@@ -1,6 +1,7 @@
 #pragma once
 
 #include "torv/songs/measure_order.h"
+#include "torv/songs/musicxml_lyrics.h"
 #include "torv/songs/song.h"
 #include "torv/songs/xml_document.h"
 
@@ -21,7 +22,10 @@ struct VoiceId {
 
 struct WrittenNote {
     uint32_t onset = 0; ///< ticks from the measure's beginning
-    Note note;          ///< without its time; words by line, not by verse
+    Note note;          ///< without its time and its words
+    std::vector<WrittenWord> words;
+    double bend = 0;         ///< semitones that it sounds above its key
+    std::vector<int> passes; ///< through a repeat, in which it is sung; empty: in all
     bool isChord = false;
     bool isGrace = false;
     bool hasSlash = false; ///< a grace note that is sung as short as can be
@@ -39,6 +43,13 @@ struct Wedge {
     Type type = Type::Stop;
 };
 
+/// A tempo that begins somewhere in a measure.
+struct TempoMark {
+    uint32_t onset = 0;
+    double quartersPerMinute = 0; ///< 0: `speed` says it
+    double speed = 0;             ///< how many times as fast as before
+};
+
 /// What stands over a staff.
 struct StaffMarks {
     std::vector<std::pair<uint32_t, std::string>> levels; ///< onset and dynamic
@@ -52,7 +63,8 @@ struct WrittenMeasure {
     MeasureSigns signs;
     std::optional<Meter> meter; ///< that begins here
     std::optional<KeySignature> key;
-    std::vector<Tempo> tempos;                          ///< from the measure's beginning
+    std::vector<TempoMark> tempos;
+    std::vector<Hold> holds;                            ///< from the measure's beginning
     std::map<VoiceId, std::vector<WrittenNote>> voices; ///< by onset; chord notes and the main note of graces follow
     std::map<int, StaffMarks> staves;
 };
@@ -63,8 +75,10 @@ struct WrittenPart {
     bool isPercussion = false;        ///< all notes are without a pitch
     size_t unpitched = 0;             ///< notes without a pitch among others, left out
     size_t cues = 0;                  ///< small notes of another part, left out
-    size_t ornaments = 0;             ///< trills and the like, left out
+    size_t ornaments = 0;             ///< trills, slides and the like, left out
+    size_t laughs = 0;                ///< in place of words, left out
     bool hasTempoWords = false;       ///< "rit." and the like
+    bool hasSwing = false;            ///< notes are to be played otherwise than they are written
     std::string language;             ///< of the words
 };
 

@@ -20,7 +20,8 @@ constexpr size_t kMostNotes = 1000000;       // that sound: repeats of repeats m
 
 std::string TextOf(Bytes bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
 
-/// The score's text in a compressed file: the one that its list names first, else the first that looks like one.
+/// The score's text in a compressed file: the one that its list names first, else, or when that is not there, the first
+/// that looks like one.
 std::string Unpacked(Bytes bytes) {
     const ZipArchive archive(bytes);
     std::string name;
@@ -28,7 +29,10 @@ std::string Unpacked(Bytes bytes) {
         const XmlDocument document(*list);
         name = document.Root().Child("rootfiles", "rootfile").Attribute("full-path");
     }
-    for (const std::string& each : archive.Names())
+    const std::vector<std::string> names = archive.Names();
+    if (std::find(names.begin(), names.end(), name) == names.end())
+        name.clear();
+    for (const std::string& each : names)
         if (name.empty() && (each.ends_with(".xml") || each.ends_with(".musicxml")) && !each.starts_with("META-INF"))
             name = each;
     if (auto score = archive.Read(name, kLargestScore))
@@ -106,11 +110,33 @@ struct MeasureFrame {
     Meter meter;
     KeySignature key;
     Tempo tempo;
-    std::vector<Tempo> tempos; ///< from its beginning
-    bool hasMeter = false;     ///< a signature stands there
+    std::vector<TempoMark> marks; ///< of all parts
+    std::vector<Tempo> tempos;    ///< from its beginning, what the marks come to
+    std::vector<Hold> holds;      ///< from its beginning
+    bool hasMeter = false;        ///< a signature stands there
     bool hasKey = false;
     int number = 1;
 };
+
+/// The tempo itself wins where it stands beside what it comes from, which other parts may repeat.
+void ResolveTempos(MeasureFrame& frame) {
+    std::stable_sort(frame.marks.begin(), frame.marks.end(), [](const TempoMark& a, const TempoMark& b) {
+        return a.onset != b.onset ? a.onset < b.onset : a.quartersPerMinute < b.quartersPerMinute;
+    });
+    double quarter = frame.tempo.microsecondsPerQuarter;
+    uint32_t changed = kLastTick;
+    for (const TempoMark& mark : frame.marks) {
+        if (mark.quartersPerMinute > 0)
+            quarter = 6e7 / mark.quartersPerMinute;
+        else if (mark.onset == changed)
+            continue;
+        else
+            quarter /= mark.speed;
+        changed = mark.onset;
+        quarter = std::clamp(quarter, 1.0, 16777215.0);
+        frame.tempos.push_back({mark.onset, static_cast<uint32_t>(std::lround(quarter))});
+    }
+}
 
 std::vector<MeasureFrame> FramesOf(const std::vector<WrittenPart>& parts, size_t count) {
     std::vector<MeasureFrame> frames(count);
@@ -123,19 +149,19 @@ std::vector<MeasureFrame> FramesOf(const std::vector<WrittenPart>& parts, size_t
             frame.length = std::max(frame.length, measure.length);
             for (const auto& [id, notes] : measure.voices)
                 frame.notes += notes.size();
+            frame.notes += measure.holds.size();
+            frame.holds.insert(frame.holds.end(), measure.holds.begin(), measure.holds.end());
             if (measure.meter && !frame.hasMeter)
                 frame.meter = *measure.meter;
             if (measure.key && !frame.hasKey)
                 frame.key = *measure.key;
             frame.hasMeter |= measure.meter.has_value();
             frame.hasKey |= measure.key.has_value();
-            frame.tempos.insert(frame.tempos.end(), measure.tempos.begin(), measure.tempos.end());
+            frame.marks.insert(frame.marks.end(), measure.tempos.begin(), measure.tempos.end());
         }
     }
     for (size_t i = 0; i < count; ++i) {
         MeasureFrame& frame = frames[i];
-        std::stable_sort(frame.tempos.begin(), frame.tempos.end(),
-                         [](const Tempo& a, const Tempo& b) { return a.tick < b.tick; });
         if (i > 0) {
             const MeasureFrame& before = frames[i - 1];
             if (!frame.hasMeter)
@@ -144,6 +170,7 @@ std::vector<MeasureFrame> FramesOf(const std::vector<WrittenPart>& parts, size_t
                 frame.key = before.key;
             frame.tempo = before.tempos.empty() ? before.tempo : before.tempos.back();
         }
+        ResolveTempos(frame);
         if (frame.length == 0) // only in a score without a rest for it
             frame.length = TicksOfMeasure(frame.meter);
     }
@@ -177,6 +204,8 @@ std::vector<PlacedMeasure> Place(const MeasureOrder& order, const std::vector<Me
             song.tempos.push_back({tick, frame.tempo.microsecondsPerQuarter});
         for (const Tempo& tempo : frame.tempos)
             song.tempos.push_back({tick + tempo.tick, tempo.microsecondsPerQuarter});
+        for (const Hold& hold : frame.holds)
+            song.holds.push_back({tick + hold.tick, hold.length});
         tick += frame.length;
     }
     song.end = tick;
@@ -226,12 +255,16 @@ void Remark(const std::vector<WrittenPart>& parts, size_t lostGraces, Song& song
     size_t cues = 0;
     size_t ornaments = 0;
     size_t unpitched = 0;
+    size_t laughs = 0;
     bool hasTempoWords = false;
+    bool hasSwing = false;
     for (const WrittenPart& part : parts) {
         cues += part.cues;
         ornaments += part.ornaments;
         unpitched += part.unpitched;
-        hasTempoWords = hasTempoWords || part.hasTempoWords;
+        laughs += part.laughs;
+        hasTempoWords |= part.hasTempoWords;
+        hasSwing |= part.hasSwing;
         if (song.language.empty())
             song.language = part.language;
     }
@@ -244,6 +277,10 @@ void Remark(const std::vector<WrittenPart>& parts, size_t lostGraces, Song& song
                                " no note to stand before and is left out");
     if (ornaments)
         song.remarks.push_back(Counted(ornaments, "note is", "notes are") + " sung without the ornament");
+    if (laughs)
+        song.remarks.push_back(Counted(laughs, "laugh is", "laughs are") + " left out");
+    if (hasSwing)
+        song.remarks.push_back("swing is not followed: notes are as long as they are written");
     if (hasTempoWords)
         song.remarks.push_back("\"rit.\", \"accel.\" and the like have no number and are not followed");
 }

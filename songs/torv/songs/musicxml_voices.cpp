@@ -12,9 +12,9 @@ constexpr uint32_t kLongGrace = kTicksPerQuarter / 2;
 
 /// What a line of words is to the singer: every pass of a repeat takes its own line, and a line that is the only one is
 /// sung each time.
-void ChooseLines(std::vector<Word>& words, const PlacedMeasure& measure) {
-    if (measure.passes < 2)
-        return;
+std::vector<Word> ChooseLines(std::vector<Word> words, const PlacedMeasure& measure) {
+    if (measure.passes < 2 || words.empty())
+        return words;
     const auto hasLine = [&words](int line) {
         return std::any_of(words.begin(), words.end(), [line](const Word& word) { return word.verse == line; });
     };
@@ -33,7 +33,32 @@ void ChooseLines(std::vector<Word>& words, const PlacedMeasure& measure) {
             chosen.back().verse = verse;
         }
     }
-    words = std::move(chosen);
+    return chosen;
+}
+
+bool IsFor(const std::vector<int>& passes, int pass) {
+    return passes.empty() || std::find(passes.begin(), passes.end(), pass) != passes.end();
+}
+
+/// Words that name this pass are sung before all others.
+std::vector<Word> WordsOf(const std::vector<WrittenWord>& written, const PlacedMeasure& measure) {
+    std::vector<Word> named;
+    std::vector<Word> others;
+    int line = 0;
+    int verse = 0;
+    for (const WrittenWord& each : written) {
+        if (!IsFor(each.passes, measure.pass))
+            continue;
+        if (each.passes.empty()) {
+            others.push_back(each.word);
+            continue;
+        }
+        verse += each.word.verse == line ? 0 : 1;
+        line = each.word.verse;
+        named.push_back(each.word);
+        named.back().verse = verse;
+    }
+    return named.empty() ? ChooseLines(std::move(others), measure) : named;
 }
 
 /// One voice as it goes along.
@@ -42,12 +67,15 @@ public:
     explicit Singer(Part& part) : m_part(part) {}
 
     void Sing(const WrittenNote& written, const PlacedMeasure& measure) {
+        if (!IsFor(written.passes, measure.pass))
+            return;
         for (const int number : written.slurStarts)
             m_slurs.insert(number);
         for (const int number : written.slurStops)
             m_slurs.erase(number);
         if (written.isGrace) {
-            m_graces.push_back(&written);
+            m_graces.push_back({written.note, written.hasSlash, written.bend});
+            m_graces.back().note.words = WordsOf(written.words, measure);
             m_graceTick = measure.tick + written.onset;
             return;
         }
@@ -55,15 +83,14 @@ public:
             SingGracesAfter();
         Note note = written.note;
         note.tick = measure.tick + written.onset;
-        if (!note.words.empty())
-            ChooseLines(note.words, measure);
+        note.words = WordsOf(written.words, measure);
         if (!written.isChord)
             m_shift = SingGraces(note);
         note.tick += m_shift;
         note.length -= std::min(m_shift, note.length - 1);
         note.slurred = !m_slurs.empty();
         if (!(written.tieStops && Join(note, written)))
-            Add(note, written.tieStarts);
+            Add(note, written);
     }
 
     /// A measure's last grace notes belong to the note before them.
@@ -78,10 +105,23 @@ public:
     size_t LostGraces() const { return m_lost + m_graces.size(); }
 
 private:
-    void Add(const Note& note, bool tieStarts) {
-        if (tieStarts)
+    /// A note before another, as it is sung.
+    struct Grace {
+        Note note;
+        bool hasSlash;
+        double bend;
+    };
+
+    void Add(const Note& note, const WrittenNote& written) {
+        if (written.tieStarts)
             m_ties[note.key] = m_part.notes.size();
+        Put(note, written.bend);
+    }
+
+    void Put(const Note& note, double bend) {
         m_part.notes.push_back(note);
+        if (bend != (m_part.bends.empty() ? 0 : m_part.bends.back().semitones))
+            m_part.bends.push_back({note.tick, bend});
     }
 
     bool Join(const Note& note, const WrittenNote& written) {
@@ -111,18 +151,18 @@ private:
         if (m_graces.empty())
             return 0;
         const auto count = static_cast<uint32_t>(m_graces.size());
-        const uint32_t each = std::min(m_graces.front()->hasSlash ? kShortGrace : kLongGrace, note.length / 2 / count);
+        const uint32_t each = std::min(m_graces.front().hasSlash ? kShortGrace : kLongGrace, note.length / 2 / count);
         uint32_t tick = note.tick;
-        for (const WrittenNote* const written : m_graces) {
+        for (Grace& before : m_graces) {
             if (each == 0)
                 break;
-            Note grace = written->note;
+            Note& grace = before.note;
             grace.tick = tick;
             grace.length = each;
             grace.slurred = true;
             if (grace.words.empty())
                 grace.words.swap(note.words);
-            m_part.notes.push_back(grace);
+            Put(grace, before.bend);
             tick += each;
         }
         m_graces.clear();
@@ -143,11 +183,11 @@ private:
             m_part.notes[i].slurred = true;
         }
         for (uint32_t i = 0; i < count; ++i) {
-            Note grace = m_graces[i]->note;
+            Note& grace = m_graces[i].note;
             grace.tick = m_graceTick - each * (count - i);
             grace.length = each;
             grace.slurred = i + 1 < count || last.slurred;
-            m_part.notes.push_back(grace);
+            Put(grace, m_graces[i].bend);
         }
         m_graces.clear();
     }
@@ -155,7 +195,7 @@ private:
     Part& m_part;
     std::set<int> m_slurs;        ///< open ones, by number
     std::map<int, size_t> m_ties; ///< key, and the note that it begins with
-    std::vector<const WrittenNote*> m_graces;
+    std::vector<Grace> m_graces;
     uint32_t m_graceTick = 0; ///< where they stand
     uint32_t m_shift = 0;     ///< what the chord at hand begins later for its grace notes
     size_t m_lost = 0;

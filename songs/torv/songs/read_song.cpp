@@ -49,7 +49,9 @@ bool IsKnownTooLarge(std::istream& stream) {
     throw SongError(Named(source, "is larger than 128 MB, which no song is"));
 }
 
-[[noreturn]] void FailUnknown(const std::string& source) {
+[[noreturn]] void FailUnknown(Bytes bytes, const std::string& source) {
+    if (bytes.empty())
+        throw SongError(Named(source, "is empty"));
     throw SongError(Named(source, "neither a standard MIDI file nor MusicXML nor UST, so it cannot be sung"));
 }
 
@@ -79,7 +81,7 @@ Song ReadSong(Bytes bytes, const std::string& source, const ReadOptions& options
             throw SongError(Named(source, error.what()));
         }
     }
-    FailUnknown(source);
+    FailUnknown(bytes, source);
 }
 
 std::vector<unsigned char> ReadSongBytes(std::istream& stream, const std::string& source) {
@@ -87,7 +89,7 @@ std::vector<unsigned char> ReadSongBytes(std::istream& stream, const std::string
     const bool isTooLarge = IsKnownTooLarge(stream);
     AppendBytes(stream, kEnoughToTell, bytes);
     if (FormatOf(bytes) == SongFormat::Unknown)
-        FailUnknown(source); // before the rest of a file that may be large
+        FailUnknown(bytes, source); // before the rest of a file that may be large
     if (isTooLarge)
         FailTooLarge(source);
     AppendBytes(stream, kLargestSongFile, bytes);

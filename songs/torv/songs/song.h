@@ -126,6 +126,12 @@ struct Measure {
     int number = 1;      ///< as the file counts: a pickup is 0 where the file calls it so
 };
 
+/// A fermata over a rest or a barline: what sounds then is held, as under that of a note.
+struct Hold {
+    uint32_t tick = 0;   ///< where it begins
+    uint32_t length = 0; ///< ticks, as written
+};
+
 /// A whole song.
 struct Song {
     std::string source;               ///< the file's name, for messages; may be empty
@@ -138,6 +144,7 @@ struct Song {
     std::vector<Meter> meters;        ///< by tick, one a tick; none: 4/4
     std::vector<KeySignature> keys;   ///< by tick
     std::vector<Measure> measures;    ///< without gaps from tick 0 to `end`
+    std::vector<Hold> holds;          ///< beside the notes' own fermatas; in any order
     std::vector<std::string> remarks; ///< what was guessed or left out: a line each, without the file's name
     uint32_t end = 0;                 ///< tick where the last note or measure ends
 };

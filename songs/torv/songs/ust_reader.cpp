@@ -44,6 +44,7 @@ std::string EncodingOf(string_view text, const ReadOptions& options) {
 }
 
 struct Section {
+    std::string name;
     double length = 0;
     int key = -1;
     double intensity = kUsualIntensity;
@@ -51,6 +52,9 @@ struct Section {
     std::string lyric;
     bool hasCurves = false;
 };
+
+/// -1 for what is none.
+int KeyOf(double number) { return number >= 0 && number < 128 ? static_cast<int>(number) : -1; }
 
 /// The syllable itself: recordings by pairs name the vowel before it, "a ka" or "- ka".
 std::string SyllableOf(const std::string& lyric) {
@@ -62,7 +66,7 @@ std::string SyllableOf(const std::string& lyric) {
 
 bool IsRest(const Section& section) {
     const std::string syllable = SyllableOf(section.lyric); // "a R" ends a vowel
-    return section.key < 0 || syllable == "R" || syllable == "r" || syllable == "rest";
+    return syllable == "R" || syllable == "r" || syllable == "rest" || (syllable.empty() && section.key < 0);
 }
 
 class UstReader {
@@ -76,6 +80,11 @@ public:
         EndSection();
         if (m_hasCurves)
             m_song.remarks.push_back("curves of pitch and loudness within notes are left out");
+        if (m_lost > 0)
+            m_song.remarks.push_back(
+                (m_lost == 1 ? std::string("1 note has") : std::to_string(m_lost) + " notes have") +
+                " no length or key that can be read and " + (m_lost == 1 ? "is" : "are") + " left out" +
+                (m_lost == 1 ? ": [" : ", the first in [") + m_firstLost + "]");
         if (m_isLong)
             m_song.remarks.push_back("is longer than any song; the rest is left out");
         return std::move(m_song);
@@ -86,6 +95,7 @@ private:
         if (line.starts_with('[')) {
             EndSection();
             const string_view name = line.substr(1, std::min(line.find(']'), line.size()) - 1);
+            m_section.name = name.substr(0, 20);
             m_isSetting = name == "#SETTING";
             m_isNote =
                 name.size() > 1 && name[0] == '#' && name.find_first_not_of("0123456789", 1) == string_view::npos;
@@ -108,7 +118,7 @@ private:
         if (key == "Length")
             m_section.length = std::clamp(DecimalOf(value, 0), 0.0, static_cast<double>(kLastTick));
         else if (key == "NoteNum")
-            m_section.key = static_cast<int>(std::clamp(DecimalOf(value, -1), -1.0, 127.0));
+            m_section.key = KeyOf(DecimalOf(value, -1));
         else if (key == "Lyric")
             m_section.lyric = value;
         else if (key == "Intensity")
@@ -130,8 +140,11 @@ private:
             AddTempo(m_section.tempo);
             const auto length = static_cast<uint32_t>(m_section.length);
             m_isLong = length > kLastTick - m_at;
-            if (!IsRest(m_section) && length > 0 && !m_isLong)
+            const bool isNote = !m_isLong && !IsRest(m_section);
+            if (isNote && length > 0 && m_section.key >= 0)
                 AddNote(length);
+            else if (isNote && m_lost++ == 0)
+                m_firstLost = m_section.name;
             m_at += m_isLong ? 0 : length;
             m_song.end = m_at;
         }
@@ -157,6 +170,8 @@ private:
     Song m_song;
     Section m_section;
     uint32_t m_at = 0;
+    size_t m_lost = 0;       ///< notes left out
+    std::string m_firstLost; ///< the section of the first
     bool m_isSetting = false;
     bool m_isNote = false;
     bool m_hasCurves = false;

@@ -18,6 +18,7 @@ constexpr size_t kListEntrySize = 46;
 constexpr size_t kListEndSize = 22;
 constexpr size_t kLongestComment = 0xFFFF;
 
+constexpr unsigned kEncrypted = 1; // of an entry's flags
 constexpr unsigned kStored = 0;
 constexpr unsigned kDeflated = 8;
 constexpr size_t kMostExpansion = 1100; // a little more than a deflated byte can give
@@ -50,8 +51,8 @@ ZipArchive::ZipArchive(Bytes bytes) : m_bytes(bytes) {
         if (at + size > end)
             FailDamaged();
         const auto* const name = reinterpret_cast<const char*>(bytes.data() + at + kListEntrySize);
-        m_entries.push_back({std::string(name, nameSize), Number(at + 10, 2), Number(at + 16, 4), Number(at + 20, 4),
-                             Number(at + 24, 4), Number(at + 42, 4)});
+        m_entries.push_back({std::string(name, nameSize), (Number(at + 8, 2) & kEncrypted) != 0, Number(at + 10, 2),
+                             Number(at + 16, 4), Number(at + 20, 4), Number(at + 24, 4), Number(at + 42, 4)});
         at += size;
     }
 }
@@ -69,6 +70,8 @@ std::optional<std::string> ZipArchive::Read(const std::string& name, size_t most
         std::find_if(m_entries.begin(), m_entries.end(), [&name](const Entry& each) { return each.name == name; });
     if (entry == m_entries.end())
         return std::nullopt;
+    if (entry->isEncrypted)
+        throw SongError("is an archive with a password: save it without one");
     if (entry->size > most)
         throw SongError(name + " in it is larger than " + std::to_string(most >> 20) + " MB, which no song is");
     if (m_bytes.size() < kFileHeaderSize || entry->header > m_bytes.size() - kFileHeaderSize ||

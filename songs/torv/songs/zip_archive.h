@@ -19,13 +19,14 @@ public:
     explicit ZipArchive(Bytes bytes);
 
     std::vector<std::string> Names() const;
-    /// A file's content; nothing when there is no file of this name. Throws SongError for one that is damaged, packed
-    /// in another way, or larger than `most` bytes when it is unpacked.
+    /// A file's content; nothing when there is no file of this name. Throws SongError for one that is damaged,
+    /// encrypted, packed in another way, or larger than `most` bytes when it is unpacked.
     std::optional<std::string> Read(const std::string& name, size_t most) const;
 
 private:
     struct Entry {
         std::string name;
+        bool isEncrypted;
         unsigned method;
         uint32_t checkSum;
         uint32_t packedSize;
