@@ -198,7 +198,11 @@ namespace {
 /// A device of the test's own where the system lets it have one: who replaces the machine's takes it from all.
 std::string Device(const TempFolder& folder, const char* name, unsigned minor) {
     const std::string own = folder.Path(name);
-    return mknod(own.c_str(), S_IFCHR | 0666, makedev(1, minor)) == 0 ? own : std::string("/dev/") + name;
+    const int opened =
+        mknod(own.c_str(), S_IFCHR | 0666, makedev(1, minor)) == 0 ? open(own.c_str(), O_WRONLY) : -1; // or "nodev"
+    if (opened < 0)
+        std::filesystem::remove(own);
+    return close(opened) == 0 ? own : std::string("/dev/") + name;
 }
 
 } // namespace
