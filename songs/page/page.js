@@ -312,8 +312,9 @@
     if (!system || system.drawn) return;
     system.drawn = true;
     const measures = song.measures.filter((measure) => measure.end > system.start && measure.start < system.end);
-    const label = measures.length ? `Bars ${measures[0].number} to ${measures[measures.length - 1].number}`
-                                  : `From ${clockText(system.start)}`;
+    const numbers = measures.map((measure) => measure.number);
+    const label = numbers.length > 1 ? `Bars ${numbers[0]} to ${numbers.at(-1)}`
+                : numbers.length ? `Bar ${numbers[0]}` : `From ${clockText(system.start)}`;
     const picture = shape("svg", {viewBox: `0 0 ${width} ${system.height}`, role: "img", "aria-label": label});
     drawRuler(system, picture, measures);
     let top = system.ruler;

@@ -41,6 +41,7 @@ TEST_CASE("settings: the manual page and the completion have every verb and ever
             }
     }
     CHECK(options > 50);
+    CHECK(page.find("\\fIINPUT...\\fR") != std::string::npos);
     CHECK(completion.find("\"sing --rate\") values=\"44100 48000 96000\"") != std::string::npos);
 }
 

@@ -175,6 +175,8 @@ TEST_CASE("MusicXML: pitches, tuplets, ties, rests, chords and transposition") {
                       N("C4", 4, stop + Lyric("b", "single", "2")))) == "0+480 60 one/a2~, 480+480 60 b2");
     CHECK(NotesOf(Bar(N("D4", 4, start)) + Bar(N("D4", 4, stop) + Ending("1", true)) +
                   Bar(N("D4", 4, stop) + Ending("2", false))) == "0+960 62, 960+960 62");
+    CHECK(NotesOf(Bar(N("C4", 8, "<notations><tied type=\"start\"/></notations>") +
+                      N("C4", 8, "<notations><tied type=\"stop\"/></notations>"))) == "0+1920 60");
     CHECK(NotesOf(Bar(N("C4", 8, start) + N("D4", 4) + N("C4", 4, stop))) == "0+960 60, 960+480 62, 1440+480 60");
     CHECK(NotesOf(Bar(N("C4", 4) + N("E4", 4, "<chord/>") + N("D4", 4))) == "0+480 60, 0+480 64, 480+480 62");
     CHECK(NotesOf(Bar("<attributes><transpose><chromatic>-2</chromatic><octave-change>-1</octave-change>"
@@ -253,6 +255,9 @@ TEST_CASE("MusicXML: words by syllable and verse") {
     const std::string secondNote = "<note time-only=\"2\">" + N("E4", 8, only("1,2", "x")).substr(6);
     CHECK(NotesOf(Bar(N("C4", 8, only("2", "b") + only("1", "a") + Lyric("no", "single", "2")) + secondNote +
                       kBackward)) == "0+960 60 a, 1920+960 60 b, 2880+960 64 x");
+    CHECK(NotesOf(Bar(N("C4", 4,
+                        Lyric("la\xE2\x80\xBF"
+                              "a")))) == "0+480 60 la a");
     CHECK(NotesOf(Bar(N("C4", 4, "<lyric><humming/></lyric>"))) == "0+480 60 mm");
 }
 
@@ -329,6 +334,7 @@ TEST_CASE("MusicXML: repeats, endings and jumps are unfolded") {
     CHECK(OrderOf({"", segno, coda, Words("D.S. al Coda"), coda}) == "cdefdeg");
     CHECK(OrderOf({"", "<barline><segno/></barline>", Words("To Coda"), Words("D.S. al Coda"),
                    "<barline><coda/></barline>"}) == "cdefdeg");
+    CHECK(OrderOf({"", segno, Words("To Coda"), Words("D.S. al Coda"), Words("Coda")}) == "cdefdeg");
     CHECK(OrderOf({"", Ending("1", true), Ending("2", false), Words("D.C. al Fine")}) == "cdcefcef");
     const Song song = Read(Score(Bar(N("C4", 16)) + Bar(N("D4", 16) + Sound("dalsegno=\"x\""))));
     CHECK(song.remarks == std::vector<std::string>{"a jump to a segno that is not there is left out"});

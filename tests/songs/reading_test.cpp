@@ -203,6 +203,7 @@ TEST_CASE("lyrics: encodings told apart, and what the library's code page makes 
     CHECK(Values{HasKanji("\xE6\xA1\x9C"), HasKanji("\xE3\x81\x95")} == "1 0");
     CHECK(LooksJapanese({"sa", "ku", "shi", "n", "kyo", "tte"}));
     CHECK_FALSE(LooksJapanese({"sa", "ku", "shi", "n", "kyo"})); // too short to tell
+    CHECK(LooksJapanese({"Baby", "\xE3\x81\x95"}));
     CHECK_FALSE(LooksJapanese({"sa", "ku", "ra", "ra", "ra", "ra", "with"}));
 }
 
@@ -221,6 +222,9 @@ TEST_CASE("lyrics: no character is cut") {
         {"\xB6\xDE\x82\xB3\xB7\xAC\xB0n a", torv::kJapanese, {"\xB6\xDE", "\x82\xB3", "\xB7\xAC\xB0", "n", "a"}},
         {"\x82\xAB\x82\xE1\x83\x5C", torv::kJapanese, {"\x82\xAB\x82\xE1", "\x83\x5C"}},
         {"", torv::kJapanese, {""}},
+        {"(sa, \x82\xB3\x81\x5B\x81\x42\x81\xF4!", torv::kJapanese, {"(sa,", "\x82\xB3", "\x81\x5B"}},
+        {"\x81\x67go!\x81\x68", torv::kEnglish, {"go!"}},
+        {"\x81\xF4", torv::kEnglish, {"-"}},
         {"la", 7, {"la"}},
     };
     for (const auto& row : rows) {

@@ -48,6 +48,13 @@ TEST_CASE("UST: the words' encoding is named, seen or given") {
     CHECK(NotesOf(Read("\xEF\xBB\xBF[#SETTING]\n" + Section(ka))) == "0+480 60 " + ka + ", ");
     CHECK(NotesOf(Read("[#VERSION]\nCharset=UTF-8\n" + Section(ka))) == "0+480 60 " + ka + ", ");
     CHECK(NotesOf(Read("[#SETTING]\n" + Section("\xA4\xAB"), {"euc-jp"})) == "0+480 60 " + ka + ", ");
+    std::string wide = "\xFF\xFE";
+    for (const char c : "[#SETTING]\n" + Section("ka"))
+        wide += {c, '\0'};
+    CHECK(NotesOf(Read(wide)) == "0+480 60 ka, ");
+    // What is behind the kana names a recording, and a breath is a rest.
+    CHECK(NotesOf(Read("[#SETTING]\n" + Section("a " + ka + "_C4") + Section("\xE6\x81\xAF"))) ==
+          "0+480 60 " + ka + ", ");
 }
 
 TEST_CASE("UST: what makes no sense is left out") {

@@ -13,6 +13,8 @@
 std::vector<std::string> CodedEndings();
 /// Why there are none: "this torv was built without ...".
 std::string WhyNothingIsCoded();
+/// The same behind what cannot be read, from a colon on; empty with the library.
+inline std::string ButPlainWaves() { return CodedEndings().empty() ? ": " + WhyNothingIsCoded() : std::string(); }
 
 /// Writes into `file` from its beginning. Throws WrongUse for a format that the ending cannot hold.
 std::unique_ptr<SoundWriter> MakeCodedWriter(OutputFile& file, const std::string& path, const SoundFormat& format);

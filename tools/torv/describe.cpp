@@ -100,7 +100,9 @@ void Describe(const std::string& path, bool json) {
     } else if (const auto sound = OpenCodedSound(*file)) {
         about = DescribeSound(name, *sound);
     } else {
-        throw InputError{name + ": neither a song (standard MIDI file, MusicXML, UST) nor a sound file"};
+        throw InputError{name +
+                         ": neither a song (standard MIDI file, MusicXML, UST) nor a sound file that can be read" +
+                         ButPlainWaves()};
     }
     if (json)
         std::printf("%s\n", about.dump(2, ' ', false, Json::error_handler_t::replace).c_str());

@@ -1,5 +1,7 @@
 #include "manual.h"
 
+#include "catalogue.h"
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -46,14 +48,13 @@ std::string Escaped(const std::string& text) {
 std::string OptionEntry(const CLI::Option& option) {
     const bool isPositional = option.get_positional();
     std::string name = option.get_name(isPositional, !isPositional);
-    std::replace(name.begin(), name.end(), ',', ' ');
+    if (const size_t comma = name.find(','); comma != std::string::npos)
+        name.insert(comma + 1, " ");
     std::string entry = ".TP\n\\fB" + Escaped(name) + "\\fR";
     const bool isFlag = option.get_expected_max() == 0;
     if (!isFlag && !isPositional)
         entry += " \\fI" + Escaped(TypeOf(option)) + "\\fR";
     entry += "\n" + Escaped(option.get_description());
-    if (const std::string choices = ChoicesOf(option); !choices.empty())
-        entry += ": " + Escaped(choices);
     if (!isFlag && !option.get_default_str().empty())
         entry += " (else " + Escaped(option.get_default_str()) + ")";
     return entry + ".\n";
@@ -68,7 +69,8 @@ std::string ManualPage(const CLI::App& app, const std::string& version) {
         page += ".B torv " + verb->get_name() + "\n";
         for (const CLI::Option* option : OptionsOf(*verb))
             if (option->get_positional())
-                page += "\\fI" + Escaped(option->get_name(true)) + "\\fR\n";
+                page +=
+                    "\\fI" + Escaped(option->get_name(true)) + (option->get_expected_max() > 1 ? "..." : "") + "\\fR\n";
         page += "[\\fIoptions\\fR]\n.br\n";
     }
     page += ".SH DESCRIPTION\n";
@@ -88,6 +90,8 @@ std::string ManualPage(const CLI::App& app, const std::string& version) {
 }
 
 std::string BashCompletion(const CLI::App& app) {
+    std::string kinds = IconKindNames();
+    std::erase(kinds, ',');
     std::string names;
     std::string options;
     std::string choices;
@@ -124,7 +128,23 @@ std::string BashCompletion(const CLI::App& app) {
            "    case \"${COMP_WORDS[1]} ${COMP_WORDS[COMP_CWORD - 1]}\" in\n" +
            choices +
            "    esac\n"
-           "    if [ -n \"$values\" ]; then\n"
+           // Names may have blanks in them: they stand between columns that two blanks part.
+           "    local names=\n"
+           "    case \"${COMP_WORDS[COMP_CWORD - 1]}\" in\n"
+           "    --voice) names=$(torv voices 2>/dev/null | awk -F '  +' 'NR > 1 { print $1 }') ;;\n"
+           "    --attack | --release | --transition | --vibrato | --dynamics)\n"
+           "        names=$(torv icons --kind \"${COMP_WORDS[COMP_CWORD - 1]#--}\" 2>/dev/null | awk -F '  +' 'NR > 1 "
+           "{ "
+           "print $2 }') ;;\n"
+           "    --kind) values=\"" +
+           kinds +
+           "\" ;;\n"
+           "    esac\n"
+           "    if [ -n \"$names\" ]; then\n"
+           "        local IFS=$'\\n'\n"
+           "        COMPREPLY=($(compgen -W \"$names\" -- \"$word\"))\n"
+           "        COMPREPLY=(\"${COMPREPLY[@]// /\\\\ }\")\n"
+           "    elif [ -n \"$values\" ]; then\n"
            "        COMPREPLY=($(compgen -W \"$values\" -- \"$word\"))\n"
            "    elif [[ $word == -* ]]; then\n"
            "        COMPREPLY=($(compgen -W \"$options\" -- \"$word\"))\n"

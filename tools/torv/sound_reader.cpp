@@ -43,7 +43,7 @@ std::unique_ptr<SoundReader> OpenSound(const std::string& path) {
     std::unique_ptr<std::istream> file = OpenInput(path);
     const std::string name = NameOfInput(path);
     std::unique_ptr<SoundReader> reader;
-    std::string reason = "is no sound file that can be read; export it as .wav";
+    std::string reason = "is no sound file that can be read" + ButPlainWaves() + "; export it as .wav";
     if (IsWave(*file))
         reader = torv::songs::OpenWave(name, *file, reason);
     if (!reader) {

@@ -210,10 +210,10 @@ LyricLine ReadLyricLine(const std::vector<MidiText>& texts, bool karaoke, const 
 bool LooksJapanese(const std::vector<std::string>& words) {
     static const std::regex romaji("(([kgsztdnhbpmyrwjfv]|ky|gy|sh|j|ch|ny|hy|by|py|my|ry|ts|dz|kk|ss|ssh|tt|tch|pp)?"
                                    "[aiueo]|n|n')+-?");
+    if (std::any_of(words.begin(), words.end(), [](const std::string& word) { return HasKana(word); }))
+        return true;
     size_t roman = 0;
     for (const std::string& word : words) {
-        if (HasKana(word))
-            return true;
         std::string lower;
         for (const char c : word)
             if (std::isalpha(static_cast<unsigned char>(c)) || c == '\'' || c == '-' ||

@@ -10,6 +10,7 @@ namespace torv::songs::musicxml {
 namespace {
 
 constexpr const char* kHum = "mm";
+constexpr std::string_view kTie = "\xE2\x80\xBF"; // an elision within a text
 
 /// Without a verse's number in front, which some programs put into the first syllable.
 std::string WithoutNumber(std::string text) {
@@ -67,6 +68,8 @@ void LyricReader::Read(XmlElement lyric, std::vector<WrittenWord>& words) {
             word.text += ' ';
         } else if (child.Name() == "text") {
             word.text += child.Text();
+            for (size_t tie = 0; (tie = word.text.find(kTie, tie)) != std::string::npos;)
+                word.text.replace(tie, kTie.size(), " ");
             if (m_language.empty())
                 m_language = child.Attribute("xml:lang");
         } else if (child.Name() == "extend") {

@@ -200,6 +200,7 @@ private:
             else if (child.Name() == "lyric")
                 m_lyrics.Read(child, written.words);
         }
+        m_part.hasWords = m_part.hasWords || !written.words.empty();
         m_measure->voices[m_id].push_back(std::move(written));
     }
 
@@ -234,6 +235,9 @@ private:
                     written.slurStarts.push_back(number);
                 else if (child.Attribute("type") == "stop")
                     written.slurStops.push_back(number);
+            } else if (name == "tied") { // which some write alone
+                written.tieStarts = written.tieStarts || child.Attribute("type") == "start";
+                written.tieStops = written.tieStops || child.Attribute("type") == "stop";
             } else if (name == "fermata") {
                 written.note.fermata = true;
             } else if (name == "ornaments" ||
@@ -319,6 +323,8 @@ private:
             signs.toCoda = kPlainLabel;
             return true;
         }
+        if (words == "coda")
+            signs.coda = kPlainLabel;
         if (!sound.Attribute("dacapo").empty() || !sound.Attribute("dalsegno").empty())
             return false;
         if (words.starts_with("d.c.") || words.starts_with("d. c.") || words.starts_with("da capo"))

@@ -73,6 +73,7 @@ struct WrittenPart {
     std::vector<WrittenMeasure> measures;
     std::map<int, std::string> clefs; ///< the first of each staff
     bool isPercussion = false;        ///< all notes are without a pitch
+    bool hasWords = false;            ///< under any note
     size_t unpitched = 0;             ///< notes without a pitch among others, left out
     size_t cues = 0;                  ///< small notes of another part, left out
     size_t ornaments = 0;             ///< trills, slides and the like, left out

@@ -200,7 +200,8 @@ std::vector<PlacedMeasure> Place(const MeasureOrder& order, const std::vector<Me
             song.meters.push_back({tick, frame.meter.numerator, frame.meter.denominatorExponent});
         if (frame.hasKey || isAfterJump)
             song.keys.push_back({tick, frame.key.fifths, frame.key.minor});
-        if (isAfterJump)
+        if (isAfterJump && !song.tempos.empty() &&
+            song.tempos.back().microsecondsPerQuarter != frame.tempo.microsecondsPerQuarter)
             song.tempos.push_back({tick, frame.tempo.microsecondsPerQuarter});
         for (const Tempo& tempo : frame.tempos)
             song.tempos.push_back({tick + tempo.tick, tempo.microsecondsPerQuarter});
@@ -258,6 +259,7 @@ void Remark(const std::vector<WrittenPart>& parts, size_t lostGraces, Song& song
     size_t laughs = 0;
     bool hasTempoWords = false;
     bool hasSwing = false;
+    bool hasSpeech = false;
     for (const WrittenPart& part : parts) {
         cues += part.cues;
         ornaments += part.ornaments;
@@ -265,6 +267,7 @@ void Remark(const std::vector<WrittenPart>& parts, size_t lostGraces, Song& song
         laughs += part.laughs;
         hasTempoWords |= part.hasTempoWords;
         hasSwing |= part.hasSwing;
+        hasSpeech |= part.isPercussion && part.hasWords;
         if (song.language.empty())
             song.language = part.language;
     }
@@ -279,6 +282,8 @@ void Remark(const std::vector<WrittenPart>& parts, size_t lostGraces, Song& song
         song.remarks.push_back(Counted(ornaments, "note is", "notes are") + " sung without the ornament");
     if (laughs)
         song.remarks.push_back(Counted(laughs, "laugh is", "laughs are") + " left out");
+    if (hasSpeech)
+        song.remarks.push_back("words on notes without a pitch are sung on one");
     if (hasSwing)
         song.remarks.push_back("swing is not followed: notes are as long as they are written");
     if (hasTempoWords)

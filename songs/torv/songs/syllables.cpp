@@ -4,6 +4,7 @@
 #include <torv/platform/language.h>
 #include <torv/platform/text.h>
 
+#include <cctype>
 #include <cstring>
 
 namespace torv::songs {
@@ -38,6 +39,23 @@ const char* HalfWidthEnd(const char* text) {
     return text;
 }
 
+/// Double-byte signs begin with 81, but for marks that repeat or lengthen a kana. Western punctuation in a Western text
+/// is the converter's.
+bool IsSign(const char* text, int language) {
+    if (torv::IsLeadByte932(Byte(text)))
+        return Byte(text) == 0x81 && (Byte(text + 1) < 0x52 || Byte(text + 1) > 0x5B);
+    if (Byte(text) < 0x80)
+        return language == torv::kJapanese && std::ispunct(Byte(text)) && *text != '-';
+    return Byte(text) >= 0xA1 && Byte(text) <= 0xA5;
+}
+
+bool IsAllSigns(const std::string& syllable, int language) {
+    for (const char* text = syllable.c_str(); *text; text = torv::NextChar932(text))
+        if (!IsSign(text, language))
+            return false;
+    return !syllable.empty();
+}
+
 const char* SyllableEnd(const char* text, int language) {
     if (language == torv::kEnglish)
         return WesternEnd(text);
@@ -57,10 +75,13 @@ std::vector<std::string> CutIntoSyllables(const std::string& text, int language)
         const char* const end = *rest ? SyllableEnd(rest, language) : rest;
         std::string syllable(rest, end);
         syllable.erase(syllable.find_last_not_of(' ') + 1);
-        syllables.push_back(std::move(syllable));
+        if (!IsAllSigns(syllable, language))
+            syllables.push_back(std::move(syllable));
         for (rest = end; *rest == ' ';)
             ++rest;
     } while (*rest);
+    if (syllables.empty())
+        syllables.emplace_back("-");
     return syllables;
 }
 

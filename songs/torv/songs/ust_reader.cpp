@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <string_view>
 
 namespace torv::songs {
@@ -16,6 +17,7 @@ using std::string_view;
 
 constexpr size_t kLargestUst = 16U << 20; // bytes
 constexpr double kUsualIntensity = 100;   // of a note that names none
+constexpr const char* kAscii = "_0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz#-+";
 
 string_view TakeLine(string_view& text) {
     const size_t end = std::min(text.find_first_of("\r\n"), text.size());
@@ -56,17 +58,27 @@ struct Section {
 /// -1 for what is none.
 int KeyOf(double number) { return number >= 0 && number < 128 ? static_cast<int>(number) : -1; }
 
-/// The syllable itself: recordings by pairs name the vowel before it, "a ka" or "- ka".
+/// The syllable itself: recordings by pairs name the vowel before it, "a ka" or "- ka", and those at several heights
+/// theirs behind the kana.
 std::string SyllableOf(const std::string& lyric) {
     const size_t blank = lyric.find(' ');
     const bool isPair =
         blank == 1 && (lyric[0] == '-' || std::string_view("aiueonN*").find(lyric[0]) != string_view::npos);
-    return isPair ? lyric.substr(blank + 1) : lyric;
+    const std::string syllable = isPair ? lyric.substr(blank + 1) : lyric;
+    const bool isKana = HasKana(syllable) && static_cast<unsigned char>(syllable[0]) >= 0x80;
+    return isKana ? syllable.substr(0, syllable.find_first_of(kAscii)) : syllable;
 }
 
 bool IsRest(const Section& section) {
-    const std::string syllable = SyllableOf(section.lyric); // "a R" ends a vowel
-    return syllable == "R" || syllable == "r" || syllable == "rest" || (syllable.empty() && section.key < 0);
+    const std::string syllable = SyllableOf(section.lyric);                                   // "a R" ends a vowel
+    constexpr std::string_view kRests[] = {"R", "r", "rest", "\xE6\x81\xAF", "\xE5\x90\xB8"}; // breaths among them
+    return std::find(std::begin(kRests), std::end(kRests), syllable) != std::end(kRests) ||
+           (syllable.empty() && section.key < 0);
+}
+
+/// A text in UTF-16 as UTF-8, any other as it is.
+std::string WithoutUtf16(string_view text) {
+    return text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") ? Utf16ToUtf8(text) : std::string(text);
 }
 
 class UstReader {
@@ -181,18 +193,20 @@ private:
 } // namespace
 
 bool IsUst(Bytes bytes) {
-    const string_view text(reinterpret_cast<const char*>(bytes.data()), std::min<size_t>(bytes.size(), 4096));
+    const std::string text =
+        WithoutUtf16({reinterpret_cast<const char*>(bytes.data()), std::min<size_t>(bytes.size(), 4096)});
     const size_t first = text.find('[');
     return first != string_view::npos &&
            text.substr(0, first).find_first_not_of("\xEF\xBB\xBF \t\r\n") == string_view::npos &&
-           (text.substr(first).starts_with("[#VERSION]") || text.substr(first).starts_with("[#SETTING]") ||
-            text.substr(first).starts_with("[#0000]"));
+           (text.compare(first, 10, "[#VERSION]") == 0 || text.compare(first, 10, "[#SETTING]") == 0 ||
+            text.compare(first, 7, "[#0000]") == 0);
 }
 
 Song ReadUstSong(Bytes bytes, const ReadOptions& options) {
     if (bytes.size() > kLargestUst)
         throw SongError("is larger than 16 MB, which no UST is");
-    string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    const std::string plain = WithoutUtf16({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    string_view text = plain;
     text.remove_prefix(text.find('[')); // behind a byte order mark
     return UstReader().Read(ToUtf8(text, EncodingOf(text, options)));
 }
