@@ -34,8 +34,17 @@ static float difference(const float* a, const float* b, size_t count) {
     return most;
 }
 
+/* From a second on, once a first read has faded to what was asked for. */
+static void read_again(torv_player* player, float* read) {
+    OK(torv_player_seek(player, 1000));
+    OK(torv_player_read(player, read, 64));
+    OK(torv_player_seek(player, 1000));
+    OK(torv_player_read(player, read, kTenth));
+}
+
 static void test_what_is_read(torv_score* score) {
     static float read[4 * kTenth];
+    static float tenth[2 * kTenth];
     const torv_player_options options = {sizeof options, 0, 1, NULL, NULL, NULL};
     const torv_sing_options stereo = {sizeof stereo, 0, 2, 0, 0, 0, NULL, NULL};
     torv_player* player = NULL;
@@ -54,6 +63,23 @@ static void test_what_is_read(torv_score* score) {
     OK(torv_player_read(player, read, kTenth));
     CHECK(difference(read, sung + 2 * kRate, 2 * kTenth) < 1e-5F); /* as it is sung offline */
     CHECK(state_of(player).position == 1100);
+
+    /* Twenty decibels less are a tenth: of all, and of each part. */
+    for (size_t i = 0; i < 2 * kTenth; ++i)
+        tenth[i] = 0.1F * sung[2 * kRate + i];
+    OK(torv_player_set_level(player, -20));
+    read_again(player, read);
+    CHECK(difference(read, tenth, 2 * kTenth) < 1e-6F);
+    OK(torv_player_set_level(player, 0));
+    for (int down = 1; down >= 0; --down) {
+        for (size_t part = 0; part < 2; ++part) {
+            torv_score_part of = {sizeof of, 0, 0, 0, 0, 0};
+            OK(torv_score_get_part(score, part, &of, NULL, 0, NULL));
+            OK(torv_player_set_part(player, part, of.level - 20 * down, of.pan, 0));
+        }
+        read_again(player, read);
+        CHECK(difference(read, down ? tenth : sung + 2 * kRate, 2 * kTenth) < 1e-5F);
+    }
 
     /* A loop's second pass follows at once on its first. */
     OK(torv_player_set_region(player, 1000, 1100, 1));
