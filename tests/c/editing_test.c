@@ -69,8 +69,19 @@ static void test_times(void) {
     OK(torv_song_free(song));
 }
 
-static void test_marks_stand_by_time(void) {
+static void test_parts_and_marks(void) {
     torv_song* const song = make_amen();
+    const torv_part part = {sizeof part, 9, 2, 3, 4, TORV_SING_NEVER, -5, 0.5};
+    torv_part back = {sizeof back, 0, 0, 0, 0, 0, 0, 0};
+    OK(torv_part_set(song, 0, &part));
+    OK(torv_part_get(song, 0, &back));
+    CHECK(back.notes == 2); /* which no host sets */
+    CHECK(back.track == 2);
+    CHECK(back.channel == 3);
+    CHECK(back.program == 4);
+    CHECK(back.sing == TORV_SING_NEVER);
+    CHECK(back.level == -5);
+    CHECK(back.pan == 0.5);
     for (int of = 0; of < 2; ++of) {
         const torv_mark_kind kind = of == 0 ? TORV_MARK_VOICE : TORV_MARK_DYNAMICS;
         static const uint32_t ticks[] = {960, 0, 480, 960}; /* the last replaces the first */
@@ -171,7 +182,7 @@ void test_editing(void) {
     torv_databases* const databases = open_databases();
     test_notes_stand_by_time();
     test_times();
-    test_marks_stand_by_time();
+    test_parts_and_marks();
     test_what_a_host_gives_is_sung(databases);
     test_names_are_looked_up(databases);
     OK(torv_databases_free(databases));

@@ -190,6 +190,7 @@ static void test_arguments(void) {
     torv_note outside = {sizeof outside, 0, 480, 128, 80, 0, 0};
     const torv_point back[] = {{480, 1}, {240, 1}};
     const torv_point loud = {0, 128};
+    const torv_player_options half = {sizeof half, 0, 0, "\xC3", NULL, NULL};
     char small[2];
     size_t needed = 0;
     CHECK_STATUS(torv_song_new(NULL), TORV_BAD_ARGUMENT);
@@ -202,6 +203,7 @@ static void test_arguments(void) {
     CHECK_STATUS(torv_part_set_mark(song, 0, (torv_mark_kind)99, 0, "x"), TORV_BAD_ARGUMENT);
     CHECK_STATUS(torv_part_get_mark(song, 0, (torv_mark_kind)99, 0, &tick, text, sizeof text, NULL), TORV_BAD_ARGUMENT);
     CHECK_STATUS(torv_part_set_text(song, 0, TORV_PART_NAME, "\xC3"), TORV_BAD_ARGUMENT); /* half a letter */
+    CHECK_STATUS(torv_player_new(score, &half, &new_player), TORV_BAD_ARGUMENT);
     CHECK_STATUS(torv_song_get_text(song, (torv_song_text)99, text, sizeof text, NULL), TORV_BAD_ARGUMENT);
     CHECK_STATUS(torv_song_open("no such file.mid", NULL, &new_song), TORV_FILE_ERROR);
     CHECK(new_song == NULL);
