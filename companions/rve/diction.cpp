@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 namespace rve {
 
@@ -13,7 +14,10 @@ namespace {
 
 constexpr Time kGap = FromMilliseconds(40); ///< a pause that is shorter is none
 constexpr double kFrame = bank::kFrameMs * 0.001 * kTimeBase;
-constexpr int kSmoothing = 4;    ///< frames either way
+// Frames either way over which sounds flow into each other. Stops and hisses that are as smooth as vowels lose their
+// edges; vowels that are not stray from step to step.
+constexpr int kSmoothing = 4;
+constexpr int kEdgeSmoothing = 1;
 constexpr float kSlowest = 2.5F; ///< how much slower than spoken a vowel comes and goes
 // A long vowel covers what stands beside it for who listens: the sounds after it are sung longer than they are spoken.
 constexpr double kCodaLength = 1.5;
@@ -308,17 +312,29 @@ void Diction::Speak(const VoiceBank& bank, Tract tract) {
     }
 }
 
-/// The models' frames are steps, which flow into each other within 40 ms.
+/// The models' frames are steps, which flow into each other within 40 ms, or within 10 where a sound has an edge.
 void Diction::Smooth() {
-    std::array<float, 2 * kSmoothing + 1> window;
-    for (int k = -kSmoothing; k <= kSmoothing; ++k)
-        window[Place(k + kSmoothing)] = 0.5F + 0.5F * std::cos(3.14159265F * static_cast<float>(k) / (kSmoothing + 1));
+    using Window = std::array<float, kSmoothing + 1>; // one half of it
+    const auto windowOf = [](int reach) {
+        Window window{};
+        for (int k = 0; k <= reach; ++k)
+            window[Place(k)] =
+                0.5F + 0.5F * std::cos(3.14159265F * static_cast<float>(k) / static_cast<float>(reach + 1));
+        return window;
+    };
+    const Window wide = windowOf(kSmoothing), narrow = windowOf(kEdgeSmoothing);
+    int sound = 0;
     for (int i = 0; i < m_frameCount; ++i) {
+        while (sound + 1 < m_soundCount && m_sounds[Place(sound + 1)].first <= i)
+            ++sound;
+        const bool isEdge = m_sounds[Place(sound)].isStop || m_raw[Place(i)].voicing < 0.5F;
+        const Window& window = isEdge ? narrow : wide;
+        const int reach = isEdge ? kEdgeSmoothing : kSmoothing;
         SpokenFrame& to = m_frames[Place(i)];
         to = {};
         float sum = 0;
-        for (int k = std::max(-kSmoothing, -i); k <= std::min(kSmoothing, m_frameCount - 1 - i); ++k) {
-            const float weight = window[Place(k + kSmoothing)];
+        for (int k = std::max(-reach, -i); k <= std::min(reach, m_frameCount - 1 - i); ++k) {
+            const float weight = window[Place(std::abs(k))];
             const SpokenFrame& from = m_raw[Place(i + k)];
             const auto add = [weight](auto& sums, const auto& values) {
                 for (size_t n = 0; n < sums.size(); ++n)
