@@ -110,8 +110,10 @@ TEST_CASE("typed file: editing keeps the order in which sections and keys came")
     for (int n = 0; n < 1000; n += 4) // where the others were
         file.WriteAt("A", std::to_string(n).c_str(), "new");
     for (int n = 0; n < 1000; ++n)
-        CHECK(file.ReadAt("A", std::to_string(n).c_str(), "") ==
-              (n % 2 ? std::to_string(2 * n) : n % 4 ? "" : "new").c_str());
+        CHECK(file.ReadAt("A", std::to_string(n).c_str(), "") == (n % 2   ? std::to_string(2 * n)
+                                                                  : n % 4 ? ""
+                                                                          : "new")
+                                                                     .c_str());
 }
 
 TEST_CASE("typed file: both written forms, byte by byte") {
