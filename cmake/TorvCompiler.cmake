@@ -35,6 +35,11 @@ endif()
 function(torv_optimize_loops)
   set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS $<$<CONFIG:RelWithDebInfo>:-O3>)
 endfunction()
+# torv_keep_loops(TARGET)          leaves such a target's code as it was compiled: put together with that of other files
+#                                  when it is linked, the loops would lose
+function(torv_keep_loops target)
+  set_target_properties(${target} PROPERTIES INTERPROCEDURAL_OPTIMIZATION OFF)
+endfunction()
 if(WIN32)
   # x87 registers would round time conversions and the mixer's truncations differently from every other target.
   add_compile_options(-msse2 -mfpmath=sse -mstackrealign)
