@@ -30,10 +30,6 @@ constexpr float kMoved[] = {0.5F, 1.0F};
 
 int PhoneOf(const VoiceBank& bank, const char* name) { return name ? bank.PhoneNamed(name) : VoiceBank::kSilence; }
 
-bool IsJapaneseVowel(const Phoneme& phoneme) {
-    return IsVowel(phoneme) && FindPhoneme(phoneme.symbol, RVE_JAPANESE) == &phoneme;
-}
-
 } // namespace
 
 void Diction::Reset() {

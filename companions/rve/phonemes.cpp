@@ -214,6 +214,10 @@ const Phoneme* FindPhoneme(std::string_view symbol, int language) {
     return language == RVE_ENGLISH ? FindIn(kJapanese, symbol) : FindIn(kEnglish, symbol);
 }
 
+bool IsJapaneseVowel(const Phoneme& phoneme) {
+    return IsVowel(phoneme) && FindPhoneme(phoneme.symbol, RVE_JAPANESE) == &phoneme;
+}
+
 const Phoneme* FindLongest(std::string_view text, int language, size_t& length) {
     for (length = text.size() < kLongestSymbol ? text.size() : kLongestSymbol; length > 0; --length)
         if (const Phoneme* const phoneme = FindPhoneme(text.substr(0, length), language))

@@ -10,7 +10,8 @@ struct RecordedPerson {
     int program;
     const char* bank; ///< the name of its file, without ".bank"
     Tract tract;      ///< whose vowels are aimed at where the person's own language has none
-    float size;       ///< factor of the recording's frequencies: below 1 the larynx is lower than when speaking
+    float size; ///< factor of the recording's frequencies in its own language: below 1 the larynx is lower than when
+                ///< speaking
 };
 
 /// Finds the banks, in the folder "rve" beside this library, and maps them, once in a process; one line on the error

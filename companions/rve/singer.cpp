@@ -116,6 +116,7 @@ void Singer::Reset() {
     m_program = 0;
     m_currentStart = -1;
     m_vowel = nullptr;
+    m_isJapanese = false;
     m_pitch.Reset();
     m_gain = m_voicing = m_aspiration = m_noise = {};
     m_voicingNow = m_aspirationNow = m_noiseNow = m_breathNow = 0;
@@ -221,8 +222,11 @@ const Segment* Singer::FindNext(const Segment& segment) const {
 
 void Singer::BeginSegment(const Segment& segment) {
     m_currentStart = segment.start;
-    if (const Phoneme* const nucleus = NucleusOf(segment))
+    if (const Phoneme* const nucleus = NucleusOf(segment)) {
         m_vowel = nucleus;
+        if (IsVowel(*nucleus))
+            m_isJapanese = IsJapaneseVowel(*nucleus);
+    }
 }
 
 /// Out of silence every sound begins alike, wherever the song was begun: nothing of the one before is left to be heard.
@@ -439,7 +443,8 @@ void Singer::MovePerson(const Segment* segment, Time now, float f0, float effort
         colour.width[f] = sharpness * Exp2(VoiceControl(i * 3 + 1));
         colour.decibels[f] = 12 * VoiceControl(i * 3 + 2);
     }
-    colour.size = m_person->size * Exp2(0.25F * VoiceControl(16));
+    // Another language's vowels are aimed at where they lie, so that the tract stays as it was recorded.
+    colour.size = (m_isJapanese ? 1 : m_person->size) * Exp2(0.25F * VoiceControl(16));
     colour.tilt = kEffortTilt * effortDb + kHarmonicsTilt * VoiceControl(12);
     colour.breath = VoiceControl(13) < 0 ? 1 + VoiceControl(13) : 1 + 7 * VoiceControl(13);
     colour.hiss = FromDb(6 * VoiceControl(15));
