@@ -14,6 +14,8 @@ public:
     DWORD GetSize() const { return m_size; }
     /// False when 32 bits of size or the memory run out; a part may then have been added.
     bool Append(const BYTE* bytes, DWORD count) {
+        if (!count)
+            return true; // and there may be none to look at
         const DWORD at = m_size % kBlock;
         if (at == 0 || count > kBlock - at)
             return AppendAcross(bytes, count);
