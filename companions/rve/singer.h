@@ -75,9 +75,9 @@ private:
     int m_program = 0;
 
     bool m_isFirstTick = false; ///< of a sound out of silence
+    bool m_isJapanese = false;  ///< by the last vowel
     Time m_currentStart = -1;   ///< identifies the segment that was begun
     const Phoneme* m_vowel = nullptr;
-    bool m_isJapanese = false; ///< by the last vowel
     PitchLine m_pitch;
 
     Smoothed m_gain, m_voicing, m_aspiration, m_noise;
