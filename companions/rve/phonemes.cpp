@@ -215,7 +215,7 @@ const Phoneme* FindPhoneme(std::string_view symbol, int language) {
 }
 
 bool IsJapaneseVowel(const Phoneme& phoneme) {
-    return IsVowel(phoneme) && FindPhoneme(phoneme.symbol, RVE_JAPANESE) == &phoneme;
+    return IsVowel(phoneme) && FindIn(kJapanese, phoneme.symbol) == &phoneme;
 }
 
 const Phoneme* FindLongest(std::string_view text, int language, size_t& length) {

@@ -49,7 +49,7 @@ float NaturalLength(const Phoneme& phoneme, bool afterVowel);
 
 /// The symbol as the language has it, else as the other one does; null for an unknown symbol.
 const Phoneme* FindPhoneme(std::string_view symbol, int language);
-/// Whether it is a vowel that English has otherwise.
+/// Whether it is a vowel of Japanese, not what English has for the same symbol.
 bool IsJapaneseVowel(const Phoneme& phoneme);
 /// The longest symbol that the text begins with; null when there is none.
 const Phoneme* FindLongest(std::string_view text, int language, size_t& length);

@@ -56,6 +56,8 @@ TEST_CASE("buffer: what it refuses leaves it as it was") {
     }
     CHECK(buffer.InsertEventAt(0x7FFFFFFF, &byte, 1, 0, 1) == 1);
     CHECK(Values{buffer.ReadEvent(buffer.GetDataSize(), &read, 1), buffer.ReadEvent(0, nullptr, 1)} == "0 0");
+    BYTE more[2];
+    CHECK(buffer.ReadEvent(buffer.GetDataSize() - 1, more, sizeof more) == 1);
 }
 
 TEST_CASE("buffer: copies share what is stored, and the last one frees it") {

@@ -150,6 +150,27 @@ TEST_CASE("persons: what ends a held note is longer than it is spoken") {
     }
 }
 
+TEST_CASE(
+    "persons: the woman sings English with a longer tract than she was recorded with, Japanese does not move her") {
+    for (const int program : Persons()) {
+        CAPTURE(program);
+        const auto centre = [program](int language, const char* phonemes) {
+            Stream stream = By(program, language);
+            stream.Note({.note = 57, .startMs = 400, .phonemes = phonemes});
+            const auto hiss = Part(Sing(stream), 310, 360);
+            double weighted = 0, sum = 0;
+            for (double hz = 2000; hz < 9000; hz += 250) {
+                const double level = Band(hiss, hz, hz + 250);
+                weighted += level * level * hz;
+                sum += level * level;
+            }
+            return weighted / sum;
+        };
+        const double size = program == kWoman ? 0.88 : 1;
+        CHECK(centre(1, "s V") / centre(0, "s a") == doctest::Approx(size).epsilon(0.04));
+    }
+}
+
 TEST_CASE("persons: a breath is louder than an h of its length, and softer than the vowel") {
     for (const int program : Persons()) {
         CAPTURE(program);
