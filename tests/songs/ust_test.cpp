@@ -29,7 +29,8 @@ TEST_CASE("UST: notes, rests, syllables and tempos") {
         Read("[#VERSION]\r\nUST Version1.2\r\n[#SETTING]\r\nTempo=90,00\r\nProjectName=Song\r\n" + Section("ka") +
              Section("R") + Section("a ka", "Length=240\r\nNoteNum=62\r\nIntensity=50\r\n") +
              Section("+", "Length=240\r\nNoteNum=64\r\nTempo=180\r\nPBS=-1\r\n") + Section("sing") +
-             Section("lost", "Length=0\r\nNoteNum=60\r\n") + Section("a R") + "[#TRACKEND]\r\n");
+             Section("lost", "Length=0\r\nNoteNum=60\r\n") +
+             Section("a R", "Length=480\r\nNoteNum=60\r\nTempo=500000\r\n") + "[#TRACKEND]\r\n");
     CHECK(NotesOf(song) == "0+480 60 ka, 960+240 62 ka, 1200+240 64 ~, 1440+480 60 sing, ");
     CHECK(song.title == "Song");
     CHECK(song.parts[0].notes[0].velocity == 80);
@@ -38,6 +39,7 @@ TEST_CASE("UST: notes, rests, syllables and tempos") {
     CHECK(song.tempos[0].microsecondsPerQuarter == 666667);
     CHECK(song.tempos[1].tick == 1200);
     CHECK(song.remarks == std::vector<std::string>{"curves of pitch and loudness within notes are left out",
+                                                   "a tempo that is not from 4 to 3000 quarters a minute is left out",
                                                    "1 note has no length or key that can be read and is left out: "
                                                    "[#0000]"});
 }
@@ -53,8 +55,8 @@ TEST_CASE("UST: the words' encoding is named, seen or given") {
         wide += {c, '\0'};
     CHECK(NotesOf(Read(wide)) == "0+480 60 ka, ");
     // What is behind the kana names a recording, and a breath is a rest.
-    CHECK(NotesOf(Read("[#SETTING]\n" + Section("a " + ka + "_C4") + Section("\xE6\x81\xAF"))) ==
-          "0+480 60 " + ka + ", ");
+    CHECK(NotesOf(Read("[#SETTING]\n" + Section("a @" + ka + "\xE5\xBC\xB7_C4") + Section("br") +
+                       Section("\xE6\x81\xAF"))) == "0+480 60 " + ka + ", ");
 }
 
 TEST_CASE("UST: what makes no sense is left out") {

@@ -59,6 +59,15 @@ TEST_CASE("given words: each syllable on its note, too many and too few told in 
         {"Hel-lo night[n  aI t],\nev~er", "1111", "Hel- lo night, + n aI t ev er", {}},
         {"a b c", "....", "a b . c", {"A: sings the words of S, with which it moves"}},
         {"a b c", "1.11", "a . b c", {}},
+        {"[Verse 1]\n1. a\n2. x\n[Chorus]\ny",
+         "1111",
+         "a|x |y . .",
+         {"S, A: w.txt has 2 syllables too few: from bar 1 on the vowel before goes on",
+          "S, A: w.txt has 3 syllables too few: from bar 1 on the vowel before goes on"}},
+        {"Verse 1:\nRefrain: a b\n(Coda)\nBridge c d",
+         "1111",
+         "a b Bridge c",
+         {"S, A: w.txt has 1 syllable too many, from \"d\" in line 4 on: left out"}},
         {"a b c", "2.22", "a . b c", {}}, // the places are the verse's that there is
         {"glo__ - ri -- a __",
          "1111",
@@ -76,8 +85,12 @@ TEST_CASE("given words: each syllable on its note, too many and too few told in 
         Song song;
         song.parts = {PartOf("S", row.old), PartOf("A", row.old)};
         CompleteSong(song);
+        song.parts[0].wordsAreUndivided = true;
         SetWords(song, WordsOf(row.words), "w.txt");
+        CHECK_FALSE(song.parts[0].wordsAreUndivided);
         CHECK(Shown(song.parts[0]) == row.sung);
+        if (!row.words.starts_with("[A]"))
+            CHECK(Shown(song.parts[1]) == row.sung);
         if (row.words[0] != '1')
             CHECK(song.remarks == row.remarks);
     }
@@ -123,11 +136,11 @@ TEST_CASE("phonemes by hand: taken from the text, spread over the notes that go 
 
 TEST_CASE("words without hyphens and blanks are put together as a language has them") {
     const auto know = [](const std::string& word) {
-        for (const char* const common : {"the", "me", "in", "to", "there", "mother", "an"})
+        for (const char* const common : {"the", "me", "in", "to", "there", "mother", "an", "up", "on"})
             if (word == common)
                 return WordKnowledge::Common;
         for (const char* const known :
-             {"redeemer", "deem", "er", "moth", "theme", "into", "angels", "gels", "together"})
+             {"redeemer", "deem", "er", "moth", "theme", "into", "angels", "gels", "together", "upon"})
             if (word == known)
                 return WordKnowledge::Known;
         return WordKnowledge::Unknown;
@@ -138,6 +151,7 @@ TEST_CASE("words without hyphens and blanks are put together as a language has t
     } rows[] = {
         {{"the", "re", "deem", "er"}, "the re- deem- er"}, // not "there deem er"
         {{"the", "me", "in", "to"}, "the me in to"},
+        {{"up", "on", "the", "up,", "on"}, "up- on the up, on"},
         {{"Moth", "er", "an", "gels"}, "Moth- er an- gels"},
         {{"moth,", "er"}, "moth, er"},
         {{"to", "geth", "er", "xyz"}, "to- geth- er xyz"},

@@ -15,6 +15,7 @@ struct Expressions {
     DWORD release = 0;
     /// @}
     DWORD transition = 0; ///< where a note goes on into the next
+    DWORD slide = 0;      ///< where it glides slowly into the next
     DWORD vibrato = 0;    ///< 0 for none
 };
 

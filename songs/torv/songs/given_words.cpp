@@ -2,6 +2,7 @@
 
 #include "torv/songs/hand_phonemes.h"
 #include "torv/songs/input_file.h"
+#include "torv/songs/lyric_text.h"
 #include "torv/songs/nearest_names.h"
 #include "torv/songs/number_text.h"
 #include "torv/songs/song_error.h"
@@ -87,6 +88,8 @@ private:
             rest.remove_prefix(digits + 1);
             m_wordGoesOn = false;
         }
+        const std::string words = IsHeading(rest) ? std::string() : WithoutHeading(rest);
+        rest = words;
         while (!rest.empty())
             ReadToken(TakeToken(rest));
     }
@@ -265,10 +268,36 @@ private:
     std::map<std::string, std::string> m_told; ///< what, and the parts that it is told of
 };
 
-size_t FindPart(const Song& song, const GivenWords& words, const std::string& source) {
+std::vector<std::string> NamesOfParts(const Song& song) {
     std::vector<std::string> names;
     for (const Part& part : song.parts)
         names.push_back(part.name);
+    return names;
+}
+
+/// "[Chorus]" is no part's name where no part is called so: the words before go on, in the verse where they were.
+std::vector<GivenWords> WithoutHeadings(const Song& song, const std::vector<GivenWords>& given) {
+    const std::vector<std::string> names = NamesOfParts(song);
+    std::vector<GivenWords> words;
+    for (const GivenWords& each : given) {
+        if (each.part.empty() || !IsHeading(each.part) || FindName(names, each.part)) {
+            words.push_back(each);
+            continue;
+        }
+        if (words.empty())
+            words.emplace_back();
+        std::vector<GivenSyllable>& all = words.back().syllables;
+        const int verse = all.empty() ? 1 : all.back().word.verse;
+        for (GivenSyllable syllable : each.syllables) {
+            syllable.word.verse = std::max(syllable.word.verse, verse);
+            all.push_back(std::move(syllable));
+        }
+    }
+    return words;
+}
+
+size_t FindPart(const Song& song, const GivenWords& words, const std::string& source) {
+    const std::vector<std::string> names = NamesOfParts(song);
     if (const auto found = FindName(names, words.part))
         return *found;
     if (const int number = WholeNumberOf(words.part, 0); number > 0 && static_cast<size_t>(number) <= names.size())
@@ -307,7 +336,7 @@ std::vector<GivenWords> ReadWordsFile(const std::string& path, const ReadOptions
     return ReadWords(ReadInputFile(path, kLargestText + 1), path, options);
 }
 
-void SetWords(Song& song, const std::vector<GivenWords>& words, const std::string& source,
+void SetWords(Song& song, const std::vector<GivenWords>& given, const std::string& source,
               const std::vector<size_t>& chosen) {
     if (song.parts.empty())
         return;
@@ -319,6 +348,7 @@ void SetWords(Song& song, const std::vector<GivenWords>& words, const std::strin
     if (!hadWords)
         others = chosen;
     WordsSetter setter(song, source);
+    const std::vector<GivenWords> words = WithoutHeadings(song, given);
     for (const GivenWords& each : words) {
         if (each.part.empty())
             continue;

@@ -1,5 +1,7 @@
 #include "torv/songs/lyric_line.h"
 
+#include "torv/songs/lyric_text.h"
+
 #include <algorithm>
 #include <cctype>
 #include <map>
@@ -33,8 +35,8 @@ RawSyllable Strip(uint32_t tick, std::string text) {
     size_t end = text.size();
     while (end > begin && (IsBlank(text[end - 1]) || IsLineMark(text[end - 1])))
         --end;
-    RawSyllable syllable{tick, text.substr(begin, end - begin), begin > 0, end < text.size()};
-    return syllable;
+    const std::string sung = WithoutNumber(WithoutHeading(std::string_view(text).substr(begin, end - begin)));
+    return {tick, sung, begin > 0, end < text.size()};
 }
 
 void ReplaceAll(std::string& text, std::string_view what, std::string_view with) {
@@ -54,7 +56,7 @@ Syllable Resolve(const RawSyllable& raw) {
     if (syllable.prolongs)
         return syllable;
     Word& word = syllable.word;
-    std::string text = raw.text;
+    std::string text = WithPlainHyphens(raw.text);
     while (text.size() > 1 && (text.back() == '_' || text.back() == '~' || text.back() == '=' || text.back() == '+' ||
                                (text.back() == '-' && text[text.size() - 2] == '-'))) {
         word.extends |= text.back() == '_';
@@ -92,12 +94,36 @@ std::vector<std::vector<const MidiText*>> PartVerses(const std::vector<const Mid
     return verses;
 }
 
+/// How many texts from one on are together a heading in brackets, which may be written word by word.
+size_t CountHeading(const std::vector<std::string>& texts, size_t from) {
+    constexpr size_t kMostTexts = 4;
+    const size_t begin = texts[from].find_first_not_of(" /\\\r\n");
+    if (begin == std::string::npos || (texts[from][begin] != '(' && texts[from][begin] != '['))
+        return 0;
+    std::string all = texts[from].substr(begin);
+    for (size_t count = 1; count <= kMostTexts; ++count) {
+        if (all.find_first_of(")]") != std::string::npos)
+            return count > 1 && IsHeading(all) ? count : 0; // alone it is told by itself
+        if (from + count == texts.size())
+            break;
+        all += texts[from + count];
+    }
+    return 0;
+}
+
 /// The texts with what stood around them; a text of blanks and marks alone parts words.
 std::vector<RawSyllable> Strip(const std::vector<const MidiText*>& lyrics, const TextEncoding& encoding) {
     std::vector<RawSyllable> raw;
     bool blankBefore = true;
-    for (const MidiText* text : lyrics) {
-        RawSyllable syllable = Strip(text->tick, ToUtf8(text->bytes, encoding));
+    std::vector<std::string> texts;
+    texts.reserve(lyrics.size());
+    for (const MidiText* text : lyrics)
+        texts.push_back(ToUtf8(text->bytes, encoding));
+    size_t heading = 0; // how many of the next texts belong to one
+    for (size_t i = 0; i < texts.size(); ++i) {
+        heading = heading > 0 ? heading : CountHeading(texts, i);
+        RawSyllable syllable = Strip(lyrics[i]->tick, heading > 0 ? std::string() : texts[i]);
+        heading -= heading > 0 ? 1 : 0;
         if (syllable.text.empty()) {
             blankBefore = true;
             if (!raw.empty())

@@ -11,14 +11,15 @@ constexpr int kMostPasses = 32;
 
 class Player {
 public:
-    explicit Player(const std::vector<MeasureSigns>& written) : m_written(written), m_hasJumped(written.size()) {}
+    explicit Player(const std::vector<MeasureSigns>& written)
+        : m_written(written), m_hasJumped(written.size()), m_hasRepeated(written.size()) {}
 
     MeasureOrder Run() {
         std::vector<int> passes(m_written.size());
         while (m_at < m_written.size() && m_order.measures.size() < kMostMeasures) {
             const MeasureSigns& signs = m_written[m_at];
-            if (signs.repeatForward && m_repeat != m_at)
-                BeginRepeat(m_at);
+            if (signs.repeatForward && (m_repeat != m_at || !m_isRepeatMarked))
+                BeginRepeat(m_at, true);
             const int endings = signs.endings.empty() ? 0 : LastEnding(m_at);
             const int ending = m_isAfterJump ? endings : std::min(m_pass, endings);
             if (endings > 0 && !IsFor(signs, m_isAfterJump ? endings : m_pass)) {
@@ -47,24 +48,31 @@ private:
             last = std::max(last, *std::max_element(m_written[at].endings.begin(), m_written[at].endings.end()));
         return std::min(last, kMostPasses);
     }
-    void BeginRepeat(size_t at) {
+    void BeginRepeat(size_t at, bool isMarked) {
         m_repeat = at;
+        m_isRepeatMarked = isMarked;
         m_pass = 1;
+    }
+    /// A later end without a start of its own leads back to the last start, past ends that are not taken again; in a
+    /// song without starts to the end before.
+    void EndRepeat() {
+        m_hasRepeated[m_at] = true;
+        BeginRepeat(m_isRepeatMarked ? m_repeat : m_at + 1, m_isRepeatMarked);
     }
     /// Whether the way leads somewhere else than to the next measure.
     bool Leave(const MeasureSigns& signs) {
         if (m_isAfterJump && !signs.toCoda.empty() && Jump(signs.toCoda, &MeasureSigns::coda, m_at + 1, "to a coda"))
             return true;
-        if (signs.repeatBackward && !m_isAfterJump) {
+        if (signs.repeatBackward && !m_isAfterJump && !m_hasRepeated[m_at]) {
             const int times = signs.endings.empty() ? signs.repeatBackward : LastEnding(m_at);
             if (m_pass < std::min(times, kMostPasses)) {
                 ++m_pass;
                 m_at = m_repeat;
                 return true;
             }
-            BeginRepeat(m_at + 1);
+            EndRepeat();
         } else if (signs.endingStops && m_pass >= LastEnding(m_at)) {
-            BeginRepeat(m_at + 1);
+            BeginRepeat(m_at + 1, false);
         }
         if (m_hasJumped[m_at] || (!signs.daCapo && signs.dalSegno.empty()))
             return false;
@@ -90,10 +98,12 @@ private:
 
     const std::vector<MeasureSigns>& m_written;
     std::vector<bool> m_hasJumped;
+    std::vector<bool> m_hasRepeated; ///< as often as it says
     MeasureOrder m_order;
     size_t m_at = 0;
     size_t m_repeat = 0; ///< where the passage at hand began
     int m_pass = 1;
+    bool m_isRepeatMarked = false; ///< with a sign
     bool m_isAfterJump = false;
 };
 

@@ -14,6 +14,7 @@ void MidiChannel::End(uint32_t tick, int key) {
     if (open.empty())
         return;
     MidiNote& note = notes[open.front()];
+    zeroLengths += tick == note.tick ? 1 : 0;
     note.length = std::max<uint32_t>(1, tick - note.tick);
     open.pop_front();
 }

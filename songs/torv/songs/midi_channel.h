@@ -13,6 +13,7 @@ struct MidiChannel {
     std::vector<Controller> controllers;
     std::vector<PitchBend> bends;
     int program = -1;
+    size_t zeroLengths = 0; ///< notes that end where they begin: they have a tick
 
     void Start(uint32_t tick, int key, int velocity);
     /// Ends the oldest note of the key that still sounds.

@@ -103,6 +103,8 @@ public:
     Reader(const TickScale& scale, MidiData& data) : m_scale(scale), m_data(data) {}
 
     void ReadTrack(size_t number, Bytes bytes);
+    /// The tracks after this one begin where those before end.
+    void BeginPattern() { m_trackBegin = m_lastClock; }
     /// What stands in the track of any number.
     void TakeSongEvents();
 
@@ -116,6 +118,9 @@ private:
     MidiData& m_data;
     size_t m_events = 0;
     size_t m_texts = 0;
+    size_t m_zeroLengths = 0;
+    uint64_t m_trackBegin = 0; ///< in the file's ticks, as the next
+    uint64_t m_lastClock = 0;  ///< of all tracks
     std::map<uint32_t, uint32_t> m_tempos;
     std::map<uint32_t, Meter> m_meters;
     std::map<uint32_t, KeySignature> m_keys;
@@ -185,8 +190,8 @@ void Reader::ReadTrack(size_t number, Bytes bytes) {
     parser.SeekToBegin();
     bool isWhole = true;
     bool hasEnded = false;
-    uint64_t clock = 0;
-    uint32_t tick = 0;
+    uint64_t clock = m_trackBegin;
+    uint32_t tick = m_scale(clock);
     tagEvent event;
     while (isWhole && !hasEnded && parser.GetEvent(&event)) {
         clock += event.delta;
@@ -200,6 +205,7 @@ void Reader::ReadTrack(size_t number, Bytes bytes) {
     if (!hasEnded && (!isWhole || (parser.GetState()->flags & torv::kMidiTrackError)))
         m_data.remarks.push_back("track " + std::to_string(number) + " is broken after tick " + std::to_string(clock) +
                                  ": what stands before is taken");
+    m_lastClock = std::max(m_lastClock, clock);
     m_data.end = std::max(m_data.end, tick);
     AddTracks(std::move(track), channels, tick);
 }
@@ -212,6 +218,7 @@ void Reader::AddTracks(MidiTrack track, std::array<MidiChannel, 16>& channels, u
         if (channel.notes.empty())
             continue;
         channel.EndAll(end);
+        m_zeroLengths += i == kPercussionChannel ? 0 : channel.zeroLengths;
         std::stable_sort(channel.notes.begin(), channel.notes.end(), [](const MidiNote& a, const MidiNote& b) {
             return a.tick != b.tick ? a.tick < b.tick : a.key < b.key;
         });
@@ -239,6 +246,10 @@ void Reader::TakeSongEvents() {
     if (m_texts > kMostTexts)
         m_data.remarks.push_back("has " + std::to_string(m_texts) + " texts, of which the first " +
                                  std::to_string(kMostTexts) + " are taken");
+    if (m_zeroLengths > 0)
+        m_data.remarks.push_back(m_zeroLengths == 1 ? "1 note ends where it begins and is hardly heard"
+                                                    : std::to_string(m_zeroLengths) +
+                                                          " notes end where they begin and are hardly heard");
     if (m_scale.IsSmpte())
         m_tempos = {{0, kMillisecondTempo}};
     for (const auto& [tick, tempo] : m_tempos)
@@ -272,11 +283,15 @@ void ReadTracks(Bytes bytes, size_t at, uint64_t expected, Reader& reader, MidiD
             if (size > rest)
                 data.remarks.push_back("cut short inside track " + std::to_string(found + 1) + ": it lacks " +
                                        std::to_string(size - rest) + " bytes");
+            if (data.format == 2)
+                reader.BeginPattern();
             reader.ReadTrack(static_cast<size_t>(++found), bytes.subspan(begin, end - begin));
         }
         const bool isChunkNext = bytes.size() - end < kChunkHeader || IsChunkName(bytes.subspan(end, 4));
         at = isChunkNext ? end : FindTrack(bytes, end);
     }
+    if (data.format == 2 && found > 1)
+        data.remarks.push_back("is of format 2: its " + std::to_string(found) + " patterns follow one after the other");
     if (found != expected)
         data.remarks.push_back("has " + std::to_string(found) + (found == 1 ? " track" : " tracks") +
                                ", and its header says " + std::to_string(expected));
@@ -296,8 +311,8 @@ MidiData ReadMidiData(Bytes bytes) {
         bytes.size() - kChunkHeader < BigEndian(bytes, 4, 4))
         throw SongError("the MIDI header is cut short; export the file again");
     const uint64_t format = BigEndian(bytes, 8, 2);
-    if (format > 1)
-        throw SongError("format " + std::to_string(format) + " holds patterns, not one song: save it as format 0 or 1");
+    if (format > 2)
+        throw SongError("format " + std::to_string(format) + " is none of MIDI's three: save it as format 0 or 1");
     const auto division = static_cast<unsigned>(BigEndian(bytes, 12, 2));
     const TickScale scale(division);
     MidiData data;

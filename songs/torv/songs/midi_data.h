@@ -37,7 +37,7 @@ struct MidiTrack {
     std::map<int, size_t> engineBlocks;  ///< how many of each the engine's stream has, by number 0x50..0x67
 };
 
-/// What a standard MIDI file of format 0 or 1 holds, with every time in ticks of 480 to a quarter note. A file whose
+/// What a standard MIDI file holds, with every time in ticks of 480 to a quarter note. A file whose
 /// division is in SMPTE frames has a tempo of its own making: one tick a millisecond. Tempos, meters and keys are
 /// sorted by tick, one a tick; notes by tick, then key; texts by tick, in file order.
 struct MidiData {
@@ -50,7 +50,7 @@ struct MidiData {
     /// @}
     std::vector<std::string> remarks; ///< how the file is damaged; what is whole before that is here
     uint32_t end = 0;                 ///< tick of the last event
-    int format = 0;                   ///< 0 or 1
+    int format = 0;                   ///< 0, 1, or 2: then each track begins where the one before ends
     int division = 0;                 ///< as the header has it; ticks to a quarter note, or above 0x8000 SMPTE frames
 
     /// Whether the file counts in frames.

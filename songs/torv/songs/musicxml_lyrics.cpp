@@ -1,5 +1,6 @@
 #include "torv/songs/musicxml_lyrics.h"
 
+#include "torv/songs/lyric_text.h"
 #include "torv/songs/number_text.h"
 
 #include <algorithm>
@@ -12,17 +13,9 @@ namespace {
 constexpr const char* kHum = "mm";
 constexpr std::string_view kTie = "\xE2\x80\xBF"; // an elision within a text
 
-/// Without a verse's number in front, which some programs put into the first syllable.
-std::string WithoutNumber(std::string text) {
-    const size_t end = text.find_first_not_of("0123456789");
-    if (end == 0 || end == std::string::npos || (text[end] != '.' && text[end] != ')'))
-        return text;
-    const size_t begin = text.find_first_not_of(" \xC2\xA0", end + 1);
-    return begin == std::string::npos ? text : text.substr(begin);
-}
-
 /// Moves the hyphens and lines that stand around a syllable, as a MIDI file had it, into what they mean.
 void TakeHyphens(Word& word) {
+    word.text = WithPlainHyphens(word.text);
     while (word.text.size() > 1 && (word.text.ends_with('-') || word.text.ends_with('_'))) {
         (word.text.back() == '-' ? word.hyphenAfter : word.extends) = true;
         word.text.pop_back();
@@ -80,7 +73,7 @@ void LyricReader::Read(XmlElement lyric, std::vector<WrittenWord>& words) {
             ++m_laughs;
         }
     }
-    word.text = WithoutNumber(std::move(word.text));
+    word.text = WithoutNumber(WithoutHeading(word.text));
     word.hyphenBefore = firstSyllabic == "middle" || firstSyllabic == "end";
     word.hyphenAfter = lastSyllabic == "begin" || lastSyllabic == "middle";
     TakeHyphens(word);

@@ -14,6 +14,7 @@ namespace torv::songs::musicxml {
 namespace {
 
 constexpr double kMostQuarters = 100000; // of one duration: what no song has
+constexpr double kFastest = 3000;        // quarters a minute
 constexpr int kNamedVoices = 1000;       // voices without a number are counted from here
 
 std::string InLowerCase(std::string_view text) {
@@ -240,8 +241,9 @@ private:
                 written.tieStops = written.tieStops || child.Attribute("type") == "stop";
             } else if (name == "fermata") {
                 written.note.fermata = true;
-            } else if (name == "ornaments" ||
-                       ((name == "slide" || name == "glissando") && child.Attribute("type") == "start")) {
+            } else if (name == "slide" || name == "glissando") {
+                written.note.slides = written.note.slides || child.Attribute("type") == "start";
+            } else if (name == "ornaments") {
                 ++m_part.ornaments;
             } else if (name == "articulations") {
                 ReadArticulations(child, written.note);
@@ -289,7 +291,7 @@ private:
                 } else if (name == "coda") {
                     hasCodaSign = sound.Attribute("coda").empty();
                 } else if (name == "words") {
-                    isToCoda = ReadWords(InLowerCase(mark.Text()), sound) || isToCoda;
+                    isToCoda = ReadWords(InLowerCase(mark.Text()), sound, Whole(onset)) || isToCoda;
                 }
             }
         }
@@ -315,10 +317,14 @@ private:
     }
 
     /// Whether they say "To Coda". Words are looked at where no sound tells what they mean.
-    bool ReadWords(const std::string& words, XmlElement sound) {
+    bool ReadWords(const std::string& words, XmlElement sound, uint32_t onset) {
         MeasureSigns& signs = m_measure->signs;
         for (const char* const change : {"rit", "rall", "accel", "string"})
             m_part.hasTempoWords = m_part.hasTempoWords || words.starts_with(change);
+        if (!sound.Has("swing") && (words.starts_with("swing") || words.ends_with(" swing"))) {
+            AddSwing(onset, kTicksPerQuarter / 2.0, 2.0 / 3);
+            m_part.hasSwingWords = true;
+        }
         if (words.find("to coda") == 0) {
             signs.toCoda = kPlainLabel;
             return true;
@@ -337,9 +343,33 @@ private:
     }
 
     void AddMetronome(const Metronome& metronome, uint32_t onset) {
-        m_part.hasSwing |= metronome.isSwing;
-        if (metronome.quartersPerMinute > 0 || metronome.speed > 0)
-            m_measure->tempos.push_back({onset, metronome.quartersPerMinute, metronome.speed});
+        if (metronome.swing > 0)
+            AddSwing(onset, metronome.swingUnit * kTicksPerQuarter, metronome.swing);
+        else if (metronome.quartersPerMinute > 0)
+            AddTempo(onset, metronome.quartersPerMinute);
+        else if (metronome.speed > 0)
+            m_measure->tempos.push_back({onset, 0, metronome.speed});
+    }
+
+    void AddTempo(uint32_t onset, double quartersPerMinute) {
+        if (quartersPerMinute > kFastest)
+            ++m_part.oddTempos;
+        else
+            m_measure->tempos.push_back({onset, quartersPerMinute, 0});
+    }
+
+    void AddSwing(uint32_t onset, double unit, double share) {
+        m_measure->swings.push_back(
+            {onset, std::clamp(Whole(unit), 30U, kTicksPerQuarter), std::clamp(share, 0.5, 0.95)});
+    }
+
+    void ReadSwing(XmlElement swing, uint32_t onset) {
+        const double first = NumberOf(swing.Child("first").Text(), 1);
+        const double second = NumberOf(swing.Child("second").Text(), 1);
+        if (first > 0 && second > 0)
+            AddSwing(onset,
+                     swing.Child("swing-type").Text() == "16th" ? kTicksPerQuarter / 4.0 : kTicksPerQuarter / 2.0,
+                     first / (first + second));
     }
 
     void ReadSound(XmlElement sound, double onset) {
@@ -355,9 +385,10 @@ private:
         signs.daCapo = signs.daCapo || sound.Attribute("dacapo") == "yes";
         signs.fine = signs.fine || !sound.Attribute("fine").empty();
         signs.repeatForward = signs.repeatForward || sound.Attribute("forward-repeat") == "yes";
-        m_part.hasSwing |= sound.Child("swing").Has("first");
+        if (const XmlElement swing = sound.Child("swing"))
+            ReadSwing(swing, Whole(onset));
         if (const double tempo = NumberOf(sound.Attribute("tempo"), 0); tempo > 0)
-            m_measure->tempos.push_back({Whole(onset), tempo, 0});
+            AddTempo(Whole(onset), tempo);
     }
 
     void ReadBarline(XmlElement barline) {

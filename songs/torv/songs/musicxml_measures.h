@@ -50,6 +50,13 @@ struct TempoMark {
     double speed = 0;             ///< how many times as fast as before
 };
 
+/// From somewhere in a measure on notes of one length are sung in unequal pairs.
+struct Swing {
+    uint32_t onset = 0;
+    uint32_t unit = kTicksPerQuarter / 2; ///< ticks of each as it is written
+    double share = 0.5;                   ///< of the pair's time that the first has
+};
+
 /// What stands over a staff.
 struct StaffMarks {
     std::vector<std::pair<uint32_t, std::string>> levels; ///< onset and dynamic
@@ -64,6 +71,7 @@ struct WrittenMeasure {
     std::optional<Meter> meter; ///< that begins here
     std::optional<KeySignature> key;
     std::vector<TempoMark> tempos;
+    std::vector<Swing> swings;
     std::vector<Hold> holds;                            ///< from the measure's beginning
     std::map<VoiceId, std::vector<WrittenNote>> voices; ///< by onset; chord notes and the main note of graces follow
     std::map<int, StaffMarks> staves;
@@ -76,10 +84,11 @@ struct WrittenPart {
     bool hasWords = false;            ///< under any note
     size_t unpitched = 0;             ///< notes without a pitch among others, left out
     size_t cues = 0;                  ///< small notes of another part, left out
-    size_t ornaments = 0;             ///< trills, slides and the like, left out
+    size_t ornaments = 0;             ///< trills and the like, left out
+    size_t oddTempos = 0;             ///< that no song has, left out
     size_t laughs = 0;                ///< in place of words, left out
     bool hasTempoWords = false;       ///< "rit." and the like
-    bool hasSwing = false;            ///< notes are to be played otherwise than they are written
+    bool hasSwingWords = false;       ///< which alone say that notes are sung in unequal pairs
     std::string language;             ///< of the words
 };
 

@@ -25,16 +25,18 @@ double LengthOfType(std::string_view type) {
 /// One side of an equation: the notes that are tied or beamed to one length.
 struct Side {
     double quarters = 0;
-    double dot = 0; ///< what the next dot adds
+    double first = 0; ///< of the first note
+    double dot = 0;   ///< what the next dot adds
     int notes = 0;
 
     void Add(double length) {
         quarters += length;
         dot = length / 2;
-        ++notes;
+        first += ++notes == 1 ? length : 0;
     }
     void AddDot() {
         quarters += dot;
+        first += notes == 1 ? dot : 0;
         dot /= 2;
     }
 };
@@ -65,7 +67,10 @@ public:
         metronome.quartersPerMinute = perMinute * m_left.quarters;
         if (m_right.quarters > 0 && m_left.quarters > 0)
             metronome.speed = m_right.quarters / m_left.quarters;
-        metronome.isSwing = std::abs(metronome.speed - 1) < 0.001 && m_left.notes + m_right.notes > 2;
+        if (std::abs(metronome.speed - 1) < 0.001 && m_left.notes == 2 && m_right.notes == 2) {
+            metronome.swing = m_right.first / m_right.quarters;
+            metronome.swingUnit = m_left.quarters / 2;
+        }
         return metronome;
     }
 

@@ -8,7 +8,8 @@ namespace torv::songs::musicxml {
 struct Metronome {
     double quartersPerMinute = 0; ///< 0: it names none
     double speed = 0;             ///< "quarter = eighth": how many times as fast as before; 0: it does not say so
-    bool isSwing = false;         ///< how notes are played that are written otherwise, not a tempo
+    double swing = 0;             ///< of two notes that are written alike the share that the first has; 0: no swing
+    double swingUnit = 0;         ///< quarters of each as it is written
 };
 
 /// Of "old = new" the left side is what lasted so long before, and the right one lasts so long now.

@@ -1,5 +1,6 @@
 #include "torv/songs/musicxml_reader.h"
 
+#include "torv/songs/musicxml_swing.h"
 #include "torv/songs/musicxml_voices.h"
 #include "torv/songs/number_text.h"
 #include "torv/songs/part_names.h"
@@ -16,6 +17,7 @@ namespace {
 using namespace musicxml;
 
 constexpr size_t kLargestScore = 128U << 20; // bytes of a text, unpacked
+constexpr size_t kEnoughToTell = 4096;       // bytes; a comment that is longer may stand before a score
 constexpr size_t kMostNotes = 1000000;       // that sound: repeats of repeats must not fill the memory
 
 std::string TextOf(Bytes bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
@@ -227,9 +229,16 @@ void ReadHeader(XmlElement score, Song& song) {
     song.language = score.Child("defaults", "lyric-language").Attribute("xml:lang");
 }
 
+/// Some programs leave the usual place empty, or their own name there, and say elsewhere what stands on the page.
+std::string NameOf(XmlElement about) {
+    const std::string_view name = about.Child("part-name").Text();
+    const std::string_view shown = about.Child("part-name-display", "display-text").Text();
+    return std::string((name.empty() || name == "MusicXML Part") && !shown.empty() ? shown : name);
+}
+
 void AddParts(const ListedPart& scorePart, const WrittenPart& written, Voices voices, int track, Song& song) {
     const XmlElement about = scorePart.description;
-    const std::string name(about.Child("part-name").Text());
+    const std::string name = NameOf(about);
     const std::vector<std::string> names = NamesOfVoices(name, voices.parts.size());
     for (size_t i = 0; i < voices.parts.size(); ++i) {
         Part& part = voices.parts[i];
@@ -258,7 +267,8 @@ void Remark(const std::vector<WrittenPart>& parts, size_t lostGraces, Song& song
     size_t unpitched = 0;
     size_t laughs = 0;
     bool hasTempoWords = false;
-    bool hasSwing = false;
+    bool hasSwingWords = false;
+    size_t oddTempos = 0;
     bool hasSpeech = false;
     for (const WrittenPart& part : parts) {
         cues += part.cues;
@@ -266,7 +276,8 @@ void Remark(const std::vector<WrittenPart>& parts, size_t lostGraces, Song& song
         unpitched += part.unpitched;
         laughs += part.laughs;
         hasTempoWords |= part.hasTempoWords;
-        hasSwing |= part.hasSwing;
+        hasSwingWords |= part.hasSwingWords;
+        oddTempos += part.oddTempos;
         hasSpeech |= part.isPercussion && part.hasWords;
         if (song.language.empty())
             song.language = part.language;
@@ -284,8 +295,11 @@ void Remark(const std::vector<WrittenPart>& parts, size_t lostGraces, Song& song
         song.remarks.push_back(Counted(laughs, "laugh is", "laughs are") + " left out");
     if (hasSpeech)
         song.remarks.push_back("words on notes without a pitch are sung on one");
-    if (hasSwing)
-        song.remarks.push_back("swing is not followed: notes are as long as they are written");
+    if (hasSwingWords)
+        song.remarks.push_back("\"swing\" has no numbers: of two eighths the first is sung twice as long");
+    if (oddTempos)
+        song.remarks.push_back(Counted(oddTempos, "tempo", "tempos") + " above 3000 quarters a minute " +
+                               (oddTempos == 1 ? "is" : "are") + " left out");
     if (hasTempoWords)
         song.remarks.push_back("\"rit.\", \"accel.\" and the like have no number and are not followed");
 }
@@ -295,10 +309,15 @@ void Remark(const std::vector<WrittenPart>& parts, size_t lostGraces, Song& song
 bool IsMusicXml(Bytes bytes) {
     if (ZipArchive::IsArchive(bytes))
         return true;
-    std::string text = TextOf(bytes.first(std::min<size_t>(bytes.size(), 4096)));
+    std::string text = TextOf(bytes.first(std::min(bytes.size(), kEnoughToTell)));
     if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF"))
         text = Utf16ToUtf8(text);
-    return text.find("score-partwise") != std::string::npos || text.find("score-timewise") != std::string::npos;
+    std::string_view plain = text;
+    if (plain.starts_with("\xEF\xBB\xBF"))
+        plain.remove_prefix(3);
+    const auto root = XmlDocument::RootName(plain);
+    return plain.find("score-partwise") != plain.npos || plain.find("score-timewise") != plain.npos ||
+           (!root && plain.find('<') != plain.npos && bytes.size() >= kEnoughToTell);
 }
 
 Song ReadMusicXmlSong(Bytes bytes, const ReadOptions&) {
@@ -315,6 +334,7 @@ Song ReadMusicXmlSong(Bytes bytes, const ReadOptions&) {
     written.reserve(scoreParts.size());
     for (const ListedPart& part : scoreParts)
         written.push_back(ReadPart(part.measures));
+    PlaySwing(written);
     MeasureOrder order = UnfoldMeasures(SignsOf(written));
     song.remarks = std::move(order.remarks);
     size_t count = 0;

@@ -88,7 +88,7 @@ public:
             m_shift = SingGraces(note);
         note.tick += m_shift;
         note.length -= std::min(m_shift, note.length - 1);
-        note.slurred = !m_slurs.empty();
+        note.slurred = !m_slurs.empty() || note.slides;
         if (!(written.tieStops && Join(note, written)))
             Add(note, written);
     }
@@ -139,6 +139,7 @@ private:
         }
         first.length += note.length;
         first.slurred = note.slurred;
+        first.slides = note.slides;
         first.fermata = first.fermata || note.fermata;
         first.breathAfter = first.breathAfter || note.breathAfter;
         if (first.words.empty())

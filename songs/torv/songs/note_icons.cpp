@@ -11,7 +11,8 @@ constexpr DWORD kVibratoDelay = 350;        // milliseconds
 
 NoteIcons::NoteIcons(const Databases& databases, const Expressions& expressions, CCsqBuilder& builder)
     : m_databases(databases), m_builder(builder), m_vibrato(expressions.vibrato), m_attack(Attach(expressions.attack)),
-      m_release(Attach(expressions.release)), m_transition(Attach(expressions.transition)) {}
+      m_release(Attach(expressions.release)), m_transition(Attach(expressions.transition)),
+      m_slide(Attach(expressions.slide)) {}
 
 DWORD NoteIcons::Attach(DWORD id) {
     CIconObject* const icon = id ? m_databases.Manager().CreateIconObject(id) : nullptr;

@@ -17,6 +17,7 @@ public:
     DWORD Attack() const { return m_attack; }
     DWORD Release() const { return m_release; }
     DWORD Transition() const { return m_transition; }
+    DWORD Slide() const { return m_slide; }
     /// @}
     /// A vibrato that sets in late in a note of these ticks and milliseconds, with the ticks from the note's start to
     /// its own in `offset`; 0 for a note that is too short for it.
@@ -31,6 +32,7 @@ private:
     DWORD m_attack;
     DWORD m_release;
     DWORD m_transition;
+    DWORD m_slide;
 };
 
 } // namespace torv::songs

@@ -149,6 +149,7 @@ std::vector<SungNote> CutLongNotes(const std::vector<SungNote>& notes, CArray<ta
             SungNote piece = note;
             piece.tick = note.tick + at(i);
             piece.length = at(i + 1) - at(i);
+            piece.slides = note.slides && i + 1 == count;
             if (i > 0) {
                 piece.words.clear();
                 piece.joined = true;
@@ -255,7 +256,7 @@ ScorePart BuildPart(const Song& song, const PartPlan& plan, const Databases& dat
         record->noteAttribute = (note.joined ? kJoinedToPrevious : 0) | (joinsNext ? kJoinedToNext : 0);
         record->lyricHandle = torv::HandleOf(part.track->AttachLyricObject(lyric));
         record->noteHeadHandle = note.joined ? 0 : icons.Attack();
-        record->noteTailHandle = joinsNext ? icons.Transition() : icons.Release();
+        record->noteTailHandle = !joinsNext ? icons.Release() : note.slides ? icons.Slide() : icons.Transition();
         DWORD offset = 0;
         record->vibratoHandle = icons.Vibrato(note.length, milliseconds, offset);
         record->vibratoOffset = static_cast<LONG>(offset);

@@ -53,7 +53,7 @@ bool IsAllSigns(const std::string& syllable, int language) {
     for (const char* text = syllable.c_str(); *text; text = torv::NextChar932(text))
         if (!IsSign(text, language))
             return false;
-    return !syllable.empty();
+    return true;
 }
 
 const char* SyllableEnd(const char* text, int language) {
@@ -75,7 +75,7 @@ std::vector<std::string> CutIntoSyllables(const std::string& text, int language)
         const char* const end = *rest ? SyllableEnd(rest, language) : rest;
         std::string syllable(rest, end);
         syllable.erase(syllable.find_last_not_of(' ') + 1);
-        if (!IsAllSigns(syllable, language))
+        if (!syllable.empty() && !IsAllSigns(syllable, language))
             syllables.push_back(std::move(syllable));
         for (rest = end; *rest == ' ';)
             ++rest;

@@ -60,7 +60,7 @@ void AppendUtf8(std::string& out, char32_t c) {
     }
 }
 
-bool IsKana(char32_t c) { return (c >= 0x3041 && c <= 0x30FF) || (c >= 0xFF66 && c <= 0xFF9D); }
+bool IsKana(char32_t c) { return (c >= 0x3041 && c <= 0x30FF) || (c >= 0xFF66 && c <= 0xFF9F); }
 
 #ifdef _WIN32
 
@@ -175,12 +175,33 @@ constexpr const char* kExtendedLatin = "AaAaAaCcCcCcCcDdDdEeEeEeEeEeGgGgGgGgHhHh
                                        "WwYyYZzZzZzs";
 static_assert(std::char_traits<char>::length(kExtendedLatin) == 0x80);
 
+/// Whole alphabets that are written with the plain letters: each row's letters up to its last, in pairs of both cases.
+constexpr struct {
+    char32_t first;
+    char32_t last;
+    const char* letters;
+} kLatinRows[] = {{0x1A0, 0x1A1, "Oo"},   {0x1AF, 0x1B0, "Uu"},   {0x1CD, 0x1CE, "Aa"},   {0x1CF, 0x1D0, "Ii"},
+                  {0x1D1, 0x1D2, "Oo"},   {0x1D3, 0x1DC, "Uu"},   {0x218, 0x219, "Ss"},   {0x21A, 0x21B, "Tt"},
+                  {0x1EA0, 0x1EB7, "Aa"}, {0x1EB8, 0x1EC7, "Ee"}, {0x1EC8, 0x1ECB, "Ii"}, {0x1ECC, 0x1EE3, "Oo"},
+                  {0x1EE4, 0x1EF1, "Uu"}, {0x1EF2, 0x1EF9, "Yy"}};
+
+/// From U+FB00 on.
+constexpr const char* kLigatures[] = {"ff", "fi", "fl", "ffi", "ffl", "st", "st"};
+
 /// Empty for what is no Latin letter.
 std::string PlainLatin(char32_t c) {
+    for (const auto& row : kLatinRows)
+        if (c >= row.first && c <= row.last)
+            return std::string(1, row.letters[(c - row.first) % 2]);
+    if (c >= 0xFB00 && c - 0xFB00 < std::size(kLigatures))
+        return kLigatures[c - 0xFB00];
     switch (c) {
     case 0x132:
     case 0x133:
         return c == 0x132 ? "IJ" : "ij";
+    case 0x1FC:
+    case 0x1FD:
+        return c == 0x1FC ? "AE" : "ae";
     case 0x152:
     case 0x153:
         return c == 0x152 ? "OE" : "oe";
@@ -301,12 +322,16 @@ std::string Utf8ToCodePage932(std::string_view utf8) {
         const char32_t c = TakeCharacter(rest);
         if (c < 0x80) {
             out += static_cast<char>(c);
+        } else if ((c >= 0xFF10 && c <= 0xFF19) || (c >= 0xFF21 && c <= 0xFF3A) || (c >= 0xFF41 && c <= 0xFF5A)) {
+            out += static_cast<char>(c - 0xFEE0); // wide digits and letters
         } else if (const std::string plain = PlainLatin(c); !plain.empty()) {
             out += plain;
-        } else if (c == 0x2018 || c == 0x2019) {
+        } else if (c == 0x2018 || c == 0x2019 || c == 0x2BC || c == 0x2032 || c == 0xB4 || c == 0x201B) {
             out += '\'';
         } else if (c == 0x2010 || c == 0x2011 || c == 0x2013) {
             out += '-';
+        } else if (c == 0xA0 || c == 0x202F) { // hard blanks
+            out += ' ';
         } else if (c != kReplacement) {
             std::string character;
             AppendUtf8(character, c);

@@ -16,8 +16,9 @@ namespace {
 using std::string_view;
 
 constexpr size_t kLargestUst = 16U << 20; // bytes
-constexpr double kUsualIntensity = 100;   // of a note that names none
-constexpr const char* kAscii = "_0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz#-+";
+constexpr double kSlowest = 4;            // quarters a minute
+constexpr double kFastest = 3000;
+constexpr double kUsualIntensity = 100; // of a note that names none
 
 string_view TakeLine(string_view& text) {
     const size_t end = std::min(text.find_first_of("\r\n"), text.size());
@@ -64,14 +65,25 @@ std::string SyllableOf(const std::string& lyric) {
     const size_t blank = lyric.find(' ');
     const bool isPair =
         blank == 1 && (lyric[0] == '-' || std::string_view("aiueonN*").find(lyric[0]) != string_view::npos);
-    const std::string syllable = isPair ? lyric.substr(blank + 1) : lyric;
-    const bool isKana = HasKana(syllable) && static_cast<unsigned char>(syllable[0]) >= 0x80;
-    return isKana ? syllable.substr(0, syllable.find_first_of(kAscii)) : syllable;
+    std::string syllable = isPair ? lyric.substr(blank + 1) : lyric;
+    syllable.erase(0, syllable.find_first_not_of("@?")); // which choose between recordings
+    const auto isFirstByte = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
+    for (size_t at = 0; at < syllable.size();) {
+        const auto next =
+            std::find_if(syllable.begin() + static_cast<std::ptrdiff_t>(at) + 1, syllable.end(), isFirstByte);
+        const auto end = static_cast<size_t>(next - syllable.begin());
+        if (!HasKana(syllable.substr(at, end - at)))
+            return at > 0 ? syllable.substr(0, at) : syllable;
+        at = end;
+    }
+    return syllable;
 }
 
 bool IsRest(const Section& section) {
-    const std::string syllable = SyllableOf(section.lyric);                                   // "a R" ends a vowel
-    constexpr std::string_view kRests[] = {"R", "r", "rest", "\xE6\x81\xAF", "\xE5\x90\xB8"}; // breaths among them
+    const std::string syllable = SyllableOf(section.lyric); // "a R" ends a vowel
+    constexpr std::string_view kRests[] = {
+        "R",  "r",      "rest", "pau",          "sil",         "SP",
+        "br", "breath", "AP",   "\xE6\x81\xAF", "\xE5\x90\xB8"}; // breaths among them
     return std::find(std::begin(kRests), std::end(kRests), syllable) != std::end(kRests) ||
            (syllable.empty() && section.key < 0);
 }
@@ -92,6 +104,8 @@ public:
         EndSection();
         if (m_hasCurves)
             m_song.remarks.push_back("curves of pitch and loudness within notes are left out");
+        if (m_hasOddTempo)
+            m_song.remarks.push_back("a tempo that is not from 4 to 3000 quarters a minute is left out");
         if (m_lost > 0)
             m_song.remarks.push_back(
                 (m_lost == 1 ? std::string("1 note has") : std::to_string(m_lost) + " notes have") +
@@ -142,9 +156,11 @@ private:
     }
 
     void AddTempo(double quartersPerMinute) {
-        if (quartersPerMinute > 0)
+        if (quartersPerMinute >= kSlowest && quartersPerMinute <= kFastest)
             m_song.tempos.push_back(
                 {m_at, static_cast<uint32_t>(std::clamp(std::round(6e7 / quartersPerMinute), 1.0, 16777215.0))});
+        else if (quartersPerMinute > 0)
+            m_hasOddTempo = true;
     }
 
     void EndSection() {
@@ -187,6 +203,7 @@ private:
     bool m_isSetting = false;
     bool m_isNote = false;
     bool m_hasCurves = false;
+    bool m_hasOddTempo = false;
     bool m_isLong = false;
 };
 

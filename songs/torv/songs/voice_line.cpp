@@ -61,7 +61,7 @@ void PutNote(const Note& note, uint32_t length, int velocity, std::vector<Word> 
             before.length = note.tick - before.tick;
         }
     }
-    line.notes.push_back({note.tick, length, note.key, velocity, std::move(words)});
+    line.notes.push_back({note.tick, length, note.key, velocity, std::move(words), false, note.slides});
 }
 
 /// As long as it is sung. A slur or a line over it leads to the next note, which begins `gap` after its end.

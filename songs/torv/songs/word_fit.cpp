@@ -27,6 +27,32 @@ size_t CountHits(const WordLine& line, const Part& part) {
     return hits;
 }
 
+constexpr size_t kNoPart = static_cast<size_t>(-1);
+
+/// Where each line belongs by its place in the file: to a part of its own track; or, where every singing track has its
+/// words behind it in tracks without notes, to the part before it.
+std::vector<size_t> FindHomes(const Song& song, const std::vector<WordLine>& lines) {
+    std::vector<size_t> homes(lines.size(), kNoPart);
+    std::vector<size_t> before(lines.size(), kNoPart);
+    std::set<size_t> followed;
+    for (size_t line = 0; line < lines.size(); ++line) {
+        for (size_t i = 0; i < song.parts.size() && song.parts[i].track <= lines[line].track; ++i) {
+            before[line] = i;
+            if (song.parts[i].track == lines[line].track)
+                homes[line] = i;
+        }
+        if (homes[line] == kNoPart && before[line] != kNoPart)
+            followed.insert(before[line]);
+    }
+    for (size_t line = 0; line < lines.size() && followed.size() > 1; ++line)
+        homes[line] = homes[line] == kNoPart ? before[line] : homes[line];
+    return homes;
+}
+
+bool IsHome(const std::vector<size_t>& homes, size_t part) {
+    return std::find(homes.begin(), homes.end(), part) != homes.end();
+}
+
 /// How well a line fits a part.
 struct Fit {
     size_t line;
@@ -38,17 +64,16 @@ struct Fit {
 };
 
 /// The best first.
-std::vector<Fit> FindFits(const Song& song, const std::vector<WordLine>& lines) {
+std::vector<Fit> FindFits(const Song& song, const std::vector<WordLine>& lines, const std::vector<size_t>& homes) {
     std::vector<Fit> fits;
     for (size_t line = 0; line < lines.size(); ++line) {
         const size_t size = std::max<size_t>(lines[line].syllables.size(), 1);
         for (size_t i = 0; i < song.parts.size(); ++i) {
             const Part& part = song.parts[i];
-            if (part.IsPercussion() || (i >= kMostParts && lines[line].track != part.track))
+            if (part.IsPercussion() || (i >= kMostParts && homes[line] != i))
                 continue;
             const size_t hits = CountHits(lines[line], part);
-            fits.push_back({line, i, hits, (hits * kFitSteps + size / 2) / size, lines[line].track == part.track,
-                            part.notes.size()});
+            fits.push_back({line, i, hits, (hits * kFitSteps + size / 2) / size, homes[line] == i, part.notes.size()});
         }
     }
     std::stable_sort(fits.begin(), fits.end(), [](const Fit& a, const Fit& b) {
@@ -202,7 +227,8 @@ size_t PlaceWords(const std::vector<Syllable>& syllables, Part& part) {
 }
 
 void FitWords(Song& song, const std::vector<WordLine>& lines) {
-    const std::vector<Fit> fits = FindFits(song, lines);
+    const std::vector<size_t> homes = FindHomes(song, lines);
+    const std::vector<Fit> fits = FindFits(song, lines, homes);
     std::vector<bool> isGiven(lines.size());
     std::vector<int> verses(song.parts.size());
     std::vector<std::vector<const Fit*>> ofLine(lines.size());
@@ -211,10 +237,12 @@ void FitWords(Song& song, const std::vector<WordLine>& lines) {
     for (const Fit& fit : fits) {
         if (isGiven[fit.line])
             continue;
-        // Its best part has words already: these are another verse of it, unless a free part fits nearly as well.
+        // Its best part has words already: these are another verse of it, unless a free part fits nearly as well that
+        // no other line belongs to.
         const auto& others = ofLine[fit.line];
         if (verses[fit.part] > 0 && std::any_of(others.begin(), others.end(), [&](const Fit* other) {
-                return verses[other->part] == 0 && other->hits * 10 >= fit.hits * 9;
+                return verses[other->part] == 0 && other->hits * 10 >= fit.hits * 9 &&
+                       (!fit.isOwn || !IsHome(homes, other->part));
             }))
             continue;
         isGiven[fit.line] = true;

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cctype>
 #include <fstream>
+#include <iterator>
+#include <string_view>
 #include <unordered_set>
 
 namespace torv::songs {
@@ -41,6 +43,14 @@ constexpr double kCommonWord = 0.5;
 constexpr double kKnownWord = 1;
 constexpr double kKnownSyllable = 1.5;
 constexpr double kUnknownSyllable = 10;
+constexpr double kUsualWord = -0.5;
+
+/// Common words that are other common words together, and nearly always meant where these follow one another.
+constexpr std::string_view kUsuallyOne[] = {"cannot", "today", "unto", "upon", "within", "without"};
+
+bool IsUsuallyOne(const std::string& word) {
+    return std::find(std::begin(kUsuallyOne), std::end(kUsuallyOne), word) != std::end(kUsuallyOne);
+}
 
 class Joiner {
 public:
@@ -75,10 +85,12 @@ private:
             areAllCommon = areAllCommon && m_know(part) == WordKnowledge::Common;
             const WordKnowledge known = m_know(joined);
             const bool isOne = taken == 1;
-            const double cost = (known == WordKnowledge::Common ? (isOne ? kCommonSyllable : kCommonWord)
-                                                                : (isOne ? kKnownSyllable : kKnownWord)) +
-                                least[at + taken];
-            if (known != WordKnowledge::Unknown && (isOne || !areAllCommon) && cost < least[at]) {
+            const bool isUsual = !isOne && IsUsuallyOne(joined);
+            const double own = isUsual                          ? kUsualWord
+                               : known == WordKnowledge::Common ? (isOne ? kCommonSyllable : kCommonWord)
+                                                                : (isOne ? kKnownSyllable : kKnownWord);
+            const double cost = own + least[at + taken];
+            if (known != WordKnowledge::Unknown && (isOne || isUsual || !areAllCommon) && cost < least[at]) {
                 least[at] = cost;
                 count[at] = taken;
             }

@@ -107,6 +107,26 @@ private:
     size_t m_elements = 0;
 };
 
+/// A name without its namespace's prefix.
+std::string_view LocalName(std::string_view name) { return name.substr(name.find(':') + 1); }
+
+/// Takes the root's prefix from all elements.
+void DropPrefixes(Node* root) {
+    const std::string_view name(root->name(), root->name_size());
+    const std::string prefix(name.substr(0, name.size() - LocalName(name).size()));
+    if (prefix.empty())
+        return;
+    for (Node* node = root; node;) {
+        const std::string_view own(node->name(), node->name_size());
+        if (own.starts_with(prefix))
+            node->name(node->name() + prefix.size(), node->name_size() - prefix.size());
+        Node* next = node->first_node();
+        for (; !next && node != root; node = node->parent())
+            next = node->next_sibling();
+        node = next;
+    }
+}
+
 /// The encoding's name in the first line, or empty.
 std::string DeclaredEncoding(std::string_view text) {
     const std::string_view first = text.substr(0, std::min<size_t>(text.find("?>"), 200));
@@ -171,6 +191,27 @@ XmlDocument::XmlDocument(std::string bytes) : m_parsed(std::make_unique<Parsed>(
     } catch (const rapidxml::parse_error& error) {
         Fail(text, static_cast<size_t>(error.where<char>() - text.data()),
              std::string("this is not XML as it should be (") + error.what() + "): save it anew");
+    }
+    for (Node* node = m_parsed->tree.first_node(); node; node = node->next_sibling())
+        if (node->type() == rapidxml::node_element)
+            DropPrefixes(node);
+}
+
+std::optional<std::string_view> XmlDocument::RootName(std::string_view text) {
+    while (true) {
+        const size_t begin = text.find_first_not_of(" \t\r\n");
+        if (begin == std::string_view::npos)
+            return std::nullopt;
+        text.remove_prefix(begin);
+        if (text.front() != '<')
+            return std::string_view();
+        if (!text.starts_with("<?") && !text.starts_with("<!"))
+            return LocalName(text.substr(1, text.find_first_of(" \t\r\n/>") - 1));
+        const std::string_view close = text.starts_with("<?") ? "?>" : text.starts_with("<!--") ? "-->" : ">";
+        const size_t end = text.find(close);
+        if (end == std::string_view::npos)
+            return std::nullopt;
+        text.remove_prefix(end + close.size());
     }
 }
 

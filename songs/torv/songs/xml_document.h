@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -15,6 +16,7 @@ public:
     explicit operator bool() const { return m_node != nullptr; }
     bool operator==(const XmlElement&) const = default;
 
+    /// Without the prefix of its namespace where the root has one.
     std::string_view Name() const;
     /// The first text directly inside, without the space around it; entities are resolved.
     std::string_view Text() const;
@@ -64,6 +66,10 @@ public:
     XmlDocument& operator=(const XmlDocument&) = delete;
 
     XmlElement Root() const;
+
+    /// The name of the element that a text in UTF-8 begins with, behind declarations and comments; empty when it is not
+    /// XML, nothing when the text ends before.
+    static std::optional<std::string_view> RootName(std::string_view text);
 
 private:
     struct Parsed;
