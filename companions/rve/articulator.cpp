@@ -12,10 +12,10 @@ namespace rve {
 namespace {
 
 constexpr Voice kVoices[] = {
-    {Tract::Woman, 1.00F, 0.020F, 3400}, // soprano
+    {Tract::Woman, 0.95F, 0.020F, 3400}, // soprano
     {Tract::Man, 1.00F, 0.012F, 3100},   // tenor
-    {Tract::Child, 0.98F, 0.016F, 3200}, // child
-    {Tract::Man, 0.92F, 0.010F, 2500},   // bass
+    {Tract::Child, 0.86F, 0.016F, 3200}, // child
+    {Tract::Man, 0.96F, 0.010F, 2500},   // bass
 };
 
 /// The rest of a vowel's formants by tract, and the distance of the resonances above: a tube's of 17.5, 15 and 13 cm.
@@ -32,6 +32,7 @@ constexpr float kMostTurn = 0.65F;                     // of a short one
 constexpr Time kMoveToConsonant = FromMilliseconds(50);
 constexpr float kConsonantShare = 0.7F; // how far a vowel goes towards the consonant that ends it
 constexpr float kAspirationAfterBurst = 0.8F;
+constexpr float kOpeningMilliseconds = 20;
 constexpr Time kNasalEdge = FromMilliseconds(60);
 constexpr float kEdgeNasality = 0.6F;
 constexpr float kFrontedBySide = 1.22F; // the second formant of u: after the tongue's tip
@@ -111,11 +112,15 @@ void AimVowel(Target& target, const Moment& moment, Time now, const Voice& voice
     target.voicing = 1;
 }
 
+Time BreathAfterBurst(const Moment& moment) {
+    return IsAspirated(*moment.phoneme) ? std::min(kBreathAfterBurst, (moment.end - moment.begin) * 2 / 5) : 0;
+}
+
 /// A closure for the first part, then hiss: plosives and affricates. After an aspirated one breath, until the vowel.
 void AimClosure(Target& target, const Moment& moment, Time now) {
     const Phoneme& phoneme = *moment.phoneme;
     const Time length = moment.end - moment.begin;
-    const Time breath = IsAspirated(phoneme) ? std::min(kBreathAfterBurst, length * 2 / 5) : 0;
+    const Time breath = BreathAfterBurst(moment);
     const Time hiss =
         phoneme.manner == Manner::Affricate ? length * 3 / 5 : std::min(kBurst, (length - breath) * 2 / 5);
     const Time into = now - moment.begin;
@@ -184,7 +189,15 @@ Target AimAt(const Segment& segment, Time now, const Voice& voice, const Phoneme
     const bool after = now >= segment.start;
     float hz[3];
     ConsonantPlaces(phoneme, beside, after, voice, hz);
+    // In the breath after a burst the mouth opens for what follows.
+    const bool opens = moment.after && moment.end - now <= BreathAfterBurst(moment);
+    if (opens && IsVowel(*moment.after))
+        VowelPlaces(*moment.after, 0, voice, hz);
+    else if (opens)
+        ConsonantPlaces(*moment.after, beside, after, voice, hz);
     AimFormants(target, hz, voice, 1.0F);
+    if (opens)
+        target.formantMilliseconds = kOpeningMilliseconds;
     const float scale = kPlaceScale[static_cast<int>(voice.tract)];
     target.noiseHz = phoneme.noiseHz * std::sqrt(scale);
     target.noiseBandwidth = phoneme.noiseBandwidth;

@@ -27,19 +27,18 @@ constexpr Mask kLane[] = {{-1, 0, 0, 0}, {0, -1, 0, 0}, {0, 0, -1, 0}, {0, 0, 0,
 } // namespace
 
 void Cascade::Reset() {
-    m_y1.fill(0);
-    m_y2.fill(0);
+    m_made.fill(0);
+    m_step.fill(0);
 }
 
 void Cascade::Set(int stage, const Poles& poles) {
     m_a[PlaceOf(stage)] = 1 - poles.b - poles.c;
-    m_b[PlaceOf(stage)] = poles.b;
-    m_c[PlaceOf(stage)] = poles.c;
+    m_squared[PlaceOf(stage)] = -poles.c;
 }
 
 Cascade::Gain Cascade::GainOf(int stage) const {
-    const double a = m_a[PlaceOf(stage)];
-    return {a * a, PolynomialSquared(m_b[PlaceOf(stage)], m_c[PlaceOf(stage)])};
+    const double a = m_a[PlaceOf(stage)], squared = m_squared[PlaceOf(stage)];
+    return {a * a, PolynomialSquared(1 - a + squared, -squared)};
 }
 
 /// At turn t stage s takes sample t - s. At the beginning the later stages, and at the end the earlier ones, have none:
@@ -51,50 +50,48 @@ public:
         for (int group = 0; group < kGroups; ++group) {
             const size_t first = Place(kLanes * group);
             m_a[group] = Load(&cascade.m_a[first]);
-            m_b[group] = Load(&cascade.m_b[first]);
-            m_c[group] = Load(&cascade.m_c[first]);
-            m_kept1[group] = Load(&cascade.m_y1[first]);
-            m_kept2[group] = Load(&cascade.m_y2[first]);
+            m_squared[group] = Load(&cascade.m_squared[first]);
+            m_keptMade[group] = Load(&cascade.m_made[first]);
+            m_keptStep[group] = Load(&cascade.m_step[first]);
         }
     }
 
     /// Of more samples than there are stages.
     void Run() {
-        Four y1[kGroups] = {}, y2[kGroups] = {};
+        Four made[kGroups] = {}, step[kGroups] = {};
         const auto turn = [&](float sample) {
-            Four x = __builtin_shufflevector(y1[kGroups - 1], Four{sample}, 4, 0, 1, 2);
+            Four x = __builtin_shufflevector(made[kGroups - 1], Four{sample}, 4, 0, 1, 2);
             for (int group = 0; group < kGroups; ++group) {
-                const Four y = m_a[group] * x + m_b[group] * y1[group] + m_c[group] * y2[group];
-                x = y1[group];
-                y2[group] = y1[group];
-                y1[group] = y;
+                step[group] = m_a[group] * x + m_squared[group] * step[group] - m_a[group] * made[group];
+                x = made[group];
+                made[group] += step[group];
             }
         };
-        const auto made = [&] { return y1[kGroups - 1][kLanes - 1]; };
+        const auto last = [&] { return made[kGroups - 1][kLanes - 1]; };
         constexpr int kLast = kStages - 1;
 
         for (int lane = 0; lane < kLanes; ++lane)
             for (int group = 0; group < kGroups; ++group) {
-                y1[group] = kLane[lane] ? m_kept1[group] : y1[group];
-                y2[group] = kLane[lane] ? m_kept2[group] : y2[group];
+                made[group] = kLane[lane] ? m_keptMade[group] : made[group];
+                step[group] = kLane[lane] ? m_keptStep[group] : step[group];
                 turn(m_samples[kGroups * lane + group]);
             }
-        m_samples[0] = made();
+        m_samples[0] = last();
         for (int t = kStages; t < m_count - 1; ++t) {
             turn(m_samples[t]);
-            m_samples[t - kLast] = made();
+            m_samples[t - kLast] = last();
         }
-        float last = m_samples[m_count - 1];
+        float sample = m_samples[m_count - 1];
         for (int lane = 0; lane < kLanes; ++lane)
             for (int group = 0; group < kGroups; ++group) {
-                turn(std::exchange(last, 0.0F));
-                m_samples[m_count - 1 + kGroups * lane + group - kLast] = made();
-                m_kept1[group] = kLane[lane] ? y1[group] : m_kept1[group];
-                m_kept2[group] = kLane[lane] ? y2[group] : m_kept2[group];
+                turn(std::exchange(sample, 0.0F));
+                m_samples[m_count - 1 + kGroups * lane + group - kLast] = last();
+                m_keptMade[group] = kLane[lane] ? made[group] : m_keptMade[group];
+                m_keptStep[group] = kLane[lane] ? step[group] : m_keptStep[group];
             }
         for (int group = 0; group < kGroups; ++group) {
-            Store(&m_cascade.m_y1[Place(kLanes * group)], m_kept1[group]);
-            Store(&m_cascade.m_y2[Place(kLanes * group)], m_kept2[group]);
+            Store(&m_cascade.m_made[Place(kLanes * group)], m_keptMade[group]);
+            Store(&m_cascade.m_step[Place(kLanes * group)], m_keptStep[group]);
         }
     }
 
@@ -102,8 +99,8 @@ private:
     Cascade& m_cascade;
     float* const m_samples;
     const int m_count;
-    Four m_a[kGroups], m_b[kGroups], m_c[kGroups];
-    Four m_kept1[kGroups], m_kept2[kGroups];
+    Four m_a[kGroups], m_squared[kGroups];
+    Four m_keptMade[kGroups], m_keptStep[kGroups];
 };
 
 void Cascade::Run(float* samples, int count) {
@@ -118,9 +115,8 @@ void Cascade::RunInTurn(float* samples, int count) {
     for (int stage = 0; stage < kStages; ++stage) {
         const size_t s = PlaceOf(stage);
         for (int i = 0; i < count; ++i) {
-            const float y = m_a[s] * samples[i] + m_b[s] * m_y1[s] + m_c[s] * m_y2[s];
-            m_y2[s] = m_y1[s];
-            m_y1[s] = samples[i] = y;
+            m_step[s] = m_a[s] * samples[i] + m_squared[s] * m_step[s] - m_a[s] * m_made[s];
+            samples[i] = m_made[s] += m_step[s];
         }
     }
 }

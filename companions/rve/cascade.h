@@ -8,7 +8,9 @@ namespace rve {
 
 /// Sixteen two-pole resonances with a gain of 1 at 0 Hz, one after the other. All are worked on at once: while the
 /// first takes a sample, the second takes the one before it, which the first has left. So a sample does not wait for
-/// all of them in turn, and comes out as if it had. A stage that is not set passes everything on.
+/// all of them in turn, and comes out as if it had. A stage that is not set passes everything on. A stage keeps what it
+/// made last and how far that was from the one before: a low resonance makes much of what is rounded off, and steps
+/// are small there.
 class Cascade {
 public:
     static constexpr int kStages = 16;
@@ -37,8 +39,8 @@ private:
     }
     void RunInTurn(float* samples, int count);
 
-    std::array<float, kStages> m_a, m_b{}, m_c{}; ///< y = a x + b y1 + c y2
-    std::array<float, kStages> m_y1{}, m_y2{};    ///< what each stage has made last, and before it
+    std::array<float, kStages> m_a, m_squared{};   ///< step = squared radius * step before + a (x - y before)
+    std::array<float, kStages> m_made{}, m_step{}; ///< what each stage has made last, and its step to there
 };
 
 } // namespace rve

@@ -23,12 +23,51 @@ constexpr float kSlowest = 2.5F; ///< how much slower than spoken a vowel comes 
 constexpr double kCodaLength = 1.5;
 constexpr double kLongestCoda = 0.22 * kTimeBase; // of those that are not spoken so long
 constexpr double kMostCoda = 0.6;                 // of a note
+constexpr float kClosed = 1.5F;     // natural logarithm: a stop is so much softer than its burst while it is closed
+constexpr float kShut = 2;          // natural logarithm: means of many recordings leave a sound in a mouth that is shut
 constexpr float kBreathGain = 0.7F; // natural logarithm: a singer's breath is louder than the h that it is made from
 // How far another language's vowel moves the first two formants to its own places. The first one is how open a mouth
 // this person sings with: moved all the way, it is less well understood.
 constexpr float kMoved[] = {0.5F, 1.0F};
 
 int PhoneOf(const VoiceBank& bank, const char* name) { return name ? bank.PhoneNamed(name) : VoiceBank::kSilence; }
+
+/// How loud a frame is, as a natural logarithm.
+float LevelOf(const VoiceBank& bank, const VoiceBank::Sequence& sequence, int frame) {
+    return static_cast<float>(bank.FrameAt(sequence.frames[frame]).cepstrum[0]) * bank::kCepstrumUnit;
+}
+
+/// How many frames of a stop lie before its burst, which is never in its first state.
+int ClosureOf(const VoiceBank& bank, const VoiceBank::Sequence& stop) {
+    const int first = std::min(stop.stateFrames[0], stop.frameCount);
+    int closure = first;
+    for (int f = first; f < stop.frameCount; ++f)
+        if (LevelOf(bank, stop, f) > LevelOf(bank, stop, closure))
+            closure = f;
+    const float closed = closure < stop.frameCount ? LevelOf(bank, stop, closure) - kClosed : 0;
+    while (closure > first && LevelOf(bank, stop, closure - 1) > closed)
+        --closure;
+    return closure;
+}
+
+int ReleaseOf(const VoiceBank& bank, const VoiceBank::Sequence& stop) {
+    return stop.frameCount - ClosureOf(bank, stop);
+}
+
+SpokenFrame FrameFrom(const bank::Frame& stored, bool isVowel) {
+    SpokenFrame frame;
+    for (size_t m = 0; m < frame.cepstrum.size(); ++m)
+        frame.cepstrum[m] = static_cast<float>(stored.cepstrum[m]) * bank::kCepstrumUnit;
+    // Held notes need more breath between their harmonics than speech, for the spectrum to be heard whole.
+    for (size_t b = 0; b < frame.strength.size(); ++b) {
+        const float spoken = static_cast<float>(stored.strength[b]) / 255;
+        frame.strength[b] = spoken * spoken;
+    }
+    frame.voicing = isVowel || stored.voicing > 12 ? 1.0F : 0.0F;
+    for (size_t k = 0; k < frame.formants.size(); ++k)
+        frame.formants[k] = stored.formants[k];
+    return frame;
+}
 
 } // namespace
 
@@ -143,6 +182,7 @@ void Diction::AddUnit(const Unit& unit, const Phoneme* following, Time begin, Ti
     sound.isNucleus = isNucleus;
     sound.isVowel = IsVowelPhone(spoken->phones[0]);
     sound.isStop = IsStopPhone(spoken->phones[0]);
+    sound.isVoicelessStop = IsVoicelessStopPhone(spoken->phones[0]);
     sound.isDiphthong = IsDiphthongPhone(spoken->phones[0]);
     sound.isBreath = unit.phoneme->manner == Manner::Breath;
     if (IsJapaneseVowel(*unit.phoneme))
@@ -154,8 +194,8 @@ void Diction::AddUnit(const Unit& unit, const Phoneme* following, Time begin, Ti
         AddSound(sound);
         return;
     }
-    const Time length = end - begin;
-    const Time tail = std::min(isNucleus ? FromMilliseconds(90) : length / 2, length * 45 / 100);
+    const Time share = (end - begin) * 45 / 100;
+    const Time tail = isNucleus ? std::min(FromMilliseconds(90), share) : share;
     sound.end = end - tail;
     AddSound(sound);
     Sound other;
@@ -163,6 +203,7 @@ void Diction::AddUnit(const Unit& unit, const Phoneme* following, Time begin, Ti
     other.end = end;
     other.phone = PhoneOf(bank, second);
     other.isStop = IsStopPhone(second);
+    other.isVoicelessStop = IsVoicelessStopPhone(second);
     AddSound(other);
 }
 
@@ -176,6 +217,12 @@ void Diction::Plan(const Segment& segment, const Segment* next, const VoiceBank&
         if (follows)
             m_before = {phoneAt(m_firstOwn + m_ownCount - 2), phoneAt(m_firstOwn + m_ownCount - 1)};
         m_continues = follows && segment.unitCount == 0;
+    }
+    if (&bank != m_bank) { // what has no vowel is as loud as beside a neutral one
+        const int neutral = bank.PhoneNamed("ax");
+        const VoiceBank::Sequence vowel = bank.SequenceOf(VoiceBank::kSilence, neutral, VoiceBank::kSilence);
+        if (vowel.frameCount > 0)
+            m_nucleus = FrameFrom(bank.FrameAt(vowel.frames[vowel.frameCount / 2]), true);
     }
     m_bank = &bank;
     m_start = segment.start;
@@ -264,34 +311,39 @@ void Diction::LayOut(Time start, Time end) {
     }
 }
 
+/// How a sound is spoken between its neighbours. Singers let go at a phrase's end what is swallowed there in speech:
+/// such a stop is the one before a vowel, if that one's release is longer.
+VoiceBank::Sequence Diction::SequenceOf(int index, const VoiceBank& bank) const {
+    const Sound& sound = m_sounds[Place(index)];
+    const int before = index > 0 ? m_sounds[Place(index - 1)].phone : int{VoiceBank::kSilence};
+    const bool isLast = index + 1 == m_soundCount;
+    const int after = isLast ? int{VoiceBank::kSilence} : m_sounds[Place(index + 1)].phone;
+    VoiceBank::Sequence sequence = bank.SequenceOf(before, sound.phone, after);
+    if (sequence.frameCount == 0) // a consonant on its own: as ahead of a vowel
+        sequence = bank.SequenceOf(before, sound.phone, bank.PhoneNamed("ax"));
+    if (sound.isVoicelessStop && isLast) {
+        const VoiceBank::Sequence released = bank.SequenceOf(before, sound.phone, bank.PhoneNamed("ah"));
+        if (ReleaseOf(bank, released) > ReleaseOf(bank, sequence))
+            sequence = released;
+    }
+    return sequence;
+}
+
 void Diction::Speak(const VoiceBank& bank, Tract tract) {
     m_frameCount = 0;
     for (int i = 0; i < m_soundCount; ++i) {
         Sound& sound = m_sounds[Place(i)];
-        const int before = i > 0 ? m_sounds[Place(i - 1)].phone : int{VoiceBank::kSilence};
-        int after = i + 1 < m_soundCount ? m_sounds[Place(i + 1)].phone : int{VoiceBank::kSilence};
-        VoiceBank::Sequence sequence = bank.SequenceOf(before, sound.phone, after);
-        if (sequence.frameCount == 0) // a consonant on its own: as ahead of a vowel
-            sequence = bank.SequenceOf(before, sound.phone, bank.PhoneNamed("ax"));
+        const VoiceBank::Sequence sequence = SequenceOf(i, bank);
         sound.first = m_frameCount;
         sound.frames = std::min(sequence.frameCount, kMostFrames - m_frameCount);
-        sound.closure = std::min(sequence.stateFrames[0], sound.frames);
+        sound.closure = sound.isStop ? std::min(ClosureOf(bank, sequence), sound.frames) : 0;
         for (int f = 0; f < sound.frames; ++f) {
-            const bank::Frame& stored = bank.FrameAt(sequence.frames[f]);
             SpokenFrame& frame = m_raw[Place(m_frameCount++)];
-            for (size_t m = 0; m < frame.cepstrum.size(); ++m)
-                frame.cepstrum[m] = static_cast<float>(stored.cepstrum[m]) * bank::kCepstrumUnit;
+            frame = FrameFrom(bank.FrameAt(sequence.frames[f]), sound.isVowel);
             if (sound.isBreath)
                 frame.cepstrum[0] += kBreathGain;
-            // Held notes need more breath between their harmonics than speech, for the spectrum to be heard whole.
-            for (size_t b = 0; b < frame.strength.size(); ++b) {
-                const float spoken = static_cast<float>(stored.strength[b]) / 255;
-                frame.strength[b] = spoken * spoken;
-            }
-            frame.voicing = sound.isVowel || stored.voicing > 12 ? 1.0F : 0.0F;
-            for (size_t k = 0; k < frame.formants.size(); ++k)
-                frame.formants[k] = stored.formants[k];
-            frame.shift = {};
+            if (sound.isVoicelessStop && f < sound.closure)
+                frame.cepstrum[0] -= kShut;
         }
         // Another language's vowel: from where the middle of the spoken one lies.
         if (sound.target && sound.frames > 0) {

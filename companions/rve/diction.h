@@ -38,6 +38,7 @@ private:
         Time begin = 0, end = 0;
         bool isNucleus = false;
         bool isStop = false;
+        bool isVoicelessStop = false;
         bool isDiphthong = false;
         bool isVowel = false;
         bool isBreath = false;
@@ -52,6 +53,7 @@ private:
                  const VoiceBank& bank);
     void AddSound(const Sound& sound);
     void Speak(const VoiceBank& bank, Tract tract);
+    VoiceBank::Sequence SequenceOf(int index, const VoiceBank& bank) const;
     void LayOut(Time start, Time end);
     void Smooth();
     float FrameOf(const Sound& sound, Time time) const;

@@ -26,7 +26,7 @@ struct Tables {
         int harmonic = 1;
         for (size_t t = 0; t < std::size(kHarmonics); ++t) {
             for (; harmonic <= kHarmonics[t]; ++harmonic) {
-                const double drift = 0.35 * harmonic; // of phases, so that the peak stays low
+                const double drift = 0.35 * harmonic; // the pulse falls so far before its period ends
                 const double sine = std::cos(drift) / harmonic, cosine = std::sin(drift) / harmonic;
                 for (size_t i = 0, place = 0; i < kTableSize; ++i) {
                     sum[i] += sine * sines[place] + cosine * sines[(place + kTableSize / 4) % kTableSize];

@@ -23,7 +23,7 @@ public:
     /// 0..1: how open the glottis is, which lets breath through.
     float Openness() const { return 1.0F - m_phase; }
 
-    static constexpr int kTableSize = 2048; ///< values in a period of the pulse
+    static constexpr int kTableSize = 4096; ///< values in a period of the pulse
 
 private:
     const float* m_table = nullptr;

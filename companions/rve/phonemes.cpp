@@ -81,34 +81,34 @@ constexpr Phoneme kJapanese[] = {Vowel("a", kJapaneseA),
                                  Consonant("m'", Manner::Nasal, true, {250, 1500, 2400}, 0, 0, 0),
                                  Consonant("N'", Manner::Nasal, true, {270, 1900, 2600}, 0, 0, 0),
                                  Consonant("N\\", Manner::Nasal, true, {320, 1150, 2300}, 0, 0, 0),
-                                 Consonant("g", Manner::Plosive, true, kVelum, 1900, 700, 0.2F),
-                                 Consonant("g'", Manner::Plosive, true, kPalate, 2800, 800, 0.2F),
-                                 Consonant("d", Manner::Plosive, true, kRidge, 4200, 1800, 0.2F),
-                                 Consonant("d'", Manner::Plosive, true, kPalate, 3600, 1600, 0.2F),
-                                 Consonant("b", Manner::Plosive, true, kLips, 900, 900, 0.12F),
-                                 Consonant("b'", Manner::Plosive, true, {250, 1600, 2400}, 1300, 900, 0.12F),
-                                 Consonant("z", Manner::Fricative, true, kRidge, 6200, 2200, 0.16F),
+                                 Consonant("g", Manner::Plosive, true, kVelum, 1900, 700, 0.32F),
+                                 Consonant("g'", Manner::Plosive, true, kPalate, 2800, 800, 0.32F),
+                                 Consonant("d", Manner::Plosive, true, kRidge, 4200, 1800, 0.32F),
+                                 Consonant("d'", Manner::Plosive, true, kPalate, 3600, 1600, 0.32F),
+                                 Consonant("b", Manner::Plosive, true, kLips, 900, 900, 0.19F),
+                                 Consonant("b'", Manner::Plosive, true, {250, 1600, 2400}, 1300, 900, 0.19F),
+                                 Consonant("z", Manner::Fricative, true, kRidge, 5300, 2200, 0.16F),
                                  Consonant("Z", Manner::Fricative, true, kPalate, 3000, 1400, 0.18F),
                                  Consonant("h\\", Manner::Aspirate, true, kThroat, 0, 0, 0.4F),
-                                 Consonant("dz", Manner::Affricate, true, kRidge, 6200, 2200, 0.18F),
+                                 Consonant("dz", Manner::Affricate, true, kRidge, 5300, 2200, 0.18F),
                                  Consonant("dZ", Manner::Affricate, true, kPalate, 3000, 1400, 0.2F),
                                  Consonant("4", Manner::Tap, true, kRidge, 0, 0, 0),
                                  Consonant("4'", Manner::Tap, true, kPalate, 0, 0, 0),
                                  Consonant("j", Manner::Glide, true, {270, 2200, 2950}, 0, 0, 0),
                                  Consonant("w", Manner::Glide, true, {290, 700, 2200}, 0, 0, 0),
-                                 Consonant("k", Manner::Plosive, false, kVelum, 1900, 700, 0.3F),
-                                 Consonant("k'", Manner::Plosive, false, kPalate, 2900, 800, 0.3F),
-                                 Consonant("t", Manner::Plosive, false, kRidge, 4500, 2000, 0.35F),
-                                 Consonant("t'", Manner::Plosive, false, kPalate, 3700, 1600, 0.35F),
-                                 Consonant("p", Manner::Plosive, false, kLips, 900, 900, 0.2F),
-                                 Consonant("p'", Manner::Plosive, false, {250, 1600, 2400}, 1300, 900, 0.2F),
-                                 Consonant("s", Manner::Fricative, false, kRidge, 6500, 2200, 0.32F),
+                                 Consonant("k", Manner::Plosive, false, kVelum, 1900, 700, 0.48F),
+                                 Consonant("k'", Manner::Plosive, false, kPalate, 2900, 800, 0.48F),
+                                 Consonant("t", Manner::Plosive, false, kRidge, 4500, 2000, 0.56F),
+                                 Consonant("t'", Manner::Plosive, false, kPalate, 3700, 1600, 0.56F),
+                                 Consonant("p", Manner::Plosive, false, kLips, 900, 900, 0.32F),
+                                 Consonant("p'", Manner::Plosive, false, {250, 1600, 2400}, 1300, 900, 0.32F),
+                                 Consonant("s", Manner::Fricative, false, kRidge, 5500, 2200, 0.32F),
                                  Consonant("S", Manner::Fricative, false, kPalate, 3200, 1400, 0.35F),
                                  Consonant("h", Manner::Aspirate, false, kThroat, 0, 0, 0.7F),
                                  Consonant("C", Manner::Fricative, false, kPalate, 3900, 1200, 0.2F),
                                  Consonant("p\\", Manner::Fricative, false, kLips, 1700, 2400, 0.13F),
                                  Consonant("p\\'", Manner::Fricative, false, {250, 1600, 2400}, 2400, 2400, 0.13F),
-                                 Consonant("ts", Manner::Affricate, false, kRidge, 6500, 2200, 0.32F),
+                                 Consonant("ts", Manner::Affricate, false, kRidge, 5500, 2200, 0.32F),
                                  Consonant("tS", Manner::Affricate, false, kPalate, 3200, 1400, 0.35F),
                                  {"*in", Manner::Breath, false, nullptr, nullptr, {600, 1500, 2500}, 0, 0, 0, 2.0F}};
 
@@ -133,36 +133,36 @@ constexpr Phoneme kEnglish[] = {Vowel("@", kNeutral),
                                 Diphthong("U@", kHood, kHeard),
                                 Diphthong("O@", kHawed, kHeard),
                                 Diphthong("Q@", kHod, kHeard),
-                                Consonant("p", Manner::Plosive, false, kLips, 900, 900, 0.2F),
-                                Consonant("t", Manner::Plosive, false, kRidge, 4500, 2000, 0.35F),
-                                Consonant("k", Manner::Plosive, false, kVelum, 1900, 700, 0.3F),
+                                Consonant("p", Manner::Plosive, false, kLips, 900, 900, 0.32F),
+                                Consonant("t", Manner::Plosive, false, kRidge, 4500, 2000, 0.56F),
+                                Consonant("k", Manner::Plosive, false, kVelum, 1900, 700, 0.48F),
                                 Consonant("tS", Manner::Affricate, false, kPalate, 3000, 1300, 0.35F),
                                 Consonant("f", Manner::Fricative, false, kLips, 5500, 6000, 0.1F),
                                 Consonant("T", Manner::Fricative, false, kTeeth, 5500, 5000, 0.09F),
-                                Consonant("s", Manner::Fricative, false, kRidge, 6500, 2200, 0.32F),
+                                Consonant("s", Manner::Fricative, false, kRidge, 5500, 2200, 0.32F),
                                 Consonant("S", Manner::Fricative, false, kPalate, 3000, 1300, 0.35F),
                                 Consonant("h", Manner::Aspirate, false, kThroat, 0, 0, 0.7F),
-                                Consonant("ph", Manner::Plosive, false, kLips, 900, 900, 0.2F),
-                                Consonant("th", Manner::Plosive, false, kRidge, 4500, 2000, 0.35F),
-                                Consonant("kh", Manner::Plosive, false, kVelum, 1900, 700, 0.3F),
+                                Consonant("ph", Manner::Plosive, false, kLips, 900, 900, 0.32F),
+                                Consonant("th", Manner::Plosive, false, kRidge, 4500, 2000, 0.56F),
+                                Consonant("kh", Manner::Plosive, false, kVelum, 1900, 700, 0.48F),
                                 Consonant("w", Manner::Glide, true, {290, 610, 2150}, 0, 0, 0),
                                 Consonant("j", Manner::Glide, true, {260, 2200, 3000}, 0, 0, 0),
-                                Consonant("b", Manner::Plosive, true, kLips, 900, 900, 0.12F),
-                                Consonant("d", Manner::Plosive, true, kRidge, 4200, 1800, 0.2F),
+                                Consonant("b", Manner::Plosive, true, kLips, 900, 900, 0.19F),
+                                Consonant("d", Manner::Plosive, true, kRidge, 4200, 1800, 0.32F),
                                 Consonant("dZ", Manner::Affricate, true, kPalate, 2900, 1300, 0.2F),
                                 Consonant("v", Manner::Fricative, true, kLips, 5500, 6000, 0.05F),
                                 Consonant("D", Manner::Fricative, true, kTeeth, 5500, 5000, 0.05F),
-                                Consonant("z", Manner::Fricative, true, kRidge, 6200, 2200, 0.16F),
+                                Consonant("z", Manner::Fricative, true, kRidge, 5300, 2200, 0.16F),
                                 Consonant("Z", Manner::Fricative, true, kPalate, 2900, 1300, 0.18F),
                                 Consonant("m", Manner::Nasal, true, kLips, 0, 0, 0),
                                 Consonant("n", Manner::Nasal, true, kRidge, 0, 0, 0),
                                 Consonant("N", Manner::Nasal, true, kVelum, 0, 0, 0),
                                 Consonant("r", Manner::Glide, true, {320, 1150, 1500}, 0, 0, 0),
                                 Consonant("l", Manner::Glide, true, {350, 1150, 2700}, 0, 0, 0),
-                                Consonant("g", Manner::Plosive, true, kVelum, 1900, 700, 0.2F),
-                                Consonant("bh", Manner::Plosive, true, kLips, 900, 900, 0.12F),
-                                Consonant("dh", Manner::Plosive, true, kRidge, 4200, 1800, 0.2F),
-                                Consonant("gh", Manner::Plosive, true, kVelum, 1900, 700, 0.2F),
+                                Consonant("g", Manner::Plosive, true, kVelum, 1900, 700, 0.32F),
+                                Consonant("bh", Manner::Plosive, true, kLips, 900, 900, 0.19F),
+                                Consonant("dh", Manner::Plosive, true, kRidge, 4200, 1800, 0.32F),
+                                Consonant("gh", Manner::Plosive, true, kVelum, 1900, 700, 0.32F),
                                 Consonant("l0", Manner::Glide, true, {420, 820, 2600}, 0, 0, 0),
                                 Consonant("hv", Manner::Aspirate, true, kThroat, 0, 0, 0.4F),
                                 {"Asp", Manner::Breath, false, nullptr, nullptr, {550, 1450, 2500}, 0, 0, 0, 2.0F}};
@@ -188,20 +188,20 @@ float NaturalLength(const Phoneme& phoneme, bool afterVowel) {
         const bool soft = phoneme.noiseLevel < kSoftHiss;
         switch (phoneme.manner) {
         case Manner::Plosive:
-            return phoneme.voiced ? Lengths{75, 90} : IsAspirated(phoneme) ? Lengths{130, 130} : Lengths{85, 110};
+            return phoneme.voiced ? Lengths{75, 135} : IsAspirated(phoneme) ? Lengths{130, 195} : Lengths{85, 165};
         case Manner::Affricate:
-            return phoneme.voiced ? Lengths{100, 130} : Lengths{130, 165};
+            return phoneme.voiced ? Lengths{100, 195} : Lengths{130, 250};
         case Manner::Fricative:
-            return phoneme.voiced ? (soft ? Lengths{70, 100} : Lengths{95, 130})
-                                  : (soft ? Lengths{105, 140} : Lengths{125, 170});
+            return phoneme.voiced ? (soft ? Lengths{70, 150} : Lengths{95, 195})
+                                  : (soft ? Lengths{105, 210} : Lengths{125, 255});
         case Manner::Aspirate:
-            return {75, 75};
+            return {75, 110};
         case Manner::Tap:
-            return {40, 40};
+            return {40, 60};
         case Manner::Breath:
             return {250, 250};
         default:
-            return {85, 115};
+            return {85, 170};
         }
     }();
     return afterVowel ? lengths.after : lengths.before;

@@ -16,10 +16,11 @@ constexpr uint32_t kRates[] = {44100, 48000, 96000};
 constexpr int kStep = 256;
 constexpr uint32_t kSeed = 0x2545F491;
 
-constexpr float kLevel = 0.063F;     // RMS of full scale at the default dynamics and velocity: -24 dB
-constexpr float kDynamicsDb = 0.2F;  // a unit of dynamics
-constexpr float kFadeBelow = 12;     // units, from which on dynamics fade to silence at 0
-constexpr float kVelocityDb = 0.08F; // a unit of velocity
+constexpr float kLevel = 0.063F;          // RMS of full scale at the default dynamics and velocity: -24 dB
+constexpr float kSyntheticLevel = 0.055F; // the same of the tract, which is then as loud as persons are
+constexpr float kDynamicsDb = 0.2F;       // a unit of dynamics
+constexpr float kFadeBelow = 12;          // units, from which on dynamics fade to silence at 0
+constexpr float kVelocityDb = 0.08F;      // a unit of velocity
 constexpr int kDefaultDynamics = 72;
 constexpr int kDefaultVelocity = 64;
 constexpr float kNoseHz = 270;      // of a man
@@ -28,6 +29,7 @@ constexpr float kEffort = 0.6F;     // decibels above its corner, more, for each
 constexpr float kEffortAtRest = -3; // decibels there, at the default loudness
 constexpr float kEffortHz = 500;
 constexpr float kShelfHz = 2500;
+constexpr float kFlatHiss = 4000; // from this width on a hiss has no edges: that of lips and teeth
 constexpr float kMuffledHz = 250; // the source's corner behind a closure
 constexpr float kAspirationLevel = 0.4F;
 constexpr float kLevelEvenness = 0.85F;            // 1: all vowels on all notes are equally strong
@@ -36,6 +38,7 @@ constexpr float kAttackFloor = 0.15F;              // of a note's loudness, wher
 constexpr float kAttackAfterConsonant = 0.5F;
 constexpr float kQuiet = 1e-5F;
 constexpr float kAlone = 0.999F;    // a person's share of the sound, where the other tract rests
+constexpr float kAside = 0.001F;    // and where the person does
 constexpr float kEffortTilt = 0.5F; // decibels at 3 kHz beside each of loudness
 constexpr float kHarmonicsTilt = 6; // decibels at 3 kHz, of that control
 
@@ -134,9 +137,11 @@ void Singer::Reset() {
     m_effort = {FromDb(kEffortAtRest)};
     m_tiltHz = {5000};
     m_shelfGain = {0};
+    m_shelfNow = m_shelfStep = 0;
     m_glottis.Reset();
     m_random.Reset(kSeed);
     m_person = nullptr;
+    m_isPerson = false;
     m_recorded.Begin();
     m_colour = {};
     m_recordedNow = m_recordedStep = 0;
@@ -246,7 +251,7 @@ float Singer::Envelope(const Segment* segment, Time now) {
     if (!segment)
         return 0;
     float level = 1;
-    if (segment->begins && (segment->attack.present || !m_person)) { // a person's own onsets are in the recording
+    if (segment->begins && (segment->attack.present || !m_isPerson)) { // a person's own onsets are in the recording
         // Out of nothing or a closure; a sonorant before the vowel is the beginning of its tone.
         Time from = segment->start;
         int vowel = 0;
@@ -291,7 +296,7 @@ void Singer::MoveTract(const Target& target, float f0) {
         m_bandwidth[f].Approach(bandwidth, pace);
         m_boost[f].Approach(FromDb(12 * VoiceControl(i * 3 + 2)), pace);
         m_tract.Set(i, m_hz[f].value, m_bandwidth[f].value, static_cast<float>(m_rate));
-        m_tract.SetBoost(i, m_boost[f].value);
+        m_tract.SetBoost(i, m_boost[f].value, kTickSamples);
     }
     // What lies high up is heard at once when it is moved, so that it is moved slowly.
     const bool isHeard = !m_isFirstTick && m_shareNow < kAlone;
@@ -311,8 +316,10 @@ void Singer::MoveTract(const Target& target, float f0) {
         const Poles hiss = PolesAt(m_noiseHz.value, m_noiseBandwidth.value, static_cast<float>(m_rate));
         for (Band& band : m_hiss)
             band.Set(hiss);
-        // A quarter turn times its width is what passes both bands; the noise's variance is a third.
-        m_hissGain = std::sqrt(3 * static_cast<float>(m_rate) / 2 / (0.785398F * m_noiseBandwidth.value));
+        m_isHissSteep = m_noiseBandwidth.value < kFlatHiss;
+        // A quarter turn times its width is what passes both bands, twice that one; the noise's variance is a third.
+        const float passes = (m_isHissSteep ? 0.785398F : 1.570796F) * m_noiseBandwidth.value;
+        m_hissGain = std::sqrt(3 * static_cast<float>(m_rate) / 2 / passes);
     }
 }
 
@@ -343,7 +350,7 @@ float Singer::LevelFor(float f0) const {
     for (size_t i = 0; i < powers.size() && step * static_cast<float>(i + 1) < 3.0F; ++i)
         power += powers[i];
     const float rms = 0.5F * std::sqrt(power / 2);
-    return kLevel * std::pow(std::max(rms, 0.01F), -kLevelEvenness);
+    return kSyntheticLevel * std::pow(std::max(rms, 0.01F), -kLevelEvenness);
 }
 
 void Singer::Tick() {
@@ -351,7 +358,12 @@ void Singer::Tick() {
     while (const ControlChange* const change = m_timeline.TakeDue(now))
         Apply(*change);
     const Voice& voice = VoiceOf(ControlValue(Control::Program));
-    m_person = PersonOf(ControlValue(Control::Program), m_bank);
+    const RecordedPerson* const person = PersonOf(ControlValue(Control::Program), m_bank);
+    m_isPerson = person != nullptr;
+    if (m_isPerson && !m_person)
+        m_recorded.Begin();
+    if (m_isPerson || m_shareNow == 0) // who gives way to the tract sings on meanwhile
+        m_person = person;
     const Segment* const segment = FindCurrent(now);
     m_isFirstTick = segment && m_gain.value == 0;
     if (m_isFirstTick)
@@ -376,7 +388,9 @@ void Singer::Tick() {
     const float f0 =
         m_pitch.Advance(now, static_cast<float>(kTickSamples * 1000 / m_rate), m_timeline, segment, PitchControlsNow());
     m_glottis.SetFrequency(std::min(f0, static_cast<float>(m_rate) * 0.45F) / static_cast<float>(m_rate));
-    m_personShare.Approach(m_person ? 1.0F : 0.0F, m_isFirstTick ? 1.0F : Pace(20));
+    m_personShare.Approach(m_isPerson ? 1.0F : 0.0F, m_isFirstTick ? 1.0F : Pace(20));
+    if (!m_isPerson && m_personShare.value < kAside)
+        m_personShare.value = 0;
     if (m_isFirstTick)
         m_shareNow = m_personShare.value;
     m_shareStep = (m_personShare.value - m_shareNow) / kTickSamples; // in a line, as the levels move
@@ -398,7 +412,7 @@ void Singer::Tick() {
 
     MovePerson(segment, now, f0, effortDb);
     const float envelope = Envelope(segment, now);
-    if (m_person && segment)
+    if (m_isPerson && segment)
         target.voicing = 1; // its consonants have levels of their own
     const bool rising = target.voicing * envelope > m_voicing.value;
     m_voicing.Approach(target.voicing * envelope, Pace(segment ? (rising ? 3.0F : 6.0F) : release / 3));
@@ -415,10 +429,14 @@ void Singer::Tick() {
     // Levels move in a line through the tick, so that no controller makes a step.
     const float clearness = FromDb(6 * VoiceControl(15));
     const float perSample = 1.0F / kTickSamples;
-    m_recordedStep = (m_voicing.value * m_gain.value * kLevel / m_recorded.NucleusLevel() - m_recordedNow) * perSample;
+    const float recorded = m_voicing.value * m_gain.value * kLevel / m_recorded.NucleusLevel();
+    if (m_shareNow == 0) // what the level was meant for before is nothing that is sung now
+        m_recordedNow = recorded;
+    m_recordedStep = (recorded - m_recordedNow) * perSample;
     m_voicingStep = (m_voicing.value * m_gain.value * (isSynthetic ? LevelFor(f0) : 0) - m_voicingNow) * perSample;
-    m_aspirationStep = (m_aspiration.value * m_gain.value * kLevel * kAspirationLevel - m_aspirationNow) * perSample;
-    m_noiseStep = (m_noise.value * m_gain.value * kLevel * clearness - m_noiseNow) * perSample;
+    m_aspirationStep =
+        (m_aspiration.value * m_gain.value * kSyntheticLevel * kAspirationLevel - m_aspirationNow) * perSample;
+    m_noiseStep = (m_noise.value * m_gain.value * kSyntheticLevel * clearness - m_noiseNow) * perSample;
     m_breathNow = voice.breath * (VoiceControl(13) < 0 ? 1 + VoiceControl(13) : 1 + 7 * VoiceControl(13));
 
     const float brightnessPace = m_isFirstTick ? 1.0F : Pace(15);
@@ -429,6 +447,9 @@ void Singer::Tick() {
 
     m_tilt = 1 - std::exp(-6.2831853F * std::min(CornerHz(), 15000.0F) / static_cast<float>(m_rate));
     m_shelfGain.Approach(FromDb(9 * VoiceControl(14)) - 1, brightnessPace);
+    if (m_isFirstTick)
+        m_shelfNow = m_shelfGain.value;
+    m_shelfStep = (m_shelfGain.value - m_shelfNow) * perSample;
 }
 
 /// What a recorded person takes of the controls.
@@ -459,14 +480,16 @@ void Singer::MakeSamples(float* samples, int count) {
         MakeSyntheticAlone(samples, count);
     else
         MakeMixed(samples, count);
-    if (m_shelfGain.value == 0)
+    if (m_shelfGain.value == 0 && m_shelfNow == 0)
         return; // nearly always; where it rises again, it rises from nothing
-    float shelf = m_shelfState;
+    float shelf = m_shelfState, gain = m_shelfNow;
     for (int i = 0; i < count; ++i) {
         shelf += (samples[i] - shelf) * m_shelf;
-        samples[i] += (samples[i] - shelf) * m_shelfGain.value;
+        gain += m_shelfStep;
+        samples[i] += (samples[i] - shelf) * gain;
     }
     m_shelfState = shelf;
+    m_shelfNow = gain;
 }
 
 void Singer::MakeSyntheticAlone(float* samples, int count) {
@@ -492,7 +515,7 @@ void Singer::MakeMixed(float* samples, int count) {
             sound = synthetic[Place(made++)] * (1 - share);
         }
         m_recordedNow += m_recordedStep;
-        if (share > 0.001F)
+        if (share > kAside)
             sound += m_recorded.Next() * m_recordedNow * share;
         samples[i] = sound;
     }
@@ -534,8 +557,10 @@ int Singer::MakeSynthetic(float* sounds, int count) {
     m_tract.Run(sounds, count);
     if (std::max(noise.At(0), noise.At(count - 1)) > kQuiet * 0.001F) {
         std::array<Band, 2> hiss = m_hiss;
-        for (int i = 0; i < silent; ++i)
-            sounds[i] += hiss[1].Next(hiss[0].Next(units[Place(i)])) * m_hissGain * noise.At(i);
+        for (int i = 0; i < silent; ++i) {
+            const float once = hiss[0].Next(units[Place(i)]), twice = hiss[1].Next(once);
+            sounds[i] += (m_isHissSteep ? twice : once) * m_hissGain * noise.At(i);
+        }
         m_hiss = hiss;
     }
     return silent;

@@ -88,13 +88,14 @@ private:
     std::array<Smoothed, kFormants> m_boost;
     float m_whiteLevel = 1; ///< keeps noise as strong in a band whatever the rate
     float m_tilt = 1, m_tiltState = 0;
-    float m_shelf = 0, m_shelfState = 0;
+    float m_shelf = 0, m_shelfState = 0, m_shelfNow = 0, m_shelfStep = 0;
     float m_effortShare = 0, m_effortState = 0;
     Smoothed m_tiltHz, m_effort, m_shelfGain;
 
     Glottis m_glottis;
     Noise m_random;
-    const RecordedPerson* m_person = nullptr; ///< who sings, null: the tract below
+    bool m_isPerson = false;                  ///< else the tract below sings
+    const RecordedPerson* m_person = nullptr; ///< who sings, or still gives way
     const VoiceBank* m_bank = nullptr;
     Person m_recorded;
     Colour m_colour;
@@ -102,8 +103,9 @@ private:
     Smoothed m_personShare; ///< 1: the person alone, 0: the tract alone
     float m_shareNow = 0, m_shareStep = 0;
     VocalTract m_tract;
-    std::array<Band, 2> m_hiss; ///< one after the other, for steep edges
-    float m_hissGain = 0;       ///< brings their noise to an RMS of 1
+    std::array<Band, 2> m_hiss; ///< one after the other, where its edges are steep
+    bool m_isHissSteep = true;
+    float m_hissGain = 0; ///< brings their noise to an RMS of 1
 };
 
 } // namespace rve

@@ -55,6 +55,7 @@ bool IsVowelPhone(std::string_view name) {
                    {"aa", "ae", "ah", "ao", "aw", "ax", "ay", "eh", "er", "ey", "ih", "iy", "ow", "oy", "uh", "uw"});
 }
 bool IsStopPhone(std::string_view name) { return IsOneOf(name, {"p", "t", "k", "b", "d", "g", "ch", "jh"}); }
+bool IsVoicelessStopPhone(std::string_view name) { return IsOneOf(name, {"p", "t", "k", "ch"}); }
 bool IsDiphthongPhone(std::string_view name) { return IsOneOf(name, {"aw", "ay", "ey", "ow", "oy"}); }
 
 } // namespace rve

@@ -17,6 +17,7 @@ const Spoken* SpokenAs(const Phoneme& phoneme);
 
 bool IsVowelPhone(std::string_view name);
 bool IsStopPhone(std::string_view name);
+bool IsVoicelessStopPhone(std::string_view name);
 /// Phones whose colour changes on their way.
 bool IsDiphthongPhone(std::string_view name);
 

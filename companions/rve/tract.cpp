@@ -13,27 +13,37 @@ constexpr float kUpperEnd = 0.4F; // of the sample rate
 constexpr float kUpperBandwidth = 150;
 constexpr float kUpperWidening = 0.04F;
 constexpr float kFading = 20;
-constexpr int kAtOnce = 32;
 
 } // namespace
 
-void Antiresonator::Set(const Poles& zeros) {
-    m_b = zeros.b;
-    m_c = zeros.c;
-    m_a = 1 / (1 - m_b - m_c);
+void Nose::SetResonance(const Poles& poles) {
+    m_gain = 1 - poles.b - poles.c;
+    m_squared = -poles.c;
 }
 
-void Antiresonator::Run(float* samples, int count) {
-    for (int done = 0; done < count; done += kAtOnce) {
-        float* const out = samples + done;
-        const int some = std::min(count - done, kAtOnce);
-        std::array<float, kAtOnce + 2> x{m_x2, m_x1};
-        std::copy_n(out, some, x.begin() + 2);
-        for (int i = 0; i < some; ++i)
-            out[i] = m_a * (x[Place(i + 2)] - m_b * x[Place(i + 1)] - m_c * x[Place(i)]);
-        m_x1 = x[Place(some + 1)];
-        m_x2 = x[Place(some)];
+void Nose::SetNotch(const Poles& zeros) {
+    m_notchGain = 1 - zeros.b - zeros.c;
+    m_notchSquared = -zeros.c;
+}
+
+double Nose::GainSquared(double cosine) const {
+    const auto squared = [cosine](double gain, double radiusSquared) {
+        return PolynomialSquared(1 - gain + radiusSquared, -radiusSquared).At(cosine) / (gain * gain);
+    };
+    return squared(m_notchGain, m_notchSquared) / squared(m_gain, m_squared);
+}
+
+void Nose::Run(float* samples, int count) {
+    const float notch = 1 / m_notchGain;
+    float made = m_made, step = m_step;
+    for (int i = 0; i < count; ++i) {
+        const float before = step;
+        step = m_gain * samples[i] + m_squared * step - m_gain * made;
+        samples[i] = made + notch * (step - m_notchSquared * before);
+        made += step;
     }
+    m_made = made;
+    m_step = step;
 }
 
 void Band::Set(const Poles& poles) {
@@ -44,12 +54,13 @@ void Band::Set(const Poles& poles) {
 
 void VocalTract::Reset() {
     m_chain.Reset();
-    m_notch.Reset();
+    m_nose.Reset();
     m_formantSettings.fill({});
     m_noseSetting = m_notchSetting = {};
     for (Band& band : m_boostBands)
         band.Reset();
     m_boosts.fill(0);
+    m_boostSteps.fill(0);
     m_upperHz = m_upperApart = 0;
     m_boosted = false;
 }
@@ -85,9 +96,9 @@ void VocalTract::SetUpper(float hz, float apart, float rate) {
 
 void VocalTract::SetNose(float hz, float notchHz, float rate) {
     if (m_noseSetting.Moves(hz, kNoseBandwidth))
-        m_chain.Set(kNose, PolesAt(hz, kNoseBandwidth, rate));
+        m_nose.SetResonance(PolesAt(hz, kNoseBandwidth, rate));
     if (m_notchSetting.Moves(notchHz, kNoseBandwidth))
-        m_notch.Set(PolesAt(notchHz, kNoseBandwidth, rate));
+        m_nose.SetNotch(PolesAt(notchHz, kNoseBandwidth, rate));
 }
 
 /// The upper resonances add little to the low harmonics that are asked for.
@@ -95,26 +106,24 @@ VocalTract::Gains VocalTract::GainsSquared(const Gains& cosines) const {
     double above = 1;
     Gains below;
     below.fill(1);
-    const auto pass = [&](int stage) {
-        const Cascade::Gain gain = m_chain.GainOf(stage);
+    for (int formant = 0; formant < kFormants; ++formant) {
+        const Cascade::Gain gain = m_chain.GainOf(kFirstFormant + formant);
         above *= gain.above;
         for (size_t i = 0; i < kGains; ++i)
             below[i] *= std::max(gain.below.At(cosines[i]), 1e-12);
-    };
-    pass(kNose);
-    for (int formant = 0; formant < kFormants; ++formant)
-        pass(kFirstFormant + formant);
+    }
     Gains gains;
     for (size_t i = 0; i < kGains; ++i)
-        gains[i] = above * m_notch.GainSquared(cosines[i]) / below[i];
+        gains[i] = above * m_nose.GainSquared(cosines[i]) / below[i];
     return gains;
 }
 
-void VocalTract::SetBoost(int formant, float gain) {
-    if (std::exchange(m_boosts[Place(formant)], gain - 1) == gain - 1)
+void VocalTract::SetBoost(int formant, float gain, int samples) {
+    const float step = (gain - 1 - m_boosts[Place(formant)]) / static_cast<float>(samples);
+    if (std::exchange(m_boostSteps[Place(formant)], step) == 0 && step == 0)
         return;
-    const bool boosted =
-        std::any_of(m_boosts.begin(), m_boosts.end(), [](float boost) { return std::abs(boost) > 1e-4F; });
+    const auto isHeard = [](float boost) { return std::abs(boost) > 1e-4F; };
+    const bool boosted = std::any_of(m_boosts.begin(), m_boosts.end(), isHeard) || isHeard(gain - 1);
     if (boosted && !m_boosted)
         for (Band& band : m_boostBands)
             band.Reset();
@@ -122,14 +131,16 @@ void VocalTract::SetBoost(int formant, float gain) {
 }
 
 void VocalTract::Run(float* samples, int count) {
-    m_notch.Run(samples, count);
+    m_nose.Run(samples, count);
     m_chain.Run(samples, count);
     if (!m_boosted)
         return;
     for (int i = 0; i < count; ++i) {
         float y = samples[i];
-        for (size_t formant = 0; formant < kFormants; ++formant)
+        for (size_t formant = 0; formant < kFormants; ++formant) {
+            m_boosts[formant] += m_boostSteps[formant];
             y += m_boosts[formant] * m_boostBands[formant].Next(samples[i]);
+        }
         samples[i] = y;
     }
 }

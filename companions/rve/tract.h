@@ -9,18 +9,22 @@
 
 namespace rve {
 
-/// The inverse of a resonance: a notch with a gain of 1 at 0 Hz.
-class Antiresonator {
+/// The nose: a resonance and a notch, each with a gain of 1 at 0 Hz, that undo one another while they lie at one place.
+/// As one filter: between them what lies high would be a thousand times as strong, and what is rounded off there heard.
+class Nose {
 public:
-    void Reset() { m_x1 = m_x2 = 0; }
-    void Set(const Poles& zeros);
-    double GainSquared(double cosine) const { return m_a * m_a * PolynomialSquared(m_b, m_c).At(cosine); }
+    void Reset() { m_made = m_step = 0; }
+    void SetResonance(const Poles& poles);
+    void SetNotch(const Poles& zeros);
+    double GainSquared(double cosine) const;
     /// The samples go through it, in place.
     void Run(float* samples, int count);
 
 private:
-    float m_a = 1, m_b = 0, m_c = 0;
-    float m_x1 = 0, m_x2 = 0;
+    /// 1 - b - c and -c of both.
+    float m_gain = 1, m_squared = 0;
+    float m_notchGain = 1, m_notchSquared = 0;
+    float m_made = 0, m_step = 0; ///< what the resonance has made last, and its step to there
 };
 
 /// A band with a gain of 1 at its centre.
@@ -56,16 +60,16 @@ public:
     static constexpr size_t kGains = 12;
     using Gains = std::array<double, kGains>;
     Gains GainsSquared(const Gains& cosines) const;
-    /// Amplitude of one formant's band beside the rest: 1 leaves it as it is.
-    void SetBoost(int formant, float gain);
+    /// Amplitude of one formant's band beside the rest, which is reached in a line after so many samples: 1 leaves it
+    /// as it is.
+    void SetBoost(int formant, float gain, int samples);
     /// The samples go through it, in place.
     void Run(float* samples, int count);
 
 private:
     static constexpr int kUpper = 9;
-    static constexpr int kNose = kUpper; ///< the stage behind them
     static constexpr int kFirstFormant = Cascade::kStages - kFormants;
-    static_assert(kNose < kFirstFormant);
+    static_assert(kUpper <= kFirstFormant);
     /// What a resonance was set to.
     struct Setting {
         float hz = 0, bandwidth = 0;
@@ -76,10 +80,10 @@ private:
     Cascade m_chain;                       ///< the upper ones first: the formants soften what their moving does
     float m_upperHz = 0, m_upperApart = 0; ///< what they were set to
     std::array<Setting, kFormants> m_formantSettings;
-    Antiresonator m_notch;
+    Nose m_nose;
     Setting m_noseSetting, m_notchSetting;
     std::array<Band, kFormants> m_boostBands;
-    std::array<float, kFormants> m_boosts{};
+    std::array<float, kFormants> m_boosts{}, m_boostSteps{};
     bool m_boosted = false;
 };
 

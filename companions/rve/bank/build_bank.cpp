@@ -33,6 +33,7 @@ constexpr Person kPersons[] = {
     {"slt", register_cmu_us_slt, 1.17F}, {"rms", register_cmu_us_rms, 1.0F}, {"awb", register_cmu_us_awb, 1.0F}};
 
 constexpr float kSharpness = 0.4F;
+constexpr float kConsonantContrast = 1.15F; ///< models of many recorded frames make consonants too much alike
 constexpr size_t kTriplesAtOnce = 20;
 
 /// Where a man's formants are looked for: vowels after Peterson and Barney (1952).
@@ -53,8 +54,10 @@ std::array<float, bank::kFormants> ExpectedFormants(const std::string& phone, fl
 
 uint8_t Byte(float share) { return static_cast<uint8_t>(std::lround(share * 255)); }
 
-bank::Frame FrameOf(const RecordedVoice::Vector& vector, const std::string& phone, float size) {
+bank::Frame FrameOf(const RecordedVoice::Vector& vector, const std::string& phone, const Cepstrum& mean, float size) {
     Cepstrum cepstrum = vector.cepstrum;
+    if (!RecordedVoice::IsVowel(phone))
+        Contrast(cepstrum, mean, kConsonantContrast);
     Sharpen(cepstrum, kSharpness);
     bank::Frame frame{};
     for (size_t m = 0; m < cepstrum.size(); ++m) {
@@ -75,7 +78,7 @@ bank::Frame FrameOf(const RecordedVoice::Vector& vector, const std::string& phon
 /// Everything that a bank holds, each frame and each sequence once.
 class Contents {
 public:
-    Contents(RecordedVoice& voice, float size) : m_voice(voice), m_size(size) {
+    Contents(RecordedVoice& voice, float size) : m_voice(voice), m_mean(voice.MeanCepstrum()), m_size(size) {
         const int phones = static_cast<int>(voice.Phones().size());
         const auto count = static_cast<size_t>(phones);
         m_places.assign(count * count * count, bank::kNoSequence);
@@ -154,12 +157,13 @@ private:
         if (isNew) {
             if (m_frames.size() > UINT16_MAX)
                 throw std::runtime_error("too many frames");
-            m_frames.push_back(FrameOf(m_voice.VectorAt(vector), phone, m_size));
+            m_frames.push_back(FrameOf(m_voice.VectorAt(vector), phone, m_mean, m_size));
         }
         return number->second;
     }
 
     RecordedVoice& m_voice;
+    Cepstrum m_mean;
     float m_size;
     std::vector<bank::Frame> m_frames;
     std::vector<uint32_t> m_places; ///< by phone, the one before, the one after

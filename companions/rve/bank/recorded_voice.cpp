@@ -16,10 +16,6 @@ constexpr const char* kSilence = "pau";
 constexpr const char* kVowels[] = {"aa", "ae", "ah", "ao", "aw", "ax", "ay", "eh",
                                    "er", "ey", "ih", "iy", "ow", "oy", "uh", "uw"};
 
-bool IsVowel(const std::string& phone) {
-    return std::any_of(std::begin(kVowels), std::end(kVowels), [&](const char* vowel) { return phone == vowel; });
-}
-
 // The utterance that is being spoken: the front end is called back without any argument of ours.
 const std::vector<std::vector<std::string>>* g_words;
 const std::set<size_t>* g_asked; ///< sounds whose frames are wanted, silences not counted
@@ -144,6 +140,10 @@ RecordedVoice::RecordedVoice(cst_voice_struct* voice)
     feat_set(voice->features, "wave_synth_func", uttfunc_val(LayFrames));
 }
 
+bool RecordedVoice::IsVowel(const std::string& phone) {
+    return std::any_of(std::begin(kVowels), std::end(kVowels), [&](const char* vowel) { return phone == vowel; });
+}
+
 bool RecordedVoice::IsWord(const Triple& triple) const {
     return triple.before != 0 || triple.after != 0 || IsVowel(m_phones[static_cast<size_t>(triple.phone)]);
 }
@@ -245,6 +245,17 @@ std::vector<RecordedVoice::Sequence> RecordedVoice::Speak(const std::vector<Trip
     }
     delete_utterance(utterance);
     return sequences;
+}
+
+std::array<float, rve::bank::kCoefficients> RecordedVoice::MeanCepstrum() const {
+    std::array<double, rve::bank::kCoefficients> sum{};
+    const int count = m_models->num_frames[0];
+    for (int number = 0; number < count; ++number)
+        for (size_t m = 0; m < sum.size(); ++m)
+            sum[m] += VectorAt(number).cepstrum[m];
+    std::array<float, rve::bank::kCoefficients> mean{};
+    std::transform(sum.begin(), sum.end(), mean.begin(), [&](double s) { return static_cast<float>(s / count); });
+    return mean;
 }
 
 RecordedVoice::Vector RecordedVoice::VectorAt(int number) const {

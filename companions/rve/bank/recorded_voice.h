@@ -17,6 +17,8 @@ public:
     /// The phones that the models know, silence first, then by name.
     const std::vector<std::string>& Phones() const { return m_phones; }
 
+    static bool IsVowel(const std::string& phone);
+
     /// A phone in its context: numbers of the phones before it, itself, and after it.
     struct Triple {
         int before, phone, after;
@@ -34,6 +36,8 @@ public:
         float voicing;                                 ///< 0..1
     };
     Vector VectorAt(int number) const;
+    /// The mean of the cepstra of all vectors.
+    std::array<float, rve::bank::kCoefficients> MeanCepstrum() const;
 
 private:
     std::vector<std::string> WordFor(const Triple& triple, size_t& place) const;

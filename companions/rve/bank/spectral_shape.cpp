@@ -44,6 +44,11 @@ double Power(const Cepstrum& cepstrum) {
 
 } // namespace
 
+void Contrast(Cepstrum& cepstrum, const Cepstrum& mean, float factor) {
+    for (size_t m = 1; m < cepstrum.size(); ++m)
+        cepstrum[m] = mean[m] + factor * (cepstrum[m] - mean[m]);
+}
+
 void Sharpen(Cepstrum& cepstrum, float amount) {
     const double before = Power(cepstrum);
     for (size_t m = 2; m < cepstrum.size(); ++m)

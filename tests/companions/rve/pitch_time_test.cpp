@@ -75,6 +75,15 @@ TEST_CASE("time: a bend applies its delay after it arrives") {
     const auto sound = Sing(stream, 0.9);
     CHECK(std::abs(Cents(PitchOf(Part(sound, 300, 490), HzOf(60)), HzOf(60))) < 4);
     CHECK(std::abs(Cents(PitchOf(Part(sound, 520, 800), HzOf(62)), HzOf(62))) < 4);
+    // Of one more than there is room for the earliest applies at once, the next one in its time.
+    Stream crowded;
+    crowded.Bend(8191, 400).Bend(-8192, 500);
+    for (int i = 0; i < 4095; ++i)
+        crowded.Value(0x66, 0, 600);
+    crowded.Note({.note = 60, .startMs = 0});
+    const auto early = Sing(crowded);
+    CHECK(std::abs(Cents(PitchOf(Part(early, 100, 390), HzOf(62)), HzOf(62))) < 4);
+    CHECK(std::abs(Cents(PitchOf(Part(early, 520, 590), HzOf(58)), HzOf(58))) < 12);
 }
 
 TEST_CASE("joined notes: no break in the sound, and a glide centred on the join as long as the way out says") {
@@ -106,6 +115,15 @@ TEST_CASE("joined notes: no break in the sound, and a glide centred on the join 
     CHECK(std::abs(plain[3]) < 0.2);
     CHECK(plain[5] == doctest::Approx(3.5).epsilon(0.15));
     CHECK(plain[7] > 6.8);
+
+    const auto middle = [](const char* second) { // of the second note
+        Stream stream;
+        stream.Note({.note = 57, .lengthMs = 300, .phonemes = "i", .type = 1});
+        stream.Note({.note = 57, .startMs = 400, .lengthMs = 300, .phonemes = second, .type = 2});
+        const auto sound = Part(Sing(stream), 500, 650);
+        return Band(sound, 600, 1500) / Rms(sound);
+    };
+    CHECK(middle("") == doctest::Approx(middle("i")).epsilon(0.02)); // no text goes on with its vowel
 }
 
 TEST_CASE("drift: a steady note is never quite still, nor ever out of tune") {
@@ -138,6 +156,18 @@ TEST_CASE("silence: exact zeros within a second of the last note, and before the
         CHECK(Rms(Part(sound, 0, 50)) == 0.0);
         CHECK(Rms(Part(sound, 1500, 1700)) == 0.0);
         CHECK(Rms(Part(sound, 300, 450)) > 0.02);
+    }
+}
+
+TEST_CASE("silence: what was sung before it is not heard after it") {
+    for (const int program : {1, 97}) {
+        CAPTURE(program);
+        Stream alone, second;
+        alone.Value(0x53, program).Note({.startMs = 700, .lengthMs = 200, .phonemes = "s a"});
+        second.Value(0x53, program)
+            .Note({.note = 64, .startMs = 50, .lengthMs = 200, .phonemes = "i s", .velocity = 127});
+        second.Note({.startMs = 700, .lengthMs = 200, .phonemes = "s a"});
+        CHECK(Part(Sing(alone, 1.0), 500, 1000) == Part(Sing(second, 1.0), 500, 1000));
     }
 }
 

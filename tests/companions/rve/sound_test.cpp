@@ -122,19 +122,20 @@ TEST_CASE(
     // th: 53 ms of closure, 22 of burst, 55 of breath without a tone, then the vowel at 300 ms.
     const auto aspirated = Part(english("th Q"), 250, 296), plain = english("t Q");
     CHECK(Rms(aspirated) > 0.003);
+    CHECK(Band(aspirated, 400, 1200) > 4 * Band(aspirated, 2000, 2800)); // through the mouth that opens for the vowel
     CHECK(Tone(aspirated, 110) < 0.1 * Tone(Part(english("th Q"), 340, 386), 110));
     CHECK(Rms(Part(plain, 225, 270)) < 0.001);
 
     const auto closure = Part(english("b Q"), 235, 275);
     CHECK(Band(closure, 60, 400) > 30 * Band(closure, 900, 3000));
 
-    // Before d the second formant of Q rises towards 1500 Hz in the vowel's last 50 ms, which end at 810 ms.
+    // Before d the second formant of Q rises towards 1500 Hz in the vowel's last 50 ms, which end at 770 ms.
     const auto ended = english("Q d"), open = english("Q");
     const auto slant = [](const std::vector<double>& sound, double from, double to) {
         return Band(Part(sound, from, to), 1250, 1700) / Band(Part(sound, from, to), 800, 1150);
     };
-    CHECK(slant(ended, 785, 810) > 1.5 * slant(open, 785, 810));
-    CHECK(slant(ended, 700, 750) == doctest::Approx(slant(open, 700, 750)).epsilon(0.2));
+    CHECK(slant(ended, 745, 770) > 4 * slant(open, 745, 770));
+    CHECK(slant(ended, 650, 700) == doctest::Approx(slant(open, 650, 700)).epsilon(0.2));
 
     // An r at the end of "I@" brings the third formant down from 2550 to 1690 Hz.
     const auto ear = english("I@");
@@ -236,14 +237,20 @@ TEST_CASE("vibrato: rate and depth as told, where told; tremolo") {
 }
 
 TEST_CASE("shapes: attacks and releases take the time they are told, styles stretch and tighten") {
-    const auto rise = [](int code, int duration) {
+    const auto rise = [](int code, int duration, const char* phonemes = "a") {
         Stream stream;
-        stream.Note({.note = 69, .startMs = 100, .attackCode = code, .attackDepth = 0, .attackDuration = duration});
+        stream.Note({.note = 69,
+                     .startMs = 100,
+                     .phonemes = phonemes,
+                     .attackCode = code,
+                     .attackDepth = 0,
+                     .attackDuration = duration});
         const auto sound = Sing(stream);
         return OnsetOf(Part(sound, 100, 700), 0.9 * Rms(Part(sound, 400, 600)));
     };
     CHECK(rise(0, 0) < 20);
     CHECK(rise(0, 127) > rise(0, 20) + 30);
+    CHECK(rise(0, 127, "m a") < rise(0, 127) - 30); // it begins with the m
     CHECK(rise(1, 64) > 1.5 * rise(0, 64));
     CHECK(rise(2, 64) < rise(0, 64));
     const auto rings = [](int code, int duration) {
@@ -317,10 +324,11 @@ TEST_CASE("voices and voice controls: each changes what it is said to change") {
 TEST_CASE("no clicks: joins, steps and controllers that jump are as smooth as the tone") {
     Stream steady;
     steady.Note({.note = 57, .startMs = 0, .lengthMs = 900});
-    const double tone = Roughness(Part(Sing(steady, 0.8), 300, 700));
-    const auto check = [tone](const char* what, Stream stream, double louder) {
-        CAPTURE(what);
-        CHECK(Roughness(Part(Sing(stream, 0.8), 300, 700)) < tone * louder * 1.6);
+    constexpr uint32_t kRate = 96000; // where a step stands out most
+    const double tone = Roughness(Part(Sing(steady, 0.8, kRate), 300, 700, kRate));
+    const auto check = [tone](const char* what, const Stream& stream, double louder) {
+        CAPTURE(std::string(what));
+        CHECK(Roughness(Part(Sing(stream, 0.8, kRate), 300, 700, kRate)) < tone * louder * 1.6);
     };
     Stream joined;
     joined.Note({.note = 57, .startMs = 0, .lengthMs = 500, .type = 1})
@@ -334,13 +342,13 @@ TEST_CASE("no clicks: joins, steps and controllers that jump are as smooth as th
     check("dynamics", louder, 5.5); // 11 dB louder and brighter
     Stream loudest;
     loudest.Value(0x63, 127).Note({.note = 57, .startMs = 0, .lengthMs = 900, .velocity = 127});
-    check("as loud as can be", loudest, 13); // 16 dB louder, brighter and bent
+    check("as loud as can be", loudest, 15); // 16 dB louder, brighter and bent
     Stream voice = steady;
     voice.Value(0x53, 3, 500).Bend(8191, 550);
     check("program and bend", voice, 1.6);
     for (int control = 0; control < 17; ++control) {
         Stream jump = steady;
         jump.VoiceControl(control, 127, 450).VoiceControl(control, 0, 550);
-        check("voice control", jump, control == 14 || control == 12 ? 4 : 4);
+        check("voice control", jump, 4);
     }
 }
