@@ -6,6 +6,9 @@
 #include "sound_font.h"
 
 #include <doctest/doctest.h>
+#include <nlohmann/json.hpp>
+
+#include <fstream>
 
 TEST_CASE("band: after five minutes of changing tempos it is at its frame; marks and transposition count") {
     torv::songs::Song song;
@@ -65,7 +68,9 @@ TEST_CASE("band: as loud against the voices as is asked for, softer when practis
     };
     const auto [sung, played] = levels("out.wav", "--band -6 --practice command_test_files/practice");
     CHECK(played - sung == doctest::Approx(-6).epsilon(0.25));
-    const auto [louder, alone] = levels("loud.wav", "--band 3 --level -10");
+    const auto [louder, alone] = levels("loud.wav", "--band 3 --level -10 --report command_test_files/out.json");
+    std::ifstream file(folder.path / "out.json");
+    CHECK(nlohmann::json::parse(file)["parts"][1]["name"] == "Band: part 2");
     CHECK(alone - louder == doctest::Approx(3).epsilon(0.5));
     CHECK(louder - sung == doctest::Approx(-10).epsilon(0.01));
     const std::vector<double> practice = Wave(folder.path / "practice/song-1-part 1.wav");

@@ -9,7 +9,7 @@
 
 namespace {
 
-std::vector<int> Values(const Folder& folder, const char* name) {
+std::vector<int> SamplesOf(const Folder& folder, const char* name) {
     std::vector<int> values;
     for (const double value : Wave(folder.path / name))
         values.push_back(static_cast<int>(value * 32768));
@@ -60,7 +60,7 @@ TEST_CASE("mix: waves of every kind, as long as the longest, beside nothing else
     REQUIRE(run.status == 0);
     CHECK(run.said.find("2 files, 0:00.0") != std::string::npos);
     // The mono file twice on the left; the stereo file as it is.
-    CHECK(Values(folder, "mix.wav") == std::vector<int>{2100, 7, -32768, 32767, 6000, 0});
+    CHECK(SamplesOf(folder, "mix.wav") == std::vector<int>{2100, 7, -32768, 32767, 6000, 0});
     CHECK(run.said.find("1 frame passed full scale and is cut: lower every level by 1.1 dB") != std::string::npos);
     CHECK(folder.Count() == 3);
 
@@ -70,10 +70,10 @@ TEST_CASE("mix: waves of every kind, as long as the longest, beside nothing else
     const std::string old = folder.File("old.wav", PcmWave(1, 8, 48000, {192, 64}));
     run = folder.Torv("mix " + deep + ":-6.0206 " + old + ":-12.0412 --quiet" + kOut);
     CHECK((run.status == 0 && run.said.empty()));
-    CHECK(Values(folder, "mix.wav") == std::vector<int>{12288, 12288, -8192, -8192}); // 8192 + 4096; -4096 - 4096
+    CHECK(SamplesOf(folder, "mix.wav") == std::vector<int>{12288, 12288, -8192, -8192}); // 8192 + 4096; -4096 - 4096
 
     run = folder.Torv("mix " + stereo + ":0:0.5" + kOut);
-    CHECK(Values(folder, "mix.wav") == std::vector<int>{50, 11, -16384, 32767});
+    CHECK(SamplesOf(folder, "mix.wav") == std::vector<int>{50, 11, -16384, 32767});
     CHECK(folder.Count() == 5);
     run = folder.Torv("info command_test_files/mix.wav");
     CHECK(run.said.find("rate: 48000") != std::string::npos);
@@ -86,13 +86,14 @@ TEST_CASE("mix: a wave streamed into a pipe is read to its end; of many chunks t
     const auto mix = [&](const FileBytes& wave) {
         const Run run = folder.Torv("mix " + folder.File("in.wav", wave) + kOut);
         CHECK_MESSAGE(run.status == 0, run.said);
-        CHECK(Values(folder, "mix.wav") == mixed);
+        CHECK(SamplesOf(folder, "mix.wav") == mixed);
         return run.said.find("read to the file's end") != std::string::npos;
     };
     const FileBytes format = FormatChunk(1, 1, 16, 44100);
     for (const uint32_t size : {0U, 0xFFFFFFFFU, 7U, 0x7FFFF000U})
         CHECK(mix(RiffOf(format + WaveChunkOf("data", samples, size), size)));
-    CHECK(mix(RiffOf(format + WaveChunkOf("data", samples, 0), 36))); // the header was never completed
+    for (const uint32_t size : {36U, 0xFFFFFFFFU}) // the header was never completed
+        CHECK(mix(RiffOf(format + WaveChunkOf("data", samples, 0), size)));
 
     FileBytes chunks;
     for (int i = 0; i < 5000; ++i)

@@ -14,7 +14,7 @@ using namespace torv::songs;
 
 TEST_CASE("places: bars, beats and times as users write them") {
     // A pickup of a quarter, a bar of 4/4, then 6/8; 120 quarters a minute, from the 6/8 on 60.
-    Song song;
+    torv::songs::Song song;
     song.meters = {{0, 4, 2}, {2400, 6, 3}};
     song.measures = {{0, 480, 0}, {480, 1920, 1}, {2400, 1440, 2}};
     song.tempos = {{2400, 1000000}};

@@ -40,6 +40,8 @@ TEST_CASE("sing: the wave's pitches and times are the file's") {
         const std::vector<double> sound = Wave(folder.path / "out.wav");
         std::ifstream file(folder.path / "out.json");
         const nlohmann::json report = nlohmann::json::parse(file);
+        CHECK(report["parts"].size() == 1);
+        CHECK(report["measures"][0]["beats"] == nlohmann::json{0, 0.5, 1, 1.5});
         const nlohmann::json& notes = report["parts"][0]["notes"];
         REQUIRE(notes.size() == 8);
         const double shift = options == "--plain" ? 0 : 12;

@@ -2,8 +2,8 @@
 
 #include "catalogue.h"
 #include "messages.h"
-#include "number_range.h"
 #include "number_text.h"
+#include "value_checks.h"
 
 #include <cmath>
 #include <cstdio>
@@ -13,7 +13,7 @@ namespace {
 /// What is asked about a song's words.
 void AddWords(CLI::App& command, SongOptions& options) {
     command.add_option("--language", options.language, "What the lyrics are sung as: ja, en, or auto to look at them")
-        ->check(CLI::IsMember({"ja", "en", "auto"}))
+        ->check(OneOf({"ja", "en", "auto"}))
         ->capture_default_str();
     command.add_option("--verse", options.verse, "The verse to sing, counted from 1")
         ->check(NumberFrom(1, 99))
@@ -84,7 +84,7 @@ void AddInput(CLI::App& command, SongOptions& options) {
 
 void AddRate(CLI::App& command, unsigned& rate) {
     command.add_option("--rate", rate, "Samples a second: 44100, 48000 or 96000")
-        ->check(CLI::IsMember({44100U, 48000U, 96000U}))
+        ->check(OneOf({"44100", "48000", "96000"}))
         ->capture_default_str();
 }
 
@@ -97,7 +97,7 @@ void AddSoundOutput(CLI::App& command, SoundOptions& options) {
     command
         .add_option("--bits", options.bits,
                     "Bits of a sample: 16, 24, or 32 as floats; kinds that lose something anyway take no notice")
-        ->check(CLI::IsMember({16U, 24U, 32U}))
+        ->check(OneOf({"16", "24", "32"}))
         ->capture_default_str();
     command
         .add_option("--normalize", options.normalize,

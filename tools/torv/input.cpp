@@ -17,7 +17,7 @@ bool IsStandardInput(const std::string& path) { return path == "-"; }
 
 std::string NameOfInput(const std::string& path) { return IsStandardInput(path) ? "standard input" : path; }
 
-std::unique_ptr<std::istream> OpenInputStream(const std::string& path) {
+std::unique_ptr<std::istream> OpenSequentialInput(const std::string& path) {
     if (!IsStandardInput(path))
         return torv::songs::OpenInputStream(path);
     static bool isTaken = false;
@@ -55,5 +55,5 @@ std::unique_ptr<std::istream> OpenInput(const std::string& path) {
     std::error_code ignored;
     if (!IsStandardInput(path) && std::filesystem::is_regular_file(path, ignored))
         return torv::songs::OpenInputStream(path);
-    return Collected(*OpenInputStream(path), NameOfInput(path));
+    return Collected(*OpenSequentialInput(path), NameOfInput(path));
 }

@@ -10,7 +10,7 @@
 std::unique_ptr<std::istream> OpenInput(const std::string& path);
 
 /// The same for what is read from its beginning only: no more of it is taken than the reader asks for.
-std::unique_ptr<std::istream> OpenInputStream(const std::string& path);
+std::unique_ptr<std::istream> OpenSequentialInput(const std::string& path);
 
 bool IsStandardInput(const std::string& path);
 /// For messages.

@@ -6,6 +6,7 @@
 #include "devices.h"
 #include "errors.h"
 #include "interruption.h"
+#include "messages.h"
 #include "optional_values.h"
 
 #include <torv/platform/afx/exception.h>
@@ -81,7 +82,10 @@ int main(int argc, char** argv) {
         return WithOutputWritten(line.app.exit(error) == 0 ? 0 : kWrongUse);
     }
     try {
+        const bool isFontNamed = line.singing->count("--soundfont") > 0;
         ApplyConfiguration(line.app, ConfigurationPath());
+        if (isFontNamed && !line.sing.band)
+            Remark(line.sing.song.quiet, "--soundfont: nobody plays from it without --band");
         return WithOutputWritten(Run(line));
     } catch (const InputError& error) {
         return Fail(error.message, kBadInput);

@@ -231,8 +231,9 @@ void SingOne(const SingOptions& options) {
     std::string parts = song.parts.size() > 1 ? std::to_string(song.parts.size()) + " parts, " : std::string();
     if (CountVerses(song.song) > 1)
         parts += "verse " + std::to_string(options.song.verse) + ", ";
-    std::fprintf(summary, "%s%s, %s, %.0f x real time: %s\n", parts.c_str(), Counted(song.CountNotes(), "note").c_str(),
-                 ClockText(result.seconds).c_str(), elapsed > 0 ? result.seconds / elapsed : 0.0,
+    const double speed = elapsed > 0 ? result.seconds / elapsed : 0;
+    std::fprintf(summary, "%s%s, %s, %.*f x real time: %s\n", parts.c_str(), Counted(song.CountNotes(), "note").c_str(),
+                 ClockText(result.seconds).c_str(), speed < 10 ? 1 : 0, speed,
                  options.output.empty() ? options.practice.c_str() : NameOfOutput(options.output).c_str());
 }
 

@@ -24,7 +24,7 @@ namespace {
 Song ReadInput(const SongOptions& options) {
     if (!IsStandardInput(options.input))
         return ReadSongFile(options.input, {options.encoding});
-    return ReadSong(*OpenInputStream(options.input), NameOfInput(options.input), {options.encoding});
+    return ReadSong(*OpenSequentialInput(options.input), NameOfInput(options.input), {options.encoding});
 }
 
 /// The parts that are sung: those named, else the track, else every part with words, else the first.
@@ -51,7 +51,8 @@ std::vector<PartChoice> ChooseParts(const SongOptions& options, const Song& song
     return choices;
 }
 
-void RemarkOnPart(const SongOptions& options, const std::string& name, const VoiceLine& line) {
+void RemarkOnPart(const SongOptions& options, const std::string& name, const VoiceLine& line,
+                  const std::string& declaredLanguage) {
     if (!line.hasWords)
         Remark(options.quiet, name + " has no lyrics: it is sung on a vowel");
     if (line.refrainWords > 0)
@@ -66,6 +67,9 @@ void RemarkOnPart(const SongOptions& options, const std::string& name, const Voi
     const std::string language = line.japanese ? std::string() : GuessOtherLanguage(WholeWords(line));
     if (!language.empty())
         Remark(options.quiet, name + ": the words look " + language + ", and are sung as if they were English");
+    else if (line.hasWords && !line.japanese && !declaredLanguage.empty() && !declaredLanguage.starts_with("en"))
+        Remark(options.quiet, name + ": the words are said to be in \"" + declaredLanguage +
+                                  "\", and are sung as if they were English");
 }
 
 /// What the user asked for, or what the lyrics look like.
@@ -192,7 +196,7 @@ SongScore MakeSongScore(const SongOptions& asked, Song song) {
         PartPlan& plan = plans.emplace_back();
         plan.name = part.name;
         plan.line = MakeVoiceLine(part, options.verse, options.plain);
-        RemarkOnPart(options, isAlone || part.name.empty() ? options.input : part.name, plan.line);
+        RemarkOnPart(options, isAlone || part.name.empty() ? options.input : part.name, plan.line, song.language);
         plan.voices = FindVoices(options, song, choice, plan.line, *databases);
         for (const std::string& remark :
              DropUnknownPhonemes(plan.line, LanguageOfSinger(plan.voices.front().id), song)) {
