@@ -82,10 +82,7 @@ public:
         m_lastKana = lastKana;
     }
 
-    void Finish() override {
-        Deliver(SettleHeld({}));
-        m_held.clear();
-    }
+    void Finish() override { Deliver(SettleHeld({})); }
 
 private:
     void SingOn() {

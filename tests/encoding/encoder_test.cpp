@@ -44,7 +44,8 @@ struct Inside : CxQuillMidiEncoder {
 };
 
 const tagSequenceTimeMap kMap[] = {{500000, 0, 0}, {1000000, 1920, 2000}, {0, 0xFFFFFFFF, 0xFFFFFFFF}};
-const tagSequenceTimeMap kEmpty[] = {{0, 0xFFFFFFFF, 0xFFFFFFFF}};
+// What stands behind the end is not looked at.
+const tagSequenceTimeMap kEmpty[] = {{0, 0xFFFFFFFF, 0xFFFFFFFF}, {1000000, 0, 7}, {0, 0xFFFFFFFF, 0xFFFFFFFF}};
 
 /// One of everything that needs memory.
 void Fill(Chart& chart) {
@@ -123,6 +124,8 @@ TEST_CASE("encoder: places in a map, from any hint, in no map and in one of noth
         CHECK(E::UpdateRealTimeInfo(&info, 99) == 0); // behind where it stands
         CHECK(E::UpdateRealTimeInfo(&info, 2400) == 1);
         CHECK(Values(info.index, info.tick, info.time) == "1 2400 3000");
+        info.map = kEmpty;
+        CHECK(Values{E::UpdateRealTimeInfo(&info, 2400), info.index, info.time} == "1 0 0");
         info.map = nullptr;
         CHECK(E::UpdateRealTimeInfo(&info, 2400) == 0);
     }

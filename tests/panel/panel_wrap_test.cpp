@@ -73,6 +73,7 @@ TEST_CASE("panel: every call arrives, and our panel remembers what it is told") 
     CHECK(Values(record.text, reinterpret_cast<intptr_t>(record.parent)) == std::string(255, 'x') + " 370080");
     panel.SetPlay(1);
     CHECK(Record().playing == 1);
+    CHECK(Values{panel.InitPanelWrap("host"), Record().text} == "1 host");
     CHECK(Values{panel.InitPanelWrap(nullptr), panel.SendDeviceData(nullptr)} == "0 -1");
 }
 

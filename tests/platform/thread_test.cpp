@@ -47,6 +47,11 @@ TEST_CASE("thread: handles and numbers") {
     DWORD theirs = 0;
     BegunThread thread([&] { theirs = GetCurrentThreadId(); }, CREATE_SUSPENDED);
     CHECK_FALSE(thread.End(10));
+    for (int i = 0; i < 200; ++i)
+        SuspendThread(thread.handle);
+    CHECK(ResumeThread(thread.handle) == MAXIMUM_SUSPEND_COUNT);
+    while (ResumeThread(thread.handle) > 2) {
+    }
     CHECK(ResumeThread(thread.handle) == 1);
     CHECK(thread.End());
     CHECK(theirs == thread.id);

@@ -92,12 +92,8 @@ int CRtSynthesis::RTS_Play() {
         m_nMixerPlaying = CWaveOut::Play();
         return m_nMixerPlaying;
     }
-    const Workers workers = TheWorkers();
-    if (workers.output && !workers.output->Wait(0)) {
-        if (m_state.IsPlaying())
-            return 1;
-        workers.output->Wait();
-    }
+    if (TheWorkers().output && m_state.IsPlaying())
+        return 1;
     m_state.SetPlaying(true);
     auto worker = BeginWorker([this] { RTS_WaveOutThread_2(); });
     if (!worker)

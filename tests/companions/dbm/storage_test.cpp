@@ -40,6 +40,9 @@ TEST_CASE("single entries that make no sense are left out, and kept in a copy wh
         R"({"language":"ja","program":8,"voice":0,"name":"Hana"},)"
         R"({"language":"ja","program":8,"voice":0,"name":""},)"
         R"({"language":"ja","program":8,"voice":0,"name":"\u8868"},)"
+        R"({"language":"ja","program":8,"voice":0,"name":")" +
+        std::string(1001, 'a') +
+        R"("},)"
         R"({"language":"ja","program":8,"voice":0,"name":"b","parameters":{"Noise":1e3}},)"
         R"({"language":["ja"],"program":8,"voice":0,"name":"b"},)"
         R"({"language":"ja","program":8,"voice":18446744073709551615,"name":"b"},)" +
