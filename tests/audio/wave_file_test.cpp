@@ -114,6 +114,8 @@ TEST_CASE("wave file: what is no wave file of this layout is refused and left as
     CHECK(path.Get() == MonoFile(Words({1, 2, 3})));
     file.Open(path.Text());
     CHECK(Values{file.Remove(), path.Exists(), file.Remove()} == "1 0 0");
+    CHECK_THROWS_AS(file.OpenExisting(path.Text()), const CFileException&);
+    CHECK_FALSE(path.Exists());
 }
 
 TEST_CASE("wave file: only an empty file changes its format") {

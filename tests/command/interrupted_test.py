@@ -21,14 +21,18 @@ TRACK = NOTE * NOTES + bytes([0, 0xFF, 0x2F, 0])
 SONG = b"MThd\0\0\0\6\0\1\0\1\1\xE0MTrk" + len(TRACK).to_bytes(4, "big") + TRACK
 
 
+def wait_until(is_so):
+    deadline = time.monotonic() + 60
+    while not is_so() and time.monotonic() < deadline:
+        time.sleep(0.01)
+
+
 def sing_and_interrupt(folder, command):
     """The exit status."""
     child, terminal = pty.fork()
     if child == 0:
         os.execvp(command[0], [*command, "sing", str(folder / "song.mid"), "-o", str(folder / "out.wav"), "--quiet"])
-    deadline = time.monotonic() + 60
-    while len(list(folder.iterdir())) < 3 and time.monotonic() < deadline:
-        time.sleep(0.01)
+    wait_until(lambda: len(list(folder.iterdir())) == 3)
     os.write(terminal, b"\x03")
     try:
         while os.read(terminal, 4096):
@@ -44,5 +48,7 @@ with tempfile.TemporaryDirectory() as name:
     (FOLDER / "out.wav").write_bytes(b"old")
     STATUS = sing_and_interrupt(FOLDER, sys.argv[1:])
     assert STATUS in (-signal.SIGINT, 130), STATUS
+    # Wine's server takes away what was open a moment after the program itself has gone.
+    wait_until(lambda: len(list(FOLDER.iterdir())) == 2)
     LEFT = {path.name: path.stat().st_size for path in FOLDER.iterdir()}
     assert LEFT == {"song.mid": len(SONG), "out.wav": 3}, LEFT

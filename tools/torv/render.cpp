@@ -29,7 +29,9 @@ DWORD Frames(DWORD milliseconds, DWORD rate) {
 } // namespace
 
 struct Rendering::SungWave {
-    explicit SungWave(const std::string& output) : file(output), wave(file.GrowingPath(), kWindow) {}
+    explicit SungWave(const std::string& output) : file(output), wave(kWindow) {
+        wave.OpenExisting(file.GrowingPath());
+    }
     OutputFile file; ///< never committed
     CWaveFile wave;
 };

@@ -33,7 +33,7 @@ struct SungWave {
     explicit SungWave(const std::string& output) : file(output.c_str()) {
         if (!file.IsOpen())
             throw EditorError(output + ": cannot be written (" + file.Error().message() + "); choose another folder");
-        wave.Open(file.Path());
+        wave.OpenExisting(file.Path());
     }
     torv::ReplacedFile file;
     CWaveFile wave; // goes first, and closes

@@ -38,14 +38,18 @@ CWaveFile::~CWaveFile() {
     }
 }
 
-int CWaveFile::Open(const CString& path) {
+int CWaveFile::Open(const CString& path) { return OpenPath(path, true); }
+
+int CWaveFile::OpenExisting(const CString& path) { return OpenPath(path, false); }
+
+int CWaveFile::OpenPath(const CString& path, bool mayMake) {
     CWaveFile::Close();
     const auto giveUp = [this] {
         CFile::Abort();
         m_pBuffer.reset();
     };
     try {
-        OpenPath(path);
+        OpenFile(path, mayMake);
     } catch (const std::bad_alloc&) {
         giveUp();
         throw CMemoryException();
@@ -72,13 +76,12 @@ BOOL CWaveFile::Open(LPCSTR path, UINT /*flags*/, CFileException* error) {
     return FALSE;
 }
 
-void CWaveFile::OpenPath(const CString& path) {
+void CWaveFile::OpenFile(const CString& path, bool mayMake) {
+    CFileException error;
     // A path that cannot be opened as it is becomes a new file.
-    if (!CFile::Open(path, modeReadWrite | shareDenyNone)) {
-        CFileException error;
-        if (!CFile::Open(path, modeCreate | modeNoTruncate | modeReadWrite, &error))
-            throw error;
-    }
+    if (!CFile::Open(path, modeReadWrite | shareDenyNone, &error) &&
+        !(mayMake && CFile::Open(path, modeCreate | modeNoTruncate | modeReadWrite, &error)))
+        throw error;
     m_bDirty = false;
     m_bHeaderStale = false;
     m_bWindowLoaded = false;

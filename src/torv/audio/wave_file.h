@@ -31,7 +31,9 @@ public:
     /// Returns 1. Throws CFileException when it cannot be opened or is no wave file of this layout, CMemoryException
     /// when there is no room for the buffer; nothing is open then. A file that is open is closed first.
     int Open(const CString& path);
-    /// The same through the base, whatever the flags say; FALSE, and the error, instead of an exception.
+    /// The same for a file that is there, perhaps an empty one; what is not there is refused and not made.
+    int OpenExisting(const CString& path);
+    /// As Open, through the base, whatever the flags say; FALSE, and the error, instead of an exception.
     BOOL Open(LPCSTR path, UINT flags, CFileException* error) override;
     /// Flushes and closes; harmless when nothing is open.
     void Close() override;
@@ -126,7 +128,8 @@ public:
 
 private:
     bool IsReady() const { return m_hFile != hFileNull && m_pBuffer; }
-    void OpenPath(const CString& path);
+    int OpenPath(const CString& path, bool mayMake);
+    void OpenFile(const CString& path, bool mayMake);
     void ReadHeader(const CString& path);
     void WriteHeader();
     ULONGLONG PlaceOf(DWORD frame) const;

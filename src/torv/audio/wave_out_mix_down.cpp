@@ -56,7 +56,8 @@ int CWaveOut::RenderMix(const char* path, const WAVEFORMATEX* format) {
         torv::ReplacedFile file(torv::NewFilePath(path));
         if (!file.IsOpen())
             return 0;
-        CWaveFile mix(CString(file.Path()), kFileBufferFrames);
+        CWaveFile mix(kFileBufferFrames);
+        mix.OpenExisting(file.Path());
         if (format)
             mix.SetWaveFormat(*format);
         torv::MixPass pass;

@@ -29,8 +29,8 @@ public:
 
     /// Whether it can be written and committed.
     bool IsOpen() const noexcept { return m_name != nullptr; }
-    /// Where the file grows, for writers that open it by name: a regular file, empty at first. They have closed it
-    /// before Commit. Null when nothing is open.
+    /// Where the file grows, for writers that open it by name: a regular file, empty at first. They make none when it
+    /// is not there, since it has been removed then, and have closed it before Commit. Null when nothing is open.
     const char* Path() const noexcept { return m_name; }
 
     /// Appends, or writes where Seek went. Once a write has failed, Commit answers false.
