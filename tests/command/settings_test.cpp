@@ -68,5 +68,30 @@ TEST_CASE("settings: standing wishes hold where the command line says nothing, a
               .find("torv.conf:2: there is no option \"vioce\" of torv sing: did you mean voice") != std::string::npos);
     CHECK(FailureOf(folder, "voice =").find("torv.conf:1: voice needs a value") != std::string::npos);
     CHECK(FailureOf(folder, "[play]\nlevel = loud").empty()); // it is not what is asked for now
+
+    // What only the databases or the song can refuse is told with its place too, and as wrong use as ever.
+    const std::vector<StandingWish> wishes{{"torv.conf:1", "--voice", "Nobody"},
+                                           {"torv.conf:2", "--at", "9=Nobdy"},
+                                           {"torv.conf:3", "--part", "Alto=None:-3"},
+                                           {"torv.conf:4", "--soundfont", "my.sf2"},
+                                           {"torv.conf:5", "--to", "0:01"}};
+    const auto lineOf = [&wishes](const std::string& error) {
+        const std::string said = WithItsPlace(error, wishes);
+        return said == error ? '-' : said.at(std::string("torv.conf:").size());
+    };
+    CHECK(lineOf("there is no voice \"Nobody\": did you mean Ryo?") == '1');
+    CHECK(lineOf("there is no voice or dynamic level \"Nobdy\": did you mean Ryo?") == '2');
+    CHECK(lineOf("there is no voice \"None\": did you mean Ryo?") == '3');
+    CHECK(lineOf("my.sf2: cannot be opened") == '4');
+    CHECK(lineOf("--to 0:01: lies before the beginning") == '5');
+    for (const char* const other : {"there is no voice \"Nob\"", "--total: is no option", "a.mid: is empty", "\"\""})
+        CHECK_MESSAGE(lineOf(other) == '-', other);
+    fs::create_directories(folder.path / "nowhere" / "torv");
+    folder.File("nowhere/torv/torv.conf", {'v', 'o', 'i', 'c', 'e', '=', 'X'});
+    const Run run =
+        folder.Torv("sing " + folder.File("a.mid", MidiFile(0, 480, {TrackBytes().On(0, 60).Off(480, 60)})) + " -o " +
+                    kIn + "a.wav");
+    CHECK(run.status == 2);
+    CHECK(run.said.find("torv.conf:1: there is no voice \"X\"") != std::string::npos);
     CHECK(folder.Torv("--version").said == std::string("torv ") + kTorvVersion + "\n");
 }

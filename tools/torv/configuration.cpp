@@ -62,6 +62,25 @@ private:
     std::vector<CLI::App*> m_verbs;
 };
 
+/// Whether the name is the wish's value or one of its fields, as in "9=Susan" and "Alto=Susan:-3".
+bool Holds(const StandingWish& wish, const std::string& name) {
+    const std::string& value = wish.value;
+    const auto isBorder = [&value](size_t at) { return at >= value.size() || value[at] == '=' || value[at] == ':'; };
+    for (size_t at = value.find(name); at != std::string::npos; at = value.find(name, at + 1))
+        if ((at == 0 || isBorder(at - 1)) && isBorder(at + name.size()))
+            return true;
+    return false;
+}
+
+/// An error begins with the option or file that it is about, or has the name that is wrong in quotes.
+bool IsAbout(const std::string& error, const StandingWish& wish) {
+    const size_t quote = error.find('"');
+    const std::string name =
+        quote == std::string::npos ? std::string() : error.substr(quote + 1, error.find('"', quote + 1) - quote - 1);
+    return error.starts_with(wish.option + " ") || error.starts_with(wish.option + ":") ||
+           (!wish.value.empty() && error.starts_with(wish.value + ":")) || (!name.empty() && Holds(wish, name));
+}
+
 bool IsSaid(const CLI::Option& option) {
     const auto& others = option.get_excludes();
     return option.count() > 0 ||
@@ -85,11 +104,12 @@ std::string ConfigurationPath() {
     return folder.empty() ? folder : folder + "/torv/torv.conf";
 }
 
-void ApplyConfiguration(CLI::App& app, const std::string& path) {
+std::vector<StandingWish> ApplyConfiguration(CLI::App& app, const std::string& path) {
+    std::vector<StandingWish> wishes;
     std::ifstream file(path);
     const std::vector<CLI::App*> running = app.get_subcommands();
     if (!file || path.empty() || running.empty())
-        return;
+        return wishes;
     const auto options = running.front()->get_options();
     std::vector<const CLI::Option*> said;
     std::copy_if(options.begin(), options.end(), std::back_inserter(said),
@@ -121,8 +141,16 @@ void ApplyConfiguration(CLI::App& app, const std::string& path) {
                 option->clear(); // of a line before
             option->add_result(isFlag ? option->get_flag_value("--" + name, value) : value);
             option->run_callback();
+            wishes.push_back({where, "--" + name, value});
         } catch (const CLI::Error& error) {
             Fail(where, error.what());
         }
     }
+    return wishes;
+}
+
+std::string WithItsPlace(const std::string& error, const std::vector<StandingWish>& wishes) {
+    const auto found = std::find_if(wishes.rbegin(), wishes.rend(),
+                                    [&error](const StandingWish& wish) { return IsAbout(error, wish); });
+    return found == wishes.rend() ? error : found->where + ": " + error;
 }

@@ -56,11 +56,6 @@ int Run(const CommandLine& line) {
     return 0;
 }
 
-int Fail(const std::string& message, int status) {
-    std::fprintf(stderr, "torv: %s\n", message.c_str());
-    return status;
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
@@ -81,23 +76,28 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return WithOutputWritten(line.app.exit(error) == 0 ? 0 : kWrongUse);
     }
+    std::vector<StandingWish> wishes;
+    const auto fail = [&wishes](const std::string& message, int status) {
+        std::fprintf(stderr, "torv: %s\n", WithItsPlace(message, wishes).c_str());
+        return status;
+    };
     try {
         const bool isFontNamed = line.singing->count("--soundfont") > 0;
-        ApplyConfiguration(line.app, ConfigurationPath());
+        wishes = ApplyConfiguration(line.app, ConfigurationPath());
         if (isFontNamed && !line.sing.band)
             Remark(line.sing.song.quiet, "--soundfont: nobody plays from it without --band");
         return WithOutputWritten(Run(line));
     } catch (const InputError& error) {
-        return Fail(error.message, kBadInput);
+        return fail(error.message, kBadInput);
     } catch (const torv::songs::NameError& error) {
-        return Fail(error.what(), kWrongUse);
+        return fail(error.what(), kWrongUse);
     } catch (const torv::songs::SongError& error) {
-        return Fail(error.what(), kBadInput);
+        return fail(error.what(), kBadInput);
     } catch (const WrongUse& error) {
-        return Fail(error.message, kWrongUse);
+        return fail(error.message, kWrongUse);
     } catch (const std::bad_alloc&) {
-        return Fail("there is not enough memory for this", kBadInput);
+        return fail("there is not enough memory for this", kBadInput);
     } catch (const CMemoryException&) {
-        return Fail("there is not enough memory for this", kBadInput);
+        return fail("there is not enough memory for this", kBadInput);
     }
 }
