@@ -2,6 +2,7 @@
 #include "command_line.h"
 #include "configuration.h"
 #include "errors.h"
+#include "help.h"
 #include "manual.h"
 #include "run_command.h"
 
@@ -41,8 +42,31 @@ TEST_CASE("settings: the manual page and the completion have every verb and ever
             }
     }
     CHECK(options > 50);
-    CHECK(page.find("\\fIINPUT...\\fR") != std::string::npos);
+    CHECK(page.find("\\fIINPUT...\\&\\fR") != std::string::npos);
+    CHECK(page.find("PART[=VOICE[:DB[:PAN]]]") != std::string::npos);
     CHECK(completion.find("\"sing --rate\") values=\"44100 48000 96000\"") != std::string::npos);
+}
+
+TEST_CASE("settings: help fits the terminal, and says what a value may be") {
+    CommandLine line;
+    CLI::App* const sing = line.app.get_subcommand("sing");
+    for (const size_t columns : {72, 90}) {
+        sing->formatter(std::make_shared<HelpFormatter>(columns));
+        std::istringstream lines(sing->help());
+        size_t longest = 0;
+        for (std::string text; std::getline(lines, text);)
+            longest = std::max(longest, text.size());
+        CHECK(longest <= columns);
+        CHECK(longest + 6 > columns);
+    }
+    const std::string help = sing->help();
+    for (const std::string text :
+         {"\n  --language ja|en|auto       What", "\n  --level DB                  Loud",
+          "\n  --part PART[=VOICE[:DB[:PAN]]]\n          ", "\n  --plain                     Leave"})
+        CHECK_MESSAGE(help.find(text) != std::string::npos, text);
+    CHECK(DescriptionOf(*sing->get_option("--level")).ends_with("amplitude (-60 to 24; else 0)"));
+    CHECK(DescriptionOf(*sing->get_option("--language")).ends_with("at them (else auto)"));
+    CHECK(DescriptionOf(*sing->get_option("--normalize")).ends_with("so many (-60 to 0)"));
 }
 
 TEST_CASE("settings: standing wishes hold where the command line says nothing, and are refused by line") {

@@ -1,12 +1,15 @@
 #include "command_line.h"
 
 #include "catalogue.h"
+#include "help.h"
 #include "messages.h"
 #include "number_text.h"
+#include "terminal.h"
 #include "value_checks.h"
 
 #include <cmath>
 #include <cstdio>
+#include <memory>
 
 namespace {
 
@@ -224,7 +227,8 @@ CLI::App* AddPhonemes(CLI::App& app, PhonemesOptions& options) {
     CLI::App* const phonemes = app.add_subcommand("phonemes", "Show how a song's words are pronounced");
     phonemes->add_option("INPUT", options.song.input,
                          "The song: a standard MIDI file, a MusicXML score or a UST; - is standard input");
-    phonemes->add_option("--text", options.text, "Words in place of a song, with hyphens between syllables");
+    phonemes->add_option("--text", options.text, "Words in place of a song, with hyphens between syllables")
+        ->type_name("WORDS");
     AddWords(*phonemes, options.song);
     phonemes->add_flag("--json", options.json, "As JSON");
     phonemes->footer("Example: torv phonemes --text \"si-lent night[n aI t]\"\n"
@@ -275,12 +279,13 @@ CommandLine::CommandLine()
       describing(AddInfo(app, info)), spelling(AddPhonemes(app, phonemes)), mixing(AddMix(app, mix)),
       voices(AddVoices(app, list)), icons(AddIcons(app, list)), devices(AddDevices(app, list)) {
     app.require_subcommand(1);
+    const auto formatter = std::make_shared<HelpFormatter>(TerminalWidth(stdout));
+    app.formatter(formatter);
     for (CLI::App* const verb : app.get_subcommands({})) {
         verb->group("Verbs");
+        verb->formatter(formatter);
         verb->allow_windows_style_options(false); // a path may begin with a slash everywhere
     }
-    app.get_formatter()->column_width(30);
-    app.get_formatter()->label("SUBCOMMAND", "VERB");
     app.footer("torv VERB --help tells what one can do, as in torv sing --help.");
     app.set_version_flag("--version", std::string("torv ") + kTorvVersion);
 }

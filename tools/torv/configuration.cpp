@@ -119,6 +119,8 @@ std::vector<StandingWish> ApplyConfiguration(CLI::App& app, const std::string& p
     for (int number = 1; std::getline(file, text); ++number) {
         const std::string where = path + ":" + std::to_string(number);
         const std::string line = Trimmed(text);
+        if (line.find('\0') != std::string::npos)
+            Fail(where, "this is no text: save the wishes as plain text");
         if (line.empty() || line.front() == '#')
             continue;
         if (line.front() == '[') {

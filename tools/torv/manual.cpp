@@ -1,8 +1,7 @@
 #include "manual.h"
 
 #include "catalogue.h"
-
-#include <CLI/CLI.hpp>
+#include "help.h"
 
 #include <algorithm>
 
@@ -18,18 +17,11 @@ std::vector<const CLI::Option*> OptionsOf(const CLI::App& verb) {
     return verb.get_options([](const CLI::Option* option) { return !option->get_group().empty(); });
 }
 
-/// What the option's value may be, where there is a fixed list: "{ja,en,auto}" of its type.
+/// What the option's value may be, where there is a fixed list.
 std::string ChoicesOf(const CLI::Option& option) {
-    const std::string type = option.get_type_name();
-    const size_t begin = type.find('{');
-    std::string choices = begin == std::string::npos ? "" : type.substr(begin + 1, type.find('}') - begin - 1);
-    std::replace(choices.begin(), choices.end(), ',', ' ');
+    std::string choices = option.get_type_name().find('{') == std::string::npos ? "" : ValueNameOf(option);
+    std::replace(choices.begin(), choices.end(), '|', ' ');
     return choices;
-}
-
-std::string TypeOf(const CLI::Option& option) {
-    const std::string type = option.get_type_name();
-    return type.substr(0, type.find(':'));
 }
 
 /// As troff wants it: hyphens that can be copied, no line that begins with a command.
@@ -51,13 +43,9 @@ std::string OptionEntry(const CLI::Option& option) {
     if (const size_t comma = name.find(','); comma != std::string::npos)
         name.insert(comma + 1, " ");
     std::string entry = ".TP\n\\fB" + Escaped(name) + "\\fR";
-    const bool isFlag = option.get_expected_max() == 0;
-    if (!isFlag && !isPositional)
-        entry += " \\fI" + Escaped(TypeOf(option)) + "\\fR";
-    entry += "\n" + Escaped(option.get_description());
-    if (!isFlag && !option.get_default_str().empty())
-        entry += " (else " + Escaped(option.get_default_str()) + ")";
-    return entry + ".\n";
+    if (const std::string value = ValueNameOf(option); !value.empty() && !isPositional)
+        entry += " \\fI" + Escaped(value) + "\\fR";
+    return entry + "\n" + Escaped(DescriptionOf(option)) + ".\n";
 }
 
 } // namespace
@@ -69,8 +57,8 @@ std::string ManualPage(const CLI::App& app, const std::string& version) {
         page += ".B torv " + verb->get_name() + "\n";
         for (const CLI::Option* option : OptionsOf(*verb))
             if (option->get_positional())
-                page +=
-                    "\\fI" + Escaped(option->get_name(true)) + (option->get_expected_max() > 1 ? "..." : "") + "\\fR\n";
+                page += "\\fI" + Escaped(option->get_name(true)) + (option->get_expected_max() > 1 ? "...\\&" : "") +
+                        "\\fR\n";
         page += "[\\fIoptions\\fR]\n.br\n";
     }
     page += ".SH DESCRIPTION\n";

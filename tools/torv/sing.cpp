@@ -108,6 +108,12 @@ WrittenSound MixInto(Rendering& rendering, const std::string& path, const MixLev
     return written;
 }
 
+/// Where all parts are as loud as in the song.
+std::string PracticeOfAll(const SingOptions& options) {
+    return (fs::path(options.practice) / (StemOf(options.song.input) + "-all." + EndingFor({}, options.sound)))
+        .string();
+}
+
 /// A file for every part with this one in front, and one of all.
 WrittenSound WritePractice(const SingOptions& options, const SongScore& song, Rendering& rendering) {
     const fs::path folder = options.practice;
@@ -118,8 +124,7 @@ WrittenSound WritePractice(const SingOptions& options, const SongScore& song, Re
     };
     for (size_t i = 0; i < song.parts.size(); ++i)
         MixInto(rendering, (folder / nameOf(i)).string(), LevelsOf(options, song, i), options);
-    return MixInto(rendering, (folder / (stem + "-all" + ending)).string(), LevelsOf(options, song, song.parts.size()),
-                   options);
+    return MixInto(rendering, PracticeOfAll(options), LevelsOf(options, song, song.parts.size()), options);
 }
 
 void WriteReports(const SingOptions& options, const SongScore& song, const RenderOptions& render,
@@ -202,8 +207,7 @@ void SingOne(const SingOptions& options) {
     const RenderOptions render = MakeRenderOptions(options, song);
     if (!options.practice.empty())
         MakeFolder(options.practice);
-    const std::string beside =
-        options.output.empty() ? (fs::path(options.practice) / "sung.wav").string() : options.output;
+    const std::string beside = options.output.empty() ? PracticeOfAll(options) : options.output;
     WrittenSound result;
     std::string band;
     {
