@@ -1,10 +1,13 @@
 // From a song to its sound.
 #include "torv/songs/casting.h"
 #include "torv/songs/engine_stream.h"
+#include "torv/songs/sound_curves.h"
 #include "torv/songs/synthesis.h"
 
 #include <doctest/doctest.h>
 
+#include <cmath>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -102,5 +105,48 @@ TEST_CASE("synthesis: parts side by side sound as one after another") {
     for (size_t i = 0; i < 3; ++i) {
         CHECK(BytesOf("songs_test_" + std::to_string(i) + ".wav") == alone[i]);
         std::filesystem::remove("songs_test_" + std::to_string(i) + ".wav");
+    }
+}
+
+TEST_CASE("slides: the pitch is on its way for all of a note, beside other bends; a short note has a slow transition") {
+    const MessageCatcher messages;
+    Databases databases(messages);
+    Song song;
+    Part part = PartOf("S", 69); // 69 until 1 s, 74 until 2 s, 74 for an eighth of a second, 71
+    for (size_t i = 0; i < 4; ++i) {
+        part.notes[i].tick = i < 3 ? static_cast<uint32_t>(960 * i) : 2040;
+        part.notes[i].length = i < 2 ? 960 : 120;
+        part.notes[i].key = i == 0 ? 69 : i < 3 ? 74 : 71;
+        part.notes[i].slides = i % 2 == 0;
+    }
+    song.parts = {part};
+    CompleteSong(song);
+    CHECK_FALSE(MakeVoiceLine(part, 1, true).notes[0].slides); // in a plain song
+    PartPlan plan{
+        "S", MakeVoiceLine(part), {{0, databases.Find(kVoices, "Alice")}}, {}, FindExpressions(databases, {})};
+    plan.curves.bends = {{1500, 4096}};
+    Score score = BuildScore(song, {plan}, {}, databases);
+    AddPhonemes(score, messages);
+    const CBreakPointList& bends = *score.parts[0].track->GetPitchBendBreakPointList();
+    CHECK(score.parts[0].track->GetPitchBendSensBreakPointList()->GetHead().value == 5);
+    CHECK(bends.GetTail().position == static_cast<LONG>(score.leadTicks) + 1500);
+    CHECK(bends.GetTail().value == 8192 / 5); // a semitone, as half of two was
+
+    const char* const path = "songs_test_slide.wav";
+    std::filesystem::remove(path);
+    {
+        const auto stream = MakeEngineStream(score, score.parts[0], 2000);
+        CWaveFile wave(path);
+        SingStreams({{stream.get(), &wave}}, 44100, [](double, double) {});
+    }
+    const std::vector<char> bytes = BytesOf(path);
+    std::filesystem::remove(path);
+    std::vector<int16_t> samples((bytes.size() - 44) / 2);
+    std::memcpy(samples.data(), bytes.data() + 44, samples.size() * 2);
+    const double begin = score.leadMilliseconds / 1000.0;
+    const SoundCurves curves = MeasureSound(samples, 44100, {{begin, begin + 1, 71}, {begin + 1, begin + 3, 74}});
+    for (const double at : {0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8, 0.9, 0.96, 1.0, 1.04, 1.1, 1.2}) {
+        const double pitch = curves.pitch.at(static_cast<size_t>(std::lround((begin + at) / kCurveStep)));
+        CHECK_MESSAGE(std::abs(pitch - (69 + 5 * std::min(at, 1.0))) < 0.25, at << " s: " << pitch);
     }
 }

@@ -74,7 +74,8 @@ TEST_CASE("writers: the hymn that other programs write is ours in all parts") {
     for (const auto& row : rows) {
         CAPTURE(row.command);
         if (std::system((std::string("command -v ") + row.program + " >/dev/null").c_str()) != 0) {
-            MESSAGE("SKIPPED: " << row.program << " (package " << row.package << ") is not installed");
+            MESSAGE("SKIPPED: " << std::string(row.program) << " (package " << std::string(row.package)
+                                << ") is not installed");
             continue;
         }
         REQUIRE(std::system(("(" + row.command + ") >/dev/null 2>&1").c_str()) == 0);

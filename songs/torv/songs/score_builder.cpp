@@ -2,6 +2,7 @@
 
 #include "torv/songs/hand_phonemes.h"
 #include "torv/songs/note_icons.h"
+#include "torv/songs/slides.h"
 #include "torv/songs/song_error.h"
 #include "torv/songs/syllables.h"
 #include "torv/songs/tempo_trail.h"
@@ -237,6 +238,8 @@ ScorePart BuildPart(const Song& song, const PartPlan& plan, const Databases& dat
     TrackWriter writer(part.track);
     NoteIcons icons(databases, plan.expressions, writer.Builder());
     Marks marks(plan, databases, score.leadTicks, part.track);
+    Curves curves = plan.curves;
+    const std::vector<bool> areBent = BendSlides(notes, SongClock(song.tempos), curves);
     int hint = 0;
     for (size_t i = 0; i < notes.size(); ++i) {
         const SungNote& note = notes[i];
@@ -256,16 +259,17 @@ ScorePart BuildPart(const Song& song, const PartPlan& plan, const Databases& dat
         record->noteAttribute = (note.joined ? kJoinedToPrevious : 0) | (joinsNext ? kJoinedToNext : 0);
         record->lyricHandle = torv::HandleOf(part.track->AttachLyricObject(lyric));
         record->noteHeadHandle = note.joined ? 0 : icons.Attack();
-        record->noteTailHandle = !joinsNext ? icons.Release() : note.slides ? icons.Slide() : icons.Transition();
+        if (!areBent[i])
+            record->noteTailHandle = !joinsNext ? icons.Release() : note.slides ? icons.Slide() : icons.Transition();
         DWORD offset = 0;
-        record->vibratoHandle = icons.Vibrato(note.length, milliseconds, offset);
+        record->vibratoHandle = areBent[i] ? 0 : icons.Vibrato(note.length, milliseconds, offset);
         record->vibratoOffset = static_cast<LONG>(offset);
         writer.Put(tick, record);
         part.notes.push_back({tick, note.length, note.key, note.velocity, note.joined, lyric});
     }
     marks.PutUntil(song.end, writer);
     writer.Close();
-    PutCurves(plan.curves, score.leadTicks, *part.track);
+    PutCurves(curves, score.leadTicks, *part.track);
     return part;
 }
 

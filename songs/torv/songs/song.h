@@ -47,7 +47,7 @@ struct Note {
     int velocity = 80;                  ///< 1..127
     std::vector<Word> words;            ///< of all verses
     bool slurred = false;               ///< goes on into the part's next note without a new attack
-    bool slides = false;                ///< glides slowly into the note that it goes on into
+    bool slides = false;                ///< glides all along into the note that it goes on into
     bool staccato = false;              ///< sounds about half its length
     bool tenuto = false;                ///< sounds for all of its length, whatever stands around it
     bool accent = false;                ///< is louder than its neighbours

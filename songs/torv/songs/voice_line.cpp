@@ -61,7 +61,7 @@ void PutNote(const Note& note, uint32_t length, int velocity, std::vector<Word> 
             before.length = note.tick - before.tick;
         }
     }
-    line.notes.push_back({note.tick, length, note.key, velocity, std::move(words), false, note.slides});
+    line.notes.push_back({note.tick, length, note.key, velocity, std::move(words)});
 }
 
 /// As long as it is sung. A slur or a line over it leads to the next note, which begins `gap` after its end.
@@ -110,6 +110,7 @@ VoiceLine MakeVoiceLine(const Part& part, int verse, bool isPlain) {
         std::vector<Word> words = WordsOf(note, verses[i]);
         line.refrainWords += verses[i] == verse ? 0 : words.size();
         PutNote(note, length, isPlain ? kUsualVelocity : accented, std::move(words), line);
+        line.notes.back().slides = note.slides && !isPlain;
     }
     CloseGaps(line.notes);
     std::vector<std::string> texts;

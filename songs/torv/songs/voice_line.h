@@ -12,7 +12,7 @@ struct SungNote {
     int velocity;            ///< 1 to 127
     std::vector<Word> words; ///< of the one verse; none: it goes on with the vowel before
     bool joined = false;     ///< begins where the note before ends, which it goes on from without a break
-    bool slides = false;     ///< glides slowly into the next one, when that is joined
+    bool slides = false;     ///< glides into the next one, when that is joined
 };
 
 /// What one voice sings of a part, and what had to be done to it.
