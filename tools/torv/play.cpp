@@ -59,7 +59,7 @@ public:
         std::snprintf(level, sizeof level, "  %+.0f dB", volume);
         const std::string line = FittingLine(
             {(session.IsPaused() ? "paused  " : "playing ") + Clock(session.Position()), " / " + Clock(m_end), level,
-             hasKeys ? "  [space: pause, arrows: seek and volume, q: quit]" : ""},
+             hasKeys ? "  space: pause, q: quit" : "", hasKeys ? ", arrows: seek, volume" : ""},
             TerminalWidth(stderr));
         if (m_last == line)
             return;
@@ -131,6 +131,7 @@ void Play(const PlayOptions& options) {
     settings.preroll = song.presend;
     settings.start = options.from.empty() ? lead : BeginInStream("--from", options.from, song);
     settings.end = options.to.empty() ? (options.loop ? songEnd : kOpenEnd) : PlaceInStream("--to", options.to, song);
+    settings.last = std::min(settings.end, songEnd);
     settings.isLooped = options.loop;
     if (settings.end <= settings.start)
         throw InputError{"--to " + options.to + ": lies before the beginning; choose a later bar or time"};
@@ -138,7 +139,7 @@ void Play(const PlayOptions& options) {
 
     song.messages->Take(); // what comes from here on is about the play
     double volume = options.level;
-    Display display(options, lead, std::min(settings.end, songEnd));
+    Display display(options, lead, settings.last);
     PlaySession session(std::move(tracks), settings);
     session.SetVolume(volume);
     TerminalKeys keys;
@@ -156,6 +157,6 @@ void Play(const PlayOptions& options) {
     if (!options.song.quiet)
         std::printf("played %sto %s of %s on %s\n",
                     song.parts.size() > 1 ? (Counted(song.parts.size(), "part") + " ").c_str() : "",
-                    display.Clock(std::min(session.Position(), songEnd)).c_str(),
-                    NameOfInput(options.song.input).c_str(), settings.device.c_str());
+                    display.Clock(session.Position()).c_str(), NameOfInput(options.song.input).c_str(),
+                    settings.device.c_str());
 }

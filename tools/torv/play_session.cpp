@@ -60,10 +60,10 @@ void PlaySession::Pause() {
 }
 
 void PlaySession::Seek(DWORD position) {
-    m_position = std::max(position, m_settings.start);
-    if (m_position >= m_settings.end)
-        m_position = m_settings.start;
-    if (!m_isPaused)
+    const bool isBehind = position >= m_settings.last;
+    m_isOver = isBehind && !m_settings.isLooped;
+    m_position = m_isOver ? m_settings.last : isBehind ? m_settings.start : std::max(position, m_settings.start);
+    if (!m_isPaused && !m_isOver)
         m_driver.RTS_ChangeSongPosition(m_position);
 }
 
@@ -71,7 +71,7 @@ void PlaySession::Listen() {
     MSG message;
     while (PeekMessageA(&message, m_window.m_hWnd, kMessage, kMessage, PM_REMOVE)) {
         if (message.wParam == kPosition && static_cast<DWORD>(message.lParam) < m_settings.end)
-            m_position = static_cast<DWORD>(message.lParam);
+            m_position = std::min(static_cast<DWORD>(message.lParam), m_settings.last);
         m_isOver = m_isOver || message.wParam == kEnd;
     }
 }

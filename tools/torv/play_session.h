@@ -22,6 +22,7 @@ public:
         DWORD preroll = 0;  ///< milliseconds that the engine must be told of a note ahead
         DWORD start = 0;    ///< of the region, in milliseconds of the stream
         DWORD end = 0;      ///< 0x7FFFFFFF: the song's
+        DWORD last = 0;     ///< where there is nothing more to hear
         bool isLooped = false;
     };
 
@@ -35,7 +36,8 @@ public:
     void Play(DWORD position);
     /// Goes on where Play sends it.
     void Pause();
-    /// Also while it pauses; kept inside the region.
+    /// Also while it pauses. Before the region is its start; behind all that is heard a loop begins again, and else it
+    /// is over.
     void Seek(DWORD position);
     void SetVolume(double decibels) { m_driver.SetMasterVolume(CWaveOut::Db2Amplitude(decibels)); }
 
