@@ -12,10 +12,10 @@ namespace rve {
 namespace {
 
 constexpr Voice kVoices[] = {
-    {Tract::Woman, 0.95F, 0.020F, 3400}, // soprano
-    {Tract::Man, 1.00F, 0.012F, 3100},   // tenor
-    {Tract::Child, 0.86F, 0.016F, 3200}, // child
-    {Tract::Man, 0.96F, 0.010F, 2500},   // bass
+    {Tract::Woman, 0.95F, 0.30F, 3400}, // soprano
+    {Tract::Man, 1.00F, 0.30F, 3100},   // tenor
+    {Tract::Child, 0.95F, 0.30F, 3200}, // child
+    {Tract::Man, 0.96F, 0.30F, 2500},   // bass
 };
 
 /// The rest of a vowel's formants by tract, and the distance of the resonances above: a tube's of 17.5, 15 and 13 cm.

@@ -29,8 +29,10 @@ constexpr float kEffort = 0.6F;     // decibels above its corner, more, for each
 constexpr float kEffortAtRest = -3; // decibels there, at the default loudness
 constexpr float kEffortHz = 500;
 constexpr float kShelfHz = 2500;
-constexpr float kFlatHiss = 4000; // from this width on a hiss has no edges: that of lips and teeth
-constexpr float kMuffledHz = 250; // the source's corner behind a closure
+constexpr float kFirstLift = 0.7F; // of the pitch: singers lift the first formant towards it; beyond, vowels are lost
+constexpr float kBreathHz = 220;   // above, breath grows with the pitch, as it alone sounds between harmonics far apart
+constexpr float kFlatHiss = 4000;  // from this width on a hiss has no edges: that of lips and teeth
+constexpr float kMuffledHz = 250;  // the source's corner behind a closure
 constexpr float kAspirationLevel = 0.4F;
 constexpr float kLevelEvenness = 0.85F;            // 1: all vowels on all notes are equally strong
 constexpr Time kSafetyTail = FromMilliseconds(60); // a segment that promised to go on and did not
@@ -121,8 +123,8 @@ void Singer::Reset() {
     m_vowel = nullptr;
     m_isJapanese = false;
     m_pitch.Reset();
-    m_gain = m_voicing = m_aspiration = m_noise = {};
-    m_voicingNow = m_aspirationNow = m_noiseNow = m_breathNow = 0;
+    m_gain = m_voicing = m_aspiration = m_noise = m_breath = {};
+    m_voicingNow = m_aspirationNow = m_noiseNow = 0;
     m_voicingStep = m_aspirationStep = m_noiseStep = 0;
     m_hz = {{{500}, {1500}, {2500}, {3500}}};
     m_bandwidth = {{{70}, {90}, {130}, {200}}};
@@ -286,8 +288,8 @@ void Singer::MoveTract(const Target& target, float f0) {
         const auto f = static_cast<size_t>(i);
         float hz = target.hz[f] * gender * Exp2(0.25F * VoiceControl(i * 3));
         float bandwidth = target.bandwidth[f] * sharpness * Exp2(VoiceControl(i * 3 + 1));
-        if (i == 0 && hz < f0 * 1.02F) { // singers lift the first formant to a high note
-            hz = f0 * 1.02F;
+        if (i == 0 && hz < f0 * kFirstLift) {
+            hz = f0 * kFirstLift;
             bandwidth = std::max(bandwidth, f0 * 0.3F);
         }
         if (i == 1)
@@ -437,7 +439,8 @@ void Singer::Tick() {
     m_aspirationStep =
         (m_aspiration.value * m_gain.value * kSyntheticLevel * kAspirationLevel - m_aspirationNow) * perSample;
     m_noiseStep = (m_noise.value * m_gain.value * kSyntheticLevel * clearness - m_noiseNow) * perSample;
-    m_breathNow = voice.breath * (VoiceControl(13) < 0 ? 1 + VoiceControl(13) : 1 + 7 * VoiceControl(13));
+    const float breath = VoiceControl(13) < 0 ? 1 + VoiceControl(13) : 1 + 7 * VoiceControl(13);
+    m_breath.Approach(voice.breath * breath * std::max(1.0F, f0 / kBreathHz), m_isFirstTick ? 1.0F : Pace(15));
 
     const float brightnessPace = m_isFirstTick ? 1.0F : Pace(15);
     m_muffling.Approach(target.muffling, m_isFirstTick ? 1.0F : Pace(4));
@@ -469,7 +472,7 @@ void Singer::MovePerson(const Segment* segment, Time now, float f0, float effort
     colour.tilt = kEffortTilt * effortDb + kHarmonicsTilt * VoiceControl(12);
     colour.breath = VoiceControl(13) < 0 ? 1 + VoiceControl(13) : 1 + 7 * VoiceControl(13);
     colour.hiss = FromDb(6 * VoiceControl(15));
-    colour.lowest = f0 * 1.02F;
+    colour.lowest = f0 * kFirstLift;
     m_colour.Approach(colour, m_isFirstTick ? 1.0F : Pace(15));
     m_recorded.Move(now, kTickSamples, f0, m_colour, m_timeline, *m_bank, m_person->tract);
 }
@@ -543,7 +546,7 @@ int Singer::MakeSynthetic(float* sounds, int count) {
     Glottis glottis = m_glottis;
     float tilt = m_tiltState, effort = m_effortState;
     for (int i = 0; i < count; ++i) {
-        const float pulse = glottis.Next() + units[Place(i)] * m_whiteLevel * m_breathNow * glottis.Openness();
+        const float pulse = glottis.Next() + units[Place(i)] * m_whiteLevel * m_breath.value * glottis.Openness();
         tilt += (pulse - tilt) * m_tilt;
         effort += (tilt - effort) * m_effortShare;
         sounds[i] = effort + (tilt - effort) * m_effort.value;

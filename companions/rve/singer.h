@@ -80,8 +80,8 @@ private:
     const Phoneme* m_vowel = nullptr;
     PitchLine m_pitch;
 
-    Smoothed m_gain, m_voicing, m_aspiration, m_noise;
-    float m_voicingNow = 0, m_aspirationNow = 0, m_noiseNow = 0, m_breathNow = 0; ///< ramped within a tick
+    Smoothed m_gain, m_voicing, m_aspiration, m_noise, m_breath;
+    float m_voicingNow = 0, m_aspirationNow = 0, m_noiseNow = 0; ///< ramped within a tick
     float m_voicingStep = 0, m_aspirationStep = 0, m_noiseStep = 0;
     std::array<Smoothed, kFormants> m_hz, m_bandwidth;
     Smoothed m_noiseHz, m_noiseBandwidth, m_upperHz, m_upperApart, m_nasality, m_muffling;

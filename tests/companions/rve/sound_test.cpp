@@ -221,7 +221,7 @@ TEST_CASE("vibrato: rate and depth as told, where told; tremolo") {
 
     const auto swing = [](int depth) {
         Stream tremolo;
-        tremolo.Value(0x66, depth).Note({.note = 57, .lengthMs = 1000});
+        tremolo.VoiceControl(13, 0).Value(0x66, depth).Note({.note = 57, .lengthMs = 1000});
         const auto sung = Sing(tremolo, 1.0);
         double low = 1, high = 0;
         for (double t = 300; t < 900; t += 10) {
@@ -314,7 +314,15 @@ TEST_CASE("voices and voice controls: each changes what it is said to change") {
     const auto between = [](const std::vector<double>& sound) {
         return Tone(sound, 55 * 20.5) + Tone(sound, 55 * 24.5);
     };
-    CHECK(between(with(13, 127)) > 2 * between(with(13, 0))); // noise between the harmonics
+    CHECK(Db(between(with(13, 127)) / between(neutral)) == doctest::Approx(18).epsilon(0.2)); // noise between harmonics
+    CHECK(Db(between(with(13, 0)) / Rms(neutral)) < -60);
+    const auto breath = [](int note, const char* vowel, double from, double to) { // no harmonic of an A lies there
+        const auto sound = Steady(vowel, 0, 0, note);
+        return Db(Band(sound, from, to) / Rms(sound));
+    };
+    CHECK(breath(81, "a", 2010, 2170) - breath(57, "a", 2010, 2170) ==
+          doctest::Approx(12).epsilon(0.3));                          // as the pitch
+    CHECK(breath(81, "i", 560, 680) > breath(81, "i", 300, 400) + 6); // the first formant goes with a high pitch
     Stream clear;
     clear.VoiceControl(15, 127).Note({.startMs = 200, .phonemes = "s a", .advancement = 65});
     CHECK(Db(Rms(Part(Sing(clear), 150, 190)) / Rms(Part(ConsonantSound("s"), 150, 190))) ==
