@@ -7,6 +7,9 @@ if(TORV_SANITIZE)
   add_compile_options(-fsanitize=${TORV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${TORV_SANITIZE})
 endif()
+if(TORV_FUZZ) # a fuzzer goes by what it sees of the libraries that it links
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
 # What ships is the same bytes wherever it is built: paths are told from the build's folder, as a compiler's cache gives
 # them too. The last map that fits counts.
 file(RELATIVE_PATH up ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR})
