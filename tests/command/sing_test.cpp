@@ -137,7 +137,7 @@ TEST_CASE("sing: what cannot be sung is told in one line and leaves nothing behi
     };
     const std::string out = " -o command_test_files/out.wav";
     for (const Row& row :
-         {Row{"sing " + text + out, 1, "so it cannot be sung"},
+         {Row{"sing " + text + out, 1, "export one of these"},
           Row{"sing " + silent + out, 1, "no notes"},
           Row{"sing nowhere.mid" + out, 1, "cannot be opened"},
           Row{"sing command_test_files" + out, 1, "is a folder"},
@@ -154,6 +154,8 @@ TEST_CASE("sing: what cannot be sung is told in one line and leaves nothing behi
           Row{"sing " + good + " -o nowhere/out.wav", 1, "cannot be written"},
           Row{"sing " + good, 2, "--output"},
           Row{"sing " + good + out + " --rate 8000", 2, "--rate"},
+          Row{"sing " + good + out + " --voice", 2, "torv: --voice needs a value"},
+          Row{"sing " + good + out + " --track 1 --part 1", 2, "--part excludes --track"},
           Row{"sang", 2, "no verb \"sang\": did you mean sing"},
           Row{"sing " + good + out + " --vioce x", 2, "no option --vioce of torv sing: did you mean --voice"},
           Row{"sing " + good + out + " --pan x", 2, "\"x\" is no number from -1 to 1"},

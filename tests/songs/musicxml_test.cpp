@@ -498,7 +498,8 @@ TEST_CASE("MusicXML: compressed scores") {
 TEST_CASE("MusicXML: what is no score, is cut, or would fill the memory is refused in one line") {
     CHECK(ErrorOf("<score-partwise><part>") == "s.musicxml: line 1: this is not XML as it should be (unexpected end of "
                                                "data): save it anew");
-    CHECK(ErrorOf("<a b='<'>score-partwise</a>") == "s.musicxml: holds no score in MusicXML but \"a\"");
+    CHECK(ErrorOf("<a b='<'>score-partwise</a>") == "s.musicxml: holds no score in MusicXML but \"a\": "
+                                                    "have the program that wrote it export MusicXML or MIDI");
     CHECK(ErrorOf("<!DOCTYPE score-partwise [<!ENTITY a \"b\">]><score-partwise/>") ==
           "s.musicxml: line 1: a document type with declarations of its own is not read");
     std::string deep = "<score-partwise>\n";

@@ -71,7 +71,8 @@ void AddSong(CLI::App& command, SongOptions& options) {
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     command.add_option("--track", options.track, "The track to sing, counted from 1; else those with the lyrics")
-        ->check(NumberFrom(1, 1024));
+        ->check(NumberFrom(1, 1024))
+        ->excludes("--part");
     command.add_option("--transpose", options.transpose, "Semitones up, or down when negative")
         ->check(NumberFrom(-60, 60))
         ->capture_default_str();

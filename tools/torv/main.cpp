@@ -61,13 +61,15 @@ int Run(const CommandLine& line) {
 int main(int argc, char** argv) {
     LeaveNothingWhenInterrupted();
     CommandLine line;
-    line.app.failure_message(
-        [verb = argc > 1 ? std::string(argv[1]) : std::string()](const CLI::App* app, const CLI::Error& error) {
-            const std::vector<std::string> verbs = VerbNames(*app);
-            const bool isKnown = std::find(verbs.begin(), verbs.end(), verb) != verbs.end();
-            return std::string("torv: ") + error.what() + " (torv " + (isKnown ? verb + " " : std::string()) +
-                   "--help tells what there is)\n";
-        });
+    line.app.failure_message([verb = argc > 1 ? std::string(argv[1]) : std::string()](const CLI::App* app,
+                                                                                      const CLI::Error& error) {
+        const std::vector<std::string> verbs = VerbNames(*app);
+        const bool isKnown = std::find(verbs.begin(), verbs.end(), verb) != verbs.end();
+        std::string what = error.what();
+        if (what.ends_with(" missing")) // "--voice: 1 required TEXT missing"
+            what = what.substr(0, what.find(':')) + " needs a value";
+        return "torv: " + what + " (torv " + (isKnown ? verb + " " : std::string()) + "--help tells what there is)\n";
+    });
     try {
         std::vector<std::string> arguments = WithOptionalValues(
             WithKnownNames(line.app, {argv + 1, argv + std::max(argc, 1)}), {{"--band", "-9"}, {"--normalize", "-1"}});

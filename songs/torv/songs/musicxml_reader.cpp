@@ -326,7 +326,8 @@ Song ReadMusicXmlSong(Bytes bytes, const ReadOptions&) {
     const XmlDocument document(ZipArchive::IsArchive(bytes) ? Unpacked(bytes) : TextOf(bytes));
     const XmlElement score = document.Root();
     if (score.Name() != "score-partwise" && score.Name() != "score-timewise")
-        throw SongError("holds no score in MusicXML but \"" + std::string(score.Name().substr(0, 40)) + "\"");
+        throw SongError("holds no score in MusicXML but \"" + std::string(score.Name().substr(0, 40)) +
+                        "\": have the program that wrote it export MusicXML or MIDI");
     Song song;
     ReadHeader(score, song);
     const std::vector<ListedPart> scoreParts = PartsOf(score);

@@ -52,7 +52,8 @@ bool IsKnownTooLarge(std::istream& stream) {
 [[noreturn]] void FailUnknown(Bytes bytes, const std::string& source) {
     if (bytes.empty())
         throw SongError(Named(source, "is empty"));
-    throw SongError(Named(source, "neither a standard MIDI file nor MusicXML nor UST, so it cannot be sung"));
+    throw SongError(Named(source, "neither a standard MIDI file nor MusicXML nor UST: have the program that wrote it "
+                                  "export one of these"));
 }
 
 } // namespace
