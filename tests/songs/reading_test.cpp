@@ -195,7 +195,14 @@ TEST_CASE("lyrics: encodings told apart, and what the library's code page makes 
     CHECK(ToUtf8("c\x9Cur", kWestern) == "c\xC5\x93ur");
     CHECK(DetectEncoding("\xBB\xB8\xD7 \xBB\xB8\xD7 \xC9\xD4\xD3") == kShiftJis); // half-width katakana
     CHECK(ToUtf8("\xBB", kShiftJis) == "\xEF\xBD\xBB");
-    CHECK(DetectEncoding("\xA4\xB5 \xA4\xAF \xA4\xE9") == kEucJp);
+    CHECK(DetectEncoding("\xA4\xB5 \xA4\xAF") == kEucJp); // or half-width katakana
+    // Kana decide, where they are a third of what is no ASCII, in either script; bytes that are no character refuse.
+    CHECK(DetectEncoding("\x83\x54\x83\x4E\x83\x89") == kShiftJis);        // katakana alone
+    CHECK(DetectEncoding("\x8A\xBF\x8E\x9A\x82\xB3") == kShiftJis);        // two kanji, one kana
+    CHECK(DetectEncoding("\x8A\xBF\x8E\x9A\x8A\xBF\x82\xB3") == kWestern); // three
+    CHECK(DetectEncoding("\x8A\xBF\x8E\x9A") == kWestern);                 // none
+    CHECK(DetectEncoding("\x82\xB3\x82\xAD\xFF") == kWestern);
+    CHECK(DetectEncoding("20\xB0 more") == kWestern);
     CHECK(ToUtf8("\xA4\xB5", kEucJp) == "\xE3\x81\x95");
     CHECK(ToUtf8("\xCF", *TextEncodingNamed("koi8-r")) == "\xD0\xBE");
     CHECK(TextEncodingNamed("Shift_JIS") == kShiftJis);
