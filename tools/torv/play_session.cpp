@@ -59,11 +59,17 @@ void PlaySession::Pause() {
     m_isOver = false;
 }
 
+std::optional<DWORD> PlaySession::TargetOf(DWORD position, const Settings& settings) {
+    if (position < settings.last)
+        return std::max(position, settings.start);
+    return settings.isLooped ? std::optional(settings.start) : std::nullopt;
+}
+
 void PlaySession::Seek(DWORD position) {
-    const bool isBehind = position >= m_settings.last;
-    m_isOver = isBehind && !m_settings.isLooped;
-    m_position = m_isOver ? m_settings.last : isBehind ? m_settings.start : std::max(position, m_settings.start);
-    if (!m_isPaused && !m_isOver)
+    const std::optional<DWORD> target = TargetOf(position, m_settings);
+    m_isOver = !target;
+    m_position = target.value_or(m_settings.last);
+    if (target && !m_isPaused)
         m_driver.RTS_ChangeSongPosition(m_position);
 }
 

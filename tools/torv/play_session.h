@@ -2,6 +2,7 @@
 
 #include <torv/torv.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,8 +37,10 @@ public:
     void Play(DWORD position);
     /// Goes on where Play sends it.
     void Pause();
-    /// Also while it pauses. Before the region is its start; behind all that is heard a loop begins again, and else it
-    /// is over.
+    /// Where a seek to this position leads: before the region to its start; behind all that is heard a loop begins
+    /// again, and else it is over, which is nothing.
+    static std::optional<DWORD> TargetOf(DWORD position, const Settings& settings);
+    /// Also while it pauses.
     void Seek(DWORD position);
     void SetVolume(double decibels) { m_driver.SetMasterVolume(CWaveOut::Db2Amplitude(decibels)); }
 
