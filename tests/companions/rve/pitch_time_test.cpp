@@ -59,7 +59,14 @@ TEST_CASE("time: a vowel begins within a step of its time, its consonants ahead 
     CHECK(unchosen("s @", 600) > unchosen("f @", 600) + 10);
     CHECK(unchosen("f @", 600) > unchosen("v @", 600) + 20);
     CHECK(unchosen("s @", 600) == doctest::Approx(125).epsilon(0.05));
+    CHECK(unchosen("h @", 600) == doctest::Approx(75).epsilon(0.1));
     CHECK(unchosen("s @", 150) == doctest::Approx(90).epsilon(0.07)); // three fifths of the note
+
+    Stream two; // vowels of one note share it, here up to 400 ms
+    two.Value(0x53, 1).Note({.note = 45, .phonemes = "a i"});
+    const auto halves = Sing(two);
+    CHECK(Band(Part(halves, 320, 380), 1900, 2400) < Band(Part(halves, 320, 380), 1000, 1400));
+    CHECK(Band(Part(halves, 430, 500), 1900, 2400) > Band(Part(halves, 430, 500), 1000, 1400));
 
     // Voicing after a voiceless plosive: nothing at the fundamental before the vowel, all of it soon after.
     Stream plosive;
@@ -115,6 +122,9 @@ TEST_CASE("joined notes: no break in the sound, and a glide centred on the join 
     CHECK(std::abs(plain[3]) < 0.2);
     CHECK(plain[5] == doctest::Approx(3.5).epsilon(0.15));
     CHECK(plain[7] > 6.8);
+    Stream apart; // without a join it is as good as there when the note begins
+    apart.Note({.note = 57, .lengthMs = 500}).Note({.note = 64, .startMs = 600});
+    CHECK(std::abs(Cents(PitchOf(Part(Sing(apart), 614, 638), HzOf(64)), HzOf(64))) < 15);
 
     const auto middle = [](const char* second) { // of the second note
         Stream stream;
@@ -156,6 +166,7 @@ TEST_CASE("silence: exact zeros within a second of the last note, and before the
         CHECK(Rms(Part(sound, 0, 50)) == 0.0);
         CHECK(Rms(Part(sound, 1500, 1700)) == 0.0);
         CHECK(Rms(Part(sound, 300, 450)) > 0.02);
+        CHECK(Rms(Part(sound, 800, 900)) < 0.001);
     }
 }
 
