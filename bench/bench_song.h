@@ -2,6 +2,7 @@
 
 #include "torv/icons/icon_note_attack.h"
 #include "torv/icons/icon_note_transit.h"
+#include "torv/icons/icon_singer.h"
 #include "torv/icons/icon_vibrato.h"
 #include "torv/lyrics/lyric_object.h"
 #include "torv/score/csq_builder.h"
@@ -17,8 +18,9 @@ constexpr DWORD kNoteTicks = 240;
 constexpr DWORD kLead = 1920;
 
 /// One track of so many notes, a quarter of a second each, with attack, transition, vibrato, bends and tempo changes.
-/// Icons and lyrics are few and shared: handles are 16 bits, notes are not.
-inline std::unique_ptr<CSequence> MakeSong(DWORD notes) {
+/// Icons and lyrics are few and shared: handles are 16 bits, notes are not. The engine's voice `program` sings it in
+/// English.
+inline std::unique_ptr<CSequence> MakeSong(DWORD notes, int program = 0) {
     auto song = std::make_unique<CSequence>();
     song->Create(nullptr);
     for (DWORD i = 0; i < 1000; ++i) {
@@ -43,6 +45,18 @@ inline std::unique_ptr<CSequence> MakeSong(DWORD notes) {
     const DWORD attack = torv::HandleOf(builder.RegisterIconObject(new CIconNoteAttack(1, 1, 1)));
     const DWORD release = torv::HandleOf(builder.RegisterIconObject(new CIconNoteTransit(3, 3, 1)));
     const DWORD vibratoHandle = torv::HandleOf(builder.RegisterIconObject(vibrato));
+    if (program != 0) {
+        auto* const singer = new CIconSinger;
+        tagSingerIconObject codes{};
+        singer->DescribeParameter(&codes);
+        codes.languageCode = 1;
+        codes.programCode = static_cast<WORD>(program);
+        singer->ConstructParameter(&codes);
+        torv::ReleaseIconRecord(&codes);
+        tagCsqEventSinger* const change = CCsqBuilder::CreateSingerEvent();
+        change->iconHandle = torv::HandleOf(builder.RegisterIconObject(singer));
+        builder.SetEvent(0, reinterpret_cast<tagChartSeqEvent*>(change));
+    }
     for (DWORD i = 0; i < notes; ++i) {
         tagCsqEventAnote* const note = CCsqBuilder::CreateNoteEvent();
         note->noteLength = kNoteTicks;

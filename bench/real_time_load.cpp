@@ -1,6 +1,6 @@
-// Sixteen tracks of the reference engine in real time on the paced null device: real_time_load [MINUTES] [TRACKS].
-// Reports the processor's use, the longest step of one engine, how far the synthesis was ahead at the least, and
-// whether the device ever ran dry.
+// Sixteen tracks of the reference engine in real time on the paced null device: real_time_load [MINUTES] [TRACKS]
+// [PROGRAM], whose voices are program 0, synthetic, or 96 and on, people. Reports the processor's use, the longest step
+// of one engine, how far the synthesis was ahead at the least, and whether the device ever ran dry.
 #include "bench_song.h"
 
 #include "torv/encoding/quill_midi_encoder.h"
@@ -76,7 +76,8 @@ std::unique_ptr<CQuillMidiBuffer> MakeStream(CSequence& song) {
 int main(int argc, char** argv) {
     const double minutes = argc > 1 ? std::atof(argv[1]) : 10.0;
     const int tracks = argc > 2 ? std::atoi(argv[2]) : 16;
-    const auto song = bench::MakeSong(std::max<DWORD>(static_cast<DWORD>(minutes * kNotesAMinute), 1000));
+    const int program = argc > 3 ? std::atoi(argv[3]) : 0;
+    const auto song = bench::MakeSong(std::max<DWORD>(static_cast<DWORD>(minutes * kNotesAMinute), 1000), program);
     std::vector<std::unique_ptr<CQuillMidiBuffer>> streams;
     Driver driver;
     if (!driver.Open()) {
