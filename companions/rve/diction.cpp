@@ -144,7 +144,9 @@ float Diction::FrameOf(const Sound& sound, Time time) const {
                 return first + into / fit;
             return first + frames - (length - into) / fit;
         }
-        const float slowOut = &sound + 1 < m_sounds.data() + m_soundCount ? slow : 1.0F; // into silence as spoken
+        // Into silence as spoken, and into a stop that ends a phrase: by the way there one hears which it is.
+        const Sound* const last = m_sounds.data() + m_soundCount - 1;
+        const float slowOut = &sound == last || (&sound + 1 == last && last->isStop) ? 1.0F : slow;
         in *= slow;
         out *= slowOut;
         if (into < in)
@@ -344,6 +346,9 @@ void Diction::Speak(const VoiceBank& bank, Tract tract) {
                 frame.cepstrum[0] += kBreathGain;
             if (sound.isVoicelessStop && f < sound.closure)
                 frame.cepstrum[0] -= kShut;
+            // Let go as before a vowel, but not into one: with a voice after it, t is heard as d.
+            if (sound.isVoicelessStop && i + 1 == m_soundCount)
+                frame.voicing = 0;
         }
         // Another language's vowel: from where the middle of the spoken one lies.
         if (sound.target && sound.frames > 0) {

@@ -155,6 +155,13 @@ TEST_CASE("persons: what ends a held note is longer than it is spoken") {
         stream.Note({.note = 57, .startMs = 0, .lengthMs = 900, .phonemes = "Q s"});
         const auto sound = Sing(stream, 1.2);
         CHECK(Tone(Part(sound, 735, 775), 220) < 0.1 * Tone(Part(sound, 440, 480), 220));
+        Stream stopped = By(program, 1); // the vowel stays itself until the way out that it has in speech
+        stopped.Note({.note = 57, .startMs = 0, .lengthMs = 900, .phonemes = "{ k"});
+        const auto colour = [sung = Sing(stopped)](int ms) {
+            const auto part = Part(sung, ms, ms + 40);
+            return Db(Band(part, 1300, 2600) / Band(part, 200, 1200));
+        };
+        CHECK(std::abs(colour(600) - colour(480)) < 3);
         Stream cluster = By(program, 1); // its sounds share the time as they do in speech
         cluster.Note({.startMs = 0, .lengthMs = 900, .phonemes = "Q s t"});
         const auto ended = Sing(cluster, 1.0);
@@ -162,6 +169,15 @@ TEST_CASE("persons: what ends a held note is longer than it is spoken") {
         Stream alone = By(program, 1); // no vowel to be measured by
         alone.Note({.phonemes = "t s"});
         CHECK(Db(Rms(Part(Sing(alone), 300, 600))) < -24 + 12);
+    }
+}
+
+TEST_CASE("persons: consonants differ more than the models' means do") {
+    const rve::VoiceBank* bank = nullptr;
+    if (rve::LoadBanks(), rve::PersonOf(kMan, bank)) {
+        const int q = bank->PhoneNamed("aa");
+        const auto hiss = bank->SequenceOf(q, bank->PhoneNamed("s"), q);
+        CHECK(bank->FrameAt(hiss.frames[hiss.frameCount / 2]).cepstrum[1] < -3400); // -2950 in the models
     }
 }
 
@@ -184,6 +200,7 @@ TEST_CASE("persons: a stop that ends a phrase is silent, then let go") {
             }
             CHECK(Db(closed) < -24 - 50);
             CHECK(Db(burst / closed) > 18);
+            CHECK(Db(Tone(Part(sound, 860, 900), 220)) < -24 - 40); // without a voice of its own
         }
 }
 
