@@ -64,6 +64,7 @@ TEST_CASE("settings: help fits the terminal, and says what a value may be") {
          {"\n  --language ja|en|auto       What", "\n  --level DB                  Loud",
           "\n  --part PART[=VOICE[:DB[:PAN]]]\n          ", "\n  --plain                     Leave"})
         CHECK_MESSAGE(help.find(text) != std::string::npos, text);
+    CHECK(help.find("\n  INPUT                       The") != std::string::npos);
     CHECK(DescriptionOf(*sing->get_option("--level")).ends_with("amplitude (-60 to 24; else 0)"));
     CHECK(DescriptionOf(*sing->get_option("--language")).ends_with("at them (else auto)"));
     CHECK(DescriptionOf(*sing->get_option("--normalize")).ends_with("so many (-60 to 0)"));
@@ -107,8 +108,10 @@ TEST_CASE("settings: standing wishes hold where the command line says nothing, a
     CHECK(lineOf("there is no voice or dynamic level \"Nobdy\": did you mean Ryo?") == '2');
     CHECK(lineOf("there is no voice \"None\": did you mean Ryo?") == '3');
     CHECK(lineOf("my.sf2: cannot be opened") == '4');
+    CHECK(lineOf("--to: there is no such bar") == '5');
     CHECK(lineOf("--to 0:01: lies before the beginning") == '5');
-    for (const char* const other : {"there is no voice \"Nob\"", "--total: is no option", "a.mid: is empty", "\"\""})
+    for (const char* const other : {"there is no voice \"Nob\"", "there is no voice \"body\"", "--total: is no option",
+                                    "a.mid: is empty", "\"\""})
         CHECK_MESSAGE(lineOf(other) == '-', other);
     fs::create_directories(folder.path / "nowhere" / "torv");
     folder.File("nowhere/torv/torv.conf", {'v', 'o', 'i', 'c', 'e', '=', 'X'});

@@ -32,10 +32,12 @@ void Slide(double begin, double end, int semitones, const SongClock& clock, Chan
         changes[clock.TickAt(seconds)] += bend - before;
         before = bend;
     };
-    for (double at = begin, step = kStep; at < end + kWay / 2; at += step) {
-        step = at < end - kWay / 2 ? kStep : kFineStep;
+    double at = begin;
+    while (at < end + kWay / 2) {
+        const double step = at < end - kWay / 2 ? kStep : kFineStep;
         const double middle = at + step / 2;
         moveTo(at, semitones * (std::min((middle - begin) / (end - begin), 1.0) - WayBehind(middle - end)));
+        at += step;
     }
     moveTo(end + kWay / 2, 0);
 }
