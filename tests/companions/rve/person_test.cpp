@@ -109,6 +109,12 @@ TEST_CASE("persons: louder is brighter, and every voice control does what it is 
         CHECK(high(Steady(By(program).Value(0x63, 112), "a", 45)) - high(neutral) == doctest::Approx(4).epsilon(0.5));
         CHECK(high(with(12, 127)) > high(neutral) + 3);     // harmonics
         CHECK(high(with(14, 127)) > high(with(14, 0)) + 6); // brightness
+        const auto hiss = [program](int clearness) {
+            Stream stream = By(program).VoiceControl(15, clearness);
+            stream.Note({.startMs = 200, .phonemes = "s a", .advancement = 65});
+            return Db(Rms(Part(Sing(stream), 150, 190)));
+        };
+        CHECK(hiss(127) > hiss(64) + 3.5);
         const auto centre = [](const std::vector<double>& sound, double from, double to) {
             double weighted = 0, sum = 0;
             for (double hz = 110 * std::ceil(from / 110); hz < to; hz += 110) {

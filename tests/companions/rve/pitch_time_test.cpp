@@ -84,7 +84,7 @@ TEST_CASE("time: a bend applies its delay after it arrives") {
     CHECK(std::abs(Cents(PitchOf(Part(sound, 520, 800), HzOf(62)), HzOf(62))) < 4);
     // Of one more than there is room for the earliest applies at once, the next one in its time.
     Stream crowded;
-    crowded.Bend(8191, 400).Bend(-8192, 500);
+    crowded.Bend(-8192, 500).Bend(8191, 400); // in whatever order they come
     for (int i = 0; i < 4095; ++i)
         crowded.Value(0x66, 0, 600);
     crowded.Note({.note = 60, .startMs = 0});
@@ -96,8 +96,8 @@ TEST_CASE("time: a bend applies its delay after it arrives") {
 TEST_CASE("joined notes: no break in the sound, and a glide centred on the join as long as the way out says") {
     const auto pitchesAround = [](int duration, int otherDuration) {
         Stream stream;
-        stream.Note({.note = 57, .startMs = 100, .lengthMs = 500, .type = 1, .transitionDuration = duration});
         stream.Note({.note = 64, .startMs = 600, .lengthMs = 500, .type = 2, .transitionDuration = otherDuration});
+        stream.Note({.note = 57, .startMs = 100, .lengthMs = 500, .type = 1, .transitionDuration = duration});
         const auto sound = Sing(stream, 1.1);
         double quietest = 1;
         for (double t = 300; t < 1000; t += 10)
