@@ -31,6 +31,7 @@ constexpr float kEffortHz = 500;
 constexpr float kShelfHz = 2500;
 constexpr float kFirstLift = 0.7F; // of the pitch: singers lift the first formant towards it; beyond, vowels are lost
 constexpr float kBreathHz = 220;   // above, breath grows with the pitch, as it alone sounds between harmonics far apart
+constexpr float kMostBreath = 2;   // beside that at rest: more is a whisper, and louder
 constexpr float kFlatHiss = 4000;  // from this width on a hiss has no edges: that of lips and teeth
 constexpr float kMuffledHz = 250;  // the source's corner behind a closure
 constexpr float kAspirationLevel = 0.4F;
@@ -440,7 +441,8 @@ void Singer::Tick() {
         (m_aspiration.value * m_gain.value * kSyntheticLevel * kAspirationLevel - m_aspirationNow) * perSample;
     m_noiseStep = (m_noise.value * m_gain.value * kSyntheticLevel * clearness - m_noiseNow) * perSample;
     const float breath = VoiceControl(13) < 0 ? 1 + VoiceControl(13) : 1 + 7 * VoiceControl(13);
-    m_breath.Approach(voice.breath * breath * std::max(1.0F, f0 / kBreathHz), m_isFirstTick ? 1.0F : Pace(15));
+    m_breath.Approach(voice.breath * breath * std::clamp(f0 / kBreathHz, 1.0F, kMostBreath),
+                      m_isFirstTick ? 1.0F : Pace(15));
 
     const float brightnessPace = m_isFirstTick ? 1.0F : Pace(15);
     m_muffling.Approach(target.muffling, m_isFirstTick ? 1.0F : Pace(4));
