@@ -42,7 +42,7 @@ Sung SingInCpp() {
     }
     {
         CWaveFile wave("c_same.wav");
-        SingStreams({{stream.get(), &wave}}, 44100, [](double, double) {});
+        SingStreams({{stream.get(), &wave}}, 44100);
         wave.SeekSample(static_cast<LONG>(uint64_t{score.leadMilliseconds} * 44100 / 1000), 0);
         for (DWORD left = 0, right = 0; wave.ReadSample(left, right);)
             sung.samples.push_back(static_cast<SHORT>(left));

@@ -137,7 +137,7 @@ TEST_CASE("slides: the pitch is on its way for all of a note, beside other bends
     {
         const auto stream = MakeEngineStream(score, score.parts[0], 2000);
         CWaveFile wave(path);
-        SingStreams({{stream.get(), &wave}}, 44100, [](double, double) {});
+        SingStreams({{stream.get(), &wave}}, 44100);
     }
     const std::vector<char> bytes = BytesOf(path);
     std::filesystem::remove(path);

@@ -20,7 +20,8 @@ public:
     void Show(size_t job, double share) {
         const std::lock_guard lock(m_mutex);
         m_shares[job] = share;
-        m_tell(std::accumulate(m_shares.begin(), m_shares.end(), 0.0), static_cast<double>(m_shares.size()));
+        if (m_tell)
+            m_tell(std::accumulate(m_shares.begin(), m_shares.end(), 0.0), static_cast<double>(m_shares.size()));
     }
 
 private:
