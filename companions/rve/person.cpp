@@ -17,6 +17,7 @@ constexpr float kLowestPitch = 10;        // Hz: below it the harmonics stay whe
 constexpr float kHighestVoice = 12000;    // Hz: above it there is noise alone
 constexpr float kJitter = 0.004F;         // of a period
 constexpr float kShimmer = 0.03F;         // of an amplitude
+constexpr float kSwell = 1.26F;           // 2 dB above the middle of its vowel is as loud as a sound becomes
 // How much of a cepstrum's deviation a frame has from the one before, and how far the first coefficient strays: a
 // quarter of what the models of the recordings say of theirs, higher ones less.
 constexpr float kStay = 0.75F;
@@ -88,12 +89,14 @@ void Person::MakeFrame(Time at, float f0, const Colour& colour, const Timeline& 
     m_envelope.Set(frame, colour);
     m_voicingFrom = m_voicingTo;
     m_voicingTo = m_envelope.Voicing();
-    MakeCycle(f0);
-    MakeNoise();
     m_steady.Set(m_diction.Nucleus(), colour);
-    const float level = LevelOn(f0);
     const float pace = m_isFirst ? 1.0F : 0.25F;
-    m_level += (level - m_level) * pace;
+    m_level += (LevelOn(m_steady, f0) - m_level) * pace;
+    // A word that dies away in speech begins much louder than the middle of its vowel, which is held here.
+    const float even = std::min(1.0F, kSwell * m_level / LevelOn(m_envelope, f0));
+    const float gain = 1 + (even - 1) * m_voicingTo;
+    MakeCycle(f0, gain);
+    MakeNoise(gain);
     if (m_isFirst)
         m_voicingFrom = m_voicingTo;
 }
@@ -107,14 +110,14 @@ void Person::Stir(SpokenFrame& frame) {
     }
 }
 
-/// RMS of the steady vowel, its harmonics and as much of its noise as lies around each.
-float Person::LevelOn(float f0) {
+/// RMS of a sound, its harmonics and as much of its noise as lies around each.
+float Person::LevelOn(const Envelope& sound, float f0) {
     float power = 0;
     const int count = static_cast<int>(4000 / f0);
     for (int harmonic = 1; harmonic <= count; ++harmonic) {
         const float hz = static_cast<float>(harmonic) * f0;
-        const float voice = m_steady.VoiceLevelAt(hz);
-        const float noise = m_steady.NoiseLevelAt(hz), between = m_steady.NoiseLevelAt(hz - f0 / 2);
+        const float voice = sound.VoiceLevelAt(hz);
+        const float noise = sound.NoiseLevelAt(hz), between = sound.NoiseLevelAt(hz - f0 / 2);
         power += voice * voice + (noise * noise + between * between) / 2;
     }
     return std::max(std::sqrt(power * 2 * f0 / static_cast<float>(bank::kRate)), 1e-3F);
@@ -122,13 +125,13 @@ float Person::LevelOn(float f0) {
 
 /// A pulse train through the recording's filter has, at its rate of 16 kHz and with the power of white noise, harmonics
 /// of this amplitude times the spectrum's.
-void Person::MakeCycle(float f0) {
+void Person::MakeCycle(float f0, float gain) {
     m_newest ^= 1;
     const auto newest = Place(m_newest);
     const float highest = std::min(static_cast<float>(m_rate) * kHighestHarmonic, std::max(kHighestVoice, f0 * 1.5F));
     const int harmonics = std::clamp(static_cast<int>(highest / f0), 1, 255);
     const int points = harmonics < 128 ? 1024 : 2048;
-    const float unit = 2 * std::sqrt(f0 / static_cast<float>(bank::kRate));
+    const float unit = gain * 2 * std::sqrt(f0 / static_cast<float>(bank::kRate));
     std::fill_n(m_spectrum.begin(), points / 2, std::complex<float>());
     const float edge = highest * 0.9F;
     for (int k = 1; k <= harmonics; ++k) {
@@ -148,13 +151,13 @@ void Person::MakeCycle(float f0) {
 }
 
 /// Noise of the frame's spectrum, faded in over one hop and out over the next, where the next frame's comes in.
-void Person::MakeNoise() {
+void Person::MakeNoise(float gain) {
     for (int i = 0; i < m_hop; ++i)
         m_noise[Place(i)] = m_noise[Place(i + m_hop)];
     const float spacing = static_cast<float>(m_rate) / static_cast<float>(m_noisePoints);
     // White noise of the recording's density: at a higher rate it is stronger, as there is more of it.
-    const auto unit = static_cast<float>(std::sqrt(m_rate / bank::kRate) * std::sqrt(6.0) /
-                                         std::sqrt(static_cast<double>(m_noisePoints)));
+    const auto unit = gain * static_cast<float>(std::sqrt(m_rate / bank::kRate) * std::sqrt(6.0) /
+                                                std::sqrt(static_cast<double>(m_noisePoints)));
     for (int k = 0; k < m_noisePoints / 2; ++k) {
         const float hz = spacing * static_cast<float>(k);
         const float level = k == 0 || hz > 20000 ? 0 : m_envelope.NoiseLevelAt(hz) * unit;

@@ -31,9 +31,9 @@ private:
     void MakeFrame(Time at, float f0, const Colour& colour, const Timeline& timeline, const VoiceBank& bank,
                    Tract tract);
     void Stir(SpokenFrame& frame);
-    void MakeCycle(float f0);
-    void MakeNoise();
-    float LevelOn(float f0);
+    void MakeCycle(float f0, float gain);
+    void MakeNoise(float gain);
+    static float LevelOn(const Envelope& sound, float f0);
 
     double m_rate = 44100;
     bool m_isStill = false;

@@ -81,6 +81,12 @@ TEST_CASE("persons: even on all notes and vowels, dynamics by their decibels, ne
                 const double over = Db(Rms(Steady(By(program), vowel, note))) + 24;
                 CHECK(std::abs(over) < 2);
             }
+        for (const char* word : {"d u:", "dZ i:", "n u:", "m i:"}) { // which die away in speech
+            Stream open = By(program, 1);
+            open.Note({.note = 57, .phonemes = word});
+            const auto sung = Sing(open);
+            CHECK(Db(Rms(Part(sung, 100, 200)) / Rms(Part(sung, 350, 550))) < 3);
+        }
         const auto level = [program](int dynamics, int velocity) {
             Stream stream = By(program).Value(0x63, dynamics);
             stream.Note({.note = 57, .velocity = velocity});
