@@ -104,6 +104,7 @@ TEST_CASE("sing: voices, dynamics and expressions are heard where they were aske
         CHECK(Bar(wide, 2) != Bar(plain, 2));
         CHECK(sing("--attack slow") != sing("--attack sharp"));
         CHECK(sing("--release long") != sing("--release cut"));
+        CHECK(sing("--plain --breaths").size() > plain.size() + 4000); // one before the song
     }
 }
 

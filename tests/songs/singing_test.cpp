@@ -108,6 +108,26 @@ TEST_CASE("synthesis: parts side by side sound as one after another") {
     }
 }
 
+namespace {
+
+/// The first part's samples.
+std::vector<int16_t> SungPart(const Score& score) {
+    const char* const path = "songs_test_sung.wav";
+    std::filesystem::remove(path);
+    {
+        const auto stream = MakeEngineStream(score, score.parts[0], 2000);
+        CWaveFile wave(path);
+        SingStreams({{stream.get(), &wave}}, 44100);
+    }
+    const std::vector<char> bytes = BytesOf(path);
+    std::filesystem::remove(path);
+    std::vector<int16_t> samples((bytes.size() - 44) / 2);
+    std::memcpy(samples.data(), bytes.data() + 44, samples.size() * 2);
+    return samples;
+}
+
+} // namespace
+
 TEST_CASE("slides: the pitch is on its way for all of a note, beside other bends; a short note has a slow transition") {
     const MessageCatcher messages;
     Databases databases(messages);
@@ -132,21 +152,47 @@ TEST_CASE("slides: the pitch is on its way for all of a note, beside other bends
     CHECK(bends.GetTail().position == static_cast<LONG>(score.leadTicks) + 1500);
     CHECK(bends.GetTail().value == 8192 / 5); // a semitone, as half of two was
 
-    const char* const path = "songs_test_slide.wav";
-    std::filesystem::remove(path);
-    {
-        const auto stream = MakeEngineStream(score, score.parts[0], 2000);
-        CWaveFile wave(path);
-        SingStreams({{stream.get(), &wave}}, 44100);
-    }
-    const std::vector<char> bytes = BytesOf(path);
-    std::filesystem::remove(path);
-    std::vector<int16_t> samples((bytes.size() - 44) / 2);
-    std::memcpy(samples.data(), bytes.data() + 44, samples.size() * 2);
+    const std::vector<int16_t> samples = SungPart(score);
     const double begin = score.leadMilliseconds / 1000.0;
     const SoundCurves curves = MeasureSound(samples, 44100, {{begin, begin + 1, 71}, {begin + 1, begin + 3, 74}});
     for (const double at : {0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8, 0.9, 0.96, 1.0, 1.04, 1.1, 1.2}) {
         const double pitch = curves.pitch.at(static_cast<size_t>(std::lround((begin + at) / kCurveStep)));
         CHECK_MESSAGE(std::abs(pitch - (69 + 5 * std::min(at, 1.0))) < 0.25, at << " s: " << pitch);
     }
+}
+
+TEST_CASE("breaths: heard before the song and in its pauses, but not in short ones, and no notes of the part") {
+    const MessageCatcher messages;
+    Databases databases(messages);
+    Song song;
+    Part part = PartOf("S", 69);
+    part.notes.resize(3);
+    part.notes[1].tick = 1920; // after a second's pause
+    part.notes[2].tick = 2400; // after a quarter of one
+    for (Note& note : part.notes)
+        note.length = note.tick == 0 ? 960 : 240;
+    song.parts = {part};
+    CompleteSong(song);
+    PartPlan plan{"S", MakeVoiceLine(part), {{0, databases.Find(kVoices, "Alice")}}, {}, {}};
+    plan.breathes = true;
+    Score score = BuildScore(song, {plan}, {}, databases);
+    AddPhonemes(score, messages);
+    CHECK(score.parts[0].notes.size() == 3);
+    const std::vector<int16_t> samples = SungPart(score);
+    const auto level = [&](double from, double to) {
+        double sum = 0;
+        const auto at = [&](double seconds) {
+            return static_cast<size_t>((score.leadMilliseconds / 1000.0 + seconds) * 44100);
+        };
+        for (size_t i = at(from); i < at(to); ++i)
+            sum += samples[i] * samples[i];
+        return std::sqrt(sum / static_cast<double>(at(to) - at(from))) / 32768;
+    };
+    CHECK(level(-0.8, -0.6) == 0);
+    for (const double note : {0.0, 2.0}) {
+        CHECK(level(note - 0.5, note - 0.2) > 0.005); // softer than the voice
+        CHECK(level(note - 0.5, note - 0.2) < 0.03);
+    }
+    CHECK(level(1.3, 1.4) < 0.0005);
+    CHECK(level(2.32, 2.38) < 0.003);
 }

@@ -60,6 +60,7 @@ void AddSong(CLI::App& command, SongOptions& options) {
     command.add_option("--release", options.expressions.release, "How notes end, or none");
     command.add_option("--transition", options.expressions.transition, "How notes go on into the next one");
     command.add_option("--vibrato", options.expressions.vibrato, "What long notes get, or none");
+    command.add_flag("--breaths", options.breaths, "Breathe so that it is heard, before the song and in its pauses");
     command.add_flag("--plain", options.plain,
                      "Leave out the attacks, releases, transitions and vibratos, and what the song says of loudness, "
                      "bends, slurs, staccato, fermatas and the like");

@@ -205,6 +205,7 @@ SongScore MakeSongScore(const SongOptions& asked, Song song) {
             Remark(options.quiet, options.input + ": " + remark);
             song.remarks.push_back(remark);
         }
+        plan.breathes = options.breaths;
         plan.dynamics = FindDynamics(options, song, *databases);
         if (!options.plain) {
             plan.expressions = FindExpressions(*databases, options.expressions);

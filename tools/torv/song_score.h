@@ -22,6 +22,7 @@ struct SongOptions {
     int transpose = 0;
     int verse = 1;
     std::optional<unsigned> track; ///< from 1
+    bool breaths = false;
     bool plain = false;
     bool quiet = false;
 };

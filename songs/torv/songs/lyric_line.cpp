@@ -13,7 +13,7 @@ namespace torv::songs {
 namespace {
 
 constexpr size_t kFewestKaraokeTimes = 4;
-constexpr size_t kMostVerses = 20;
+constexpr size_t kMostLines = 20;
 constexpr size_t kFewestRomajiSyllables = 6;
 
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
@@ -87,7 +87,7 @@ std::vector<std::vector<const MidiText*>> PartVerses(const std::vector<const Mid
         return {lyrics};
     std::vector<std::vector<const MidiText*>> verses;
     for (const auto& [tick, texts] : times)
-        for (size_t verse = 0; verse < texts.size() && verse < kMostVerses; ++verse) {
+        for (size_t verse = 0; verse < texts.size() && verse < kMostLines; ++verse) {
             verses.resize(std::max(verses.size(), verse + 1));
             verses[verse].push_back(texts[verse]);
         }

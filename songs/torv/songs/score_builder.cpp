@@ -1,5 +1,6 @@
 #include "torv/songs/score_builder.h"
 
+#include "torv/songs/breaths.h"
 #include "torv/songs/hand_phonemes.h"
 #include "torv/songs/note_icons.h"
 #include "torv/songs/slides.h"
@@ -23,6 +24,8 @@ constexpr DWORD kLongestPieceTicks = 0x7FFF;
 constexpr DWORD kConverterValue = 480; // the converters' own value, one beat
 constexpr int kHighestKey = 127;
 constexpr size_t kMostHandles = 65534;
+constexpr WORD kBreathVelocity = 30;               // softly
+constexpr DWORD kBreathMilliseconds = 600;         // before the song, with what is held until its first note
 constexpr size_t kLongestName = 127;               // what every reader of the engine's MIDI file takes
 constexpr double kLongestSong = 3 * 3600 * 1000.0; // milliseconds: a stereo wave at 96 kHz can still hold it
 
@@ -34,8 +37,9 @@ void AddMasterEvent(CMasterTrack& master, DWORD tick, DWORD type, DWORD value) {
     master.InsertEvent(&entry);
 }
 
-/// Lead measures keep the song's first signature, and a tempo of their own, which makes their length exact.
-void BuildMasterTrack(const Song& file, const ScoreOptions& options, Score& score) {
+/// Lead measures keep the song's first signature, and a tempo of their own, which makes their length exact. They last
+/// so many milliseconds at least.
+void BuildMasterTrack(const Song& file, DWORD lead, Score& score) {
     CMasterTrack& master = *score.song->GetMasterTrack();
     Meter first;
     if (!file.meters.empty() && file.meters.front().tick == 0)
@@ -44,7 +48,7 @@ void BuildMasterTrack(const Song& file, const ScoreOptions& options, Score& scor
     master.SetInitialTimeSig(signature);
     const DWORD measure =
         static_cast<DWORD>(CSequenceObject::CalcMeasureClock(first.numerator, first.denominatorExponent));
-    while (score.leadMilliseconds < options.presend) {
+    while (score.leadMilliseconds < lead) {
         score.leadTicks += measure;
         score.leadMilliseconds = CMasterTrack::TicksToTime(score.leadTicks, kDefaultTempo);
     }
@@ -116,6 +120,14 @@ CLyricObject* MakeVowel(int language) {
     return lyric;
 }
 
+/// As the two languages write it.
+CLyricObject* MakeBreath(int language) {
+    const char* const symbol = language == torv::kJapanese ? "*in" : "Asp";
+    Word word;
+    word.text = word.phonemes = symbol;
+    return MakeLyric({word}, language);
+}
+
 std::string Named(const Song& song, const std::string& what) {
     return song.source.empty() ? what : song.source + ": " + what;
 }
@@ -167,10 +179,13 @@ public:
     Marks(const PartPlan& plan, const Databases& databases, DWORD leadTicks, CSequenceObject* track)
         : m_plan(plan), m_databases(databases), m_leadTicks(leadTicks), m_parameters(track) {}
 
+    /// A tick of the score; who sings first is there from its beginning.
     void PutUntil(DWORD tick, TrackWriter& writer) {
-        const auto isDue = [tick](const std::vector<ScoreMark>& marks, size_t at) {
-            return at < marks.size() && marks[at].tick <= tick;
+        const auto isDue = [&](const std::vector<ScoreMark>& marks, size_t at) {
+            return at < marks.size() && m_leadTicks + marks[at].tick <= tick;
         };
+        if (m_voice == 0)
+            PutVoice(m_plan.voices[m_voice++], writer);
         while (isDue(m_plan.voices, m_voice) || isDue(m_plan.dynamics, m_dynamics)) {
             const bool isVoice =
                 isDue(m_plan.voices, m_voice) && (!isDue(m_plan.dynamics, m_dynamics) ||
@@ -226,7 +241,9 @@ ScorePart BuildPart(const Song& song, const PartPlan& plan, const Databases& dat
                     const Score& score) {
     std::vector<SungNote> notes = CutLongNotes(plan.line.notes, map, score.leadTicks);
     SpreadPhonemes(notes, LanguageOfSinger(plan.voices.front().id));
-    if (notes.size() > kMostHandles)
+    const SongClock clock(song.tempos);
+    const std::vector<Breath> breaths = BreathsBefore(notes, score.leadTicks, clock);
+    if (notes.size() * (plan.breathes ? 2 : 1) > kMostHandles)
         throw SongError(Named(song, std::to_string(notes.size()) + " notes are more than one track can give lyrics (" +
                                         std::to_string(kMostHandles) + "); sing it in parts"));
     ScorePart part;
@@ -239,7 +256,7 @@ ScorePart BuildPart(const Song& song, const PartPlan& plan, const Databases& dat
     NoteIcons icons(databases, plan.expressions, writer.Builder());
     Marks marks(plan, databases, score.leadTicks, part.track);
     Curves curves = plan.curves;
-    const std::vector<bool> areBent = BendSlides(notes, SongClock(song.tempos), curves);
+    const std::vector<bool> areBent = BendSlides(notes, clock, curves);
     int hint = 0;
     for (size_t i = 0; i < notes.size(); ++i) {
         const SungNote& note = notes[i];
@@ -248,7 +265,16 @@ ScorePart BuildPart(const Song& song, const PartPlan& plan, const Databases& dat
         const DWORD start = CMasterTrack::SearchTimePosition(tick, map, hint);
         int endHint = hint;
         const DWORD milliseconds = CMasterTrack::SearchTimePosition(tick + note.length, map, endHint) - start;
-        marks.PutUntil(note.tick, writer);
+        if (plan.breathes && breaths[i].length > 0) {
+            marks.PutUntil(tick - breaths[i].ahead, writer);
+            tagCsqEventAnote* const breath = CCsqBuilder::CreateNoteEvent();
+            breath->noteLength = breaths[i].length;
+            breath->noteNumber = static_cast<WORD>(note.key);
+            breath->noteDynamics = kBreathVelocity;
+            breath->lyricHandle = torv::HandleOf(part.track->AttachLyricObject(MakeBreath(marks.Language())));
+            writer.Put(tick - breaths[i].ahead, breath);
+        }
+        marks.PutUntil(tick, writer);
 
         CLyricObject* lyric =
             plan.line.hasWords ? MakeLyric(note.words, marks.Language()) : MakeVowel(marks.Language());
@@ -267,7 +293,7 @@ ScorePart BuildPart(const Song& song, const PartPlan& plan, const Databases& dat
         writer.Put(tick, record);
         part.notes.push_back({tick, note.length, note.key, note.velocity, note.joined, lyric});
     }
-    marks.PutUntil(song.end, writer);
+    marks.PutUntil(score.leadTicks + song.end, writer);
     writer.Close();
     PutCurves(curves, score.leadTicks, *part.track);
     return part;
@@ -288,7 +314,8 @@ Score BuildScore(const Song& song, const std::vector<PartPlan>& parts, const Sco
     score.song = std::make_unique<CSequence>();
     score.song->Create(nullptr);
     score.song->SetName(song.source.c_str());
-    BuildMasterTrack(song, options, score);
+    const bool breathes = std::any_of(parts.begin(), parts.end(), [](const PartPlan& plan) { return plan.breathes; });
+    BuildMasterTrack(song, options.presend + (breathes ? kBreathMilliseconds : 0), score);
     CArray<tagSequenceTimeMap> map;
     score.song->GetMasterTrack()->GetSequenceTimeMap(map);
     for (const PartPlan& plan : parts) {

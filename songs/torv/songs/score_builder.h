@@ -25,6 +25,7 @@ struct PartPlan {
     std::vector<ScoreMark> dynamics; ///< by tick
     Expressions expressions;         ///< what its notes get
     Curves curves = {};              ///< a curve of dynamics takes the place of `dynamics`
+    bool breathes = false;           ///< audibly, where there is time for it; not a note of the report
 };
 
 /// For the whole song.
