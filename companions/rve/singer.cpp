@@ -35,6 +35,7 @@ constexpr float kMostBreath = 2;   // beside that at rest: more is a whisper, an
 constexpr float kFlatHiss = 4000;  // from this width on a hiss has no edges: that of lips and teeth
 constexpr float kMuffledHz = 250;  // the source's corner behind a closure
 constexpr float kAspirationLevel = 0.4F;
+constexpr float kFaded = 0.03F;                    // of a voice
 constexpr float kLevelEvenness = 0.85F;            // 1: all vowels on all notes are equally strong
 constexpr Time kSafetyTail = FromMilliseconds(60); // a segment that promised to go on and did not
 constexpr float kAttackFloor = 0.15F;              // of a note's loudness, where it begins
@@ -127,6 +128,9 @@ void Singer::Reset() {
     m_gain = m_voicing = m_aspiration = m_noise = m_breath = {};
     m_voicingNow = m_aspirationNow = m_noiseNow = 0;
     m_voicingStep = m_aspirationStep = m_noiseStep = 0;
+    m_aim = {};
+    m_aim.hz = {500, 1500, 2500, 3500};
+    m_aim.bandwidth = {70, 90, 130, 200};
     m_hz = {{{500}, {1500}, {2500}, {3500}}};
     m_bandwidth = {{{70}, {90}, {130}, {200}}};
     m_noiseHz = {4000};
@@ -282,7 +286,9 @@ PitchControls Singer::PitchControlsNow() const {
 }
 
 void Singer::MoveTract(const Target& target, float f0) {
-    const float pace = m_isFirstTick ? 1.0F : Pace(target.formantMilliseconds);
+    // What fades is not heard to move, and the next sound's breath would be heard on the way.
+    const bool isFaded = std::max({m_voicing.value, m_aspiration.value, m_noise.value}) < kFaded;
+    const float pace = m_isFirstTick || isFaded ? 1.0F : Pace(target.formantMilliseconds);
     const float gender = Exp2(0.25F * VoiceControl(16));
     const float sharpness = Exp2(-0.5F * VoiceControl(15));
     for (int i = 0; i < kFormants; ++i) {
@@ -372,17 +378,12 @@ void Singer::Tick() {
     if (m_isFirstTick)
         BeginSound();
 
-    Target target;
+    Target target = m_aim; // what fades stays as it was
+    target.voicing = target.aspiration = target.noise = 0;
     float release = 25;
     if (segment) {
-        target = AimAt(*segment, now, voice, m_vowel, FindNext(*segment));
+        target = m_aim = AimAt(*segment, now, voice, m_vowel, FindNext(*segment));
     } else {
-        for (size_t i = 0; i < kFormants; ++i) {
-            target.hz[i] = m_hz[i].value;
-            target.bandwidth[i] = m_bandwidth[i].value;
-        }
-        target.upperHz = m_upperHz.value;
-        target.upperApart = m_upperApart.value;
         if (m_timeline.SegmentCount() > 0 && m_timeline.SegmentAt(0).release.present) {
             const Shape& shape = m_timeline.SegmentAt(0).release;
             release = (15 + 0.9F * shape.duration) * StyleTime(shape, 2.0F, 0.25F);

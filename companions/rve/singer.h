@@ -80,6 +80,7 @@ private:
     const Phoneme* m_vowel = nullptr;
     PitchLine m_pitch;
 
+    Target m_aim; ///< the last one of a sound
     Smoothed m_gain, m_voicing, m_aspiration, m_noise, m_breath;
     float m_voicingNow = 0, m_aspirationNow = 0, m_noiseNow = 0; ///< ramped within a tick
     float m_voicingStep = 0, m_aspirationStep = 0, m_noiseStep = 0;

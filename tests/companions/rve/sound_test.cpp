@@ -303,6 +303,19 @@ TEST_CASE("shapes: attacks and releases take the time they are told, styles stre
     scooped.Note({.note = 69, .attackCode = 0, .attackDepth = 127});
     CHECK(Cents(PitchOf(Part(Sing(scooped), 110, 140), 440), 440) < -30);
     CHECK(Cents(PitchOf(Part(Sing(scooped), 180, 210), 440), 440) > -10);
+    Stream faded; // its tract stays as it was
+    faded.VoiceControl(16, 127);
+    faded.Note({.note = 45, .lengthMs = 400, .phonemes = "a i", .releaseCode = 0, .releaseDuration = 90});
+    const auto colour = [tail = Sing(faded)](double from, double to) {
+        return Db(Band(Part(tail, from, to), 1500, 3500) / Band(Part(tail, from, to), 200, 1200));
+    };
+    CHECK(std::abs(colour(550, 590) - colour(450, 490)) < 2);
+    Stream follows; // and what comes next has its own from its beginning
+    follows.Value(0x60, 1);
+    follows.Note({.note = 64, .lengthMs = 400, .phonemes = "m i:", .releaseCode = 0, .releaseDuration = 60});
+    follows.Note({.note = 64, .startMs = 700, .phonemes = "Asp"});
+    const auto breath = Sing(follows, 1.2);
+    CHECK(Rms(Part(breath, 700, 760)) < 1.2 * Rms(Part(breath, 850, 950)));
     const auto rings = [](int code, int duration) {
         Stream stream;
         stream.Note({.startMs = 100, .lengthMs = 300, .releaseCode = code, .releaseDuration = duration});
