@@ -168,7 +168,7 @@ TEST_CASE("breaths: heard before the song and in its pauses, but not in short on
     Part part = PartOf("S", 69);
     part.notes.resize(3);
     part.notes[1].tick = 1920; // after a second's pause
-    part.notes[2].tick = 2400; // after a quarter of one
+    part.notes[2].tick = 2592; // after less than half of one
     for (Note& note : part.notes)
         note.length = note.tick == 0 ? 960 : 240;
     song.parts = {part};
@@ -194,5 +194,5 @@ TEST_CASE("breaths: heard before the song and in its pauses, but not in short on
         CHECK(level(note - 0.5, note - 0.2) < 0.03);
     }
     CHECK(level(1.3, 1.4) < 0.0005);
-    CHECK(level(2.32, 2.38) < 0.003);
+    CHECK(level(2.36, 2.5) < 0.003);
 }
