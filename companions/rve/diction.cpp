@@ -2,6 +2,7 @@
 
 #include "articulator.h"
 #include "place.h"
+#include "sung_vowels.h"
 #include "torv/abi/rve.h"
 
 #include <algorithm>
@@ -81,7 +82,8 @@ void Diction::Reset() {
     m_nucleus = m_now = {};
 }
 
-const SpokenFrame& Diction::At(Time time, const Timeline& timeline, const VoiceBank& bank, Tract tract) {
+const SpokenFrame& Diction::At(Time time, const Timeline& timeline, const VoiceBank& bank,
+                               const RecordedPerson& person) {
     int current = -1;
     while (current + 1 < timeline.SegmentCount() && timeline.SegmentAt(current + 1).Onset() <= time)
         ++current;
@@ -92,7 +94,7 @@ const SpokenFrame& Diction::At(Time time, const Timeline& timeline, const VoiceB
     if (next && next->Onset() > segment.end + kGap)
         next = nullptr;
     if (&bank != m_bank || segment.start != m_start || (next ? next->start : -1) != m_nextStart)
-        Plan(segment, next, bank, tract);
+        Plan(segment, next, bank, person);
     if (m_frameCount == 0)
         return m_now;
 
@@ -173,7 +175,7 @@ void Diction::AddSound(const Sound& sound) {
 
 /// The phones of one symbol, in the time that it has: of two the second one takes what it would take when spoken.
 void Diction::AddUnit(const Unit& unit, const Phoneme* following, Time begin, Time end, bool isNucleus,
-                      const VoiceBank& bank) {
+                      const VoiceBank& bank, const RecordedPerson& person) {
     const Spoken* const spoken = SpokenAs(*unit.phoneme);
     if (!spoken)
         return;
@@ -189,6 +191,8 @@ void Diction::AddUnit(const Unit& unit, const Phoneme* following, Time begin, Ti
     sound.isBreath = unit.phoneme->manner == Manner::Breath;
     if (IsJapaneseVowel(*unit.phoneme))
         sound.target = unit.phoneme->from;
+    else
+        sound.move = SungVowelMove(person.bank, spoken->phones[0]);
     const char* second = spoken->phones[1];
     if (spoken->palatal && following && std::string_view(following->symbol) != "i")
         second = "y";
@@ -209,7 +213,7 @@ void Diction::AddUnit(const Unit& unit, const Phoneme* following, Time begin, Ti
     AddSound(other);
 }
 
-void Diction::Plan(const Segment& segment, const Segment* next, const VoiceBank& bank, Tract tract) {
+void Diction::Plan(const Segment& segment, const Segment* next, const VoiceBank& bank, const RecordedPerson& person) {
     if (segment.start != m_start) {
         const bool follows = m_start >= 0 && segment.Onset() <= m_end + kGap && m_ownCount > 0;
         const auto phoneAt = [this](int index) {
@@ -243,14 +247,14 @@ void Diction::Plan(const Segment& segment, const Segment* next, const VoiceBank&
     const Time end = next ? std::min(segment.end, next->Onset()) : segment.end;
     if (segment.unitCount == 0) {
         static const Phoneme* const neutral = FindPhoneme("@", RVE_ENGLISH);
-        AddUnit({m_vowel ? m_vowel : neutral, segment.start, end}, nullptr, segment.start, end, true, bank);
+        AddUnit({m_vowel ? m_vowel : neutral, segment.start, end}, nullptr, segment.start, end, true, bank, person);
     }
     const Phoneme* const nucleus = NucleusOf(segment);
     for (int i = 0; i < segment.unitCount; ++i) {
         const Unit& unit = segment.units[Place(i)];
         const Phoneme* const following = i + 1 < segment.unitCount ? segment.units[Place(i + 1)].phoneme : nullptr;
         const bool isNucleus = IsVowel(*unit.phoneme) || unit.phoneme == nucleus;
-        AddUnit(unit, following, unit.begin, unit.end, isNucleus, bank);
+        AddUnit(unit, following, unit.begin, unit.end, isNucleus, bank, person);
     }
     if (nucleus && IsVowel(*nucleus))
         m_vowel = nucleus;
@@ -258,10 +262,10 @@ void Diction::Plan(const Segment& segment, const Segment* next, const VoiceBank&
     if (next && !m_goesOn) {
         const int own = m_soundCount;
         for (int i = 0; i < std::min(next->unitCount, 2); ++i)
-            AddUnit(next->units[Place(i)], nullptr, end, end, false, bank);
+            AddUnit(next->units[Place(i)], nullptr, end, end, false, bank, person);
         m_soundCount = std::min(m_soundCount, own + 2);
     }
-    Speak(bank, tract);
+    Speak(bank, person);
     LayOut(segment.start, end);
     Smooth();
     for (int i = m_firstOwn; i < m_firstOwn + m_ownCount; ++i) {
@@ -331,7 +335,7 @@ VoiceBank::Sequence Diction::SequenceOf(int index, const VoiceBank& bank) const 
     return sequence;
 }
 
-void Diction::Speak(const VoiceBank& bank, Tract tract) {
+void Diction::Speak(const VoiceBank& bank, const RecordedPerson& person) {
     m_frameCount = 0;
     for (int i = 0; i < m_soundCount; ++i) {
         Sound& sound = m_sounds[Place(i)];
@@ -342,6 +346,9 @@ void Diction::Speak(const VoiceBank& bank, Tract tract) {
         for (int f = 0; f < sound.frames; ++f) {
             SpokenFrame& frame = m_raw[Place(m_frameCount++)];
             frame = FrameFrom(bank.FrameAt(sequence.frames[f]), sound.isVowel);
+            if (sound.isVowel && !sound.target)
+                for (size_t m = 2; m < frame.cepstrum.size(); ++m) // level and tilt stay
+                    frame.cepstrum[m] *= person.sharpness;
             if (sound.isBreath)
                 frame.cepstrum[0] += kBreathGain;
             if (sound.isVoicelessStop && f < sound.closure)
@@ -354,14 +361,13 @@ void Diction::Speak(const VoiceBank& bank, Tract tract) {
         if (sound.target && sound.frames > 0) {
             const int middle = sound.first + sound.frames * (sound.isDiphthong ? 3 : 5) / 10;
             const SpokenFrame& steady = m_raw[Place(middle)];
-            std::array<float, 2> shift{};
-            for (size_t k = 0; k < shift.size(); ++k) {
-                const float target = sound.target->hz[static_cast<size_t>(tract)][k];
-                shift[k] = kMoved[k] * std::clamp(std::log2(target / steady.formants[k]), -0.6F, 0.6F);
+            for (size_t k = 0; k < sound.move.size(); ++k) {
+                const float target = sound.target->hz[static_cast<size_t>(person.tract)][k];
+                sound.move[k] = kMoved[k] * std::clamp(std::log2(target / steady.formants[k]), -0.6F, 0.6F);
             }
-            for (int f = sound.first; f < sound.first + sound.frames; ++f)
-                m_raw[Place(f)].shift = shift;
         }
+        for (int f = sound.first; f < sound.first + sound.frames; ++f)
+            m_raw[Place(f)].shift = sound.move;
     }
 }
 

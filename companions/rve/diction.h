@@ -1,5 +1,6 @@
 #pragma once
 
+#include "recorded_persons.h"
 #include "spoken.h"
 #include "timeline.h"
 #include "voice_bank.h"
@@ -25,7 +26,7 @@ public:
     void Reset();
     /// The frame at a time, which never goes back; the last one again where nothing is said. Segments that have begun
     /// may still be before the one that sounds.
-    const SpokenFrame& At(Time time, const Timeline& timeline, const VoiceBank& bank, Tract tract);
+    const SpokenFrame& At(Time time, const Timeline& timeline, const VoiceBank& bank, const RecordedPerson& person);
     /// The steady middle of the vowel that is being sung.
     const SpokenFrame& Nucleus() const { return m_nucleus; }
 
@@ -42,17 +43,18 @@ private:
         bool isDiphthong = false;
         bool isVowel = false;
         bool isBreath = false;
-        const VowelFormants* target = nullptr;
-        int first = 0; ///< of its frames
+        const VowelFormants* target = nullptr; ///< another language's vowel, which the spoken one is moved to
+        std::array<float, 2> move{};           ///< of its first two formants, in octaves
+        int first = 0;                         ///< of its frames
         int frames = 0;
         int closure = 0; ///< frames before a stop's burst
     };
 
-    void Plan(const Segment& segment, const Segment* next, const VoiceBank& bank, Tract tract);
+    void Plan(const Segment& segment, const Segment* next, const VoiceBank& bank, const RecordedPerson& person);
     void AddUnit(const Unit& unit, const Phoneme* following, Time begin, Time end, bool isNucleus,
-                 const VoiceBank& bank);
+                 const VoiceBank& bank, const RecordedPerson& person);
     void AddSound(const Sound& sound);
-    void Speak(const VoiceBank& bank, Tract tract);
+    void Speak(const VoiceBank& bank, const RecordedPerson& person);
     VoiceBank::Sequence SequenceOf(int index, const VoiceBank& bank) const;
     void LayOut(Time start, Time end);
     void Smooth();

@@ -63,15 +63,15 @@ void Person::Begin() {
 }
 
 void Person::Move(Time now, int samples, float f0, const Colour& colour, const Timeline& timeline,
-                  const VoiceBank& bank, Tract tract) {
+                  const VoiceBank& bank, const RecordedPerson& person) {
     const auto step = static_cast<float>(std::min(static_cast<double>(f0), m_rate * kHighestHarmonic) / m_rate);
     if (m_isFirst)
         m_step = step;
     m_stepSlope = (step - m_step) / static_cast<float>(samples);
     if (m_untilFrame <= 0) {
         if (m_isFirst)
-            MakeFrame(now, f0, colour, timeline, bank, tract);
-        MakeFrame(now + static_cast<Time>(m_hop * kTimeBase / m_rate), f0, colour, timeline, bank, tract);
+            MakeFrame(now, f0, colour, timeline, bank, person);
+        MakeFrame(now + static_cast<Time>(m_hop * kTimeBase / m_rate), f0, colour, timeline, bank, person);
         m_isFirst = false;
         m_untilFrame = m_hop;
         m_blend = 0;
@@ -81,9 +81,9 @@ void Person::Move(Time now, int samples, float f0, const Colour& colour, const T
 }
 
 void Person::MakeFrame(Time at, float f0, const Colour& colour, const Timeline& timeline, const VoiceBank& bank,
-                       Tract tract) {
+                       const RecordedPerson& person) {
     f0 = std::clamp(f0, kLowestPitch, static_cast<float>(m_rate) * kHighestHarmonic);
-    SpokenFrame frame = m_diction.At(at, timeline, bank, tract);
+    SpokenFrame frame = m_diction.At(at, timeline, bank, person);
     if (!m_isStill)
         Stir(frame);
     m_envelope.Set(frame, colour);

@@ -19,7 +19,7 @@ public:
     void Begin();
     /// Once every `ticksEvery` samples: the pitch from here on, and, when it is time, the next frame. `bank` is open.
     void Move(Time now, int samples, float f0, const Colour& colour, const Timeline& timeline, const VoiceBank& bank,
-              Tract tract);
+              const RecordedPerson& person);
     /// RMS that the vowel that is being sung has on this pitch, as it comes from Next.
     float NucleusLevel() const { return m_level; }
     float Next();
@@ -29,7 +29,7 @@ private:
     static constexpr int kMostNoise = 1024;
 
     void MakeFrame(Time at, float f0, const Colour& colour, const Timeline& timeline, const VoiceBank& bank,
-                   Tract tract);
+                   const RecordedPerson& person);
     void Stir(SpokenFrame& frame);
     void MakeCycle(float f0, float gain);
     void MakeNoise(float gain);

@@ -22,8 +22,9 @@ namespace {
 
 // Without its bank a program folds to the synthetic voice that is nearest: 96 to a soprano, 97 to a tenor, 99 to a
 // bass. The woman's held vowels are much better understood with the lower larynx of singers; the men's are not.
+// The second man's are with lower peaks, the others' are not.
 constexpr RecordedPerson kPersons[] = {
-    {96, "slt", Tract::Woman, 0.88F}, {97, "rms", Tract::Man, 1}, {99, "awb", Tract::Man, 1}};
+    {96, "slt", Tract::Woman, 0.88F, 1}, {97, "rms", Tract::Man, 1, 1}, {99, "awb", Tract::Man, 1, 0.85F}};
 
 struct LoadedBank {
     std::unique_ptr<MappedFile> file;

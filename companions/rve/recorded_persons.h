@@ -12,6 +12,7 @@ struct RecordedPerson {
     Tract tract;      ///< whose vowels are aimed at where the person's own language has none
     float size; ///< factor of the recording's frequencies in its own language: below 1 the larynx is lower than when
                 ///< speaking
+    float sharpness; ///< factor of the peaks and valleys of its own language's vowels, in decibels
 };
 
 /// Finds the banks, in the folder "rve" beside this library, and maps them, once in a process; one line on the error

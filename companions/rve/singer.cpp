@@ -164,6 +164,11 @@ float Singer::VoiceControl(int index) const {
     return std::clamp(static_cast<float>(value - 64) / 63.0F, -1.0F, 1.0F);
 }
 
+float Singer::NoiseFactor() const {
+    const float wish = VoiceControl(13);
+    return wish < 0 ? 1 + wish : 1 + 7 * wish;
+}
+
 float Singer::Pace(float milliseconds) const {
     const auto whole = static_cast<size_t>(milliseconds);
     return whole < m_paces.size() && static_cast<float>(whole) == milliseconds ? m_paces[whole] : PaceOf(milliseconds);
@@ -441,8 +446,7 @@ void Singer::Tick() {
     m_aspirationStep =
         (m_aspiration.value * m_gain.value * kSyntheticLevel * kAspirationLevel - m_aspirationNow) * perSample;
     m_noiseStep = (m_noise.value * m_gain.value * kSyntheticLevel * clearness - m_noiseNow) * perSample;
-    const float breath = VoiceControl(13) < 0 ? 1 + VoiceControl(13) : 1 + 7 * VoiceControl(13);
-    m_breath.Approach(voice.breath * breath * std::clamp(f0 / kBreathHz, 1.0F, kMostBreath),
+    m_breath.Approach(voice.breath * NoiseFactor() * std::clamp(f0 / kBreathHz, 1.0F, kMostBreath),
                       m_isFirstTick ? 1.0F : Pace(15));
 
     const float brightnessPace = m_isFirstTick ? 1.0F : Pace(15);
@@ -473,11 +477,11 @@ void Singer::MovePerson(const Segment* segment, Time now, float f0, float effort
     // Another language's vowels are aimed at where they lie, so that the tract stays as it was recorded.
     colour.size = (m_isJapanese ? 1 : m_person->size) * Exp2(0.25F * VoiceControl(16));
     colour.tilt = kEffortTilt * effortDb + kHarmonicsTilt * VoiceControl(12);
-    colour.breath = VoiceControl(13) < 0 ? 1 + VoiceControl(13) : 1 + 7 * VoiceControl(13);
+    colour.breath = NoiseFactor();
     colour.hiss = FromDb(6 * VoiceControl(15));
     colour.lowest = f0 * kFirstLift;
     m_colour.Approach(colour, m_isFirstTick ? 1.0F : Pace(15));
-    m_recorded.Move(now, kTickSamples, f0, m_colour, m_timeline, *m_bank, m_person->tract);
+    m_recorded.Move(now, kTickSamples, f0, m_colour, m_timeline, *m_bank, *m_person);
 }
 
 /// At most a tick's.

@@ -40,6 +40,8 @@ private:
     int ControlValue(Control control) const { return m_controls[static_cast<size_t>(control)]; }
     /// A voice control as -1..1 around its middle.
     float VoiceControl(int index) const;
+    /// How many times the breath that the voice has at rest.
+    float NoiseFactor() const;
     void Apply(const ControlChange& change) { m_controls[change.control] = change.value; }
     void Tick();
     /// The segment that sounds now, or null; what is over is dropped.

@@ -242,10 +242,15 @@ ScorePart BuildPart(const Song& song, const PartPlan& plan, const Databases& dat
     std::vector<SungNote> notes = CutLongNotes(plan.line.notes, map, score.leadTicks);
     SpreadPhonemes(notes, LanguageOfSinger(plan.voices.front().id));
     const SongClock clock(song.tempos);
-    const std::vector<Breath> breaths = BreathsBefore(notes, score.leadTicks, clock);
-    if (notes.size() * (plan.breathes ? 2 : 1) > kMostHandles)
-        throw SongError(Named(song, std::to_string(notes.size()) + " notes are more than one track can give lyrics (" +
-                                        std::to_string(kMostHandles) + "); sing it in parts"));
+    const std::vector<Breath> breaths =
+        plan.breathes ? BreathsBefore(notes, score.leadTicks, clock) : std::vector<Breath>(notes.size());
+    const auto breathCount = static_cast<size_t>(
+        std::count_if(breaths.begin(), breaths.end(), [](const Breath& breath) { return breath.length > 0; }));
+    if (notes.size() + breathCount > kMostHandles)
+        throw SongError(Named(song, std::to_string(notes.size()) + " notes" +
+                                        (breathCount > 0 ? " and " + std::to_string(breathCount) + " breaths" : "") +
+                                        " are more than one track can give lyrics (" + std::to_string(kMostHandles) +
+                                        "); sing it in parts"));
     ScorePart part;
     part.track = CSequence::CreateObject();
     score.song->AddObject(part.track);
@@ -265,7 +270,7 @@ ScorePart BuildPart(const Song& song, const PartPlan& plan, const Databases& dat
         const DWORD start = CMasterTrack::SearchTimePosition(tick, map, hint);
         int endHint = hint;
         const DWORD milliseconds = CMasterTrack::SearchTimePosition(tick + note.length, map, endHint) - start;
-        if (plan.breathes && breaths[i].length > 0) {
+        if (breaths[i].length > 0) {
             marks.PutUntil(tick - breaths[i].ahead, writer);
             tagCsqEventAnote* const breath = CCsqBuilder::CreateNoteEvent();
             breath->noteLength = breaths[i].length;
