@@ -51,6 +51,7 @@ private:
     songs::PartPlan Plan(const songs::Part& part, const PartPlanning& planning, size_t index) {
         songs::PartPlan plan;
         plan.name = part.name;
+        plan.breathes = m_options.breaths != 0;
         m_name = songs::NameOfPart(m_song.song, index);
         plan.line = songs::MakeVoiceLine(part, m_options.verse, m_options.plain != 0);
         RemarkOn(plan.line);

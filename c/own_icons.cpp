@@ -125,8 +125,9 @@ void AddOwnIcons(const songs::Score& score, const songs::ScorePart& part, const 
     auto sung = plan.line.notes.begin();
     const IconNames* names = nullptr;
     for (size_t i = 0; i < part.notes.size(); ++i) {
-        cursor.GetNext();
         const DWORD tick = part.notes[i].tick - score.leadTicks;
+        while (cursor.GetNext() != kEventEnd && cursor.GetPosition() < part.notes[i].tick)
+            ; // the breath before it
         while (std::next(sung) != plan.line.notes.end() && std::next(sung)->tick <= tick)
             ++sung;
         const bool isFirst = sung->tick == tick;

@@ -27,7 +27,8 @@ PartRecord = _record("PartRecord", ("notes", U32), ("track", I32), ("channel", I
 NoteRecord = _record("NoteRecord", ("tick", U32), ("length", U32), ("key", I32), ("velocity", I32), ("flags", U32), ("words", U32))
 WordRecord = _record("WordRecord", ("verse", I32), ("flags", U32))
 IconRecord = _record("IconRecord", ("id", U32), ("kind", I32), ("language", I32))
-ScoreOptions = _record("ScoreOptions", ("transpose", I32), ("verse", I32), ("plain", I32), ("language", I32), ("presend", U32))
+ScoreOptions = _record("ScoreOptions", ("transpose", I32), ("verse", I32), ("plain", I32), ("language", I32), ("presend", U32),
+                       ("breaths", I32))
 ScoreInfo = _record("ScoreInfo", *((name, U32) for name in ("parts", "remarks", "lead", "length")))
 ScorePartRecord = _record("ScorePartRecord", ("song_part", U32), ("notes", U32), ("voice", U32), ("level", DOUBLE), ("pan", DOUBLE))
 ScoreNoteRecord = _record("ScoreNoteRecord", ("tick", U32), ("length", U32), ("key", I32), ("velocity", I32), ("joined", I32),

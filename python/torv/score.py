@@ -69,15 +69,16 @@ class _Raised:
 class Score(Handle):
     """A song's score: voices cast, words turned into phonemes, parts encoded. It does not change with the song.
 
-    `transpose`: semitones; `verse`: from 1; `plain`: without expressions; `language`: "auto", "english" or "japanese".
+    `transpose`: semitones; `verse`: from 1; `plain`: without expressions; `language`: "auto", "english" or "japanese";
+    `breaths`: who sings is heard to breathe in, where there is a pause for it.
     """
 
-    OPTIONS = ("transpose", "verse", "plain", "language")
+    OPTIONS = ("transpose", "verse", "plain", "language", "breaths")
     _free = "torv_score_free"
 
     def __init__(self, song: "Song", databases: Optional[Databases] = None, *, transpose: int = 0, verse: int = 1,
-                 plain: bool = False, language: str = "auto") -> None:
-        options = records.ScoreOptions(transpose=transpose, verse=verse, plain=plain,
+                 plain: bool = False, language: str = "auto", breaths: bool = False) -> None:
+        options = records.ScoreOptions(transpose=transpose, verse=verse, plain=plain, breaths=breaths,
                                        language=place_in(LANGUAGES, language, "language"))
         super().__init__(self.make("torv_score_make", song, databases or default_databases(), ctypes.byref(options)))
 

@@ -254,7 +254,7 @@ static void test_indexes(void) {
 }
 
 static torv_status make(int32_t transpose, int32_t verse, int32_t language, uint32_t presend) {
-    const torv_score_options options = {sizeof options, transpose, verse, 0, language, presend};
+    const torv_score_options options = {sizeof options, transpose, verse, 0, language, presend, 0};
     torv_score* made = NULL;
     const torv_status status = torv_score_make(song, databases, &options, &made);
     OK(torv_score_free(made));

@@ -56,6 +56,25 @@ def test_curve_is_sung():
     assert abs(np.nanmedian(pitch) - 64) < 1  # keys 60 to 62, three semitones higher
 
 
+def test_breaths_are_heard_in_pauses_and_are_no_notes():
+    song = make_song()
+    song.parts[0].add_note(torv.Note(3840, 960, 72, words=[torv.Word("la")]))  # 4 s, after a pause of 2.5
+    song.parts[0].set_icon("vibrato", "Wide Vibrato", 3)
+    silent, breathing = song.sing(), song.sing(breaths=True)
+
+    def level(sound, start, end):
+        return np.abs(sound.samples[int(start * sound.rate):int(end * sound.rate)]).max()
+
+    assert level(silent, 2, 3.9) == 0
+    assert 0 < level(breathing, 3, 3.9) < level(breathing, 4.2, 4.8)
+    assert level(breathing, 2, 3) == 0
+    score = song.score(breaths=True)
+    assert [note.key for note in score.parts[0].notes] == [60, 61, 62, 72]
+    _, pitch, _ = score.measure(breathing)
+    _, steady, _ = song.score().measure(silent)
+    assert np.nanmax(pitch[-60:]) == pytest.approx(np.nanmax(steady[-60:]), abs=0.1)  # the icon is the note's
+
+
 def test_errors_are_told_and_typed():
     song = make_song()
     song.parts[0].set_voice("Thmas")

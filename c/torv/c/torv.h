@@ -436,6 +436,7 @@ typedef struct torv_score_options {
     int32_t plain;     /**< 1: without attacks, releases, transitions, vibratos and dynamics */
     int32_t language;  /**< a torv_language: who sings must sing it */
     uint32_t presend;  /**< milliseconds that the engine must know of a note ahead, 500..5000; 0: 2000 */
+    int32_t breaths;   /**< 1: who sings is heard to breathe in, where there is a pause for it; breaths are no notes */
 } torv_score_options;
 
 /**
