@@ -14,9 +14,9 @@ struct Row {
 };
 
 // A vowel that is short in speech does not get where it aims at, and what is made of it when it is held is taken for
-// another one. Each was sung at twenty places around its own, for 0.6 s between 24 pairs of consonants,
-// to a listener who had fifteen vowels to choose from; it moves half the way to where it was understood best. The whole
-// way is better for single words and worse in lines.
+// another one. Each was sung at twenty places around its own, for 0.6 s between 24 pairs of consonants, and moves half
+// the way to where a listener with fifteen vowels to choose from was surest of it (bench/voice/held_vowels.py). The
+// whole way is better for single words and worse in lines.
 constexpr Row kRows[] = {{"aa", {{0, 0}, {-0.075F, 0}, {0.15F, 0.15F}}},
                          {"ae", {{0, -0.15F}, {0.15F, -0.075F}, {0, 0}}},
                          {"ah", {{0, -0.15F}, {0, 0.075F}, {0.075F, 0.075F}}},
