@@ -1,6 +1,7 @@
 // From a song to its sound.
 #include "torv/songs/casting.h"
 #include "torv/songs/engine_stream.h"
+#include "torv/songs/song_error.h"
 #include "torv/songs/sound_curves.h"
 #include "torv/songs/synthesis.h"
 
@@ -159,6 +160,29 @@ TEST_CASE("slides: the pitch is on its way for all of a note, beside other bends
         const double pitch = curves.pitch.at(static_cast<size_t>(std::lround((begin + at) / kCurveStep)));
         CHECK_MESSAGE(std::abs(pitch - (69 + 5 * std::min(at, 1.0))) < 0.25, at << " s: " << pitch);
     }
+}
+
+TEST_CASE("a part with more notes than a track can give lyrics is told, and one with so many is built") {
+    const MessageCatcher messages;
+    Databases databases(messages);
+    Song song;
+    Part part = PartOf("S", 69);
+    const Note note = part.notes.front();
+    part.notes.assign(65535, note);
+    for (uint32_t i = 0; i < part.notes.size(); ++i) {
+        part.notes[i].tick = i * 60;
+        part.notes[i].length = 60;
+    }
+    const auto build = [&] {
+        song.parts = {part};
+        CompleteSong(song);
+        return BuildScore(song, {{"S", MakeVoiceLine(part), {{0, databases.Find(kVoices, "Alice")}}, {}, {}}}, {},
+                          databases);
+    };
+    CHECK_THROWS_WITH_AS(build(), doctest::Contains("65535 notes are more than one track can give lyrics (65534)"),
+                         SongError);
+    part.notes.pop_back();
+    CHECK(build().parts.front().notes.size() == 65534);
 }
 
 TEST_CASE("breaths: heard before the song and in its pauses, but not in short ones, and no notes of the part") {

@@ -244,11 +244,11 @@ ScorePart BuildPart(const Song& song, const PartPlan& plan, const Databases& dat
     const SongClock clock(song.tempos);
     const std::vector<Breath> breaths =
         plan.breathes ? BreathsBefore(notes, score.leadTicks, clock) : std::vector<Breath>(notes.size());
-    const auto breathCount = static_cast<size_t>(
-        std::count_if(breaths.begin(), breaths.end(), [](const Breath& breath) { return breath.length > 0; }));
-    if (notes.size() + breathCount > kMostHandles)
-        throw SongError(Named(song, std::to_string(notes.size()) + " notes" +
-                                        (breathCount > 0 ? " and " + std::to_string(breathCount) + " breaths" : "") +
+    const size_t lyricCount =
+        notes.size() + static_cast<size_t>(std::count_if(breaths.begin(), breaths.end(),
+                                                         [](const Breath& breath) { return breath.length > 0; }));
+    if (lyricCount > kMostHandles)
+        throw SongError(Named(song, std::to_string(lyricCount) + (plan.breathes ? " notes and breaths" : " notes") +
                                         " are more than one track can give lyrics (" + std::to_string(kMostHandles) +
                                         "); sing it in parts"));
     ScorePart part;
