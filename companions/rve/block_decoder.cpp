@@ -12,6 +12,8 @@ constexpr double kTicksToMilliseconds = 500.0 / 480; // an advancement's tick is
 constexpr int kUnchosenAdvancement = 64;
 /// All that is ahead of a vowel and was not chosen takes at most this share of the note, lest notes swallow others.
 constexpr double kMostOnset = 0.6;
+/// A neutral vowel that is held is taken for others: consonants after it are longer, and leave it less time.
+constexpr double kAfterNeutral = 1.3;
 
 /// The seventeen voice controls by their selectors, which are not evenly spaced; -1 for any other number.
 int VoiceControlOf(int selector) {
@@ -28,6 +30,7 @@ void BlockDecoder::Reset() {
     m_number = m_open = m_parameter = -1;
     m_characterCount = 0;
     m_language = RVE_JAPANESE;
+    m_neutralEnd = kNever;
 }
 
 void BlockDecoder::SelectParameter(uint8_t parameter) {
@@ -68,7 +71,7 @@ Shape BlockDecoder::ShapeAt(int code) const {
     return shape;
 }
 
-bool BlockDecoder::MakeSegment(Time now, Segment& segment) const {
+bool BlockDecoder::MakeSegment(Time now, Segment& segment) {
     if (Msb(2) < 0)
         return false;
     segment.note = Msb(2);
@@ -96,7 +99,7 @@ bool BlockDecoder::MakeSegment(Time now, Segment& segment) const {
 }
 
 // Consonants before the vowel are laid back to back ahead of the note, those after it back to back before its end.
-void BlockDecoder::PlaceUnits(Segment& segment) const {
+void BlockDecoder::PlaceUnits(Segment& segment) {
     struct Sound {
         const Phoneme* phoneme;
         int advancement;
@@ -122,8 +125,11 @@ void BlockDecoder::PlaceUnits(Segment& segment) const {
         }
         i = next;
     }
-    if (count == 0)
+    const bool followsNeutral = segment.start <= m_neutralEnd + kGap;
+    if (count == 0) {
+        m_neutralEnd = followsNeutral ? segment.end : kNever;
         return;
+    }
 
     const auto begin = sounds.begin();
     const auto end = begin + count;
@@ -145,9 +151,13 @@ void BlockDecoder::PlaceUnits(Segment& segment) const {
         return sound.advancement > 0 && sound.advancement != kUnchosenAdvancement;
     };
     const auto lengthOf = [&](const Sound& sound, bool afterVowel) {
-        return isChosen(sound) ? FromMilliseconds(sound.advancement * kTicksToMilliseconds)
-                               : FromMilliseconds(double{NaturalLength(*sound.phoneme, afterVowel)});
+        if (isChosen(sound))
+            return FromMilliseconds(sound.advancement * kTicksToMilliseconds);
+        const double longer = followsNeutral && !afterVowel ? kAfterNeutral : 1;
+        return FromMilliseconds(double{NaturalLength(*sound.phoneme, afterVowel)} * longer);
     };
+    static const Phoneme* const neutral = FindPhoneme("@", RVE_ENGLISH);
+    m_neutralEnd = last->phoneme == neutral ? segment.end : kNever;
     const auto add = [&segment](const Sound& sound, Time from, Time to) {
         segment.units[static_cast<size_t>(segment.unitCount++)] = {sound.phoneme, from, to};
     };

@@ -60,6 +60,7 @@ public:
 private:
     static constexpr int kParameters = 128;
     static constexpr int kMaxCharacters = 64;
+    static constexpr Time kNever = -Segment::kForever;
 
     bool IsNote() const { return m_open == 0x50; }
     void SelectParameter(uint8_t parameter);
@@ -69,10 +70,10 @@ private:
     Time Delay() const;
     int Msb(int parameter) const { return m_msb[static_cast<size_t>(parameter)]; }
     int Lsb(int parameter) const { return m_lsb[static_cast<size_t>(parameter)]; }
-    bool MakeSegment(Time now, Segment& segment) const;
+    bool MakeSegment(Time now, Segment& segment);
     bool MakeChange(Time now, bool afterLsb, ControlChange& change);
     Shape ShapeAt(int code) const;
-    void PlaceUnits(Segment& segment) const;
+    void PlaceUnits(Segment& segment);
 
     int m_number = -1;    ///< of the last message
     int m_open = -1;      ///< of the block that is open
@@ -84,6 +85,7 @@ private:
     std::array<int16_t, kMaxCharacters> m_advancements{}; ///< -1: no phoneme begins here
     int m_characterCount = 0;
     int m_language = RVE_JAPANESE;
+    Time m_neutralEnd = kNever; ///< of the last segment, when it holds the neutral vowel
 };
 
 } // namespace rve

@@ -13,7 +13,6 @@ namespace rve {
 
 namespace {
 
-constexpr Time kGap = FromMilliseconds(40); ///< a pause that is shorter is none
 constexpr double kFrame = bank::kFrameMs * 0.001 * kTimeBase;
 // Frames either way over which sounds flow into each other. Stops and hisses that are as smooth as vowels lose their
 // edges; vowels that are not stray from step to step.

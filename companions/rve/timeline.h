@@ -11,6 +11,7 @@ namespace rve {
 using Time = int64_t;
 inline constexpr double kTimeBase = 44100.0;
 constexpr Time FromMilliseconds(double milliseconds) { return static_cast<Time>(milliseconds * 0.001 * kTimeBase); }
+inline constexpr Time kGap = FromMilliseconds(40); ///< a pause that is shorter is none
 
 /// Icon shapes of a segment. Codes go by their low byte: 0 normal, 1 gentle, 2 strong; see docs/engine.md.
 struct Shape {
