@@ -1,5 +1,7 @@
-// Asks flite for everything that a recorded voice can say, and writes it to a bank: build_bank VOICE FILE.
+// Asks flite for everything that a recorded voice can say, colours it, and writes it to a bank: build_bank VOICE
+// COLOURS FILE.
 #include "bank_format.h"
+#include "colours.h"
 #include "recorded_voice.h"
 #include "spectral_shape.h"
 
@@ -8,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <fstream>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -54,11 +57,16 @@ std::array<float, bank::kFormants> ExpectedFormants(const std::string& phone, fl
 
 uint8_t Byte(float share) { return static_cast<uint8_t>(std::lround(share * 255)); }
 
-bank::Frame FrameOf(const RecordedVoice::Vector& vector, const std::string& phone, const Cepstrum& mean, float size) {
+bank::Frame FrameOf(const RecordedVoice::Vector& vector, const std::string& phone, const Cepstrum& mean,
+                    const Colours& colours, float size) {
     Cepstrum cepstrum = vector.cepstrum;
     if (!RecordedVoice::IsVowel(phone))
         Contrast(cepstrum, mean, kConsonantContrast);
     Sharpen(cepstrum, kSharpness);
+    const auto formants = FormantsOf(cepstrum, ExpectedFormants(phone, size));
+    if (const auto colour = colours.find(phone); colour != colours.end())
+        for (size_t m = 0; m < cepstrum.size(); ++m)
+            cepstrum[m] += colour->second[m];
     bank::Frame frame{};
     for (size_t m = 0; m < cepstrum.size(); ++m) {
         const long units = std::lround(cepstrum[m] / bank::kCepstrumUnit);
@@ -69,7 +77,6 @@ bank::Frame FrameOf(const RecordedVoice::Vector& vector, const std::string& phon
     for (size_t b = 0; b < vector.strength.size(); ++b)
         frame.strength[b] = Byte(vector.strength[b]);
     frame.voicing = Byte(vector.voicing);
-    const auto formants = FormantsOf(cepstrum, ExpectedFormants(phone, size));
     for (size_t f = 0; f < formants.size(); ++f)
         frame.formants[f] = static_cast<uint16_t>(std::lround(formants[f]));
     return frame;
@@ -78,7 +85,8 @@ bank::Frame FrameOf(const RecordedVoice::Vector& vector, const std::string& phon
 /// Everything that a bank holds, each frame and each sequence once.
 class Contents {
 public:
-    Contents(RecordedVoice& voice, float size) : m_voice(voice), m_mean(voice.MeanCepstrum()), m_size(size) {
+    Contents(RecordedVoice& voice, const Colours& colours, float size)
+        : m_voice(voice), m_mean(voice.MeanCepstrum()), m_colours(colours), m_size(size) {
         const int phones = static_cast<int>(voice.Phones().size());
         const auto count = static_cast<size_t>(phones);
         m_places.assign(count * count * count, bank::kNoSequence);
@@ -157,13 +165,14 @@ private:
         if (isNew) {
             if (m_frames.size() > UINT16_MAX)
                 throw std::runtime_error("too many frames");
-            m_frames.push_back(FrameOf(m_voice.VectorAt(vector), phone, m_mean, m_size));
+            m_frames.push_back(FrameOf(m_voice.VectorAt(vector), phone, m_mean, m_colours, m_size));
         }
         return number->second;
     }
 
     RecordedVoice& m_voice;
     Cepstrum m_mean;
+    const Colours& m_colours;
     float m_size;
     std::vector<bank::Frame> m_frames;
     std::vector<uint32_t> m_places; ///< by phone, the one before, the one after
@@ -175,13 +184,16 @@ private:
 } // namespace
 
 int main(int count, char** arguments) try {
-    if (count != 3)
-        throw std::runtime_error("build_bank VOICE FILE");
+    if (count != 4)
+        throw std::runtime_error("build_bank VOICE COLOURS FILE");
     flite_init();
     for (const Person& person : kPersons)
         if (std::strcmp(person.name, arguments[1]) == 0) {
             RecordedVoice voice(person.make(nullptr));
-            Contents(voice, person.size).Write(arguments[2]);
+            std::ifstream text(arguments[2]);
+            if (!text)
+                throw std::runtime_error(std::string("cannot read ") + arguments[2]);
+            Contents(voice, ReadColours(text, voice.Phones()), person.size).Write(arguments[3]);
             return 0;
         }
     throw std::runtime_error(std::string("no such voice: ") + arguments[1]);

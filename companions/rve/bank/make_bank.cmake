@@ -1,7 +1,7 @@
-# cmake -DSOURCES=.. -DBUILDER=.. -DVOICE=.. -DBANK=.. -DSHARED=.. -P make_bank.cmake
-# Puts VOICE's bank at BANK: the one in SHARED that was made from the same SOURCES, or else one that is made now.
+# cmake -DSOURCES=.. -DCOLOURS=.. -DBUILDER=.. -DVOICE=.. -DBANK=.. -DSHARED=.. -P make_bank.cmake
+# Puts VOICE's bank at BANK: the one in SHARED that was made from the same SOURCES and COLOURS, or else one that is made now.
 set(texts "")
-foreach(source ${SOURCES})
+foreach(source ${SOURCES} ${COLOURS})
   file(SHA256 ${source} hash)
   string(APPEND texts ${hash})
 endforeach()
@@ -11,7 +11,7 @@ set(made ${SHARED}/${VOICE}-${version}.bank)
 file(MAKE_DIRECTORY ${SHARED})
 file(LOCK ${SHARED}/${VOICE}.lock)
 if(NOT EXISTS ${made})
-  execute_process(COMMAND ${BUILDER} ${VOICE} ${made}.new RESULT_VARIABLE failed)
+  execute_process(COMMAND ${BUILDER} ${VOICE} ${COLOURS} ${made}.new RESULT_VARIABLE failed)
   if(NOT failed EQUAL 0)
     message(FATAL_ERROR "the bank of ${VOICE} cannot be made")
   endif()

@@ -184,7 +184,7 @@ TEST_CASE("persons: what ends a held note is longer than it is spoken") {
         CHECK(Db(Band(Part(ended, 700, 750), 4000, 8000) / Band(Part(ended, 600, 640), 4000, 8000)) > 10);
         Stream alone = By(program, 1); // no vowel to be measured by
         alone.Note({.phonemes = "t s"});
-        CHECK(Db(Rms(Part(Sing(alone), 300, 600))) < -24 + 12);
+        CHECK(Db(Rms(Part(Sing(alone), 300, 600))) < -24 + 14);
     }
 }
 
@@ -248,21 +248,21 @@ TEST_CASE("persons: English vowels are held where a listener takes them for what
         CAPTURE(program);
         const auto held = [program](const char* vowel) { return Steady(By(program, 1), vowel, 45); };
         if (program == kWoman)
-            CHECK(Centre(held("{"), 1100, 2500) < 1490); // Hz; 1541 where it is spoken
+            CHECK(Centre(held("{"), 1100, 2500) < 1570); // Hz; 1636 where it is spoken
         if (program == kMan) {
-            CHECK(Centre(held("{"), 330, 1210) > 518); // 502
-            CHECK(Centre(held("@"), 330, 1210) > 500); // 466 when moved the other way
+            CHECK(Centre(held("{"), 330, 1210) > 544); // 522, 535 without its colour
+            CHECK(Centre(held("@"), 330, 1210) > 553); // 540, 537 without its colour
         }
         if (program == kSecondMan) {
-            CHECK(Centre(held("@U"), 330, 1210) > 448); // 431
+            CHECK(Centre(held("@U"), 330, 1210) > 484); // 466, 465 without its colour
             const auto open = held("{");
-            CHECK(Db(Band(open, 400, 900) / Band(open, 2800, 3300)) > 20.8);        // 19.3 with peaks as the others'
+            CHECK(Db(Band(open, 400, 900) / Band(open, 2800, 3300)) > 22);          // 20.7 with peaks as the others'
             const auto japanese = Steady(By(program), "e", 45);                     // keeps its peaks, as consonants do
-            CHECK(Db(Band(japanese, 300, 700) / Band(japanese, 900, 1300)) > 20.5); // 19.2
+            CHECK(Db(Band(japanese, 300, 700) / Band(japanese, 900, 1300)) > 25.5); // 23.8
             Stream hiss = By(program, 1);
             hiss.Note({.startMs = 400, .phonemes = "S V"});
             const auto hissed = Part(Sing(hiss), 310, 360);
-            CHECK(Db(Band(hissed, 2500, 4000) / Band(hissed, 500, 1500)) > 31); // 28.7
+            CHECK(Db(Band(hissed, 2500, 4000) / Band(hissed, 500, 1500)) > 31.5); // 29.2
         }
     }
 }

@@ -1,7 +1,10 @@
+#include "bank/colours.h"
 #include "bank_file.h"
 #include "voice_bank.h"
 
 #include <doctest/doctest.h>
+
+#include <sstream>
 
 using rve::VoiceBank;
 
@@ -82,4 +85,33 @@ TEST_CASE("a bank whose check sum is right is still not believed: places and fra
         CHECK(fault == VoiceBank::Fault::Damaged);
     }
     CHECK(FaultOf(Signed(bytes)) == VoiceBank::Fault::None);
+}
+
+TEST_CASE("a bank's colours: what each phone gains, and which line is wrong") {
+    const auto read = [](const std::string& text) {
+        std::istringstream stream(text);
+        return ReadColours(stream, {"pau", "aa", "s"});
+    };
+    const Colours colours = read("# hundredths\n\naa -25 3\n s 100\n");
+    REQUIRE(colours.size() == 2);
+    const Cepstrum& aa = colours.at("aa");
+    CHECK(aa[0] == 0); // the level
+    CHECK(aa[1] == doctest::Approx(-0.25));
+    CHECK(aa[2] == doctest::Approx(0.03));
+    CHECK(aa[3] == 0);
+    std::string full = "aa";
+    for (int i = 1; i < rve::bank::kCoefficients; ++i)
+        full += " 1";
+    CHECK(read(full).at("aa").back() == doctest::Approx(0.01));
+    for (const std::string& wrong :
+         {std::string("x 1"), std::string("aa 1\naa 2"), std::string("aa 1 b"), full + " 1"}) {
+        CAPTURE(wrong);
+        const std::string line = wrong.find('\n') == std::string::npos ? "line 2" : "line 3";
+        try {
+            read("s 1\n" + wrong);
+            FAIL("nothing was told");
+        } catch (const std::runtime_error& error) {
+            CHECK(std::string(error.what()).find(line) != std::string::npos);
+        }
+    }
 }
