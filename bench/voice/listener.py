@@ -71,7 +71,7 @@ def weak_bigrams(lines, words):
 
 
 class Listener:
-    def __init__(self, dictionary, **settings):
+    def __init__(self, dictionary, keeps_cepstra=False, **settings):
         self.folder = tempfile.TemporaryDirectory()
         path = pathlib.Path(self.folder.name) / "words.dict"
         path.write_text("".join(f"{head} {phones}\n" for head, phones in dictionary))
@@ -79,6 +79,8 @@ class Listener:
         config.set_string("-hmm", str(MODEL / "en-us"))
         config.set_string("-dict", str(path))
         config.set_string("-logfn", "/dev/null")
+        if keeps_cepstra:
+            config.set_string("-mfclogdir", self.folder.name)
         for key, value in settings.items():
             config.set_float(f"-{key}", value)
         self.decoder = Decoder(config)
@@ -93,10 +95,10 @@ class Listener:
         return listener
 
     @classmethod
-    def of_lines(cls, lines, words):
+    def of_lines(cls, lines, words, **options):
         """Any words in any order, and a half idea of how the lines go: the weights are half the usual ones."""
         known = {word for line in lines for word in line.split()} | set(words)
-        listener = cls(english_dictionary(known), lw=3.25, fwdflatlw=4.25, bestpathlw=4.75)
+        listener = cls(english_dictionary(known), lw=3.25, fwdflatlw=4.25, bestpathlw=4.75, **options)
         path = pathlib.Path(listener.folder.name) / "lines.arpa"
         path.write_text(weak_bigrams(lines, words))
         listener.decoder.set_lm_file("lines", str(path))
@@ -116,6 +118,14 @@ class Listener:
         self.decoder.end_utt()
         heard = self.decoder.hyp()
         return heard.hypstr.split() if heard else []
+
+    def cepstra(self):
+        """Of what it heard last, if it keeps them: 13 values each 10 ms."""
+        *others, last = sorted(pathlib.Path(self.folder.name).glob("*.mfc"))
+        values = np.fromfile(last, "<f4")[1:].reshape(-1, 13).astype(float)
+        for path in (*others, last):
+            path.unlink()
+        return values
 
 
 def errors(said, heard):

@@ -1,6 +1,7 @@
 """What is sung: hyphens part the syllables, of which each has a note of its own.
 
-WORDS and LINES are for tuning by; HELD_OUT and HELD_OUT_LINES are others of the same kind, for a look now and then.
+WORDS and LINES are for tuning by, COLOURING_LINES for the banks' colours alone; HELD_OUT and HELD_OUT_LINES are others of
+the same kind, for a look now and then.
 Between them each list of words has all sounds of English and its clusters. The lines are from songs whose authors died
 long ago, a few with a word changed for one that the listener knows.
 """
@@ -55,6 +56,42 @@ blow the man down give me some time to blow
 near-er my god to thee
 what shall we do with the drun-ken sai-lor
 you take the high road and i'll take the low road
+i've been a wild ro-ver for ma-ny a year
+come all you fair and ten-der girls
+the first time e-ver i saw your face
+as i was wal-king down the street one day
+in the big rock can-dy moun-tain there's a land that's fair and bright
+oh the cuck-oo is a pret-ty bird she sings as she flies
+fare thee well my own true love
+black-bird sing-ing in the tree so high
+green sleeves was all my joy
+my grand-fa-ther's clock was too large for the shelf
+i'll take you home a-gain kath-leen
+come live with me and be my love
+where the bee sucks there suck i
+full fa-thom five thy fa-ther lies
+it was a lo-ver and his lass
+hold the fort for i am co-ming
+a migh-ty for-tress is our god
+praise god from whom all bles-sings flow
+how can i keep from sing-ing
+shall we ga-ther at the ri-ver
+bles-sed as-sur-ance je-sus is mine
+just as i am with-out one plea
+what a friend we have in je-sus
+on-ward christ-ian sol-diers mar-ching as to war
+good mor-ning mer-ry sun-shine what makes you wake so soon
+the owl and the pus-sy cat went to sea
+here we go round the mul-ber-ry bush
+i saw three ships come sai-ling in
+ding dong mer-ri-ly on high
+once in ro-yal da-vid's ci-ty stood a lowly cat-tle shed
+when good king ar-thur ruled this land
+there was a crook-ed man who walked a crook-ed mile
+who killed cock rob-in i said the spar-row
+old king cole was a mer-ry old soul
+i love lit-tle pus-sy her coat is so warm
+to mar-ket to mar-ket to buy a fat pig
 """.strip().splitlines()
 
 # Kana, and the same in Latin letters: one group of them for each kana that has a note.
@@ -67,3 +104,92 @@ JAPANESE = [pair.split("=") for pair in """
 でんわ=de-n-wa どうぶつ=do-u-bu-tsu ばしょ=ba-sho びじん=bi-ji-n ぶどう=bu-do-u ぼうし=bo-u-shi ぱんだ=pa-n-da ぴあの=pi-a-no
 しゃしん=sha-shi-n きょう=kyo-u おちゃ=o-cha りょこう=ryo-ko-u
 """.split()]
+COLOURING_LINES = """
+twin-kle twin-kle lit-tle star how i won-der what you are
+old mac-don-ald had a farm and on his farm he had a cow
+i've been wor-king on the rail-road all the live long day
+oh su-san-na don't you cry for me
+clem-en-tine you are lost and gone for-ev-er
+way down up-on the swa-nee ri-ver far far a-way
+the sun shines bright on my old home
+when john-ny comes mar-ching home a-gain
+bat-tle cry of free-dom down with the trai-tors up with the star
+deck the halls with boughs of hol-ly
+hark the he-rald an-gels sing glo-ry to the new born king
+god rest you mer-ry gen-tle-men let no-thing you dis-may
+good king looked out on the feast of ste-phen
+the first no-el the an-gel did say
+we three kings bea-ring gifts we tra-vel so far
+o come all ye faith-ful joy-ful and tri-um-phant
+jin-gle bells jin-gle bells jin-gle all the way
+auld friends should be for-got and ne-ver brought to mind
+lon-ger is the road that leads me to my love
+there is a ta-vern in the town
+should old ac-quain-tance be for-got
+scar-bo-rough fair are you go-ing there
+drink to me on-ly with thine eyes
+the last rose of sum-mer left bloo-ming a-lone
+be-lieve me if all those young charms
+red is the rose that in yon-der gar-den grows
+black is the co-lor of my true love's hair
+i gave my love a cher-ry with-out a stone
+hush lit-tle ba-by don't say a word
+rock a bye ba-by on the tree top when the wind blows
+the old clock struck and the mouse ran up the clock
+ba ba black sheep have you a-ny wool
+jack and jill went up the hill to fetch a pail of wa-ter
+hump-ty dump-ty sat on a wall
+three blind mice see how they run
+pop goes the wea-sel round and round the bush
+po-ly put the ket-tle on we'll all have tea
+lit-tle bo peep has lost her sheep
+take me out to the ball game take me out with the crowd
+dai-sy dai-sy give me your an-swer do
+come a-way with me lu-cille in my mer-ry ma-chine
+shine on shine on har-vest moon up in the sky
+by the light of the sil-ve-ry moon i want to spoon
+meet me to-night in dream-land
+let me call you sweet-heart i'm in love with you
+my wild i-rish rose the sweet-est flow-er that grows
+when i-rish eyes are smi-ling sure it's like a morn in spring
+on top of old smo-ky all co-vered with snow
+down in the val-ley val-ley so low
+go tell it on the moun-tain o-ver the hills and far a-way
+a-bide with me fast falls the e-ven tide
+rock of a-ges cleft for me let me hide my-self in thee
+i know where i'm go-ing and i know who's go-ing with me
+blow winds blow and the ship goes sai-ling by
+oh where have you been bil-ly boy bil-ly boy
+the bear went o-ver the moun-tain to see what he could see
+yan-kee doo-dle went to town a ri-ding on a po-ny
+sky-lark have you a-ny-thing to say to me
+hot cross buns one a pen-ny two a pen-ny
+pat a cake pat a cake ba-ker's man
+there was an old wo-man who lived in a shoe
+mis-tress ma-ry quite con-tra-ry how does your gar-den grow
+pe-ter pe-ter pump-kin ea-ter had a wife and could-n't keep her
+i had a lit-tle nut tree no-thing would it bear
+the north wind doth blow and we shall have snow
+sleep my child and peace at-tend thee all through the night
+ear-ly one mor-ning just as the sun was ri-sing
+this old man he played one he played knick knack on my thumb
+from this val-ley they say you are go-ing
+in a ca-vern in a can-yon ex-ca-va-ting for a mine
+as i walked out in the streets of la-re-do
+bring back bring back my bon-ny to me
+we wish you a mer-ry christ-mas and a hap-py new year
+it came up-on the mid-night clear that glo-rious song of old
+the hol-ly and the i-vy when they are both full grown
+while shep-herds watched their flocks by night
+this lit-tle light of mine i'm gon-na let it shine
+no-bo-dy knows the trou-ble i've seen
+were you there when they cru-ci-fied my lord
+mine eyes have seen the glo-ry of the co-ming of the lord
+the cam-els are co-ming ho ho
+will ye no come back a-gain bet-ter loved ye can-not be
+the min-strel boy to the war is gone in the ranks of death you'll find him
+o dan-ny boy the pipes the pipes are cal-ling
+cock-les and mus-sels a-live a-live oh
+i dreamed that i dwelt in mar-ble halls with vas-sals and serfs at my side
+in dub-lin's fair ci-ty where the girls are so pret-ty
+""".strip().splitlines()

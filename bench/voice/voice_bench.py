@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""How well sung words are understood, by a listener that shares nothing with the engine:
+"""How well sung words are understood, by a listener that shares no code with the engine (colours.py learns from it):
 
     bench/voice/voice_bench.py build/release/bin/torv [--words 30] [--voices Alice,Thomas] [--no-peers] ...
 
