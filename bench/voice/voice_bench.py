@@ -31,28 +31,30 @@ import singers
 from listener import Listener, english_dictionary, errors, japanese_dictionary
 
 EXERCISES = ("words", "lines", "Japanese")
+LINES_FOR_ONE = 14
 
 
 def exercise(name, held_out):
-    """All its phrases, and who listens."""
+    """All its phrases with who listens to each."""
     if name == "lines":
         lines = phrases.english_lines(held_out)
         words = [phrase.text for phrase in phrases.english_words()]
-        return lines, Listener.of_lines([line.text for line in lines], words)
-    if name == "words":
-        words = phrases.english_words(held_out)
-        return words, Listener.of_words(english_dictionary([word.text for word in words]))
-    words = phrases.japanese_words()
-    return words, Listener.of_words(japanese_dictionary([word.text for word in words]))
+        # The more lines a listener half knows, the more it mixes them up: many are parted among several.
+        parts = max(1, round(len(lines) / LINES_FOR_ONE))
+        known = [Listener.of_lines([line.text for line in lines[part::parts]], words) for part in range(parts)]
+        return [(line, known[i % parts]) for i, line in enumerate(lines)]
+    words = phrases.english_words(held_out) if name == "words" else phrases.japanese_words()
+    dictionary = english_dictionary if name == "words" else japanese_dictionary
+    who = Listener.of_words(dictionary([word.text for word in words]))
+    return [(word, who) for word in words]
 
 
 def score(singer, name, count, held_out):
     """Per cent of the words that came across, and what was heard instead of the others."""
-    everything, who = exercise(name, held_out)
-    chosen = phrases.spread(everything, count)
+    chosen, listeners = zip(*phrases.spread(exercise(name, held_out), count))
     wrong = words = 0
     heard = []
-    for phrase, samples in zip(chosen, singer.perform(chosen, name)):
+    for phrase, who, samples in zip(chosen, listeners, singer.perform(chosen, name)):
         said, answer = phrase.text.split(), who.hear(samples)
         mistakes = errors(said, answer)
         wrong += mistakes

@@ -1,5 +1,7 @@
 #include "block_decoder.h"
 
+#include "recorded_persons.h"
+
 #include <algorithm>
 #include <string_view>
 
@@ -12,7 +14,8 @@ constexpr double kTicksToMilliseconds = 500.0 / 480; // an advancement's tick is
 constexpr int kUnchosenAdvancement = 64;
 /// All that is ahead of a vowel and was not chosen takes at most this share of the note, lest notes swallow others.
 constexpr double kMostOnset = 0.6;
-/// A neutral vowel that is held is taken for others: consonants after it are longer, and leave it less time.
+/// A person's neutral vowel that is held is taken for others: consonants after it are longer, and leave it less time.
+/// Synthetic voices lose by it.
 constexpr double kAfterNeutral = 1.3;
 
 /// The seventeen voice controls by their selectors, which are not evenly spaced; -1 for any other number.
@@ -30,6 +33,7 @@ void BlockDecoder::Reset() {
     m_number = m_open = m_parameter = -1;
     m_characterCount = 0;
     m_language = RVE_JAPANESE;
+    m_program = 0;
     m_neutralEnd = kNever;
 }
 
@@ -157,7 +161,8 @@ void BlockDecoder::PlaceUnits(Segment& segment) {
         return FromMilliseconds(double{NaturalLength(*sound.phoneme, afterVowel)} * longer);
     };
     static const Phoneme* const neutral = FindPhoneme("@", RVE_ENGLISH);
-    m_neutralEnd = last->phoneme == neutral ? segment.end : kNever;
+    const VoiceBank* bank = nullptr;
+    m_neutralEnd = last->phoneme == neutral && PersonOf(m_program, bank) ? segment.end : kNever;
     const auto add = [&segment](const Sound& sound, Time from, Time to) {
         segment.units[static_cast<size_t>(segment.unitCount++)] = {sound.phoneme, from, to};
     };
@@ -220,6 +225,7 @@ bool BlockDecoder::MakeChange(Time now, bool afterLsb, ControlChange& change) {
         return false;
     switch (m_open) {
     case 0x53:
+        m_program = m_data;
         return make(Control::Program, m_data);
     case 0x60:
         m_language = m_data;

@@ -85,7 +85,8 @@ private:
     std::array<int16_t, kMaxCharacters> m_advancements{}; ///< -1: no phoneme begins here
     int m_characterCount = 0;
     int m_language = RVE_JAPANESE;
-    Time m_neutralEnd = kNever; ///< of the last segment, when it holds the neutral vowel
+    int m_program = 0;
+    Time m_neutralEnd = kNever; ///< of the last segment, when a person holds the neutral vowel in it
 };
 
 } // namespace rve

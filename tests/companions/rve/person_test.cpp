@@ -34,7 +34,8 @@ std::vector<double> Steady(Stream stream, const char* phonemes = "a", int note =
 /// Of a tone of 110 Hz: where its harmonics' power lies.
 double Centre(const std::vector<double>& sound, double from, double to) {
     double weighted = 0, sum = 0;
-    for (double hz = 110 * std::ceil(from / 110); hz < to; hz += 110) {
+    for (int harmonic = static_cast<int>(std::ceil(from / 110)); 110 * harmonic < to; ++harmonic) {
+        const double hz = 110 * harmonic;
         const double tone = Tone(sound, hz);
         weighted += tone * tone * hz;
         sum += tone * tone;
@@ -79,6 +80,16 @@ TEST_CASE("persons: a vowel begins within a step of its time, its consonants ahe
             steepest = std::max(steepest, hissAt(ms) / (hissAt(ms - 10) + 1e-4));
         }
         CHECK(steepest > 9);
+        // The neutral vowel leaves what follows it more time, if it does follow it: an s comes 162 ms ahead.
+        const auto early = [program](const char* before, int lengthMs, int singer) {
+            Stream stream = By(singer, 1);
+            stream.Note({.startMs = 0, .lengthMs = lengthMs, .phonemes = before});
+            stream.Note({.startMs = 600, .phonemes = "s @"});
+            return Band(Part(Sing(stream, 0.7), 450, 470), 4000, 9000);
+        };
+        CHECK(early("D @", 600, program) > 4 * early("D e", 600, program));
+        CHECK(early("D @", 600, program) > 4 * early("D @", 400, program));
+        CHECK(early("D @", 600, 1) < 2 * early("D e", 600, 1)); // a synthetic voice's
     }
 }
 
