@@ -34,6 +34,7 @@ KEYS = (0, -3, 3, -1, 2)  # semitones over the voice's home
 COEFFICIENTS = 14  # after the level
 WARP = 0.42  # of bank_format.h
 BANK_TOP = 8000  # Hz
+DECIBELS = 20 / np.log(10)
 STRETCH = FILTERS * 2  # squared length of what a coefficient of 1 makes of the listener's cepstrum
 PACE, MOST_STEP, MOST = 1.0, 0.6, 2.5
 STEADIER = 60  # frames that a sound has at least, lest seldom ones move far
@@ -101,8 +102,8 @@ def move(colours, sums, frames, to_cepstra):
         step *= min(1, MOST_STEP / max(np.linalg.norm(step), 1e-9))
         for name in PHONES.get(phone, (phone.lower(),)):
             colours[name] += to_cepstra.T @ step / STRETCH
-            loudness = 8.7 * np.sqrt(np.sum(colours[name] ** 2) / 2)
-            colours[name] *= min(1, MOST / max(loudness, 1e-9))
+            decibels = DECIBELS * np.sqrt(np.sum(colours[name] ** 2) / 2)
+            colours[name] *= min(1, MOST / max(decibels, 1e-9))
 
 
 def main():
