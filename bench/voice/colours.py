@@ -13,7 +13,6 @@ next run begins, and the bank in the build is made anew.
 import argparse
 import collections
 import pathlib
-import random
 import subprocess
 import tempfile
 
@@ -112,11 +111,12 @@ def main():
     parser.add_argument("--voice", choices=BANKS, required=True)
     parser.add_argument("--rounds", type=int, default=10)
     arguments = parser.parse_args()
+    if arguments.rounds < 1:
+        parser.error("--rounds: there is at least one")
     torv = arguments.build / "bin/torv"
     bank = BANKS[arguments.voice]
     voice = next(voice for voice in singers.voices(torv) if voice.name == arguments.voice)
-    source = random.Random(phrases.SEED)
-    lines = [phrases.phrase(line.split(), 0.38, 0.76, source) for line in COLOURING_LINES]
+    lines = phrases.sung_lines(COLOURING_LINES)
     words = [word.text for word in phrases.english_words()]
     who = Listener.of_lines([line.text for line in lines], words, keeps_cepstra=True)
     dictionary = {}

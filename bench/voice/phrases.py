@@ -44,8 +44,12 @@ def english_words(held_out=False):
 
 
 def english_lines(held_out=False):
+    return sung_lines(HELD_OUT_LINES if held_out else LINES)
+
+
+def sung_lines(lines):
     source = random.Random(SEED)
-    return [phrase(line.split(), 0.38, 0.76, source) for line in (HELD_OUT_LINES if held_out else LINES)]
+    return [phrase(line.split(), 0.38, 0.76, source) for line in lines]
 
 
 def japanese_words():
