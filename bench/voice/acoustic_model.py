@@ -16,6 +16,8 @@ SMALLEST_VARIANCE = 1e-4
 LIFTER = 1 + 11 * np.sin(np.pi * np.arange(STREAM) / 22)  # what the listener multiplies the cepstra by
 LOWEST, HIGHEST, FILTERS = 130, 6800, 25  # Hz, of its ear
 WITHIN, FIRST, LAST, ONLY = range(4)  # places of a sound in its word
+TAPS = (((0, 1),), ((2, 1), (-2, -1)), ((3, 1), (-1, -1), (1, -1), (-3, 1)))  # frames away that each of the three adds
+REACH = 3
 
 
 def gaussians(name):
@@ -82,20 +84,23 @@ class AcousticModel:
                 result[:, own] += np.logaddexp.reduce(weighed, axis=1)
         return result
 
-    def slopes(self, cepstra, senones):
-        """How the likelihood of each frame under its senone changes with its cepstra: both (count, ...)."""
-        result = np.zeros_like(cepstra)
-        for phone in np.unique(self.phone_of[senones]):
-            own = np.flatnonzero(self.phone_of[senones] == phone)
-            mean, variance, x = self.means[0, phone], self.variances[0, phone], cepstra[own]
-            fit = (self.heights[0, phone] - 0.5 * ((x[:, None] - mean) ** 2 / variance).sum(axis=2) +
-                   self.weights[0][:, senones[own]].T)
-            share = np.exp(fit - np.logaddexp.reduce(fit, axis=1)[:, None])
-            result[own] = share @ (mean / variance) - x * (share @ (1 / variance))
+    def gradient(self, frames, senones):
+        """How the likelihood of each frame under its senone changes with its values: both (count, 39)."""
+        result = np.zeros_like(frames)
+        for stream in range(3):
+            own = slice(STREAM * stream, STREAM * (stream + 1))
+            for phone in np.unique(self.phone_of[senones]):
+                at = np.flatnonzero(self.phone_of[senones] == phone)
+                mean, variance, x = self.means[stream, phone], self.variances[stream, phone], frames[at, own]
+                fit = (self.heights[stream, phone] - 0.5 * ((x[:, None] - mean) ** 2 / variance).sum(axis=2) +
+                       self.weights[stream][:, senones[at]].T)
+                share = np.exp(fit - np.logaddexp.reduce(fit, axis=1)[:, None])
+                result[at, own] = share @ (mean / variance) - x * (share @ (1 / variance))
         return result
 
     def path(self, frames, pronunciations):
-        """The likeliest way through the sounds of words, silence around them: a senone and a phone for every frame."""
+        """The likeliest way through the sounds of words, silence around them: for every frame a senone, and the number
+        of its sound, of which the first is the silence before the words."""
         sounds = [("SIL", WITHIN)]
         for word in pronunciations:
             places = [ONLY] if len(word) == 1 else [FIRST, *[WITHIN] * (len(word) - 2), LAST]
@@ -105,7 +110,7 @@ class AcousticModel:
         for i, (phone, place) in enumerate(sounds):
             states = (self.alone[self.phones.index(phone)] if phone == "SIL" else
                       self.states(phone, sounds[i - 1][0], sounds[i + 1][0], place))
-            chain += [(senone, phone) for senone in states]
+            chain += [(senone, i) for senone in states]
         senones = np.array([senone for senone, _ in chain])
         known, column = np.unique(senones, return_inverse=True)
         fit = self.likelihoods(frames, known)[:, column]
@@ -122,14 +127,22 @@ class AcousticModel:
             way.append(state)
             state -= moved[t, state]
         way.reverse()
-        return senones[way], [chain[state][1] for state in way]
+        return senones[way], np.array([chain[state][1] for state in way])
 
 
 def with_slopes(cepstra):
     """Frames of (count, 39) from cepstra of (count, 13), as the listener makes them; the mean is taken off."""
     cepstra = cepstra - cepstra.mean(axis=0)
     count = len(cepstra)
-    far = np.pad(cepstra, ((3, 3), (0, 0)), mode="edge")
-    slope = far[5:5 + count] - far[1:1 + count]
-    bend = (far[6:6 + count] - far[2:2 + count]) - (far[4:4 + count] - far[:count])
-    return np.hstack([cepstra, slope, bend])
+    far = np.pad(cepstra, ((REACH, REACH), (0, 0)), mode="edge")
+    return np.hstack([sum(sign * far[REACH + away:REACH + away + count] for away, sign in taps) for taps in TAPS])
+
+
+def through_slopes(gradient):
+    """What a gradient of (count, 39) is for the cepstra that the frames were made from: (count, 13)."""
+    count = len(gradient)
+    far = np.zeros((count + 2 * REACH, STREAM))
+    for stream, taps in enumerate(TAPS):
+        for away, sign in taps:
+            far[REACH + away:REACH + away + count] += sign * gradient[:, STREAM * stream:STREAM * (stream + 1)]
+    return far[REACH:-REACH]

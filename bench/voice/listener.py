@@ -95,10 +95,12 @@ class Listener:
         return listener
 
     @classmethod
-    def of_lines(cls, lines, words, **options):
-        """Any words in any order, and a half idea of how the lines go: the weights are half the usual ones."""
+    def of_lines(cls, lines, words, trust=1.0, **options):
+        """Any words in any order, and a half idea of how the lines go: the weights are half the usual ones, times
+        trust."""
         known = {word for line in lines for word in line.split()} | set(words)
-        listener = cls(english_dictionary(known), lw=3.25, fwdflatlw=4.25, bestpathlw=4.75, **options)
+        listener = cls(english_dictionary(known), lw=3.25 * trust, fwdflatlw=4.25 * trust, bestpathlw=4.75 * trust,
+                       **options)
         path = pathlib.Path(listener.folder.name) / "lines.arpa"
         path.write_text(weak_bigrams(lines, words))
         listener.decoder.set_lm_file("lines", str(path))

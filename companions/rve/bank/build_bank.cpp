@@ -57,14 +57,14 @@ std::array<float, bank::kFormants> ExpectedFormants(const std::string& phone, fl
 
 uint8_t Byte(float share) { return static_cast<uint8_t>(std::lround(share * 255)); }
 
-bank::Frame FrameOf(const RecordedVoice::Vector& vector, const std::string& phone, const Cepstrum& mean,
+bank::Frame FrameOf(const RecordedVoice::Vector& vector, const std::string& phone, int state, const Cepstrum& mean,
                     const Colours& colours, float size) {
     Cepstrum cepstrum = vector.cepstrum;
     if (!RecordedVoice::IsVowel(phone))
         Contrast(cepstrum, mean, kConsonantContrast);
     Sharpen(cepstrum, kSharpness);
     const auto formants = FormantsOf(cepstrum, ExpectedFormants(phone, size));
-    if (const auto colour = colours.find(phone); colour != colours.end())
+    if (const auto colour = colours.find({phone, state}); colour != colours.end())
         for (size_t m = 0; m < cepstrum.size(); ++m)
             cepstrum[m] += colour->second[m];
     bank::Frame frame{};
@@ -151,7 +151,7 @@ private:
             size_t count = 0;
             for (const int vector : sequence[static_cast<size_t>(s)])
                 if (++count <= bank::kMostStateFrames)
-                    words.push_back(FrameNumber(vector, phone));
+                    words.push_back(FrameNumber(vector, phone, s));
             words[0] |= static_cast<uint16_t>(std::min<size_t>(count, bank::kMostStateFrames) << (5 * s));
         }
         const auto [place, isNew] = m_known.try_emplace(words, static_cast<uint32_t>(m_sequences.size()));
@@ -160,12 +160,12 @@ private:
         return place->second;
     }
 
-    uint16_t FrameNumber(int vector, const std::string& phone) {
+    uint16_t FrameNumber(int vector, const std::string& phone, int state) {
         const auto [number, isNew] = m_numbers.try_emplace(vector, static_cast<uint16_t>(m_frames.size()));
         if (isNew) {
             if (m_frames.size() > UINT16_MAX)
                 throw std::runtime_error("too many frames");
-            m_frames.push_back(FrameOf(m_voice.VectorAt(vector), phone, m_mean, m_colours, m_size));
+            m_frames.push_back(FrameOf(m_voice.VectorAt(vector), phone, state, m_mean, m_colours, m_size));
         }
         return number->second;
     }

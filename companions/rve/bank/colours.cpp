@@ -18,9 +18,12 @@ Colours ReadColours(std::istream& text, const std::vector<std::string>& phones) 
             continue;
         if (std::find(phones.begin(), phones.end(), phone) == phones.end())
             fail("the voice has no sound \"" + phone + "\"");
-        const auto [place, isNew] = colours.try_emplace(phone);
+        int state = -1;
+        if (!(words >> state) || state < 0 || state >= rve::bank::kStates)
+            fail("a sound's state is 0 to " + std::to_string(rve::bank::kStates - 1));
+        const auto [place, isNew] = colours.try_emplace({phone, state});
         if (!isNew)
-            fail("\"" + phone + "\" stands there twice");
+            fail("\"" + phone + " " + std::to_string(state) + "\" stands there twice");
         size_t count = 1;
         for (int hundredths = 0; words >> hundredths;) {
             if (count == place->second.size())

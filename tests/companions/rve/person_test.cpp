@@ -261,22 +261,20 @@ TEST_CASE("persons: English vowels are held where a listener takes them for what
     for (const int program : Persons()) {
         CAPTURE(program);
         const auto held = [program](const char* vowel) { return Steady(By(program, 1), vowel, 45); };
-        if (program == kWoman)
-            CHECK(Centre(held("{"), 1100, 2500) < 1570); // Hz; 1636 where it is spoken
-        if (program == kMan) {
-            CHECK(Centre(held("{"), 330, 1210) > 544); // 522, 535 without its colour
-            CHECK(Centre(held("@"), 330, 1210) > 553); // 540, 537 without its colour
-        }
+        // Elsewhere without its move, without its colour, or with that of its beginning or its end.
+        const auto [vowel, hz] = program == kWoman ? std::pair("@", 549)
+                                 : program == kMan ? std::pair("{", 593)
+                                                   : std::pair("@U", 509);
+        CHECK(Centre(held(vowel), 330, 1210) == doctest::Approx(hz).epsilon(0.02));
         if (program == kSecondMan) {
-            CHECK(Centre(held("@U"), 330, 1210) > 484); // 466, 465 without its colour
             const auto open = held("{");
-            CHECK(Db(Band(open, 400, 900) / Band(open, 2800, 3300)) > 22);          // 20.7 with peaks as the others'
-            const auto japanese = Steady(By(program), "e", 45);                     // keeps its peaks, as consonants do
-            CHECK(Db(Band(japanese, 300, 700) / Band(japanese, 900, 1300)) > 25.5); // 23.8
+            CHECK(Db(Band(open, 400, 900) / Band(open, 2800, 3300)) > 22.5);      // 21.3 with peaks as the others'
+            const auto japanese = Steady(By(program), "e", 45);                   // keeps its peaks, as consonants do
+            CHECK(Db(Band(japanese, 300, 700) / Band(japanese, 900, 1300)) > 29); // 27.4
             Stream hiss = By(program, 1);
             hiss.Note({.startMs = 400, .phonemes = "S V"});
             const auto hissed = Part(Sing(hiss), 310, 360);
-            CHECK(Db(Band(hissed, 2500, 4000) / Band(hissed, 500, 1500)) > 31.5); // 29.2
+            CHECK(Db(Band(hissed, 2500, 4000) / Band(hissed, 500, 1500)) > 30); // 27.9
         }
     }
 }

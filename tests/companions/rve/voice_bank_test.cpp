@@ -87,28 +87,28 @@ TEST_CASE("a bank whose check sum is right is still not believed: places and fra
     CHECK(FaultOf(Signed(bytes)) == VoiceBank::Fault::None);
 }
 
-TEST_CASE("a bank's colours: what each phone gains, and which line is wrong") {
+TEST_CASE("a bank's colours: what each state of a phone gains, and which line is wrong") {
     const auto read = [](const std::string& text) {
         std::istringstream stream(text);
         return ReadColours(stream, {"pau", "aa", "s"});
     };
-    const Colours colours = read("# hundredths\n\naa -25 3\n s 100\n");
-    REQUIRE(colours.size() == 2);
-    const Cepstrum& aa = colours.at("aa");
+    const Colours colours = read("# hundredths\n\naa 2 -25 3\n s 0 100\n aa 0\n");
+    REQUIRE(colours.size() == 3);
+    const Cepstrum& aa = colours.at({"aa", 2});
     CHECK(aa[0] == 0); // the level
     CHECK(aa[1] == doctest::Approx(-0.25));
     CHECK(aa[2] == doctest::Approx(0.03));
     CHECK(aa[3] == 0);
-    std::string full = "aa";
+    std::string full = "aa 1";
     for (int i = 1; i < rve::bank::kCoefficients; ++i)
         full += " 1";
-    CHECK(read(full).at("aa").back() == doctest::Approx(0.01));
-    for (const std::string& wrong :
-         {std::string("x 1"), std::string("aa 1\naa 2"), std::string("aa 1 b"), full + " 1"}) {
+    CHECK(read(full).at({"aa", 1}).back() == doctest::Approx(0.01));
+    for (const std::string& wrong : {std::string("x 0 1"), std::string("aa 1 4\naa 1 5"), std::string("aa 1 5 b"),
+                                     std::string("aa 3"), std::string("aa -1"), std::string("aa"), full + " 1"}) {
         CAPTURE(wrong);
         const std::string line = wrong.find('\n') == std::string::npos ? "line 2" : "line 3";
         try {
-            read("s 1\n" + wrong);
+            read("s 0 1\n" + wrong);
             FAIL("nothing was told");
         } catch (const std::runtime_error& error) {
             CHECK(std::string(error.what()).find(line) != std::string::npos);
